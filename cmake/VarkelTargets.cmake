@@ -1,0 +1,56 @@
+# One function a kind of target, so that each target's CMake file only names sources and dependencies.
+
+set(VARKEL_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+
+if(VARKEL_SANITIZE)
+  add_compile_options(-fsanitize=${VARKEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${VARKEL_SANITIZE})
+endif()
+
+# Headers are included by their path from the project's root, so that an include names its layer.
+function(varkel_settings target)
+  target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR})
+  target_compile_options(${target} PRIVATE $<$<NOT:$<CXX_COMPILER_ID:MSVC>>:${VARKEL_WARNINGS}>)
+endfunction()
+
+# varkel_library(NAME SOURCES ... [DEPENDS public...] [PRIVATE_DEPENDS ...])
+function(varkel_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE_DEPENDS})
+  varkel_settings(${name})
+endfunction()
+
+# varkel_program(NAME SOURCES ... DEPENDS ...)
+function(varkel_program name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_DEPENDS})
+  varkel_settings(${name})
+endfunction()
+
+# Tests run in the build tree's root (an install root, so ./Config/varID is there) with a home of their own.
+function(varkel_register_test name)
+  add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY ${CMAKE_BINARY_DIR})
+  set(home ${CMAKE_BINARY_DIR}/test-home/${name})
+  file(MAKE_DIRECTORY ${home}/run)
+  file(CHMOD ${home}/run PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300
+    ENVIRONMENT "HOME=${home};XDG_RUNTIME_DIR=${home}/run;QT_QPA_PLATFORM=offscreen;QT_QUICK_BACKEND=software;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=1;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/lsan.supp:print_suppressions=0;TSAN_OPTIONS=ignore_noninstrumented_modules=1:halt_on_error=1;UBSAN_OPTIONS=print_stacktrace=1")
+endfunction()
+
+# varkel_gtest(NAME SOURCES ... DEPENDS ...): a GoogleTest program without Qt.
+function(varkel_gtest name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  varkel_program(${name} SOURCES ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} GTest::gtest GTest::gmock GTest::gtest_main)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  varkel_register_test(${name})
+endfunction()
+
+# varkel_qtest(NAME SOURCES ... DEPENDS ...): a Qt Test program.
+function(varkel_qtest name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  varkel_program(${name} SOURCES ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} Qt5::Test)
+  set_target_properties(${name} PROPERTIES AUTOMOC ON RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  varkel_register_test(${name})
+endfunction()

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <functional>
+#include <mutex>
+#include <string>
+
+#if defined(__GNUC__)
+#define LOG_LIB_PRINTF(format_index, first_argument) \
+  __attribute__((format(printf, format_index, first_argument)))
+#else
+#define LOG_LIB_PRINTF(format_index, first_argument)
+#endif
+
+namespace log_lib {
+
+/// Levels as the callers number them.
+enum Level : int { kTiming = 1, kProgress = 2, kWarning = 4, kError = 8 };
+
+/// The program's log file behind one call. Thread-safe; a message never blocks, throws or fails what it
+/// reports: while nothing is started messages are dropped, and a full queue drops the oldest.
+class Logger {
+ public:
+  static Logger& GetInstance();
+
+  /// Opens the rotating file `path` (3 files of 5 MiB) and its writer thread. False when it can't be opened.
+  bool Start(const std::string& path);
+  /// Writes what is queued and ends the writer thread.
+  void Stop();
+
+  /// Also hands every formatted message to `tap`, on the caller's thread; an empty function removes it.
+  void SetTap(std::function<void(int level, const std::string& text)> tap);
+
+  /// `file` is the source path within the project, `format` is printf's.
+  void AddToQueue(int level, const char* file, int line, const char* function, const char* format, ...)
+      LOG_LIB_PRINTF(6, 7);
+  // Members: the implementer's.
+};
+
+}  // namespace log_lib
+
+/// Logs from a source file that defines `kSourceFile`, its path within the project.
+#define QUARN_LOG(level, ...) \
+  log_lib::Logger::GetInstance().AddToQueue((level), kSourceFile, __LINE__, __func__, __VA_ARGS__)

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+/// The operating system's sockets behind one thin seam (socket_posix.cpp, socket_windows.cpp). Nothing
+/// else of the project includes a socket header. No operation throws.
+namespace quarn::platform {
+
+using SocketHandle = std::intptr_t;
+inline constexpr SocketHandle kInvalidSocket = -1;
+
+/// Pairs with CleanUpSockets. Counts on Windows, does nothing elsewhere.
+bool StartUpSockets();
+void CleanUpSockets();
+
+/// An IP version 4 TCP socket, or kInvalidSocket. Close-on-exec; a broken peer never raises a signal.
+SocketHandle CreateTcpSocket();
+void CloseSocket(SocketHandle socket);
+
+/// Ends both directions; a thread blocked in ReceiveBytes or SendBytes on the socket returns.
+void ShutdownSocket(SocketHandle socket);
+
+/// True when `ip` is dotted IP version 4 text.
+bool IsIpV4(const std::string& ip);
+
+/// Binds to a local port of any address.
+bool BindPort(SocketHandle socket, std::uint16_t port);
+
+/// Starts a connection to an address that IsIpV4 accepted: 0 or -1, then LastSocketError tells.
+int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port);
+
+/// Waits until the socket is writable. 1: writable, 0: time-out, -1: error.
+int WaitWritable(SocketHandle socket, int timeout_ms);
+/// Waits until the socket is readable (or a listener has a connection). 1: readable, 0: time-out, -1: error.
+int WaitReadable(SocketHandle socket, int timeout_ms);
+
+/// The socket's pending error (SO_ERROR), 0 when there is none.
+int PendingSocketError(SocketHandle socket);
+
+bool SetNonBlocking(SocketHandle socket, bool non_blocking);
+bool SetSocketReceiveTimeout(SocketHandle socket, std::uint32_t milliseconds);
+bool SetSocketSendTimeout(SocketHandle socket, std::uint32_t milliseconds);
+/// Size of the receive buffer in bytes, or nothing when it can't be read.
+std::optional<std::uint32_t> ReceiveBufferSize(SocketHandle socket);
+bool SetReceiveBufferSize(SocketHandle socket, std::uint32_t bytes);
+
+/// One send or receive call: bytes moved, 0 at the peer's end, -1 on failure.
+int SendBytes(SocketHandle socket, std::span<const std::uint8_t> bytes, int flags);
+int ReceiveBytes(SocketHandle socket, std::span<std::uint8_t> buffer, int flags);
+
+/// Error of the calling thread's last failed socket call (errno; WSAGetLastError on Windows).
+int LastSocketError();
+bool IsWouldBlock(int socket_error);  ///< also a connection that is under way
+bool IsTimedOut(int socket_error);
+
+/// A listening TCP socket, closed on destruction..
+class TcpListener {
+ public:
+  /// Listens on `address`:`port`; port 0 picks a free one. Null when it can't.
+  static std::unique_ptr<TcpListener> Listen(const std::string& address, std::uint16_t port);
+  ~TcpListener();
+  TcpListener(const TcpListener&) = delete;
+  TcpListener& operator=(const TcpListener&) = delete;
+
+  std::uint16_t port() const { return port_; }
+  /// A connected socket that the caller closes; kInvalidSocket when none came within the time.
+  SocketHandle Accept(int timeout_ms);
+
+ private:
+  TcpListener(SocketHandle socket, std::uint16_t port) : socket_(socket), port_(port) {}
+  SocketHandle socket_;
+  std::uint16_t port_;
+};
+
+}  // namespace quarn::platform
