@@ -30,13 +30,17 @@ constexpr std::uint8_t kProbeCommands[] = {7, 8};
 LidarConnection::LidarConnection(UserReport& report, Events events)
     : report_(report), events_(std::move(events)) {}
 
-LidarConnection::~LidarConnection() { Interrupt(); }
+LidarConnection::~LidarConnection() {
+  Interrupt();
+}
 
 void LidarConnection::Init(const std::stop_token& stop, const ConnectionSettings& settings) {
   connecting_ = true;
   Drop();
   connected_ = false;
-  std::cout << "VarkelManager::Init" << "(): try to connect to lidar with TCP connection.\n" << std::flush;
+  std::cout << "VarkelManager::Init"
+            << "(): try to connect to lidar with TCP connection.\n"
+            << std::flush;
   try {
     const auto client = OpenClient(stop, settings);
     if (stop.stop_requested()) {
@@ -90,9 +94,9 @@ std::shared_ptr<KtcClient> LidarConnection::usable_client() const {
 std::shared_ptr<KtcClient> LidarConnection::OpenClient(const std::stop_token& stop,
                                                        const ConnectionSettings& settings) {
   const auto port = static_cast<std::uint16_t>(quarn::lidar::TextToInt(settings.port));
-  auto client = std::make_shared<KtcClient>(settings.ip_address, port, false, kPlainTcp, kProtocolVersion, "",
-                                            "", "", kExchangeTimeoutMs, kExchangeTimeoutMs, kConnectTimeoutS,
-                                            std::uint16_t{0});
+  auto client =
+      std::make_shared<KtcClient>(settings.ip_address, port, false, kPlainTcp, kProtocolVersion, "", "", "",
+                                  kExchangeTimeoutMs, kExchangeTimeoutMs, kConnectTimeoutS, std::uint16_t{0});
   {
     const std::lock_guard lock(mutex_);
     client_ = client;
@@ -121,7 +125,9 @@ void LidarConnection::InstallByteLog(KtcClient& client) {
 /// Without a reason the attempt was given up by the user.
 void LidarConnection::Fail(const std::string& reason) {
   if (!reason.empty()) {
-    std::cout << "VarkelManager::Init" << "(): init lidar error\n" << std::flush;
+    std::cout << "VarkelManager::Init"
+              << "(): init lidar error\n"
+              << std::flush;
     report_.Error("Connection Failed. Please check your network settings.");
     report_.Log(reason, "ERROR");
   }

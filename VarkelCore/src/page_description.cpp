@@ -7,10 +7,14 @@ namespace varkel {
 
 namespace {
 
-QString Text(const std::string& text) { return QString::fromStdString(text); }
+QString Text(const std::string& text) {
+  return QString::fromStdString(text);
+}
 
 /// The switch half of a switch row is linked to itself: it stands at the position that it switches.
-bool IsRow(const VarInfo& var) { return !var.has_switch; }
+bool IsRow(const VarInfo& var) {
+  return !var.has_switch;
+}
 
 std::vector<std::size_t> RowsByPosition(const ConfigParser::VarList& group, const ModulePlace& place) {
   const auto position = [&](std::size_t index) {

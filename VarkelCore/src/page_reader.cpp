@@ -20,7 +20,9 @@ namespace {
 constexpr char kSourceFile[] = "VarkelCore/src/varkel_manager";
 constexpr std::uint8_t kFovReadCommand = 0x23;
 
-QString Text(const std::string& text) { return QString::fromStdString(text); }
+QString Text(const std::string& text) {
+  return QString::fromStdString(text);
+}
 
 /// Faults of the table, told to the log file: the sensor's reply does not fit the declared type.
 void LogFault(ValueFault fault, const VarInfo& var) {
@@ -80,9 +82,8 @@ bool PageReader::GetInfoFromLidarWithSameCmd(ConfigParser& catalogue, quarn::lid
   VarInfo& first = *group.front();
   for (const VarInfo* var : group) {
     if (var->get_cmd != first.get_cmd) {
-      throw std::invalid_argument(
-          std::string(kOperation) +
-          "(): ERROR with the input v_p_vars -- They must use the same get cmd.");
+      throw std::invalid_argument(std::string(kOperation) +
+                                  "(): ERROR with the input v_p_vars -- They must use the same get cmd.");
     }
   }
   const Command command = ParseCommandText(first.get_cmd);
@@ -126,8 +127,8 @@ bool PageReader::Query(quarn::lidar::KtcClient& client, const VarInfo& first, co
   const std::vector<std::uint8_t> request = RequestPayload(command, first.get_cmd_payload_bytes);
   const int result = client.QueryCommand(request, reply, command.code, false);
   if (result != 0) {
-    qDebug() << operation << "(): try get" << Text(first.var_name) << "FAILED, cmd sent ="
-             << Text(first.get_cmd) << "-- QueryCommand()'s ret =" << result;
+    qDebug() << operation << "(): try get" << Text(first.var_name)
+             << "FAILED, cmd sent =" << Text(first.get_cmd) << "-- QueryCommand()'s ret =" << result;
     return false;
   }
   if (reply.empty()) {
@@ -149,7 +150,8 @@ bool PageReader::ReadFov(ConfigParser& catalogue, quarn::lidar::KtcClient& clien
   int count = 0;
   const int result = client.QueryMultiFov(starts, ends, count);
   if (result != 0) {
-    qDebug() << "VarkelManager::GetInfoFromLidarWithSameCmd" << "(): try get" << Text(first.var_name)
+    qDebug() << "VarkelManager::GetInfoFromLidarWithSameCmd"
+             << "(): try get" << Text(first.var_name)
              << "FAILED, cmd sent = 0x23 -- QueryCommand()'s ret =" << result;
     return false;
   }

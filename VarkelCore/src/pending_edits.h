@@ -4,6 +4,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace varkel {
 
@@ -15,6 +16,8 @@ class PendingEdits {
   void Mark(const std::string& set_cmd, const std::string& var_id);
   /// Marks a command alone, for values that are no variables of the table.
   void MarkCommand(const std::string& set_cmd);
+  /// The sensor took `set_cmd` with these variables. Edits of other pages stay pending.
+  void Confirm(const std::string& set_cmd, const std::vector<std::string>& var_ids);
   void Clear();
 
   std::size_t command_count() const;
@@ -23,8 +26,8 @@ class PendingEdits {
 
  private:
   mutable std::mutex mutex_;
-  std::map<std::string, bool> set_map_;        ///< set command -> pending
-  std::map<std::string, bool> edited_var_map_; ///< edited variable -> pending
+  std::map<std::string, bool> set_map_;         ///< set command -> pending
+  std::map<std::string, bool> edited_var_map_;  ///< edited variable -> pending
 };
 
 }  // namespace varkel

@@ -32,7 +32,9 @@ namespace {
 constexpr std::uint8_t kConfigFileCommand = 116;
 constexpr char kUnknownSerialNumber[] = "xxxxxxxx";
 
-QString Text(const std::string& text) { return QString::fromStdString(text); }
+QString Text(const std::string& text) {
+  return QString::fromStdString(text);
+}
 
 /// Two spellings under which tables may carry a name: words with a capital first letter, and lower case.
 std::vector<std::string> CaseForms(const QString& name) {
@@ -171,7 +173,8 @@ VarInfo* VarkelManager::Private::searchVarPtr(const ConfigParser& catalogue, con
   if (search_type == QLatin1String("var_name") || search_type == QLatin1String("name")) {
     return catalogue.FindByName(key.toStdString());
   }
-  std::cout << "VarkelManager::searchVarPtr" << "(): unknown search type" << std::endl;
+  std::cout << "VarkelManager::searchVarPtr"
+            << "(): unknown search type" << std::endl;
   return nullptr;
 }
 
@@ -236,9 +239,15 @@ void VarkelManager::SetVMNowName(const QString& name) {
 
 // Connection settings
 
-QString VarkelManager::ip_address() const { return Text(d_->settings.ip_address); }
-void VarkelManager::set_ip_address(const QString& text) { d_->settings.ip_address = text.toStdString(); }
-QString VarkelManager::udpPort() const { return QString::number(d_->settings.udp_port); }
+QString VarkelManager::ip_address() const {
+  return Text(d_->settings.ip_address);
+}
+void VarkelManager::set_ip_address(const QString& text) {
+  d_->settings.ip_address = text.toStdString();
+}
+QString VarkelManager::udpPort() const {
+  return QString::number(d_->settings.udp_port);
+}
 
 void VarkelManager::setUdpPort(const QString& text) {
   try {
@@ -249,18 +258,30 @@ void VarkelManager::setUdpPort(const QString& text) {
   }
 }
 
-QString VarkelManager::port() const { return Text(d_->settings.port); }
-void VarkelManager::set_port(const QString& text) { d_->settings.port = text.toStdString(); }
-QString VarkelManager::serial_port_485() const { return Text(d_->settings.serial_port_485); }
+QString VarkelManager::port() const {
+  return Text(d_->settings.port);
+}
+void VarkelManager::set_port(const QString& text) {
+  d_->settings.port = text.toStdString();
+}
+QString VarkelManager::serial_port_485() const {
+  return Text(d_->settings.serial_port_485);
+}
 void VarkelManager::set_serial_port_485(const QString& text) {
   d_->settings.serial_port_485 = text.toStdString();
 }
-QString VarkelManager::serial_port_232() const { return Text(d_->settings.serial_port_232); }
+QString VarkelManager::serial_port_232() const {
+  return Text(d_->settings.serial_port_232);
+}
 void VarkelManager::set_serial_port_232(const QString& text) {
   d_->settings.serial_port_232 = text.toStdString();
 }
-QString VarkelManager::baud_rate() const { return QString::number(d_->settings.baud_rate); }
-void VarkelManager::set_baud_rate(const QString& text) { d_->settings.baud_rate = text.toInt(); }
+QString VarkelManager::baud_rate() const {
+  return QString::number(d_->settings.baud_rate);
+}
+void VarkelManager::set_baud_rate(const QString& text) {
+  d_->settings.baud_rate = text.toInt();
+}
 
 // Model
 
@@ -311,10 +332,18 @@ bool VarkelManager::CheckVarExistsInConfigFileByName(QString qs_var_info) {
   return false;
 }
 
-QString VarkelManager::getLidarSN() { return d_->PageValue("SN"); }
-QString VarkelManager::getLidarPN() { return d_->PageValue("PN"); }
-QString VarkelManager::getVMNowName() { return Text(d_->vm_now_name); }
-int VarkelManager::connectType() const { return d_->connect_type; }
+QString VarkelManager::getLidarSN() {
+  return d_->PageValue("SN");
+}
+QString VarkelManager::getLidarPN() {
+  return d_->PageValue("PN");
+}
+QString VarkelManager::getVMNowName() {
+  return Text(d_->vm_now_name);
+}
+int VarkelManager::connectType() const {
+  return d_->connect_type;
+}
 
 // Connection
 
@@ -324,14 +353,15 @@ bool VarkelManager::ConnectLidar() {
     d_->NotAvailable(QStringLiteral("The connection to a small serial sensor"));
     return false;
   }
-  d_->workers.Start([this, settings = d_->settings](const std::stop_token& stop) {
-    d_->connection.Init(stop, settings);
-  });
+  d_->workers.Start(
+      [this, settings = d_->settings](const std::stop_token& stop) { d_->connection.Init(stop, settings); });
   d_->settings_file.Save(d_->settings);
   return true;
 }
 
-bool VarkelManager::CheckLidarConnection() { return d_->connection.CheckLidarConnection(); }
+bool VarkelManager::CheckLidarConnection() {
+  return d_->connection.CheckLidarConnection();
+}
 
 void VarkelManager::CheckConnectionInBackground() {
   if (d_->checking.exchange(true)) return;
@@ -357,9 +387,15 @@ void VarkelManager::Stop() {
   emit sendLogMessage(QStringLiteral("Lidar disconnected"), QStringLiteral("INFO"));
 }
 
-bool VarkelManager::GetIsConnectingLidar() { return d_->connection.is_connecting(); }
-bool VarkelManager::IsConnected() const { return d_->connection.is_connected(); }
-void VarkelManager::SetLogBytesFlowStatus(bool flag) { d_->connection.set_log_bytes(flag); }
+bool VarkelManager::GetIsConnectingLidar() {
+  return d_->connection.is_connecting();
+}
+bool VarkelManager::IsConnected() const {
+  return d_->connection.is_connected();
+}
+void VarkelManager::SetLogBytesFlowStatus(bool flag) {
+  d_->connection.set_log_bytes(flag);
+}
 
 void VarkelManager::StartGetConfigFile() {
   d_->workers.Start([this](const std::stop_token&) {
@@ -403,7 +439,9 @@ void VarkelManager::ReadPageInBackground(int module) {
   emit isReadingPageChanged();
 }
 
-bool VarkelManager::isReadingPage() const { return d_->page_reads.is_reading(); }
+bool VarkelManager::isReadingPage() const {
+  return d_->page_reads.is_reading();
+}
 
 bool VarkelManager::UpdateSingleVarInfo(QString qs_var_info, QString search_type) {
   const auto client = d_->connection.usable_client();
@@ -426,13 +464,21 @@ bool VarkelManager::isTimerUpdate(int i, int j, int k) {
   return var != nullptr && var->timer_update;
 }
 
-void VarkelManager::UpdateUI() { emit myMapChanged(); }
-void VarkelManager::setModuleIndexUse(int module) { d_->module_index_use = module; }
+void VarkelManager::UpdateUI() {
+  emit myMapChanged();
+}
+void VarkelManager::setModuleIndexUse(int module) {
+  d_->module_index_use = module;
+}
 
 // Notices
 
-QString VarkelManager::errorMessage() const { return d_->error_message; }
-QString VarkelManager::successMessage() const { return d_->success_message; }
+QString VarkelManager::errorMessage() const {
+  return d_->error_message;
+}
+QString VarkelManager::successMessage() const {
+  return d_->success_message;
+}
 
 void VarkelManager::setErrorMsg(QString str) {
   d_->error_message = std::move(str);
@@ -446,21 +492,45 @@ void VarkelManager::setSuccessMsg(QString str) {
 
 // Writing
 
-void VarkelManager::SetText(int, int, int, int, QString) { d_->NotAvailable(QStringLiteral("Editing")); }
-void VarkelManager::ClearSetMap() { d_->edits.Clear(); }
-int VarkelManager::getSetMapSize() { return static_cast<int>(d_->edits.command_count()); }
-void VarkelManager::Run(int) { d_->NotAvailable(QStringLiteral("Saving")); }
-void VarkelManager::SetMultiFovConfig(int, QString) { d_->NotAvailable(QStringLiteral("Editing")); }
-bool VarkelManager::CheckVarIsWithinRange(QString, QString) { return true; }
-bool VarkelManager::CheckModuleVarsWithinRange(int) { return true; }
+void VarkelManager::SetText(int, int, int, int, QString) {
+  d_->NotAvailable(QStringLiteral("Editing"));
+}
+void VarkelManager::ClearSetMap() {
+  d_->edits.Clear();
+}
+int VarkelManager::getSetMapSize() {
+  return static_cast<int>(d_->edits.command_count());
+}
+void VarkelManager::Run(int) {
+  d_->NotAvailable(QStringLiteral("Saving"));
+}
+void VarkelManager::SetMultiFovConfig(int, QString) {
+  d_->NotAvailable(QStringLiteral("Editing"));
+}
+bool VarkelManager::CheckVarIsWithinRange(QString, QString) {
+  return true;
+}
+bool VarkelManager::CheckModuleVarsWithinRange(int) {
+  return true;
+}
 
 // Console
 
-int VarkelManager::CommandLogCnt() const { return 0; }
-QVariantList VarkelManager::SendCommandHistory() const { return {}; }
-QString VarkelManager::getSendKtcCommandReturnHeader() const { return {}; }
-QString VarkelManager::getSendKtcCommandReturnPayload() const { return {}; }
-void VarkelManager::SendCommand(QString, QString) { d_->NotAvailable(QStringLiteral("The command console")); }
+int VarkelManager::CommandLogCnt() const {
+  return 0;
+}
+QVariantList VarkelManager::SendCommandHistory() const {
+  return {};
+}
+QString VarkelManager::getSendKtcCommandReturnHeader() const {
+  return {};
+}
+QString VarkelManager::getSendKtcCommandReturnPayload() const {
+  return {};
+}
+void VarkelManager::SendCommand(QString, QString) {
+  d_->NotAvailable(QStringLiteral("The command console"));
+}
 
 // Restart, reset, logs
 
@@ -476,12 +546,16 @@ int VarkelManager::DownloadOperationLog(QUrl) {
   d_->NotAvailable(QStringLiteral("The operation log"));
   return -1;
 }
-int VarkelManager::DownloadOperationLogThread(QUrl fileUrl) { return DownloadOperationLog(std::move(fileUrl)); }
+int VarkelManager::DownloadOperationLogThread(QUrl fileUrl) {
+  return DownloadOperationLog(std::move(fileUrl));
+}
 int VarkelManager::DownloadLog(QUrl, QString type) {
   d_->NotAvailable(type);
   return -1;
 }
-bool VarkelManager::IsDownloadLog() const { return d_->downloading_log; }
+bool VarkelManager::IsDownloadLog() const {
+  return d_->downloading_log;
+}
 void VarkelManager::setIsDownloadLog(bool running) {
   if (d_->downloading_log.exchange(running) != running) emit isDownloadLogChanged();
 }
@@ -500,18 +574,36 @@ int VarkelManager::MarvoUpgradeLidar(QUrl) {
   d_->NotAvailable(QStringLiteral("The upgrade of this sensor"));
   return -1;
 }
-bool VarkelManager::IsUpgrading() const { return d_->upgrading; }
-int VarkelManager::upgradeProgress() const { return 0; }
-int VarkelManager::upgradeProgressTotalLen() const { return 1; }
+bool VarkelManager::IsUpgrading() const {
+  return d_->upgrading;
+}
+int VarkelManager::upgradeProgress() const {
+  return 0;
+}
+int VarkelManager::upgradeProgressTotalLen() const {
+  return 1;
+}
 
 // Small serial sensors
 
-QVariantList VarkelManager::ZeltoLidarInfo() const { return {}; }
-QVariantList VarkelManager::ZeltoLidarVersionInfo() const { return {}; }
-bool VarkelManager::isGetPBLVersion() const { return false; }
-void VarkelManager::ZeltoSetStandby(int) { d_->NotAvailable(QStringLiteral("Standby")); }
-void VarkelManager::ZeltoSetSpinRate(int) { d_->NotAvailable(QStringLiteral("The spin rate")); }
-void VarkelManager::ZeltoSetReturnMode(int) { d_->NotAvailable(QStringLiteral("The return mode")); }
+QVariantList VarkelManager::ZeltoLidarInfo() const {
+  return {};
+}
+QVariantList VarkelManager::ZeltoLidarVersionInfo() const {
+  return {};
+}
+bool VarkelManager::isGetPBLVersion() const {
+  return false;
+}
+void VarkelManager::ZeltoSetStandby(int) {
+  d_->NotAvailable(QStringLiteral("Standby"));
+}
+void VarkelManager::ZeltoSetSpinRate(int) {
+  d_->NotAvailable(QStringLiteral("The spin rate"));
+}
+void VarkelManager::ZeltoSetReturnMode(int) {
+  d_->NotAvailable(QStringLiteral("The return mode"));
+}
 int VarkelManager::ZeltoGetCorrection(QString) {
   d_->NotAvailable(QStringLiteral("The calibration file"));
   return -1;
@@ -524,7 +616,9 @@ QString VarkelManager::ZeltoGetBaudRate() {
   d_->NotAvailable(QStringLiteral("The baud rate"));
   return {};
 }
-void VarkelManager::ZeltoSetBaudRateFromUI(QString) { d_->NotAvailable(QStringLiteral("The baud rate")); }
+void VarkelManager::ZeltoSetBaudRateFromUI(QString) {
+  d_->NotAvailable(QStringLiteral("The baud rate"));
+}
 QVariantList VarkelManager::ZeltoGetDestinationConfig(bool silent) {
   if (!silent) d_->NotAvailable(QStringLiteral("The destination"));
   return {};
@@ -533,5 +627,9 @@ bool VarkelManager::ZeltoSetDestinationIPandPort(QString, int) {
   d_->NotAvailable(QStringLiteral("The destination"));
   return false;
 }
-void VarkelManager::ZeltoSetUpgradeMode(int) { d_->NotAvailable(QStringLiteral("The upgrade mode")); }
-void VarkelManager::MarvoSetIMURange(int, int) { d_->NotAvailable(QStringLiteral("The IMU range")); }
+void VarkelManager::ZeltoSetUpgradeMode(int) {
+  d_->NotAvailable(QStringLiteral("The upgrade mode"));
+}
+void VarkelManager::MarvoSetIMURange(int, int) {
+  d_->NotAvailable(QStringLiteral("The IMU range"));
+}

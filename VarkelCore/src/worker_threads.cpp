@@ -15,7 +15,9 @@ bool SleepUnlessStopped(const std::stop_token& stop, std::chrono::milliseconds d
   return !stop.stop_requested();
 }
 
-WorkerThreads::~WorkerThreads() { StopAndJoin(); }
+WorkerThreads::~WorkerThreads() {
+  StopAndJoin();
+}
 
 void WorkerThreads::Start(std::function<void(std::stop_token)> work) {
   const std::lock_guard lock(mutex_);
