@@ -17,6 +17,13 @@ struct ReceivedRequest {
   std::vector<std::uint8_t> payload;  ///< whole payload, with the four-byte code of a 0xFF command
 };
 
+/// How one exchange ended, for whoever watches.
+struct Exchange {
+  ReceivedRequest request;
+  std::uint8_t return_code = 0;
+  std::size_t reply_size = 0;  ///< payload bytes of the honest reply
+};
+
 /// What the clients asked for, oldest first. All operations are thread-safe. The newest kCapacity requests
 /// are kept, so that a sensor polled for days does not fill the memory; Count counts all.
 class ExchangeLog {

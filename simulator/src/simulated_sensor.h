@@ -8,19 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "simulator/src/clock.h"
 #include "simulator/src/exchange_log.h"
 
 namespace varkel::sim {
-
-/// Time since the sensor's power-up. Called from several threads.
-using Clock = std::function<std::chrono::milliseconds()>;
-
-/// How one exchange ended, for whoever watches.
-struct Exchange {
-  ReceivedRequest request;
-  std::uint8_t return_code = 0;
-  std::size_t reply_size = 0;  ///< payload bytes of an honest reply
-};
 
 struct SensorOptions {
   std::string table_path;                        ///< the model's table, e.g. "./Config/varID/Quenta.csv"
@@ -54,8 +45,8 @@ class SimulatedSensor {
   /// Disconnects every client and joins all threads, also with a client stuck in an exchange.
   void Stop();
 
-  const std::string& address() const { return address_; }
-  std::uint16_t port() const;  ///< the port listened on; 0 before Start
+  const std::string& address() const;
+  std::uint16_t port() const;  ///< the port listened on; 0 while stopped
 
   /// The value that a client would read now, as the user interface shows it. Raises std::out_of_range for
   /// a name that the table lacks.
@@ -73,7 +64,7 @@ class SimulatedSensor {
   ///   wrong-echo[:CODE]  another command code in the reply
   ///   error[:CODE]       this return code (1) and no payload; the command is not carried out
   ///   lying-length:N     announces N bytes more (N > 0) or less (N < 0) than it sends
-  ///   silence            no reply
+  ///   silence            carried out, but no reply
   ///   close[:SIZE]       closes after SIZE bytes of the reply (half of it)
   ///   none               behaves again
   /// Raises std::invalid_argument with a sentence for anything else.
@@ -92,7 +83,6 @@ class SimulatedSensor {
 
  private:
   struct Parts;
-  std::string address_;
   std::unique_ptr<Parts> parts_;
 };
 
