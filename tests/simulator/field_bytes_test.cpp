@@ -100,7 +100,8 @@ TEST(FieldBytes, RefusesTextsThatDoNotFit) {
       {"bool", "1", 1, 1.0F, {}},
   };
   for (const ShownField& field : fields) {
-    EXPECT_THROW(FieldBytes(field.var_type, field.text, field.length, field.coefficient), std::invalid_argument)
+    EXPECT_THROW(FieldBytes(field.var_type, field.text, field.length, field.coefficient),
+                 std::invalid_argument)
         << field.var_type << " " << field.text;
   }
 }

@@ -14,8 +14,8 @@ const CommandKey kLong{0xFF, 0x00010203};
 
 TEST(Misbehaviours, FollowTheirRules) {
   Misbehaviours rules;
-  for (const char* rule : {"0x07=late:1500", "0x07=split", "0x07=noise:7", "0x07=wrong-echo", "0x07=error:0x1F",
-                           "0x07=lying-length:-4", "0x07=close:3", "8=silence"}) {
+  for (const char* rule : {"0x07=late:1500", "0x07=split", "0x07=noise:7", "0x07=wrong-echo",
+                           "0x07=error:0x1F", "0x07=lying-length:-4", "0x07=close:3", "8=silence"}) {
     rules.Add(rule);
   }
   const ReplyPlan seven = rules.Next(kSeven);
@@ -68,9 +68,9 @@ TEST(Misbehaviours, ReplaceAndEndRules) {
 
 TEST(Misbehaviours, RefuseWhatTheyDoNotUnderstand) {
   for (const char* rule :
-       {"", "0x07", "=silence", "0x07=", "0x07=shouting", "abc=silence", "0x07=late", "0x07=late:x", "0x07=late:-1",
-        "0x07=late:5ms", "0x07=error:0", "0x07=error:256", "0x07=split:0", "0x07=silence:1", "0x07=close#0",
-        "0x07=close#x", "0x07=lying-length", "0x07=error:"}) {
+       {"", "0x07", "=silence", "0x07=", "0x07=shouting", "abc=silence", "0x07=late", "0x07=late:x",
+        "0x07=late:-1", "0x07=late:5ms", "0x07=error:0", "0x07=error:256", "0x07=split:0", "0x07=silence:1",
+        "0x07=close#0", "0x07=close#x", "0x07=lying-length", "0x07=error:"}) {
     Misbehaviours rules;
     EXPECT_THROW(rules.Add(rule), std::invalid_argument) << rule;
   }

@@ -10,12 +10,15 @@ namespace varkel::sim {
 namespace {
 
 constexpr char kHeader[] =
-    "GroupID,Index,Get,Set,SetIndex,VarName,VarType,DefaultValue,VarLen,Coefficient,FunctionModule,TimerUpdate,"
+    "GroupID,Index,Get,Set,SetIndex,VarName,VarType,DefaultValue,VarLen,Coefficient,FunctionModule,"
+    "TimerUpdate,"
     "GetCmdPayload,Permission,Options,Unit,OptionDescription,SetCoefficient\n";
 
 }  // namespace
 
-std::string ModelTable(const std::string& model) { return VARKEL_TABLES "/" + model + ".csv"; }
+std::string ModelTable(const std::string& model) {
+  return VARKEL_TABLES "/" + model + ".csv";
+}
 
 std::shared_ptr<const ConfigParser> LoadTable(const std::string& path) {
   auto model = std::make_shared<ConfigParser>(path);
