@@ -32,7 +32,10 @@ std::string Fixed(double value) {
 
 std::string Padded(unsigned value, std::size_t digits) {
   std::string text = std::to_string(value);
-  return text.size() < digits ? std::string(digits - text.size(), '0') + text : text;
+  if (text.size() < digits) {
+    text.insert(0, digits - text.size(), '0');
+  }
+  return text;
 }
 
 std::string_view WithoutPadding(Bytes bytes) {
@@ -43,7 +46,8 @@ std::string_view WithoutPadding(Bytes bytes) {
 std::string Dotted(Bytes bytes) {
   std::string text;
   for (const std::uint8_t byte : bytes) {
-    text += (text.empty() ? "" : ".") + std::to_string(byte);
+    text += text.empty() ? "" : ".";
+    text += std::to_string(byte);
   }
   return text;
 }
@@ -80,8 +84,10 @@ ValueText HardwareVersion(Bytes bytes, float /*coefficient*/) {
     return {ValueFault::kVersionSize, {}};
   }
   std::string text(WithoutPadding(bytes.first(kNameSize)));
-  text += " " + Dotted(bytes.subspan(kNameSize, kNumbers));
-  text += " (" + std::to_string(LoadBigEndian<std::uint32_t>(bytes, kNameSize + kNumbers)) + ")";
+  text.append(" ").append(Dotted(bytes.subspan(kNameSize, kNumbers)));
+  text.append(" (")
+      .append(std::to_string(LoadBigEndian<std::uint32_t>(bytes, kNameSize + kNumbers)))
+      .append(")");
   return {ValueFault::kNone, text};
 }
 
@@ -93,9 +99,11 @@ ValueText SoftwareVersion(Bytes bytes, float /*coefficient*/) {
   if (bytes.size() != kSoftwareVersionSize) {
     return {ValueFault::kVersionSize, {}};
   }
-  const unsigned year = LoadBigEndian<std::uint16_t>(bytes, kNumbers);
-  return {ValueFault::kNone, Dotted(bytes.first(kNumbers)) + " (" + Padded(year, 4) + "-" +
-                                 Padded(bytes[kMonth], 2) + "-" + Padded(bytes[kDay], 2) + ")"};
+  std::string text = Dotted(bytes.first(kNumbers));
+  text.append(" (").append(Padded(LoadBigEndian<std::uint16_t>(bytes, kNumbers), 4));
+  text.append("-").append(Padded(bytes[kMonth], 2));
+  text.append("-").append(Padded(bytes[kDay], 2)).append(")");
+  return {ValueFault::kNone, text};
 }
 
 ValueText Text(Bytes bytes, float /*coefficient*/) {
@@ -133,9 +141,10 @@ ValueText Duration(Bytes bytes, float /*coefficient*/) {
   for (const std::uint8_t byte : bytes) {
     seconds = (seconds << 8U) | byte;
   }
-  return {ValueFault::kNone, std::to_string(seconds / kHour) + " h " +
-                                 std::to_string(seconds % kHour / kMinute) + " min " +
-                                 std::to_string(seconds % kMinute) + " s"};
+  std::string text = std::to_string(seconds / kHour);
+  text.append(" h ").append(std::to_string(seconds % kHour / kMinute));
+  text.append(" min ").append(std::to_string(seconds % kMinute)).append(" s");
+  return {ValueFault::kNone, text};
 }
 
 struct Converter {
