@@ -14,12 +14,12 @@
 namespace varkel::sim {
 
 struct SensorOptions {
-  std::string table_path;                        ///< the model's table, e.g. "./Config/varID/Quenta.csv"
-  std::string address = "127.0.0.1";             ///< dotted IP version 4 text
-  std::uint16_t port = 0;                        ///< 0 picks a free one
-  std::vector<std::string> misbehaviours;        ///< see Misbehave
-  Clock clock;                                   ///< empty: the steady clock from construction on
-  std::function<void(const Exchange&)> watcher;  ///< called on client threads, may be empty
+  std::string table_path{};                        ///< the model's table, e.g. "./Config/varID/Quenta.csv"
+  std::string address = "127.0.0.1";               ///< dotted IP version 4 text
+  std::uint16_t port = 0;                          ///< 0 picks a free one
+  std::vector<std::string> misbehaviours{};        ///< see Misbehave
+  Clock clock{};                                   ///< empty: the steady clock from construction on
+  std::function<void(const Exchange&)> watcher{};  ///< called on client threads, may be empty
 };
 
 /// A sensor of one model on a TCP port of its own, speaking KTC 1.0 and 2.0 to any number of clients.

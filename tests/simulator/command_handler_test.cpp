@@ -151,8 +151,8 @@ TEST_P(ModelTest, WhatIsSetReadsBack) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Models, ModelTest, testing::Values("Quenta", "Zelto", "Zelto-KTC", "Marvo-KTC"),
-                         [](const auto& info) {
-                           std::string name = info.param;
+                         [](const auto& tested) {
+                           std::string name = tested.param;
                            std::erase(name, '-');
                            return name;
                          });

@@ -91,7 +91,7 @@ TEST_F(SensorStateTest, SetValuesStandStill) {
 
 TEST(SensorState, NamesTheVariableOfABadDefault) {
   for (const char* row :
-       {"1,1,0x31,,,Broken,uint8,300,1,,,,\n", "1,1,0x31,,,Broken,uint8,1,4000000000,,,,\n"}) {
+       {"1,1,0x31,,,Broken,uint8,300,1,,,,\n", "1,1,0x31,,,Broken,uint8,1,2000000000,,,,\n"}) {
     try {
       const TestTable table(row);
       const SensorState state(LoadTable(table.path()), [] { return 0ms; });

@@ -102,7 +102,9 @@ TEST_P(MisbehaviourTest, IsSeenByTheClient) {
       at = end == std::string::npos ? end : end + 1;
     }
     EXPECT_EQ(client->QueryCommand({}, result, 0x31), fault.result);
-    if (fault.result != 0) EXPECT_EQ(client->LastReturnCode(), fault.last_return_code);
+    if (fault.result != 0) {
+      EXPECT_EQ(client->LastReturnCode(), fault.last_return_code);
+    }
     EXPECT_EQ(result, fault.payload);
 
     if (fault.rules.starts_with("close")) client = Connect(sensor_, version);
@@ -123,8 +125,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Fault{"close:4", -1, KtcClient::kNoHeader, {}},
                     Fault{"close:14", -1, KtcClient::kNoPayload, {}},
                     Fault{"close:0", -1, KtcClient::kNoHeader, {}}),
-    [](const auto& info) {
-      std::string name = info.param.rules;
+    [](const auto& tested) {
+      std::string name = tested.param.rules;
       std::replace_if(
           name.begin(), name.end(), [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; },
           '_');
