@@ -1,0 +1,125 @@
+#include "VarkelCore/src/page_description.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "VarkelCore/src/model_selection.h"
+#include "tests/core/core_test.h"
+
+namespace {
+
+constexpr char kTable[] =
+    "GroupID,Index,Get,Set,SetIndex,VarName,Permission,VarType,DefaultValue,Options,Unit,Coefficient,"
+    "SetCoefficient,OptionDescription,FunctionModule,VarLen,TimerUpdate,GetCmdPayload\n"
+    "0,Page,First,Second\n"
+    "0,Empty page\n"
+    "1,1,0x01,,,Behind,1,uint8,7,,mm,,,,1_1_2_1,1\n"
+    "1,2,0x01,,,Ahead,0,uint8,1,,,,,,1_1_1_0,1\n"
+    "1,3,0x01,,,Same place,0,uint8,1,,,,,,1_1_1_0,1\n"
+    "1,4,0x01,0x02,1,Filter on,1,uint8,1,0|1,,,,,1_2_1_2_1,1\n"
+    "1,5,0x01,0x02,2,Filter,1,uint8,3,,,,,,1_2_1_2,1\n"
+    "1,6,0x01,0x02,3,Mode,1,uint8,5,0|5,,,,0_Off,1_2_2_3,1\n"
+    "1,7,0x03,,,Event Log,0,raw,,,,,,,1_1_1_6,0\n"
+    "1,8,0x03,,,Operation Log,0,raw,,,,,,,1_1_1_6,0\n"
+    "1,9,,0x04,1,Set only Log,0,raw,,,,,,,1_1_1_6,0\n";
+
+class PageDescriptionTest : public QObject {
+  Q_OBJECT
+ private slots:
+  void init();
+  void RowsStandByPositionBehindTheirHeading();
+  void SwitchRowIsOneRowWithItsSwitchState();
+  void MissingLabelsAreTheValues();
+  void OnlyReadableLogsAreOffered();
+  void EditsOfASwitchMarkItsRow();
+  void ModelsAreListedWithoutTheHostsModel();
+  void FailedLoadLeavesNoPagesAndSaysWhere();
+
+ private:
+  QTemporaryDir folder_;
+  std::unique_ptr<varkel::ConfigParser> catalogue_;
+  varkel::PendingEdits edits_;
+};
+
+void PageDescriptionTest::init() {
+  const QString path = folder_.filePath("table.csv");
+  QFile file(path);
+  QVERIFY(file.open(QIODevice::WriteOnly));
+  file.write(kTable);
+  file.close();
+  catalogue_ = std::make_unique<varkel::ConfigParser>(path.toStdString());
+  QVERIFY(catalogue_->ExtractConfigInfo());
+  edits_.Clear();
+}
+
+void PageDescriptionTest::RowsStandByPositionBehindTheirHeading() {
+  QCOMPARE(varkel::PageTitles(*catalogue_), (QVariantList{"Page", "Empty page"}));
+  const QVariantList pages = varkel::PageRows(*catalogue_);
+  const auto row = [](const char* label, int kind, int group, int index) {
+    return QVariant(QVariantList{label, kind, 0, group, index});
+  };
+  const QVariantList expected = {row("First", 0, 0, -1),     row("Ahead", 0, 0, 1),
+                                 row("Same place", 0, 0, 2), row("Behind (mm)", 1, 0, 0),
+                                 row("Second", 0, 1, -1),    row("Filter", 2, 1, 1),
+                                 row("Mode", 3, 1, 2)};
+  QCOMPARE(pages[0].toList(), expected);
+  QVERIFY(pages[1].toList().isEmpty());
+}
+
+void PageDescriptionTest::SwitchRowIsOneRowWithItsSwitchState() {
+  const QVariantMap value = varkel::VariableMap(*catalogue_, *catalogue_->FindByName("Filter"), edits_);
+  QCOMPARE(value["switch_index"].toString(), QString("1"));
+  QCOMPARE(value["current_val"].toString(), QString("3"));
+  QCOMPARE(value["visible"].toBool(), true);
+  const QVariantMap half = varkel::VariableMap(*catalogue_, *catalogue_->FindByName("Filter on"), edits_);
+  QCOMPARE(half["visible"].toBool(), false);
+}
+
+void PageDescriptionTest::MissingLabelsAreTheValues() {
+  const QVariantMap mode = varkel::VariableMap(*catalogue_, *catalogue_->FindByName("Mode"), edits_);
+  QCOMPARE(mode["options"].toList(), (QVariantList{0, 5}));
+  QCOMPARE(mode["varname_value_to_option"].toList(), (QVariantList{"Off", "5"}));
+  QCOMPARE(mode["option_num"].toInt(), 2);
+}
+
+void PageDescriptionTest::OnlyReadableLogsAreOffered() {
+  QCOMPARE(varkel::DownloadableLogs(*catalogue_), QVariantList{"Event Log"});
+}
+
+void PageDescriptionTest::EditsOfASwitchMarkItsRow() {
+  const varkel::VarInfo& filter = *catalogue_->FindByName("Filter");
+  QVERIFY(!varkel::VariableMap(*catalogue_, filter, edits_)["edited"].toBool());
+  edits_.Mark("0x02", catalogue_->FindByName("Filter on")->var_id);
+  QVERIFY(varkel::VariableMap(*catalogue_, filter, edits_)["edited"].toBool());
+}
+
+void PageDescriptionTest::ModelsAreListedWithoutTheHostsModel() {
+  QTemporaryDir models;
+  for (const char* name : {"b.csv", "A.csv", "a.old.csv", "Marvo-KTC.csv"}) {
+    QFile file(models.filePath(name));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+  }
+  QVERIFY(QDir(models.path()).mkdir("folder.csv"));
+  QCOMPARE(varkel::ListModels(models.path().toStdString()), (std::vector<std::string>{"A", "a", "b"}));
+  QVERIFY(varkel::ListModels("./no such folder").empty());
+}
+
+void PageDescriptionTest::FailedLoadLeavesNoPagesAndSaysWhere() {
+  Bench bench;
+  QVERIFY(!bench.manager->level1List().isEmpty());
+  bench.manager->InitConfigFileParser("../../no-model");
+  QVERIFY(bench.manager->level1List().isEmpty());
+  QVERIFY(bench.manager->myMap().isEmpty());
+  const QString error = bench.NextError();
+  QVERIFY2(error.contains("no-model.csv"), qPrintable(error));
+  QVERIFY(bench.log.contains("ERROR " + error));
+  bench.manager->InitConfigFileParser();
+  QVERIFY(!bench.manager->level1List().isEmpty());
+}
+
+const RegisterTest<PageDescriptionTest> registered;
+
+}  // namespace
+
+#include "page_description_test.moc"
