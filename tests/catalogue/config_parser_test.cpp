@@ -59,21 +59,9 @@ TEST(ConfigParser, TellsAMissingFileFromAnEmptyTable) {
 TEST(ConfigParser, FillsARecordFromItsRow) {
   const Loaded table(TableText()
                          .Module({"Page", "Group"})
-                         .Var({{"GroupID", "3"},
-                               {"Index", "12"},
-                               {"Get", "0x07"},
-                               {"Set", "0x21"},
-                               {"SetIndex", "4"},
-                               {"VarName", "Motor speed"},
-                               {"Permission", "1"},
-                               {"VarType", "uint16"},
-                               {"DefaultValue", "600"},
-                               {"Unit", "rpm"},
-                               {"Coefficient", "0.5"},
-                               {"SetCoefficient", "0.25"},
-                               {"FunctionModule", "1_1_5_3"},
-                               {"VarLen", "2"},
-                               {"TimerUpdate", "1"}}));
+                         .Var("GroupID=3;Index=12;Get=0x07;Set=0x21;SetIndex=4;VarName=Motor "
+                              "speed;Permission=1;VarType=uint16;DefaultValue=600;Unit=rpm;Coefficient=0.5;"
+                              "SetCoefficient=0.25;FunctionModule=1_1_5_3;VarLen=2;TimerUpdate=1"));
   const VarInfo& var = table["3-12"];
   EXPECT_EQ(var.index, 12);
   EXPECT_EQ(var.set_index, 4);
@@ -92,8 +80,7 @@ TEST(ConfigParser, FillsARecordFromItsRow) {
 }
 
 TEST(ConfigParser, GivesEmptyCellsTheirDefaults) {
-  const Loaded table(
-      TableText().Var({{"GroupID", "1"}, {"Index", "1"}, {"Get", "0x07"}, {"TimerUpdate", "2"}}));
+  const Loaded table(TableText().Var("GroupID=1;Index=1;Get=0x07;TimerUpdate=2"));
   const VarInfo& var = table["1-1"];
   EXPECT_EQ(var.set_index, -1);
   EXPECT_EQ(var.coefficient, 1.0F);
@@ -105,13 +92,13 @@ TEST(ConfigParser, GivesEmptyCellsTheirDefaults) {
 
 TEST(ConfigParser, ReadsTheNotationsOfCells) {
   const struct {
-    const char* payload;
+    std::string payload;
     std::string digits;
     Bytes bytes;
-    const char* options;
+    std::string options;
     std::vector<std::int32_t> values;
     std::pair<int, int> range;
-    const char* description;
+    std::string description;
     std::map<std::int32_t, std::string> labels;
   } kCases[] = {
       {"0x0102A", "0102A", {1, 2}, "0|1|2", {0, 1, 2}, {0, 0}, "0_Off\n1_On", {{0, "Off"}, {1, "On"}}},
@@ -121,12 +108,8 @@ TEST(ConfigParser, ReadsTheNotationsOfCells) {
       {"", "", {}, "-1|+2", {-1, 2}, {0, 0}, "no value", {}},
   };
   for (const auto& c : kCases) {
-    const Loaded table(TableText().Var({{"GroupID", "1"},
-                                        {"Index", "1"},
-                                        {"Get", "7"},
-                                        {"GetCmdPayload", c.payload},
-                                        {"Options", c.options},
-                                        {"OptionDescription", c.description}}));
+    const Loaded table(TableText().Var("GroupID=1;Index=1;Get=7;GetCmdPayload=" + c.payload +
+                                       ";Options=" + c.options + ";OptionDescription=" + c.description));
     const VarInfo& var = table["1-1"];
     EXPECT_EQ(var.get_cmd_payload, c.digits);
     EXPECT_EQ(var.get_cmd_payload_bytes, c.bytes) << c.payload;
@@ -145,7 +128,7 @@ TEST(ConfigParser, PutsVariablesOnTheirPages) {
       {"5", "3_1_1_0"},  {"6", "0_0_0_6"},           {"7", "1_1_4"},   {"8", "|1_2_9_3|"},
       {"9", "1_-5_1_0"}, {"10", "-2147483648_1_1_0"}};
   for (const auto& [index, place] : places) {
-    text.Var({{"GroupID", "4"}, {"Index", index}, {"Get", "7"}, {"FunctionModule", place}});
+    text.Var("GroupID=4;Index=" + index + ";Get=7;FunctionModule=" + place);
   }
   const Loaded table(text);
   EXPECT_THAT(table.catalogue.module_titles(),
@@ -163,18 +146,14 @@ TEST(ConfigParser, PutsVariablesOnTheirPages) {
 TEST(ConfigParser, LaysOutPayloadsByTheirIndexes) {
   TableText text;
   const struct {
-    const char *index, *get, *set, *set_index, *length;
+    std::string index, get, set, set_index, length;
   } kRows[] = {{"7", "0x07", "0x21", "2", "4"},  {"3", "0x07", "0x21", "3", "2"},
                {"12", "0x07", "0x21", "1", "1"}, {"2", "0x010", "", "", "4"},
                {"1", "0x010", "", "", "2"},      {"20", "", "0x21", "", "3"},
                {"30", "", "0x0100", "1", "3"}};
   for (const auto& row : kRows) {
-    text.Var({{"GroupID", "1"},
-              {"Index", row.index},
-              {"Get", row.get},
-              {"Set", row.set},
-              {"SetIndex", row.set_index},
-              {"VarLen", row.length}});
+    text.Var("GroupID=1;Index=" + row.index + ";Get=" + row.get + ";Set=" + row.set +
+             ";SetIndex=" + row.set_index + ";VarLen=" + row.length);
   }
   const Loaded table(text);
   EXPECT_THAT(Ids(table.catalogue.get_cmd_map().at("0x07")), ElementsAre("1-3", "1-7", "1-12"));
@@ -190,11 +169,10 @@ TEST(ConfigParser, LaysOutPayloadsByTheirIndexes) {
 }
 
 TEST(ConfigParser, NamesWriteOnlyVariablesApart) {
-  const Loaded table(
-      TableText()
-          .Var({{"GroupID", "1"}, {"Index", "1"}, {"Set", "0x21"}, {"VarName", "Mode"}})
-          .Var({{"GroupID", "1"}, {"Index", "2"}, {"Set", "0x22"}, {"VarName", "Mode"}})
-          .Var({{"GroupID", "1"}, {"Index", "3"}, {"Set", "9"}, {"Get", "8"}, {"VarName", "Mode"}}));
+  const Loaded table(TableText()
+                         .Var("GroupID=1;Index=1;Set=0x21;VarName=Mode")
+                         .Var("GroupID=1;Index=2;Set=0x22;VarName=Mode")
+                         .Var("GroupID=1;Index=3;Set=9;Get=8;VarName=Mode"));
   EXPECT_EQ(table["1-2"].var_name, "Mode_0x22");
   EXPECT_EQ(table["1-3"].var_name, "Mode") << "it can be read, and so needs no name of its own";
   EXPECT_EQ(table.catalogue.FindByName("Mode"), &table["1-1"]);
@@ -208,7 +186,7 @@ TEST(ConfigParser, LinksSwitchesToTheRowsAtTheirPosition) {
   int index = 0;
   for (const char* place :
        {"1_1_1_2_1", "1_1_1_2", "1_1_2_1", "1_2_1_2", "1_2_2_2_1", "1_1_3_2_-1", "9_9_1_2_1"}) {
-    text.Var({{"GroupID", "1"}, {"Index", std::to_string(++index)}, {"Get", "7"}, {"FunctionModule", place}});
+    text.Var("GroupID=1;Index=" + std::to_string(++index) + ";Get=7;FunctionModule=" + place);
   }
   const Loaded table(text);
   EXPECT_TRUE(table["1-1"].has_switch);
@@ -225,13 +203,8 @@ TEST(ConfigParser, LinksSwitchesToTheRowsAtTheirPosition) {
 TEST(ConfigParser, LetsTheLaterOfTwoEqualIdentifiersWin) {
   const Loaded table(TableText()
                          .Module({"Page", "Group"})
-                         .Var({{"GroupID", "1"},
-                               {"Index", "1"},
-                               {"Set", "0x21"},
-                               {"VarName", "Old"},
-                               {"Options", "1|2"},
-                               {"FunctionModule", "1_1_1_2_1"}})
-                         .Var({{"GroupID", "1"}, {"Index", "1"}, {"Get", "0x07"}, {"VarName", "New"}}));
+                         .Var("GroupID=1;Index=1;Set=0x21;VarName=Old;Options=1|2;FunctionModule=1_1_1_2_1")
+                         .Var("GroupID=1;Index=1;Get=0x07;VarName=New"));
   const VarInfo& var = table["1-1"];
   EXPECT_EQ(var.var_name, "New");
   EXPECT_EQ(var.set_cmd, "");
@@ -247,9 +220,9 @@ TEST(ConfigParser, LetsTheLaterOfTwoEqualIdentifiersWin) {
 
 TEST(ConfigParser, SkipsRowsThatDefineNothing) {
   const Loaded table(TableText()
-                         .Var({{"GroupID", ""}, {"Index", "1"}, {"Get", "7"}, {"VarName", "Lost"}})
-                         .Var({{"GroupID", "1"}, {"Index", ""}, {"Get", "7"}})
-                         .Var({{"GroupID", "1"}, {"Index", "1"}, {"VarLen", "no number, but nobody looks"}}));
+                         .Var("GroupID=;Index=1;Get=7;VarName=Lost")
+                         .Var("GroupID=1;Index=;Get=7")
+                         .Var("GroupID=1;Index=1;VarLen=no number, but nobody looks"));
   EXPECT_THAT(table.catalogue.var_map(), IsEmpty());
   const std::string warning =
       "ConfigParser::ExtractConfigInfo(): WARNING: something with config file - Some var lacks \"GroupID\" "
@@ -260,35 +233,33 @@ TEST(ConfigParser, SkipsRowsThatDefineNothing) {
 }
 
 TEST(ConfigParser, EndsTheLoadAtAnUnusableCell) {
-  const TableText::Cells good = {{"GroupID", "3"}, {"Index", "12"}, {"Get", "7"}, {"VarName", "Speed"}};
+  const std::string good = "GroupID=3;Index=12;Get=7;VarName=Speed";
   const struct {
-    const char *left_out, *column, *cell, *error;
+    const char *left_out, *cell, *error;
   } kCases[] = {
-      {"Unit", "", "", "Can't find a column named Unit"},
-      {"GetCmdPayload", "VarLen", "x", "Can't find a column named GetCmdPayload"},
-      {"", "VarLen", "two", "invalid stoi argument"},
-      {"", "SetIndex", "3000000000", "stoi argument out of range"},
-      {"", "Permission", "-", "invalid stoi argument"},
-      {"", "Options", "1|2|", "invalid stoi argument"},
-      {"", "Options", "~5", "invalid stoi argument"},
-      {"", "OptionDescription", "_Off", "invalid stoi argument"},
-      {"", "Coefficient", "x", "invalid stof argument"},
-      {"", "SetCoefficient", "1e99", "stof argument out of range"},
-      {"", "FunctionModule", "1__1_0", "invalid stoi argument"},
-      {"", "GetCmdPayload", "0xGG", "invalid stoi argument"},
-      {"", "TimerUpdate", "yes", "invalid stoi argument"},
+      {"Unit", "", "Can't find a column named Unit"},
+      {"GetCmdPayload", "VarLen=x", "Can't find a column named GetCmdPayload"},
+      {"", "VarLen=two", "invalid stoi argument"},
+      {"", "SetIndex=3000000000", "stoi argument out of range"},
+      {"", "Permission=-", "invalid stoi argument"},
+      {"", "Options=1|2|", "invalid stoi argument"},
+      {"", "Options=~5", "invalid stoi argument"},
+      {"", "OptionDescription=_Off", "invalid stoi argument"},
+      {"", "Coefficient=x", "invalid stof argument"},
+      {"", "SetCoefficient=1e99", "stof argument out of range"},
+      {"", "FunctionModule=1__1_0", "invalid stoi argument"},
+      {"", "GetCmdPayload=0xGG", "invalid stoi argument"},
+      {"", "TimerUpdate=yes", "invalid stoi argument"},
   };
   for (const auto& c : kCases) {
-    TableText::Cells bad = good;
-    bad[c.column] = c.cell;
-    const TableFile file(TableText(c.left_out).Module({"Page", "Group"}).Var(bad).text());
+    const TableFile file(TableText(c.left_out).Module({"Page", "Group"}).Var(good + ";" + c.cell).text());
     ConfigParser catalogue(file.path());
     EXPECT_EQ(catalogue.RowBeingRead(), "");
     try {
       catalogue.ExtractConfigInfo();
-      ADD_FAILURE() << "no error for " << c.column << " " << c.cell;
+      ADD_FAILURE() << "no error for " << c.cell;
     } catch (const std::exception& error) {
-      EXPECT_STREQ(error.what(), c.error) << c.column << " " << c.cell;
+      EXPECT_STREQ(error.what(), c.error) << c.cell;
     }
     EXPECT_EQ(catalogue.RowBeingRead(), "variable 3-12 \"Speed\", row 3");
   }
@@ -299,30 +270,12 @@ TEST(ConfigParser, EndsTheLoadAtAnUnusableCell) {
 }
 
 TEST(ConfigParser, FindsTheFieldOfACommand) {
-  Loaded table(TableText()
-                   .Var({{"GroupID", "1"},
-                         {"Index", "1"},
-                         {"Get", "7"},
-                         {"Set", "8"},
-                         {"SetIndex", "2"},
-                         {"VarLen", "2"}})
-                   .Var({{"GroupID", "1"},
-                         {"Index", "2"},
-                         {"Get", "7"},
-                         {"Set", "8"},
-                         {"SetIndex", "1"},
-                         {"VarLen", "4"}})
-                   .Var({{"GroupID", "2"},
-                         {"Index", "1"},
-                         {"Get", "7"},
-                         {"Set", "7"},
-                         {"SetIndex", "1"},
-                         {"VarLen", "1"}})
-                   .Var({{"GroupID", "9"},
-                         {"Index", "1"},
-                         {"Get", "99"},
-                         {"VarName", "Shared Secret Key"},
-                         {"VarLen", "whatever the sensor sends"}}));
+  Loaded table(
+      TableText()
+          .Var("GroupID=1;Index=1;Get=7;Set=8;SetIndex=2;VarLen=2")
+          .Var("GroupID=1;Index=2;Get=7;Set=8;SetIndex=1;VarLen=4")
+          .Var("GroupID=2;Index=1;Get=7;Set=7;SetIndex=1;VarLen=1")
+          .Var("GroupID=9;Index=1;Get=99;VarName=Shared Secret Key;VarLen=whatever the sensor sends"));
   Span field;
   EXPECT_TRUE(table.catalogue.GetVarPosOffset("7", "1-2", 100, field));
   EXPECT_EQ(field, Span(3, 4));
@@ -347,14 +300,9 @@ TEST(ConfigParser, FindsTheFieldOfACommand) {
 TEST(ConfigParser, SurvivesAnyBytes) {
   const std::string good = TableText()
                                .Module({"Page", "A"})
-                               .Var({{"GroupID", "1"},
-                                     {"Index", "1"},
-                                     {"Get", "0x07"},
-                                     {"Set", "0x21"},
-                                     {"Options", "0|1"},
-                                     {"OptionDescription", "0_Off\n1_On"},
-                                     {"FunctionModule", "1_1_1_2_1|1_1_2_2"},
-                                     {"GetCmdPayload", "0x01"}})
+                               .Var(
+                                   "GroupID=1;Index=1;Get=0x07;Set=0x21;Options=0|1;OptionDescription=0_"
+                                   "Off\n1_On;FunctionModule=1_1_1_2_1|1_1_2_2;GetCmdPayload=0x01")
                                .text();
   std::mt19937 random(20240918);
   std::uniform_int_distribution<int> byte(0, 255);

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -37,8 +36,6 @@ class TableFile {
 /// Writes a table's text row by row. Rows name only the cells that matter.
 class TableText {
  public:
-  using Cells = std::map<std::string, std::string>;
-
   explicit TableText(const std::string& left_out_column = {}) {
     for (const char* name : {"GroupID", "Index", "Get", "Set", "SetIndex", "VarName", "Permission", "VarType",
                              "DefaultValue", "Options", "Unit", "Coefficient", "OptionDescription",
@@ -53,11 +50,13 @@ class TableText {
     titles.insert(titles.begin(), "0");
     return Row(titles);
   }
-  TableText& Var(const Cells& cells) {
+  /// "Column=text;Column=text": the cells of one variable.
+  TableText& Var(const std::string& cells) {
     std::vector<std::string> row;
     for (const std::string& column : columns_) {
-      const auto cell = cells.find(column);
-      row.push_back(cell == cells.end() ? std::string() : cell->second);
+      const std::size_t found = (";" + cells).find(";" + column + "=");
+      const std::size_t begin = found == std::string::npos ? cells.size() : found + column.size() + 1;
+      row.push_back(cells.substr(begin, cells.find(';', begin) - begin));
     }
     return Row(row);
   }
