@@ -1,0 +1,154 @@
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "libquarn/KtcClient/src/ktc_parser.h"
+#include "libquarn/Platform/src/byte_order.h"
+#include "libquarn/Platform/src/socket.h"
+
+namespace quarn::test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+struct Request {
+  std::uint8_t cmd = 0;
+  Bytes payload;
+};
+
+/// What the peer does upon a request: sends `bytes` (none: silence), in one piece or byte by byte, and then
+/// perhaps closes the connection.
+struct Answer {
+  Bytes bytes;
+  bool byte_by_byte = false;
+  bool close = false;
+};
+
+/// A sensor that does what the test says, right or wrong. Serves one connection after the other.
+class FakePeer {
+ public:
+  using Handler = std::function<Answer(const Request&)>;
+
+  FakePeer(std::uint8_t version, Handler handler)
+      : layout_(lidar::KtcParser(version).parser()->layout()),
+        handler_(std::move(handler)),
+        listener_(platform::TcpListener::Listen("127.0.0.1", 0)),
+        thread_([this] { Serve(); }) {}
+
+  ~FakePeer() {
+    stopping_ = true;
+    {
+      const std::lock_guard lock(mutex_);
+      if (connection_ != platform::kInvalidSocket) {
+        platform::ShutdownSocket(connection_);
+      }
+    }
+    thread_.join();
+  }
+  FakePeer(const FakePeer&) = delete;
+  FakePeer& operator=(const FakePeer&) = delete;
+
+  std::uint16_t port() const { return listener_->port(); }
+  int connections() const { return connections_; }
+
+  std::vector<Request> Requests() const {
+    const std::lock_guard lock(mutex_);
+    return requests_;
+  }
+
+  /// A frame as sensors answer: a request's layout with a return code.
+  static Bytes Reply(std::uint8_t version, std::uint8_t cmd, const Bytes& payload,
+                     std::uint8_t return_code = 0) {
+    const lidar::KtcParser parser(version);
+    Bytes frame;
+    parser.KtcStreamEncode(payload, frame, cmd);
+    frame[parser.parser()->layout().return_code] = return_code;
+    return frame;
+  }
+
+ private:
+  void Serve() {
+    while (!stopping_) {
+      const platform::SocketHandle accepted = listener_->Accept(20);
+      if (accepted == platform::kInvalidSocket) {
+        continue;
+      }
+      ++connections_;
+      SetConnection(accepted);
+      while (!stopping_ && Step(accepted)) {
+      }
+      SetConnection(platform::kInvalidSocket);
+      platform::CloseSocket(accepted);
+    }
+  }
+
+  void SetConnection(platform::SocketHandle connection) {
+    const std::lock_guard lock(mutex_);
+    connection_ = connection;
+  }
+
+  bool Step(platform::SocketHandle connection) {
+    const std::optional<Request> request = ReadRequest(connection);
+    if (!request) {
+      return false;
+    }
+    {
+      const std::lock_guard lock(mutex_);
+      requests_.push_back(*request);
+    }
+    const Answer answer = handler_(*request);
+    std::span<const std::uint8_t> rest = answer.bytes;
+    while (!rest.empty()) {
+      const int sent = platform::SendBytes(connection, answer.byte_by_byte ? rest.first(1) : rest, 0);
+      if (sent <= 0) {
+        return false;
+      }
+      rest = rest.subspan(static_cast<std::size_t>(sent));
+    }
+    return !answer.close;
+  }
+
+  std::optional<Request> ReadRequest(platform::SocketHandle connection) const {
+    Bytes header(layout_.header_size);
+    if (!ReadAll(connection, header)) {
+      return std::nullopt;
+    }
+    Request request{header[layout_.cmd],
+                    Bytes(lidar::LoadBigEndian<std::uint32_t>(header, layout_.payload_length))};
+    return ReadAll(connection, request.payload) ? std::optional(std::move(request)) : std::nullopt;
+  }
+
+  static bool ReadAll(platform::SocketHandle connection, std::span<std::uint8_t> bytes) {
+    while (!bytes.empty()) {
+      const int received = platform::ReceiveBytes(connection, bytes, 0);
+      if (received <= 0) {
+        return false;
+      }
+      bytes = bytes.subspan(static_cast<std::size_t>(received));
+    }
+    return true;
+  }
+
+  const lidar::KtcLayout layout_;
+  const Handler handler_;
+  const std::unique_ptr<platform::TcpListener> listener_;
+  std::atomic<bool> stopping_{false};
+  std::atomic<int> connections_{0};
+
+  mutable std::mutex mutex_;
+  platform::SocketHandle connection_ = platform::kInvalidSocket;
+  std::vector<Request> requests_;
+
+  std::thread thread_;  // last: everything stands when it starts
+};
+
+}  // namespace quarn::test

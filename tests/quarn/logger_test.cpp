@@ -1,0 +1,80 @@
+#include "libquarn/Platform/src/logger.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+#include "tests/quarn/test_support.h"
+
+namespace log_lib {
+namespace {
+
+const char kSourceFile[] = "tests/quarn/logger_test";
+
+std::string Contents(const std::filesystem::path& path) {
+  std::ifstream in(path);
+  std::stringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+std::filesystem::path FreshFolder(const std::string& name) {
+  const auto folder = std::filesystem::temp_directory_path() / name;
+  std::filesystem::remove_all(folder);
+  return folder;
+}
+
+TEST(Logger, WritesLevelPlaceAndTextOnStop) {
+  const auto folder = FreshFolder("varkel_logger_test");
+  const auto path = folder / "log.txt";
+  Logger& logger = Logger::GetInstance();
+  QUARN_LOG(kError, "before the start");
+  ASSERT_TRUE(logger.Start(path.string()));
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 2; ++t) {
+    threads.emplace_back([t] {
+      for (int i = 0; i < 50; ++i) {
+        QUARN_LOG(kTiming, "line %d of thread %d, 100%%", i, t);
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  QUARN_LOG(kError, "braces {} and %s", std::string(5000, 'x').c_str());
+  logger.Stop();
+  QUARN_LOG(kError, "after the stop");
+
+  const std::string text = Contents(path);
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 101);
+  EXPECT_NE(text.find(" debug tests/quarn/logger_test:"), std::string::npos) << text.substr(0, 200);
+  EXPECT_NE(text.find(" line 49 of thread 1, 100%\n"), std::string::npos);
+  EXPECT_NE(text.find(" error "), std::string::npos);
+  EXPECT_NE(text.find(" braces {} and " + std::string(5000, 'x') + "\n"), std::string::npos);
+  std::filesystem::remove_all(folder);
+}
+
+TEST(Logger, RefusesAFileThatCannotBeOpened) {
+  const auto folder = FreshFolder("varkel_logger_dir_test");
+  std::filesystem::create_directories(folder);
+  EXPECT_FALSE(Logger::GetInstance().Start(folder.string()));
+  std::filesystem::remove_all(folder);
+}
+
+TEST(Logger, HandsMessagesToTheTapAndSurvivesIt) {
+  {
+    const quarn::test::LogLines lines;
+    QUARN_LOG(kWarning, "seen %d", 1);
+    EXPECT_EQ(lines.All(), std::vector<std::string>{"4 seen 1"});
+  }
+  Logger::GetInstance().SetTap([](int, const std::string&) { throw std::runtime_error("tap"); });
+  EXPECT_NO_THROW(QUARN_LOG(kWarning, "thrown at"));
+  Logger::GetInstance().SetTap({});
+}
+
+}  // namespace
+}  // namespace log_lib

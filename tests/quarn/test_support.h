@@ -1,0 +1,99 @@
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "libquarn/Platform/src/logger.h"
+#include "libquarn/Platform/src/socket.h"
+
+namespace quarn::test {
+
+/// How long something that must come may take before the test fails.
+inline constexpr std::chrono::seconds kPatience{10};
+
+/// What "at once" may last on a busy machine under a sanitizer.
+inline constexpr std::chrono::milliseconds kAtOnce{500};
+
+inline bool Eventually(const std::function<bool()>& condition) {
+  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) {
+      return false;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
+inline std::chrono::milliseconds TimeOf(const std::function<void()>& action) {
+  const auto start = std::chrono::steady_clock::now();
+  action();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
+}
+
+/// Collects the log lines of its lifetime as "level text".
+class LogLines {
+ public:
+  LogLines() {
+    log_lib::Logger::GetInstance().SetTap([lines = lines_](int level, const std::string& text) {
+      const std::lock_guard lock(lines->mutex);
+      lines->texts.push_back(std::to_string(level) + " " + text);
+    });
+  }
+  ~LogLines() { log_lib::Logger::GetInstance().SetTap({}); }
+
+  std::vector<std::string> All() const {
+    const std::lock_guard lock(lines_->mutex);
+    return lines_->texts;
+  }
+  bool Has(const std::string& line) const {
+    const auto all = All();
+    return std::find(all.begin(), all.end(), line) != all.end();
+  }
+
+ private:
+  // Shared with the tap: a thread may still be inside of it when the collector ends.
+  struct Lines {
+    std::mutex mutex;
+    std::vector<std::string> texts;
+  };
+  const std::shared_ptr<Lines> lines_ = std::make_shared<Lines>();
+};
+
+/// An address that never answers: a listener whose queue is full, so that further connections hang.
+class SilentAddress {
+ public:
+  SilentAddress() : listener_(platform::TcpListener::Listen("127.0.0.1", 0, 0)) {
+    for (int i = 0; i < 8; ++i) {
+      waiting_.push_back(platform::CreateTcpSocket());
+      platform::SetNonBlocking(waiting_.back(), true);
+      platform::ConnectSocket(waiting_.back(), "127.0.0.1", port());
+      if (platform::WaitWritable(waiting_.back(), 200) == 0) {
+        return;
+      }
+    }
+  }
+  ~SilentAddress() {
+    for (const platform::SocketHandle socket : waiting_) {
+      platform::CloseSocket(socket);
+    }
+  }
+  SilentAddress(const SilentAddress&) = delete;
+  SilentAddress& operator=(const SilentAddress&) = delete;
+
+  std::uint16_t port() const { return listener_->port(); }
+
+ private:
+  const std::unique_ptr<platform::TcpListener> listener_;
+  std::vector<platform::SocketHandle> waiting_;
+};
+
+}  // namespace quarn::test

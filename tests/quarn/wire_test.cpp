@@ -1,0 +1,260 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <sstream>
+
+#include "libquarn/KtcClient/src/channel_fov.h"
+#include "libquarn/KtcClient/src/crc32_mpeg2.h"
+#include "libquarn/KtcClient/src/ktc_parser.h"
+#include "libquarn/Platform/src/byte_order.h"
+
+namespace quarn::lidar {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using Row = std::vector<std::string>;
+
+Bytes FromHex(const std::string& text) {
+  Bytes bytes;
+  std::istringstream in(text);
+  for (unsigned value = 0; in >> std::hex >> value;) {
+    bytes.push_back(static_cast<std::uint8_t>(value));
+  }
+  return bytes;
+}
+
+std::vector<float> Floats(const std::string& text) {
+  std::istringstream in(text);
+  return {std::istream_iterator<float>(in), {}};
+}
+
+// The rows of the protocol page's table with this heading row.
+std::vector<Row> PageTable(const std::string& heading) {
+  std::ifstream page(QUARN_PROTOCOL_PAGE);
+  std::string line;
+  while (std::getline(page, line) && line != heading) {
+  }
+  std::getline(page, line);
+  std::vector<Row> rows;
+  while (std::getline(page, line) && line.starts_with('|')) {
+    Row row;
+    std::istringstream cells(line.substr(1));
+    for (std::string cell; std::getline(cells, cell, '|');) {
+      row.push_back(cell);
+    }
+    rows.push_back(row);
+  }
+  return rows;
+}
+
+Bytes Counting(std::size_t size) {
+  Bytes bytes(size);
+  for (std::size_t i = 0; i < size; ++i) {
+    bytes[i] = static_cast<std::uint8_t>(i * 7 + 3);
+  }
+  return bytes;
+}
+
+std::uint32_t BitwiseCrc(std::span<const std::uint8_t> bytes) {
+  std::uint32_t crc = 0xFFFFFFFFU;
+  for (const std::uint8_t byte : bytes) {
+    crc ^= std::uint32_t{byte} << 24U;
+    for (int bit = 0; bit < 8; ++bit) {
+      crc = (crc & 0x80000000U) != 0 ? (crc << 1U) ^ 0x04C11DB7U : crc << 1U;
+    }
+  }
+  return crc;
+}
+
+TEST(KtcFrames, MatchTheProtocolPage) {
+  const auto rows = PageTable("| Version | Command | Payload | Frame |");
+  ASSERT_EQ(rows.size(), 6U);
+  for (const Row& row : rows) {
+    const KtcParser parser(static_cast<std::uint8_t>(std::stoi(row[0])));
+    Bytes frame = Counting(40);  // what stood there before must not shine through
+    EXPECT_TRUE(parser.KtcStreamEncode(FromHex(row[2]), frame, FromHex(row[1])[0]));
+    EXPECT_EQ(frame, FromHex(row[3])) << row[3];
+  }
+}
+
+TEST(KtcFrames, CarryTheLengthOfLongPayloads) {
+  const Bytes payload = Counting(300);
+  for (const std::uint8_t version : Bytes{1, 2}) {
+    const KtcParser parser(version);
+    const KtcLayout& layout = parser.parser()->layout();
+    Bytes frame;
+    parser.KtcStreamEncode(payload, frame, 0x40);
+    ASSERT_EQ(frame.size(), layout.header_size + 300);
+    EXPECT_EQ(frame[layout.cmd], 0x40);
+    EXPECT_EQ(LoadBigEndian<std::uint32_t>(frame, layout.payload_length), 300U);
+    EXPECT_TRUE(std::equal(payload.begin(), payload.end(),
+                           frame.begin() + static_cast<std::ptrdiff_t>(layout.header_size)));
+  }
+}
+
+TEST(KtcFrames, DescribeTheirTemplates) {
+  for (const std::uint8_t version : Bytes{1, 2}) {
+    const KtcParser holder(version);
+    const GeneralKtcParser& parser = *holder.parser();
+    Bytes header;
+    parser.KtcStreamEncode({}, header, 0);
+    EXPECT_EQ(parser.GetHeaderSize(), header.size());
+    EXPECT_EQ(parser.GetHeaderIdentifier0(), header[0]);
+    EXPECT_EQ(parser.GetHeaderIdentifier1(), header[1]);
+    EXPECT_EQ(parser.GetCmd() + parser.GetReturnCode() + parser.GetPayloadLength(), 0U);
+  }
+}
+
+TEST(KtcFrames, UnknownVersionHasNoParser) {
+  for (const std::uint8_t version : Bytes{0, 3, 255}) {
+    const KtcParser parser(version);
+    Bytes out = {9};
+    std::vector<Bytes> frames;
+    EXPECT_EQ(parser.parser(), nullptr);
+    EXPECT_FALSE(parser.KtcStreamEncode({}, out, 1));
+    EXPECT_FALSE(parser.KtcStreamDecode(1, 0, {1, 2}, 0, 1, out));
+    EXPECT_FALSE(parser.KtcFilestreamSend(Bytes{1}, 1, frames));
+    EXPECT_EQ(out, Bytes{9});
+  }
+}
+
+TEST(KtcStreamDecode, Version1NeverReadsOutside) {
+  const Bytes in = Counting(10);
+  constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
+  constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
+  struct {
+    std::int32_t offset, length;
+    bool ok;
+    Bytes out;
+  } const cases[] = {
+      {2, 3, true, {in[2], in[3], in[4]}},
+      {0, 10, true, in},
+      {10, 0, true, {}},
+      {8, 4, false, {0xEE}},
+      {kMax, 0, false, {0xEE}},
+      {-2, 4, true, {}},
+      {4, -2, true, {}},
+      {-4, -4, true, {}},
+      {kMax, kMax, true, {}},  // the 32-bit sum wraps to -2
+      {kMin, kMin, true, {}},  // and here to 0
+  };
+  const Ktc_1_0_parser parser;
+  for (const auto& c : cases) {
+    Bytes out = {0xEE};
+    EXPECT_EQ(parser.KtcStreamDecode(0, 0, in, c.offset, c.length, out), c.ok) << c.offset << " " << c.length;
+    EXPECT_EQ(out, c.out) << c.offset << " " << c.length;
+  }
+  Bytes same = in;
+  EXPECT_TRUE(parser.KtcStreamDecode(0, 0, same, 7, 3, same));
+  EXPECT_EQ(same, (Bytes{in[7], in[8], in[9]}));
+}
+
+TEST(KtcStreamDecode, Version2ActsOnTheStatus) {
+  struct {
+    std::uint8_t status, byte;
+    Bytes in;
+    bool ok;
+    Bytes out;
+    bool told;
+  } const cases[] = {
+      {1, 0, {5, 6}, true, {5, 6}, true},    {9, 0, {}, true, {}, true},
+      {2, 0, {}, true, {0xEE}, false},       {8, 0, {5}, false, {5}, false},
+      {10, 0, {}, true, {0xEE}, false},      {10, 7, {}, false, {0xEE, 7}, false},
+      {10, 0, {1}, false, {0xEE, 0}, false}, {0, 1, {1}, true, {0xEE}, true},
+      {11, 1, {1}, true, {0xEE}, true},
+  };
+  const Ktc_2_0_parser parser;
+  for (const auto& c : cases) {
+    Bytes out = {0xEE};
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(parser.KtcStreamDecode(c.status, c.byte, c.in, -1, 99, out), c.ok) << int{c.status};
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              c.told ? "Ktc_2_0_parser::KtcStreamDecode success!\n" : "");
+    EXPECT_EQ(out, c.out) << int{c.status};
+  }
+}
+
+TEST(KtcFilestream, MatchesTheProtocolPage) {
+  const auto rows = PageTable("| Command | File | Frames |");
+  ASSERT_EQ(rows.size(), 2U);
+  for (const Row& row : rows) {
+    std::vector<Bytes> frames;
+    EXPECT_TRUE(Ktc_1_0_parser().KtcFilestreamSend(FromHex(row[1]), FromHex(row[0])[0], frames));
+    Bytes train;
+    for (const Bytes& frame : frames) {
+      train.insert(train.end(), frame.begin(), frame.end());
+    }
+    EXPECT_EQ(train, FromHex(row[2]));
+  }
+}
+
+TEST(KtcFilestream, NumbersAndCutsPieces) {
+  for (const std::size_t size : {1U, 1023U, 1024U, 1025U, 2048U, 2049U}) {
+    const Bytes file = Counting(size);
+    std::vector<Bytes> frames = {{0xAA}};  // what stood there stays
+    ASSERT_TRUE(KtcParser(1).KtcFilestreamSend(file, 0x0A, frames));
+    const std::size_t total = (size + 1023) / 1024;
+    ASSERT_EQ(frames.size(), 1 + total);
+    Bytes joined;
+    for (std::size_t k = 1; k <= total; ++k) {
+      const Bytes& frame = frames[k];
+      const auto data = std::span(frame).subspan(8 + 16);
+      EXPECT_EQ(LoadBigEndian<std::uint32_t>(frame, 4), 16 + data.size());
+      EXPECT_EQ(LoadBigEndian<std::uint32_t>(frame, 8), 0U);
+      EXPECT_EQ(LoadBigEndian<std::uint32_t>(frame, 12), k);
+      EXPECT_EQ(LoadBigEndian<std::uint32_t>(frame, 16), total);
+      EXPECT_EQ(LoadBigEndian<std::uint32_t>(frame, 20), BitwiseCrc(data));
+      EXPECT_EQ(data.size(), k < total ? 1024 : size - 1024 * (total - 1));
+      joined.insert(joined.end(), data.begin(), data.end());
+    }
+    EXPECT_EQ(joined, file);
+  }
+  std::vector<Bytes> frames;
+  EXPECT_TRUE(KtcParser(2).KtcFilestreamSend(Counting(3000), 0x0A, frames));
+  EXPECT_TRUE(frames.empty());
+}
+
+TEST(Crc32Mpeg2, CheckValueAndEverySize) {
+  const std::string digits = "123456789";
+  EXPECT_EQ(Crc32Mpeg2(Bytes(digits.begin(), digits.end())), 0x0376E6E7U);
+  const Bytes bytes = Counting(300);
+  for (std::size_t size = 0; size <= bytes.size(); ++size) {
+    const auto part = std::span(bytes).first(size);
+    const std::uint32_t expected = BitwiseCrc(part);
+    ASSERT_EQ(Crc32Mpeg2(part), expected) << size;
+    const auto front = part.first(size / 3);
+    ASSERT_EQ(Crc32Mpeg2(part.subspan(size / 3), Crc32Mpeg2(front)), expected) << size;
+  }
+}
+
+TEST(ChannelFov, MatchesTheProtocolPage) {
+  const auto writes = PageTable("| Channel | Start angles in degrees | Payload of command 22 |");
+  ASSERT_EQ(writes.size(), 2U);
+  for (const Row& row : writes) {
+    FovAngles starts{};
+    std::ranges::copy(Floats(row[1]), starts.begin());
+    EXPECT_EQ(EncodeChannelFov(static_cast<std::uint8_t>(std::stoi(row[0])), starts), FromHex(row[2]));
+  }
+  const auto reads = PageTable("| Payload of the reply to 23 | Pairs read |");
+  ASSERT_EQ(reads.size(), 4U);
+  for (const Row& row : reads) {
+    const std::vector<float> pairs = Floats(row[1]);
+    FovAngles starts;
+    FovAngles ends;
+    starts.fill(-1);
+    ends.fill(-2);
+    const int count = DecodeMultiFov(FromHex(row[0]), starts, ends);
+    ASSERT_EQ(static_cast<std::size_t>(count), pairs.size() / 2) << row[0];
+    for (std::size_t i = 0; i < kMaxFovs; ++i) {
+      const bool read = 2 * i < pairs.size();
+      EXPECT_EQ(starts[i], read ? pairs[2 * i] : -1) << row[0];
+      EXPECT_EQ(ends[i], read ? pairs[2 * i + 1] : -2) << row[0];
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quarn::lidar
