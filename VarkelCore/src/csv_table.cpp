@@ -10,7 +10,7 @@
 namespace varkel {
 namespace {
 
-constexpr std::size_t kBlockSize = 64 * 1024;
+constexpr std::size_t kBlockSize = 65536;
 constexpr std::size_t kCellGrowth = 4096;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
