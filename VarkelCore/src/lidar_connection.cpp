@@ -56,8 +56,8 @@ void LidarConnection::Init(const std::stop_token& stop, const ConnectionSettings
     events_.start_refresh();
     connected_ = true;
     report_.Log("Lidar connected", "INFO");
+    connecting_ = false;  // whoever hears of the connection finds the attempt ended
     events_.connected();
-    connecting_ = false;
   } catch (const std::exception& error) {
     Fail(stop.stop_requested() ? std::string() : "Connection Error: " + std::string(error.what()));
   } catch (...) {
