@@ -7,14 +7,17 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "VarkelCore/src/var_info.h"
 
 namespace varkel {
+
+class CsvRow;
+class CsvTable;
 
 /// The catalogue of one sensor model, loaded from its table (CSV, one variable a row).
 ///
@@ -34,7 +37,7 @@ class ConfigParser {
   ConfigParser(const ConfigParser&) = delete;
   ConfigParser& operator=(const ConfigParser&) = delete;
 
-  /// Reads the table and builds the catalogue. False only when no file is open.
+  /// Reads the table and builds the catalogue; called once. False only when no file is open (any more).
   /// Raises std::runtime_error ("Can't find a column named …", malformed quoting) or the conversion errors
   /// of text_number.h; RowBeingRead then tells where.
   bool ExtractConfigInfo();
@@ -69,9 +72,21 @@ class ConfigParser {
   const std::map<VarInfo*, SwitchPlace>& switch_map() const { return switch_map_; }
 
  private:
-  // Row by row loading lives in config_parser.cpp.
+  struct Columns;  // the table's columns by name
+
+  void LoadRow(const CsvRow& row, const Columns& columns);
+  void AddModule(const CsvRow& row);
+  VarInfo* StoreRow(const CsvRow& row, const Columns& columns);
+  void Place(VarInfo* var, const std::string& function_module);
+  void NameApart(VarInfo* var);
+  void LayOutPayloads();
+  void LinkSwitches();
+  void IndexNames();
+
   std::string path_;
+  std::unique_ptr<CsvTable> table_;
   std::map<std::string, std::unique_ptr<VarInfo>> var_map_;
+  VarList file_order_;
   std::map<std::string, std::string> cmd_kind_map_;
   std::map<std::string, VarList> get_cmd_map_;
   std::map<std::string, VarList> set_cmd_map_;
@@ -79,8 +94,9 @@ class ConfigParser {
   std::vector<std::vector<VarList>> module_vars_;
   VarList standalone_vars_;
   std::map<VarInfo*, SwitchPlace> switch_map_;
-  std::unordered_set<std::string> set_only_names_;
-  std::unordered_map<std::string, VarInfo*> by_name_;
+  std::unordered_map<std::string, const VarInfo*> set_only_names_;  // who took the name first
+  std::unordered_map<std::string_view, VarInfo*> by_name_;          // keys are the records' own texts
+  std::string row_being_read_;
   mutable std::mutex value_mutex_;
 };
 

@@ -26,8 +26,8 @@ class VarkelManager : public QObject {
   Q_PROPERTY(QString baud_rate READ baud_rate WRITE set_baud_rate NOTIFY initInfoChanged)
   Q_PROPERTY(QString errorMessage READ errorMessage NOTIFY errorMessageChanged)
   Q_PROPERTY(QString successMessage READ successMessage NOTIFY successMessageChanged)
-  Q_PROPERTY(QString SendKtcCommandReturnHeader READ getSendKtcCommandReturnHeader NOTIFY
-                 sendCommandHistoryChanged)
+  Q_PROPERTY(
+      QString SendKtcCommandReturnHeader READ getSendKtcCommandReturnHeader NOTIFY sendCommandHistoryChanged)
   Q_PROPERTY(QString SendKtcCommandReturnPayload READ getSendKtcCommandReturnPayload NOTIFY
                  sendCommandHistoryChanged)
   Q_PROPERTY(int CommandLogCnt READ CommandLogCnt NOTIFY sendCommandHistoryChanged)
@@ -146,8 +146,7 @@ class VarkelManager : public QObject {
   Q_INVOKABLE int DownloadOperationLogThread(QUrl fileUrl);
   Q_INVOKABLE int DownloadLog(QUrl fileUrl, QString type);
   Q_INVOKABLE void GetLidarModuleInfo(int module);
-  Q_INVOKABLE bool UpdateSingleVarInfo(QString qs_var_info,
-                                       QString search_type = QStringLiteral("var_name"));
+  Q_INVOKABLE bool UpdateSingleVarInfo(QString qs_var_info, QString search_type = QStringLiteral("var_name"));
   Q_INVOKABLE bool CheckVarIsWithinRange(QString qs_var_info,
                                          QString search_type = QStringLiteral("var_name"));
   Q_INVOKABLE bool CheckModuleVarsWithinRange(int module);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <functional>
-#include <mutex>
+#include <memory>
 #include <string>
 
 #if defined(__GNUC__)
@@ -20,6 +20,9 @@ enum Level : int { kTiming = 1, kProgress = 2, kWarning = 4, kError = 8 };
 /// reports: while nothing is started messages are dropped, and a full queue drops the oldest.
 class Logger {
  public:
+  Logger(const Logger&) = delete;
+  Logger& operator=(const Logger&) = delete;
+
   static Logger& GetInstance();
 
   /// Opens the rotating file `path` (3 files of 5 MiB) and its writer thread. False when it can't be opened.
@@ -30,10 +33,18 @@ class Logger {
   /// Also hands every formatted message to `tap`, on the caller's thread; an empty function removes it.
   void SetTap(std::function<void(int level, const std::string& text)> tap);
 
-  /// `file` is the source path within the project, `format` is printf's.
+  /// `file` is the source path within the project, `format` is printf's. `file` and `function` are read by
+  /// the writer thread later: they must be literals.
   void AddToQueue(int level, const char* file, int line, const char* function, const char* format, ...)
       LOG_LIB_PRINTF(6, 7);
-  // Members: the implementer's.
+
+ private:
+  Logger();
+  ~Logger();
+  void Deliver(int level, const char* file, int line, const char* function, const std::string& text);
+
+  struct State;
+  const std::unique_ptr<State> state_;
 };
 
 }  // namespace log_lib

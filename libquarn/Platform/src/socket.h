@@ -33,7 +33,8 @@ bool BindPort(SocketHandle socket, std::uint16_t port);
 /// Starts a connection to an address that IsIpV4 accepted: 0 or -1, then LastSocketError tells.
 int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port);
 
-/// Waits until the socket is writable. 1: writable, 0: time-out, -1: error.
+/// Waits until the socket is writable (or has failed: PendingSocketError tells). 1: writable, 0: time-out,
+/// -1: error. A negative time waits without end, here as in WaitReadable.
 int WaitWritable(SocketHandle socket, int timeout_ms);
 /// Waits until the socket is readable (or a listener has a connection). 1: readable, 0: time-out, -1: error.
 int WaitReadable(SocketHandle socket, int timeout_ms);
@@ -57,11 +58,13 @@ int LastSocketError();
 bool IsWouldBlock(int socket_error);  ///< also a connection that is under way
 bool IsTimedOut(int socket_error);
 
-/// A listening TCP socket, closed on destruction..
+/// A listening TCP socket, closed on destruction.
 class TcpListener {
  public:
-  /// Listens on `address`:`port`; port 0 picks a free one. Null when it can't.
-  static std::unique_ptr<TcpListener> Listen(const std::string& address, std::uint16_t port);
+  /// Listens on `address`:`port`; port 0 picks a free one. Null when it can't. `backlog` is how many
+  /// connections may wait for Accept.
+  static std::unique_ptr<TcpListener> Listen(const std::string& address, std::uint16_t port,
+                                             int backlog = 64);
   ~TcpListener();
   TcpListener(const TcpListener&) = delete;
   TcpListener& operator=(const TcpListener&) = delete;

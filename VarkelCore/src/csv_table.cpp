@@ -1,0 +1,169 @@
+#include "VarkelCore/src/csv_table.h"
+
+#include <csv.h>
+
+#include <algorithm>
+#include <exception>
+#include <filesystem>
+#include <stdexcept>
+
+namespace varkel {
+namespace {
+
+constexpr std::size_t kBlockSize = 64 * 1024;
+constexpr std::size_t kCellGrowth = 4096;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+// Blanks belong to the cell: a table's texts are taken as they stand.
+int IsTrimmed(unsigned char /*character*/) {
+  return 0;
+}
+
+std::size_t CountLines(std::string_view text) {
+  return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+}  // namespace
+
+std::string_view CsvRow::Cell(std::size_t index) const {
+  if (index >= ends_.size()) {
+    return {};
+  }
+  const std::size_t begin = index == 0 ? 0 : ends_[index - 1];
+  return std::string_view(text_).substr(begin, ends_[index] - begin);
+}
+
+std::string_view CsvRow::CellIfPresent(const CsvColumn& column) const {
+  if (column.index_ == CsvColumn::kUnresolved) {
+    const auto found = std::find(header_->begin(), header_->end(), column.name_);
+    if (found == header_->end()) {
+      return {};
+    }
+    column.index_ = static_cast<std::size_t>(found - header_->begin());
+  }
+  return Cell(column.index_);
+}
+
+std::string_view CsvRow::Cell(const CsvColumn& column) const {
+  const std::string_view text = CellIfPresent(column);
+  if (column.index_ == CsvColumn::kUnresolved) {
+    throw std::runtime_error("Can't find a column named " + column.name_);
+  }
+  return text;
+}
+
+struct CsvTable::Parser {
+  Parser() {
+    if (csv_init(&state, CSV_STRICT | CSV_STRICT_FINI) != 0) {
+      throw std::runtime_error("Can't set up the table reader");
+    }
+    csv_set_space_func(&state, IsTrimmed);
+    csv_set_blk_size(&state, kCellGrowth);
+  }
+  ~Parser() { csv_free(&state); }
+  Parser(const Parser&) = delete;
+  Parser& operator=(const Parser&) = delete;
+
+  csv_parser state{};
+  std::exception_ptr failure;  // what a handler raised; libcsv is C and must not be unwound
+};
+
+struct CsvTable::Callbacks {
+  CsvTable* table;
+  Parser* parser;
+
+  template <typename Work>
+  static void Guarded(void* data, Work work) {
+    const auto* self = static_cast<Callbacks*>(data);
+    if (self->parser->failure != nullptr) {
+      return;
+    }
+    try {
+      work(*self->table);
+    } catch (...) {
+      self->parser->failure = std::current_exception();
+    }
+  }
+  static void OnCell(void* cell, std::size_t size, void* data) {
+    const std::string_view text(static_cast<const char*>(cell), size);
+    Guarded(data, [text](CsvTable& table) { table.EndCell(text); });
+  }
+  static void OnRow(int /*terminator*/, void* data) {
+    Guarded(data, [](CsvTable& table) { table.EndRow(); });
+  }
+};
+
+CsvTable::CsvTable(const std::string& path) : path_(path) {
+  std::error_code ignored;
+  if (!std::filesystem::is_directory(path, ignored)) {
+    file_.open(path, std::ios::binary);
+  }
+}
+
+CsvTable::~CsvTable() = default;
+
+void CsvTable::ForEachRow(const std::function<void(const CsvRow&)>& handle) {
+  handle_ = &handle;
+  header_.clear();
+  row_ = CsvRow();
+  row_.header_ = &header_;
+  row_.number_ = 1;
+  Parser parser;
+  ReadBlocks(parser);
+  file_.close();
+}
+
+void CsvTable::ReadBlocks(Parser& parser) {
+  Callbacks callbacks{this, &parser};
+  std::vector<char> block(kBlockSize);
+  std::size_t lines = 0;
+  for (bool first = true; file_; first = false) {
+    file_.read(block.data(), static_cast<std::streamsize>(block.size()));
+    std::string_view bytes(block.data(), static_cast<std::size_t>(file_.gcount()));
+    if (first && bytes.starts_with(kByteOrderMark)) {
+      bytes.remove_prefix(kByteOrderMark.size());
+    }
+    const std::size_t parsed =
+        csv_parse(&parser.state, bytes.data(), bytes.size(), Callbacks::OnCell, Callbacks::OnRow, &callbacks);
+    if (parser.failure != nullptr) {
+      std::rethrow_exception(parser.failure);
+    }
+    if (parsed != bytes.size()) {
+      lines += CountLines(bytes.substr(0, parsed));
+      throw std::runtime_error("Malformed quotes in line " + std::to_string(lines + 1) + " of " + path_ +
+                               ": " + csv_strerror(csv_error(&parser.state)));
+    }
+    lines += CountLines(bytes);
+  }
+  if (file_.bad()) {
+    throw std::runtime_error("Can't read on in line " + std::to_string(lines + 1) + " of " + path_);
+  }
+  const int result = csv_fini(&parser.state, Callbacks::OnCell, Callbacks::OnRow, &callbacks);
+  if (parser.failure != nullptr) {
+    std::rethrow_exception(parser.failure);
+  }
+  if (result != 0) {
+    throw std::runtime_error("A quote opened in row " + std::to_string(row_.number_) + " of " + path_ +
+                             " is never closed");
+  }
+}
+
+void CsvTable::EndCell(std::string_view text) {
+  row_.text_.append(text);
+  row_.ends_.push_back(row_.text_.size());
+}
+
+void CsvTable::EndRow() {
+  if (row_.number_ == 1) {
+    for (std::size_t i = 0; i < row_.size(); ++i) {
+      header_.emplace_back(row_.Cell(i));
+    }
+  } else {
+    (*handle_)(row_);
+  }
+  row_.text_.clear();
+  row_.ends_.clear();
+  ++row_.number_;
+}
+
+}  // namespace varkel

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <cstddef>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace varkel {
+
+class CsvRow;
+
+/// A column that rows are asked for. It is looked up in the header once, when the first row asks for it;
+/// one object therefore serves one table.
+class CsvColumn {
+ public:
+  explicit CsvColumn(std::string name) : name_(std::move(name)) {}
+  const std::string& name() const { return name_; }
+
+ private:
+  friend class CsvRow;
+  static constexpr std::size_t kUnresolved = static_cast<std::size_t>(-1);
+  std::string name_;
+  mutable std::size_t index_ = kUnresolved;
+};
+
+/// One row of a table. It lives only while the function that got it runs, and so do the texts of its cells.
+class CsvRow {
+ public:
+  /// The cell's text as it stands in the file, blanks included; empty when the row is too short for it.
+  /// Raises std::runtime_error "Can't find a column named …" when the header lacks the column.
+  std::string_view Cell(const CsvColumn& column) const;
+  std::string_view Cell(std::size_t index) const;
+  /// As Cell, but a missing column is an empty cell.
+  std::string_view CellIfPresent(const CsvColumn& column) const;
+
+  std::size_t size() const { return ends_.size(); }
+  /// Place within the file: the header is row 1, blank lines don't count.
+  std::size_t number() const { return number_; }
+
+ private:
+  friend class CsvTable;
+  std::string text_;               // all cells, one behind the other
+  std::vector<std::size_t> ends_;  // end of each cell within text_
+  std::size_t number_ = 0;
+  const std::vector<std::string>* header_ = nullptr;
+};
+
+/// Reads a file of comma-separated values with a header row. Cells may be quoted and then hold commas,
+/// line breaks and doubled quotes; lines end in LF, CRLF or CR; a UTF-8 byte-order mark is skipped.
+///
+/// The file is read in blocks and only the row at hand is kept.
+class CsvTable {
+ public:
+  /// Opens the file; a folder is not a file.
+  explicit CsvTable(const std::string& path);
+  ~CsvTable();
+  CsvTable(const CsvTable&) = delete;
+  CsvTable& operator=(const CsvTable&) = delete;
+
+  bool is_open() const { return file_.is_open(); }
+
+  /// Hands every row behind the header to `handle`, in file order, and closes the file.
+  /// What `handle` raises ends the reading and passes through. Malformed quotes and read errors raise
+  /// std::runtime_error.
+  void ForEachRow(const std::function<void(const CsvRow&)>& handle);
+
+  /// Number of the row that is being read.
+  std::size_t row_number() const { return row_.number(); }
+
+ private:
+  struct Callbacks;  // what libcsv calls
+  struct Parser;     // libcsv's state
+
+  void ReadBlocks(Parser& parser);
+  void EndCell(std::string_view text);
+  void EndRow();
+
+  std::string path_;
+  std::ifstream file_;
+  std::vector<std::string> header_;
+  CsvRow row_;
+  const std::function<void(const CsvRow&)>* handle_ = nullptr;
+};
+
+}  // namespace varkel

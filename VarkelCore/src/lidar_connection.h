@@ -1,0 +1,68 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <stop_token>
+#include <string>
+
+#include "VarkelCore/src/connection_settings.h"
+#include "VarkelCore/src/user_report.h"
+#include "libquarn/KtcClient/src/ktc_client.h"
+
+namespace varkel {
+
+/// The KTC connection to a sensor in the network: made, probed and ended here. Thread-safe.
+class LidarConnection {
+ public:
+  struct Events {
+    std::function<void()> start_refresh;  ///< the connection stands: begin to read
+    std::function<void()> connected;      ///< announce it
+  };
+
+  LidarConnection(UserReport& report, Events events);
+  ~LidarConnection();
+  LidarConnection(const LidarConnection&) = delete;
+  LidarConnection& operator=(const LidarConnection&) = delete;
+
+  /// One attempt from beginning to end, on a worker's thread. Success and failure are reported; a stop ends
+  /// it without a word.
+  void Init(const std::stop_token& stop, const ConnectionSettings& settings);
+
+  /// Asks the sensor whether it answers KTC (commands 7 and 8). Changes nothing.
+  bool CheckLidarConnection();
+
+  /// Marks the connection as ended and wakes whoever waits for the sensor. Drop follows when they are gone.
+  void Interrupt();
+  /// Lets go of the client.
+  void Drop();
+
+  /// The client for the length of an operation; null without one.
+  std::shared_ptr<quarn::lidar::KtcClient> client() const;
+  /// The client if it can be used: connected and open; else null.
+  std::shared_ptr<quarn::lidar::KtcClient> usable_client() const;
+
+  bool is_connected() const { return connected_; }
+  bool is_connecting() const { return connecting_; }
+  /// Whether the bytes of commands go to the log pane.
+  void set_log_bytes(bool on) { log_bytes_ = on; }
+
+ private:
+  std::shared_ptr<quarn::lidar::KtcClient> OpenClient(const std::stop_token& stop,
+                                                      const ConnectionSettings& settings);
+  bool Probe(quarn::lidar::KtcClient& client);
+  void InstallByteLog(quarn::lidar::KtcClient& client);
+  void Fail(const std::string& reason);
+
+  UserReport& report_;
+  const Events events_;
+  std::atomic<bool> connected_ = false;
+  std::atomic<bool> connecting_ = false;
+  std::atomic<bool> log_bytes_ = false;
+  std::atomic<int> probes_running_ = 0;
+  mutable std::mutex mutex_;  // guards client_
+  std::shared_ptr<quarn::lidar::KtcClient> client_;
+};
+
+}  // namespace varkel

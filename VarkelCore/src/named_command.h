@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "VarkelCore/src/command_text.h"
+#include "VarkelCore/src/config_parser.h"
+
+namespace varkel {
+
+/// The first variable that bears one of the names, or null. Tables spell names like "Restart" in two ways.
+const VarInfo* FindNamed(const ConfigParser& catalogue, std::initializer_list<const char*> names);
+
+/// The command of an action row (restart, a log): its get command, or its set command when it has no other.
+const std::string& ActionCommandText(const VarInfo& var);
+
+/// A ready request of an action row: command byte, and payload with a four-byte code ahead of it.
+struct ActionRequest {
+  std::uint8_t code = 0;
+  std::vector<std::uint8_t> payload;
+};
+
+/// `extra` goes behind the row's own payload. Raises the conversion errors of text_number.h for a command
+/// that is no number.
+ActionRequest MakeActionRequest(const VarInfo& var, std::initializer_list<std::uint8_t> extra = {});
+
+}  // namespace varkel

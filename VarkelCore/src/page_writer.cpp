@@ -1,0 +1,180 @@
+#include "VarkelCore/src/page_writer.h"
+
+#include <QByteArray>
+#include <QDebug>
+#include <QString>
+#include <algorithm>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <stdexcept>
+#include <unordered_set>
+#include <utility>
+
+#include "VarkelCore/src/command_text.h"
+#include "VarkelCore/src/str_parser.h"
+#include "libquarn/Platform/src/text_number.h"
+
+namespace varkel {
+
+namespace {
+
+constexpr char kRun[] = "VarkelManager::Run";
+constexpr std::int32_t kNoReply = -2;  // the client's return code when no reply header came
+
+QString Text(const std::string& text) {
+  return QString::fromStdString(text);
+}
+
+QString Hex(const std::vector<std::uint8_t>& bytes) {
+  return QString::fromLatin1(
+      QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())).toHex(' '));
+}
+
+void Append(std::vector<std::uint8_t>& payload, std::uint32_t position, std::uint32_t length,
+            const std::vector<std::uint8_t>& bytes) {
+  const std::size_t end = std::size_t{position} + length;
+  if (payload.size() < end) payload.resize(end);
+  const std::size_t count = std::min<std::size_t>(bytes.size(), length);
+  std::copy_n(bytes.begin(), count, payload.begin() + static_cast<std::ptrdiff_t>(position));
+}
+
+std::vector<std::uint8_t> FieldBytes(const VarInfo& var, const std::string& value) {
+  if (value.empty()) {
+    throw std::invalid_argument("Unknown error with this var: It has no current_val. var_name = " +
+                                var.var_name);
+  }
+  const std::unique_ptr<StrParser> codec = MakeStrParser(var.var_type);
+  if (!codec) {
+    qDebug().noquote() << kRun << "(): This var_type"
+                       << "\"" + Text(var.var_type) + "\""
+                       << "is not supported currently.";
+    qDebug().noquote() << "strParser == nullptr, var_name:" + Text(var.var_name) +
+                              ", var_type:" + Text(var.var_type) + ", current_val:" + Text(value);
+    throw std::invalid_argument("Error with var type");
+  }
+  return codec->ParseToBytes(value, var.set_coefficient);
+}
+
+}  // namespace
+
+WritePlan PlanWrite(const ConfigParser& catalogue, int module, const PendingEdits& edits) {
+  WritePlan plan;
+  std::vector<VarInfo*> to_refresh;
+  std::unordered_set<const VarInfo*> seen_vars;
+  std::unordered_set<std::string> seen_commands;
+  bool writes_address = false;
+  for (const auto& group : catalogue.module_vars().at(static_cast<std::size_t>(module))) {
+    for (const VarInfo* var : group) {
+      if (var->set_cmd.empty() || !edits.IsPending(var->set_cmd)) continue;
+      if (!seen_commands.insert(var->set_cmd).second) continue;
+      for (VarInfo* carried : catalogue.set_cmd_map().at(var->set_cmd)) {
+        if (!carried->get_cmd.empty() && seen_vars.insert(carried).second) to_refresh.push_back(carried);
+      }
+      if (var->set_cmd == kAddressSetCommand) {
+        writes_address = true;
+      } else {
+        plan.commands.push_back(var->set_cmd);
+      }
+    }
+  }
+  if (writes_address) plan.commands.emplace_back(kAddressSetCommand);
+  plan.refresh = GroupByGetCommand(to_refresh);
+  return plan;
+}
+
+std::vector<std::uint8_t> SetPayload(ConfigParser& catalogue, const std::string& set_cmd) {
+  std::vector<std::uint8_t> payload;
+  for (const VarInfo* var : catalogue.set_cmd_map().at(set_cmd)) {
+    if (var->get_cmd.empty() && var->var_type != "raw") {
+      throw std::invalid_argument(
+          "There are undefined cases in the csv config file where there is a line with 'set' and no 'get', "
+          "but the var_type is not 'raw'.");
+    }
+    const std::vector<std::uint8_t> bytes = FieldBytes(*var, catalogue.CurrentValue(*var));
+    std::pair<std::uint32_t, std::uint32_t> field;
+    const auto written = static_cast<std::uint32_t>(payload.size());
+    if (!catalogue.GetVarPosOffset(set_cmd, var->var_id, written, field)) {
+      throw std::invalid_argument("Error with var position, var_name = " + var->var_name);
+    }
+    Append(payload, field.first, field.second, bytes);
+  }
+  return payload;
+}
+
+void PageWriter::Run(ConfigParser& catalogue, quarn::lidar::KtcClient& client, int module) const {
+  try {
+    WriteAll(catalogue, client, module);
+    targets_.report.Success(
+        "Set Lidar Successfully\nNote that if you have changed the TCP-related settings, you will need to "
+        "restart the lidar for it to work.");
+  } catch (const std::exception& error) {
+    qDebug().noquote() << kRun << "(): Caught Exception: " << error.what();
+    targets_.report.Error("Set Failed: " + std::string(error.what()));
+  }
+}
+
+void PageWriter::WriteAll(ConfigParser& catalogue, quarn::lidar::KtcClient& client, int module) const {
+  const WritePlan plan = PlanWrite(catalogue, module, targets_.edits);
+  for (const ReadGroup& group : plan.refresh) {
+    targets_.reader.GetInfoFromLidarWithSameCmd(catalogue, client, group.vars, FovRead::kOrdinary);
+  }
+  for (const std::string& set_cmd : plan.commands) {
+    if (set_cmd == kFovSetCommand) {
+      WriteFov(catalogue, client);
+    } else {
+      Write(catalogue, client, set_cmd);
+    }
+  }
+  for (const std::string& set_cmd : plan.commands) Confirm(catalogue, set_cmd);
+}
+
+void PageWriter::Confirm(const ConfigParser& catalogue, const std::string& set_cmd) const {
+  std::vector<std::string> var_ids;
+  for (const VarInfo* var : catalogue.set_cmd_map().at(set_cmd)) var_ids.push_back(var->var_id);
+  targets_.edits.Confirm(set_cmd, var_ids);
+}
+
+void PageWriter::WriteFov(ConfigParser& catalogue, quarn::lidar::KtcClient& client) const {
+  const VarInfo& channel = *catalogue.set_cmd_map().at(kFovSetCommand).front();
+  const int channel_byte = quarn::lidar::TextToInt(catalogue.CurrentValue(channel));
+  const FovTable::Angles angles = targets_.fov.Get();
+  std::array<float, FovTable::kSectors> starts{};
+  std::copy_n(angles.begin(), starts.size(), starts.begin());
+  if (client.WriteChannelFov(static_cast<std::uint8_t>(channel_byte), starts) != 0) {
+    throw std::invalid_argument("set channel fov failed");
+  }
+  ReportSent(catalogue, kFovSetCommand);
+}
+
+void PageWriter::Write(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
+                       const std::string& set_cmd) const {
+  const Command command = ParseCommandText(set_cmd);
+  const std::vector<std::uint8_t> payload = RequestPayload(command, SetPayload(catalogue, set_cmd));
+  qDebug().noquote() << kRun << "(): QueryCommand send cmd:    " << Text(set_cmd);
+  qDebug().noquote() << kRun << "(): QueryCommand send payload:" << Hex(payload)
+                     << ", length =" << payload.size();
+  std::vector<std::uint8_t> result;
+  if (client.QueryCommand(payload, result, command.code, false) == 0) {
+    qDebug().noquote() << kRun << "(): QueryCommand SUCCESS, get result =" << Hex(result);
+    ReportSent(catalogue, set_cmd);
+    return;
+  }
+  qDebug().noquote() << kRun << "(): QueryCommand FAILED, get result =" << Hex(result);
+  const std::int32_t code = client.LastReturnCode();
+  if (set_cmd == kAddressSetCommand && code == kNoReply) return;
+  const std::string warning = "SET [" + set_cmd + "] FAILED";
+  targets_.report.Log(warning, "WARNING");
+  targets_.report.Error(warning);
+  throw std::invalid_argument(set_cmd + " SET  ret_code: " + std::to_string(code));
+}
+
+void PageWriter::ReportSent(const ConfigParser& catalogue, const std::string& set_cmd) const {
+  std::string names;
+  for (const VarInfo* var : catalogue.set_cmd_map().at(set_cmd)) {
+    names += (names.empty() ? "" : ", ") + var->var_name;
+  }
+  targets_.report.Log("Send KTC command [" + set_cmd + "] to set " + names + " success.", "INFO");
+}
+
+}  // namespace varkel

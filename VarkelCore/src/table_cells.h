@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What the cells of a model table say, one function a notation. All raise the conversion errors of
+/// text_number.h for a number that is none or does not fit.
+namespace varkel {
+
+/// A base-10 integer, or `fallback` for an empty cell.
+std::int32_t IntCell(std::string_view cell, std::int32_t fallback);
+/// A number with a decimal point, or `fallback` for an empty cell.
+float FloatCell(std::string_view cell, float fallback);
+
+/// "0|1|2" lists values, "1~100" is a range, "5" a single value.
+struct OptionsCell {
+  std::vector<std::int32_t> values;
+  std::int32_t range_min = 0;
+  std::int32_t range_max = 0;
+};
+OptionsCell ParseOptions(std::string_view cell);
+
+/// "0_Off" and "1_On" on a line each: labels by value, a later line replacing an earlier one.
+std::map<std::int32_t, std::string> ParseOptionLabels(std::string_view cell);
+
+/// "2_1_3_1|4_2_1_1": places on the pages.
+struct PlaceCell {
+  std::int32_t module = 0;  ///< from 0; a table's own numbers count from 1
+  std::int32_t group = 0;   ///< from 0
+  std::int32_t position = 0;
+  std::int32_t component = 0;
+  std::optional<std::int32_t> switched_position;  ///< only read for switches
+};
+std::vector<PlaceCell> ParsePlaces(std::string_view cell);
+
+/// "0x0102": bytes that go with a get command.
+struct GetPayloadCell {
+  std::string digits;
+  std::vector<std::uint8_t> bytes;
+};
+GetPayloadCell ParseGetPayload(std::string_view cell);
+
+}  // namespace varkel

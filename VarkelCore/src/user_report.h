@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+namespace varkel {
+
+/// What an operation tells the user. Every call may come from any thread.
+class UserReport {
+ public:
+  virtual ~UserReport() = default;
+
+  /// A line of the log pane; `type` is "INFO", "WARNING", "ERROR" or "BYTES".
+  virtual void Log(const std::string& text, const std::string& type) = 0;
+  /// A notice window; an empty text takes the last one back.
+  virtual void Error(const std::string& text) = 0;
+  virtual void Success(const std::string& text) = 0;
+};
+
+}  // namespace varkel

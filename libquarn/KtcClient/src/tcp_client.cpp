@@ -1,0 +1,261 @@
+#include "libquarn/KtcClient/src/tcp_client.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <iostream>
+
+#include "libquarn/Platform/src/logger.h"
+
+namespace quarn::lidar {
+namespace {
+
+const char kSourceFile[] = "libquarn/KtcClient/src/tcp_client";
+
+using Clock = std::chrono::steady_clock;
+
+// How long an interrupt may go unnoticed while a connection is under way.
+constexpr std::chrono::milliseconds kWaitSlice{20};
+constexpr std::chrono::microseconds kSlowReceive{1'000'000};
+
+}  // namespace
+
+TcpClient::~TcpClient() {
+  Close();
+}
+
+bool TcpClient::Open(const std::string& ip, std::uint16_t port, bool /*auto_receive*/, const char* /*cert*/,
+                     const char* /*private_key*/, const char* /*ca*/) {
+  if (IsOpenOn(ip, port)) {
+    return true;
+  }
+  QUARN_LOG(log_lib::kProgress, "Open() IP %s port %u", ip.c_str(), unsigned{port});
+  Close();
+  lidar_ip_ = ip;
+  lidar_port_ = port;
+  return PlainOpen();
+}
+
+bool TcpClient::TryOpen(std::uint16_t local_port, const std::string& ip, std::uint16_t port,
+                        bool /*auto_receive*/, const char* /*cert*/, const char* /*private_key*/,
+                        const char* /*ca*/, std::uint32_t timeout_s) {
+  if (IsOpenOn(ip, port)) {
+    return true;
+  }
+  Close();
+  lidar_ip_ = ip;
+  lidar_port_ = port;
+  if (!platform::StartUpSockets()) {
+    QUARN_LOG(log_lib::kError, "Initilize winsock error !");
+    return false;
+  }
+  if (!CreateSocket()) {
+    return false;
+  }
+  if (local_port != 0 && !platform::BindPort(socket_, local_port)) {
+    QUARN_LOG(log_lib::kError, "Failed to bind local port, system will auto assign one");
+  }
+  if (!platform::IsIpV4(ip)) {
+    Close();
+    QUARN_LOG(log_lib::kError, "TryOpen inet_pton error:%s", ip.c_str());
+    return false;
+  }
+  if (Connect() != 0) {
+    QUARN_LOG(log_lib::kError, "socket Connection error.");
+    Close();
+    return false;
+  }
+  if (!WaitConnected(timeout_s) || platform::PendingSocketError(socket_) != 0) {
+    Close();
+    return false;
+  }
+  QUARN_LOG(log_lib::kProgress, "TryOpen succeed, IP %s port %u", ip.c_str(), unsigned{port});
+  platform::SetNonBlocking(socket_, false);
+  opened_ = true;
+  return true;
+}
+
+// Blocks as long as the system tries, but in slices: an interrupt must not wait for the system.
+bool TcpClient::PlainOpen() {
+  if (!platform::StartUpSockets()) {
+    std::cerr << "Initilize winsock error !" << std::endl;
+    return false;
+  }
+  if (!CreateSocket()) {
+    return false;
+  }
+  if (!platform::IsIpV4(lidar_ip_)) {
+    Close();
+    QUARN_LOG(log_lib::kError, "Open inet_pton error:%s", lidar_ip_.c_str());
+    return false;
+  }
+  int error = Connect();
+  if (error == 0) {
+    error = WaitConnected(std::nullopt) ? platform::PendingSocketError(socket_) : EINPROGRESS;
+  }
+  if (error != 0) {
+    if (error == EINPROGRESS) {
+      QUARN_LOG(log_lib::kWarning, "connect lidar time out");
+    } else if (error != EWOULDBLOCK) {
+      QUARN_LOG(log_lib::kError, "connect failed %d", error);
+    }
+    Close();
+    QUARN_LOG(log_lib::kError, "connect lidar fail errno %d", error);
+    return false;
+  }
+  platform::SetNonBlocking(socket_, false);
+  QUARN_LOG(log_lib::kProgress, " succeed, IP %s port %u", lidar_ip_.c_str(), unsigned{lidar_port_});
+  opened_ = true;
+  return true;
+}
+
+// Pairs the start-up that the caller made: a failure cleans it up.
+bool TcpClient::CreateSocket() {
+  const platform::SocketHandle created = platform::CreateTcpSocket();
+  if (created == platform::kInvalidSocket) {
+    platform::CleanUpSockets();
+    return false;
+  }
+  const std::lock_guard lock(handle_mutex_);
+  socket_ = created;
+  return true;
+}
+
+// Starts a connection that does not block: 0 when it is under way or done, else the error.
+int TcpClient::Connect() {
+  platform::SetNonBlocking(socket_, true);
+  if (platform::ConnectSocket(socket_, lidar_ip_, lidar_port_) == 0) {
+    return 0;
+  }
+  const int error = platform::LastSocketError();
+  return platform::IsWouldBlock(error) ? 0 : error;
+}
+
+// False when the time runs out or an interrupt comes; true says only that the attempt has ended.
+bool TcpClient::WaitConnected(std::optional<std::uint32_t> timeout_s) {
+  const auto deadline = Clock::now() + std::chrono::seconds(timeout_s.value_or(0));
+  while (!interrupted_) {
+    auto slice = kWaitSlice;
+    if (timeout_s) {
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+      slice = std::clamp(left, std::chrono::milliseconds(0), kWaitSlice);
+    }
+    const int ready = platform::WaitWritable(socket_, static_cast<int>(slice.count()));
+    if (ready != 0) {
+      // An interrupt's shutdown ends the wait as well.
+      return ready > 0 && !interrupted_;
+    }
+    if (timeout_s && Clock::now() >= deadline) {
+      return false;
+    }
+  }
+  return false;
+}
+
+void TcpClient::Close() {
+  opened_ = false;
+  const std::lock_guard lock(handle_mutex_);
+  const platform::SocketHandle closing = socket_.exchange(platform::kInvalidSocket);
+  if (closing != platform::kInvalidSocket) {
+    platform::CloseSocket(closing);
+    platform::CleanUpSockets();
+  }
+}
+
+int TcpClient::Send(const std::uint8_t* data, std::uint16_t length, int flags) {
+  if (interrupted_ || (!opened_ && !PlainOpen())) {
+    return -1;
+  }
+  const int sent = platform::SendBytes(socket_, {data, length}, flags);
+  // The C library's number, not the socket's: where the two differ, a failed send is always logged.
+  const int error = errno;
+  if (sent != length && error != EINTR && error != EAGAIN && error != EWOULDBLOCK) {
+    QUARN_LOG(log_lib::kError, "Send errno %d", error);
+  }
+  return sent;
+}
+
+int TcpClient::Receive(std::uint8_t* buffer, std::uint32_t length, int flags) {
+  const auto start = Clock::now();
+  const int received = ReceiveOnce(buffer, length, flags);
+  const auto elapsed = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+  if (elapsed >= kSlowReceive) {
+    QUARN_LOG(log_lib::kTiming, "Receive executed: %dus", static_cast<int>(elapsed.count()));
+  }
+  return received;
+}
+
+int TcpClient::ReceiveOnce(std::uint8_t* buffer, std::uint32_t length, int flags) {
+  if (interrupted_ || (!opened_ && !PlainOpen())) {
+    return -1;
+  }
+  const bool without_waiting = flags == kReceiveWithoutWaiting;
+  if (without_waiting && !platform::SetNonBlocking(socket_, true)) {
+    QUARN_LOG(log_lib::kError, "Failed to set non-blocking mode");
+    return -1;
+  }
+  const int received = platform::ReceiveBytes(socket_, {buffer, length}, without_waiting ? 0 : flags);
+  const int error = platform::LastSocketError();
+  if (without_waiting) {
+    if (!platform::SetNonBlocking(socket_, false)) {
+      QUARN_LOG(log_lib::kError, "Failed to restore original socket mode");
+    }
+    return received;
+  }
+  if (received <= 0 && interrupted_) {
+    return -1;
+  }
+  if (received == 0) {
+    QUARN_LOG(log_lib::kError, "Connection closed by peer, recv returned 0");
+  } else if (received < 0 && !platform::IsWouldBlock(error) && !platform::IsTimedOut(error)) {
+    QUARN_LOG(log_lib::kError, "Receive failed, WSA error: %d", error);
+  }
+  return received;
+}
+
+bool TcpClient::SetReceiveTimeout(std::uint32_t receive_ms) {
+  if (!HasSocket()) {
+    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
+    return false;
+  }
+  return platform::SetSocketReceiveTimeout(socket_, receive_ms);
+}
+
+int TcpClient::SetTimeout(std::uint32_t receive_ms, std::uint32_t send_ms) {
+  if (!HasSocket()) {
+    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
+    return -1;
+  }
+  receive_timeout_ms_ = receive_ms;
+  send_timeout_ms_ = send_ms;
+  const bool set = platform::SetSocketReceiveTimeout(socket_, receive_timeout_ms_) &&
+                   platform::SetSocketSendTimeout(socket_, send_timeout_ms_);
+  return set ? 0 : -1;
+}
+
+void TcpClient::SetReceiveBufferSize(const std::uint32_t& size) {
+  if (!HasSocket()) {
+    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
+    return;
+  }
+  receive_buffer_size_ = size;
+  const std::optional<std::uint32_t> current = platform::ReceiveBufferSize(socket_);
+  if (current && *current < receive_buffer_size_) {
+    platform::SetReceiveBufferSize(socket_, receive_buffer_size_);
+  }
+}
+
+void TcpClient::Interrupt() {
+  interrupted_ = true;
+  const std::lock_guard lock(handle_mutex_);
+  const platform::SocketHandle socket = socket_;
+  if (socket != platform::kInvalidSocket) {
+    platform::ShutdownSocket(socket);
+  }
+}
+
+bool TcpClient::IsOpenOn(const std::string& ip, std::uint16_t port) const {
+  return opened_ && ip == lidar_ip_ && port == lidar_port_;
+}
+
+}  // namespace quarn::lidar

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "libquarn/KtcClient/src/client_base.h"
+
+namespace quarn::lidar {
+
+inline constexpr std::uint32_t kPlainTcpClient = 0;
+inline constexpr std::uint32_t kTlsClient = 1;
+
+/// A new transport of the client type; null when the type has none.
+std::shared_ptr<ClientBase> CreateTransport(std::uint32_t client_type);
+
+}  // namespace quarn::lidar

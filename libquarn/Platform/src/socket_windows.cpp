@@ -1,0 +1,218 @@
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+// The socket headers come before the system's main header, which may bring in their predecessor.
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include <windows.h>
+
+#include "libquarn/Platform/src/socket.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace quarn::platform {
+namespace {
+
+// The system's invalid handle is all ones, which is the seam's -1: handles convert without a special case.
+static_assert(static_cast<SocketHandle>(INVALID_SOCKET) == kInvalidSocket);
+
+SOCKET Native(SocketHandle socket) {
+  return static_cast<SOCKET>(socket);
+}
+
+sockaddr_in MakeAddress(in_addr ip, std::uint16_t port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr = ip;
+  address.sin_port = htons(port);
+  return address;
+}
+
+template <typename T>
+bool SetOption(SocketHandle socket, int option, const T& value) {
+  return setsockopt(Native(socket), SOL_SOCKET, option, reinterpret_cast<const char*>(&value),
+                    static_cast<int>(sizeof(value))) == 0;
+}
+
+int ClampToInt(std::size_t size) {
+  return static_cast<int>(std::min(size, static_cast<std::size_t>(std::numeric_limits<int>::max())));
+}
+
+// A negative time waits without end. The set of failed sockets is watched too: a refused connection shows
+// there and not among the writable ones.
+int WaitFor(SocketHandle socket, bool for_writing, int timeout_ms) {
+  fd_set ready;
+  fd_set failed;
+  FD_ZERO(&ready);
+  FD_ZERO(&failed);
+  FD_SET(Native(socket), &ready);
+  FD_SET(Native(socket), &failed);
+  timeval limit{};
+  limit.tv_sec = timeout_ms / 1000;
+  limit.tv_usec = timeout_ms % 1000 * 1000;
+  // The first argument is ignored on this system.
+  const int count = select(0, for_writing ? nullptr : &ready, for_writing ? &ready : nullptr, &failed,
+                           timeout_ms < 0 ? nullptr : &limit);
+  return count > 0 ? 1 : count;
+}
+
+}  // namespace
+
+bool StartUpSockets() {
+  WSADATA data{};
+  return WSAStartup(MAKEWORD(2, 2), &data) == 0;
+}
+
+void CleanUpSockets() {
+  WSACleanup();
+}
+
+SocketHandle CreateTcpSocket() {
+  // Overlapped as socket() makes them, so that blocked calls can be cancelled; not inherited by children.
+  return static_cast<SocketHandle>(WSASocketW(AF_INET, SOCK_STREAM, IPPROTO_TCP, nullptr, 0,
+                                              WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT));
+}
+
+void CloseSocket(SocketHandle socket) {
+  closesocket(Native(socket));
+}
+
+void ShutdownSocket(SocketHandle socket) {
+  shutdown(Native(socket), SD_BOTH);
+  // The shutdown alone does not reliably wake a thread that is already blocked in a call.
+  CancelIoEx(reinterpret_cast<HANDLE>(Native(socket)), nullptr);
+}
+
+bool IsIpV4(const std::string& ip) {
+  in_addr parsed{};
+  return inet_pton(AF_INET, ip.c_str(), &parsed) == 1;
+}
+
+bool BindPort(SocketHandle socket, std::uint16_t port) {
+  in_addr any{};
+  any.s_addr = htonl(INADDR_ANY);
+  const sockaddr_in address = MakeAddress(any, port);
+  return bind(Native(socket), reinterpret_cast<const sockaddr*>(&address),
+              static_cast<int>(sizeof(address))) == 0;
+}
+
+int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port) {
+  in_addr parsed{};
+  if (inet_pton(AF_INET, ip.c_str(), &parsed) != 1) {
+    WSASetLastError(WSAEINVAL);
+    return -1;
+  }
+  const sockaddr_in address = MakeAddress(parsed, port);
+  return connect(Native(socket), reinterpret_cast<const sockaddr*>(&address),
+                 static_cast<int>(sizeof(address))) == 0
+             ? 0
+             : -1;
+}
+
+int WaitWritable(SocketHandle socket, int timeout_ms) {
+  return WaitFor(socket, true, timeout_ms);
+}
+
+int WaitReadable(SocketHandle socket, int timeout_ms) {
+  return WaitFor(socket, false, timeout_ms);
+}
+
+int PendingSocketError(SocketHandle socket) {
+  int error = 0;
+  int size = static_cast<int>(sizeof(error));
+  return getsockopt(Native(socket), SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size) == 0
+             ? error
+             : WSAGetLastError();
+}
+
+bool SetNonBlocking(SocketHandle socket, bool non_blocking) {
+  u_long mode = non_blocking ? 1 : 0;
+  return ioctlsocket(Native(socket), static_cast<long>(FIONBIO), &mode) == 0;
+}
+
+bool SetSocketReceiveTimeout(SocketHandle socket, std::uint32_t milliseconds) {
+  return SetOption(socket, SO_RCVTIMEO, DWORD{milliseconds});
+}
+
+bool SetSocketSendTimeout(SocketHandle socket, std::uint32_t milliseconds) {
+  return SetOption(socket, SO_SNDTIMEO, DWORD{milliseconds});
+}
+
+std::optional<std::uint32_t> ReceiveBufferSize(SocketHandle socket) {
+  int bytes = 0;
+  int size = static_cast<int>(sizeof(bytes));
+  if (getsockopt(Native(socket), SOL_SOCKET, SO_RCVBUF, reinterpret_cast<char*>(&bytes), &size) != 0) {
+    return std::nullopt;
+  }
+  return static_cast<std::uint32_t>(bytes);
+}
+
+bool SetReceiveBufferSize(SocketHandle socket, std::uint32_t bytes) {
+  return SetOption(socket, SO_RCVBUF, ClampToInt(bytes));
+}
+
+int SendBytes(SocketHandle socket, std::span<const std::uint8_t> bytes, int flags) {
+  return send(Native(socket), reinterpret_cast<const char*>(bytes.data()), ClampToInt(bytes.size()), flags);
+}
+
+int ReceiveBytes(SocketHandle socket, std::span<std::uint8_t> buffer, int flags) {
+  return recv(Native(socket), reinterpret_cast<char*>(buffer.data()), ClampToInt(buffer.size()), flags);
+}
+
+int LastSocketError() {
+  return WSAGetLastError();
+}
+
+bool IsWouldBlock(int socket_error) {
+  return socket_error == WSAEWOULDBLOCK;
+}
+
+bool IsTimedOut(int socket_error) {
+  return socket_error == WSAETIMEDOUT;
+}
+
+std::unique_ptr<TcpListener> TcpListener::Listen(const std::string& address, std::uint16_t port,
+                                                 int backlog) {
+  if (!StartUpSockets()) {
+    return nullptr;
+  }
+  in_addr parsed{};
+  const SocketHandle socket =
+      inet_pton(AF_INET, address.c_str(), &parsed) == 1 ? CreateTcpSocket() : kInvalidSocket;
+  if (socket == kInvalidSocket) {
+    CleanUpSockets();
+    return nullptr;
+  }
+  // Owned from here on, so that every failure below closes the socket and pairs the start-up.
+  std::unique_ptr<TcpListener> listener(new TcpListener(socket, port));
+  sockaddr_in local = MakeAddress(parsed, port);
+  int size = static_cast<int>(sizeof(local));
+  // Address reuse would let a second program take the port over here; this keeps it to one.
+  SetOption(socket, SO_EXCLUSIVEADDRUSE, BOOL{TRUE});
+  if (bind(Native(socket), reinterpret_cast<const sockaddr*>(&local), static_cast<int>(sizeof(local))) != 0 ||
+      listen(Native(socket), backlog) != 0 ||
+      getsockname(Native(socket), reinterpret_cast<sockaddr*>(&local), &size) != 0) {
+    return nullptr;
+  }
+  listener->port_ = ntohs(local.sin_port);
+  return listener;
+}
+
+TcpListener::~TcpListener() {
+  CloseSocket(socket_);
+  CleanUpSockets();
+}
+
+SocketHandle TcpListener::Accept(int timeout_ms) {
+  if (WaitReadable(socket_, timeout_ms) != 1) {
+    return kInvalidSocket;
+  }
+  return static_cast<SocketHandle>(accept(Native(socket_), nullptr, nullptr));
+}
+
+}  // namespace quarn::platform
