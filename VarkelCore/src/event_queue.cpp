@@ -19,20 +19,23 @@ EventQueue::EventQueue() : owner_(std::this_thread::get_id()) {}
 
 void EventQueue::Post(Event event) {
   const bool on_owner = std::this_thread::get_id() == owner_;
+  Wait(std::move(event), !on_owner);
+  if (on_owner) RunWaiting();
+}
+
+void EventQueue::PostLater(Event event) {
+  Wait(std::move(event), true);
+}
+
+void EventQueue::Wait(Event event, bool wake) {
   {
     const std::lock_guard lock(mutex_);
     if (closed_) return;
     waiting_.push_back(std::move(event));
-    if (!on_owner) {
-      if (woken_) return;
-      woken_ = true;
-    }
+    if (!wake || woken_) return;
+    woken_ = true;
   }
-  if (on_owner) {
-    RunWaiting();
-  } else {
-    QCoreApplication::postEvent(this, new QEvent(WakeType()));  // Qt owns a posted event
-  }
+  QCoreApplication::postEvent(this, new QEvent(WakeType()));  // Qt owns a posted event
 }
 
 void EventQueue::Close() {

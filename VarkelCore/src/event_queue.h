@@ -18,6 +18,8 @@ class EventQueue : public QObject {
 
   /// From any thread. On the owner's thread the event runs at once, behind those that were posted before.
   void Post(Event event);
+  /// The same, but never at once: for callers that hold what an event may ask for.
+  void PostLater(Event event);
 
   /// Drops what is waiting and every later event.
   void Close();
@@ -26,6 +28,7 @@ class EventQueue : public QObject {
   bool event(QEvent* wake) override;
 
  private:
+  void Wait(Event event, bool wake);
   void RunWaiting();
 
   const std::thread::id owner_;

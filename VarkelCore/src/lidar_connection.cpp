@@ -106,20 +106,19 @@ std::shared_ptr<KtcClient> LidarConnection::OpenClient(const std::stop_token& st
 }
 
 bool LidarConnection::Probe(KtcClient& client) {
-  ++probes_running_;  // keeps the probe out of the byte log
+  const Quiet quiet(*this);
   const std::vector<std::uint8_t> no_payload;
   std::vector<std::uint8_t> reply;
   bool answered = false;
   for (const std::uint8_t command : kProbeCommands) {
     answered = answered || client.QueryCommand(no_payload, reply, command, false) == 0;
   }
-  --probes_running_;
   return answered;
 }
 
 void LidarConnection::InstallByteLog(KtcClient& client) {
-  client.SetLogCallback([this](const std::string& line) { report_.Log(line, "BYTES"); },
-                        [this] { return log_bytes_ && probes_running_ == 0; });
+  client.SetLogCallback([this](const std::string& line) { report_.Bytes(line); },
+                        [this] { return log_bytes_ && quiet_ == 0; });
 }
 
 /// Without a reason the attempt was given up by the user.

@@ -48,6 +48,18 @@ class LidarConnection {
   /// Whether the bytes of commands go to the log pane.
   void set_log_bytes(bool on) { log_bytes_ = on; }
 
+  /// Keeps exchanges out of the byte log while it lives.
+  class Quiet {
+   public:
+    explicit Quiet(LidarConnection& connection) : connection_(connection) { ++connection_.quiet_; }
+    ~Quiet() { --connection_.quiet_; }
+    Quiet(const Quiet&) = delete;
+    Quiet& operator=(const Quiet&) = delete;
+
+   private:
+    LidarConnection& connection_;
+  };
+
  private:
   std::shared_ptr<quarn::lidar::KtcClient> OpenClient(const std::stop_token& stop,
                                                       const ConnectionSettings& settings);
@@ -60,8 +72,8 @@ class LidarConnection {
   std::atomic<bool> connected_ = false;
   std::atomic<bool> connecting_ = false;
   std::atomic<bool> log_bytes_ = false;
-  std::atomic<int> probes_running_ = 0;
-  mutable std::mutex mutex_;  // guards client_
+  std::atomic<int> quiet_ = 0;  ///< operations that stay out of the byte log
+  mutable std::mutex mutex_;    // guards client_
   std::shared_ptr<quarn::lidar::KtcClient> client_;
 };
 

@@ -10,7 +10,6 @@
 #include <QStringList>
 #include <cstdint>
 #include <exception>
-#include <stdexcept>
 #include <utility>
 
 #include "VarkelCore/src/named_command.h"
@@ -35,12 +34,6 @@ constexpr OperationLogPart kOperationLogParts[] = {
 
 /// The archive's own name is kept; what tar writes stands beside it until it is whole.
 constexpr char kUnfinished[] = ".part";
-
-const VarInfo& RequireRow(const VarInfo* var, const std::string& name) {
-  if (var == nullptr) throw std::invalid_argument("Can not find " + name + " name");
-  if (ActionCommandText(*var).empty()) throw std::invalid_argument("Can not find " + name + " command");
-  return *var;
-}
 
 /// Names come from the table: they must not lead out of the chosen folder.
 QString FileNameOf(const QString& name) {
@@ -122,10 +115,18 @@ void LogDownload::FetchLog(const ConfigParser& catalogue, quarn::lidar::KtcClien
 bool LogDownload::DownloadOperationLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
                                        const QString& archive) const {
   set_running_(true);
+  const VarInfo* var = FindNamed(catalogue, {"Operation Log", "operation log"});
+  if (var == nullptr) {
+    Fail("Can not find Operation Log name");
+    return false;
+  }
+  if (ActionCommandText(*var).empty()) {
+    Fail("Can not find Operation Log command");
+    return false;
+  }
   try {
     const bool whole = FetchOperationLog(
-        catalogue, client,
-        archive.endsWith(QStringLiteral(".tar")) ? archive : archive + QStringLiteral(".tar"));
+        *var, client, archive.endsWith(QStringLiteral(".tar")) ? archive : archive + QStringLiteral(".tar"));
     set_running_(false);
     if (whole) {
       report_.Success("Operation log download successful.");
@@ -139,13 +140,12 @@ bool LogDownload::DownloadOperationLog(const ConfigParser& catalogue, quarn::lid
   }
 }
 
-bool LogDownload::FetchOperationLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
+bool LogDownload::FetchOperationLog(const VarInfo& var, quarn::lidar::KtcClient& client,
                                     const QString& archive) const {
   const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyy_MM_dd_hh_mm_ss"));
   QDir folder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +
               QStringLiteral("/operation_log"));
   folder.mkpath(QStringLiteral("."));
-  const VarInfo& var = RequireRow(FindNamed(catalogue, {"Operation Log", "operation log"}), "Operation Log");
 
   QStringList files;
   bool whole = true;

@@ -30,8 +30,7 @@ class LogDownload {
  private:
   void FetchLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client, const QString& folder,
                 const std::string& type) const;
-  bool FetchOperationLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
-                         const QString& archive) const;
+  bool FetchOperationLog(const VarInfo& var, quarn::lidar::KtcClient& client, const QString& archive) const;
   void Fail(const std::string& text) const;
 
   UserReport& report_;

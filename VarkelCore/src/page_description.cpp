@@ -30,7 +30,7 @@ std::vector<std::size_t> RowsByPosition(const ConfigParser::VarList& group, cons
   return rows;
 }
 
-QVariantMap MapOf(const VarInfo& var) {  // with the value lock held
+QVariantMap MapOf(const VarInfo& var, const PendingEdits& edits) {  // with the value lock held
   QVariantList options;
   QVariantList labels;
   for (const std::int32_t option : var.options) {
@@ -39,6 +39,7 @@ QVariantMap MapOf(const VarInfo& var) {  // with the value lock held
     labels.append(label == var.option_labels.end() ? QString::number(option) : Text(label->second));
   }
   const bool switched = var.component_type == kSwitch && var.switch_var != nullptr;
+  const bool edited = edits.IsEdited(var.var_id) || (switched && edits.IsEdited(var.switch_var->var_id));
   return {
       {QStringLiteral("var_id"), Text(var.var_id)},
       {QStringLiteral("get_cmd"), Text(var.get_cmd)},
@@ -58,6 +59,7 @@ QVariantMap MapOf(const VarInfo& var) {  // with the value lock held
       {QStringLiteral("type"), var.component_type},
       {QStringLiteral("varname_value_to_option"), labels},
       {QStringLiteral("options"), options},
+      {QStringLiteral("edited"), edited},
       {QStringLiteral("range_min"), var.range_min},
       {QStringLiteral("range_max"), var.range_max},
   };
@@ -102,19 +104,19 @@ QVariantList PageRows(const ConfigParser& catalogue) {
   return pages;
 }
 
-QVariantMap VariableMap(const ConfigParser& catalogue, const VarInfo& var) {
+QVariantMap VariableMap(const ConfigParser& catalogue, const VarInfo& var, const PendingEdits& edits) {
   const auto lock = catalogue.LockValues();
-  return MapOf(var);
+  return MapOf(var, edits);
 }
 
-QVariantList VariableMaps(const ConfigParser& catalogue) {
+QVariantList VariableMaps(const ConfigParser& catalogue, const PendingEdits& edits) {
   const auto lock = catalogue.LockValues();
   QVariantList modules;
   for (const auto& module : catalogue.module_vars()) {
     QVariantList groups;
     for (const auto& group : module) {
       QVariantList vars;
-      for (const VarInfo* var : group) vars.append(MapOf(*var));
+      for (const VarInfo* var : group) vars.append(MapOf(*var, edits));
       groups.append(QVariant(vars));
     }
     modules.append(QVariant(groups));

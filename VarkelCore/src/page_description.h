@@ -5,6 +5,7 @@
 #include <QVariantMap>
 
 #include "VarkelCore/src/config_parser.h"
+#include "VarkelCore/src/pending_edits.h"
 
 namespace varkel {
 
@@ -18,11 +19,12 @@ QVariantList PageTitles(const ConfigParser& catalogue);
 /// switch row is not a row of its own.
 QVariantList PageRows(const ConfigParser& catalogue);
 
-/// One variable; its keys are the field names of the model table.
-QVariantMap VariableMap(const ConfigParser& catalogue, const VarInfo& var);
+/// One variable; its keys are the field names of the model table, and "edited": changed by the user and not
+/// yet saved, the variable or its switch.
+QVariantMap VariableMap(const ConfigParser& catalogue, const VarInfo& var, const PendingEdits& edits);
 
 /// Maps of all variables: [page][group][index].
-QVariantList VariableMaps(const ConfigParser& catalogue);
+QVariantList VariableMaps(const ConfigParser& catalogue, const PendingEdits& edits);
 
 /// Names of the logs that can be downloaded one by one: variables kept off the pages that have a get command
 /// and whose name ends in "Log", but for the operation log, which is downloaded as an archive.

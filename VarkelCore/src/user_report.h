@@ -9,8 +9,10 @@ class UserReport {
  public:
   virtual ~UserReport() = default;
 
-  /// A line of the log pane; `type` is "INFO", "WARNING", "ERROR" or "BYTES".
+  /// A line of the log pane; `type` is "INFO", "WARNING" or "ERROR".
   virtual void Log(const std::string& text, const std::string& type) = 0;
+  /// A line of the byte flow. Called in the middle of an exchange: it reaches the user later.
+  virtual void Bytes(const std::string& line) = 0;
   /// A notice window; an empty text takes the last one back.
   virtual void Error(const std::string& text) = 0;
   virtual void Success(const std::string& text) = 0;

@@ -58,7 +58,7 @@ void ValueEditor::Assign(const ConfigParser& catalogue, VarInfo& var, const std:
   const auto lock = catalogue.LockValues();
   if (var.current_val == text) return;
   var.current_val = text;
-  edits_.Mark(var.set_cmd, var.var_id);
+  if (!var.set_cmd.empty()) edits_.Mark(var.set_cmd, var.var_id);
 }
 
 }  // namespace varkel

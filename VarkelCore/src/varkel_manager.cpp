@@ -1,6 +1,7 @@
 #include "VarkelCore/src/varkel_manager.h"
 
 #include <QDebug>
+#include <QFile>
 #include <atomic>
 #include <exception>
 #include <iostream>
@@ -10,17 +11,25 @@
 #include <utility>
 #include <vector>
 
+#include "VarkelCore/src/command_console.h"
 #include "VarkelCore/src/connection_settings.h"
 #include "VarkelCore/src/event_queue.h"
+#include "VarkelCore/src/firmware_upgrade.h"
 #include "VarkelCore/src/fov_table.h"
 #include "VarkelCore/src/lidar_connection.h"
+#include "VarkelCore/src/log_download.h"
 #include "VarkelCore/src/model_selection.h"
+#include "VarkelCore/src/named_command.h"
 #include "VarkelCore/src/page_description.h"
 #include "VarkelCore/src/page_read_queue.h"
 #include "VarkelCore/src/page_reader.h"
 #include "VarkelCore/src/page_refresher.h"
+#include "VarkelCore/src/page_writer.h"
 #include "VarkelCore/src/pending_edits.h"
+#include "VarkelCore/src/range_check.h"
+#include "VarkelCore/src/sensor_restart.h"
 #include "VarkelCore/src/user_report.h"
+#include "VarkelCore/src/value_editor.h"
 #include "VarkelCore/src/worker_threads.h"
 #include "libquarn/Platform/src/text_number.h"
 
@@ -52,6 +61,7 @@ struct VarkelManager::Private : varkel::UserReport {
 
   // UserReport: from any thread.
   void Log(const std::string& text, const std::string& type) override;
+  void Bytes(const std::string& line) override;
   void Error(const std::string& text) override;
   void Success(const std::string& text) override;
 
@@ -60,7 +70,24 @@ struct VarkelManager::Private : varkel::UserReport {
   /// Reads a page; false when a guard forbids it.
   bool ReadPage(int module);
   void RefreshRound(const std::stop_token& stop);
-  bool IsBusy() const { return upgrading || downloading_log; }
+  bool IsBusy() const { return upgrade.is_upgrading() || downloading_log; }
+  /// The client for an operation that must not meet an upgrade or a download; null when it is refused.
+  std::shared_ptr<quarn::lidar::KtcClient> IdleClient() const;
+  /// The client for saving; a refusal is reported.
+  std::shared_ptr<quarn::lidar::KtcClient> ClientForWriting();
+  bool CanWrite(int module) const;
+  void Write(quarn::lidar::KtcClient& client, int module);
+  void Send(const std::string& command, const std::string& payload);
+  void ReportRangeFault(const ConfigParser& catalogue, const VarInfo& var, varkel::RangeFault fault);
+  void FetchOperationLog(quarn::lidar::KtcClient& client, const ConfigParser& catalogue,
+                         const QString& archive);
+  int RestartNow();
+  int ResetNow();
+  void SetDownloading(bool running);
+  int Download(std::function<void(quarn::lidar::KtcClient&, const ConfigParser&)> work);
+  /// Runs `work` on a worker, with isWorking raised; `finished` follows on the user interface's thread.
+  void InBackground(std::function<void()> work, std::function<void()> finished);
+  void ReportConversion(const std::function<void()>& operation);
   VarInfo* searchVarPtr(const ConfigParser& catalogue, const QString& key, const QString& search_type) const;
   /// The value of the first variable on the pages with that name.
   QString PageValue(const std::string& var_name) const;
@@ -84,7 +111,6 @@ struct VarkelManager::Private : varkel::UserReport {
   // Shared with workers: atomics and classes that guard themselves.
   std::atomic<int> module_index_use = 0;
   std::atomic<int> connect_type = varkel::kNetwork;
-  std::atomic<bool> upgrading = false;
   std::atomic<bool> downloading_log = false;
   varkel::ModelSelection selection;
   varkel::PendingEdits edits;
@@ -92,6 +118,13 @@ struct VarkelManager::Private : varkel::UserReport {
   varkel::EventQueue events;
   varkel::LidarConnection connection;
   const varkel::PageReader reader;
+  const varkel::ValueEditor editor{edits, *this};
+  const varkel::PageWriter writer{{reader, edits, fov, *this}};
+  varkel::CommandConsole console{*this};
+  const varkel::LogDownload logs{*this, [this](bool running) { SetDownloading(running); }};
+  varkel::FirmwareUpgrade upgrade{
+      *this, {[this] { Emit(&VarkelManager::isUpgradingChanged); }, [this] { return RestartNow(); }}};
+  int works_running = 0;  ///< the user interface's thread only
 
   // Threads, last: they use everything above.
   varkel::WorkerThreads workers;
@@ -126,6 +159,10 @@ VarkelManager::Private::Private(VarkelManager* face_in, bool flag, std::string c
 
 void VarkelManager::Private::Log(const std::string& text, const std::string& type) {
   events.Post([this, text = Text(text), type = Text(type)] { emit face->sendLogMessage(text, type); });
+}
+
+void VarkelManager::Private::Bytes(const std::string& line) {
+  events.PostLater([this, text = Text(line)] { emit face->sendLogMessage(text, QStringLiteral("BYTES")); });
 }
 
 void VarkelManager::Private::Error(const std::string& text) {
@@ -206,6 +243,143 @@ void VarkelManager::Private::StopNetwork() {
   connection.Drop();
 }
 
+std::shared_ptr<quarn::lidar::KtcClient> VarkelManager::Private::IdleClient() const {
+  return IsBusy() ? nullptr : connection.usable_client();
+}
+
+std::shared_ptr<quarn::lidar::KtcClient> VarkelManager::Private::ClientForWriting() {
+  auto client = connection.usable_client();
+  if (!client) {
+    Error("Please connect to lidar first");
+  } else if (upgrade.is_upgrading()) {
+    Error("Please wait for the lidar to upgrade completely");
+  } else if (downloading_log) {
+    Error("Please wait for the operation log to download completely");
+  } else {
+    return client;
+  }
+  return nullptr;
+}
+
+bool VarkelManager::Private::CanWrite(int module) const {
+  const auto catalogue = selection.catalogue();
+  return catalogue && module >= 0 && static_cast<std::size_t>(module) < catalogue->module_vars().size();
+}
+
+void VarkelManager::Private::Write(quarn::lidar::KtcClient& client, int module) {
+  const auto catalogue = selection.catalogue();
+  writer.Run(*catalogue, client, module);
+  Emit(&VarkelManager::editsChanged);
+  Emit(&VarkelManager::myMapChanged);
+}
+
+void VarkelManager::Private::Send(const std::string& command, const std::string& payload) {
+  static constexpr std::uint8_t kRestartCommand = 0x10;
+  static constexpr std::uint8_t kResetCommand = 0x25;
+  const auto client = IdleClient();
+  if (!client) return;
+  std::uint8_t code = 0;
+  const auto outcome = console.Send(*client, command, payload, code);
+  if (outcome == varkel::CommandConsole::Outcome::kRefused) return;
+  Emit(&VarkelManager::sendCommandHistoryChanged);
+  if (outcome != varkel::CommandConsole::Outcome::kSent) return;
+  if (code == kRestartCommand || code == kResetCommand) {
+    events.Post([this] { face->Stop(); });
+    Success(code == kRestartCommand ? "Lidar restart." : "Lidar reset.");
+  }
+}
+
+void VarkelManager::Private::ReportRangeFault(const ConfigParser& catalogue, const VarInfo& var,
+                                              varkel::RangeFault fault) {
+  static constexpr char kOperation[] = "VarkelManager::CheckModuleVarsWithinRange";
+  const QString name = Text(var.var_name);
+  const auto warn = [&](const char* ending) {
+    Log("Detected that the user set " + var.var_name + ending, "WARNING");
+    events.Post([this, name] { emit face->someVarOutOfRange(name); });
+  };
+  switch (fault) {
+    case varkel::RangeFault::kOutOfRange:
+      warn(" is out of range");
+      qDebug() << kOperation << ": detected that" << name << "is out of range";
+      break;
+    case varkel::RangeFault::kIpFormat:
+      warn(" has invalid IP format");
+      qDebug() << kOperation << ": detected that" << name
+               << "has invalid IP format:" << Text(catalogue.CurrentValue(var));
+      break;
+    case varkel::RangeFault::kMacFormat:
+      warn(" has invalid MAC format");
+      qDebug() << kOperation << ": detected that" << name
+               << "has invalid MAC format:" << Text(catalogue.CurrentValue(var));
+      break;
+    case varkel::RangeFault::kNotANumber:  // the check has written why
+    case varkel::RangeFault::kNone:
+      break;
+  }
+}
+
+void VarkelManager::Private::FetchOperationLog(quarn::lidar::KtcClient& client, const ConfigParser& catalogue,
+                                               const QString& archive) {
+  const bool whole = logs.DownloadOperationLog(catalogue, client, archive);
+  events.Post([this, whole] { emit face->downloadOperationLogFinished(whole); });
+}
+
+int VarkelManager::Private::RestartNow() {
+  const auto client = IdleClient();
+  const auto catalogue = selection.catalogue();
+  if (!client || !catalogue) return -1;
+  const varkel::LidarConnection::Quiet quiet(connection);
+  const int code = varkel::RestartSensor(*catalogue, *client, *this);
+  if (code == 0) events.Post([this] { face->Stop(); });
+  return code;
+}
+
+int VarkelManager::Private::ResetNow() {
+  const auto client = IdleClient();
+  const auto catalogue = selection.catalogue();
+  if (!client || !catalogue) return -1;
+  const varkel::LidarConnection::Quiet quiet(connection);
+  return varkel::ResetSensor(*catalogue, *client, *this);
+}
+
+void VarkelManager::Private::SetDownloading(bool running) {
+  if (downloading_log.exchange(running) != running) Emit(&VarkelManager::isDownloadLogChanged);
+}
+
+int VarkelManager::Private::Download(
+    std::function<void(quarn::lidar::KtcClient&, const ConfigParser&)> work) {
+  auto client = IdleClient();
+  auto catalogue = selection.catalogue();
+  if (!client || !catalogue) return -1;
+  SetDownloading(true);  // at once, so that a second click is refused
+  workers.Start([client = std::move(client), catalogue = std::move(catalogue),
+                 work = std::move(work)](const std::stop_token&) { work(*client, *catalogue); });
+  return 0;
+}
+
+void VarkelManager::Private::InBackground(std::function<void()> work, std::function<void()> finished) {
+  ++works_running;
+  emit face->isWorkingChanged();
+  workers.Start([this, work = std::move(work), finished = std::move(finished)](const std::stop_token&) {
+    work();
+    events.Post([this, finished] {
+      --works_running;
+      emit face->isWorkingChanged();
+      finished();
+    });
+  });
+}
+
+/// An exception must not pass through Qt: its words become a notice and a log line.
+void VarkelManager::Private::ReportConversion(const std::function<void()>& operation) {
+  try {
+    operation();
+  } catch (const std::exception& error) {
+    Error(error.what());
+    Log(error.what(), "ERROR");
+  }
+}
+
 void VarkelManager::Private::NotAvailable(const QString& what) {
   face->setErrorMsg(what + QStringLiteral(" is not available yet"));
 }
@@ -250,12 +424,9 @@ QString VarkelManager::udpPort() const {
 }
 
 void VarkelManager::setUdpPort(const QString& text) {
-  try {
+  d_->ReportConversion([this, &text] {
     d_->settings.udp_port = static_cast<std::uint16_t>(quarn::lidar::TextToInt(text.toStdString()));
-  } catch (const std::exception& error) {
-    setErrorMsg(QString::fromLatin1(error.what()));
-    emit sendLogMessage(QString::fromLatin1(error.what()), QStringLiteral("ERROR"));
-  }
+  });
 }
 
 QString VarkelManager::port() const {
@@ -414,14 +585,14 @@ void VarkelManager::StartGetConfigFile() {
 
 QVariantList VarkelManager::myMap() const {
   const auto catalogue = d_->selection.catalogue();
-  return catalogue ? varkel::VariableMaps(*catalogue) : QVariantList();
+  return catalogue ? varkel::VariableMaps(*catalogue, d_->edits) : QVariantList();
 }
 
 QVariantMap VarkelManager::variableMap(int module, int group, int index) const {
   const auto catalogue = d_->selection.catalogue();
   if (!catalogue) return {};
   const VarInfo* var = varkel::VariableAt(*catalogue, module, group, index);
-  return var != nullptr ? varkel::VariableMap(*catalogue, *var) : QVariantMap();
+  return var != nullptr ? varkel::VariableMap(*catalogue, *var, d_->edits) : QVariantMap();
 }
 
 QVariantList VarkelManager::FovList() const {
@@ -439,6 +610,9 @@ void VarkelManager::ReadPageInBackground(int module) {
   emit isReadingPageChanged();
 }
 
+bool VarkelManager::isWorking() const {
+  return d_->works_running > 0;
+}
 bool VarkelManager::isReadingPage() const {
   return d_->page_reads.is_reading();
 }
@@ -492,80 +666,168 @@ void VarkelManager::setSuccessMsg(QString str) {
 
 // Writing
 
-void VarkelManager::SetText(int, int, int, int, QString) {
-  d_->NotAvailable(QStringLiteral("Editing"));
+void VarkelManager::SetText(int type, int level1, int level2, int level3, QString text) {
+  const auto catalogue = d_->selection.catalogue();
+  if (!catalogue) return;
+  d_->ReportConversion(
+      [&] { d_->editor.SetText(*catalogue, type, level1, level2, level3, text.toStdString()); });
+  emit editsChanged();
 }
+
 void VarkelManager::ClearSetMap() {
   d_->edits.Clear();
+  emit editsChanged();
 }
+
 int VarkelManager::getSetMapSize() {
   return static_cast<int>(d_->edits.command_count());
 }
-void VarkelManager::Run(int) {
-  d_->NotAvailable(QStringLiteral("Saving"));
+
+void VarkelManager::Run(int module) {
+  if (!d_->selection.catalogue()) return;
+  const auto client = d_->ClientForWriting();
+  if (client && d_->CanWrite(module)) d_->Write(*client, module);
 }
-void VarkelManager::SetMultiFovConfig(int, QString) {
-  d_->NotAvailable(QStringLiteral("Editing"));
+
+void VarkelManager::RunInBackground(int module) {
+  const auto client = d_->selection.catalogue() ? d_->ClientForWriting() : nullptr;
+  if (!client || !d_->CanWrite(module)) {
+    emit pageWriteFinished(module);
+    return;
+  }
+  d_->InBackground([this, client, module] { d_->Write(*client, module); },
+                   [this, module] { emit pageWriteFinished(module); });
 }
-bool VarkelManager::CheckVarIsWithinRange(QString, QString) {
-  return true;
+
+void VarkelManager::SetMultiFovConfig(int index, QString fov) {
+  if (d_->editor.SetFov(d_->fov, index, fov.toStdString())) {
+    emit editsChanged();
+    return;
+  }
+  setErrorMsg(QStringLiteral("Input value of fov is invalid"));
+  emit fovConfigChanged();
 }
-bool VarkelManager::CheckModuleVarsWithinRange(int) {
-  return true;
+
+bool VarkelManager::CheckVarIsWithinRange(QString qs_var_info, QString search_type) {
+  const auto catalogue = d_->selection.catalogue();
+  if (!catalogue) return true;
+  return varkel::IsWithinRange(*catalogue, d_->searchVarPtr(*catalogue, qs_var_info, search_type),
+                               qs_var_info);
+}
+
+bool VarkelManager::CheckModuleVarsWithinRange(int module) {
+  const auto catalogue = d_->selection.catalogue();
+  if (!d_->CanWrite(module)) return true;
+  bool within = true;
+  for (const auto& group : catalogue->module_vars()[static_cast<std::size_t>(module)]) {
+    for (const VarInfo* var : group) {
+      const varkel::RangeFault fault = varkel::JudgePageValue(*catalogue, *var);
+      within &= fault == varkel::RangeFault::kNone;
+      d_->ReportRangeFault(*catalogue, *var, fault);
+    }
+  }
+  return within;
 }
 
 // Console
 
 int VarkelManager::CommandLogCnt() const {
-  return 0;
+  return static_cast<int>(d_->console.history().size());
 }
+
 QVariantList VarkelManager::SendCommandHistory() const {
-  return {};
+  QVariantList records;
+  for (const auto& record : d_->console.history()) {
+    records.append(QVariantMap{{QStringLiteral("record_time"), Text(record.time)},
+                               {QStringLiteral("send_cmd_history"), Text(record.command)},
+                               {QStringLiteral("send_payload_history"), Text(record.payload)}});
+  }
+  return records;
 }
+
 QString VarkelManager::getSendKtcCommandReturnHeader() const {
-  return {};
+  return Text(d_->console.return_header());
 }
 QString VarkelManager::getSendKtcCommandReturnPayload() const {
-  return {};
+  return Text(d_->console.return_payload());
 }
-void VarkelManager::SendCommand(QString, QString) {
-  d_->NotAvailable(QStringLiteral("The command console"));
+
+void VarkelManager::SendCommand(QString cmd_qs, QString payload_qs) {
+  d_->Send(cmd_qs.toStdString(), payload_qs.toStdString());
+}
+
+void VarkelManager::SendCommandInBackground(QString cmd_qs, QString payload_qs) {
+  d_->InBackground([this, command = cmd_qs.toStdString(),
+                    payload = payload_qs.toStdString()] { d_->Send(command, payload); },
+                   [] {});
 }
 
 // Restart, reset, logs
 
 int VarkelManager::Restart() {
-  d_->NotAvailable(QStringLiteral("Restart"));
-  return -1;
+  return d_->RestartNow();
 }
 int VarkelManager::Reset() {
-  d_->NotAvailable(QStringLiteral("Reset"));
-  return -1;
+  return d_->ResetNow();
 }
-int VarkelManager::DownloadOperationLog(QUrl) {
-  d_->NotAvailable(QStringLiteral("The operation log"));
-  return -1;
+
+void VarkelManager::RestartInBackground() {
+  d_->InBackground([this] { d_->RestartNow(); }, [] {});
 }
+
+void VarkelManager::ResetInBackground() {
+  d_->InBackground([this] { d_->ResetNow(); }, [] {});
+}
+
+int VarkelManager::DownloadOperationLog(QUrl fileUrl) {
+  return d_->Download([this, archive = fileUrl.toLocalFile()](auto& client, const auto& catalogue) {
+    d_->FetchOperationLog(client, catalogue, archive);
+  });
+}
+
 int VarkelManager::DownloadOperationLogThread(QUrl fileUrl) {
-  return DownloadOperationLog(std::move(fileUrl));
+  const auto client = d_->connection.usable_client();
+  const auto catalogue = d_->selection.catalogue();
+  if (!client || !catalogue) return -1;
+  d_->FetchOperationLog(*client, *catalogue, fileUrl.toLocalFile());
+  return 0;
 }
-int VarkelManager::DownloadLog(QUrl, QString type) {
-  d_->NotAvailable(type);
-  return -1;
+
+int VarkelManager::DownloadLog(QUrl fileUrl, QString type) {
+  return d_->Download([this, folder = fileUrl.toLocalFile(), type](auto& client, const auto& catalogue) {
+    d_->logs.DownloadLog(catalogue, client, folder, type);
+    d_->Emit(&VarkelManager::downloadFinished);
+  });
 }
+
 bool VarkelManager::IsDownloadLog() const {
   return d_->downloading_log;
 }
+
 void VarkelManager::setIsDownloadLog(bool running) {
-  if (d_->downloading_log.exchange(running) != running) emit isDownloadLogChanged();
+  d_->SetDownloading(running);
 }
 
 // Upgrades
 
-int VarkelManager::UpgradeLidar(QUrl, int, int, int) {
-  d_->NotAvailable(QStringLiteral("The upgrade"));
-  return -1;
+int VarkelManager::UpgradeLidar(QUrl fileUrl, int level1, int level2, int level3) {
+  const auto client = d_->connection.client();
+  const auto catalogue = d_->selection.catalogue();
+  if (!client || !client->IsOpen() || d_->IsBusy() || !catalogue) return -1;
+  QFile file(fileUrl.toLocalFile());
+  if (!file.open(QIODevice::ReadOnly)) return 0;
+  const VarInfo* var = varkel::VariableAt(*catalogue, level1, level2, level3);
+  const std::string command = var == nullptr ? "" : var->set_cmd.empty() ? var->get_cmd : var->set_cmd;
+  if (command.empty()) return 0;
+  const QByteArray content = file.readAll();
+  std::vector<std::uint8_t> package(content.begin(), content.end());
+  if (!d_->upgrade.Begin(package.size())) return -1;
+  d_->workers.Start([this, client, package = std::move(package), command](const std::stop_token& stop) {
+    d_->upgrade.SendOverNetwork(stop, *client, package, command);
+  });
+  return 0;
 }
+
 int VarkelManager::ZeltoUpgradeLidar(QUrl) {
   d_->NotAvailable(QStringLiteral("The upgrade of this sensor"));
   return -1;
@@ -575,13 +837,13 @@ int VarkelManager::MarvoUpgradeLidar(QUrl) {
   return -1;
 }
 bool VarkelManager::IsUpgrading() const {
-  return d_->upgrading;
+  return d_->upgrade.is_upgrading();
 }
 int VarkelManager::upgradeProgress() const {
-  return 0;
+  return d_->upgrade.progress();
 }
 int VarkelManager::upgradeProgressTotalLen() const {
-  return 1;
+  return d_->upgrade.total();
 }
 
 // Small serial sensors

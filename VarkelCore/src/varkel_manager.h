@@ -48,6 +48,8 @@ class VarkelManager : public QObject {
   Q_PROPERTY(QVariantList logRepeaterModel READ logRepeaterModel NOTIFY lidarModelChanged)
   /// True while ReadPageInBackground works.
   Q_PROPERTY(bool isReadingPage READ isReadingPage NOTIFY isReadingPageChanged)
+  /// True while one of the other calls in the background works.
+  Q_PROPERTY(bool isWorking READ isWorking NOTIFY isWorkingChanged)
 
  public:
   /// The process's controller, created by the first call; the arguments of later calls are ignored.
@@ -94,6 +96,7 @@ class VarkelManager : public QObject {
   bool isGetPBLVersion() const;
   QVariantList logRepeaterModel() const;
   bool isReadingPage() const;
+  bool isWorking() const;
 
  signals:
   void isConnectedChanged();
@@ -123,6 +126,11 @@ class VarkelManager : public QObject {
   /// A read started by ReadPageInBackground ended (also when a guard or a disconnect ended it).
   void pageReadFinished(int module);
   void connectionCheckFinished(bool alive);
+  void isWorkingChanged();
+  /// A save started by RunInBackground ended; its outcome came as a notice.
+  void pageWriteFinished(int module);
+  /// An edit was made, saved or taken back: "edited" of the variable maps and getSetMapSize may differ.
+  void editsChanged();
 
  public:
   Q_INVOKABLE void InitConfigFileParser(QString model_name = QStringLiteral("Quenta"));
@@ -181,6 +189,12 @@ class VarkelManager : public QObject {
   Q_INVOKABLE void ReadPageInBackground(int module);
   /// CheckLidarConnection on a worker thread; connectionCheckFinished follows. Does nothing while one runs.
   Q_INVOKABLE void CheckConnectionInBackground();
+  /// Run on a worker thread; pageWriteFinished follows, also after a refusal.
+  Q_INVOKABLE void RunInBackground(int module);
+  /// SendCommand on a worker thread; sendCommandHistoryChanged follows a sent command.
+  Q_INVOKABLE void SendCommandInBackground(QString cmd_qs, QString payload_qs);
+  Q_INVOKABLE void RestartInBackground();
+  Q_INVOKABLE void ResetInBackground();
   /// The map of one variable, the same as myMap[module][group][index]; empty when there is none.
   Q_INVOKABLE QVariantMap variableMap(int module, int group, int index) const;
 

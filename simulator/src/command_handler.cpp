@@ -1,0 +1,126 @@
+#include "simulator/src/command_handler.h"
+
+#include <algorithm>
+#include <exception>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+#include "VarkelCore/src/command_text.h"
+#include "libquarn/Platform/src/byte_order.h"
+
+namespace varkel::sim {
+namespace {
+
+const CommandKey kProbe{0x07, std::nullopt};
+const CommandKey kSecondProbe{0x08, std::nullopt};
+const CommandKey kWriteFieldOfView{0x22, std::nullopt};
+const CommandKey kReadFieldOfView{0x23, std::nullopt};
+
+bool StartsAnAction(const VarInfo* var) {
+  return var->component_type == kStandalone || var->component_type == kUpgradeArea;
+}
+
+bool Contains(const std::vector<std::size_t>& sizes, std::size_t size) {
+  return std::find(sizes.begin(), sizes.end(), size) != sizes.end();
+}
+
+/// The reply to a four-byte command begins with its code, for which `payload` has the room.
+void PutCode(const CommandKey& key, std::vector<std::uint8_t>& payload) {
+  if (!key.extended_code) return;
+  payload.resize(std::max<std::size_t>(payload.size(), kExtendedCodeSize));
+  quarn::lidar::StoreBigEndian(payload, 0, *key.extended_code);
+}
+
+Reply Success(const CommandKey& key, std::vector<std::uint8_t> payload = {}) {
+  PutCode(key, payload);
+  return {kSuccess, std::move(payload)};
+}
+
+}  // namespace
+
+CommandHandler::CommandHandler(std::shared_ptr<const ConfigParser> model, SensorState& state)
+    : model_(std::move(model)), state_(state) {
+  AddReads();
+  AddWrites();
+  for (const CommandKey& probe : {kProbe, kSecondProbe}) {
+    Route& route = routes_[probe];
+    if (!Contains(route.get_sizes, 0)) route.get_sizes.push_back(0);
+  }
+}
+
+void CommandHandler::AddReads() {
+  for (const auto& [command, vars] : model_->get_cmd_map()) {
+    Route& route = RouteOf(command);
+    route.get_cmd = command;
+    for (const VarInfo* var : vars) {
+      const std::size_t size = var->get_cmd_payload_bytes.size();
+      if (!Contains(route.get_sizes, size)) route.get_sizes.push_back(size);
+    }
+    route.is_action = std::all_of(vars.begin(), vars.end(), StartsAnAction);
+  }
+}
+
+void CommandHandler::AddWrites() {
+  for (const auto& [command, vars] : model_->set_cmd_map()) {
+    Route& route = RouteOf(command);
+    route.set_cmd = command;
+    route.is_action =
+        (route.get_cmd.empty() || route.is_action) && std::all_of(vars.begin(), vars.end(), StartsAnAction);
+  }
+}
+
+CommandHandler::Route& CommandHandler::RouteOf(const std::string& command) {
+  try {
+    return routes_[KeyOfText(command)];
+  } catch (const std::exception& error) {
+    throw std::runtime_error("The table " + model_->path() + " can't be simulated: the command \"" + command +
+                             "\" is no number (" + error.what() + ").");
+  }
+}
+
+const CommandHandler::Route* CommandHandler::FindRoute(const CommandKey& key) const {
+  const auto found = routes_.find(key);
+  return found == routes_.end() ? nullptr : &found->second;
+}
+
+Reply CommandHandler::Handle(const ReceivedRequest& request) {
+  const std::span<const std::uint8_t> payload(request.payload);
+  const CommandKey key = KeyOfRequest(request);
+  if (const Route* const route = FindRoute(key)) {
+    return Run(*route, key, key.extended_code ? payload.subspan(kExtendedCodeSize) : payload);
+  }
+  const CommandKey plain{request.command, std::nullopt};
+  if (const Route* const route = FindRoute(plain)) return Run(*route, plain, payload);
+  return {kUnknownCommand, {}};
+}
+
+Reply CommandHandler::Run(const Route& route, const CommandKey& key, std::span<const std::uint8_t> payload) {
+  if (route.is_action) return route.get_cmd.empty() ? Success(key) : Read(route, key);
+  if (Contains(route.get_sizes, payload.size())) return Read(route, key);
+  if (!route.set_cmd.empty()) return Write(route, key, payload);
+  return {kWrongPayloadSize, {}};
+}
+
+Reply CommandHandler::Read(const Route& route, const CommandKey& key) const {
+  std::vector<std::uint8_t> payload = state_.Read(route.get_cmd);
+  if (key == kReadFieldOfView && !payload.empty()) return Success(key, field_of_view_.Reply(payload[0]));
+  return Success(key, std::move(payload));
+}
+
+Reply CommandHandler::Write(const Route& route, const CommandKey& key,
+                            std::span<const std::uint8_t> payload) {
+  if (key == kWriteFieldOfView) return WriteFieldOfView(route, payload);
+  return state_.Write(route.set_cmd, payload) ? Success(key) : Reply{kWrongPayloadSize, {}};
+}
+
+Reply CommandHandler::WriteFieldOfView(const Route& route, std::span<const std::uint8_t> payload) {
+  if (payload.size() != FieldOfView::kWriteSize) return {kWrongPayloadSize, {}};
+  if (!FieldOfView::IsValid(payload)) return {kValueNotAllowed, {}};
+  field_of_view_.Store(payload);
+  // The channel byte leads the payload and is the only field of it that the table knows.
+  state_.Write(route.set_cmd, payload.first(1));
+  return Success(kWriteFieldOfView);
+}
+
+}  // namespace varkel::sim

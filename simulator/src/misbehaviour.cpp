@@ -1,0 +1,176 @@
+#include "simulator/src/misbehaviour.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace varkel::sim {
+namespace {
+
+constexpr std::int64_t kDefaultPieceSize = 1;
+constexpr std::int64_t kDefaultNoiseSize = 5;
+constexpr std::int64_t kDefaultError = 1;
+
+constexpr std::int64_t kLongestDelay = 600'000;
+constexpr std::int64_t kMostBytes = 1'000'000;
+constexpr std::int64_t kBiggestLie = 0x7FFFFFFF;
+
+enum class Argument { kNone, kOptional, kRequired };
+
+[[noreturn]] void Refuse(const std::string& rule, const std::string& reason) {
+  throw std::invalid_argument("The misbehaviour \"" + rule + "\" " + reason + ".");
+}
+
+/// Decimal, or hexadecimal behind "0x".
+std::optional<std::int64_t> Number(std::string_view digits) {
+  const bool hexadecimal = digits.starts_with("0x") || digits.starts_with("0X");
+  if (hexadecimal) digits.remove_prefix(2);
+  std::int64_t value = 0;
+  const char* const end = digits.data() + digits.size();
+  const auto [stop, error] = std::from_chars(digits.data(), end, value, hexadecimal ? 16 : 10);
+  if (error != std::errc{} || stop != end) return std::nullopt;
+  return value;
+}
+
+/// Cuts `text` at the first `separator`; what stands behind it is returned, nothing when there is none.
+std::optional<std::string> CutAt(std::string& text, char separator) {
+  const std::size_t position = text.find(separator);
+  if (position == std::string::npos) return std::nullopt;
+  std::string tail = text.substr(position + 1);
+  text.resize(position);
+  return tail;
+}
+
+}  // namespace
+
+struct Misbehaviours::KindInfo {
+  const char* name;
+  Kind kind;
+  Argument argument;
+  std::int64_t min;
+  std::int64_t max;
+};
+
+const Misbehaviours::KindInfo& Misbehaviours::FindKind(const std::string& rule, const std::string& name) {
+  static const std::vector<KindInfo> kKinds = {
+      {"late", Kind::kLate, Argument::kRequired, 0, kLongestDelay},
+      {"split", Kind::kSplit, Argument::kOptional, 1, kMostBytes},
+      {"noise", Kind::kNoise, Argument::kOptional, 1, kMostBytes},
+      {"wrong-echo", Kind::kWrongEcho, Argument::kOptional, 0, 0xFF},
+      {"error", Kind::kError, Argument::kOptional, 1, 0xFF},
+      {"lying-length", Kind::kLyingLength, Argument::kRequired, -kBiggestLie, kBiggestLie},
+      {"silence", Kind::kSilence, Argument::kNone, 0, 0},
+      {"close", Kind::kClose, Argument::kOptional, 0, kMostBytes},
+      {"none", Kind::kNone, Argument::kNone, 0, 0},
+  };
+  const auto found =
+      std::find_if(kKinds.begin(), kKinds.end(), [&](const KindInfo& info) { return name == info.name; });
+  if (found != kKinds.end()) return *found;
+  std::string known;
+  for (const KindInfo& info : kKinds) known += std::string(known.empty() ? "" : ", ") + info.name;
+  Refuse(rule, "has an unknown kind; there are " + known);
+}
+
+Misbehaviours::Rule Misbehaviours::Parse(const std::string& text) {
+  std::string command = text;
+  std::optional<std::string> kind = CutAt(command, '=');
+  if (!kind || command.empty()) Refuse(text, "has not the form COMMAND=KIND[:ARGUMENT][#N]");
+  const std::optional<std::string> only = CutAt(*kind, '#');
+  const std::optional<std::string> argument = CutAt(*kind, ':');
+  const KindInfo& info = FindKind(text, *kind);
+
+  Rule rule;
+  rule.kind = info.kind;
+  if (command != "*") {
+    try {
+      rule.command = KeyOfText(command);
+    } catch (const std::exception&) {
+      Refuse(text, "names a command that is no number");
+    }
+  }
+  if (argument.has_value() ? info.argument == Argument::kNone : info.argument == Argument::kRequired) {
+    Refuse(text, argument ? "takes no argument" : "lacks its argument");
+  }
+  if (argument) {
+    rule.argument = Number(*argument);
+    if (!rule.argument || *rule.argument < info.min || *rule.argument > info.max) {
+      Refuse(text, "needs an argument from " + std::to_string(info.min) + " to " + std::to_string(info.max));
+    }
+  }
+  if (only) {
+    const std::optional<std::int64_t> number = Number(*only);
+    if (!number || *number < 1) Refuse(text, "needs a number from 1 on behind \"#\"");
+    rule.only = static_cast<std::uint64_t>(*number);
+  }
+  return rule;
+}
+
+void Misbehaviours::Add(const std::string& text) {
+  Rule rule = Parse(text);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  std::erase_if(rules_, [&](const Rule& other) {
+    return other.command == rule.command && (rule.kind == Kind::kNone || other.kind == rule.kind);
+  });
+  if (rule.kind != Kind::kNone) rules_.push_back(rule);
+}
+
+void Misbehaviours::Clear() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  rules_.clear();
+}
+
+bool Misbehaviours::Matches(const Rule& rule, const CommandKey& key) {
+  if (!rule.command) return true;
+  // A rule for the plain command 0xFF holds for all four-byte commands.
+  return rule.command->code == key.code &&
+         (!rule.command->extended_code || rule.command->extended_code == key.extended_code);
+}
+
+void Misbehaviours::Apply(const Rule& rule, const CommandKey& key, ReplyPlan& plan) {
+  switch (rule.kind) {
+    case Kind::kLate:
+      plan.delay = std::chrono::milliseconds(rule.argument.value_or(0));
+      break;
+    case Kind::kSplit:
+      plan.piece_size = static_cast<std::size_t>(rule.argument.value_or(kDefaultPieceSize));
+      break;
+    case Kind::kNoise:
+      plan.noise_size = static_cast<std::size_t>(rule.argument.value_or(kDefaultNoiseSize));
+      break;
+    case Kind::kWrongEcho:
+      plan.echo = static_cast<std::uint8_t>(rule.argument.value_or(key.code + 1));
+      break;
+    case Kind::kError:
+      plan.error = static_cast<std::uint8_t>(rule.argument.value_or(kDefaultError));
+      break;
+    case Kind::kLyingLength:
+      plan.length_lie = rule.argument.value_or(0);
+      break;
+    case Kind::kSilence:
+      plan.silent = true;
+      break;
+    case Kind::kClose:
+      plan.closes = true;
+      if (rule.argument) plan.close_after = static_cast<std::size_t>(*rule.argument);
+      break;
+    case Kind::kNone:
+      break;
+  }
+}
+
+ReplyPlan Misbehaviours::Next(const CommandKey& key) {
+  ReplyPlan plan;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  for (Rule& rule : rules_) {
+    if (!Matches(rule, key)) continue;
+    ++rule.seen;
+    if (rule.only == 0 || rule.only == rule.seen) Apply(rule, key, plan);
+  }
+  return plan;
+}
+
+}  // namespace varkel::sim

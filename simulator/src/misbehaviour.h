@@ -1,0 +1,59 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "simulator/src/command_key.h"
+
+namespace varkel::sim {
+
+/// How one reply goes out. As constructed: at once, whole and honest.
+struct ReplyPlan {
+  std::chrono::milliseconds delay{0};
+  std::optional<std::size_t> piece_size;  ///< bytes sent at a time
+  std::size_t noise_size = 0;             ///< bytes ahead of the header
+  std::optional<std::uint8_t> echo;       ///< command code in the reply
+  std::optional<std::uint8_t> error;      ///< return code in place of an answer
+  std::int64_t length_lie = 0;            ///< added to the announced payload length
+  bool silent = false;
+  bool closes = false;                     ///< ends the connection in the middle of the reply
+  std::optional<std::size_t> close_after;  ///< bytes sent before closing; none: half of the reply
+};
+
+/// The rules by which the sensor misbehaves. Thread-safe.
+class Misbehaviours {
+ public:
+  /// Adds a rule, or takes back those of a command ("none"). The form is COMMAND=KIND[:ARGUMENT][#N];
+  /// the kinds stand at SimulatedSensor::Misbehave. Raises std::invalid_argument with a sentence.
+  void Add(const std::string& text);
+  void Clear();
+
+  /// What the rules make of the next exchange of that command; counts the exchange.
+  ReplyPlan Next(const CommandKey& key);
+
+ private:
+  enum class Kind { kLate, kSplit, kNoise, kWrongEcho, kError, kLyingLength, kSilence, kClose, kNone };
+  struct KindInfo;
+  struct Rule {
+    std::optional<CommandKey> command;  ///< none: every command
+    Kind kind = Kind::kNone;
+    std::optional<std::int64_t> argument;
+    std::uint64_t only = 0;  ///< 0, or the number of the only exchange concerned
+    std::uint64_t seen = 0;  ///< exchanges since the rule was added
+  };
+
+  static const KindInfo& FindKind(const std::string& rule, const std::string& name);
+  static Rule Parse(const std::string& text);
+  static bool Matches(const Rule& rule, const CommandKey& key);
+  static void Apply(const Rule& rule, const CommandKey& key, ReplyPlan& plan);
+
+  std::mutex mutex_;
+  std::vector<Rule> rules_;  // guarded by mutex_
+};
+
+}  // namespace varkel::sim

@@ -1,0 +1,89 @@
+#include "simulator/src/session.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "simulator/src/command_key.h"
+#include "simulator/src/frame_reader.h"
+#include "simulator/src/reply_frame.h"
+
+namespace varkel::sim {
+namespace {
+
+using quarn::platform::SocketHandle;
+
+constexpr std::size_t kReadSize = 4096;
+/// Long enough for a waiting client to take one piece before the next one comes.
+constexpr std::chrono::milliseconds kPieceGap{20};
+
+bool SendAll(SocketHandle socket, std::span<const std::uint8_t> bytes) {
+  while (!bytes.empty()) {
+    const int sent = quarn::platform::SendBytes(socket, bytes, 0);
+    if (sent <= 0) return false;
+    bytes = bytes.subspan(static_cast<std::size_t>(sent));
+  }
+  return true;
+}
+
+bool SendInPieces(SocketHandle socket, std::span<const std::uint8_t> bytes, std::size_t piece_size,
+                  const StopSignal& stop) {
+  while (!bytes.empty()) {
+    const std::size_t size = std::min(piece_size, bytes.size());
+    if (!SendAll(socket, bytes.first(size))) return false;
+    bytes = bytes.subspan(size);
+    if (!bytes.empty() && stop.WaitFor(kPieceGap)) return false;
+  }
+  return true;
+}
+
+/// False when the conversation is over.
+bool SendReply(SocketHandle socket, const std::vector<std::uint8_t>& frame, const ReplyPlan& plan,
+               const StopSignal& stop) {
+  if (plan.delay.count() > 0 && stop.WaitFor(plan.delay)) return false;
+  if (plan.silent) return true;
+  std::vector<std::uint8_t> bytes = Noise(plan.noise_size);
+  bytes.insert(bytes.end(), frame.begin(), frame.end());
+  if (plan.closes) {
+    const std::size_t half = plan.noise_size + frame.size() / 2;
+    bytes.resize(std::min(bytes.size(), plan.close_after.value_or(half)));
+  }
+  const bool sent =
+      plan.piece_size ? SendInPieces(socket, bytes, *plan.piece_size, stop) : SendAll(socket, bytes);
+  return sent && !plan.closes;
+}
+
+bool Answer(SocketHandle socket, const ReceivedRequest& request, const StopSignal& stop,
+            const SessionParts& parts) {
+  parts.log.Add(request);
+  const ReplyPlan plan = parts.misbehaviours.Next(KeyOfRequest(request));
+  const Reply reply = plan.error ? Reply{*plan.error, {}} : parts.handler.Handle(request);
+  if (parts.watcher) parts.watcher({request, reply.return_code, reply.payload.size()});
+  const std::uint8_t echo = plan.echo.value_or(request.command);
+  return SendReply(socket, ReplyFrame(request.version, echo, reply, plan.length_lie), plan, stop);
+}
+
+}  // namespace
+
+void ServeClient(SocketHandle socket, const StopSignal& stop, const SessionParts& parts) {
+  FrameReader reader;
+  std::array<std::uint8_t, kReadSize> buffer{};
+  while (!stop.raised()) {
+    const int received = quarn::platform::ReceiveBytes(socket, buffer, 0);
+    if (received <= 0) return;
+    reader.Append(std::span(buffer).first(static_cast<std::size_t>(received)));
+    while (const auto request = reader.Next()) {
+      if (!Answer(socket, *request, stop, parts)) return;
+    }
+    if (const auto& refused = reader.refused()) {
+      SendAll(socket, ReplyFrame(refused->version, refused->command, {kWrongPayloadSize, {}}, 0));
+      return;
+    }
+  }
+}
+
+}  // namespace varkel::sim

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <functional>
+
+#include "libquarn/Platform/src/socket.h"
+#include "simulator/src/command_handler.h"
+#include "simulator/src/exchange_log.h"
+#include "simulator/src/misbehaviour.h"
+#include "simulator/src/stop_signal.h"
+
+namespace varkel::sim {
+
+/// What all conversations with clients share. Everything in it is thread-safe and outlives them.
+struct SessionParts {
+  CommandHandler& handler;
+  Misbehaviours& misbehaviours;
+  ExchangeLog& log;
+  const std::function<void(const Exchange&)>& watcher;  ///< may be empty
+};
+
+/// Answers one client until it leaves, the rules close the connection, or the signal is raised and the
+/// socket shut down. The caller closes the socket.
+void ServeClient(quarn::platform::SocketHandle socket, const StopSignal& stop, const SessionParts& parts);
+
+}  // namespace varkel::sim

@@ -1,0 +1,120 @@
+#include "simulator/src/simulated_sensor.h"
+
+#include <exception>
+#include <stdexcept>
+#include <utility>
+
+#include "VarkelCore/src/config_parser.h"
+#include "simulator/src/command_handler.h"
+#include "simulator/src/misbehaviour.h"
+#include "simulator/src/sensor_state.h"
+#include "simulator/src/session.h"
+#include "simulator/src/sim_server.h"
+
+namespace varkel::sim {
+namespace {
+
+std::shared_ptr<const ConfigParser> LoadModel(const std::string& table_path) {
+  auto model = std::make_shared<ConfigParser>(table_path);
+  bool loaded = false;
+  try {
+    loaded = model->ExtractConfigInfo();
+  } catch (const std::exception& error) {
+    const std::string place = model->RowBeingRead();
+    throw std::runtime_error("The table " + table_path + " can't be read" +
+                             (place.empty() ? "" : " at " + place) + ": " + error.what() + ".");
+  }
+  if (!loaded) throw std::runtime_error("The table " + table_path + " can't be opened.");
+  return model;
+}
+
+}  // namespace
+
+struct SimulatedSensor::Parts {
+  explicit Parts(SensorOptions given)
+      : options(std::move(given)),
+        model(LoadModel(options.table_path)),
+        state(model, options.clock ? options.clock : SteadyClock()),
+        handler(model, state) {
+    for (const std::string& rule : options.misbehaviours) misbehaviours.Add(rule);
+  }
+
+  const SensorOptions options;
+  const std::shared_ptr<const ConfigParser> model;
+  SensorState state;
+  CommandHandler handler;
+  Misbehaviours misbehaviours;
+  ExchangeLog log;
+  std::unique_ptr<SimServer> server;  // last: its threads use all the others
+};
+
+SimulatedSensor::SimulatedSensor(SensorOptions options)
+    : parts_(std::make_unique<Parts>(std::move(options))) {}
+
+SimulatedSensor::~SimulatedSensor() = default;
+
+void SimulatedSensor::Start() {
+  if (parts_->server) return;
+  Parts& parts = *parts_;
+  const SessionParts session{parts.handler, parts.misbehaviours, parts.log, parts.options.watcher};
+  parts.server =
+      std::make_unique<SimServer>(parts.options.address, parts.options.port,
+                                  [session](quarn::platform::SocketHandle socket, const StopSignal& stop) {
+                                    ServeClient(socket, stop, session);
+                                  });
+}
+
+void SimulatedSensor::Stop() {
+  parts_->server.reset();
+}
+
+const std::string& SimulatedSensor::address() const {
+  return parts_->options.address;
+}
+
+std::uint16_t SimulatedSensor::port() const {
+  return parts_->server ? parts_->server->port() : 0;
+}
+
+std::string SimulatedSensor::ValueText(const std::string& var_name) const {
+  return parts_->state.ValueText(var_name);
+}
+
+void SimulatedSensor::SetValue(const std::string& var_name, const std::string& text) {
+  parts_->state.SetValue(var_name, text);
+}
+
+void SimulatedSensor::Misbehave(const std::string& rule) {
+  parts_->misbehaviours.Add(rule);
+}
+
+void SimulatedSensor::Behave() {
+  parts_->misbehaviours.Clear();
+}
+
+std::vector<ReceivedRequest> SimulatedSensor::Received() const {
+  return parts_->log.All();
+}
+
+std::vector<ReceivedRequest> SimulatedSensor::Received(std::uint8_t command) const {
+  return parts_->log.Of(command);
+}
+
+void SimulatedSensor::ClearReceived() {
+  parts_->log.Clear();
+}
+
+bool SimulatedSensor::WaitReceived(std::uint8_t command, std::size_t count,
+                                   std::chrono::milliseconds timeout) const {
+  return parts_->log.WaitFor(command, count, timeout);
+}
+
+std::size_t SimulatedSensor::exchanges() const {
+  return parts_->log.Count();
+}
+
+std::size_t SimulatedSensor::connected_clients() const {
+  return parts_->server ? parts_->server->connected_clients() : 0;
+}
+
+}  // namespace varkel::sim

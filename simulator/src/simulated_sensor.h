@@ -1,0 +1,89 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "simulator/src/clock.h"
+#include "simulator/src/exchange_log.h"
+
+namespace varkel::sim {
+
+struct SensorOptions {
+  std::string table_path{};                        ///< the model's table, e.g. "./Config/varID/Quenta.csv"
+  std::string address = "127.0.0.1";               ///< dotted IP version 4 text
+  std::uint16_t port = 0;                          ///< 0 picks a free one
+  std::vector<std::string> misbehaviours{};        ///< see Misbehave
+  Clock clock{};                                   ///< empty: the steady clock from construction on
+  std::function<void(const Exchange&)> watcher{};  ///< called on client threads, may be empty
+};
+
+/// A sensor of one model on a TCP port of its own, speaking KTC 1.0 and 2.0 to any number of clients.
+///
+///     SimulatedSensor sensor({.table_path = "./Config/varID/Quenta.csv"});
+///     sensor.Start();
+///     // connect to 127.0.0.1, sensor.port()
+///
+/// Values start from the table's defaults; what is set is stored. Variables that the page timer re-reads
+/// move with the clock: at time 0 they show their defaults. All operations are thread-safe but for Start
+/// and Stop, which belong to one thread. Values, misbehaviours and the request log outlive Stop and Start.
+class SimulatedSensor {
+ public:
+  /// Raises std::runtime_error with a sentence that names table and variable when the table can't be read,
+  /// or a default value can't be encoded; std::invalid_argument for a bad misbehaviour.
+  explicit SimulatedSensor(SensorOptions options);
+  ~SimulatedSensor();
+  SimulatedSensor(const SimulatedSensor&) = delete;
+  SimulatedSensor& operator=(const SimulatedSensor&) = delete;
+
+  /// Raises std::runtime_error when it can't listen on the address and port.
+  void Start();
+  /// Disconnects every client and joins all threads, also with a client stuck in an exchange.
+  void Stop();
+
+  const std::string& address() const;
+  std::uint16_t port() const;  ///< the port listened on; 0 while stopped
+
+  /// The value that a client would read now, as the user interface shows it. Raises std::out_of_range for
+  /// a name that the table lacks.
+  std::string ValueText(const std::string& var_name) const;
+  /// Gives a variable the value of a shown text; it stops moving. Raises std::out_of_range for an unknown
+  /// name, std::invalid_argument for a text that doesn't fit the variable's type and length.
+  void SetValue(const std::string& var_name, const std::string& text);
+
+  /// COMMAND=KIND[:ARGUMENT][#N], e.g. "0x07=silence", "0x12=late:1500", "0x0A=close#3". COMMAND is written
+  /// as in the table (four-byte codes in full) or "*" for all. With #N only the N-th exchange of the
+  /// command from now on is concerned. Kinds of one command add up; a repeated kind replaces.
+  ///   late:MS            answers after MS milliseconds
+  ///   split[:SIZE]       sends the reply in pieces of SIZE bytes (1), some milliseconds apart
+  ///   noise[:COUNT]      COUNT bytes of noise (5) ahead of the header
+  ///   wrong-echo[:CODE]  another command code in the reply
+  ///   error[:CODE]       this return code (1) and no payload; the command is not carried out
+  ///   lying-length:N     announces N bytes more (N > 0) or less (N < 0) than it sends
+  ///   silence            carried out, but no reply
+  ///   close[:SIZE]       closes after SIZE bytes of the reply (half of it)
+  ///   none               behaves again
+  /// Raises std::invalid_argument with a sentence for anything else.
+  void Misbehave(const std::string& rule);
+  /// Ends every misbehaviour.
+  void Behave();
+
+  std::vector<ReceivedRequest> Received() const;
+  std::vector<ReceivedRequest> Received(std::uint8_t command) const;
+  void ClearReceived();
+  /// Waits until `count` received requests carry `command`. False when the time ran out.
+  bool WaitReceived(std::uint8_t command, std::size_t count, std::chrono::milliseconds timeout) const;
+
+  std::size_t exchanges() const;          ///< requests received in all
+  std::size_t connected_clients() const;  ///< connections open now
+
+ private:
+  struct Parts;
+  std::unique_ptr<Parts> parts_;
+};
+
+}  // namespace varkel::sim

@@ -1,0 +1,44 @@
+#!/bin/sh
+# The program as a user starts it: what it prints, what it refuses, how it ends. Usage: program_test.sh PROGRAM TABLES
+program=$1
+tables=$2
+work=$(mktemp -d)
+trap 'kill "$sensor" 2>/dev/null; rm -rf "$work"' EXIT
+
+fail() {
+  echo "FAILED: $1"
+  cat "$work"/*
+  exit 1
+}
+
+# Starts a sensor on a free port; `port` is the one it prints.
+start() {
+  "$program" --config "$tables" --port 0 "$@" >"$work/out" 2>"$work/err" &
+  sensor=$!
+  tries=0
+  until port=$(sed -n 's/^listening on 127\.0\.0\.1:\([1-9][0-9]*\)$/\1/p' "$work/out") && [ -n "$port" ]; do
+    kill -0 "$sensor" 2>/dev/null || fail "the sensor ended instead of listening"
+    tries=$((tries + 1))
+    [ "$tries" -lt 200 ] || fail "no line with the port within 10 s"
+    sleep 0.05
+  done
+}
+
+# A refusal: status 1 and one sentence with the given words on standard error.
+refuses() {
+  words=$1
+  shift
+  "$program" --config "$tables" "$@" >"$work/out" 2>"$work/err"
+  [ $? -eq 1 ] || fail "status of $*"
+  grep -q "^varkel-sim: .*$words" "$work/err" || fail "sentence of $*"
+}
+
+for signal in INT TERM; do
+  start --model Zelto --misbehave 0x07=silence --misbehave 0x08=late:5
+  refuses "$port: the port is in use" --port "$port"
+  kill -s "$signal" "$sensor"
+  wait "$sensor" || fail "status $? after SIG$signal"
+done
+refuses 'no table of a model "Nobody".*Quenta, Zelto' --model Nobody
+refuses '"0x07=shouting" has an unknown kind' --misbehave 0x07=shouting
+echo PASSED
