@@ -13,6 +13,11 @@ Rectangle {
     property bool modelCheckDue: false
     readonly property bool table: varkel_manager.connectType === 0
     readonly property var tabTitles: pageTitles.concat(["Log", "Send Command"])
+    // Not a child: the program's window stays its owner, as the view that runs this is no window of its own.
+    readonly property LogWindow logWindow: LogWindow {
+        onByteFlowToggled: varkel_manager.SetLogBytesFlowStatus(on)
+        onFailed: root.callErrorInfoWindow(message)
+    }
     readonly property bool busy: connecting || varkel_manager.isReadingPage
 
     function callMessageWindow(msg, btn_text = "OK", module_name = "") {
@@ -45,17 +50,17 @@ Rectangle {
         }
         switch (type) {
         case "ERROR":
-            logWindow.printError(msg);
+            root.logWindow.printError(msg);
             break;
         case "WARNING":
-            logWindow.printWarning(msg);
+            root.logWindow.printWarning(msg);
             break;
         case "BYTES":
         case "BYTE":
-            logWindow.printBytes(msg);
+            root.logWindow.printBytes(msg);
             break;
         default:
-            logWindow.printInfo(msg);
+            root.logWindow.printInfo(msg);
         }
     }
 
@@ -197,7 +202,7 @@ Rectangle {
         }
         onSaveRequested: root.requestSave(module)
         onRefused: root.callErrorInfoWindow(message)
-        onLogRequested: logWindow.present()
+        onLogRequested: root.logWindow.present()
     }
 
     Loader {
@@ -213,7 +218,7 @@ Rectangle {
             commands.replyHeader: varkel_manager.SendKtcCommandReturnHeader
             commands.replyPayload: varkel_manager.SendKtcCommandReturnPayload
             commands.onSend: varkel_manager.SendCommand(code, payload)
-            onLogRequested: logWindow.present()
+            onLogRequested: root.logWindow.present()
         }
     }
 
@@ -237,13 +242,6 @@ Rectangle {
 
     AboutWindow {
         id: aboutWindow
-    }
-
-    LogWindow {
-        id: logWindow
-
-        onByteFlowToggled: varkel_manager.SetLogBytesFlowStatus(on)
-        onFailed: root.callErrorInfoWindow(message)
     }
 
     PageShortcuts {

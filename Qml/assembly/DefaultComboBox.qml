@@ -15,6 +15,7 @@ T.ComboBox {
     implicitHeight: Theme.controlHeight
     leftPadding: Theme.gapSmall
     rightPadding: arrow.width + 2 * Theme.gapSmall
+    font.family: Theme.family
     font.pixelSize: Theme.font
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus

@@ -45,6 +45,7 @@ T.TextField {
     selectionColor: Theme.selection
     selectedTextColor: Theme.text
     placeholderTextColor: Theme.textFaint
+    font.family: Theme.family
     font.pixelSize: Theme.font
     verticalAlignment: TextInput.AlignVCenter
     selectByMouse: true

@@ -70,6 +70,7 @@ QtObject {
     readonly property int noticeWidth: 460
     readonly property int noticeTextHeight: 320
     readonly property int popupHeight: 320
+    readonly property int topBarInset: 12
     readonly property int dropHeight: 132
     readonly property int progressHeight: 8
     readonly property int busyHeight: 2
@@ -79,6 +80,7 @@ QtObject {
     readonly property int logWindowHeight: 600
 
     // Fonts.
+    readonly property string family: Qt.application.font.family
     readonly property int fontSmall: 12
     readonly property int font: 13
     readonly property int fontHeading: 15
@@ -86,7 +88,7 @@ QtObject {
     readonly property string monospace: "monospace"
 
     // Looks of states.
-    readonly property real disabledOpacity: 0.45
+    readonly property real disabledOpacity: 0.55
     readonly property real quietOpacity: 0.6
 
     // Durations in milliseconds.

@@ -29,16 +29,15 @@ Item {
 
     implicitHeight: column.implicitHeight
 
-    ColumnLayout {
+    Column {
         id: column
 
-        anchors.left: parent.left
-        anchors.right: parent.right
+        width: parent.width
         spacing: Theme.gapSmall
 
         RowLayout {
-            Layout.fillWidth: true
-            Layout.preferredHeight: Theme.rowHeight
+            width: parent.width
+            height: Theme.rowHeight
             spacing: Theme.gap
 
             DefaultToolButton {
@@ -59,8 +58,8 @@ Item {
 
         DropField {
             objectName: "upgradeDrop"
-            Layout.fillWidth: true
-            Layout.preferredHeight: Theme.dropHeight
+            width: parent.width
+            height: Theme.dropHeight
             text: "Click to Upload or Drop Files Here"
             enabled: !area.upgrading
             onClicked: dialog.active = true
@@ -71,12 +70,12 @@ Item {
             id: progress
 
             objectName: "upgradeProgress"
-            Layout.fillWidth: true
+            width: parent.width
         }
 
         BodyText {
-            Layout.fillWidth: true
             objectName: "upgradeNote"
+            width: parent.width
             text: "Keep the power on while upgrading. The lidar will reboot after upgrade."
             color: area.upgrading ? Theme.warning : Theme.textMuted
             wrapMode: Text.Wrap

@@ -32,10 +32,12 @@ Rectangle {
         anchors.fill: parent
         anchors.leftMargin: Theme.gapLarge
         anchors.rightMargin: Theme.gapLarge
-        anchors.bottomMargin: Theme.gapTiny
+        anchors.bottomMargin: Theme.topBarInset
         spacing: Theme.gap
 
         BodyText {
+            Layout.alignment: Qt.AlignBottom
+            Layout.preferredHeight: Theme.controlHeight
             Layout.rightMargin: Theme.gapSmall
             text: "Varkel"
             font.pixelSize: Theme.fontTitle
@@ -46,6 +48,7 @@ Rectangle {
         ConnectionFields {
             id: fields
 
+            Layout.alignment: Qt.AlignBottom
             onAccepted: {
                 if (!varkel_manager.IsConnected) {
                     bar.pressConnect();
@@ -60,20 +63,20 @@ Rectangle {
         ConnectionLight {
             objectName: "connectionLight"
             Layout.alignment: Qt.AlignBottom
-            Layout.bottomMargin: Theme.gap + Theme.gapTiny
+            Layout.bottomMargin: (Theme.controlHeight - height) / 2
             connected: varkel_manager.IsConnected
         }
 
         ModelCombo {
             id: modelCombo
 
+            Layout.alignment: Qt.AlignBottom
             onChosen: bar.modelChosen(name)
         }
 
         DefaultToolButton {
             objectName: "connectButton"
             Layout.alignment: Qt.AlignBottom
-            Layout.bottomMargin: Theme.gapSmall
             text: varkel_manager.IsConnected ? "Disconnect" : "Connect"
             primary: !varkel_manager.IsConnected
             enabled: !varkel_manager.IsDownloadLog
@@ -82,13 +85,11 @@ Rectangle {
 
         RestartMenu {
             Layout.alignment: Qt.AlignBottom
-            Layout.bottomMargin: Theme.gapSmall
         }
 
         DefaultToolButton {
             objectName: "aboutButton"
             Layout.alignment: Qt.AlignBottom
-            Layout.bottomMargin: Theme.gapSmall
             implicitWidth: Theme.buttonWidth - Theme.margin
             text: "About"
             quiet: true

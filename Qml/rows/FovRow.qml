@@ -13,8 +13,10 @@ RowFrame {
     OptionChoice {
         id: choice
 
-        Layout.preferredWidth: Theme.buttonWidth
-        Layout.alignment: Qt.AlignVCenter
+        parent: row
+        y: Theme.rowHeight + Theme.gapTiny
+        width: row.width * Theme.labelShare - Theme.margin
+        height: Theme.controlHeight
         row: row
     }
 

@@ -3,6 +3,7 @@
 #include <QHBoxLayout>
 #include <QQmlContext>
 #include <QQmlEngine>
+#include <QQuickItem>
 #include <QVBoxLayout>
 #include <QtQml>
 
@@ -43,6 +44,7 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name) : QMainWindo
   container_->setFocusPolicy(Qt::TabFocus);
   horizontal_layout_3d_->addWidget(container_);
   container_->setFocus();
+  OwnLogWindow();
 }
 
 // The view goes before the controller: the QML would otherwise evaluate its bindings once more, on null.
@@ -50,6 +52,16 @@ MainWindow::~MainWindow() {
   delete container_;  // and with it the view
   delete manager_;
   manager_ = nullptr;
+}
+
+// An owned window closes with its owner and does not keep the program running.
+void MainWindow::OwnLogWindow() {
+  const auto* root = view_->rootObject();
+  auto* log_window = root == nullptr ? nullptr : root->property("logWindow").value<QQuickWindow*>();
+  if (log_window != nullptr) {
+    winId();  // makes the window that the toolkit had put off
+    log_window->setTransientParent(windowHandle());
+  }
 }
 
 void MainWindow::LayOut() {

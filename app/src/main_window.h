@@ -24,6 +24,7 @@ class MainWindow : public QMainWindow {
 
  private:
   void LayOut();
+  void OwnLogWindow();
 
   QWidget* central_widget_ = nullptr;
   QHBoxLayout* horizontal_layout_ = nullptr;

@@ -35,6 +35,19 @@ bool WaitUntil(const std::function<bool()>& done, int timeout_ms) {
   return done();
 }
 
+// Items that a view makes from a model are no QObject children, so the search follows the picture.
+QQuickItem* FindBelow(QQuickItem* item, const QString& name) {
+  for (QQuickItem* child : item->childItems()) {
+    if (child->objectName() == name) {
+      return child;
+    }
+    if (QQuickItem* found = FindBelow(child, name); found != nullptr) {
+      return found;
+    }
+  }
+  return nullptr;
+}
+
 class Guide {
  public:
   Guide(MainWindow& window, Plan plan) : view_(*window.view()), plan_(std::move(plan)) {
@@ -48,7 +61,7 @@ class Guide {
   int Run();
 
  private:
-  QQuickItem* Find(const QString& name) const { return view_.rootObject()->findChild<QQuickItem*>(name); }
+  QQuickItem* Find(const QString& name) const { return FindBelow(view_.contentItem(), name); }
   bool Connect();
   bool Visit(int page, const QString& title);
   void WaitForLiveRounds(int page);
@@ -114,6 +127,7 @@ bool Guide::Visit(int page, const QString& title) {
     Fail("the page " + title + " could not be read in time.");
     return false;
   }
+  WaitUntil([this] { return !Find("loadingBar")->isVisible(); }, kPaintMs);
   if (page < manager_->level1List().size()) {
     WaitForLiveRounds(page);
     PrintRows(page, title);
