@@ -10,6 +10,7 @@ T.ComboBox {
     property bool marked: false
     property bool faulty: false
     property string hint
+    property bool hintBeside: false
 
     implicitWidth: 160
     implicitHeight: Theme.controlHeight
@@ -21,7 +22,6 @@ T.ComboBox {
     focusPolicy: Qt.StrongFocus
     wheelEnabled: false
     displayText: currentIndex < 0 && !editable ? unlisted : currentText
-    opacity: enabled ? 1 : Theme.disabledOpacity
 
     Accessible.role: Accessible.ComboBox
     Accessible.description: hint
@@ -31,9 +31,9 @@ T.ComboBox {
 
     contentItem: T.TextField {
         text: combo.editable ? combo.editText : combo.displayText
-        enabled: combo.editable
+        enabled: combo.editable && combo.enabled
         readOnly: !combo.editable
-        color: Theme.text
+        color: combo.enabled ? Theme.text : Theme.textMuted
         selectionColor: Theme.selection
         selectedTextColor: Theme.text
         font: combo.font
@@ -51,6 +51,7 @@ T.ComboBox {
         y: (combo.height - height) / 2
         width: Theme.gapSmall + 2
         height: Theme.gapTiny + 2
+        visible: combo.enabled
         onPaint: {
             var context = getContext("2d");
             context.reset();
@@ -64,7 +65,9 @@ T.ComboBox {
     }
 
     background: Rectangle {
-        color: combo.down && !combo.editable ? Theme.buttonHover : combo.editable ? Theme.field : Theme.button
+        color: !combo.enabled ? "transparent"
+                              : combo.down && !combo.editable ? Theme.buttonHover
+                                                              : combo.editable ? Theme.field : Theme.button
         radius: Theme.radius
         border.width: combo.activeFocus ? 2 * Theme.line : Theme.line
         border.color: combo.faulty ? Theme.error
@@ -128,6 +131,7 @@ T.ComboBox {
 
     Hint {
         text: combo.hint
+        beside: combo.hintBeside
         shown: combo.hovered && !combo.popup.visible
     }
 }

@@ -11,6 +11,7 @@ T.TextField {
     property bool marked: false
     property bool faulty: false
     property string hint
+    property bool hintBeside: false
     readonly property bool typing: activeFocus && (text !== value || selectedText.length > 0)
 
     signal commit(string text)
@@ -102,6 +103,7 @@ T.TextField {
 
     Hint {
         text: field.hint
+        beside: field.hintBeside
         shown: field.hovered && !field.activeFocus
     }
 }

@@ -21,10 +21,10 @@ T.ToolButton {
     Accessible.role: Accessible.Button
     Accessible.name: text
     Accessible.description: hint
-    Accessible.onPressAction: button.click()
+    Accessible.onPressAction: button.clicked()
 
-    Keys.onReturnPressed: button.click()
-    Keys.onEnterPressed: button.click()
+    Keys.onReturnPressed: button.clicked()
+    Keys.onEnterPressed: button.clicked()
 
     contentItem: BodyText {
         id: label

@@ -5,8 +5,10 @@ import "."
 T.ToolTip {
     id: tip
 
-    x: 0
-    y: parent ? parent.height + Theme.gapTiny : 0
+    property bool beside: false
+
+    x: beside && parent ? parent.width + Theme.gap : 0
+    y: !parent ? 0 : beside ? (parent.height - height) / 2 : parent.height + Theme.gapTiny
     implicitWidth: Math.min(Theme.hintWidth, words.implicitWidth + leftPadding + rightPadding)
     implicitHeight: words.implicitHeight + topPadding + bottomPadding
     padding: Theme.gapSmall

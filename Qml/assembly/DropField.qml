@@ -15,8 +15,8 @@ T.AbstractButton {
     Accessible.role: Accessible.Button
     Accessible.name: text
 
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 
     contentItem: BodyText {
         text: field.text

@@ -23,8 +23,8 @@ T.AbstractButton {
     Accessible.role: Accessible.Row
     Accessible.name: time + " " + code + " " + payload
 
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 
     contentItem: Row {
         BodyText {

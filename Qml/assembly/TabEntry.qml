@@ -19,8 +19,8 @@ T.AbstractButton {
     Accessible.name: text
     Accessible.selected: current
 
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 
     contentItem: BodyText {
         text: entry.text

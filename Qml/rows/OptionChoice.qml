@@ -34,6 +34,7 @@ Item {
         unlisted: choice.row.valueText
         marked: choice.row.edited
         faulty: choice.row.outOfRange
+        hintBeside: true
         hint: choice.row.hint
         onActivated: {
             choice.row.submit(3, String(index));

@@ -40,6 +40,7 @@ RowFrame {
         readOnly: !row.writable
         marked: row.edited
         faulty: row.outOfRange
+        hintBeside: true
         hint: row.writable ? row.hint : ""
         onCommit: row.submit(1, text)
     }

@@ -44,6 +44,9 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name) : QMainWindo
   container_->setFocusPolicy(Qt::TabFocus);
   horizontal_layout_3d_->addWidget(container_);
   container_->setFocus();
+  // The keys go to the view from the start; asked for earlier, before it is on the screen, this has no effect.
+  connect(view_, &QQuickWindow::sceneGraphInitialized, this, [this] { view_->requestActivate(); },
+          Qt::QueuedConnection);
   OwnLogWindow();
 }
 
