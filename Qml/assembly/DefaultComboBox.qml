@@ -1,0 +1,137 @@
+import QtQuick 2.15
+import QtQuick.Templates 2.15 as T
+import "."
+
+// A combo box over a list of texts. `unlisted` is shown while no entry is chosen.
+T.ComboBox {
+    id: combo
+
+    property string unlisted
+    property bool marked: false
+    property bool faulty: false
+    property string hint
+    property bool hintBeside: false
+
+    implicitWidth: 160
+    implicitHeight: Theme.controlHeight
+    leftPadding: Theme.gapSmall
+    rightPadding: arrow.width + 2 * Theme.gapSmall
+    font.family: Theme.family
+    font.pixelSize: Theme.font
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    wheelEnabled: false
+    displayText: currentIndex < 0 && !editable ? unlisted : currentText
+
+    Accessible.role: Accessible.ComboBox
+    Accessible.description: hint
+
+    Keys.onReturnPressed: popup.opened ? event.accepted = false : popup.open()
+    Keys.onEnterPressed: popup.opened ? event.accepted = false : popup.open()
+
+    contentItem: T.TextField {
+        text: combo.editable ? combo.editText : combo.displayText
+        enabled: combo.editable && combo.enabled
+        readOnly: !combo.editable
+        color: combo.enabled ? Theme.text : Theme.textMuted
+        selectionColor: Theme.selection
+        selectedTextColor: Theme.text
+        font: combo.font
+        validator: combo.validator
+        verticalAlignment: TextInput.AlignVCenter
+        selectByMouse: combo.editable
+        clip: true
+        Accessible.ignored: true
+    }
+
+    indicator: Canvas {
+        id: arrow
+
+        x: combo.width - width - Theme.gapSmall
+        y: (combo.height - height) / 2
+        width: Theme.gapSmall + 2
+        height: Theme.gapTiny + 2
+        visible: combo.enabled
+        onPaint: {
+            var context = getContext("2d");
+            context.reset();
+            context.moveTo(1, 1);
+            context.lineTo(width / 2, height - 1);
+            context.lineTo(width - 1, 1);
+            context.lineWidth = 1.5;
+            context.strokeStyle = Theme.textMuted;
+            context.stroke();
+        }
+    }
+
+    background: Rectangle {
+        color: !combo.enabled ? "transparent"
+                              : combo.down && !combo.editable ? Theme.buttonHover
+                                                              : combo.editable ? Theme.field : Theme.button
+        radius: Theme.radius
+        border.width: combo.activeFocus ? 2 * Theme.line : Theme.line
+        border.color: combo.faulty ? Theme.error
+                                   : combo.activeFocus ? Theme.borderFocus
+                                                       : combo.marked ? Theme.accent
+                                                                      : combo.hovered ? Theme.borderHover
+                                                                                      : Theme.border
+    }
+
+    delegate: T.ItemDelegate {
+        id: choice
+
+        width: ListView.view ? ListView.view.width : 0
+        height: Theme.rowHeight - Theme.gapTiny
+        leftPadding: Theme.gapSmall
+        rightPadding: Theme.gapSmall
+        highlighted: combo.highlightedIndex === index
+        hoverEnabled: true
+        text: modelData
+
+        Accessible.role: Accessible.ListItem
+        Accessible.name: text
+
+        contentItem: BodyText {
+            text: choice.text
+            elide: Text.ElideRight
+            font.bold: combo.currentIndex === index
+            Accessible.ignored: true
+        }
+
+        background: Rectangle {
+            color: choice.highlighted ? Theme.accent : "transparent"
+            radius: Theme.radius
+        }
+    }
+
+    popup: T.Popup {
+        y: combo.height + Theme.gapTiny / 2
+        width: combo.width
+        implicitHeight: Math.min(Theme.popupHeight, list.contentHeight + topPadding + bottomPadding)
+        padding: Theme.gapTiny
+        margins: Theme.gapSmall
+
+        contentItem: ListView {
+            id: list
+
+            clip: true
+            model: combo.delegateModel
+            currentIndex: combo.highlightedIndex
+            highlightMoveDuration: 0
+            boundsBehavior: Flickable.StopAtBounds
+            T.ScrollBar.vertical: DefaultScrollBar {}
+        }
+
+        background: Rectangle {
+            color: Theme.button
+            border.color: Theme.borderHover
+            radius: Theme.radius
+        }
+    }
+
+    Hint {
+        text: combo.hint
+        beside: combo.hintBeside
+        shown: combo.hovered && !combo.popup.visible
+    }
+}

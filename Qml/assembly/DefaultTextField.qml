@@ -1,0 +1,109 @@
+import QtQuick 2.15
+import QtQuick.Templates 2.15 as T
+import "."
+
+// A text field. `commit(text)` comes once an edit is finished (Enter, Tab or a click elsewhere) and only when the
+// text differs from the shown value; Escape takes the edit back. With `readOnly` it is flat text to select and copy.
+T.TextField {
+    id: field
+
+    property string value
+    property bool marked: false
+    property bool faulty: false
+    property string hint
+    property bool hintBeside: false
+    readonly property bool typing: activeFocus && (text !== value || selectedText.length > 0)
+
+    signal commit(string text)
+
+    function show(newValue) {
+        var held = typing;
+        value = newValue;
+        if (!held) {
+            setText(newValue);
+        }
+    }
+
+    function finish() {
+        if (text !== value) {
+            value = text;
+            commit(text);
+        }
+    }
+
+    function setText(newText) {
+        if (text !== newText) {
+            text = newText;
+            cursorPosition = activeFocus ? text.length : 0;
+        }
+    }
+
+    implicitWidth: 160
+    implicitHeight: Theme.controlHeight
+    leftPadding: Theme.gapSmall
+    rightPadding: Theme.gapSmall
+    color: Theme.text
+    selectionColor: Theme.selection
+    selectedTextColor: Theme.text
+    placeholderTextColor: Theme.textFaint
+    font.family: Theme.family
+    font.pixelSize: Theme.font
+    verticalAlignment: TextInput.AlignVCenter
+    selectByMouse: true
+    hoverEnabled: true
+    clip: true
+    opacity: enabled ? 1 : Theme.disabledOpacity
+
+    Accessible.role: Accessible.EditableText
+    Accessible.readOnly: readOnly
+    Accessible.description: hint
+
+    Keys.onEscapePressed: {
+        event.accepted = text !== value;
+        setText(value);
+    }
+
+    onEditingFinished: finish()
+    onActiveFocusChanged: {
+        if (!activeFocus) {
+            finish();
+            deselect();
+            setText(value);
+        }
+    }
+
+    background: Rectangle {
+        color: field.readOnly ? "transparent" : Theme.field
+        radius: Theme.radius
+        border.width: field.activeFocus && !field.readOnly ? 2 * Theme.line : Theme.line
+        border.color: {
+            if (field.faulty) {
+                return Theme.error;
+            }
+            if (field.activeFocus) {
+                return field.readOnly ? Theme.border : Theme.borderFocus;
+            }
+            if (field.readOnly) {
+                return "transparent";
+            }
+            return field.marked ? Theme.accent : field.hovered ? Theme.borderHover : Theme.border;
+        }
+    }
+
+    BodyText {
+        anchors.fill: parent
+        anchors.leftMargin: field.leftPadding
+        anchors.rightMargin: field.rightPadding
+        visible: field.length === 0 && field.preeditText.length === 0
+        text: field.placeholderText
+        color: field.placeholderTextColor
+        elide: Text.ElideRight
+        Accessible.ignored: true
+    }
+
+    Hint {
+        text: field.hint
+        beside: field.hintBeside
+        shown: field.hovered && !field.activeFocus
+    }
+}

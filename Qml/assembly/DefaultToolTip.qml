@@ -1,0 +1,32 @@
+import QtQuick 2.15
+import QtQuick.Templates 2.15 as T
+import "."
+
+T.ToolTip {
+    id: tip
+
+    property bool beside: false
+
+    x: beside && parent ? parent.width + Theme.gap : 0
+    y: !parent ? 0 : beside ? (parent.height - height) / 2 : parent.height + Theme.gapTiny
+    implicitWidth: Math.min(Theme.hintWidth, words.implicitWidth + leftPadding + rightPadding)
+    implicitHeight: words.implicitHeight + topPadding + bottomPadding
+    padding: Theme.gapSmall
+    margins: Theme.gapTiny
+    delay: Theme.hintDelay
+    closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent
+
+    contentItem: BodyText {
+        id: words
+
+        text: tip.text
+        font.pixelSize: Theme.fontSmall
+        wrapMode: Text.Wrap
+    }
+
+    background: Rectangle {
+        color: Theme.base
+        border.color: Theme.border
+        radius: Theme.radius
+    }
+}

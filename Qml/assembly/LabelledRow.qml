@@ -1,0 +1,30 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "."
+
+// A label and, in a column that lines up with the other rows, what belongs to it.
+Item {
+    id: row
+
+    property alias text: label.text
+    default property alias content: slot.data
+
+    implicitHeight: Theme.rowHeight
+
+    BodyText {
+        id: label
+
+        width: parent.width * Theme.labelShare - Theme.gap
+        height: parent.height
+        elide: Text.ElideRight
+    }
+
+    RowLayout {
+        id: slot
+
+        x: parent.width * Theme.labelShare
+        width: parent.width - x
+        height: parent.height
+        spacing: Theme.gapSmall
+    }
+}

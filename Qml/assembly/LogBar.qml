@@ -1,0 +1,84 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import Varkel.Shell 1.0
+import "."
+
+// The log window's tools: which levels to show, the byte flow, and what can be done with the lines.
+Rectangle {
+    id: bar
+
+    property LogModel log
+
+    signal byteFlowToggled(bool on)
+    signal saveRequested
+
+    implicitHeight: Theme.footerHeight
+    color: Theme.bar
+
+    RowLayout {
+        anchors.fill: parent
+        anchors.leftMargin: Theme.gap
+        anchors.rightMargin: Theme.gap
+        spacing: Theme.gapSmall
+
+        Repeater {
+            model: [
+                { "level": LogModel.Info, "name": "Info", "tone": Theme.info },
+                { "level": LogModel.Warning, "name": "Warning", "tone": Theme.warning },
+                { "level": LogModel.Error, "name": "Error", "tone": Theme.error },
+                { "level": LogModel.Bytes, "name": "Bytes", "tone": Theme.bytes }
+            ]
+
+            FilterButton {
+                objectName: "logFilter" + modelData.name
+                text: modelData.name
+                tone: modelData.tone
+                checked: true
+                onToggled: bar.log.setLevelShown(modelData.level, checked)
+            }
+        }
+
+        DefaultSwitch {
+            Layout.leftMargin: Theme.gap
+            objectName: "byteFlowSwitch"
+            text: "Byte flow"
+            onToggled: bar.byteFlowToggled(checked)
+        }
+
+        BodyText {
+            Layout.fillWidth: true
+            Layout.leftMargin: Theme.gap
+            objectName: "logCount"
+            color: Theme.textMuted
+            elide: Text.ElideRight
+            text: !bar.log ? "" : bar.log.paused && bar.log.waiting > 0
+                                  ? bar.log.waiting + " new" : bar.log.count + (bar.log.count === 1 ? " line" : " lines")
+        }
+
+        DefaultToolButton {
+            objectName: "logPauseButton"
+            text: bar.log && bar.log.paused ? "Resume" : "Pause"
+            onClicked: bar.log.paused = !bar.log.paused
+        }
+
+        DefaultToolButton {
+            objectName: "logCopyButton"
+            text: "Copy"
+            hint: "Copies all lines shown"
+            onClicked: bar.log.copy()
+        }
+
+        DefaultToolButton {
+            objectName: "logSaveButton"
+            text: "Save…"
+            hint: "Writes all lines shown to a file"
+            onClicked: bar.saveRequested()
+        }
+
+        DefaultToolButton {
+            objectName: "logClearButton"
+            text: "Clear"
+            onClicked: bar.log.clear()
+        }
+    }
+}

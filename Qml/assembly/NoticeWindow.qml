@@ -1,0 +1,162 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import QtQuick.Templates 2.15 as T
+import "."
+
+// A modal notice in the window. Notices that come while one is open wait their turn, so none is lost.
+T.Popup {
+    id: notice
+
+    property string title
+    property color titleColor: Theme.text
+    property string message
+    property string acceptText: "OK"
+    property bool cancellable: false
+    property var waiting: []
+    property bool decided: false
+
+    signal accepted(var context)
+
+    property var context: null
+
+    function notify(text, buttonText, noticeContext) {
+        var entry = { "text": text, "button": buttonText || "OK", "context": noticeContext || null };
+        if (opened || visible) {
+            waiting = waiting.concat([entry]);
+        } else {
+            present(entry);
+        }
+    }
+
+    function present(entry) {
+        message = entry.text;
+        acceptText = entry.button;
+        context = entry.context;
+        decided = false;
+        open();
+    }
+
+    function accept() {
+        decided = true;
+        close();
+    }
+
+    parent: T.Overlay.overlay
+    anchors.centerIn: parent
+    width: Math.min(Theme.noticeWidth, parent ? parent.width - 2 * Theme.margin : Theme.noticeWidth)
+    implicitHeight: layout.implicitHeight + topPadding + bottomPadding
+    padding: Theme.margin
+    modal: true
+    focus: true
+    closePolicy: T.Popup.CloseOnEscape
+
+    onOpened: acceptButton.forceActiveFocus(Qt.TabFocusReason)
+    onClosed: {
+        var wasAccepted = decided;
+        var acceptedContext = context;
+        if (waiting.length > 0) {
+            var next = waiting[0];
+            waiting = waiting.slice(1);
+            present(next);
+        }
+        if (wasAccepted) {
+            accepted(acceptedContext);
+        }
+    }
+
+    T.Overlay.modal: Rectangle {
+        color: Theme.shade
+    }
+
+    enter: Transition {
+        NumberAnimation {
+            property: "opacity"
+            from: 0
+            to: 1
+            duration: Theme.quick
+        }
+    }
+
+    background: Rectangle {
+        color: Theme.window
+        border.color: Theme.border
+        radius: Theme.radiusLarge
+
+        Rectangle {
+            width: parent.width - 2 * parent.radius
+            x: parent.radius
+            height: Theme.markWidth
+            color: notice.titleColor
+        }
+    }
+
+    contentItem: ColumnLayout {
+        id: layout
+
+        spacing: Theme.gap
+
+        RowLayout {
+            Layout.fillWidth: true
+
+            BodyText {
+                Layout.fillWidth: true
+                text: notice.title
+                color: notice.titleColor
+                font.pixelSize: Theme.fontHeading
+                font.bold: true
+                Accessible.role: Accessible.Heading
+            }
+
+            BodyText {
+                visible: notice.waiting.length > 0
+                color: Theme.textMuted
+                text: notice.waiting.length + " more"
+            }
+        }
+
+        Flickable {
+            Layout.fillWidth: true
+            Layout.preferredHeight: Math.min(contentHeight, Theme.noticeTextHeight)
+            contentHeight: body.implicitHeight
+            boundsBehavior: Flickable.StopAtBounds
+            clip: true
+            T.ScrollBar.vertical: DefaultScrollBar {}
+
+            BodyText {
+                id: body
+
+                objectName: "noticeText"
+                width: parent.width - Theme.gap
+                text: notice.message
+                wrapMode: Text.Wrap
+                lineHeight: 1.25
+            }
+        }
+
+        RowLayout {
+            Layout.fillWidth: true
+            Layout.topMargin: Theme.gapSmall
+            spacing: Theme.gapSmall
+
+            Item {
+                Layout.fillWidth: true
+            }
+
+            DefaultToolButton {
+                objectName: "noticeCancelButton"
+                visible: notice.cancellable
+                text: "Cancel"
+                onClicked: notice.close()
+            }
+
+            DefaultToolButton {
+                id: acceptButton
+
+                objectName: "noticeAcceptButton"
+                primary: true
+                text: notice.acceptText
+                onClicked: notice.accept()
+            }
+        }
+    }
+}

@@ -1,0 +1,50 @@
+import QtQuick 2.15
+import QtQuick.Templates 2.15 as T
+import "."
+
+// Hexadecimal text that came from the sensor, to read, select and copy.
+Rectangle {
+    id: box
+
+    property string text
+    property string name
+    readonly property int lines: 8
+
+    implicitHeight: Math.min(edit.implicitHeight, lines * (Theme.font + Theme.gapTiny)) + 2 * Theme.gapTiny
+    color: Theme.field
+    border.color: edit.activeFocus ? Theme.borderFocus : Theme.border
+    radius: Theme.radius
+
+    Flickable {
+        anchors.fill: parent
+        anchors.margins: Theme.gapTiny
+        contentHeight: edit.implicitHeight
+        boundsBehavior: Flickable.StopAtBounds
+        clip: true
+        T.ScrollBar.vertical: DefaultScrollBar {}
+
+        TextEdit {
+            id: edit
+
+            width: parent.width - Theme.gap
+            leftPadding: Theme.gapTiny
+            topPadding: Theme.gapTiny / 2
+            bottomPadding: Theme.gapTiny / 2
+            text: box.text.length > 0 ? box.text : " "
+            textFormat: TextEdit.PlainText
+            wrapMode: TextEdit.Wrap
+            color: Theme.text
+            selectionColor: Theme.selection
+            selectedTextColor: Theme.text
+            font.family: Theme.monospace
+            font.pixelSize: Theme.font
+            readOnly: true
+            selectByMouse: true
+            activeFocusOnTab: true
+
+            Accessible.role: Accessible.EditableText
+            Accessible.readOnly: true
+            Accessible.name: box.name
+        }
+    }
+}

@@ -1,0 +1,102 @@
+import QtQuick 2.15
+import QtQuick.Dialogs 1.3
+import QtQuick.Layouts 1.15
+import "."
+
+// Takes a firmware package by choice or by drop and shows how far its transfer is.
+Item {
+    id: area
+
+    property var endings: [".patch"]
+    property bool upgrading: false
+    property alias ratio: progress.ratio
+    property string fileName
+
+    signal fileChosen(url file)
+    signal fileRefused(url file)
+
+    function offer(file) {
+        var path = file.toString();
+        for (var i = 0; i < endings.length; ++i) {
+            if (path.endsWith(endings[i])) {
+                fileName = decodeURIComponent(path.substring(path.lastIndexOf("/") + 1));
+                fileChosen(file);
+                return;
+            }
+        }
+        fileRefused(file);
+    }
+
+    implicitHeight: column.implicitHeight
+
+    Column {
+        id: column
+
+        width: parent.width
+        spacing: Theme.gapSmall
+
+        RowLayout {
+            width: parent.width
+            height: Theme.rowHeight
+            spacing: Theme.gap
+
+            DefaultToolButton {
+                objectName: "attachButton"
+                text: "Attach File"
+                enabled: !area.upgrading
+                onClicked: dialog.active = true
+            }
+
+            BodyText {
+                Layout.fillWidth: true
+                objectName: "upgradeFileName"
+                color: Theme.textMuted
+                elide: Text.ElideMiddle
+                text: area.fileName
+            }
+        }
+
+        DropField {
+            objectName: "upgradeDrop"
+            width: parent.width
+            height: Theme.dropHeight
+            text: "Click to Upload or Drop Files Here"
+            enabled: !area.upgrading
+            onClicked: dialog.active = true
+            onDropped: area.offer(file)
+        }
+
+        ProgressLine {
+            id: progress
+
+            objectName: "upgradeProgress"
+            width: parent.width
+        }
+
+        BodyText {
+            objectName: "upgradeNote"
+            width: parent.width
+            text: "Keep the power on while upgrading. The lidar will reboot after upgrade."
+            color: area.upgrading ? Theme.warning : Theme.textMuted
+            wrapMode: Text.Wrap
+        }
+    }
+
+    Loader {
+        id: dialog
+
+        active: false
+        sourceComponent: FileDialog {
+            title: "Choose an upgrade package"
+            nameFilters: ["Upgrade packages (" + area.endings.map(function (ending) {
+                return "*" + ending;
+            }).join(" ") + ")", "All files (*)"]
+            onAccepted: {
+                dialog.active = false;
+                area.offer(fileUrl);
+            }
+            onRejected: dialog.active = false
+            Component.onCompleted: open()
+        }
+    }
+}

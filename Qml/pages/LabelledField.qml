@@ -1,0 +1,52 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "../assembly"
+
+// A text field under its caption, as the top bar has them.
+ColumnLayout {
+    id: labelled
+
+    property alias text: caption.text
+    property alias value: field.value
+    property alias fieldName: field.objectName
+    property alias hint: field.hint
+    property int fieldWidth: Theme.buttonWidth
+
+    signal commit(string text)
+    signal accepted
+
+    function show(newValue) {
+        field.show(newValue);
+    }
+
+    function finish() {
+        field.finish();
+    }
+
+    function takeFocus() {
+        field.forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    spacing: Theme.gapTiny / 2
+
+    BodyText {
+        id: caption
+
+        color: Theme.textMuted
+        font.pixelSize: Theme.fontSmall
+        Accessible.ignored: true
+    }
+
+    DefaultTextField {
+        id: field
+
+        Layout.preferredWidth: labelled.fieldWidth
+        Layout.fillWidth: true
+        Accessible.name: caption.text
+        onCommit: labelled.commit(text)
+        onAccepted: {
+            finish();
+            labelled.accepted();
+        }
+    }
+}

@@ -1,0 +1,186 @@
+import QtQuick 2.15
+import QtQuick.Templates 2.15 as T
+import QtQuick.Window 2.15
+import "../assembly"
+
+// One page of the model's table: a row per entry of its list and, below, Cancel and Save.
+Item {
+    id: page
+
+    property int module: 0
+    property string title
+    property var entries: []
+    property bool connected: false
+    property var outOfRangeNames: []
+    property bool stale: false
+    readonly property bool hasUpgrade: entries.some(function (entry) {
+        return entry[1] === 4;
+    })
+
+    signal cancelRequested
+    signal saveRequested
+    signal refused(string message)
+
+    function rowFile(kind, variable) {
+        if (kind === 0) {
+            return variable < 0 ? "HeadingRow" : "TextPairRow";
+        }
+        return ["", "TextRow", "SwitchRow", "ComboRow", "UpgradeRow", "FovRow"][kind] || "TextPairRow";
+    }
+
+    function eachRow(action) {
+        for (var i = 0; i < rows.count; ++i) {
+            var row = rows.itemAt(i) ? rows.itemAt(i).item : null;
+            if (row && row.refresh) {
+                action(row);
+            }
+        }
+    }
+
+    // Rows of a hidden page wait with their refresh until it is shown.
+    function refresh() {
+        stale = !visible;
+        if (!visible) {
+            return;
+        }
+        var nothingPending = varkel_manager.getSetMapSize() === 0;
+        eachRow(function (row) {
+            if (nothingPending) {
+                row.forget();
+            }
+            row.refresh();
+        });
+        countEdits();
+    }
+
+    function refreshLive() {
+        if (!visible) {
+            stale = true;
+            return;
+        }
+        eachRow(function (row) {
+            if (row.live) {
+                row.refresh();
+            }
+        });
+    }
+
+    function countEdits() {
+        var count = 0;
+        eachRow(function (row) {
+            count += row.edited ? 1 : 0;
+        });
+        footer.edits = count;
+    }
+
+    function markOutOfRange(name) {
+        outOfRangeNames = outOfRangeNames.concat([name]);
+        eachRow(function (row) {
+            if (row.values.var_name === name) {
+                row.outOfRange = true;
+            }
+        });
+    }
+
+    objectName: "page_" + module
+
+    Accessible.role: Accessible.Pane
+    Accessible.name: title
+
+    onVisibleChanged: {
+        if (visible && stale) {
+            refresh();
+        }
+    }
+
+    Flickable {
+        id: flick
+
+        objectName: "flick"
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.top: parent.top
+        anchors.bottom: footer.visible ? footer.top : parent.bottom
+        contentHeight: column.height + 2 * Theme.margin
+        boundsBehavior: Flickable.StopAtBounds
+        clip: true
+        T.ScrollBar.vertical: DefaultScrollBar {}
+
+        function reveal(item) {
+            var y = item.mapToItem(flick.contentItem, 0, 0).y;
+            if (y < contentY) {
+                contentY = Math.max(0, y - Theme.gap);
+            } else if (y + item.height > contentY + height) {
+                contentY = Math.min(contentHeight - height, y + item.height - height + Theme.gap);
+            }
+        }
+
+        Column {
+            id: column
+
+            x: Theme.margin
+            y: Theme.margin - Theme.gapSmall
+            width: flick.width * Theme.rowShare
+
+            Repeater {
+                id: rows
+
+                model: page.entries
+
+                Loader {
+                    width: column.width
+                    onLoaded: {
+                        if (item.refused) {
+                            item.refused.connect(page.refused);
+                        }
+                        if (item.editedChanged) {
+                            item.editedChanged.connect(page.countEdits);
+                        }
+                    }
+                    Component.onCompleted: setSource("../rows/" + page.rowFile(modelData[1], modelData[4]) + ".qml",
+                                                     { "entry": modelData })
+                }
+            }
+        }
+    }
+
+    PageFooter {
+        id: footer
+
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        module: page.module
+        visible: !page.hasUpgrade
+        onCancelled: page.cancelRequested()
+        onSaved: page.saveRequested()
+    }
+
+    Connections {
+        target: varkel_manager
+
+        function onMyMapChanged() {
+            page.refresh();
+        }
+
+        function onMyTimerMapChanged() {
+            page.refreshLive();
+        }
+    }
+
+    // A field that gets the focus by key may lie outside the view.
+    Connections {
+        target: page.Window.window
+        enabled: page.visible
+
+        function onActiveFocusItemChanged() {
+            var item = page.Window.activeFocusItem;
+            for (var ancestor = item; ancestor; ancestor = ancestor.parent) {
+                if (ancestor === column) {
+                    flick.reveal(item);
+                    return;
+                }
+            }
+        }
+    }
+}

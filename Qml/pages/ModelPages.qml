@@ -1,0 +1,64 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "../assembly"
+
+// The pages of the selected model, then the log page and the command page. A page is made when it is first shown.
+Item {
+    id: pages
+
+    property var titles: []
+    property var lists: []
+    property int currentIndex: 0
+    readonly property int logIndex: titles.length
+    readonly property int commandIndex: titles.length + 1
+
+    signal cancelRequested(int module)
+    signal saveRequested(int module)
+    signal refused(string message)
+    signal logRequested
+
+    // The page of this module, null while it has not been shown yet.
+    function pageOf(module) {
+        var loader = repeater.itemAt(module);
+        return loader ? loader.item : null;
+    }
+
+    Repeater {
+        id: repeater
+
+        model: pages.titles
+
+        Loader {
+            id: loader
+
+            readonly property int module: index
+            readonly property bool current: index === pages.currentIndex
+
+            anchors.fill: parent
+            visible: current
+            active: false
+            onCurrentChanged: active = active || current
+            Component.onCompleted: active = current
+
+            sourceComponent: ModelPage {
+                module: loader.module
+                title: pages.titles[loader.module] || ""
+                entries: pages.lists[loader.module] || []
+                onCancelRequested: pages.cancelRequested(loader.module)
+                onSaveRequested: pages.saveRequested(loader.module)
+                onRefused: pages.refused(message)
+            }
+        }
+    }
+
+    LogPage {
+        anchors.fill: parent
+        visible: pages.currentIndex === pages.logIndex
+        onLogRequested: pages.logRequested()
+    }
+
+    CommandPage {
+        anchors.fill: parent
+        visible: pages.currentIndex === pages.commandIndex
+    }
+}

@@ -1,0 +1,106 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "../assembly"
+
+// The head of the window: where the sensor is, which model it is, and the connection.
+Rectangle {
+    id: bar
+
+    property bool connecting: false
+    readonly property alias model: modelCombo.selected
+
+    signal connectRequested
+    signal modelChosen(string name)
+    signal aboutRequested
+
+    function takeFocus() {
+        fields.takeFocus();
+    }
+
+    function pressConnect() {
+        fields.finish();
+        connectRequested();
+    }
+
+    implicitHeight: Theme.topBarHeight
+    color: Theme.bar
+
+    Accessible.role: Accessible.ToolBar
+    Accessible.name: "Connection"
+
+    RowLayout {
+        anchors.fill: parent
+        anchors.leftMargin: Theme.gapLarge
+        anchors.rightMargin: Theme.gapLarge
+        anchors.bottomMargin: Theme.topBarInset
+        spacing: Theme.gap
+
+        BodyText {
+            Layout.alignment: Qt.AlignBottom
+            Layout.preferredHeight: Theme.controlHeight
+            Layout.rightMargin: Theme.gapSmall
+            text: "Varkel"
+            font.pixelSize: Theme.fontTitle
+            font.bold: true
+            Accessible.role: Accessible.Heading
+        }
+
+        ConnectionFields {
+            id: fields
+
+            Layout.alignment: Qt.AlignBottom
+            onAccepted: {
+                if (!varkel_manager.IsConnected) {
+                    bar.pressConnect();
+                }
+            }
+        }
+
+        Item {
+            Layout.fillWidth: true
+        }
+
+        ConnectionLight {
+            objectName: "connectionLight"
+            Layout.alignment: Qt.AlignBottom
+            Layout.bottomMargin: (Theme.controlHeight - height) / 2
+            connected: varkel_manager.IsConnected
+        }
+
+        ModelCombo {
+            id: modelCombo
+
+            Layout.alignment: Qt.AlignBottom
+            onChosen: bar.modelChosen(name)
+        }
+
+        DefaultToolButton {
+            objectName: "connectButton"
+            Layout.alignment: Qt.AlignBottom
+            text: varkel_manager.IsConnected ? "Disconnect" : "Connect"
+            primary: !varkel_manager.IsConnected
+            enabled: !varkel_manager.IsDownloadLog
+            onClicked: bar.pressConnect()
+        }
+
+        RestartMenu {
+            Layout.alignment: Qt.AlignBottom
+        }
+
+        DefaultToolButton {
+            objectName: "aboutButton"
+            Layout.alignment: Qt.AlignBottom
+            implicitWidth: Theme.buttonWidth - Theme.margin
+            text: "About"
+            quiet: true
+            onClicked: bar.aboutRequested()
+        }
+    }
+
+    Rectangle {
+        anchors.bottom: parent.bottom
+        width: parent.width
+        height: Theme.line
+        color: Theme.hairline
+    }
+}

@@ -1,0 +1,45 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "../assembly"
+
+// The field-of-view editor: the option, five start and five end angles, and a picture of the sectors.
+RowFrame {
+    id: row
+
+    readonly property string shownText: choice.chosenLabel
+
+    implicitHeight: Theme.tallRowHeight
+
+    OptionChoice {
+        id: choice
+
+        parent: row
+        y: Theme.rowHeight + Theme.gapTiny
+        width: row.width * Theme.labelShare - Theme.margin
+        height: Theme.controlHeight
+        row: row
+    }
+
+    FovBoxes {
+        id: boxes
+
+        Layout.fillWidth: true
+        Layout.alignment: Qt.AlignVCenter
+        place: row.place
+        angles: varkel_manager.FovList
+        editable: row.writable
+        onAngleCommitted: {
+            varkel_manager.SetMultiFovConfig(index, text);
+            if (varkel_manager.getSetMapSize() > 0) {
+                row.edited = true;
+            }
+        }
+    }
+
+    FovPicture {
+        parent: row
+        x: row.width + Theme.margin
+        objectName: "fovPicture"
+        angles: varkel_manager.FovList
+    }
+}

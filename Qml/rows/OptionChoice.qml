@@ -1,0 +1,54 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "../assembly"
+
+// The options of the row's variable; flat text where it can't be written.
+Item {
+    id: choice
+
+    property RowFrame row
+    readonly property var labels: (row.values.varname_value_to_option || []).map(String)
+    readonly property int chosen: (row.values.options || []).map(String).indexOf(row.valueText)
+    readonly property string chosenLabel: chosen >= 0 && chosen < labels.length ? labels[chosen] : row.valueText
+
+    implicitHeight: Theme.controlHeight
+
+    function follow() {
+        combo.currentIndex = chosen;
+        flat.show(chosenLabel);
+    }
+
+    onChosenChanged: follow()
+    onLabelsChanged: Qt.callLater(follow)
+    onChosenLabelChanged: follow()
+    Component.onCompleted: follow()
+
+    DefaultComboBox {
+        id: combo
+
+        objectName: "field_" + choice.row.place
+        anchors.fill: parent
+        visible: choice.row.writable
+        Accessible.name: choice.row.label
+        model: choice.labels
+        unlisted: choice.row.valueText
+        marked: choice.row.edited
+        faulty: choice.row.outOfRange
+        hintBeside: true
+        hint: choice.row.hint
+        onActivated: {
+            choice.row.submit(3, String(index));
+            choice.follow();
+        }
+    }
+
+    DefaultTextField {
+        id: flat
+
+        objectName: "field_" + choice.row.place + "_text"
+        anchors.fill: parent
+        visible: !choice.row.writable
+        Accessible.name: choice.row.label
+        readOnly: true
+    }
+}

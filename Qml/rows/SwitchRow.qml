@@ -1,0 +1,47 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "../assembly"
+
+// A variable that a switch turns on and off; switched off, its value is 0.
+RowFrame {
+    id: row
+
+    readonly property bool on: values.switch_index !== undefined && String(values.switch_index) !== "0"
+
+    function toggle(checked) {
+        submit(2, checked ? "1" : "0");
+        if (!checked) {
+            submit(1, "0");
+        }
+        toggleSwitch.checked = Qt.binding(function () {
+            return row.on;
+        });
+    }
+
+    onRefreshed: field.show(valueText)
+
+    DefaultSwitch {
+        id: toggleSwitch
+
+        objectName: "switch_" + row.place
+        Accessible.name: row.label
+        checked: row.on
+        enabled: row.writable
+        onToggled: row.toggle(checked)
+    }
+
+    DefaultTextField {
+        id: field
+
+        objectName: "field_" + row.place
+        Layout.fillWidth: true
+        Accessible.name: row.label
+        enabled: row.on || !row.writable
+        readOnly: !row.writable
+        marked: row.edited
+        faulty: row.outOfRange
+        hintBeside: true
+        hint: row.writable ? row.hint : ""
+        onCommit: row.submit(1, text)
+    }
+}

@@ -1,0 +1,19 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "../assembly"
+
+// A variable that is only shown: two texts, the value to select and copy.
+RowFrame {
+    id: row
+
+    onRefreshed: field.show(valueText)
+
+    DefaultTextField {
+        id: field
+
+        objectName: "field_" + row.place
+        Layout.fillWidth: true
+        Accessible.name: row.label
+        readOnly: true
+    }
+}

@@ -1,0 +1,24 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "../assembly"
+
+// A variable in a text field.
+RowFrame {
+    id: row
+
+    onRefreshed: field.show(valueText)
+
+    DefaultTextField {
+        id: field
+
+        objectName: "field_" + row.place
+        Layout.fillWidth: true
+        Accessible.name: row.label
+        readOnly: !row.writable
+        marked: row.edited
+        faulty: row.outOfRange
+        hintBeside: true
+        hint: row.writable ? row.hint : ""
+        onCommit: row.submit(1, text)
+    }
+}

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <QAbstractListModel>
+#include <QString>
+#include <QTime>
+#include <QTimer>
+#include <QUrl>
+#include <array>
+#include <cstdint>
+#include <deque>
+
+/// The lines of the log window: the newest 10,000, of which the levels that the user chose are rows.
+///
+/// Lives on the user interface's thread. Lines are taken over in batches, so that a flood of them costs a few
+/// updates of the view a second, not one a line.
+class LogModel : public QAbstractListModel {
+  Q_OBJECT
+  Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
+  Q_PROPERTY(int waiting READ waiting NOTIFY waitingChanged)
+  Q_PROPERTY(bool paused READ paused WRITE setPaused NOTIFY pausedChanged)
+
+ public:
+  enum Level { Info, Warning, Error, Bytes };
+  Q_ENUM(Level)
+
+  static constexpr std::size_t kMaxLines = 10000;
+
+  explicit LogModel(QObject* parent = nullptr);
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  QHash<int, QByteArray> roleNames() const override;
+
+  /// Lines that came while paused and are not shown yet.
+  int waiting() const { return static_cast<int>(incoming_.size()); }
+  bool paused() const { return paused_; }
+  void setPaused(bool paused);
+
+  Q_INVOKABLE void append(int level, const QString& message);
+  Q_INVOKABLE void setLevelShown(int level, bool shown);
+  Q_INVOKABLE void clear();
+  /// The lines shown, one text line each, to the clipboard.
+  Q_INVOKABLE void copy() const;
+  /// The lines shown to a file, in UTF-8. Empty when it is written, else a sentence that tells why not.
+  Q_INVOKABLE QString save(const QUrl& file) const;
+
+  QString Text() const;
+
+ signals:
+  void countChanged();
+  void waitingChanged();
+  void pausedChanged();
+
+ private:
+  struct Line {
+    std::uint64_t number = 0;
+    QTime time;
+    Level level = Info;
+    QString message;
+  };
+
+  bool IsShown(const Line& line) const { return shown_levels_[static_cast<std::size_t>(line.level)]; }
+  void TakeIncoming();
+  void DropOldest();
+  void Rebuild();
+
+  std::deque<Line> lines_;
+  std::deque<Line> rows_;  // the lines_ whose level is shown; texts are shared
+  std::deque<Line> incoming_;
+  std::array<bool, 4> shown_levels_{true, true, true, true};
+  std::uint64_t next_number_ = 0;
+  bool paused_ = false;
+  QTimer batch_;
+};

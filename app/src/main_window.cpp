@@ -1,0 +1,92 @@
+#include "app/src/main_window.h"
+
+#include <QHBoxLayout>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QVBoxLayout>
+#include <QtQml>
+
+#include "VarkelCore/src/varkel_manager.h"
+#include "app/src/log_model.h"
+
+namespace {
+
+constexpr char kDefaultModel[] = "Quenta";
+constexpr char kDefaultTable[] = "./Config/varID/Quenta.csv";
+constexpr QSize kInitialSize(1150, 700);
+constexpr QSize kSmallestView(1300, 800);
+constexpr int kSpacing = 6;
+constexpr int kMargin = 11;
+
+}  // namespace
+
+// The linker drops the resources of a static library unless something names them.
+static void KeepQmlResources() { Q_INIT_RESOURCE(qml); }
+
+MainWindow::MainWindow(QWidget* parent, const QString& module_name) : QMainWindow(parent) {
+  KeepQmlResources();
+  qmlRegisterType<LogModel>("Varkel.Shell", 1, 0, "LogModel");
+  LayOut();
+
+  view_ = new QQuickView;
+  view_->setResizeMode(QQuickView::SizeRootObjectToView);
+  view_->setColor(palette().color(QPalette::Window));
+  manager_ = VarkelManager::GetInstance(true, kDefaultTable);
+  manager_->InitConfigFileParser(kDefaultModel);
+  manager_->SetVMNowName(module_name);
+
+  container_ = QWidget::createWindowContainer(view_);
+  view_->rootContext()->setContextProperty("varkel_manager", manager_);
+  view_->setSource(QUrl("qrc:/Qml/main.qml"));
+  container_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+  container_->setMinimumSize(kSmallestView);
+  container_->setFocusPolicy(Qt::TabFocus);
+  horizontal_layout_3d_->addWidget(container_);
+  container_->setFocus();
+  // The keys go to the view from the start; asked for earlier, before it is on the screen, this has no effect.
+  connect(view_, &QQuickWindow::sceneGraphInitialized, this, [this] { view_->requestActivate(); },
+          Qt::QueuedConnection);
+  OwnLogWindow();
+}
+
+// The view goes before the controller: the QML would otherwise evaluate its bindings once more, on null.
+MainWindow::~MainWindow() {
+  delete container_;  // and with it the view
+  delete manager_;
+  manager_ = nullptr;
+}
+
+// An owned window closes with its owner and does not keep the program running.
+void MainWindow::OwnLogWindow() {
+  const auto* root = view_->rootObject();
+  auto* log_window = root == nullptr ? nullptr : root->property("logWindow").value<QQuickWindow*>();
+  if (log_window != nullptr) {
+    winId();  // makes the window that the toolkit had put off
+    log_window->setTransientParent(windowHandle());
+  }
+}
+
+void MainWindow::LayOut() {
+  if (objectName().isEmpty()) {
+    setObjectName("MainWindow");
+  }
+  resize(kInitialSize);
+  central_widget_ = new QWidget(this);
+  central_widget_->setObjectName("centralWidget");
+  horizontal_layout_ = new QHBoxLayout(central_widget_);
+  horizontal_layout_->setObjectName("horizontalLayout");
+  horizontal_layout_->setSpacing(kSpacing);
+  horizontal_layout_->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+  vertical_layout_ = new QVBoxLayout;
+  vertical_layout_->setObjectName("verticalLayout");
+  vertical_layout_->setSpacing(kSpacing);
+  horizontal_layout_->addLayout(vertical_layout_);
+  horizontal_layout_3d_ = new QHBoxLayout;
+  horizontal_layout_3d_->setObjectName("horizontalLayout3D");
+  horizontal_layout_3d_->setSpacing(kSpacing);
+  vertical_layout_->addLayout(horizontal_layout_3d_);
+  setCentralWidget(central_widget_);
+  setWindowTitle(QCoreApplication::translate("MainWindow", "Varkel"));
+  QMetaObject::connectSlotsByName(this);
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QMainWindow>
+#include <QQuickView>
+#include <QString>
+
+class QHBoxLayout;
+class QVBoxLayout;
+class VarkelManager;
+
+/// The program's window: a Quick view that fills it, and the controller behind the view.
+///
+/// Lives on the user interface's thread; one at a time. Owns the controller that the process has: it deletes it
+/// with the view, after the view. Its current directory must be the install root.
+class MainWindow : public QMainWindow {
+  Q_OBJECT
+
+ public:
+  /// `module_name` is the model that the program was started for, or empty.
+  MainWindow(QWidget* parent, const QString& module_name);
+  ~MainWindow() override;
+
+  QQuickView* view() const { return view_; }
+
+ private:
+  void LayOut();
+  void OwnLogWindow();
+
+  QWidget* central_widget_ = nullptr;
+  QHBoxLayout* horizontal_layout_ = nullptr;
+  QVBoxLayout* vertical_layout_ = nullptr;
+  QHBoxLayout* horizontal_layout_3d_ = nullptr;
+  QWidget* container_ = nullptr;
+  QQuickView* view_ = nullptr;
+  VarkelManager* manager_ = nullptr;
+};

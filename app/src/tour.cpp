@@ -1,0 +1,224 @@
+#include "app/src/tour.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QEventLoop>
+#include <QGuiApplication>
+#include <QImage>
+#include <QQmlContext>
+#include <QQuickItem>
+#include <QQuickItemGrabResult>
+#include <QTextStream>
+#include <QTimer>
+#include <QVariant>
+#include <functional>
+
+#include "VarkelCore/src/varkel_manager.h"
+#include "app/src/main_window.h"
+
+namespace tour {
+namespace {
+
+constexpr int kConnectMs = 15000;
+constexpr int kReadMs = 20000;
+constexpr int kPaintMs = 5000;
+constexpr int kLiveRounds = 2;
+
+// Runs the event loop until `done` or the time is over; whether it was done.
+bool WaitUntil(const std::function<bool()>& done, int timeout_ms) {
+  const QDeadlineTimer deadline(timeout_ms);
+  QTimer wake;
+  wake.start(20);
+  while (!done() && !deadline.hasExpired()) {
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  }
+  return done();
+}
+
+// Items that a view makes from a model are no QObject children, so the search follows the picture.
+QQuickItem* FindBelow(QQuickItem* item, const QString& name) {
+  for (QQuickItem* child : item->childItems()) {
+    if (child->objectName() == name) {
+      return child;
+    }
+    if (QQuickItem* found = FindBelow(child, name); found != nullptr) {
+      return found;
+    }
+  }
+  return nullptr;
+}
+
+class Guide {
+ public:
+  Guide(MainWindow& window, Plan plan) : view_(*window.view()), plan_(std::move(plan)) {
+    manager_ = view_.rootContext()->contextProperty("varkel_manager").value<VarkelManager*>();
+    if (manager_ == nullptr) {
+      manager_ = qobject_cast<VarkelManager*>(
+          view_.rootContext()->contextProperty("varkel_manager").value<QObject*>());
+    }
+  }
+
+  int Run();
+
+ private:
+  QQuickItem* Find(const QString& name) const { return FindBelow(view_.contentItem(), name); }
+  bool Connect();
+  bool Visit(int page, const QString& title);
+  void WaitForLiveRounds(int page);
+  void PrintRows(int page, const QString& title) const;
+  bool Photograph(const QString& name);
+  int Fail(const QString& sentence) const;
+
+  QQuickView& view_;
+  Plan plan_;
+  VarkelManager* manager_ = nullptr;
+};
+
+int Guide::Fail(const QString& sentence) const {
+  QTextStream(stderr) << "varkel: " << sentence << '\n';
+  return 1;
+}
+
+bool Guide::Connect() {
+  const auto type = [this](const char* field_name, const QString& text) {
+    if (QQuickItem* field = Find(field_name); field != nullptr && !text.isEmpty()) {
+      field->setProperty("text", text);
+      QMetaObject::invokeMethod(field, "finish");
+    }
+  };
+  type("ipField", plan_.host);
+  type("portField", plan_.port);
+  QString refusal;
+  const auto listener =
+      QObject::connect(manager_, &VarkelManager::sendLogMessage, [&](const QString& message, const QString& type_name) {
+        if (type_name == "ERROR") {
+          refusal = message;
+        }
+      });
+  QMetaObject::invokeMethod(Find("connectButton"), "clicked");
+  WaitUntil([&] { return manager_->IsConnected() || !refusal.isEmpty(); }, kConnectMs);
+  QObject::disconnect(listener);
+  if (!manager_->IsConnected()) {
+    Fail("no connection to " + manager_->ip_address() + ":" + manager_->port() +
+         (refusal.isEmpty() ? QString(", it does not answer.") : ". " + refusal));
+  }
+  return manager_->IsConnected();
+}
+
+void Guide::WaitForLiveRounds(int page) {
+  const QVariantList pages = manager_->level2List();
+  bool live = false;
+  for (const QVariant& row : page < pages.size() ? pages[page].toList() : QVariantList()) {
+    const QVariantList entry = row.toList();
+    live = live || manager_->isTimerUpdate(entry.value(2).toInt(), entry.value(3).toInt(), entry.value(4).toInt());
+  }
+  if (!live) {
+    return;
+  }
+  int rounds = 0;
+  const auto counter = QObject::connect(manager_, &VarkelManager::myTimerMapChanged, [&] { ++rounds; });
+  WaitUntil([&] { return rounds >= kLiveRounds || !manager_->IsConnected(); }, kReadMs);
+  QObject::disconnect(counter);
+}
+
+bool Guide::Visit(int page, const QString& title) {
+  QMetaObject::invokeMethod(view_.rootObject(), "choosePage", Q_ARG(QVariant, page));
+  if (!WaitUntil([this] { return !manager_->isReadingPage(); }, kReadMs)) {
+    Fail("the page " + title + " could not be read in time.");
+    return false;
+  }
+  WaitUntil([this] { return !Find("loadingBar")->isVisible(); }, kPaintMs);
+  if (page < manager_->level1List().size()) {
+    WaitForLiveRounds(page);
+    PrintRows(page, title);
+  }
+  if (!manager_->IsConnected()) {
+    Fail("the sensor closed the connection while the page " + title + " was shown.");
+    return false;
+  }
+  return Photograph(QString("%1-%2").arg(page + 1, 2, 10, QChar('0')).arg(title));
+}
+
+void Guide::PrintRows(int page, const QString& title) const {
+  QTextStream out(stdout);
+  QString group;
+  for (const QVariant& row : manager_->level2List().value(page).toList()) {
+    const QVariantList entry = row.toList();
+    const QString label = entry.value(0).toString();
+    if (entry.value(4).toInt() < 0) {
+      group = label;
+      continue;
+    }
+    const QString name =
+        QString("row_%1_%2_%3").arg(entry.value(2).toInt()).arg(entry.value(3).toInt()).arg(entry.value(4).toInt());
+    const QQuickItem* item = Find(name);
+    if (item == nullptr) {
+      continue;
+    }
+    const QVariant shown = item->property("shownText");
+    out << title << " / " << group << " / " << label << ": "
+        << (shown.isValid() ? shown : item->property("valueText")).toString() << '\n';
+  }
+}
+
+bool Guide::Photograph(const QString& name) {
+  QString file_name = name;
+  file_name.replace(QRegExp("[^A-Za-z0-9._-]+"), "_");
+  const QString path = QDir(plan_.folder).filePath(file_name + ".png");
+  QImage picture;
+  if (QGuiApplication::platformName() == "xcb") {
+    picture = view_.grabWindow();
+  } else if (const auto grab = view_.rootObject()->grabToImage()) {
+    bool ready = false;
+    QObject::connect(grab.data(), &QQuickItemGrabResult::ready, [&ready] { ready = true; });
+    WaitUntil([&] { return ready; }, kPaintMs);
+    picture = grab->image();
+  }
+  if (picture.isNull() || !picture.save(path)) {
+    Fail("the picture " + path + " could not be written.");
+    return false;
+  }
+  return true;
+}
+
+int Guide::Run() {
+  if (!QDir().mkpath(plan_.folder)) {
+    return Fail("the folder " + plan_.folder + " can't be made.");
+  }
+  if (!Connect()) {
+    return 1;
+  }
+  // The connection reads its first page by itself.
+  WaitUntil([this] { return !manager_->isReadingPage(); }, kReadMs);
+  const QStringList titles = view_.rootObject()->property("tabTitles").toStringList();
+  for (int page = 0; page < titles.size(); ++page) {
+    if (!Visit(page, titles[page])) {
+      return 1;
+    }
+  }
+  QMetaObject::invokeMethod(Find("connectButton"), "clicked");
+  return WaitUntil([this] { return !manager_->IsConnected(); }, kConnectMs) ? 0 : 1;
+}
+
+}  // namespace
+
+std::optional<Plan> PlanFromArguments(const QStringList& arguments) {
+  const auto value = [&arguments](const QString& option) {
+    const int at = arguments.indexOf(option, 1);
+    return at > 0 ? arguments.value(at + 1) : QString();
+  };
+  Plan plan;
+  plan.folder = value("--tour");
+  if (plan.folder.isEmpty()) {
+    return std::nullopt;
+  }
+  plan.folder = QDir::current().absoluteFilePath(plan.folder);
+  const QString address = value("--connect");
+  plan.host = address.section(':', 0, 0);
+  plan.port = address.section(':', 1, 1);
+  return plan;
+}
+
+int Run(MainWindow& window, const Plan& plan) { return Guide(window, plan).Run(); }
+
+}  // namespace tour
