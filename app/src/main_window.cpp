@@ -24,7 +24,11 @@ constexpr int kMargin = 11;
 // The linker drops the resources of a static library unless something names them.
 static void KeepQmlResources() { Q_INIT_RESOURCE(qml); }
 
-MainWindow::MainWindow(QWidget* parent, const QString& module_name) : QMainWindow(parent) {
+MainWindow::MainWindow(QWidget* parent, const QString& module_name)
+    : MainWindow(parent, module_name, VarkelManager::GetInstance(true, kDefaultTable)) {}
+
+MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManager* manager)
+    : QMainWindow(parent), manager_(manager) {
   KeepQmlResources();
   qmlRegisterType<LogModel>("Varkel.Shell", 1, 0, "LogModel");
   LayOut();
@@ -32,7 +36,6 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name) : QMainWindo
   view_ = new QQuickView;
   view_->setResizeMode(QQuickView::SizeRootObjectToView);
   view_->setColor(palette().color(QPalette::Window));
-  manager_ = VarkelManager::GetInstance(true, kDefaultTable);
   manager_->InitConfigFileParser(kDefaultModel);
   manager_->SetVMNowName(module_name);
 

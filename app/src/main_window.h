@@ -18,6 +18,8 @@ class MainWindow : public QMainWindow {
  public:
   /// `module_name` is the model that the program was started for, or empty.
   MainWindow(QWidget* parent, const QString& module_name);
+  /// The same with a controller that the window takes over; for tests, which open several windows in turn.
+  MainWindow(QWidget* parent, const QString& module_name, VarkelManager* manager);
   ~MainWindow() override;
 
   QQuickView* view() const { return view_; }
