@@ -23,9 +23,10 @@ Item {
 
     function rowFile(kind, variable) {
         if (kind === 0) {
-            return variable < 0 ? "HeadingRow" : "TextPairRow";
+            return "../rows/" + (variable < 0 ? "HeadingRow" : "TextPairRow") + ".qml";
         }
-        return ["", "TextRow", "SwitchRow", "ComboRow", "UpgradeRow", "FovRow"][kind] || "TextPairRow";
+        var names = ["", "TextRow", "SwitchRow", "ComboRow", "UpgradeRow", "FovRow"];
+        return "../rows/" + (names[kind] || "TextPairRow") + ".qml";
     }
 
     function eachRow(action) {
@@ -137,7 +138,7 @@ Item {
                             item.editedChanged.connect(page.countEdits);
                         }
                     }
-                    Component.onCompleted: setSource("../rows/" + page.rowFile(modelData[1], modelData[4]) + ".qml",
+                    Component.onCompleted: setSource(page.rowFile(modelData[1], modelData[4]),
                                                      { "entry": modelData })
                 }
             }

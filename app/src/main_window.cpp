@@ -22,7 +22,9 @@ constexpr int kMargin = 11;
 }  // namespace
 
 // The linker drops the resources of a static library unless something names them.
-static void KeepQmlResources() { Q_INIT_RESOURCE(qml); }
+static void KeepQmlResources() {
+  Q_INIT_RESOURCE(qml);
+}
 
 MainWindow::MainWindow(QWidget* parent, const QString& module_name)
     : MainWindow(parent, module_name, VarkelManager::GetInstance(true, kDefaultTable)) {}
@@ -47,9 +49,11 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   container_->setFocusPolicy(Qt::TabFocus);
   horizontal_layout_3d_->addWidget(container_);
   container_->setFocus();
-  // The keys go to the view from the start; asked for earlier, before it is on the screen, this has no effect.
-  connect(view_, &QQuickWindow::sceneGraphInitialized, this, [this] { view_->requestActivate(); },
-          Qt::QueuedConnection);
+  // The keys go to the view from the start; asked for earlier, before it is on the screen, this has no
+  // effect.
+  connect(
+      view_, &QQuickWindow::sceneGraphInitialized, this, [this] { view_->requestActivate(); },
+      Qt::QueuedConnection);
   OwnLogWindow();
 }
 

@@ -10,8 +10,8 @@ class VarkelManager;
 
 /// The program's window: a Quick view that fills it, and the controller behind the view.
 ///
-/// Lives on the user interface's thread; one at a time. Owns the controller that the process has: it deletes it
-/// with the view, after the view. Its current directory must be the install root.
+/// Lives on the user interface's thread; one at a time. Owns the controller that the process has: it deletes
+/// it with the view, after the view. Its current directory must be the install root.
 class MainWindow : public QMainWindow {
   Q_OBJECT
 

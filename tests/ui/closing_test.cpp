@@ -1,6 +1,5 @@
 #include <QApplication>
 #include <QElapsedTimer>
-#include <QTimer>
 
 #include "tests/support/silent_address.h"
 #include "tests/ui/ui_test.h"
@@ -24,7 +23,7 @@ const RegisterTest<ClosingTest> registration;
 qint64 MillisecondsToClose(Desk& desk) {
   QElapsedTimer timer;
   timer.start();
-  QTimer::singleShot(0, desk.window.get(), &QWidget::close);
+  QMetaObject::invokeMethod(desk.window.get(), "close", Qt::QueuedConnection);
   QApplication::exec();
   desk.window.reset();
   return timer.elapsed();

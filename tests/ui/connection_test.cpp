@@ -11,7 +11,7 @@ class ConnectionTest : public QObject {
   void RefusedPort();
   void LostSensorIsLetGo();
   void ImpatientUser();
-  void UpgradeForbidsDisconnecting();
+  void DownloadForbidsDisconnecting();
   void WrongModelIsReported_data();
   void WrongModelIsReported();
   void ModelChangeBringsItsFieldsAndPages();
@@ -74,7 +74,7 @@ void ConnectionTest::ImpatientUser() {
   QVERIFY(desk.NoticeShows("errorWindow", "Is Connecting Lidar... Please wait."));
 }
 
-void ConnectionTest::UpgradeForbidsDisconnecting() {
+void ConnectionTest::DownloadForbidsDisconnecting() {
   Desk desk;
   QVERIFY(desk.Connect());
   desk.manager->setIsDownloadLog(true);
@@ -87,11 +87,21 @@ void ConnectionTest::WrongModelIsReported_data() {
   QTest::addColumn<QString>("pn");
   QTest::addColumn<QString>("sn");
   QTest::addColumn<QString>("warning");
-  QTest::newRow("name in the part number") << "X-Quenta-1" << "123" << "";
-  QTest::newRow("two letters in the serial number") << "123" << "Qu7" << "";
-  QTest::newRow("neither") << "A" << "QU123" << "a mismatch is detected between the lidar model";
-  QTest::newRow("one empty") << "" << "Qu7" << "There is a problem with the PN or SN code";
-  QTest::newRow("both empty") << "" << "" << "Empty PN or SN code detected.";
+  QTest::newRow("name in the part number") << "X-Quenta-1"
+                                           << "123"
+                                           << "";
+  QTest::newRow("two letters in the serial number") << "123"
+                                                    << "Qu7"
+                                                    << "";
+  QTest::newRow("neither") << "A"
+                           << "QU123"
+                           << "a mismatch is detected between the lidar model";
+  QTest::newRow("one empty") << ""
+                             << "Qu7"
+                             << "There is a problem with the PN or SN code";
+  QTest::newRow("both empty") << ""
+                              << ""
+                              << "Empty PN or SN code detected.";
 }
 
 void ConnectionTest::WrongModelIsReported() {
@@ -124,7 +134,8 @@ void ConnectionTest::ModelChangeBringsItsFieldsAndPages() {
   QVERIFY(desk.Has("page_2"));
   choose("Zelto");
   QTRY_VERIFY(desk.Has("zeltoPage"));
-  QVERIFY(desk.Has("rs485Field") && desk.Has("uartField") && !desk.Has("ipField") && !desk.Has("restartButton"));
+  QVERIFY(desk.Has("rs485Field") && desk.Has("uartField") && !desk.Has("ipField") &&
+          !desk.Has("restartButton"));
   QVERIFY(!desk.Has("page_2") && !desk.Has("tab_0"));
   choose("Zelto-KTC");
   QTRY_VERIFY(desk.Has("ipField") && desk.Has("rs485Field"));

@@ -41,8 +41,8 @@ void PageTest::TabGoesThroughTheWindowAsTheEyeDoes() {
   QTRY_COMPARE(desk.view().activeFocusItem(), desk.Find("ipField"));
   desk.ShowPage(kNetworkPage);
   desk.Find("ipField")->forceActiveFocus(Qt::TabFocusReason);
-  const QStringList head{"portField", "udpPortField", "baudRateCombo", "modelCombo", "connectButton", "restartButton",
-                         "aboutButton", "tab_0"};
+  const QStringList head{"portField",     "udpPortField",  "baudRateCombo", "modelCombo",
+                         "connectButton", "restartButton", "aboutButton",   "tab_0"};
   for (const QString& name : head) {
     desk.Key(Qt::Key_Tab);
     QQuickItem* const wanted = desk.Find(name);
@@ -90,8 +90,8 @@ void PageTest::EveryKindOfRowIsThere() {
       const int kind = entry[1].toInt();
       upgrade = upgrade || kind == 4;
       const QString place = QString("%1_%2_%3").arg(page).arg(entry[3].toInt()).arg(entry[4].toInt());
-      const QQuickItem* const item =
-          desk.Find(entry[4].toInt() < 0 ? QString("heading_%1_%2").arg(page).arg(entry[3].toInt()) : "row_" + place);
+      const QQuickItem* const item = desk.Find(
+          entry[4].toInt() < 0 ? QString("heading_%1_%2").arg(page).arg(entry[3].toInt()) : "row_" + place);
       QCOMPARE(item->property("label"), entry[0]);
       if (kind != 4 && entry[4].toInt() >= 0) {
         QCOMPARE(item->height(), kind == 5 ? 80.0 : 35.0);
@@ -102,7 +102,8 @@ void PageTest::EveryKindOfRowIsThere() {
   desk.ShowPage(kScanPage);
   const QString angle = desk.Place(kScanPage, "Sync Angle (deg)");
   QVERIFY(desk.Has("switch_" + angle) && desk.Has("field_" + angle));
-  QCOMPARE(desk.Find("field_" + desk.Place(kScanPage, "Spin Rate"))->property("displayText"), "600 rpm (10 Hz)");
+  QCOMPARE(desk.Find("field_" + desk.Place(kScanPage, "Spin Rate"))->property("displayText"),
+           "600 rpm (10 Hz)");
 }
 
 void PageTest::RefreshLeavesATypingUserAlone() {

@@ -59,9 +59,10 @@ void SavingTest::OutOfRangeAsksFirst() {
   const QString place = desk.Place(kNetworkPage, "Destination Port");
   desk.Enter("field_" + place, "80");  // the table says 1024 to 65535
   desk.Click("saveButton_2");
-  QVERIFY(desk.NoticeShows("messageWindow",
-                           "The Destination Port set by the user was detected to be outside the range specified in the "
-                           "config file. Do you wish to continue?"));
+  QVERIFY(desk.NoticeShows(
+      "messageWindow",
+      "The Destination Port set by the user was detected to be outside the range specified in the "
+      "config file. Do you wish to continue?"));
   QVERIFY(desk.Find("row_" + place)->property("outOfRange").toBool());
   desk.Key(Qt::Key_Escape);
   QTRY_VERIFY(!desk.Notice("messageWindow")->property("visible").toBool());

@@ -72,7 +72,8 @@ void StartupTest::Root() {
   QVERIFY(!beside || put_font(folder.filePath("root/bin/fonts/Roboto-Regular-14.ttf")));
   QVERIFY(!above || put_font(folder.filePath("root/fonts/Roboto-Regular-14.ttf")));
   if (!beside && !above) {
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("install root heuristic: missing.*using parent of exe dir"));
+    QTest::ignoreMessage(QtWarningMsg,
+                         QRegularExpression("install root heuristic: missing.*using parent of exe dir"));
   }
   QCOMPARE(startup::InstallRoot(program), folder.filePath(root));
 }
@@ -81,7 +82,8 @@ void StartupTest::Module_data() {
   QTest::addColumn<QByteArrayList>("arguments");
   QTest::addColumn<QString>("name");
   QTest::newRow("none") << QByteArrayList{"varkel"} << "";
-  QTest::newRow("empty name ends the search") << QByteArrayList{"varkel", "-moduleVM=", "-moduleVM=Zelto"} << "";
+  QTest::newRow("empty name ends the search")
+      << QByteArrayList{"varkel", "-moduleVM=", "-moduleVM=Zelto"} << "";
   QTest::newRow("the first counts") << QByteArrayList{"varkel", "x", "-moduleVM=A", "-moduleVM=B"} << "A";
   QTest::newRow("lower case") << QByteArrayList{"varkel", "-modulevm=A"} << "";
   QTest::newRow("not at the start") << QByteArrayList{"varkel", " -moduleVM=A"} << "";
@@ -108,7 +110,8 @@ void StartupTest::TourPlan() {
 }
 
 void StartupTest::MissingFont() {
-  QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Font file missing: \"Tag\" absolutePath: .*nowhere.ttf"));
+  QTest::ignoreMessage(QtWarningMsg,
+                       QRegularExpression("Font file missing: \"Tag\" absolutePath: .*nowhere.ttf"));
   QCOMPARE(startup::LoadApplicationFont("nowhere.ttf", "Tag"), -1);
   QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Font file missing"));
   QCOMPARE(startup::LoadApplicationFont("fonts", "Tag"), -1);  // a folder

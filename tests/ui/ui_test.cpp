@@ -53,7 +53,9 @@ Desk::~Desk() {
   sensor.Stop();
 }
 
-bool Desk::Has(const QString& name) const { return FindBelow(view().contentItem(), name) != nullptr; }
+bool Desk::Has(const QString& name) const {
+  return FindBelow(view().contentItem(), name) != nullptr;
+}
 
 QQuickItem* Desk::Find(const QString& name) const {
   QQuickItem* item = nullptr;
@@ -89,7 +91,9 @@ bool Desk::NoticeShows(const QString& name, const QString& text) const {
   });
 }
 
-void Desk::Key(Qt::Key key, Qt::KeyboardModifiers modifiers) const { QTest::keyClick(&view(), key, modifiers); }
+void Desk::Key(Qt::Key key, Qt::KeyboardModifiers modifiers) const {
+  QTest::keyClick(&view(), key, modifiers);
+}
 
 void Desk::Click(const QString& name) const {
   QQuickItem* const item = Find(name);
@@ -113,7 +117,9 @@ void Desk::Enter(const QString& name, const QString& text) const {
 void Desk::ShowPage(int page) const {
   Key(static_cast<Qt::Key>(Qt::Key_1 + page), Qt::ControlModifier);
   Find(QString("page_%1").arg(page));
-  QTest::qWaitFor([this] { return !manager->isReadingPage(); }, 15000);
+  if (!QTest::qWaitFor([this] { return !manager->isReadingPage(); }, 15000)) {
+    qFatal("page %d is not read in time", page);
+  }
 }
 
 void Desk::Dial(std::uint16_t port) const {
@@ -124,7 +130,8 @@ void Desk::Dial(std::uint16_t port) const {
 bool Desk::Connect() const {
   QSignalSpy read(manager, &VarkelManager::pageReadFinished);
   Dial();
-  return QTest::qWaitFor([&] { return manager->IsConnected() && !read.isEmpty() && !manager->isReadingPage(); }, 15000);
+  return QTest::qWaitFor(
+      [&] { return manager->IsConnected() && !read.isEmpty() && !manager->isReadingPage(); }, 15000);
 }
 
 int main(int argc, char** argv) {
