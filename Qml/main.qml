@@ -24,8 +24,8 @@ Rectangle {
             return;
         }
         if (btn_text === "Continue" && module_name !== "") {
-            messageWindow.notify("The " + msg + "set by the user was detected to be outside the range specified in "
-                                 + "the config file. Do you wish to continue?", btn_text, module_name);
+            messageWindow.notify("The " + msg + "set by the user was detected to be outside the range "
+                                 + "specified in the config file. Do you wish to continue?", btn_text, module_name);
         } else {
             messageWindow.notify(msg, btn_text);
         }
@@ -272,8 +272,8 @@ Rectangle {
         function onPageReadFinished(module) {
             if (root.modelCheckDue && module === 0 && varkel_manager.IsConnected) {
                 root.modelCheckDue = false;
-                root.callErrorInfoWindow(modelCheck.warning(varkel_manager.getLidarPN(), varkel_manager.getLidarSN(),
-                                                            topBar.model));
+                root.callErrorInfoWindow(modelCheck.warning(varkel_manager.getLidarPN(),
+                                                            varkel_manager.getLidarSN(), topBar.model));
                 if (root.currentPage !== 0) {
                     root.readCurrentPage();
                 }
