@@ -18,7 +18,9 @@ struct Command {
 inline constexpr std::uint32_t kExtendedCodeSize = 4;
 
 /// A text of five or more characters is a four-byte code.
-inline bool IsExtendedCommand(const std::string& text) { return text.size() >= 5; }
+inline bool IsExtendedCommand(const std::string& text) {
+  return text.size() >= 5;
+}
 
 /// Shorter texts are the command byte itself (low byte, automatic base); longer ones a four-byte code that
 /// travels under command 0xFF. Raises the conversion errors of text_number.h.

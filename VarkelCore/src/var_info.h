@@ -27,11 +27,11 @@ enum ComponentType : std::int32_t {
 /// The `ConfigParser` that loaded the table owns the record. All fields are constant after loading but for
 /// those of the last group, which `ConfigParser::LockValues` guards.
 struct VarInfo {
-  std::string var_id;          ///< "GroupID-Index"
-  std::int32_t index = -1;     ///< order within the get command's reply
-  std::int32_t set_index = -1; ///< order within the set command's payload
-  std::string get_cmd;         ///< command text, empty: can't be read
-  std::string set_cmd;         ///< command text, empty: can't be written
+  std::string var_id;           ///< "GroupID-Index"
+  std::int32_t index = -1;      ///< order within the get command's reply
+  std::int32_t set_index = -1;  ///< order within the set command's payload
+  std::string get_cmd;          ///< command text, empty: can't be read
+  std::string set_cmd;          ///< command text, empty: can't be written
   std::string var_type;
   std::string var_name;
   std::string unit;                 ///< " (unit)", or empty
@@ -47,13 +47,13 @@ struct VarInfo {
   std::map<ModulePlace, std::int32_t> module_places;  ///< place -> position within the group
   std::int32_t option_num = 0;
   std::int32_t component_type = 0;
-  bool has_switch = false;       ///< this record is the switch half of a switch row
-  VarInfo* switch_var = nullptr; ///< the variable that switches this one on and off
+  bool has_switch = false;        ///< this record is the switch half of a switch row
+  VarInfo* switch_var = nullptr;  ///< the variable that switches this one on and off
   std::map<std::int32_t, std::string> option_labels;
   std::string option_description;
   std::int32_t range_min = 0;
   std::int32_t range_max = 0;
-  bool timer_update = false;  ///< re-read by the page timer
+  bool timer_update = false;    ///< re-read by the page timer
   std::string get_cmd_payload;  ///< hexadecimal digits without prefix
   std::vector<std::uint8_t> get_cmd_payload_bytes;
 };

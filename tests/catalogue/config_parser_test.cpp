@@ -128,7 +128,7 @@ TEST(ConfigParser, PutsVariablesOnTheirPages) {
       {"5", "3_1_1_0"},  {"6", "0_0_0_6"},           {"7", "1_1_4"},   {"8", "|1_2_9_3|"},
       {"9", "1_-5_1_0"}, {"10", "-2147483648_1_1_0"}};
   for (const auto& [index, place] : places) {
-    text.Var("GroupID=4;Index=" + index + ";Get=7;FunctionModule=" + place);
+    text.Var(std::string("GroupID=4;Get=7;Index=").append(index).append(";FunctionModule=").append(place));
   }
   const Loaded table(text);
   EXPECT_THAT(table.catalogue.module_titles(),
