@@ -115,7 +115,8 @@ TEST_P(MisbehaviourTest, IsSeenByTheClient) {
 
 INSTANTIATE_TEST_SUITE_P(
     Kinds, MisbehaviourTest,
-    testing::Values(Fault{"late:150", 0, 0, kReply}, Fault{"late:60 split:2", 0, 0, kReply},
+    testing::Values(Fault{"late:150", 0, 0, kReply}, Fault{"late:600", -1, KtcClient::kNoHeader, {}},
+                    Fault{"late:60 split:2", 0, 0, kReply},
                     Fault{"late:60 split", -1, KtcClient::kNoHeader, {}},  // the client drops lone bytes
                     Fault{"noise", 0, 0, kReply}, Fault{"wrong-echo", -1, 0, {}}, Fault{"error:5", -1, 5, {}},
                     Fault{"lying-length:4", -1, KtcClient::kNoPayload, {}},
@@ -204,6 +205,13 @@ TEST_F(SensorWireTest, RefusesAnAbsurdLengthAndCloses) {
   RawConnection client(sensor_.port());
   ASSERT_TRUE(client.Send({0x47, 0x74, 0x31, 0, 0x7F, 0xFF, 0xFF, 0xFF}));
   EXPECT_EQ(client.ReceiveToEnd(), Bytes({0x47, 0x74, 0x31, 2, 0, 0, 0, 0}));
+}
+
+TEST_F(SensorWireTest, ClosesHalfwayThroughAReply) {
+  sensor_.Misbehave("0x31=close");
+  RawConnection client(sensor_.port());
+  ASSERT_TRUE(client.Send({0x47, 0x74, 0x31, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(client.ReceiveToEnd(), Bytes({0x47, 0x74, 0x31, 0, 0, 0, 0, 8}));
 }
 
 TEST_F(SensorWireTest, StopsAtOnceWithIdleAndStuckClients) {
