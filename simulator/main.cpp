@@ -12,6 +12,7 @@
 #include <string>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "simulator/src/simulated_sensor.h"
@@ -82,9 +83,7 @@ void RunUntilSignal(SimulatedSensor& sensor) {
   sensor.Stop();
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   CLI::App app("A simulated lidar sensor on a TCP port", "varkel-sim");
   SensorOptions options;
   options.port = 9347;
@@ -103,14 +102,20 @@ int main(int argc, char** argv) {
   app.add_flag("--verbose", verbose, "Print every exchange");
   CLI11_PARSE(app, argc, argv);
 
+  options.table_path = TableOf(model, folder);
+  if (verbose) options.watcher = PrintExchange;
+  SimulatedSensor sensor(std::move(options));
+  RunUntilSignal(sensor);
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
   try {
-    options.table_path = TableOf(model, folder);
-    if (verbose) options.watcher = PrintExchange;
-    SimulatedSensor sensor(std::move(options));
-    RunUntilSignal(sensor);
+    return Run(argc, argv);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "varkel-sim: %s\n", error.what());
     return 1;
   }
-  return 0;
 }

@@ -16,6 +16,10 @@ const VarInfo* FindNamed(const ConfigParser& catalogue, std::initializer_list<co
 /// The command of an action row (restart, a log): its get command, or its set command when it has no other.
 const std::string& ActionCommandText(const VarInfo& var);
 
+/// The command that carries a firmware package: the row's set command. An upgrade row may name it as its get
+/// command; any other row without a set command takes no package (empty).
+std::string UpgradeCommandText(const VarInfo& var);
+
 /// A ready request of an action row: command byte, and payload with a four-byte code ahead of it.
 struct ActionRequest {
   std::uint8_t code = 0;

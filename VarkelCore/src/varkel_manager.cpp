@@ -817,7 +817,7 @@ int VarkelManager::UpgradeLidar(QUrl fileUrl, int level1, int level2, int level3
   QFile file(fileUrl.toLocalFile());
   if (!file.open(QIODevice::ReadOnly)) return 0;
   const VarInfo* var = varkel::VariableAt(*catalogue, level1, level2, level3);
-  const std::string command = var == nullptr ? "" : var->set_cmd.empty() ? var->get_cmd : var->set_cmd;
+  const std::string command = var == nullptr ? std::string() : varkel::UpgradeCommandText(*var);
   if (command.empty()) return 0;
   const QByteArray content = file.readAll();
   std::vector<std::uint8_t> package(content.begin(), content.end());

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <tuple>
 
 #include "simulator/src/exchange_log.h"
 
@@ -14,7 +14,10 @@ struct CommandKey {
   std::uint8_t code = 0;
   std::optional<std::uint32_t> extended_code;  ///< four-byte code, only under 0xFF
 
-  auto operator<=>(const CommandKey&) const = default;
+  bool operator==(const CommandKey&) const = default;
+  bool operator<(const CommandKey& other) const {
+    return std::tie(code, extended_code) < std::tie(other.code, other.extended_code);
+  }
 };
 
 /// From a table's text. Raises the conversion errors of text_number.h.

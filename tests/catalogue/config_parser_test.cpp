@@ -125,10 +125,10 @@ TEST(ConfigParser, PutsVariablesOnTheirPages) {
   text.Module({"Network", "Address", "Time"}).Module({"Scan", "Motor"});
   const std::map<std::string, std::string> places = {
       {"1", "1_1_1_0"},  {"2", "1_1_2_1|2_1_7_1"},   {"3", "1_3_1_0"}, {"4", "0_1_1_0"},
-      {"5", "3_1_1_0"},  {"6", "0_0_0_6"},           {"7", "1_1_4"},   {"8", "|1_2_9_3|"},
+      {"5", "3_1_1_0"},  {"6", "1_1_8_6"},           {"7", "1_1_4"},   {"8", "|1_2_9_3_9|"},
       {"9", "1_-5_1_0"}, {"10", "-2147483648_1_1_0"}};
   for (const auto& [index, place] : places) {
-    text.Var("GroupID=4;Index=" + index + ";Get=7;FunctionModule=" + place);
+    text.Var(std::string("GroupID=4;Get=7;Index=").append(index).append(";FunctionModule=").append(place));
   }
   const Loaded table(text);
   EXPECT_THAT(table.catalogue.module_titles(),
@@ -141,6 +141,7 @@ TEST(ConfigParser, PutsVariablesOnTheirPages) {
   EXPECT_EQ(table["4-2"].module_places.at({1, 0}), 7);
   EXPECT_EQ(table["4-3"].module_places.at({0, 2}), 1) << "kept, though no page has the place";
   EXPECT_THAT(table["4-7"].module_places, IsEmpty());
+  EXPECT_FALSE(table["4-8"].has_switch) << "only a switch has a fifth number";
 }
 
 TEST(ConfigParser, LaysOutPayloadsByTheirIndexes) {
@@ -185,7 +186,7 @@ TEST(ConfigParser, LinksSwitchesToTheRowsAtTheirPosition) {
   text.Module({"Page", "A", "B"});
   int index = 0;
   for (const char* place :
-       {"1_1_1_2_1", "1_1_1_2", "1_1_2_1", "1_2_1_2", "1_2_2_2_1", "1_1_3_2_-1", "9_9_1_2_1"}) {
+       {"1_1_1_2_1", "1_1_1_2", "1_1_2_1", "1_2_1_2", "1_2_2_2_1", "1_1_-1_2_-1", "9_9_1_2_1"}) {
     text.Var("GroupID=1;Index=" + std::to_string(++index) + ";Get=7;FunctionModule=" + place);
   }
   const Loaded table(text);

@@ -17,7 +17,7 @@ namespace varkel::sim {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-using std::chrono_literals::operator""ms;
+using namespace std::chrono_literals;
 
 constexpr char kRows[] =
     "0,Page,Group,,,,,,,,,,\n"

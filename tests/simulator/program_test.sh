@@ -13,6 +13,7 @@ fail() {
 
 # Starts a sensor on a free port; `port` is the one it prints.
 start() {
+  : >"$work/out"
   "$program" --config "$tables" --port 0 "$@" >"$work/out" 2>"$work/err" &
   sensor=$!
   tries=0

@@ -14,7 +14,7 @@ namespace varkel::sim {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-using std::chrono_literals::operator""ms;
+using namespace std::chrono_literals;
 
 constexpr char kRows[] =
     "1,2,0x31,0x41,2,Port,uint16,258,2,,,,\n"
