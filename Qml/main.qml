@@ -25,7 +25,8 @@ Rectangle {
         }
         if (btn_text === "Continue" && module_name !== "") {
             messageWindow.notify("The " + msg + "set by the user was detected to be outside the range "
-                                 + "specified in the config file. Do you wish to continue?", btn_text, module_name);
+                                 + "specified in the config file. Do you wish to continue?", btn_text,
+                                 module_name);
         } else {
             messageWindow.notify(msg, btn_text);
         }

@@ -44,12 +44,9 @@ Item {
         if (!visible) {
             return;
         }
-        var nothingPending = varkel_manager.getSetMapSize() === 0;
         eachRow(function (row) {
-            if (nothingPending) {
-                row.forget();
-            }
             row.refresh();
+            row.outOfRange = row.outOfRange && row.edited;
         });
         countEdits();
     }

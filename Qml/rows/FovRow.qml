@@ -37,10 +37,7 @@ RowFrame {
         editable: row.writable
         onAngleCommitted: {
             varkel_manager.SetMultiFovConfig(index, text);
-            row.load();
-            if (varkel_manager.getSetMapSize() > 0) {
-                row.edited = true;
-            }
+            row.refresh();
         }
     }
 
