@@ -66,6 +66,7 @@ class Guide {
   bool Visit(int page, const QString& title);
   void WaitForLiveRounds(int page);
   void PrintRows(int page, const QString& title) const;
+  void TakeNotices() const;
   bool Photograph(const QString& name);
   int Fail(const QString& sentence) const;
 
@@ -137,6 +138,7 @@ bool Guide::Visit(int page, const QString& title) {
     Fail("the sensor closed the connection while the page " + title + " was shown.");
     return false;
   }
+  TakeNotices();
   return Photograph(QString("%1-%2").arg(page + 1, 2, 10, QChar('0')).arg(title));
 }
 
@@ -161,6 +163,27 @@ void Guide::PrintRows(int page, const QString& title) const {
     const QVariant shown = item->property("shownText");
     out << title << " / " << group << " / " << label << ": "
         << (shown.isValid() ? shown : item->property("valueText")).toString() << '\n';
+  }
+}
+
+// Notices would stand in the picture, so they are read out and closed.
+void Guide::TakeNotices() const {
+  for (const char* name : {"errorWindow", "successWindow", "messageWindow"}) {
+    auto* const notice = view_.rootObject()->findChild<QObject*>(name);
+    while (notice != nullptr && notice->property("visible").toBool()) {
+      QTextStream(stdout) << "Notice: " << notice->property("message").toString() << '\n';
+      const int waiting = notice->property("waiting").toList().size();
+      QMetaObject::invokeMethod(notice, "close");
+      const bool next = WaitUntil(
+          [&] {
+            return waiting > 0 ? notice->property("waiting").toList().size() < waiting
+                               : !notice->property("visible").toBool();
+          },
+          kPaintMs);
+      if (!next) {
+        return;
+      }
+    }
   }
 }
 
