@@ -89,12 +89,12 @@ bool Guide::Connect() {
   type("ipField", plan_.host);
   type("portField", plan_.port);
   QString refusal;
-  const auto listener =
-      QObject::connect(manager_, &VarkelManager::sendLogMessage, [&](const QString& message, const QString& type_name) {
-        if (type_name == "ERROR") {
-          refusal = message;
-        }
-      });
+  const auto listener = QObject::connect(manager_, &VarkelManager::sendLogMessage,
+                                         [&](const QString& message, const QString& type_name) {
+                                           if (type_name == "ERROR") {
+                                             refusal = message;
+                                           }
+                                         });
   QMetaObject::invokeMethod(Find("connectButton"), "clicked");
   WaitUntil([&] { return manager_->IsConnected() || !refusal.isEmpty(); }, kConnectMs);
   QObject::disconnect(listener);
@@ -110,7 +110,8 @@ void Guide::WaitForLiveRounds(int page) {
   bool live = false;
   for (const QVariant& row : page < pages.size() ? pages[page].toList() : QVariantList()) {
     const QVariantList entry = row.toList();
-    live = live || manager_->isTimerUpdate(entry.value(2).toInt(), entry.value(3).toInt(), entry.value(4).toInt());
+    live = live ||
+           manager_->isTimerUpdate(entry.value(2).toInt(), entry.value(3).toInt(), entry.value(4).toInt());
   }
   if (!live) {
     return;
@@ -149,8 +150,10 @@ void Guide::PrintRows(int page, const QString& title) const {
       group = label;
       continue;
     }
-    const QString name =
-        QString("row_%1_%2_%3").arg(entry.value(2).toInt()).arg(entry.value(3).toInt()).arg(entry.value(4).toInt());
+    const QString name = QString("row_%1_%2_%3")
+                             .arg(entry.value(2).toInt())
+                             .arg(entry.value(3).toInt())
+                             .arg(entry.value(4).toInt());
     const QQuickItem* item = Find(name);
     if (item == nullptr) {
       continue;
@@ -219,6 +222,8 @@ std::optional<Plan> PlanFromArguments(const QStringList& arguments) {
   return plan;
 }
 
-int Run(MainWindow& window, const Plan& plan) { return Guide(window, plan).Run(); }
+int Run(MainWindow& window, const Plan& plan) {
+  return Guide(window, plan).Run();
+}
 
 }  // namespace tour
