@@ -21,7 +21,7 @@ constexpr std::chrono::microseconds kSlowReceive{1'000'000};
 }  // namespace
 
 TcpClient::~TcpClient() {
-  Close();
+  ReleaseSocket();
 }
 
 bool TcpClient::Open(const std::string& ip, std::uint16_t port, bool /*auto_receive*/, const char* /*cert*/,
@@ -153,6 +153,10 @@ bool TcpClient::WaitConnected(std::optional<std::uint32_t> timeout_s) {
 }
 
 void TcpClient::Close() {
+  ReleaseSocket();
+}
+
+void TcpClient::ReleaseSocket() {
   opened_ = false;
   const std::lock_guard lock(handle_mutex_);
   const platform::SocketHandle closing = socket_.exchange(platform::kInvalidSocket);
