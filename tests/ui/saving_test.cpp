@@ -1,3 +1,6 @@
+#include <QFile>
+#include <QTemporaryDir>
+
 #include "tests/ui/ui_test.h"
 
 namespace {
@@ -18,6 +21,7 @@ class SavingTest : public QObject {
   void ComboAndSwitch();
   void FieldOfViewBoxes();
   void OnlyPatchFilesAreUpgrades();
+  void UpgradeShowsItsProgressAndForbidsDisconnecting();
 };
 const RegisterTest<SavingTest> registration;
 
@@ -129,6 +133,28 @@ void SavingTest::OnlyPatchFilesAreUpgrades() {
   QVERIFY(desk.NoticeShows("errorWindow", "Upgrade package rejected: it has to be a .patch file"));
   QCOMPARE(desk.Text("upgradeFileName"), "");
   QCOMPARE(desk.Text("upgradeProgress"), "0.00%");
+}
+
+void SavingTest::UpgradeShowsItsProgressAndForbidsDisconnecting() {
+  Desk desk;
+  QVERIFY(desk.Connect());
+  desk.ShowPage(kUpgradePage);
+  const QTemporaryDir folder;
+  QFile package(folder.filePath("new one.patch"));
+  QVERIFY(package.open(QIODevice::WriteOnly));
+  package.write("VARKEL-SIM FIRMWARE 4.1.2.9 2027-03-04\n" + QByteArray(20000, 'x'));
+  package.close();
+  QMetaObject::invokeMethod(desk.Find("upgradeDrop"), "dropped",
+                            Q_ARG(QUrl, QUrl::fromLocalFile(package.fileName())));
+  QTRY_VERIFY(desk.manager->IsUpgrading());
+  QCOMPARE(desk.Text("upgradeFileName"), "new one.patch");
+  QVERIFY(!desk.Find("attachButton")->isEnabled());
+  desk.Click("connectButton");
+  QVERIFY(desk.NoticeShows("errorWindow", "Disconnect REJECTED. Lidar is upgrading."));
+  desk.Key(Qt::Key_Escape);
+  QVERIFY(desk.NoticeShows("successWindow", "Upgrade package transmitted successfully."));
+  QTRY_COMPARE(desk.Text("upgradeProgress"), "100.00%");
+  QCOMPARE(desk.Find("upgradeProgress")->property("fillColor").value<QColor>(), QColor("green"));
 }
 
 }  // namespace
