@@ -17,7 +17,7 @@ Rectangle {
         onByteFlowToggled: varkel_manager.SetLogBytesFlowStatus(on)
         onFailed: root.callErrorInfoWindow(message)
     }
-    readonly property bool busy: watch.connecting || varkel_manager.isReadingPage
+    readonly property bool busy: watch.connecting || varkel_manager.isReadingPage || varkel_manager.isWorking
 
     function callMessageWindow(msg, btn_text = "OK", module_name = "") {
         if (msg === "") {
@@ -101,9 +101,9 @@ Rectangle {
         varkel_manager.UpdateUI();
     }
 
+    // The page is read again when the save has ended.
     function saveModule(module) {
-        varkel_manager.Run(module);
-        varkel_manager.ReadPageInBackground(module);
+        varkel_manager.RunInBackground(module);
     }
 
     function requestSave(module) {
@@ -195,7 +195,7 @@ Rectangle {
             commands.history: varkel_manager.SendCommandHistory
             commands.replyHeader: varkel_manager.SendKtcCommandReturnHeader
             commands.replyPayload: varkel_manager.SendKtcCommandReturnPayload
-            commands.onSend: varkel_manager.SendCommand(code, payload)
+            commands.onSend: varkel_manager.SendCommandInBackground(code, payload)
             onLogRequested: root.logWindow.present()
         }
     }
@@ -279,6 +279,10 @@ Rectangle {
                     root.readCurrentPage();
                 }
             }
+        }
+
+        function onPageWriteFinished(module) {
+            varkel_manager.ReadPageInBackground(module);
         }
 
         function onLidarClearModel() {
