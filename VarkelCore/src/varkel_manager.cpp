@@ -463,7 +463,7 @@ QVariantList VarkelManager::LidarModelList() const {
   return models;
 }
 
-void VarkelManager::InitConfigFileParser(QString model_name) {
+void VarkelManager::InitConfigFileParser(const QString& model_name) {
   const std::string model = model_name.toStdString();
   d_->connect_type = varkel::ConnectTypeOf(model);
   const std::string fault = d_->selection.Select(model);
@@ -494,7 +494,7 @@ QVariantList VarkelManager::logRepeaterModel() const {
   return catalogue ? varkel::DownloadableLogs(*catalogue) : QVariantList();
 }
 
-bool VarkelManager::CheckVarExistsInConfigFileByName(QString qs_var_info) {
+bool VarkelManager::CheckVarExistsInConfigFileByName(const QString& qs_var_info) {
   const auto catalogue = d_->selection.catalogue();
   if (qs_var_info.isEmpty() || !catalogue) return false;
   for (const std::string& form : CaseForms(qs_var_info)) {
@@ -617,7 +617,7 @@ bool VarkelManager::isReadingPage() const {
   return d_->page_reads.is_reading();
 }
 
-bool VarkelManager::UpdateSingleVarInfo(QString qs_var_info, QString search_type) {
+bool VarkelManager::UpdateSingleVarInfo(const QString& qs_var_info, const QString& search_type) {
   const auto client = d_->connection.usable_client();
   const auto catalogue = d_->selection.catalogue();
   if (!client || !catalogue) return false;
@@ -654,19 +654,19 @@ QString VarkelManager::successMessage() const {
   return d_->success_message;
 }
 
-void VarkelManager::setErrorMsg(QString str) {
-  d_->error_message = std::move(str);
+void VarkelManager::setErrorMsg(const QString& str) {
+  d_->error_message = str;
   if (!d_->error_message.isEmpty()) emit errorMessageChanged();
 }
 
-void VarkelManager::setSuccessMsg(QString str) {
-  d_->success_message = std::move(str);
+void VarkelManager::setSuccessMsg(const QString& str) {
+  d_->success_message = str;
   if (!d_->success_message.isEmpty()) emit successMessageChanged();
 }
 
 // Writing
 
-void VarkelManager::SetText(int type, int level1, int level2, int level3, QString text) {
+void VarkelManager::SetText(int type, int level1, int level2, int level3, const QString& text) {
   const auto catalogue = d_->selection.catalogue();
   if (!catalogue) return;
   d_->ReportConversion(
@@ -699,7 +699,7 @@ void VarkelManager::RunInBackground(int module) {
                    [this, module] { emit pageWriteFinished(module); });
 }
 
-void VarkelManager::SetMultiFovConfig(int index, QString fov) {
+void VarkelManager::SetMultiFovConfig(int index, const QString& fov) {
   if (d_->editor.SetFov(d_->fov, index, fov.toStdString())) {
     emit editsChanged();
     return;
@@ -708,7 +708,7 @@ void VarkelManager::SetMultiFovConfig(int index, QString fov) {
   emit fovConfigChanged();
 }
 
-bool VarkelManager::CheckVarIsWithinRange(QString qs_var_info, QString search_type) {
+bool VarkelManager::CheckVarIsWithinRange(const QString& qs_var_info, const QString& search_type) {
   const auto catalogue = d_->selection.catalogue();
   if (!catalogue) return true;
   return varkel::IsWithinRange(*catalogue, d_->searchVarPtr(*catalogue, qs_var_info, search_type),
@@ -752,11 +752,11 @@ QString VarkelManager::getSendKtcCommandReturnPayload() const {
   return Text(d_->console.return_payload());
 }
 
-void VarkelManager::SendCommand(QString cmd_qs, QString payload_qs) {
+void VarkelManager::SendCommand(const QString& cmd_qs, const QString& payload_qs) {
   d_->Send(cmd_qs.toStdString(), payload_qs.toStdString());
 }
 
-void VarkelManager::SendCommandInBackground(QString cmd_qs, QString payload_qs) {
+void VarkelManager::SendCommandInBackground(const QString& cmd_qs, const QString& payload_qs) {
   d_->InBackground([this, command = cmd_qs.toStdString(),
                     payload = payload_qs.toStdString()] { d_->Send(command, payload); },
                    [] {});
@@ -779,13 +779,13 @@ void VarkelManager::ResetInBackground() {
   d_->InBackground([this] { d_->ResetNow(); }, [] {});
 }
 
-int VarkelManager::DownloadOperationLog(QUrl fileUrl) {
+int VarkelManager::DownloadOperationLog(const QUrl& fileUrl) {
   return d_->Download([this, archive = fileUrl.toLocalFile()](auto& client, const auto& catalogue) {
     d_->FetchOperationLog(client, catalogue, archive);
   });
 }
 
-int VarkelManager::DownloadOperationLogThread(QUrl fileUrl) {
+int VarkelManager::DownloadOperationLogThread(const QUrl& fileUrl) {
   const auto client = d_->connection.usable_client();
   const auto catalogue = d_->selection.catalogue();
   if (!client || !catalogue) return -1;
@@ -793,7 +793,7 @@ int VarkelManager::DownloadOperationLogThread(QUrl fileUrl) {
   return 0;
 }
 
-int VarkelManager::DownloadLog(QUrl fileUrl, QString type) {
+int VarkelManager::DownloadLog(const QUrl& fileUrl, const QString& type) {
   return d_->Download([this, folder = fileUrl.toLocalFile(), type](auto& client, const auto& catalogue) {
     d_->logs.DownloadLog(catalogue, client, folder, type);
     d_->Emit(&VarkelManager::downloadFinished);
@@ -810,7 +810,7 @@ void VarkelManager::setIsDownloadLog(bool running) {
 
 // Upgrades
 
-int VarkelManager::UpgradeLidar(QUrl fileUrl, int level1, int level2, int level3) {
+int VarkelManager::UpgradeLidar(const QUrl& fileUrl, int level1, int level2, int level3) {
   const auto client = d_->connection.client();
   const auto catalogue = d_->selection.catalogue();
   if (!client || !client->IsOpen() || d_->IsBusy() || !catalogue) return -1;
@@ -828,11 +828,11 @@ int VarkelManager::UpgradeLidar(QUrl fileUrl, int level1, int level2, int level3
   return 0;
 }
 
-int VarkelManager::ZeltoUpgradeLidar(QUrl) {
+int VarkelManager::ZeltoUpgradeLidar(const QUrl&) {
   d_->NotAvailable(QStringLiteral("The upgrade of this sensor"));
   return -1;
 }
-int VarkelManager::MarvoUpgradeLidar(QUrl) {
+int VarkelManager::MarvoUpgradeLidar(const QUrl&) {
   d_->NotAvailable(QStringLiteral("The upgrade of this sensor"));
   return -1;
 }
@@ -866,7 +866,7 @@ void VarkelManager::ZeltoSetSpinRate(int) {
 void VarkelManager::ZeltoSetReturnMode(int) {
   d_->NotAvailable(QStringLiteral("The return mode"));
 }
-int VarkelManager::ZeltoGetCorrection(QString) {
+int VarkelManager::ZeltoGetCorrection(const QString&) {
   d_->NotAvailable(QStringLiteral("The calibration file"));
   return -1;
 }
@@ -878,14 +878,14 @@ QString VarkelManager::ZeltoGetBaudRate() {
   d_->NotAvailable(QStringLiteral("The baud rate"));
   return {};
 }
-void VarkelManager::ZeltoSetBaudRateFromUI(QString) {
+void VarkelManager::ZeltoSetBaudRateFromUI(const QString&) {
   d_->NotAvailable(QStringLiteral("The baud rate"));
 }
 QVariantList VarkelManager::ZeltoGetDestinationConfig(bool silent) {
   if (!silent) d_->NotAvailable(QStringLiteral("The destination"));
   return {};
 }
-bool VarkelManager::ZeltoSetDestinationIPandPort(QString, int) {
+bool VarkelManager::ZeltoSetDestinationIPandPort(const QString&, int) {
   d_->NotAvailable(QStringLiteral("The destination"));
   return false;
 }
