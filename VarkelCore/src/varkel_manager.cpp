@@ -4,6 +4,7 @@
 #include <QFile>
 #include <atomic>
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <limits>
 #include <mutex>
@@ -174,7 +175,7 @@ void VarkelManager::Private::Success(const std::string& text) {
 }
 
 void VarkelManager::Private::Emit(void (VarkelManager::*notify)()) {
-  events.Post([this, notify] { emit(face->*notify)(); });
+  events.Post([target = face, notify] { std::invoke(notify, *target); });
 }
 
 bool VarkelManager::Private::ReadPage(int module) {
