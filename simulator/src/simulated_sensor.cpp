@@ -6,6 +6,7 @@
 
 #include "VarkelCore/src/config_parser.h"
 #include "simulator/src/command_handler.h"
+#include "simulator/src/firmware_store.h"
 #include "simulator/src/misbehaviour.h"
 #include "simulator/src/sensor_state.h"
 #include "simulator/src/session.h"
@@ -35,13 +36,14 @@ struct SimulatedSensor::Parts {
       : options(std::move(given)),
         model(LoadModel(options.table_path)),
         state(model, options.clock ? options.clock : SteadyClock()),
-        handler(model, state) {
+        handler(model, state, firmware) {
     for (const std::string& rule : options.misbehaviours) misbehaviours.Add(rule);
   }
 
   const SensorOptions options;
   const std::shared_ptr<const ConfigParser> model;
   SensorState state;
+  FirmwareStore firmware;
   CommandHandler handler;
   Misbehaviours misbehaviours;
   ExchangeLog log;
