@@ -26,6 +26,7 @@ using varkel::sim::SimulatedSensor;
 
 /// The longest time that a signal goes unnoticed: a handler may do no more than set a flag.
 constexpr std::chrono::milliseconds kSignalCheck{50};
+constexpr int kLongestRestartMs = 600'000;
 
 std::atomic<bool> stop_requested{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it");
@@ -90,6 +91,7 @@ int Run(int argc, char** argv) {
   std::string model = "Quenta";
   std::string folder = DefaultTableFolder(argv[0]).string();
   bool verbose = false;
+  int restart_time_ms = 3000;
   app.add_option("--model", model, "Model, named like its table")->capture_default_str();
   app.add_option("--config", folder, "Folder of the model tables")->capture_default_str();
   app.add_option("--address", options.address, "Address to listen on")->capture_default_str();
@@ -99,9 +101,13 @@ int Run(int argc, char** argv) {
          "COMMAND=KIND[:ARGUMENT][#N], e.g. 0x07=silence or 0x12=late:1500; kinds: late, split, noise, "
          "wrong-echo, error, lying-length, silence, close. Repeatable")
       ->allow_extra_args(false);
+  app.add_option("--restart-time", restart_time_ms, "Milliseconds for which a restart refuses connections")
+      ->check(CLI::Range(0, kLongestRestartMs))
+      ->capture_default_str();
   app.add_flag("--verbose", verbose, "Print every exchange");
   CLI11_PARSE(app, argc, argv);
 
+  options.restart_time = std::chrono::milliseconds(restart_time_ms);
   options.table_path = TableOf(model, folder);
   if (verbose) options.watcher = PrintExchange;
   SimulatedSensor sensor(std::move(options));

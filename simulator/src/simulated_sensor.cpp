@@ -1,11 +1,13 @@
 #include "simulator/src/simulated_sensor.h"
 
+#include <atomic>
 #include <exception>
 #include <stdexcept>
 #include <utility>
 
 #include "VarkelCore/src/config_parser.h"
 #include "simulator/src/command_handler.h"
+#include "simulator/src/firmware_store.h"
 #include "simulator/src/misbehaviour.h"
 #include "simulator/src/sensor_state.h"
 #include "simulator/src/session.h"
@@ -13,6 +15,8 @@
 
 namespace varkel::sim {
 namespace {
+
+constexpr char kFirmwareVersion[] = "Firmware Version";
 
 std::shared_ptr<const ConfigParser> LoadModel(const std::string& table_path) {
   auto model = std::make_shared<ConfigParser>(table_path);
@@ -35,16 +39,28 @@ struct SimulatedSensor::Parts {
       : options(std::move(given)),
         model(LoadModel(options.table_path)),
         state(model, options.clock ? options.clock : SteadyClock()),
-        handler(model, state) {
+        handler(model, state, firmware) {
     for (const std::string& rule : options.misbehaviours) misbehaviours.Add(rule);
+  }
+
+  void PowerUp() {
+    state.PowerUp();
+    const auto version = firmware.Install();
+    if (!version) return;
+    try {
+      state.SetValue(kFirmwareVersion, *version);
+    } catch (const std::logic_error&) {  // a table that shows no version, or in another form
+    }
   }
 
   const SensorOptions options;
   const std::shared_ptr<const ConfigParser> model;
   SensorState state;
+  FirmwareStore firmware;
   CommandHandler handler;
   Misbehaviours misbehaviours;
   ExchangeLog log;
+  std::atomic<std::size_t> restarts{0};
   std::unique_ptr<SimServer> server;  // last: its threads use all the others
 };
 
@@ -57,11 +73,12 @@ void SimulatedSensor::Start() {
   if (parts_->server) return;
   Parts& parts = *parts_;
   const SessionParts session{parts.handler, parts.misbehaviours, parts.log, parts.options.watcher};
-  parts.server =
-      std::make_unique<SimServer>(parts.options.address, parts.options.port,
-                                  [session](quarn::platform::SocketHandle socket, const StopSignal& stop) {
-                                    ServeClient(socket, stop, session);
-                                  });
+  const auto serve = [session](quarn::platform::SocketHandle socket, const StopSignal& stop,
+                               RestartSwitch& restart) { ServeClient(socket, stop, restart, session); };
+  parts.server = std::make_unique<SimServer>(
+      parts.options.address, parts.options.port, serve,
+      SimServer::Restarting{parts.options.restart_time, [&parts] { ++parts.restarts; },
+                            [&parts] { parts.PowerUp(); }});
 }
 
 void SimulatedSensor::Stop() {
@@ -115,6 +132,14 @@ std::size_t SimulatedSensor::exchanges() const {
 
 std::size_t SimulatedSensor::connected_clients() const {
   return parts_->server ? parts_->server->connected_clients() : 0;
+}
+
+std::size_t SimulatedSensor::restarts() const {
+  return parts_->restarts;
+}
+
+std::vector<std::uint8_t> SimulatedSensor::ReceivedPackage() const {
+  return parts_->firmware.Package();
 }
 
 }  // namespace varkel::sim

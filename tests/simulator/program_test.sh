@@ -35,7 +35,7 @@ refuses() {
 }
 
 for signal in INT TERM; do
-  start --model Zelto --misbehave 0x07=silence --misbehave 0x08=late:5
+  start --model Zelto --misbehave 0x07=silence --misbehave 0x08=late:5 --restart-time 50
   refuses "$port: the port is in use" --port "$port"
   kill -s "$signal" "$sensor"
   wait "$sensor" || fail "status $? after SIG$signal"
