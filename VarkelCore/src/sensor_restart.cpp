@@ -22,7 +22,7 @@ struct Action {
 int Query(const VarInfo& var, quarn::lidar::KtcClient& client) {
   const ActionRequest request = MakeActionRequest(var);
   std::vector<std::uint8_t> reply;
-  const int result = client.QueryCommand(request.payload, reply, request.code);
+  const int result = client.QueryCommand(request.payload, reply, request.command.code);
   if (result == 0) return 0;
   const int code = client.LastReturnCode();
   return code != 0 ? code : result;

@@ -71,7 +71,11 @@ void LogDownloadTest::NamedLogIsAFile() {
   QVERIFY(!bench_->manager->IsDownloadLog());
   QCOMPARE(Files().size(), 1);
   QVERIFY(QRegExp("Event Log_\\d{8}-\\d{6}\\.bin").exactMatch(Files().first()));
-  QVERIFY(QFile(folder_->filePath(Files().first())).size() > 1024);
+  QFile log(folder_->filePath(Files().first()));
+  QVERIFY(log.open(QIODevice::ReadOnly));
+  const QByteArray content = log.readAll();
+  QVERIFY(content.size() > 1024);
+  QVERIFY2(content.at(0) >= ' ', "the log begins with the code that its reply repeats");
 }
 
 void LogDownloadTest::NamedLogFailures_data() {
