@@ -70,6 +70,8 @@ T.TextField {
             finish();
             deselect();
             setText(value);
+        } else if (!readOnly && (focusReason === Qt.TabFocusReason || focusReason === Qt.BacktabFocusReason)) {
+            selectAll(); // so that typing replaces the value
         }
     }
 
