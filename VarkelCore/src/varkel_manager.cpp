@@ -29,6 +29,7 @@
 #include "VarkelCore/src/pending_edits.h"
 #include "VarkelCore/src/range_check.h"
 #include "VarkelCore/src/sensor_restart.h"
+#include "VarkelCore/src/table_check.h"
 #include "VarkelCore/src/user_report.h"
 #include "VarkelCore/src/value_editor.h"
 #include "VarkelCore/src/worker_threads.h"
@@ -477,6 +478,9 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   if (!fault.empty()) {
     d_->Log(fault, "ERROR");
     d_->Error(fault);
+  }
+  for (const std::string& finding : varkel::CheckSetPayloads(*d_->selection.catalogue())) {
+    d_->Log("The model table of " + model + " puts fields at wrong places: " + finding, "WARNING");
   }
 }
 
