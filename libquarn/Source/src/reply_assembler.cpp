@@ -25,24 +25,25 @@ ReplyAssembler::State ReplyAssembler::Judge() {
   if (CheckReply(kind_, block_)) {
     return State::kPassed;
   }
-  bool wrong_reply = false;
-  for (std::size_t tag = FindTag(0); tag < block_.size(); tag = FindTag(1)) {
-    DropFront(tag);
-    if (block_.size() <= kSerialTagSize) {
-      return State::kIncomplete;
-    }
-    const std::size_t size = ReplySize(block_[kSerialTagSize]);
-    if (block_.size() < size) {
-      return State::kIncomplete;
-    }
-    if (CheckReply(kind_, std::span(block_).first(size))) {
+  // A stump of an older reply may stand ahead of the true one and claim its bytes, so every tag is tried.
+  DropFront(FindTag(0) < block_.size() ? FindTag(0) : 0);
+  bool wrong = false;
+  bool incomplete = EndsWithinTag();
+  for (std::size_t tag = FindTag(0); tag < block_.size(); tag = FindTag(tag + 1)) {
+    const std::span<const std::uint8_t> rest = std::span(block_).subspan(tag);
+    if (rest.size() <= kSerialTagSize || rest.size() < ReplySize(rest[kSerialTagSize])) {
+      incomplete = true;
+    } else if (const auto reply = rest.first(ReplySize(rest[kSerialTagSize])); CheckReply(kind_, reply)) {
+      const std::size_t size = reply.size();
+      DropFront(tag);
       block_.resize(size);
       return State::kPassed;
+    } else {
+      wrong = true;
     }
-    wrong_reply = true;  // unless it was the stump of an older one, with the true reply behind it
   }
-  if (wrong_reply) {
-    return EndsWithinTag() ? State::kIncomplete : State::kFailed;
+  if (wrong && !incomplete) {
+    return State::kFailed;
   }
   if (block_.size() > kMaxReplyBlock) {
     DropFront(block_.size() - kMaxReplyBlock);
