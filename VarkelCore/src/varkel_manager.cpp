@@ -6,7 +6,8 @@
 #include <exception>
 #include <functional>
 #include <iostream>
-#include <limits>
+#include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -14,11 +15,14 @@
 
 #include "VarkelCore/src/command_console.h"
 #include "VarkelCore/src/connection_settings.h"
+#include "VarkelCore/src/either_link.h"
 #include "VarkelCore/src/event_queue.h"
 #include "VarkelCore/src/firmware_upgrade.h"
 #include "VarkelCore/src/fov_table.h"
 #include "VarkelCore/src/lidar_connection.h"
 #include "VarkelCore/src/log_download.h"
+#include "VarkelCore/src/marvo_package.h"
+#include "VarkelCore/src/marvo_upgrade.h"
 #include "VarkelCore/src/model_selection.h"
 #include "VarkelCore/src/named_command.h"
 #include "VarkelCore/src/page_description.h"
@@ -29,6 +33,9 @@
 #include "VarkelCore/src/pending_edits.h"
 #include "VarkelCore/src/range_check.h"
 #include "VarkelCore/src/sensor_restart.h"
+#include "VarkelCore/src/serial_connection.h"
+#include "VarkelCore/src/small_sensor.h"
+#include "VarkelCore/src/small_sensor_info.h"
 #include "VarkelCore/src/table_check.h"
 #include "VarkelCore/src/user_report.h"
 #include "VarkelCore/src/value_editor.h"
@@ -54,6 +61,63 @@ std::vector<std::string> CaseForms(const QString& name) {
     if (i == 0 || capitalised[i - 1].isSpace()) capitalised[i] = capitalised[i].toUpper();
   }
   return {capitalised.toStdString(), name.toLower().toStdString()};
+}
+
+QVariantList TextList(const std::vector<std::string>& texts) {
+  QVariantList list;
+  for (const std::string& text : texts) list.append(Text(text));
+  return list;
+}
+
+QVariantList RowMaps(const std::vector<varkel::InfoRow>& rows) {
+  QVariantList maps;
+  for (const varkel::InfoRow& row : rows) {
+    maps.append(
+        QVariantMap{{QStringLiteral("label"), Text(row.label)}, {QStringLiteral("value"), Text(row.value)}});
+  }
+  return maps;
+}
+
+/// A whole file; nothing when it can't be opened.
+std::optional<std::vector<std::uint8_t>> ReadPackage(const QUrl& file_url) {
+  QFile file(file_url.toLocalFile());
+  if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+  const QByteArray content = file.readAll();
+  return std::vector<std::uint8_t>(content.begin(), content.end());
+}
+
+using BackgroundCall = std::function<QVariant(VarkelManager&, const QVariantList&)>;
+
+/// The small sensors' functions that may run on a worker, by name.
+const std::map<QString, BackgroundCall>& BackgroundCalls() {
+  static const auto done = [](auto&& call) {
+    call();
+    return QVariant(true);
+  };
+  static const std::map<QString, BackgroundCall> calls = {
+      {QStringLiteral("ZeltoSetStandby"),
+       [](auto& m, auto& a) { return done([&] { m.ZeltoSetStandby(a.value(0).toInt()); }); }},
+      {QStringLiteral("ZeltoSetSpinRate"),
+       [](auto& m, auto& a) { return done([&] { m.ZeltoSetSpinRate(a.value(0).toInt()); }); }},
+      {QStringLiteral("ZeltoSetReturnMode"),
+       [](auto& m, auto& a) { return done([&] { m.ZeltoSetReturnMode(a.value(0).toInt()); }); }},
+      {QStringLiteral("ZeltoSetBaudRateFromUI"),
+       [](auto& m, auto& a) { return done([&] { m.ZeltoSetBaudRateFromUI(a.value(0).toString()); }); }},
+      {QStringLiteral("MarvoSetIMURange"),
+       [](auto& m, auto& a) {
+         return done([&] { m.MarvoSetIMURange(a.value(0).toInt(), a.value(1).toInt()); });
+       }},
+      {QStringLiteral("ZeltoGetCorrection"),
+       [](auto& m, auto& a) { return QVariant(m.ZeltoGetCorrection(a.value(0).toString())); }},
+      {QStringLiteral("ZeltoGetLidarFunctionSafety"),
+       [](auto& m, auto&) { return QVariant(m.ZeltoGetLidarFunctionSafety()); }},
+      {QStringLiteral("ZeltoGetBaudRate"), [](auto& m, auto&) { return QVariant(m.ZeltoGetBaudRate()); }},
+      {QStringLiteral("ZeltoGetDestinationConfig"),
+       [](auto& m, auto& a) { return QVariant(m.ZeltoGetDestinationConfig(a.value(0).toBool())); }},
+      {QStringLiteral("ZeltoSetDestinationIPandPort"), [](auto& m, auto& a) {
+         return QVariant(m.ZeltoSetDestinationIPandPort(a.value(0).toString(), a.value(1).toInt()));
+       }}};
+  return calls;
 }
 
 }  // namespace
@@ -94,8 +158,10 @@ struct VarkelManager::Private : varkel::UserReport {
   /// The value of the first variable on the pages with that name.
   QString PageValue(const std::string& var_name) const;
   void SetSerialNumberUnknown();
-  void StopNetwork();
-  void NotAvailable(const QString& what);
+  void EndConnections();
+  bool CanUpgradeSmallSensor() const;
+  void UpgradeSmallSensor(const std::stop_token& stop, const std::vector<std::uint8_t>& package);
+  std::optional<varkel::CommandConsole::Road> ConsoleRoad();
 
   VarkelManager* const face;
 
@@ -119,18 +185,34 @@ struct VarkelManager::Private : varkel::UserReport {
   varkel::FovTable fov;
   varkel::EventQueue events;
   varkel::LidarConnection connection;
+  varkel::SerialConnection serial;
+  varkel::EitherLink link{connection, serial};
+  varkel::SmallSensor small{
+      *this,
+      link,
+      {[this] { return upgrade.is_upgrading(); }, [this] { return connect_type.load(); },
+       [this](int type) { connect_type = type; }}};
+  varkel::MarvoUpgrade marvo{*this, link};
+  std::atomic<int> upgrade_mode = 0;
   const varkel::PageReader reader;
   const varkel::ValueEditor editor{edits, *this};
   const varkel::PageWriter writer{{reader, edits, fov, *this}};
   varkel::CommandConsole console{*this};
   const varkel::LogDownload logs{*this, [this](bool running) { SetDownloading(running); }};
   varkel::FirmwareUpgrade upgrade{
-      *this, {[this] { Emit(&VarkelManager::isUpgradingChanged); }, [this] { return RestartNow(); }}};
+      *this,
+      {[this] { Emit(&VarkelManager::isUpgradingChanged); }, [this] { return RestartNow(); },
+       [this] { events.Post([this] { face->Stop(); }); }}};
   int works_running = 0;  ///< the user interface's thread only
 
   // Threads, last: they use everything above.
   varkel::WorkerThreads workers;
   varkel::PageRefresher refresher;
+  varkel::SmallSensorInfo info{
+      *this,
+      link,
+      {[this] { return upgrade.is_upgrading(); }, [this] { Emit(&VarkelManager::zeltoLidarInfoChanged); },
+       [this] { Emit(&VarkelManager::isGetPBLVersionChanged); }}};
   varkel::PageReadQueue page_reads;
   std::atomic<bool> checking = false;
 };
@@ -145,6 +227,8 @@ VarkelManager::Private::Private(VarkelManager* face_in, bool flag, std::string c
                            Emit(&VarkelManager::myMapChanged);
                            Emit(&VarkelManager::isConnectedChanged);
                          }}),
+      serial(*this, {[this] { info.Start(); }, [this] { info.ReadMarvoVersions(); },
+                     [this] { Emit(&VarkelManager::isConnectedChanged); }}),
       reader({*this, edits, fov, [this] { Emit(&VarkelManager::fovConfigChanged); }}),
       refresher([this](const std::stop_token& stop) { RefreshRound(stop); }),
       page_reads(
@@ -238,11 +322,57 @@ void VarkelManager::Private::SetSerialNumberUnknown() {
   }
 }
 
-void VarkelManager::Private::StopNetwork() {
-  connection.Interrupt();  // whoever waits for the sensor returns, so that the join is short
+/// Ends whatever connection stands: a host may have selected another kind of model meanwhile.
+void VarkelManager::Private::EndConnections() {
+  connection.Interrupt();  // whoever waits for the sensor returns, so that the joins are short
+  serial.Interrupt();
   refresher.Stop();
-  SetSerialNumberUnknown();
+  info.Stop();
+  if (connect_type != varkel::kSerialLines) SetSerialNumberUnknown();
+  info.Reset();
   connection.Drop();
+  serial.Drop();
+}
+
+bool VarkelManager::Private::CanUpgradeSmallSensor() const {
+  const bool over_lines = connect_type == varkel::kSerialLines && link.LineExchange();
+  const bool over_ktc = connect_type == varkel::kKtcToSmallSensor && link.KtcExchange();
+  return link.is_connected() && !upgrade.is_upgrading() && (over_lines || over_ktc);
+}
+
+void VarkelManager::Private::UpgradeSmallSensor(const std::stop_token& stop,
+                                                const std::vector<std::uint8_t>& package) {
+  static constexpr int kJunctionBox = 2;
+  static constexpr char kJunctionBoxCommand[] = "0x83";
+  const bool over_ktc = connect_type == varkel::kKtcToSmallSensor;
+  if (over_ktc && upgrade_mode == kJunctionBox) {
+    if (const auto client = serial.ktc_client()) {
+      upgrade.SendOverNetwork(stop, *client, package, kJunctionBoxCommand);
+    } else {
+      upgrade.Run().end();
+    }
+    return;
+  }
+  const auto exchange = over_ktc ? link.KtcExchange() : link.LineExchange();
+  if (!exchange) {
+    upgrade.Run().end();
+    return;
+  }
+  varkel::SendOverSerial(stop, *exchange, package, upgrade_mode, *this, upgrade.Run());
+}
+
+std::optional<varkel::CommandConsole::Road> VarkelManager::Private::ConsoleRoad() {
+  if (connect_type == varkel::kNetwork) {
+    auto client = IdleClient();
+    return client ? std::optional(varkel::CommandConsole::OverKtc(std::move(client))) : std::nullopt;
+  }
+  const bool over_ktc = connect_type == varkel::kKtcToSmallSensor;
+  auto exchange = over_ktc ? link.KtcExchange() : link.LineExchange();
+  if (!link.is_connected() || upgrade.is_upgrading() || !exchange) {
+    Error("lidar is not connected, or lidar is upgrade");
+    return std::nullopt;
+  }
+  return varkel::CommandConsole::OverSerial(std::move(exchange), over_ktc);
 }
 
 std::shared_ptr<quarn::lidar::KtcClient> VarkelManager::Private::IdleClient() const {
@@ -278,10 +408,10 @@ void VarkelManager::Private::Write(quarn::lidar::KtcClient& client, int module) 
 void VarkelManager::Private::Send(const std::string& command, const std::string& payload) {
   static constexpr std::uint8_t kRestartCommand = 0x10;
   static constexpr std::uint8_t kResetCommand = 0x25;
-  const auto client = IdleClient();
-  if (!client) return;
+  const auto road = ConsoleRoad();
+  if (!road) return;
   std::uint8_t code = 0;
-  const auto outcome = console.Send(*client, command, payload, code);
+  const auto outcome = console.Send(*road, command, payload, code);
   if (outcome == varkel::CommandConsole::Outcome::kRefused) return;
   Emit(&VarkelManager::sendCommandHistoryChanged);
   if (outcome != varkel::CommandConsole::Outcome::kSent) return;
@@ -382,10 +512,6 @@ void VarkelManager::Private::ReportConversion(const std::function<void()>& opera
   }
 }
 
-void VarkelManager::Private::NotAvailable(const QString& what) {
-  face->setErrorMsg(what + QStringLiteral(" is not available yet"));
-}
-
 // Life
 
 VarkelManager* VarkelManager::GetInstance(bool flag, const std::string& config_path) {
@@ -402,8 +528,10 @@ VarkelManager::~VarkelManager() {
   d_->events.Close();
   d_->workers.RequestStop();
   d_->connection.Interrupt();
+  d_->serial.Interrupt();
   d_->workers.StopAndJoin();
   d_->refresher.Stop();
+  d_->info.Stop();
 }
 
 void VarkelManager::SetVMNowName(const QString& name) {
@@ -470,6 +598,7 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   d_->connect_type = varkel::ConnectTypeOf(model);
   const std::string fault = d_->selection.Select(model);
   d_->edits.Clear();
+  d_->info.SetModel(model);
   emit zeltoLidarInfoChanged();
   emit connectTypeChanged();
   emit lidarClearModel();
@@ -524,13 +653,20 @@ int VarkelManager::connectType() const {
 // Connection
 
 bool VarkelManager::ConnectLidar() {
-  if (d_->connection.is_connecting()) return false;
-  if (d_->connect_type != varkel::kNetwork) {
-    d_->NotAvailable(QStringLiteral("The connection to a small serial sensor"));
-    return false;
-  }
-  d_->workers.Start(
-      [this, settings = d_->settings](const std::stop_token& stop) { d_->connection.Init(stop, settings); });
+  if (GetIsConnectingLidar()) return false;
+  d_->workers.Start([this, settings = d_->settings, type = d_->connect_type.load(),
+                     model = d_->selection.model_name()](const std::stop_token& stop) {
+    switch (type) {
+      case varkel::kSerialLines:
+        d_->serial.InitSerial(stop, settings);
+        break;
+      case varkel::kKtcToSmallSensor:
+        d_->serial.InitKtcForSerial(stop, settings, model);
+        break;
+      default:
+        d_->connection.Init(stop, settings);
+    }
+  });
   d_->settings_file.Save(d_->settings);
   return true;
 }
@@ -542,7 +678,7 @@ bool VarkelManager::CheckLidarConnection() {
 void VarkelManager::CheckConnectionInBackground() {
   if (d_->checking.exchange(true)) return;
   d_->workers.Start([this](const std::stop_token&) {
-    const bool alive = d_->connection.CheckLidarConnection();
+    const bool alive = CheckLidarConnection();
     d_->events.Post([this, alive] {
       d_->checking = false;
       emit connectionCheckFinished(alive);
@@ -551,26 +687,28 @@ void VarkelManager::CheckConnectionInBackground() {
 }
 
 void VarkelManager::Stop() {
-  if (d_->connect_type != varkel::kNetwork) {
-    emit sendLogMessage(QStringLiteral("connect type is not support"), QStringLiteral("INFO"));
-    return;
-  }
-  d_->StopNetwork();
-  d_->edits.Clear();
+  const bool network = d_->connect_type == varkel::kNetwork;
+  d_->EndConnections();
+  if (network) d_->edits.Clear();
   emit isConnectedChanged();
-  emit myMapChanged();
-  d_->fov.ResetOnDisconnect();
+  if (network) {
+    emit myMapChanged();
+    d_->fov.ResetOnDisconnect();
+  } else {
+    emit zeltoLidarInfoChanged();
+  }
   emit sendLogMessage(QStringLiteral("Lidar disconnected"), QStringLiteral("INFO"));
 }
 
 bool VarkelManager::GetIsConnectingLidar() {
-  return d_->connection.is_connecting();
+  return d_->connection.is_connecting() || d_->serial.is_connecting();
 }
 bool VarkelManager::IsConnected() const {
-  return d_->connection.is_connected();
+  return d_->link.is_connected();
 }
 void VarkelManager::SetLogBytesFlowStatus(bool flag) {
   d_->connection.set_log_bytes(flag);
+  d_->serial.set_log_bytes(flag);
 }
 
 void VarkelManager::StartGetConfigFile() {
@@ -819,28 +957,50 @@ int VarkelManager::UpgradeLidar(const QUrl& fileUrl, int level1, int level2, int
   const auto client = d_->connection.client();
   const auto catalogue = d_->selection.catalogue();
   if (!client || !client->IsOpen() || d_->IsBusy() || !catalogue) return -1;
-  QFile file(fileUrl.toLocalFile());
-  if (!file.open(QIODevice::ReadOnly)) return 0;
+  auto package = ReadPackage(fileUrl);
+  if (!package) return 0;
   const VarInfo* var = varkel::VariableAt(*catalogue, level1, level2, level3);
   const std::string command = var == nullptr ? std::string() : varkel::UpgradeCommandText(*var);
   if (command.empty()) return 0;
-  const QByteArray content = file.readAll();
-  std::vector<std::uint8_t> package(content.begin(), content.end());
-  if (!d_->upgrade.Begin(package.size())) return -1;
-  d_->workers.Start([this, client, package = std::move(package), command](const std::stop_token& stop) {
-    d_->upgrade.SendOverNetwork(stop, *client, package, command);
+  if (!d_->upgrade.Begin(package->size())) return -1;
+  d_->workers.Start([this, client, bytes = std::move(*package), command](const std::stop_token& stop) {
+    d_->upgrade.SendOverNetwork(stop, *client, bytes, command);
   });
   return 0;
 }
 
-int VarkelManager::ZeltoUpgradeLidar(const QUrl&) {
-  d_->NotAvailable(QStringLiteral("The upgrade of this sensor"));
-  return -1;
+int VarkelManager::ZeltoUpgradeLidar(const QUrl& fileUrl) {
+  if (!d_->CanUpgradeSmallSensor()) {
+    setErrorMsg(QStringLiteral("lidar is not connected, or lidar is upgrade"));
+    return -1;
+  }
+  auto package = ReadPackage(fileUrl);
+  if (!package) return 0;
+  if (!d_->upgrade.Begin(package->size())) return -1;
+  d_->workers.Start([this, bytes = std::move(*package)](const std::stop_token& stop) {
+    d_->UpgradeSmallSensor(stop, bytes);
+  });
+  return 0;
 }
-int VarkelManager::MarvoUpgradeLidar(const QUrl&) {
-  d_->NotAvailable(QStringLiteral("The upgrade of this sensor"));
-  return -1;
+
+int VarkelManager::MarvoUpgradeLidar(const QUrl& fileUrl) {
+  if (!d_->CanUpgradeSmallSensor() || d_->connect_type != varkel::kKtcToSmallSensor) {
+    setErrorMsg(QStringLiteral("lidar is not connected, or lidar is upgrading"));
+    return -1;
+  }
+  auto package = ReadPackage(fileUrl);
+  if (!package || package->size() < varkel::kMarvoHeaderSize) {
+    setErrorMsg(package ? QStringLiteral("Upgrade package too small")
+                        : QStringLiteral("Failed to open upgrade file"));
+    return -1;
+  }
+  if (!d_->upgrade.Begin(package->size())) return -1;
+  d_->workers.Start([this, bytes = std::move(*package)](const std::stop_token& stop) {
+    d_->marvo.Run(stop, bytes, d_->upgrade.Run());
+  });
+  return 0;
 }
+
 bool VarkelManager::IsUpgrading() const {
   return d_->upgrade.is_upgrading();
 }
@@ -854,49 +1014,56 @@ int VarkelManager::upgradeProgressTotalLen() const {
 // Small serial sensors
 
 QVariantList VarkelManager::ZeltoLidarInfo() const {
-  return {};
+  return RowMaps(d_->info.Info());
 }
 QVariantList VarkelManager::ZeltoLidarVersionInfo() const {
-  return {};
+  return RowMaps(d_->info.Versions());
 }
 bool VarkelManager::isGetPBLVersion() const {
-  return false;
+  return d_->info.is_getting_pbl_version();
 }
-void VarkelManager::ZeltoSetStandby(int) {
-  d_->NotAvailable(QStringLiteral("Standby"));
+
+void VarkelManager::ZeltoSetStandby(int standby) {
+  d_->small.SetStandby(standby);
 }
-void VarkelManager::ZeltoSetSpinRate(int) {
-  d_->NotAvailable(QStringLiteral("The spin rate"));
+void VarkelManager::ZeltoSetSpinRate(int rate) {
+  d_->small.SetSpinRate(rate);
 }
-void VarkelManager::ZeltoSetReturnMode(int) {
-  d_->NotAvailable(QStringLiteral("The return mode"));
+void VarkelManager::ZeltoSetReturnMode(int mode) {
+  d_->small.SetReturnMode(mode);
 }
-int VarkelManager::ZeltoGetCorrection(const QString&) {
-  d_->NotAvailable(QStringLiteral("The calibration file"));
-  return -1;
+int VarkelManager::ZeltoGetCorrection(const QString& path) {
+  return d_->small.GetCorrection(path.toStdString());
 }
 QVariantList VarkelManager::ZeltoGetLidarFunctionSafety() {
-  d_->NotAvailable(QStringLiteral("Function safety"));
-  return {};
+  return TextList(d_->small.GetLidarFunctionSafety());
 }
 QString VarkelManager::ZeltoGetBaudRate() {
-  d_->NotAvailable(QStringLiteral("The baud rate"));
-  return {};
+  return Text(d_->small.GetBaudRate());
 }
-void VarkelManager::ZeltoSetBaudRateFromUI(const QString&) {
-  d_->NotAvailable(QStringLiteral("The baud rate"));
+void VarkelManager::ZeltoSetBaudRateFromUI(const QString& baudRateStr) {
+  d_->small.SetBaudRate(baudRateStr.toStdString());
 }
 QVariantList VarkelManager::ZeltoGetDestinationConfig(bool silent) {
-  if (!silent) d_->NotAvailable(QStringLiteral("The destination"));
-  return {};
+  return TextList(d_->small.GetDestinationConfig(silent));
 }
-bool VarkelManager::ZeltoSetDestinationIPandPort(const QString&, int) {
-  d_->NotAvailable(QStringLiteral("The destination"));
-  return false;
+bool VarkelManager::ZeltoSetDestinationIPandPort(const QString& ip, int port) {
+  return d_->small.SetDestinationIPandPort(ip.toStdString(), port);
 }
-void VarkelManager::ZeltoSetUpgradeMode(int) {
-  d_->NotAvailable(QStringLiteral("The upgrade mode"));
+void VarkelManager::ZeltoSetUpgradeMode(int mode) {
+  d_->upgrade_mode = mode;
 }
-void VarkelManager::MarvoSetIMURange(int, int) {
-  d_->NotAvailable(QStringLiteral("The IMU range"));
+void VarkelManager::MarvoSetIMURange(int angularRangeIndex, int accelRangeIndex) {
+  d_->small.SetImuRange(angularRangeIndex, accelRangeIndex);
+}
+
+void VarkelManager::CallInBackground(const QString& operation, const QVariantList& arguments) {
+  const auto found = BackgroundCalls().find(operation);
+  if (found == BackgroundCalls().end()) {
+    emit callFinished(operation, {});
+    return;
+  }
+  auto result = std::make_shared<QVariant>();
+  d_->InBackground([this, call = found->second, arguments, result] { *result = call(*this, arguments); },
+                   [this, operation, result] { emit callFinished(operation, *result); });
 }
