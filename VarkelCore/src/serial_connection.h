@@ -34,8 +34,8 @@ class SerialConnection : public SmallSensorLink {
   SerialConnection(const SerialConnection&) = delete;
   SerialConnection& operator=(const SerialConnection&) = delete;
 
-  /// One attempt over the two serial lines, on a worker's thread. Success and failure are reported; a stop ends
-  /// it without a word.
+  /// One attempt over the two serial lines, on a worker's thread. Success and failure are reported; a stop
+  /// ends it without a word.
   bool InitSerial(const std::stop_token& stop, const ConnectionSettings& settings);
 
   /// One attempt over KTC, on a worker's thread; the sensor's serial line is put to the settings' baud rate.
