@@ -53,8 +53,8 @@ int ReadDestination(SmallSensorLink& link, bool silent, Destination& destination
 
 int WriteDestination(SmallSensorLink& link, const std::string& ip, int port) {
   auto payload = ReadAddress(ip);
-  if (!payload || port < 0 || port > std::numeric_limits<std::uint16_t>::max())
-    return SerialExchange::kNotSent;
+  const bool is_port = port >= 0 && port <= std::numeric_limits<std::uint16_t>::max();
+  if (!payload || !is_port) return SerialExchange::kNotSent;
   payload->resize(kAddressSize + sizeof(std::uint16_t));
   quarn::lidar::StoreBigEndian(*payload, kAddressSize, static_cast<std::uint16_t>(port));
   std::vector<std::uint8_t> reply;

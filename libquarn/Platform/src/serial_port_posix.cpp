@@ -145,7 +145,7 @@ int SerialPort::Read(std::span<std::uint8_t> buffer) {
       return filled > 0 ? static_cast<int>(filled) : Fail();  // what came before the break still counts
     }
     const std::int64_t left_us =
-        std::min<std::int64_t>(MicrosecondsUntil(deadline), kSerialReadIntervalMs * 1000);
+        std::min(MicrosecondsUntil(deadline), std::int64_t{kSerialReadIntervalMs} * 1000);
     const int ready = left_us > 0 ? native_->Wait(POLLIN, left_us) : 0;
     if (ready < 0) {
       return Fail();
