@@ -263,7 +263,7 @@ int VarkelManager::Private::RestartNow() {
   const auto client = IdleClient();
   const auto catalogue = selection.catalogue();
   if (!client || !catalogue) return -1;
-  const varkel::LidarConnection::Quiet quiet(connection);
+  const varkel::ByteLog::Quiet quiet(connection.byte_log());
   const int code = varkel::RestartSensor(*catalogue, *client, *this);
   if (code == 0) events.Post([this] { face->Stop(); });
   return code;
@@ -273,7 +273,7 @@ int VarkelManager::Private::ResetNow() {
   const auto client = IdleClient();
   const auto catalogue = selection.catalogue();
   if (!client || !catalogue) return -1;
-  const varkel::LidarConnection::Quiet quiet(connection);
+  const varkel::ByteLog::Quiet quiet(connection.byte_log());
   return varkel::ResetSensor(*catalogue, *client, *this);
 }
 

@@ -1,6 +1,6 @@
 #include "VarkelCore/src/either_link.h"
 
-#include <optional>
+#include "VarkelCore/src/ktc_connect.h"
 
 namespace varkel {
 
@@ -15,11 +15,8 @@ int EitherLink::QueryKtc(std::uint8_t command, std::span<const std::uint8_t> pay
   if (serial_.ktc_client()) return serial_.QueryKtc(command, payload, reply, silent);
   const auto client = network_.usable_client();
   if (!client) return quarn::lidar::SerialExchange::kNotSent;
-  std::optional<LidarConnection::Quiet> quiet;
-  if (silent) quiet.emplace(network_);
-  const int result = client->QueryCommand(payload, reply, command);
-  const int code = client->LastReturnCode();
-  return result != 0 && code != 0 ? code : result;
+  const auto quiet = silent ? std::make_unique<ByteLog::Quiet>(network_.byte_log()) : nullptr;
+  return QueryForCode(*client, command, payload, reply);
 }
 
 }  // namespace varkel

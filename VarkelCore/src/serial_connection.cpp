@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "VarkelCore/src/ktc_connect.h"
 #include "VarkelCore/src/model_selection.h"
 #include "VarkelCore/src/worker_threads.h"
 #include "libquarn/Platform/src/text_number.h"
@@ -25,24 +26,7 @@ constexpr std::uint32_t kRs485CommandRate = 115200;
 constexpr std::uint32_t kUartCommandRate = 9600;
 constexpr std::uint32_t kUartDataRate = 3125000;
 
-constexpr std::uint32_t kPlainTcp = 0;
-constexpr std::uint8_t kProtocolVersion = 1;
 constexpr std::uint32_t kExchangeTimeoutMs = 5000;
-constexpr float kConnectTimeoutS = 0.0F;  // one try
-/// A sensor in the same network accepts within this time; there is no second chance.
-constexpr std::chrono::milliseconds kAcceptTime{200};
-constexpr std::array<std::uint8_t, 2> kProbeCommands = {7, 8};
-
-class Count {
- public:
-  explicit Count(std::atomic<int>& count) : count_(count) { ++count_; }
-  ~Count() { --count_; }
-  Count(const Count&) = delete;
-  Count& operator=(const Count&) = delete;
-
- private:
-  std::atomic<int>& count_;
-};
 
 }  // namespace
 
@@ -73,7 +57,7 @@ bool SerialConnection::InitSerial(const std::stop_token& stop, const ConnectionS
   }
   const auto client = std::make_shared<SerialClient>(uart, rs485);
   client->SetLogCallback([this](const std::string& line) { report_.Bytes(line); },
-                         [this] { return IsByteLogWanted(); });
+                         [this] { return byte_log_.IsWanted(); });
   {
     const std::lock_guard lock(mutex_);
     rs485_ = rs485;
@@ -132,7 +116,8 @@ bool SerialConnection::CheckLidarConnection() {
   }
   if (rs485 && uart) return rs485->IsOpened() && uart->IsOpened();
   const auto client = ktc_client();
-  return client && client->IsOpen() && Probe(*client);
+  const ByteLog::Quiet quiet(byte_log_);
+  return client && client->IsOpen() && AnswersKtc(*client);
 }
 
 void SerialConnection::Interrupt() {
@@ -190,19 +175,13 @@ int SerialConnection::QueryKtc(std::uint8_t command, std::span<const std::uint8_
                                std::vector<std::uint8_t>& reply, bool silent) {
   const auto client = ktc_client();
   if (!client) return SerialExchange::kNotSent;
-  const auto quiet = silent ? std::make_unique<Count>(quiet_) : nullptr;
-  const int result = client->QueryCommand(payload, reply, command);
-  if (result == 0) return 0;
-  const int code = client->LastReturnCode();
-  return code != 0 ? code : result;
+  const auto quiet = silent ? std::make_unique<ByteLog::Quiet>(byte_log_) : nullptr;
+  return QueryForCode(*client, command, payload, reply);
 }
 
 std::shared_ptr<quarn::lidar::KtcClient> SerialConnection::OpenClient(const std::stop_token& stop,
                                                                       const ConnectionSettings& settings) {
-  const auto port = static_cast<std::uint16_t>(quarn::lidar::TextToInt(settings.port));
-  auto client =
-      std::make_shared<KtcClient>(settings.ip_address, port, false, kPlainTcp, kProtocolVersion, "", "", "",
-                                  kExchangeTimeoutMs, kExchangeTimeoutMs, kConnectTimeoutS, std::uint16_t{0});
+  auto client = MakeKtcClient(settings, kExchangeTimeoutMs);
   {
     const std::lock_guard lock(mutex_);
     ktc_client_ = client;
@@ -212,22 +191,12 @@ std::shared_ptr<quarn::lidar::KtcClient> SerialConnection::OpenClient(const std:
   return client;
 }
 
-bool SerialConnection::Probe(KtcClient& client) {
-  const Count quiet(quiet_);
-  std::vector<std::uint8_t> reply;
-  bool answered = false;
-  for (const std::uint8_t command : kProbeCommands) {
-    answered = answered || client.QueryCommand({}, reply, command) == 0;
-  }
-  return answered;
-}
-
 /// Whether the sensor takes the rate shows later, when it answers or not.
 void SerialConnection::SetLineRate(KtcClient& client, const ConnectionSettings& settings) {
   const auto baud_rate = static_cast<std::uint32_t>(settings.baud_rate);
   client.SetSerialFastBaudRate(baud_rate);
   client.SetLogCallback([this](const std::string& line) { report_.Bytes(line); },
-                        [this] { return IsByteLogWanted(); });
+                        [this] { return byte_log_.IsWanted(); });
   std::vector<std::uint8_t> reply;
   client.QueryCommand(quarn::lidar::SetBaudRatePayload(baud_rate), reply, quarn::lidar::kKtcExtensionCmd);
 }

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "VarkelCore/src/byte_log.h"
 #include "VarkelCore/src/connection_settings.h"
 #include "VarkelCore/src/small_sensor_link.h"
 #include "VarkelCore/src/user_report.h"
@@ -55,7 +56,7 @@ class SerialConnection : public SmallSensorLink {
   bool is_connected() const override { return connected_; }
   bool is_connecting() const { return connecting_; }
   /// Whether the bytes of commands go to the log pane.
-  void set_log_bytes(bool on) { log_bytes_ = on; }
+  void set_log_bytes(bool on) { byte_log_.set_on(on); }
 
   std::shared_ptr<quarn::lidar::SerialExchange> KtcExchange() const override;
   std::shared_ptr<quarn::lidar::SerialExchange> LineExchange() const override;
@@ -70,18 +71,15 @@ class SerialConnection : public SmallSensorLink {
   using SerialSource = quarn::lidar::SerialSource;
 
   std::shared_ptr<KtcClient> OpenClient(const std::stop_token& stop, const ConnectionSettings& settings);
-  bool Probe(KtcClient& client);
   void SetLineRate(KtcClient& client, const ConnectionSettings& settings);
   bool FailLine(const char* notice, const char* log_line);
   void FailKtc(const std::string& reason);
-  bool IsByteLogWanted() const { return log_bytes_ && quiet_ == 0; }
 
   UserReport& report_;
   const Events events_;
   std::atomic<bool> connected_ = false;
   std::atomic<bool> connecting_ = false;
-  std::atomic<bool> log_bytes_ = false;
-  std::atomic<int> quiet_ = 0;  ///< operations that stay out of the byte log
+  ByteLog byte_log_;
 
   mutable std::mutex mutex_;  // guards what follows
   std::shared_ptr<KtcClient> ktc_client_;
