@@ -84,7 +84,7 @@ VarkelManager::~VarkelManager() {
 }
 
 void VarkelManager::SetVMNowName(const QString& name) {
-  if (name.isEmpty() || !LidarModelList().contains(name)) return;
+  if (name.isEmpty() || !(LidarModelList().contains(name) || varkel::IsHostModel(name.toStdString()))) return;
   InitConfigFileParser(name);
   d_->vm_now_name = name.toStdString();
   emit lidarModelListChanged();
