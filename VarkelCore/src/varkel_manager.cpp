@@ -157,8 +157,9 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
     d_->Log(fault, "ERROR");
     d_->Error(fault);
   }
-  for (const std::string& finding : varkel::CheckSetPayloads(*d_->selection.catalogue())) {
-    d_->Log("The model table of " + model + " puts fields at wrong places: " + finding, "WARNING");
+  const std::string misplaced = "The model table of " + model + " puts fields at wrong places: ";
+  for (std::string& finding : varkel::CheckSetPayloads(*d_->selection.catalogue())) {
+    d_->Log(finding.insert(0, misplaced), "WARNING");
   }
 }
 
