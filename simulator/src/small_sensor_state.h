@@ -23,7 +23,7 @@ struct SmallSensorItems {
   std::uint8_t angular_range = 0;   ///< codes of the IMU range
   std::uint8_t accel_range = 0;
   std::uint8_t safety_state = 0;  ///< 0 normal, 1 warning, 2 shutdown
-  std::vector<std::uint16_t> fault_codes{};
+  std::vector<std::uint16_t> fault_codes{};  ///< at most 126, for the same reason as the correction
   std::string serial_number = "ZE1A2407B0031";
   std::map<std::uint8_t, std::string> versions = {
       {kBmbFpga, "1.4.2.0"}, {kTmbFpga, "1.1.7.3"}, {kBmbMcu, "2.0.6.0"}, {kPbl, "1.0.3.0"}};
@@ -31,7 +31,7 @@ struct SmallSensorItems {
   quarn::lidar::Partition partition = quarn::lidar::Partition::kA;              ///< that it runs from
   bool ready_for_firmware = false;                                              ///< takes components
 
-  static constexpr std::size_t kMostCorrection = 250;  ///< more than that a reply's length byte can't count
+  static constexpr std::size_t kMostCorrection = 251;  ///< more than that a reply's length byte can't count
 };
 
 /// The same behind a lock. Thread-safe.
