@@ -118,7 +118,8 @@ void RunUntilSignal(SimulatedSmallSensor& sensor) {
 }
 
 int Run(int argc, char** argv) {
-  CLI::App app("A simulated lidar sensor on a TCP port or, for the model Zelto, on two serial lines", "varkel-sim");
+  CLI::App app("A simulated lidar sensor on a TCP port or, for the model Zelto, on two serial lines",
+               "varkel-sim");
   SensorOptions options;
   SmallSensorOptions lines;
   options.port = 9347;
@@ -135,7 +136,8 @@ int Run(int argc, char** argv) {
   app.add_option(
          "--misbehave", options.misbehaviours,
          "COMMAND=KIND[:ARGUMENT][#N], e.g. 0x07=silence or 0x12=late:1500; kinds: late, split, noise, "
-         "wrong-echo, error, lying-length, silence, close. A small sensor's frames are ldcmd:ITEM (or ldcmd-get:, "
+         "wrong-echo, error, lying-length, silence, close. A small sensor's frames are ldcmd:ITEM (or "
+         "ldcmd-get:, "
          "ldcmd-set:) and ota:TYPE, e.g. ota:2=error:7#3. Repeatable")
       ->allow_extra_args(false);
   app.add_option("--restart-time", restart_time_ms, "Milliseconds for which a restart refuses connections")

@@ -119,7 +119,8 @@ Misbehaviours::Rule Misbehaviours::Parse(const std::string& text) {
   if (command != "*") {
     rule.command = KeyOfRule(command);
     if (!rule.command) {
-      Refuse(text, "names a command that is no number, nor one behind ldcmd:, ldcmd-get:, ldcmd-set: or ota:");
+      Refuse(text,
+             "names a command that is no number, nor one behind ldcmd:, ldcmd-get:, ldcmd-set: or ota:");
     }
   }
   if (argument.has_value() ? info.argument == Argument::kNone : info.argument == Argument::kRequired) {

@@ -48,11 +48,11 @@ SerialAnswer AnswerSerialRequest(const SerialRequest& request, Carriage carriage
   if (parts.watcher) parts.watcher(request);
   SerialAnswer answer;
   const CommandKey key = KeyOfRequest(request);
-  answer.plan = carriage == Carriage::kLine ? parts.misbehaviours.Next(key)
-                                            : parts.misbehaviours.NextCarried(key);
+  answer.plan =
+      carriage == Carriage::kLine ? parts.misbehaviours.Next(key) : parts.misbehaviours.NextCarried(key);
   const ReplyPlan& plan = answer.plan;
-  const SerialReply reply = plan.error ? SmallSensorHandler::Refuse(request, *plan.error)
-                                       : parts.device.handler.Handle(request);
+  const SerialReply reply =
+      plan.error ? SmallSensorHandler::Refuse(request, *plan.error) : parts.device.handler.Handle(request);
   Bytes frame = quarn::lidar::EncodeReplyFrame(reply.kind, plan.echo.value_or(reply.code), reply.contents,
                                                quarn::lidar::FreshNonce());
   if (plan.length_lie != 0) Lie(frame, reply.kind, plan.length_lie);

@@ -14,8 +14,8 @@
 
 namespace varkel::sim {
 
-/// A small sensor's two lines, served from construction to destruction: a thread that answers what comes on the
-/// UART line, and one that sends point-cloud data on the RS485 line.
+/// A small sensor's two lines, served from construction to destruction: a thread that answers what comes on
+/// the UART line, and one that sends point-cloud data on the RS485 line.
 class SerialSensor {
  public:
   using Line = quarn::platform::PseudoTerminal;

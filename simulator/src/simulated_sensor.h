@@ -40,10 +40,10 @@ struct SensorOptions {
 /// names ("VARKEL-SIM FIRMWARE 1.2.3.4 2024-10-01" and a line feed); any other package leaves it, and a reset
 /// does not bring the old one back.
 ///
-/// The models "Zelto-KTC" and "Marvo-KTC" (named like their tables) have a small sensor behind them, which KTC
-/// command 0xFF reaches, and take the package of their junction box under command 0x83. Logs have a few kilobytes of text. All operations are thread-safe but for
-/// Start and Stop, which belong to one thread. Values, misbehaviours, packages and the request log outlive
-/// Stop and Start.
+/// The models "Zelto-KTC" and "Marvo-KTC" (named like their tables) have a small sensor behind them, which
+/// KTC command 0xFF reaches, and take the package of their junction box under command 0x83. Logs have a few
+/// kilobytes of text. All operations are thread-safe but for Start and Stop, which belong to one thread.
+/// Values, misbehaviours, packages and the request log outlive Stop and Start.
 class SimulatedSensor {
  public:
   /// Raises std::runtime_error with a sentence that names table and variable when the table can't be read,

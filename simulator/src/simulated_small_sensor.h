@@ -12,7 +12,7 @@
 namespace varkel::sim {
 
 struct SmallSensorOptions {
-  std::string rs485_link{};                  ///< a symbolic link to the line is put here; empty: none
+  std::string rs485_link{};  ///< a symbolic link to the line is put here; empty: none
   std::string uart_link{};
   std::vector<std::string> misbehaviours{};  ///< see Misbehave
   /// Between two blocks of point-cloud data on the RS485 line while in operation; 0: no data.
@@ -27,8 +27,8 @@ struct SmallSensorOptions {
 ///     sensor.Start();
 ///     // open sensor.rs485_path() and sensor.uart_path() as serial ports
 ///
-/// Items, misbehaviours, firmware and log outlive Stop and Start. All operations are thread-safe but for Start
-/// and Stop, which belong to one thread.
+/// Items, misbehaviours, firmware and log outlive Stop and Start. All operations are thread-safe but for
+/// Start and Stop, which belong to one thread.
 class SimulatedSmallSensor {
  public:
   /// Raises std::invalid_argument for a bad misbehaviour.

@@ -18,11 +18,11 @@ enum SmallSensorVersion : std::uint8_t { kBmbFpga = 0, kTmbFpga = 1, kBmbMcu = 2
 struct SmallSensorItems {
   bool standby = false;
   std::uint8_t spin_rate = 10;
-  bool last_return = false;         ///< else the strongest
+  bool last_return = false;           ///< else the strongest
   std::uint32_t baud_rate = 3000000;  ///< of the line behind the network
-  std::uint8_t angular_range = 0;   ///< codes of the IMU range
+  std::uint8_t angular_range = 0;     ///< codes of the IMU range
   std::uint8_t accel_range = 0;
-  std::uint8_t safety_state = 0;  ///< 0 normal, 1 warning, 2 shutdown
+  std::uint8_t safety_state = 0;             ///< 0 normal, 1 warning, 2 shutdown
   std::vector<std::uint16_t> fault_codes{};  ///< at most 126, for the same reason as the correction
   std::string serial_number = "ZE1A2407B0031";
   std::map<std::uint8_t, std::string> versions = {

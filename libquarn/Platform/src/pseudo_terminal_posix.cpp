@@ -25,8 +25,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 std::int64_t MicrosecondsUntil(Clock::time_point deadline) {
-  return std::max<std::int64_t>(
-      std::chrono::ceil<std::chrono::microseconds>(deadline - Clock::now()).count(), 0);
+  return std::max<std::int64_t>(std::chrono::ceil<std::chrono::microseconds>(deadline - Clock::now()).count(),
+                                0);
 }
 
 /// A fresh terminal echoes what is sent to it until a client sets it up.
