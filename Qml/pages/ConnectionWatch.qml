@@ -11,13 +11,12 @@ Item {
 
     signal lost
 
-    // A pair of serial ports has no command connection that could be asked.
     Timer {
         id: checkTimer
 
         interval: Theme.connectionCheckInterval
         repeat: true
-        running: varkel_manager.IsConnected && varkel_manager.connectType !== 1
+        running: varkel_manager.IsConnected
         onTriggered: {
             if (watch.idle) {
                 varkel_manager.CheckConnectionInBackground();

@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QString>
 #include <QUrl>
+#include <QVariant>
 #include <QVariantList>
 #include <QVariantMap>
 #include <memory>
@@ -129,6 +130,8 @@ class VarkelManager : public QObject {
   void isWorkingChanged();
   /// A save started by RunInBackground ended; its outcome came as a notice.
   void pageWriteFinished(int module);
+  /// A call made with CallInBackground ended with this result.
+  void callFinished(QString operation, QVariant result);
   /// An edit was made, saved or taken back: "edited" of the variable maps and getSetMapSize may differ.
   void editsChanged();
 
@@ -196,6 +199,9 @@ class VarkelManager : public QObject {
   Q_INVOKABLE void SendCommandInBackground(const QString& cmd_qs, const QString& payload_qs);
   Q_INVOKABLE void RestartInBackground();
   Q_INVOKABLE void ResetInBackground();
+  /// One of the small sensors' functions above by its name, on a worker thread; callFinished follows with
+  /// what it returns. An unknown name answers at once with an invalid result.
+  Q_INVOKABLE void CallInBackground(const QString& operation, const QVariantList& arguments);
   /// The map of one variable, the same as myMap[module][group][index]; empty when there is none.
   Q_INVOKABLE QVariantMap variableMap(int module, int group, int index) const;
 

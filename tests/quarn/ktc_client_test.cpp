@@ -250,7 +250,7 @@ TEST(KtcClient, GivesUpWithAReason) {
   } const cases[] = {
       {"", 0, 0, "4 ktc connect : get lidar ip timeout"},
       {"127.0.0.1", 0, 0, "4 ktc connect exit 2"},
-      {"127.0.0.1", 1, -1, "4 ktc connect exit 2"},
+      {"127.0.0.1", 1, 0, "4 ktc connect exit 2"},
       {"127.0.0.1", 7, -1, "4 ktc connect exit 2"},
   };
   for (const auto& c : cases) {

@@ -1,10 +1,10 @@
 #include "libquarn/KtcClient/src/tcp_client.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <iostream>
 
+#include "libquarn/KtcClient/src/connecting.h"
 #include "libquarn/Platform/src/logger.h"
 
 namespace quarn::lidar {
@@ -14,8 +14,6 @@ const char kSourceFile[] = "libquarn/KtcClient/src/tcp_client";
 
 using Clock = std::chrono::steady_clock;
 
-// How long an interrupt may go unnoticed while a connection is under way.
-constexpr std::chrono::milliseconds kWaitSlice{20};
 constexpr std::chrono::microseconds kSlowReceive{1'000'000};
 
 }  // namespace
@@ -60,12 +58,12 @@ bool TcpClient::TryOpen(std::uint16_t local_port, const std::string& ip, std::ui
     QUARN_LOG(log_lib::kError, "TryOpen inet_pton error:%s", ip.c_str());
     return false;
   }
-  if (Connect() != 0) {
+  if (StartConnecting(socket_, lidar_ip_, lidar_port_) != 0) {
     QUARN_LOG(log_lib::kError, "socket Connection error.");
     Close();
     return false;
   }
-  if (!WaitConnected(timeout_s) || platform::PendingSocketError(socket_) != 0) {
+  if (!WaitConnected(socket_, timeout_s, interrupted_) || platform::PendingSocketError(socket_) != 0) {
     Close();
     return false;
   }
@@ -89,9 +87,10 @@ bool TcpClient::PlainOpen() {
     QUARN_LOG(log_lib::kError, "Open inet_pton error:%s", lidar_ip_.c_str());
     return false;
   }
-  int error = Connect();
+  int error = StartConnecting(socket_, lidar_ip_, lidar_port_);
   if (error == 0) {
-    error = WaitConnected(std::nullopt) ? platform::PendingSocketError(socket_) : EINPROGRESS;
+    error = WaitConnected(socket_, std::nullopt, interrupted_) ? platform::PendingSocketError(socket_)
+                                                               : EINPROGRESS;
   }
   if (error != 0) {
     if (error == EINPROGRESS) {
@@ -119,37 +118,6 @@ bool TcpClient::CreateSocket() {
   const std::lock_guard lock(handle_mutex_);
   socket_ = created;
   return true;
-}
-
-// Starts a connection that does not block: 0 when it is under way or done, else the error.
-int TcpClient::Connect() {
-  platform::SetNonBlocking(socket_, true);
-  if (platform::ConnectSocket(socket_, lidar_ip_, lidar_port_) == 0) {
-    return 0;
-  }
-  const int error = platform::LastSocketError();
-  return platform::IsWouldBlock(error) ? 0 : error;
-}
-
-// False when the time runs out or an interrupt comes; true says only that the attempt has ended.
-bool TcpClient::WaitConnected(std::optional<std::uint32_t> timeout_s) {
-  const auto deadline = Clock::now() + std::chrono::seconds(timeout_s.value_or(0));
-  while (!interrupted_) {
-    auto slice = kWaitSlice;
-    if (timeout_s) {
-      const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-      slice = std::clamp(left, std::chrono::milliseconds(0), kWaitSlice);
-    }
-    const int ready = platform::WaitWritable(socket_, static_cast<int>(slice.count()));
-    if (ready != 0) {
-      // An interrupt's shutdown ends the wait as well.
-      return ready > 0 && !interrupted_;
-    }
-    if (timeout_s && Clock::now() >= deadline) {
-      return false;
-    }
-  }
-  return false;
 }
 
 void TcpClient::Close() {

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
-#include <optional>
 #include <string>
 
 #include "libquarn/KtcClient/src/client_base.h"
@@ -40,8 +39,6 @@ class TcpClient : public ClientBase {
  private:
   bool PlainOpen();
   bool CreateSocket();
-  int Connect();
-  bool WaitConnected(std::optional<std::uint32_t> timeout_s);
   bool IsOpenOn(const std::string& ip, std::uint16_t port) const;
   bool HasSocket() const { return socket_ != platform::kInvalidSocket; }
   void ReleaseSocket();

@@ -1,22 +1,16 @@
 #include "libquarn/KtcClient/src/transport_factory.h"
 
 #include "libquarn/KtcClient/src/tcp_client.h"
-#include "libquarn/Platform/src/logger.h"
+#include "libquarn/KtcClient/src/tcp_ssl_client.h"
 
 namespace quarn::lidar {
-namespace {
-
-const char kSourceFile[] = "libquarn/KtcClient/src/transport_factory";
-
-}  // namespace
 
 std::shared_ptr<ClientBase> CreateTransport(std::uint32_t client_type) {
   switch (client_type) {
     case kPlainTcpClient:
       return std::make_shared<TcpClient>();
     case kTlsClient:
-      QUARN_LOG(log_lib::kError, "TLS transport is not available yet");
-      return nullptr;
+      return std::make_shared<TcpSslClient>();
     default:
       return nullptr;
   }

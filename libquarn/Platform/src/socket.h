@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -13,12 +14,20 @@ namespace quarn::platform {
 using SocketHandle = std::intptr_t;
 inline constexpr SocketHandle kInvalidSocket = -1;
 
+/// An IP version 4 address in network order and a port in host order.
+struct Endpoint {
+  std::uint32_t ip = 0;
+  std::uint16_t port = 0;
+};
+
 /// Pairs with CleanUpSockets. Counts on Windows, does nothing elsewhere.
 bool StartUpSockets();
 void CleanUpSockets();
 
 /// An IP version 4 TCP socket, or kInvalidSocket. Close-on-exec; a broken peer never raises a signal.
 SocketHandle CreateTcpSocket();
+/// An IP version 4 datagram socket, or kInvalidSocket. Close-on-exec.
+SocketHandle CreateUdpSocket();
 void CloseSocket(SocketHandle socket);
 
 /// Ends both directions; a thread blocked in ReceiveBytes or SendBytes on the socket returns.
@@ -26,9 +35,21 @@ void ShutdownSocket(SocketHandle socket);
 
 /// True when `ip` is dotted IP version 4 text.
 bool IsIpV4(const std::string& ip);
+/// The address of dotted IP version 4 text, in network order.
+std::optional<std::uint32_t> ParseIpV4(const std::string& ip);
 
 /// Binds to a local port of any address.
 bool BindPort(SocketHandle socket, std::uint16_t port);
+/// Binds a datagram socket to a port of `local_ip` (empty: any address), so that it also receives what is
+/// sent to `multicast_group` (empty: none), which JoinMulticast joins.
+bool BindDatagramPort(SocketHandle socket, const std::string& local_ip, std::uint16_t port,
+                      const std::string& multicast_group);
+/// Joins a group on the interface of `local_ip` (empty: the system's choice).
+bool JoinMulticast(SocketHandle socket, const std::string& group, const std::string& local_ip);
+/// Lets several sockets bind to one port; ahead of the bind.
+bool AllowAddressReuse(SocketHandle socket);
+/// The port that the socket is bound to, 0 when there is none.
+std::uint16_t LocalPort(SocketHandle socket);
 
 /// Starts a connection to an address that IsIpV4 accepted: 0 or -1, then LastSocketError tells.
 int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port);
@@ -38,6 +59,8 @@ int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port
 int WaitWritable(SocketHandle socket, int timeout_ms);
 /// Waits until the socket is readable (or a listener has a connection). 1: readable, 0: time-out, -1: error.
 int WaitReadable(SocketHandle socket, int timeout_ms);
+/// The same with a finer time, which may not be negative (-1).
+int WaitReadableFor(SocketHandle socket, std::chrono::microseconds timeout);
 
 /// The socket's pending error (SO_ERROR), 0 when there is none.
 int PendingSocketError(SocketHandle socket);
@@ -52,6 +75,9 @@ bool SetReceiveBufferSize(SocketHandle socket, std::uint32_t bytes);
 /// One send or receive call: bytes moved, 0 at the peer's end, -1 on failure.
 int SendBytes(SocketHandle socket, std::span<const std::uint8_t> bytes, int flags);
 int ReceiveBytes(SocketHandle socket, std::span<std::uint8_t> buffer, int flags);
+/// One datagram out or in: its bytes, -1 on failure. What does not fit the buffer is lost.
+int SendDatagram(SocketHandle socket, std::span<const std::uint8_t> bytes, int flags, const Endpoint& to);
+int ReceiveDatagram(SocketHandle socket, std::span<std::uint8_t> buffer, int flags, Endpoint& from);
 
 /// Error of the calling thread's last failed socket call (errno; WSAGetLastError on Windows).
 int LastSocketError();

@@ -28,9 +28,19 @@ sockaddr_in MakeAddress(in_addr ip, std::uint16_t port) {
   return address;
 }
 
+std::optional<in_addr> ParseAddress(const std::string& ip) {
+  in_addr parsed{};
+  return inet_pton(AF_INET, ip.c_str(), &parsed) == 1 ? std::optional(parsed) : std::nullopt;
+}
+
+// Empty text stands for any address.
+std::optional<in_addr> ParseLocalAddress(const std::string& ip) {
+  return ip.empty() ? in_addr{htonl(INADDR_ANY)} : ParseAddress(ip);
+}
+
 template <typename T>
-bool SetOption(SocketHandle socket, int option, const T& value) {
-  return setsockopt(Descriptor(socket), SOL_SOCKET, option, &value, sizeof(value)) == 0;
+bool SetOption(SocketHandle socket, int option, const T& value, int level = SOL_SOCKET) {
+  return setsockopt(Descriptor(socket), level, option, &value, sizeof(value)) == 0;
 }
 
 bool SetTimeoutOption(SocketHandle socket, int option, std::uint32_t milliseconds) {
@@ -40,14 +50,19 @@ bool SetTimeoutOption(SocketHandle socket, int option, std::uint32_t millisecond
   return SetOption(socket, option, value);
 }
 
-// poll, not select: a program that holds many files open has descriptors beyond select's fixed set.
-int WaitFor(SocketHandle socket, short events, int timeout_ms) {
+// A negative time waits without end. poll, not select: a program that holds many files open has descriptors
+// beyond select's fixed set.
+int WaitFor(SocketHandle socket, short events, std::chrono::microseconds timeout) {
   using Clock = std::chrono::steady_clock;
-  const auto deadline = Clock::now() + std::chrono::milliseconds(std::max(timeout_ms, 0));
+  const bool endless = timeout.count() < 0;
+  const auto deadline = Clock::now() + (endless ? std::chrono::microseconds(0) : timeout);
   pollfd entry{Descriptor(socket), events, 0};
-  int remaining = timeout_ms;
+  std::chrono::nanoseconds remaining = timeout;
   for (;;) {
-    const int ready = poll(&entry, 1, remaining);
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(remaining);
+    const timespec limit{static_cast<time_t>(seconds.count()),
+                         static_cast<long>((remaining - seconds).count())};
+    const int ready = ppoll(&entry, 1, endless ? nullptr : &limit, nullptr);
     if (ready > 0) {
       if ((entry.revents & POLLNVAL) != 0) {
         errno = EBADF;
@@ -58,10 +73,7 @@ int WaitFor(SocketHandle socket, short events, int timeout_ms) {
     if (ready == 0 || errno != EINTR) {
       return ready;
     }
-    if (timeout_ms >= 0) {
-      const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-      remaining = static_cast<int>(std::max<decltype(left)>(left, 0));
-    }
+    remaining = std::max<std::chrono::nanoseconds>(deadline - Clock::now(), std::chrono::nanoseconds(0));
   }
 }
 
@@ -81,6 +93,10 @@ SocketHandle CreateTcpSocket() {
   return ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, IPPROTO_TCP);
 }
 
+SocketHandle CreateUdpSocket() {
+  return ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP);
+}
+
 void CloseSocket(SocketHandle socket) {
   close(Descriptor(socket));
 }
@@ -90,13 +106,58 @@ void ShutdownSocket(SocketHandle socket) {
 }
 
 bool IsIpV4(const std::string& ip) {
-  in_addr parsed{};
-  return inet_pton(AF_INET, ip.c_str(), &parsed) == 1;
+  return ParseAddress(ip).has_value();
+}
+
+std::optional<std::uint32_t> ParseIpV4(const std::string& ip) {
+  const std::optional<in_addr> parsed = ParseAddress(ip);
+  return parsed ? std::optional(parsed->s_addr) : std::nullopt;
 }
 
 bool BindPort(SocketHandle socket, std::uint16_t port) {
   const sockaddr_in address = MakeAddress(in_addr{htonl(INADDR_ANY)}, port);
   return bind(Descriptor(socket), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+}
+
+// This system hands a group's datagrams only to sockets that are bound to any address or to the group: with a
+// group the local address chooses the interface of the membership and nothing else.
+bool BindDatagramPort(SocketHandle socket, const std::string& local_ip, std::uint16_t port,
+                      const std::string& multicast_group) {
+  std::optional<in_addr> local = ParseLocalAddress(local_ip);
+  if (!local) {
+    errno = EINVAL;
+    return false;
+  }
+  const std::optional<in_addr> group = ParseAddress(multicast_group);
+  if (group && IN_MULTICAST(ntohl(group->s_addr))) {
+    local->s_addr = htonl(INADDR_ANY);
+  }
+  const sockaddr_in address = MakeAddress(*local, port);
+  return bind(Descriptor(socket), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+}
+
+bool JoinMulticast(SocketHandle socket, const std::string& group, const std::string& local_ip) {
+  const std::optional<in_addr> multicast = ParseAddress(group);
+  const std::optional<in_addr> local = ParseLocalAddress(local_ip);
+  if (!multicast || !local) {
+    errno = EINVAL;
+    return false;
+  }
+  // Otherwise the socket would also hear the groups that others on this machine have joined on its port.
+  SetOption(socket, IP_MULTICAST_ALL, 0, IPPROTO_IP);
+  return SetOption(socket, IP_ADD_MEMBERSHIP, ip_mreq{*multicast, *local}, IPPROTO_IP);
+}
+
+bool AllowAddressReuse(SocketHandle socket) {
+  return SetOption(socket, SO_REUSEADDR, 1);
+}
+
+std::uint16_t LocalPort(SocketHandle socket) {
+  sockaddr_in local{};
+  socklen_t size = sizeof(local);
+  return getsockname(Descriptor(socket), reinterpret_cast<sockaddr*>(&local), &size) == 0
+             ? ntohs(local.sin_port)
+             : std::uint16_t{0};
 }
 
 int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port) {
@@ -110,11 +171,19 @@ int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port
 }
 
 int WaitWritable(SocketHandle socket, int timeout_ms) {
-  return WaitFor(socket, POLLOUT, timeout_ms);
+  return WaitFor(socket, POLLOUT, std::chrono::milliseconds(timeout_ms));
 }
 
 int WaitReadable(SocketHandle socket, int timeout_ms) {
-  return WaitFor(socket, POLLIN, timeout_ms);
+  return WaitFor(socket, POLLIN, std::chrono::milliseconds(timeout_ms));
+}
+
+int WaitReadableFor(SocketHandle socket, std::chrono::microseconds timeout) {
+  if (timeout.count() < 0) {
+    errno = EINVAL;
+    return -1;
+  }
+  return WaitFor(socket, POLLIN, timeout);
 }
 
 int PendingSocketError(SocketHandle socket) {
@@ -164,6 +233,24 @@ int ReceiveBytes(SocketHandle socket, std::span<std::uint8_t> buffer, int flags)
   do {
     received = recv(Descriptor(socket), buffer.data(), ClampToInt(buffer.size()), flags);
   } while (received < 0 && errno == EINTR);
+  return static_cast<int>(received);
+}
+
+int SendDatagram(SocketHandle socket, std::span<const std::uint8_t> bytes, int flags, const Endpoint& to) {
+  const sockaddr_in address = MakeAddress(in_addr{to.ip}, to.port);
+  return static_cast<int>(sendto(Descriptor(socket), bytes.data(), ClampToInt(bytes.size()),
+                                 flags | MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&address),
+                                 sizeof(address)));
+}
+
+int ReceiveDatagram(SocketHandle socket, std::span<std::uint8_t> buffer, int flags, Endpoint& from) {
+  sockaddr_in address{};
+  socklen_t size = sizeof(address);
+  const ssize_t received = recvfrom(Descriptor(socket), buffer.data(), ClampToInt(buffer.size()), flags,
+                                    reinterpret_cast<sockaddr*>(&address), &size);
+  if (received >= 0) {
+    from = {address.sin_addr.s_addr, ntohs(address.sin_port)};
+  }
   return static_cast<int>(received);
 }
 

@@ -33,10 +33,32 @@ sockaddr_in MakeAddress(in_addr ip, std::uint16_t port) {
   return address;
 }
 
+in_addr AnyAddress() {
+  in_addr any{};
+  any.s_addr = htonl(INADDR_ANY);
+  return any;
+}
+
+std::optional<in_addr> ParseAddress(const std::string& ip) {
+  in_addr parsed{};
+  return inet_pton(AF_INET, ip.c_str(), &parsed) == 1 ? std::optional(parsed) : std::nullopt;
+}
+
+// Empty text stands for any address.
+std::optional<in_addr> ParseLocalAddress(const std::string& ip) {
+  return ip.empty() ? AnyAddress() : ParseAddress(ip);
+}
+
 template <typename T>
-bool SetOption(SocketHandle socket, int option, const T& value) {
-  return setsockopt(Native(socket), SOL_SOCKET, option, reinterpret_cast<const char*>(&value),
+bool SetOption(SocketHandle socket, int option, const T& value, int level = SOL_SOCKET) {
+  return setsockopt(Native(socket), level, option, reinterpret_cast<const char*>(&value),
                     static_cast<int>(sizeof(value))) == 0;
+}
+
+// Overlapped as socket() makes them, so that blocked calls can be cancelled; not inherited by children.
+SocketHandle CreateSocket(int type, int protocol) {
+  return static_cast<SocketHandle>(
+      WSASocketW(AF_INET, type, protocol, nullptr, 0, WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT));
 }
 
 int ClampToInt(std::size_t size) {
@@ -45,7 +67,7 @@ int ClampToInt(std::size_t size) {
 
 // A negative time waits without end. The set of failed sockets is watched too: a refused connection shows
 // there and not among the writable ones.
-int WaitFor(SocketHandle socket, bool for_writing, int timeout_ms) {
+int WaitFor(SocketHandle socket, bool for_writing, std::chrono::microseconds timeout) {
   fd_set ready;
   fd_set failed;
   FD_ZERO(&ready);
@@ -53,11 +75,11 @@ int WaitFor(SocketHandle socket, bool for_writing, int timeout_ms) {
   FD_SET(Native(socket), &ready);
   FD_SET(Native(socket), &failed);
   timeval limit{};
-  limit.tv_sec = timeout_ms / 1000;
-  limit.tv_usec = timeout_ms % 1000 * 1000;
+  limit.tv_sec = static_cast<long>(timeout.count() / 1'000'000);
+  limit.tv_usec = static_cast<long>(timeout.count() % 1'000'000);
   // The first argument is ignored on this system.
   const int count = select(0, for_writing ? nullptr : &ready, for_writing ? &ready : nullptr, &failed,
-                           timeout_ms < 0 ? nullptr : &limit);
+                           timeout.count() < 0 ? nullptr : &limit);
   return count > 0 ? 1 : count;
 }
 
@@ -73,9 +95,11 @@ void CleanUpSockets() {
 }
 
 SocketHandle CreateTcpSocket() {
-  // Overlapped as socket() makes them, so that blocked calls can be cancelled; not inherited by children.
-  return static_cast<SocketHandle>(WSASocketW(AF_INET, SOCK_STREAM, IPPROTO_TCP, nullptr, 0,
-                                              WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT));
+  return CreateSocket(SOCK_STREAM, IPPROTO_TCP);
+}
+
+SocketHandle CreateUdpSocket() {
+  return CreateSocket(SOCK_DGRAM, IPPROTO_UDP);
 }
 
 void CloseSocket(SocketHandle socket) {
@@ -89,16 +113,55 @@ void ShutdownSocket(SocketHandle socket) {
 }
 
 bool IsIpV4(const std::string& ip) {
-  in_addr parsed{};
-  return inet_pton(AF_INET, ip.c_str(), &parsed) == 1;
+  return ParseAddress(ip).has_value();
+}
+
+std::optional<std::uint32_t> ParseIpV4(const std::string& ip) {
+  const std::optional<in_addr> parsed = ParseAddress(ip);
+  return parsed ? std::optional<std::uint32_t>(parsed->s_addr) : std::nullopt;
 }
 
 bool BindPort(SocketHandle socket, std::uint16_t port) {
-  in_addr any{};
-  any.s_addr = htonl(INADDR_ANY);
-  const sockaddr_in address = MakeAddress(any, port);
+  const sockaddr_in address = MakeAddress(AnyAddress(), port);
   return bind(Native(socket), reinterpret_cast<const sockaddr*>(&address),
               static_cast<int>(sizeof(address))) == 0;
+}
+
+// This system delivers a group's datagrams to sockets that are bound to an address of their own as well.
+bool BindDatagramPort(SocketHandle socket, const std::string& local_ip, std::uint16_t port,
+                      const std::string& /*multicast_group*/) {
+  const std::optional<in_addr> local = ParseLocalAddress(local_ip);
+  if (!local) {
+    WSASetLastError(WSAEINVAL);
+    return false;
+  }
+  const sockaddr_in address = MakeAddress(*local, port);
+  return bind(Native(socket), reinterpret_cast<const sockaddr*>(&address),
+              static_cast<int>(sizeof(address))) == 0;
+}
+
+bool JoinMulticast(SocketHandle socket, const std::string& group, const std::string& local_ip) {
+  const std::optional<in_addr> multicast = ParseAddress(group);
+  const std::optional<in_addr> local = ParseLocalAddress(local_ip);
+  if (!multicast || !local) {
+    WSASetLastError(WSAEINVAL);
+    return false;
+  }
+  ip_mreq membership{};
+  membership.imr_multiaddr = *multicast;
+  membership.imr_interface = *local;
+  return SetOption(socket, IP_ADD_MEMBERSHIP, membership, IPPROTO_IP);
+}
+
+bool AllowAddressReuse(SocketHandle socket) {
+  return SetOption(socket, SO_REUSEADDR, BOOL{TRUE});
+}
+
+std::uint16_t LocalPort(SocketHandle socket) {
+  sockaddr_in local{};
+  int size = static_cast<int>(sizeof(local));
+  return getsockname(Native(socket), reinterpret_cast<sockaddr*>(&local), &size) == 0 ? ntohs(local.sin_port)
+                                                                                      : std::uint16_t{0};
 }
 
 int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port) {
@@ -115,11 +178,19 @@ int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port
 }
 
 int WaitWritable(SocketHandle socket, int timeout_ms) {
-  return WaitFor(socket, true, timeout_ms);
+  return WaitFor(socket, true, std::chrono::milliseconds(timeout_ms));
 }
 
 int WaitReadable(SocketHandle socket, int timeout_ms) {
-  return WaitFor(socket, false, timeout_ms);
+  return WaitFor(socket, false, std::chrono::milliseconds(timeout_ms));
+}
+
+int WaitReadableFor(SocketHandle socket, std::chrono::microseconds timeout) {
+  if (timeout.count() < 0) {
+    WSASetLastError(WSAEINVAL);
+    return -1;
+  }
+  return WaitFor(socket, false, timeout);
 }
 
 int PendingSocketError(SocketHandle socket) {
@@ -162,6 +233,26 @@ int SendBytes(SocketHandle socket, std::span<const std::uint8_t> bytes, int flag
 
 int ReceiveBytes(SocketHandle socket, std::span<std::uint8_t> buffer, int flags) {
   return recv(Native(socket), reinterpret_cast<char*>(buffer.data()), ClampToInt(buffer.size()), flags);
+}
+
+int SendDatagram(SocketHandle socket, std::span<const std::uint8_t> bytes, int flags, const Endpoint& to) {
+  in_addr ip{};
+  ip.s_addr = to.ip;
+  const sockaddr_in address = MakeAddress(ip, to.port);
+  return sendto(Native(socket), reinterpret_cast<const char*>(bytes.data()), ClampToInt(bytes.size()), flags,
+                reinterpret_cast<const sockaddr*>(&address), static_cast<int>(sizeof(address)));
+}
+
+int ReceiveDatagram(SocketHandle socket, std::span<std::uint8_t> buffer, int flags, Endpoint& from) {
+  sockaddr_in address{};
+  int size = static_cast<int>(sizeof(address));
+  const int received =
+      recvfrom(Native(socket), reinterpret_cast<char*>(buffer.data()), ClampToInt(buffer.size()), flags,
+               reinterpret_cast<sockaddr*>(&address), &size);
+  if (received >= 0) {
+    from = {static_cast<std::uint32_t>(address.sin_addr.s_addr), ntohs(address.sin_port)};
+  }
+  return received;
 }
 
 int LastSocketError() {

@@ -1,0 +1,238 @@
+#include "libquarn/KtcClient/src/tcp_ssl_client.h"
+
+#include <openssl/err.h>
+
+#include <cerrno>
+#include <chrono>
+#include <iostream>
+#include <optional>
+#include <string_view>
+
+#include "libquarn/KtcClient/src/tcp_client.h"
+#include "libquarn/KtcClient/src/tcp_open.h"
+#include "libquarn/Platform/src/logger.h"
+
+namespace quarn::lidar {
+namespace {
+
+const char kSourceFile[] = "libquarn/KtcClient/src/tcp_ssl_client";
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::microseconds kSlowReceive{1'000'000};
+
+int PrintError(const char* text, std::size_t size, void* /*data*/) {
+  std::cerr << std::string_view(text, size);
+  return 1;
+}
+
+}  // namespace
+
+TcpSslClient::~TcpSslClient() {
+  TcpSslClient::Close();
+}
+
+bool TcpSslClient::Open(const std::string& ip, std::uint16_t port, bool /*auto_receive*/, const char* cert,
+                        const char* private_key, const char* ca) {
+  if (IsOpenOn(ip, port)) {
+    return true;
+  }
+  QUARN_LOG(log_lib::kProgress, "Open() IP %s port %u", ip.c_str(), unsigned{port});
+  Close();
+  lidar_ip_ = ip;
+  lidar_port_ = port;
+  cert_ = cert;
+  private_key_ = private_key;
+  ca_ = ca;
+  return PlainOpen();
+}
+
+bool TcpSslClient::TryOpen(std::uint16_t local_port, const std::string& ip, std::uint16_t port,
+                           bool /*auto_receive*/, const char* cert, const char* private_key, const char* ca,
+                           std::uint32_t timeout_s) {
+  if (IsOpenOn(ip, port)) {
+    return true;
+  }
+  Close();
+  lidar_ip_ = ip;
+  lidar_port_ = port;
+  cert_ = cert;
+  private_key_ = private_key;
+  ca_ = ca;
+  if (!CreateContext(cert_, private_key_, ca_)) {
+    return false;
+  }
+  return GoOn(tcp_try_open(local_port, lidar_ip_.c_str(), lidar_port_, timeout_s, &interrupted_));
+}
+
+bool TcpSslClient::PlainOpen() {
+  if (!CreateContext(cert_, private_key_, ca_)) {
+    QUARN_LOG(log_lib::kError, "create SSL_CTX failed");
+    return false;
+  }
+  return GoOn(tcp_open(lidar_ip_.c_str(), lidar_port_, &interrupted_));
+}
+
+// The road over TLS is closed on purpose: a sensor that answers is left again before a byte of a handshake
+// reaches it, and the user is told. Without a connection the session fails as it does on a dead socket.
+bool TcpSslClient::GoOn(int connected) {
+  if (connected != -1) {
+    // 0 is no socket but a failure that was cleaned up already.
+    TakeSocket(connected == 0 ? platform::kInvalidSocket : connected);
+    QUARN_LOG(log_lib::kError, "Connect to Server Failed!~!~");
+    Close();
+    return false;
+  }
+  return StartSession(platform::kInvalidSocket);
+}
+
+bool TcpSslClient::CreateContext(const char* cert, const char* private_key, const char* ca) {
+  context_ = InitSslClient(cert, private_key, ca);
+  return context_ != nullptr;
+}
+
+bool TcpSslClient::StartSession(platform::SocketHandle connected) {
+  if (!TakeSocket(connected)) {
+    Close();
+    return false;
+  }
+  session_ = TlsSession::Create(context_.get(), socket_);
+  const char* failure = nullptr;
+  if (session_ == nullptr) {
+    failure = "create ssl failed";
+  } else if (!session_->Handshake()) {
+    failure = "connect ssl failed";
+  } else if (!session_->IsPeerVerified()) {
+    failure = "verify ssl failed";
+  }
+  if (failure != nullptr) {
+    QUARN_LOG(log_lib::kError, "%s", failure);
+    Close();
+    return false;
+  }
+  QUARN_LOG(log_lib::kProgress, "TcpSslClient::Open() success!");
+  opened_ = true;
+  return true;
+}
+
+// False after an interrupt, which found no socket to shut down.
+bool TcpSslClient::TakeSocket(platform::SocketHandle connected) {
+  const std::lock_guard lock(handle_mutex_);
+  socket_ = connected;
+  return !interrupted_;
+}
+
+// The peer hears of the end while the descriptor is still ours: later it may be somebody else's.
+void TcpSslClient::Close() {
+  opened_ = false;
+  if (session_ != nullptr) {
+    session_->Shutdown();
+  }
+  {
+    const std::lock_guard lock(handle_mutex_);
+    const platform::SocketHandle closing = socket_.exchange(platform::kInvalidSocket);
+    if (closing != platform::kInvalidSocket) {
+      platform::CloseSocket(closing);
+      platform::CleanUpSockets();
+    }
+  }
+  session_.reset();
+  context_.reset();
+}
+
+int TcpSslClient::Send(const std::uint8_t* data, std::uint16_t length, int /*flags*/) {
+  if (interrupted_ || (!opened_ && !PlainOpen())) {
+    return -1;
+  }
+  const int sent = session_->Write({data, length});
+  const int error = errno;
+  if (sent > 0 || error == EAGAIN || error == EWOULDBLOCK || error == EINTR) {
+    return sent;
+  }
+  QUARN_LOG(log_lib::kError, "Send errno %d", error);
+  ERR_print_errors_cb(PrintError, nullptr);
+  return -1;
+}
+
+int TcpSslClient::Receive(std::uint8_t* buffer, std::uint32_t length, int flags) {
+  if (flags == kReceiveWithoutWaiting) {
+    return -1;
+  }
+  const auto start = Clock::now();
+  const int received = ReceiveAll(buffer, length);
+  const auto elapsed = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+  if (elapsed >= kSlowReceive) {
+    QUARN_LOG(log_lib::kTiming, "Receive execu: %dus", static_cast<int>(elapsed.count()));
+  }
+  return received;
+}
+
+int TcpSslClient::ReceiveAll(std::uint8_t* buffer, std::uint32_t length) {
+  if (interrupted_ || (!opened_ && !PlainOpen())) {
+    return -1;
+  }
+  std::span<std::uint8_t> rest(buffer, length);
+  while (!rest.empty()) {
+    const int received = session_->Read(rest);
+    if (received > 0) {
+      rest = rest.subspan(static_cast<std::size_t>(received));
+    } else if (received == 0 || errno != EINTR) {
+      break;
+    }
+  }
+  if (!rest.empty()) {
+    if (!interrupted_) {
+      QUARN_LOG(log_lib::kError, "ssl receive failed");
+    }
+    return -1;
+  }
+  return static_cast<int>(length);
+}
+
+// The three settings name the plain transport in their warnings: one text for the user to look for.
+bool TcpSslClient::SetReceiveTimeout(std::uint32_t receive_ms) {
+  if (!HasSocket()) {
+    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
+    return false;
+  }
+  return platform::SetSocketReceiveTimeout(socket_, receive_ms);
+}
+
+int TcpSslClient::SetTimeout(std::uint32_t receive_ms, std::uint32_t send_ms) {
+  if (!HasSocket()) {
+    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
+    return -1;
+  }
+  receive_timeout_ms_ = receive_ms;
+  send_timeout_ms_ = send_ms;
+  const bool set = platform::SetSocketReceiveTimeout(socket_, receive_timeout_ms_) &&
+                   platform::SetSocketSendTimeout(socket_, send_timeout_ms_);
+  return set ? 0 : -1;
+}
+
+void TcpSslClient::SetReceiveBufferSize(const std::uint32_t& size) {
+  if (!HasSocket()) {
+    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
+    return;
+  }
+  receive_buffer_size_ = size;
+  const std::optional<std::uint32_t> current = platform::ReceiveBufferSize(socket_);
+  if (current && *current < receive_buffer_size_) {
+    platform::SetReceiveBufferSize(socket_, receive_buffer_size_);
+  }
+}
+
+void TcpSslClient::Interrupt() {
+  interrupted_ = true;
+  const std::lock_guard lock(handle_mutex_);
+  const platform::SocketHandle socket = socket_;
+  if (socket != platform::kInvalidSocket) {
+    platform::ShutdownSocket(socket);
+  }
+}
+
+bool TcpSslClient::IsOpenOn(const std::string& ip, std::uint16_t port) const {
+  return opened_ && ip == lidar_ip_ && port == lidar_port_;
+}
+
+}  // namespace quarn::lidar

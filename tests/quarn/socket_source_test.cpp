@@ -1,0 +1,302 @@
+#include "libquarn/Source/src/socket_source.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <limits>
+
+#include "tests/quarn/test_support.h"
+
+namespace quarn::lidar {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using Lines = std::vector<std::string>;
+
+const std::string kLoopback = "127.0.0.1";
+constexpr int kSecond_us = 1'000'000;
+
+std::uint32_t LoopbackIp() {
+  return *platform::ParseIpV4(kLoopback);
+}
+
+/// Holds a datagram port of its own, without sharing it.
+class TakenPort {
+ public:
+  TakenPort() {
+    platform::StartUpSockets();
+    socket_ = platform::CreateUdpSocket();
+    platform::BindDatagramPort(socket_, "", 0, "");
+    port_ = platform::LocalPort(socket_);
+  }
+  ~TakenPort() {
+    platform::CloseSocket(socket_);
+    platform::CleanUpSockets();
+  }
+  TakenPort(const TakenPort&) = delete;
+  TakenPort& operator=(const TakenPort&) = delete;
+
+  std::uint16_t port() const { return port_; }
+
+ private:
+  platform::SocketHandle socket_ = platform::kInvalidSocket;
+  std::uint16_t port_ = 0;
+};
+
+std::uint16_t FreePort() {
+  return TakenPort().port();
+}
+
+/// Sends from the loopback interface, also to groups.
+class Sender {
+ public:
+  Sender(const std::string& ip, std::uint16_t port) : source_(0, kLoopback, "") {
+    EXPECT_TRUE(source_.Open());
+    EXPECT_TRUE(source_.SetClient(ip, port));
+  }
+  int Send(const Bytes& bytes) {
+    return source_.Send(bytes.data(), static_cast<std::uint16_t>(bytes.size()), 0);
+  }
+
+ private:
+  SocketSource source_;
+};
+
+// The next datagram; a read that finds none yet is tried again, as the tool's readers do.
+Bytes Next(SocketSource& source, UdpPacket& packet) {
+  for (int attempt = 0; attempt < 3; ++attempt) {
+    const int received = source.Receive(packet, kMaxPacketSize, 0, kSecond_us);
+    if (received > 0) {
+      return {packet.data.begin(), packet.data.begin() + received};
+    }
+  }
+  return {};
+}
+
+// What is there already, without patience for more.
+bool IsIdle(SocketSource& source) {
+  UdpPacket packet;
+  return source.Receive(packet, kMaxPacketSize, 0, 0) <= 0 &&
+         source.Receive(packet, kMaxPacketSize, 0, 0) <= 0;
+}
+
+// An open's lines without those that carry what the system granted.
+Lines OpenLines(const test::LogLines& log) {
+  Lines lines;
+  for (const std::string& line : log.All()) {
+    if (line.rfind("2 OS current udp socket recv buff size is: ", 0) == 0 ||
+        line.rfind("2 SocketSource::Open succeed, sock:", 0) == 0) {
+      continue;
+    }
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+TEST(SocketSource, IdleSourceFailsOnceAndThenWaits) {
+  SocketSource source(FreePort(), kLoopback, "");
+  ASSERT_TRUE(source.Open());
+  UdpPacket packet;
+  const test::LogLines log;
+  EXPECT_LT(test::TimeOf([&] { EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 60 * kSecond_us), -1); }),
+            test::kAtOnce);
+  EXPECT_FALSE(packet.timed_out);
+  for (int i = 0; i < 2; ++i) {  // and goes on waiting
+    packet.timed_out = false;
+    const auto elapsed =
+        test::TimeOf([&] { EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 50'000), 0); });
+    EXPECT_GE(elapsed.count(), 49);
+    EXPECT_TRUE(packet.timed_out);
+  }
+  EXPECT_TRUE(log.All().empty());
+  EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, -1), -1);
+  EXPECT_EQ(log.All(), Lines{"4 Select timeout error"});
+}
+
+TEST(SocketSource, DrainsAStreamWithoutWaiting) {
+  const std::uint16_t port = FreePort();
+  SocketSource source(port, kLoopback, "");
+  ASSERT_TRUE(source.Open());
+  UdpPacket packet;
+  EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 0), -1);  // now it waits
+  Sender sender(kLoopback, port);
+  for (std::uint8_t i = 1; i <= 3; ++i) {
+    EXPECT_EQ(sender.Send({i, i, 7}), 3);
+  }
+  for (std::uint8_t i = 1; i <= 3; ++i) {
+    // The first is found by waiting, the others without: a negative time would fail a wait.
+    EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, i == 1 ? kSecond_us : -1), 3);
+    EXPECT_EQ((Bytes{packet.data[0], packet.data[1], packet.data[2]}), (Bytes{i, i, 7}));
+    EXPECT_EQ(packet.sender_ip, LoopbackIp());
+    EXPECT_NE(packet.sender_port, 0);
+    EXPECT_FALSE(packet.timed_out);
+  }
+  EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, -1), -1);
+}
+
+TEST(SocketSource, KeepsWhatFitsOfALargeDatagram) {
+  const std::uint16_t port = FreePort();
+  SocketSource source(port, kLoopback, "");
+  ASSERT_TRUE(source.Open());
+  Sender sender(kLoopback, port);
+  UdpPacket packet;
+  for (const std::uint16_t length : {std::uint16_t{10}, std::numeric_limits<std::uint16_t>::max()}) {
+    EXPECT_EQ(sender.Send(Bytes(9000, 0x5A)), 9000);
+    int received = -1;
+    EXPECT_TRUE(test::Eventually([&] { return (received = source.Receive(packet, length, 0, 1000)) > 0; }));
+    EXPECT_EQ(received, std::min<int>(length, kMaxPacketSize));
+    EXPECT_TRUE(IsIdle(source));  // the rest is gone
+  }
+}
+
+TEST(SocketSource, AnswersTheSender) {
+  const std::uint16_t ports[] = {FreePort(), FreePort()};
+  SocketSource first(ports[0], kLoopback, "");
+  SocketSource second(ports[1], kLoopback, "");
+  const std::uint8_t byte = 42;
+  {
+    const test::LogLines log;
+    EXPECT_FALSE(first.IsOpened());
+    EXPECT_EQ(first.Send(&byte, 1, 0), -1);
+    const std::string port = std::to_string(ports[0]);
+    EXPECT_EQ(log.All(), (Lines{"4 SocketSource::IsOpened(), port " + port + ", sock -1 is not open",
+                                "8 SocketSource::Send, port " + port + ", sock -1 is not open"}));
+  }
+  ASSERT_TRUE(first.Open());
+  ASSERT_TRUE(second.Open());
+  EXPECT_TRUE(first.IsOpened());
+  const test::LogLines log;
+  EXPECT_EQ(first.Send(&byte, 1, 0), -1);
+  EXPECT_TRUE(first.SetClient(kLoopback, ports[1]));
+  EXPECT_FALSE(first.SetClient("sensor", ports[1]));
+  EXPECT_EQ(first.Send(&byte, 1, 0), -1);
+  EXPECT_EQ(log.All(), Lines(2, "8 SocketSource::Send, client ip is empty"));
+  EXPECT_TRUE(first.SetClient(kLoopback, ports[1]));
+  EXPECT_EQ(first.Send(&byte, 1, 0), 1);
+  UdpPacket packet;
+  EXPECT_EQ(Next(second, packet), Bytes{42});
+  EXPECT_EQ(packet.sender_port, ports[0]);
+}
+
+TEST(SocketSource, FailedSendClosesAndAReceiveOpensAgain) {
+  SocketSource source(FreePort(), kLoopback, "");
+  ASSERT_TRUE(source.Open());
+  ASSERT_TRUE(source.SetClient(kLoopback, 9));
+  const Bytes larger_than_a_datagram(65535);
+  const test::LogLines log;
+  EXPECT_EQ(source.Send(larger_than_a_datagram.data(), 65535, 0), -1);
+  EXPECT_EQ(log.All().size(), 2U);
+  EXPECT_EQ(log.All().front().rfind("8 SocketSource::Send, errno:", 0), 0U) << log.All().front();
+  EXPECT_EQ(log.All().back(), "2 SocketSource::Close()");
+  EXPECT_FALSE(source.IsOpened());
+  UdpPacket packet;
+  EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 0), -1);
+  EXPECT_TRUE(source.IsOpened());
+}
+
+TEST(SocketSource, TellsWhatItsOpenMeets) {
+  const TakenPort taken;
+  const std::string bind_failed = "8 SocketSource::Open(), bind failed, errno: ";
+  const std::string bad_group = "8 Multicast IP error, set correct multicast ip address or keep it empty";
+  struct {
+    std::uint16_t port;
+    std::string local, group;
+    std::string line;  // begins so
+    bool opens;
+  } const cases[] = {
+      {0, "", "", "", true},
+      {0, kLoopback, "", "", true},
+      {taken.port(), "", "", bind_failed, false},
+      {taken.port(), kLoopback, "", bind_failed, false},
+      {0, "127.0.0", "", bind_failed, false},
+      {0, "192.0.2.1", "", bind_failed, false},  // nobody's address
+      {0, "", "239.1.2", bad_group, true},
+      {0, kLoopback, "127.0.0.1", bad_group, true},  // no group
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.port) + " " + c.local + " " + c.group);
+    const test::LogLines log;
+    SocketSource source(c.port, c.local, c.group);
+    EXPECT_EQ(source.Open(), c.opens);
+    const Lines lines = OpenLines(log);
+    ASSERT_EQ(lines.size(), c.line.empty() ? 0U : 1U) << testing::PrintToString(lines);
+    EXPECT_TRUE(lines.empty() || lines[0].rfind(c.line, 0) == 0) << lines[0];
+    EXPECT_EQ(source.IsOpened(), c.opens);
+    UdpPacket packet;
+    EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 0), -1);  // a closed one tries its open again
+  }
+}
+
+TEST(SocketSource, SeveralShareAPort) {
+  const std::uint16_t port = FreePort();
+  SocketSource first(port, kLoopback, "");
+  SocketSource second(port, kLoopback, "");
+  ASSERT_TRUE(first.Open());
+  ASSERT_TRUE(second.Open());
+  Sender sender(kLoopback, port);
+  EXPECT_EQ(sender.Send({1, 2}), 2);
+  // Which of the two gets a datagram for one receiver is the system's choice.
+  UdpPacket packet;
+  int received = 0;
+  EXPECT_TRUE(test::Eventually([&] {
+    received = first.Receive(packet, kMaxPacketSize, 0, 1000);
+    return received > 0 || (received = second.Receive(packet, kMaxPacketSize, 0, 1000)) > 0;
+  }));
+  EXPECT_EQ(received, 2);
+  EXPECT_TRUE(IsIdle(first));
+  EXPECT_TRUE(IsIdle(second));
+}
+
+TEST(SocketSource, ReceivesItsGroupAndNoOther) {
+  const std::uint16_t port = FreePort();
+  const std::string groups[] = {"239.255.77.1", "239.255.77.2"};
+  SocketSource first(port, kLoopback, groups[0]);
+  SocketSource same(port, kLoopback, groups[0]);
+  SocketSource other(port, kLoopback, groups[1]);
+  const test::LogLines log;
+  ASSERT_TRUE(first.Open());
+  if (!log.Has("2 Recive data from multicast ip address " + groups[0])) {
+    GTEST_SKIP() << "the loopback interface of this machine joins no multicast group";
+  }
+  ASSERT_TRUE(same.Open());
+  ASSERT_TRUE(other.Open());
+  Sender sender(groups[0], port);
+  if (sender.Send({1, 2, 3}) != 3) {
+    GTEST_SKIP() << "this machine sends no multicast datagrams over its loopback interface";
+  }
+  UdpPacket packet;
+  EXPECT_EQ(Next(first, packet), (Bytes{1, 2, 3}));
+  EXPECT_EQ(packet.sender_ip, LoopbackIp());
+  EXPECT_EQ(Next(same, packet), (Bytes{1, 2, 3}));
+  EXPECT_TRUE(IsIdle(other));
+}
+
+TEST(SocketSource, BurstWaitsForABusyReader) {
+  const std::uint16_t port = FreePort();
+  const test::LogLines log;
+  SocketSource source(port, kLoopback, "");
+  ASSERT_TRUE(source.Open());
+  const std::string granted = log.All().front();
+  ASSERT_EQ(granted.rfind("2 OS current udp socket recv buff size is: ", 0), 0U) << granted;
+  const auto burst_of = [&](int count) {
+    Sender sender(kLoopback, port);
+    for (int i = 0; i < count; ++i) {
+      EXPECT_EQ(sender.Send(Bytes(1400)), 1400);
+    }
+    int received = 0;
+    for (UdpPacket packet; source.Receive(packet, kMaxPacketSize, 0, 0) > 0;) {
+      ++received;
+    }
+    return received;
+  };
+  source.SetReceiveBufferSize(1);  // the system's least, which is far less than the burst
+  EXPECT_LT(burst_of(100), 100);
+  if (std::stol(granted.substr(granted.rfind(' '))) < 4'000'000) {
+    GTEST_SKIP() << "this machine grants no large receive buffer";
+  }
+  ASSERT_TRUE(source.Open());
+  EXPECT_EQ(burst_of(500), 500);
+}
+
+}  // namespace
+}  // namespace quarn::lidar
