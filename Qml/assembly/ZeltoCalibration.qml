@@ -39,10 +39,9 @@ LabelledRow {
         elide: Text.ElideMiddle
     }
 
-    DefaultToolButton {
+    ZeltoButton {
         objectName: "zeltoCalibrationDownload"
         text: "Download"
-        enabled: !varkel_manager.isWorking
         hint: "Asks first for the folder to put it in"
         onClicked: dialog.active = true
     }

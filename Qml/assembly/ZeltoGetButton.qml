@@ -1,9 +1,6 @@
-import QtQuick 2.15
 import "."
 
-// Reads one setting. It rests while the sensor is busy with another call.
-DefaultToolButton {
+ZeltoButton {
     text: "Get"
-    enabled: !varkel_manager.isWorking
     hint: "Reads it from the sensor"
 }
