@@ -100,6 +100,10 @@ const CommandHandler::Route* CommandHandler::FindRoute(const CommandKey& key) co
   return found == routes_.end() ? nullptr : &found->second;
 }
 
+void CommandHandler::TakePackagesUnder(std::uint8_t command) {
+  routes_[{command, std::nullopt, CommandFamily::kKtc}].action = CommandAction::kUpgrade;
+}
+
 Reply CommandHandler::Handle(const ReceivedRequest& request) {
   const std::span<const std::uint8_t> payload(request.payload);
   const CommandKey key = KeyOfRequest(request);

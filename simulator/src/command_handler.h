@@ -32,6 +32,9 @@ class CommandHandler {
   /// number.
   CommandHandler(std::shared_ptr<const ConfigParser> model, SensorState& state, FirmwareStore& firmware);
 
+  /// Makes a command that the table lacks take firmware packages. Ahead of the first Handle.
+  void TakePackagesUnder(std::uint8_t command);
+
   Reply Handle(const ReceivedRequest& request);
 
  private:
@@ -58,7 +61,7 @@ class CommandHandler {
   SensorState& state_;
   FirmwareStore& firmware_;
   FieldOfView field_of_view_;
-  std::map<CommandKey, Route> routes_;  // constant after construction
+  std::map<CommandKey, Route> routes_;  // constant from the first Handle on
 };
 
 }  // namespace varkel::sim

@@ -17,6 +17,7 @@ enum ReturnCode : std::uint8_t {
   kBadPieceCount = 7,     ///< no pieces, more than the sensor has room for, or another count than before
   kBadPieceSize = 8,      ///< not 1024 bytes; the last piece: not 1 to 1024
   kBadPieceChecksum = 9,
+  kBadSerialFrame = 10,  ///< what a KTC command carries is not one good frame for a small sensor
 };
 
 }  // namespace varkel::sim

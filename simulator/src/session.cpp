@@ -56,12 +56,18 @@ bool SendReply(SocketHandle socket, const std::vector<std::uint8_t>& frame, cons
   return sent && !plan.closes;
 }
 
+Reply Handle(const ReceivedRequest& request, ReplyPlan& plan, const SessionParts& parts) {
+  if (plan.error) return {*plan.error, {}};
+  if (parts.tunnel != nullptr && SmallSensorTunnel::Takes(request)) return parts.tunnel->Handle(request, plan);
+  return parts.handler.Handle(request);
+}
+
 /// False when the conversation is over.
 bool Answer(SocketHandle socket, const ReceivedRequest& request, const StopSignal& stop,
             RestartSwitch& restart, const SessionParts& parts) {
   parts.log.Add(request);
-  const ReplyPlan plan = parts.misbehaviours.Next(KeyOfRequest(request));
-  const Reply reply = plan.error ? Reply{*plan.error, {}} : parts.handler.Handle(request);
+  ReplyPlan plan = parts.misbehaviours.Next(KeyOfRequest(request));
+  const Reply reply = Handle(request, plan, parts);
   if (parts.watcher) parts.watcher({request, reply.return_code, reply.payload.size()});
   if (plan.delay.count() > 0 && stop.WaitFor(plan.delay)) return false;
 

@@ -7,6 +7,7 @@
 #include "simulator/src/exchange_log.h"
 #include "simulator/src/misbehaviour.h"
 #include "simulator/src/restart_switch.h"
+#include "simulator/src/small_sensor_tunnel.h"
 #include "simulator/src/stop_signal.h"
 
 namespace varkel::sim {
@@ -17,6 +18,7 @@ struct SessionParts {
   Misbehaviours& misbehaviours;
   ExchangeLog& log;
   const std::function<void(const Exchange&)>& watcher;  ///< may be empty
+  const SmallSensorTunnel* tunnel = nullptr;            ///< the way to the small sensor behind this server
 };
 
 /// Answers one client until it leaves, the rules close the connection, the sensor restarts, or the signal is

@@ -2,6 +2,8 @@
 
 #include <atomic>
 #include <exception>
+#include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -12,11 +14,19 @@
 #include "simulator/src/sensor_state.h"
 #include "simulator/src/session.h"
 #include "simulator/src/sim_server.h"
+#include "simulator/src/small_sensor_tunnel.h"
 
 namespace varkel::sim {
 namespace {
 
 constexpr char kFirmwareVersion[] = "Firmware Version";
+constexpr char kSerialNumber[] = "SN";
+constexpr std::uint8_t kJunctionBoxPackage = 0x83;
+
+bool HasSmallSensor(const std::string& table_path) {
+  const std::string model = std::filesystem::path(table_path).stem().string();
+  return model == "Zelto-KTC" || model == "Marvo-KTC";
+}
 
 std::shared_ptr<const ConfigParser> LoadModel(const std::string& table_path) {
   auto model = std::make_shared<ConfigParser>(table_path);
@@ -41,10 +51,22 @@ struct SimulatedSensor::Parts {
         state(model, options.clock ? options.clock : SteadyClock()),
         handler(model, state, firmware) {
     for (const std::string& rule : options.misbehaviours) misbehaviours.Add(rule);
+    if (HasSmallSensor(options.table_path)) AddSmallSensor();
+  }
+
+  /// It tells the serial number that the table does.
+  void AddSmallSensor() {
+    device = std::make_unique<SmallSensorDevice>();
+    tunnel.emplace(SerialParts{*device, misbehaviours, options.serial_watcher});
+    handler.TakePackagesUnder(kJunctionBoxPackage);
+    if (model->FindByName(kSerialNumber) == nullptr) return;
+    device->state.Change(
+        [number = state.ValueText(kSerialNumber)](SmallSensorItems& items) { items.serial_number = number; });
   }
 
   void PowerUp() {
     state.PowerUp();
+    if (device) device->PowerUp();
     const auto version = firmware.Install();
     if (!version) return;
     try {
@@ -60,6 +82,8 @@ struct SimulatedSensor::Parts {
   CommandHandler handler;
   Misbehaviours misbehaviours;
   ExchangeLog log;
+  std::unique_ptr<SmallSensorDevice> device;  // null for a model without; constant after construction
+  std::optional<SmallSensorTunnel> tunnel;
   std::atomic<std::size_t> restarts{0};
   std::unique_ptr<SimServer> server;  // last: its threads use all the others
 };
@@ -72,7 +96,8 @@ SimulatedSensor::~SimulatedSensor() = default;
 void SimulatedSensor::Start() {
   if (parts_->server) return;
   Parts& parts = *parts_;
-  const SessionParts session{parts.handler, parts.misbehaviours, parts.log, parts.options.watcher};
+  const SessionParts session{parts.handler, parts.misbehaviours, parts.log, parts.options.watcher,
+                             parts.tunnel ? &*parts.tunnel : nullptr};
   const auto serve = [session](quarn::platform::SocketHandle socket, const StopSignal& stop,
                                RestartSwitch& restart) { ServeClient(socket, stop, restart, session); };
   parts.server = std::make_unique<SimServer>(
@@ -140,6 +165,13 @@ std::size_t SimulatedSensor::restarts() const {
 
 std::vector<std::uint8_t> SimulatedSensor::ReceivedPackage() const {
   return parts_->firmware.Package();
+}
+
+SmallSensorDevice& SimulatedSensor::device() {
+  if (!parts_->device) {
+    throw std::logic_error("The model of " + parts_->options.table_path + " has no small sensor behind it.");
+  }
+  return *parts_->device;
 }
 
 }  // namespace varkel::sim
