@@ -46,9 +46,7 @@ OtaStatus OtaStore::Begin(const SerialRequest& frame, bool is_component) {
   if (!frame.payload.empty()) return kOtaBadBlockSize;
   if (frame.first == 0 || frame.first > kMostBytes) return kOtaBadLength;
   if (frame.second > (is_component ? kLastComponentType : kLastMode)) return kOtaBadPurpose;
-  transfer_.emplace();
-  transfer_->firmware = {is_component, frame.second, {}};
-  transfer_->length = frame.first;
+  transfer_ = Transfer{{is_component, frame.second, {}}, frame.first, 0, false};
   return kOtaTaken;
 }
 

@@ -9,7 +9,6 @@
 namespace varkel::sim {
 namespace {
 
-using quarn::lidar::kSerialTagSize;
 using quarn::lidar::LoadBigEndian;
 using quarn::lidar::LoadLittleEndian;
 using quarn::lidar::ReplyKind;

@@ -58,8 +58,9 @@ bool SendReply(SocketHandle socket, const std::vector<std::uint8_t>& frame, cons
 
 Reply Handle(const ReceivedRequest& request, ReplyPlan& plan, const SessionParts& parts) {
   if (plan.error) return {*plan.error, {}};
-  if (parts.tunnel != nullptr && SmallSensorTunnel::Takes(request))
+  if (parts.tunnel != nullptr && SmallSensorTunnel::Takes(request)) {
     return parts.tunnel->Handle(request, plan);
+  }
   return parts.handler.Handle(request);
 }
 

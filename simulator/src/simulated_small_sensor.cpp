@@ -22,8 +22,9 @@ class LineLink {
     std::error_code error;
     if (fs::is_symlink(path_, error)) fs::remove(path_, error);
     fs::create_symlink(target, path_, error);
-    if (error)
+    if (error) {
       throw std::runtime_error("Can't link " + path_ + " to a serial line: " + error.message() + ".");
+    }
   }
   ~LineLink() {
     std::error_code error;

@@ -131,9 +131,10 @@ bool PseudoTerminal::Write(std::span<const std::uint8_t> bytes, std::int64_t tim
     const ssize_t count = write(native_->master, bytes.data(), bytes.size());
     if (count > 0) {
       bytes = bytes.subspan(static_cast<std::size_t>(count));
-    } else if (count < 0 && errno != EAGAIN && errno != EINTR) {
-      return false;
-    } else if (native_->Wait(POLLOUT, MicrosecondsUntil(deadline)) <= 0) {
+      continue;
+    }
+    const bool may_go_on = count == 0 || errno == EAGAIN || errno == EINTR;
+    if (!may_go_on || native_->Wait(POLLOUT, MicrosecondsUntil(deadline)) <= 0) {
       return false;
     }
   }
