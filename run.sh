@@ -72,6 +72,7 @@ if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
 elif [ "$simulator" = yes ]; then
   pictures=$root/screenshots
   mkdir -p "$pictures"
+  rm -f "$pictures"/*.png
   echo "No display: running under a virtual screen, screenshots go to $pictures"
   xvfb-run --auto-servernum --server-args='-screen 0 1920x1080x24' "${tool[@]}" --tour "$pictures"
   echo "Screenshots:"

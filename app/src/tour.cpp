@@ -8,9 +8,11 @@
 #include <QQmlContext>
 #include <QQuickItem>
 #include <QQuickItemGrabResult>
+#include <QRegExp>
 #include <QTextStream>
 #include <QTimer>
 #include <QVariant>
+#include <algorithm>
 #include <functional>
 
 #include "VarkelCore/src/varkel_manager.h"
@@ -63,6 +65,8 @@ class Guide {
  private:
   QQuickItem* Find(const QString& name) const { return FindBelow(view_.contentItem(), name); }
   bool Connect();
+  bool VisitPages();
+  bool VisitSmallSensor();
   bool Visit(int page, const QString& title);
   void WaitForLiveRounds(int page);
   void PrintRows(int page, const QString& title) const;
@@ -207,20 +211,49 @@ bool Guide::Photograph(const QString& name) {
   return true;
 }
 
+bool Guide::VisitPages() {
+  const QStringList titles = view_.rootObject()->property("tabTitles").toStringList();
+  for (int page = 0; page < titles.size(); ++page) {
+    if (!Visit(page, titles[page])) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// A small sensor has one page of its own, which fills while the sensor tells of itself.
+bool Guide::VisitSmallSensor() {
+  const auto rows = [this] { return manager_->ZeltoLidarInfo() + manager_->ZeltoLidarVersionInfo(); };
+  const QRegExp placeholder("[x.]*");
+  const auto is_filled = [&] {
+    const QVariantList shown = rows();
+    return std::none_of(shown.begin(), shown.end(), [&](const QVariant& row) {
+      return placeholder.exactMatch(row.toMap().value("value").toString());
+    });
+  };
+  WaitUntil([&] { return is_filled() && !manager_->isWorking(); }, kReadMs);
+  QTextStream out(stdout);
+  for (const QVariant& row : rows()) {
+    out << row.toMap().value("label").toString() << ": " << row.toMap().value("value").toString() << '\n';
+  }
+  out.flush();
+  TakeNotices();
+  return Photograph("01-Lidar");
+}
+
 int Guide::Run() {
   if (!QDir().mkpath(plan_.folder)) {
     return Fail("the folder " + plan_.folder + " can't be made.");
   }
+  // A picture can only be taken of a window that has been painted.
+  WaitUntil([this] { return view_.isExposed() && view_.isSceneGraphInitialized(); }, kPaintMs);
   if (!Connect()) {
     return 1;
   }
   // The connection reads its first page by itself.
   WaitUntil([this] { return !manager_->isReadingPage(); }, kReadMs);
-  const QStringList titles = view_.rootObject()->property("tabTitles").toStringList();
-  for (int page = 0; page < titles.size(); ++page) {
-    if (!Visit(page, titles[page])) {
-      return 1;
-    }
+  if (!(manager_->connectType() == 0 ? VisitPages() : VisitSmallSensor())) {
+    return 1;
   }
   QMetaObject::invokeMethod(Find("connectButton"), "clicked");
   return WaitUntil([this] { return !manager_->IsConnected(); }, kConnectMs) ? 0 : 1;
