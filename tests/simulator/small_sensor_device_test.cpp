@@ -1,13 +1,18 @@
 // What a small sensor makes of the bytes, frames and items that reach it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "libquarn/KtcClient/src/crc32_mpeg2.h"
+#include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Source/src/serial_frame.h"
+#include "simulator/src/misbehaviour.h"
 #include "simulator/src/ota_store.h"
+#include "simulator/src/serial_answer.h"
 #include "simulator/src/serial_request.h"
 #include "simulator/src/small_sensor_device.h"
 
@@ -170,6 +175,23 @@ TEST(SmallSensorHandler, TakesComponentsOnlyOnceItsModeWasChanged) {
   EXPECT_EQ(device.handler.Handle(start).contents, Bytes{kOtaTaken});
   device.PowerUp();
   EXPECT_EQ(device.handler.Handle(start).contents, Bytes{kOtaNotReady});
+}
+
+// A client that believed the length byte would find nothing else wrong.
+TEST(SerialAnswer, LiesAboutNothingButItsLength) {
+  SmallSensorDevice device;
+  Misbehaviours rules;
+  rules.Add("ldcmd:11=lying-length:-1");
+  rules.Add("ldcmd:11=noise:3");
+  const SerialRequest standby{ReplyKind::kCommand, 3, {11, 0}, 0, 0};
+  const Bytes bytes = AnswerSerialRequest(standby, Carriage::kLine, {device, rules, {}}).bytes;
+  constexpr std::size_t kFrameSize = 22;
+  ASSERT_EQ(bytes.size(), 3 + kFrameSize);
+  const std::span<const std::uint8_t> frame = std::span(bytes).subspan(3);
+  Bytes counted(frame.begin() + 7, frame.begin() + 16);
+  EXPECT_EQ(Bytes(counted.begin(), counted.begin() + 5), (Bytes{2, 3, 11, 0, 0}));
+  counted.resize(12);
+  EXPECT_EQ(quarn::lidar::LoadLittleEndian<std::uint32_t>(frame, 16), quarn::lidar::Crc32Mpeg2(counted));
 }
 
 }  // namespace
