@@ -2,13 +2,24 @@ import QtQuick 2.15
 import "."
 
 // Asks the sensor for something. It rests while the sensor is busy with another call, and dims so slowly that a
-// quick answer does not make the page flicker.
+// quick answer does not make the page flicker. Its tip stands beside it, off the button of the next row.
 DefaultToolButton {
+    id: button
+
+    property string tip
+
     enabled: !varkel_manager.isWorking
+    Accessible.description: tip
 
     Behavior on opacity {
         NumberAnimation {
             duration: Theme.blink
         }
+    }
+
+    Hint {
+        text: button.tip
+        beside: true
+        shown: button.hovered
     }
 }

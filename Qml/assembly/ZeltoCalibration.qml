@@ -42,7 +42,7 @@ LabelledRow {
     ZeltoButton {
         objectName: "zeltoCalibrationDownload"
         text: "Download"
-        hint: "Asks first for the folder to put it in"
+        tip: "Asks first for the folder to put it in"
         onClicked: dialog.active = true
     }
 

@@ -1,6 +1,8 @@
+import QtQuick 2.15
 import "."
 
+// Without a tip, which would cover "Save" beside it.
 ZeltoButton {
     text: "Get"
-    hint: "Reads it from the sensor"
+    Accessible.description: "Reads it from the sensor"
 }

@@ -3,5 +3,5 @@ import "."
 ZeltoButton {
     text: "Save"
     primary: true
-    hint: "Writes it to the sensor"
+    tip: "Writes it to the sensor"
 }
