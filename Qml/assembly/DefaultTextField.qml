@@ -26,7 +26,7 @@ T.TextField {
     }
 
     function finish() {
-        if (text !== value) {
+        if (!readOnly && text !== value) {
             value = text;
             commit(text);
         }

@@ -138,16 +138,15 @@ void VarkelManager::Private::EndConnections() {
 }
 
 bool VarkelManager::Private::CanUpgradeSmallSensor() const {
-  const bool over_lines = connect_type == varkel::kSerialLines && link.LineExchange();
-  const bool over_ktc = connect_type == varkel::kKtcToSmallSensor && link.KtcExchange();
-  return link.is_connected() && !upgrade.is_upgrading() && (over_lines || over_ktc);
+  return connect_type != varkel::kNetwork && link.is_connected() && !upgrade.is_upgrading() &&
+         link.Exchange();
 }
 
 void VarkelManager::Private::UpgradeSmallSensor(const std::stop_token& stop,
                                                 const std::vector<std::uint8_t>& package) {
   static constexpr int kJunctionBox = 2;
   static constexpr char kJunctionBoxCommand[] = "0x83";
-  const bool over_ktc = connect_type == varkel::kKtcToSmallSensor;
+  const auto over_ktc = link.KtcExchange();
   if (over_ktc && upgrade_mode == kJunctionBox) {
     if (const auto client = serial.ktc_client()) {
       upgrade.SendOverNetwork(stop, *client, package, kJunctionBoxCommand);
@@ -156,7 +155,7 @@ void VarkelManager::Private::UpgradeSmallSensor(const std::stop_token& stop,
     }
     return;
   }
-  const auto exchange = over_ktc ? link.KtcExchange() : link.LineExchange();
+  const auto exchange = over_ktc ? over_ktc : link.LineExchange();
   if (!exchange) {
     upgrade.Run().end();
     return;
@@ -169,8 +168,9 @@ std::optional<varkel::CommandConsole::Road> VarkelManager::Private::ConsoleRoad(
     auto client = IdleClient();
     return client ? std::optional(varkel::CommandConsole::OverKtc(std::move(client))) : std::nullopt;
   }
-  const bool over_ktc = connect_type == varkel::kKtcToSmallSensor;
-  auto exchange = over_ktc ? link.KtcExchange() : link.LineExchange();
+  // By what stands: a function that was refused over the lines has made the controller a KTC one.
+  auto exchange = link.Exchange();
+  const bool over_ktc = exchange && exchange != link.LineExchange();
   if (!link.is_connected() || upgrade.is_upgrading() || !exchange) {
     Error("lidar is not connected, or lidar is upgrade");
     return std::nullopt;

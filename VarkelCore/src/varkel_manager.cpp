@@ -222,7 +222,8 @@ bool VarkelManager::ConnectLidar() {
 }
 
 bool VarkelManager::CheckLidarConnection() {
-  return d_->connection.CheckLidarConnection();
+  return d_->serial.is_connected() ? d_->serial.CheckLidarConnection()
+                                   : d_->connection.CheckLidarConnection();
 }
 
 void VarkelManager::CheckConnectionInBackground() {
@@ -239,6 +240,7 @@ void VarkelManager::CheckConnectionInBackground() {
 void VarkelManager::Stop() {
   const bool network = d_->connect_type == varkel::kNetwork;
   d_->EndConnections();
+  d_->connect_type = varkel::ConnectTypeOf(d_->selection.model_name());  // the next connection is the model's
   if (network) d_->edits.Clear();
   emit isConnectedChanged();
   if (network) {
@@ -534,7 +536,7 @@ int VarkelManager::ZeltoUpgradeLidar(const QUrl& fileUrl) {
 }
 
 int VarkelManager::MarvoUpgradeLidar(const QUrl& fileUrl) {
-  if (!d_->CanUpgradeSmallSensor() || d_->connect_type != varkel::kKtcToSmallSensor) {
+  if (!d_->CanUpgradeSmallSensor() || !d_->link.KtcExchange()) {
     setErrorMsg(QStringLiteral("lidar is not connected, or lidar is upgrading"));
     return -1;
   }

@@ -1,4 +1,5 @@
 #include <QFile>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 
 #include "simulator/src/simulated_small_sensor.h"
@@ -90,6 +91,8 @@ class SmallSensorWindowTest : public QObject {
  private slots:
   void ShowsWhatTheSensorSays_data();
   void ShowsWhatTheSensorSays();
+  void CheckFindsTheSensorAlive_data();
+  void CheckFindsTheSensorAlive();
   void SetsAndReadsOverKtc_data();
   void SetsAndReadsOverKtc();
   void RefusedOverSerialLines();
@@ -128,6 +131,25 @@ void SmallSensorWindowTest::ShowsWhatTheSensorSays() {
   if (ktc) {
     QCOMPARE(desk.Text("zeltoDestinationIpField") + desk.Text("zeltoDestinationPortField"), "");
   }
+}
+
+void SmallSensorWindowTest::CheckFindsTheSensorAlive_data() {
+  QTest::addColumn<QString>("model");
+  QTest::newRow("lines") << "Zelto";
+  QTest::newRow("KTC") << "Zelto-KTC";
+}
+
+void SmallSensorWindowTest::CheckFindsTheSensorAlive() {
+  QFETCH(QString, model);
+  SmallDesk desk(model);
+  QVERIFY(desk.ConnectSmall());
+  QSignalSpy checked(desk.manager, &VarkelManager::connectionCheckFinished);
+  desk.manager->CheckConnectionInBackground();
+  QVERIFY(checked.wait());
+  QVERIFY(checked[0][0].toBool());
+  QVERIFY(desk.manager->IsConnected());
+  desk.lines ? desk.lines->Stop() : desk.network->Stop();
+  QTRY_VERIFY_WITH_TIMEOUT(!desk.manager->IsConnected(), 15000);
 }
 
 void SmallSensorWindowTest::SetsAndReadsOverKtc_data() {
