@@ -42,16 +42,19 @@ if [ "$simulator" = yes ]; then
   home=$root/build/release/simulated-home
   mkdir -p "$home/Documents/VelmoraDataFiles"
   printf 'XDG_DOCUMENTS_DIR="%s"\n' "$home/Documents" >"$home/user-dirs.dirs"
-  printf '[General]\ndevice_ip_address=127.0.0.1\nktc_port=%s\n' "$port" \
-    >"$home/Documents/VelmoraDataFiles/RecvSettings.ini"
+  printf '[General]\ndevice_ip_address=127.0.0.1\nktc_port=%s\nrs485_com=%s\nrs232_com=%s\n' \
+    "$port" "$home/rs485" "$home/uart" >"$home/Documents/VelmoraDataFiles/RecvSettings.ini"
   export XDG_CONFIG_HOME=$home
 
   log=$root/build/release/simulator.log
-  "$bin/varkel-sim" --model "$model" --port "$port" >"$log" 2>&1 &
+  simulated=("$bin/varkel-sim" --model "$model" --port "$port")
+  # The model Zelto is on two serial lines, for which pseudo-terminals stand in.
+  [ "$model" = Zelto ] && simulated+=(--rs485-link "$home/rs485" --uart-link "$home/uart")
+  "${simulated[@]}" >"$log" 2>&1 &
   simulator_pid=$!
   trap 'kill "$simulator_pid" 2>/dev/null || true; wait "$simulator_pid" 2>/dev/null || true' EXIT
   for _ in $(seq 100); do
-    grep -q '^listening on ' "$log" && break
+    grep -qE '^(listening on|serial lines:) ' "$log" && break
     kill -0 "$simulator_pid" 2>/dev/null || { echo "The simulated sensor did not start:" >&2; cat "$log" >&2; exit 1; }
     sleep 0.05
   done
@@ -69,6 +72,7 @@ if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
 elif [ "$simulator" = yes ]; then
   pictures=$root/screenshots
   mkdir -p "$pictures"
+  rm -f "$pictures"/*.png
   echo "No display: running under a virtual screen, screenshots go to $pictures"
   xvfb-run --auto-servernum --server-args='-screen 0 1920x1080x24' "${tool[@]}" --tour "$pictures"
   echo "Screenshots:"

@@ -9,7 +9,6 @@ Rectangle {
     property var pageTitles: []
     property var pageLists: []
     property int currentPage: 0
-    property bool connecting: false
     property bool modelCheckDue: false
     readonly property bool table: varkel_manager.connectType === 0
     readonly property var tabTitles: pageTitles.concat(["Log", "Send Command"])
@@ -18,15 +17,16 @@ Rectangle {
         onByteFlowToggled: varkel_manager.SetLogBytesFlowStatus(on)
         onFailed: root.callErrorInfoWindow(message)
     }
-    readonly property bool busy: connecting || varkel_manager.isReadingPage
+    readonly property bool busy: watch.connecting || varkel_manager.isReadingPage || varkel_manager.isWorking
 
     function callMessageWindow(msg, btn_text = "OK", module_name = "") {
         if (msg === "") {
             return;
         }
         if (btn_text === "Continue" && module_name !== "") {
-            messageWindow.notify("The " + msg + "set by the user was detected to be outside the range specified in the "
-                                 + "config file. Do you wish to continue?", btn_text, module_name);
+            messageWindow.notify("The " + msg + "set by the user was detected to be outside the range "
+                                 + "specified in the config file. Do you wish to continue?", btn_text,
+                                 module_name);
         } else {
             messageWindow.notify(msg, btn_text);
         }
@@ -88,11 +88,10 @@ Rectangle {
             if (varkel_manager.IsUpgrading) {
                 callErrorInfoWindow("Disconnect REJECTED. Lidar is upgrading.");
             } else {
-                checkTimer.stop();
                 varkel_manager.Stop();
             }
         } else {
-            connecting = varkel_manager.ConnectLidar();
+            watch.connecting = varkel_manager.ConnectLidar();
         }
     }
 
@@ -102,29 +101,9 @@ Rectangle {
         varkel_manager.UpdateUI();
     }
 
-    // Serial number and part number tell whether the connected sensor is of the selected model.
-    function checkModel() {
-        var pn = varkel_manager.getLidarPN();
-        var sn = varkel_manager.getLidarSN();
-        var model = topBar.model;
-        if (pn !== "" && sn !== "") {
-            var known = [model, model.substring(0, 2)].some(function (part) {
-                return pn.indexOf(part) >= 0 || sn.indexOf(part) >= 0;
-            });
-            if (!known) {
-                callErrorInfoWindow("WARNING: Please note that a mismatch is detected between the lidar model on the "
-                                    + "connection and the one selected. Some functions of VK may be in error.");
-            }
-        } else if ((pn === "") !== (sn === "") && (pn !== "xxxxxx" || sn !== "xxxxxx")) {
-            callErrorInfoWindow("WARNING: There is a problem with the PN or SN code of the device you are connecting to.");
-        } else {
-            callErrorInfoWindow("WARNING: Empty PN or SN code detected. Please check your device.");
-        }
-    }
-
+    // The page is read again when the save has ended.
     function saveModule(module) {
-        varkel_manager.Run(module);
-        varkel_manager.ReadPageInBackground(module);
+        varkel_manager.RunInBackground(module);
     }
 
     function requestSave(module) {
@@ -156,7 +135,6 @@ Rectangle {
         id: topBar
 
         width: parent.width
-        connecting: root.connecting
         onConnectRequested: root.pressConnect()
         onModelChosen: root.changeModel(name)
         onAboutRequested: aboutWindow.show()
@@ -217,7 +195,7 @@ Rectangle {
             commands.history: varkel_manager.SendCommandHistory
             commands.replyHeader: varkel_manager.SendKtcCommandReturnHeader
             commands.replyPayload: varkel_manager.SendKtcCommandReturnPayload
-            commands.onSend: varkel_manager.SendCommand(code, payload)
+            commands.onSend: varkel_manager.SendCommandInBackground(code, payload)
             onLogRequested: root.logWindow.present()
         }
     }
@@ -248,24 +226,17 @@ Rectangle {
         onChosen: root.choosePage(index)
     }
 
-    Timer {
-        id: checkTimer
-
-        interval: Theme.connectionCheckInterval
-        repeat: true
-        onTriggered: {
-            if (varkel_manager.IsConnected && !varkel_manager.IsUpgrading && !varkel_manager.IsDownloadLog) {
-                varkel_manager.CheckConnectionInBackground();
-            }
-        }
+    ModelCheck {
+        id: modelCheck
     }
 
-    // An attempt ends without a signal of its own when it fails.
-    Timer {
-        interval: Theme.blink
-        repeat: true
-        running: root.connecting
-        onTriggered: root.connecting = varkel_manager.GetIsConnectingLidar()
+    ConnectionWatch {
+        id: watch
+
+        onLost: {
+            root.printLog("The sensor does not answer any more, so the connection is closed.", "WARNING");
+            root.pressConnect();
+        }
     }
 
     Connections {
@@ -293,14 +264,7 @@ Rectangle {
         }
 
         function onIsConnectedChanged() {
-            root.connecting = false;
             root.modelCheckDue = varkel_manager.IsConnected && root.table;
-            if (varkel_manager.IsConnected) {
-                // A pair of serial ports has no command connection that could be probed.
-                checkTimer.running = varkel_manager.connectType !== 1;
-            } else {
-                checkTimer.stop();
-            }
             if (root.modelCheckDue) {
                 varkel_manager.ReadPageInBackground(0);
             }
@@ -309,20 +273,16 @@ Rectangle {
         function onPageReadFinished(module) {
             if (root.modelCheckDue && module === 0 && varkel_manager.IsConnected) {
                 root.modelCheckDue = false;
-                root.checkModel();
+                root.callErrorInfoWindow(modelCheck.warning(varkel_manager.getLidarPN(),
+                                                            varkel_manager.getLidarSN(), topBar.model));
                 if (root.currentPage !== 0) {
                     root.readCurrentPage();
                 }
             }
         }
 
-        function onConnectionCheckFinished(alive) {
-            if (!alive && varkel_manager.IsConnected && !varkel_manager.IsUpgrading
-                    && !varkel_manager.IsDownloadLog) {
-                checkTimer.stop();
-                root.printLog("The sensor does not answer any more, so the connection is closed.", "WARNING");
-                root.pressConnect();
-            }
+        function onPageWriteFinished(module) {
+            varkel_manager.ReadPageInBackground(module);
         }
 
         function onLidarClearModel() {

@@ -16,16 +16,24 @@
 #include <vector>
 
 #include "simulator/src/simulated_sensor.h"
+#include "simulator/src/simulated_small_sensor.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using varkel::sim::Exchange;
 using varkel::sim::SensorOptions;
+using varkel::sim::SerialRequest;
 using varkel::sim::SimulatedSensor;
+using varkel::sim::SimulatedSmallSensor;
+using varkel::sim::SmallSensorOptions;
 
 /// The longest time that a signal goes unnoticed: a handler may do no more than set a flag.
 constexpr std::chrono::milliseconds kSignalCheck{50};
+constexpr int kLongestRestartMs = 600'000;
+/// The model that has no network, only two serial lines.
+constexpr char kSerialModel[] = "Zelto";
+constexpr std::chrono::milliseconds kDataPeriod{100};
 
 std::atomic<bool> stop_requested{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it");
@@ -73,37 +81,87 @@ void PrintExchange(const Exchange& exchange) {
   std::fflush(stdout);
 }
 
-void RunUntilSignal(SimulatedSensor& sensor) {
-  std::signal(SIGINT, RequestStop);
-  std::signal(SIGTERM, RequestStop);
-  sensor.Start();
-  std::printf("listening on %s:%u\n", sensor.address().c_str(), unsigned{sensor.port()});
+/// The same for what a small sensor gets.
+void PrintSerialRequest(const SerialRequest& request) {
+  static std::mutex mutex;
+  const std::lock_guard<std::mutex> lock(mutex);
+  const bool is_firmware = request.kind == quarn::lidar::ReplyKind::kOta;
+  std::printf("%s frame 0x%02X, %zu bytes", is_firmware ? "firmware" : "command", unsigned{request.code},
+              request.payload.size());
+  if (is_firmware) {
+    std::printf(", values %lu and %lu", static_cast<unsigned long>(request.first),
+                static_cast<unsigned long>(request.second));
+  } else if (!request.payload.empty()) {
+    std::printf(", item %u", unsigned{request.payload.front()});
+  }
+  std::printf("\n");
+  std::fflush(stdout);
+}
+
+void WaitForSignal() {
   std::fflush(stdout);
   while (!stop_requested) std::this_thread::sleep_for(kSignalCheck);
+}
+
+void RunUntilSignal(SimulatedSensor& sensor) {
+  sensor.Start();
+  std::printf("listening on %s:%u\n", sensor.address().c_str(), unsigned{sensor.port()});
+  WaitForSignal();
+  sensor.Stop();
+}
+
+void RunUntilSignal(SimulatedSmallSensor& sensor) {
+  sensor.Start();
+  std::printf("serial lines: %s %s\n", sensor.rs485_path().c_str(), sensor.uart_path().c_str());
+  WaitForSignal();
   sensor.Stop();
 }
 
 int Run(int argc, char** argv) {
-  CLI::App app("A simulated lidar sensor on a TCP port", "varkel-sim");
+  CLI::App app("A simulated lidar sensor on a TCP port or, for the model Zelto, on two serial lines",
+               "varkel-sim");
   SensorOptions options;
+  SmallSensorOptions lines;
   options.port = 9347;
   std::string model = "Quenta";
   std::string folder = DefaultTableFolder(argv[0]).string();
   bool verbose = false;
+  int restart_time_ms = 3000;
   app.add_option("--model", model, "Model, named like its table")->capture_default_str();
   app.add_option("--config", folder, "Folder of the model tables")->capture_default_str();
   app.add_option("--address", options.address, "Address to listen on")->capture_default_str();
   app.add_option("--port", options.port, "Port to listen on; 0 picks a free one")->capture_default_str();
+  app.add_option("--rs485-link", lines.rs485_link, "Where to put a link to the RS485 line of Zelto");
+  app.add_option("--uart-link", lines.uart_link, "Where to put a link to the UART line of Zelto");
   app.add_option(
          "--misbehave", options.misbehaviours,
          "COMMAND=KIND[:ARGUMENT][#N], e.g. 0x07=silence or 0x12=late:1500; kinds: late, split, noise, "
-         "wrong-echo, error, lying-length, silence, close. Repeatable")
+         "wrong-echo, error, lying-length, silence, close. A small sensor's frames are ldcmd:ITEM (or "
+         "ldcmd-get:, "
+         "ldcmd-set:) and ota:TYPE, e.g. ota:2=error:7#3. Repeatable")
       ->allow_extra_args(false);
+  app.add_option("--restart-time", restart_time_ms, "Milliseconds for which a restart refuses connections")
+      ->check(CLI::Range(0, kLongestRestartMs))
+      ->capture_default_str();
   app.add_flag("--verbose", verbose, "Print every exchange");
   CLI11_PARSE(app, argc, argv);
 
+  options.restart_time = std::chrono::milliseconds(restart_time_ms);
   options.table_path = TableOf(model, folder);
-  if (verbose) options.watcher = PrintExchange;
+  std::signal(SIGINT, RequestStop);
+  std::signal(SIGTERM, RequestStop);
+  if (verbose) {
+    options.watcher = PrintExchange;
+    options.serial_watcher = PrintSerialRequest;
+  }
+  if (model == kSerialModel) {
+    lines.misbehaviours = options.misbehaviours;
+    lines.watcher = options.serial_watcher;
+    lines.data_period = kDataPeriod;
+    SimulatedSmallSensor sensor(std::move(lines));
+    RunUntilSignal(sensor);
+    return 0;
+  }
   SimulatedSensor sensor(std::move(options));
   RunUntilSignal(sensor);
   return 0;

@@ -2,8 +2,9 @@ import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
 import "."
 
-// A text field. `commit(text)` comes once an edit is finished (Enter, Tab or a click elsewhere) and only when the
-// text differs from the shown value; Escape takes the edit back. With `readOnly` it is flat text to select and copy.
+// A text field. `commit(text)` comes once an edit is finished (Enter, Tab or a click elsewhere) and only when
+// the text differs from the shown value; Escape takes the edit back. With `readOnly` it is flat text to
+// select and copy.
 T.TextField {
     id: field
 
@@ -69,6 +70,8 @@ T.TextField {
             finish();
             deselect();
             setText(value);
+        } else if (!readOnly && (focusReason === Qt.TabFocusReason || focusReason === Qt.BacktabFocusReason)) {
+            selectAll(); // so that typing replaces the value
         }
     }
 

@@ -37,7 +37,8 @@ T.ToolButton {
     background: Rectangle {
         color: {
             if (button.primary) {
-                return button.pressed ? Theme.accentPressed : button.hovered ? Theme.accentHover : Theme.accent;
+                return button.pressed ? Theme.accentPressed
+                                      : button.hovered ? Theme.accentHover : Theme.accent;
             }
             if (button.pressed) {
                 return Theme.buttonPressed;

@@ -28,7 +28,8 @@ T.AbstractButton {
 
     background: Canvas {
         readonly property color lineColor: target.containsDrag || field.visualFocus
-                                           ? Theme.borderFocus : field.hovered ? Theme.borderHover : Theme.border
+                                           ? Theme.borderFocus
+                                           : field.hovered ? Theme.borderHover : Theme.border
         readonly property color fillColor: target.containsDrag || field.pressed ? Theme.button : Theme.field
 
         onLineColorChanged: requestPaint()

@@ -33,6 +33,7 @@ T.AbstractButton {
         radius: height / 2
         color: filter.checked ? Theme.button : filter.hovered ? Theme.raised : "transparent"
         border.width: filter.visualFocus ? 2 * Theme.line : Theme.line
-        border.color: filter.visualFocus ? Theme.borderFocus : filter.checked ? Theme.borderHover : Theme.border
+        border.color: filter.visualFocus ? Theme.borderFocus
+                                         : filter.checked ? Theme.borderHover : Theme.border
     }
 }

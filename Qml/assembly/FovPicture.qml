@@ -21,7 +21,8 @@ Canvas {
         for (var i = 0; i < fields; ++i) {
             var ring = radius - i * step;
             drawRing(context, ring, 0, 360, Theme.button, step - 2);
-            drawRing(context, ring, Number(angles[i]), Number(angles[i + fields]), Theme.sectors[i], step - 2);
+            drawRing(context, ring, Number(angles[i]), Number(angles[i + fields]),
+                     Theme.sectors[i], step - 2);
         }
         context.beginPath();
         context.fillStyle = Theme.text;

@@ -2,7 +2,8 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "."
 
-// A command typed as hexadecimal text, its reply, and the commands sent before. Up and Down in a field recall them.
+// A command typed as hexadecimal text, its reply, and the commands sent before. Up and Down in a field recall
+// them.
 Column {
     id: widget
 

@@ -1,7 +1,8 @@
 import QtQuick 2.15
 import "."
 
-// The tooltip of the control that it fills, below or beside it; made only while the pointer rests there, as pages have hundreds.
+// The tooltip of the control that it fills, below or beside it; made only while the pointer rests
+// there, as pages have hundreds.
 Loader {
     id: hint
 

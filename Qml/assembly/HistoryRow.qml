@@ -52,7 +52,8 @@ T.AbstractButton {
     }
 
     background: Rectangle {
-        color: row.pressed ? Theme.buttonHover : row.hovered ? Theme.button : row.heading ? Theme.bar : "transparent"
+        color: row.pressed ? Theme.buttonHover : row.hovered ? Theme.button
+                           : row.heading ? Theme.bar : "transparent"
         border.width: row.visualFocus ? Theme.line : 0
         border.color: Theme.borderFocus
 

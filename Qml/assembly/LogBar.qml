@@ -51,8 +51,15 @@ Rectangle {
             objectName: "logCount"
             color: Theme.textMuted
             elide: Text.ElideRight
-            text: !bar.log ? "" : bar.log.paused && bar.log.waiting > 0
-                                  ? bar.log.waiting + " new" : bar.log.count + (bar.log.count === 1 ? " line" : " lines")
+            text: {
+                if (!bar.log) {
+                    return "";
+                }
+                if (bar.log.paused && bar.log.waiting > 0) {
+                    return bar.log.waiting + " new";
+                }
+                return bar.log.count + (bar.log.count === 1 ? " line" : " lines");
+            }
         }
 
         DefaultToolButton {

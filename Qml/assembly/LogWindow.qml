@@ -54,7 +54,7 @@ Window {
     }
 
     Shortcut {
-        sequence: StandardKey.Close
+        sequences: [StandardKey.Close]
         onActivated: logWindow.close()
     }
 

@@ -31,7 +31,8 @@ T.AbstractButton {
     }
 
     background: Rectangle {
-        color: entry.current ? Theme.window : entry.pressed ? Theme.button : entry.hovered ? Theme.raised : "transparent"
+        color: entry.current ? Theme.window
+                             : entry.pressed ? Theme.button : entry.hovered ? Theme.raised : "transparent"
         border.width: entry.visualFocus ? Theme.line : 0
         border.color: Theme.borderFocus
 

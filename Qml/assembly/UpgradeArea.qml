@@ -3,7 +3,8 @@ import QtQuick.Dialogs 1.3
 import QtQuick.Layouts 1.15
 import "."
 
-// Takes a firmware package by choice or by drop and shows how far its transfer is.
+// Takes a firmware package by choice or by drop and shows how far its transfer is. Rows put inside it stand
+// above the drop field.
 Item {
     id: area
 
@@ -11,6 +12,9 @@ Item {
     property bool upgrading: false
     property alias ratio: progress.ratio
     property string fileName
+    property string remark // stands in the file name's place until a file is taken
+    property bool quietWhenIdle: false // no bar and no note but while upgrading
+    default property alias content: extra.data
 
     signal fileChosen(url file)
     signal fileRefused(url file)
@@ -19,6 +23,7 @@ Item {
         var path = file.toString();
         for (var i = 0; i < endings.length; ++i) {
             if (path.endsWith(endings[i])) {
+                remark = "";
                 fileName = decodeURIComponent(path.substring(path.lastIndexOf("/") + 1));
                 fileChosen(file);
                 return;
@@ -50,10 +55,17 @@ Item {
             BodyText {
                 Layout.fillWidth: true
                 objectName: "upgradeFileName"
-                color: Theme.textMuted
+                color: area.remark.length > 0 ? Theme.warning : Theme.textMuted
                 elide: Text.ElideMiddle
-                text: area.fileName
+                text: area.remark.length > 0 ? area.remark : area.fileName
             }
+        }
+
+        Column {
+            id: extra
+
+            width: parent.width
+            visible: children.length > 0
         }
 
         DropField {
@@ -71,11 +83,13 @@ Item {
 
             objectName: "upgradeProgress"
             width: parent.width
+            visible: area.upgrading || !area.quietWhenIdle
         }
 
         BodyText {
             objectName: "upgradeNote"
             width: parent.width
+            visible: area.upgrading || !area.quietWhenIdle
             text: "Keep the power on while upgrading. The lidar will reboot after upgrade."
             color: area.upgrading ? Theme.warning : Theme.textMuted
             wrapMode: Text.Wrap

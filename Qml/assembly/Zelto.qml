@@ -18,56 +18,71 @@ Flickable {
     clip: true
     T.ScrollBar.vertical: DefaultScrollBar {}
 
+    Accessible.role: Accessible.Pane
+    Accessible.name: selectedModel
+
     Column {
         id: column
 
         x: Theme.margin
-        y: Theme.margin
+        y: Theme.margin - Theme.gapSmall
         width: page.width * Theme.rowShare
-        spacing: Theme.gapTiny
+        spacing: Theme.gap
 
-        BodyText {
-            text: page.selectedModel
-            font.pixelSize: Theme.fontTitle
-            font.bold: true
-        }
+        Section {
+            width: column.width
+            title: "Lidar Info"
 
-        BodyText {
-            width: parent.width
-            color: Theme.textMuted
-            wrapMode: Text.Wrap
-            text: "The functions of this sensor are not available yet."
-        }
-
-        SectionTitle {
-            width: parent.width
-            text: "Log"
-        }
-
-        LabelledRow {
-            width: parent.width
-            text: "VK Log Window"
-
-            DefaultToolButton {
-                objectName: "zeltoLogButton"
-                text: "Open"
-                onClicked: page.logRequested()
-            }
-
-            Item {
-                Layout.fillWidth: true
+            ZeltoTable {
+                width: column.width
+                fieldName: "zeltoInfo"
+                entries: varkel_manager.ZeltoLidarInfo
             }
         }
 
-        SectionTitle {
-            width: parent.width
-            text: "Send Command"
+        ZeltoFunctions {
+            width: column.width
+            selectedModel: page.selectedModel
         }
 
-        GetCmdWidget {
-            id: commandWidget
-
-            width: parent.width
+        ZeltoUpgrade {
+            width: column.width
+            selectedModel: page.selectedModel
         }
+
+        Section {
+            width: column.width
+            title: "Log"
+
+            LabelledRow {
+                width: column.width
+                text: "VK Log Window"
+
+                Item {
+                    Layout.fillWidth: true
+                }
+
+                DefaultToolButton {
+                    objectName: "zeltoLogButton"
+                    text: "Open"
+                    onClicked: page.logRequested()
+                }
+            }
+        }
+
+        Section {
+            width: column.width
+            title: "Send Command"
+
+            GetCmdWidget {
+                id: commandWidget
+
+                width: column.width
+            }
+        }
+    }
+
+    FocusFollower {
+        view: page
     }
 }

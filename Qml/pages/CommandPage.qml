@@ -25,6 +25,6 @@ Flickable {
         replyHeader: varkel_manager.SendKtcCommandReturnHeader
         replyPayload: varkel_manager.SendKtcCommandReturnPayload
         ready: varkel_manager.IsConnected || varkel_manager.connectType !== 0
-        onSend: varkel_manager.SendCommand(code, payload)
+        onSend: varkel_manager.SendCommandInBackground(code, payload)
     }
 }

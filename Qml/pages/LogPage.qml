@@ -14,17 +14,17 @@ Flickable {
 
     signal logRequested
 
-    // The downloads ask for the folder first.
+    // The downloads ask first where to: the operation log becomes one archive, others a file in a folder.
     function ask(name) {
         wantedLog = name;
         dialog.active = true;
     }
 
-    function download(folder) {
+    function download(target) {
         if (wantedLog === operationLog) {
-            varkel_manager.DownloadOperationLog(folder);
+            varkel_manager.DownloadOperationLog(target);
         } else {
-            varkel_manager.DownloadLog(folder, wantedLog);
+            varkel_manager.DownloadLog(target, wantedLog);
         }
     }
 
@@ -92,8 +92,13 @@ Flickable {
 
         active: false
         sourceComponent: FileDialog {
-            title: "Choose the folder for the log"
-            selectFolder: true
+            readonly property bool archive: page.wantedLog === page.operationLog
+
+            title: archive ? "Save the operation log" : "Choose the folder for the log"
+            selectFolder: !archive
+            selectExisting: !archive
+            defaultSuffix: "tar"
+            nameFilters: archive ? ["Archives (*.tar)", "All files (*)"] : []
             onAccepted: {
                 dialog.active = false;
                 page.download(fileUrl);

@@ -23,9 +23,10 @@ Item {
 
     function rowFile(kind, variable) {
         if (kind === 0) {
-            return variable < 0 ? "HeadingRow" : "TextPairRow";
+            return "../rows/" + (variable < 0 ? "HeadingRow" : "TextPairRow") + ".qml";
         }
-        return ["", "TextRow", "SwitchRow", "ComboRow", "UpgradeRow", "FovRow"][kind] || "TextPairRow";
+        var names = ["", "TextRow", "SwitchRow", "ComboRow", "UpgradeRow", "FovRow"];
+        return "../rows/" + (names[kind] || "TextPairRow") + ".qml";
     }
 
     function eachRow(action) {
@@ -43,12 +44,9 @@ Item {
         if (!visible) {
             return;
         }
-        var nothingPending = varkel_manager.getSetMapSize() === 0;
         eachRow(function (row) {
-            if (nothingPending) {
-                row.forget();
-            }
             row.refresh();
+            row.outOfRange = row.outOfRange && row.edited;
         });
         countEdits();
     }
@@ -137,7 +135,7 @@ Item {
                             item.editedChanged.connect(page.countEdits);
                         }
                     }
-                    Component.onCompleted: setSource("../rows/" + page.rowFile(modelData[1], modelData[4]) + ".qml",
+                    Component.onCompleted: setSource(page.rowFile(modelData[1], modelData[4]),
                                                      { "entry": modelData })
                 }
             }

@@ -2,7 +2,8 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// The pages of the selected model, then the log page and the command page. A page is made when it is first shown.
+// The pages of the selected model, then the log page and the command page. A page is made when it is first
+// shown.
 Item {
     id: pages
 

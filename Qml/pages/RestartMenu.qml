@@ -27,13 +27,13 @@ DefaultToolButton {
         DefaultMenuItem {
             objectName: "restartItem"
             text: "Restart"
-            onTriggered: varkel_manager.Restart()
+            onTriggered: varkel_manager.RestartInBackground()
         }
 
         DefaultMenuItem {
             objectName: "resetItem"
             text: "Reset All Settings"
-            onTriggered: varkel_manager.Reset()
+            onTriggered: varkel_manager.ResetInBackground()
         }
     }
 

@@ -6,7 +6,6 @@ import "../assembly"
 Rectangle {
     id: bar
 
-    property bool connecting: false
     readonly property alias model: modelCombo.selected
 
     signal connectRequested

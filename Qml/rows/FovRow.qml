@@ -6,9 +6,16 @@ import "../assembly"
 RowFrame {
     id: row
 
+    property var angles: []
     readonly property string shownText: choice.chosenLabel
 
+    function load() {
+        angles = varkel_manager.FovList;
+    }
+
     implicitHeight: Theme.tallRowHeight
+
+    onRefreshed: load()
 
     OptionChoice {
         id: choice
@@ -26,13 +33,11 @@ RowFrame {
         Layout.fillWidth: true
         Layout.alignment: Qt.AlignVCenter
         place: row.place
-        angles: varkel_manager.FovList
+        angles: row.angles
         editable: row.writable
         onAngleCommitted: {
             varkel_manager.SetMultiFovConfig(index, text);
-            if (varkel_manager.getSetMapSize() > 0) {
-                row.edited = true;
-            }
+            row.refresh();
         }
     }
 
@@ -40,6 +45,14 @@ RowFrame {
         parent: row
         x: row.width + Theme.margin
         objectName: "fovPicture"
-        angles: varkel_manager.FovList
+        angles: row.angles
+    }
+
+    Connections {
+        target: varkel_manager
+
+        function onFovConfigChanged() {
+            row.load();
+        }
     }
 }

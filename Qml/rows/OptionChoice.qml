@@ -9,7 +9,8 @@ Item {
     property RowFrame row
     readonly property var labels: (row.values.varname_value_to_option || []).map(String)
     readonly property int chosen: (row.values.options || []).map(String).indexOf(row.valueText)
-    readonly property string chosenLabel: chosen >= 0 && chosen < labels.length ? labels[chosen] : row.valueText
+    readonly property string chosenLabel: chosen >= 0 && chosen < labels.length ? labels[chosen]
+                                                                                 : row.valueText
 
     implicitHeight: Theme.controlHeight
 

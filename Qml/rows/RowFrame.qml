@@ -9,7 +9,6 @@ Item {
 
     property var entry: ["", 0, 0, 0, 0]
     property var values: ({})
-    property bool edited: false
     property bool outOfRange: false
     property string valueText: values.current_val === undefined ? "" : values.current_val
     readonly property string label: entry[0]
@@ -19,6 +18,7 @@ Item {
     readonly property string place: module + "_" + group + "_" + variable
     readonly property bool live: varkel_manager.isTimerUpdate(module, group, variable)
     readonly property bool writable: values.permission !== undefined && Number(values.permission) !== 0
+    readonly property bool edited: values.edited === true
     readonly property string hint: describe()
     default property alias content: slot.data
 
@@ -29,20 +29,10 @@ Item {
         refreshed();
     }
 
-    // Hands an edit to the controller; the row is marked when something really changed.
     function submit(type, text) {
-        var before = values.current_val + "|" + values.switch_index;
+        outOfRange = false;
         varkel_manager.SetText(type, module, group, variable, text);
         refresh();
-        if (before !== values.current_val + "|" + values.switch_index) {
-            edited = true;
-            outOfRange = false;
-        }
-    }
-
-    function forget() {
-        edited = false;
-        outOfRange = false;
     }
 
     function describe() {

@@ -26,7 +26,8 @@ Item {
     }
 
     function follow() {
-        area.ratio = Math.min(1, varkel_manager.upgradeProgress / Math.max(1, varkel_manager.upgradeProgressTotalLen));
+        var total = Math.max(1, varkel_manager.upgradeProgressTotalLen);
+        area.ratio = Math.min(1, varkel_manager.upgradeProgress / total);
     }
 
     Timer {

@@ -15,8 +15,10 @@ namespace varkel {
 namespace {
 
 constexpr std::size_t kHeaderSize = 8;
-constexpr char kBadHeader[] = "Incorrect KTC header was entered. Parsing failed.";
-constexpr char kBadPayload[] = "Incorrect KTC payload was entered. Parsing failed.";
+/// The longest wait for a reply to a serial command.
+constexpr std::uint32_t kSerialTimeoutMs = 5000;
+/// Nonce, CRC and trailer of a serial reply frame.
+constexpr std::size_t kSerialTail = 10;
 
 std::string WithoutHexPrefix(const std::string& text) {
   return text.rfind("0x", 0) == 0 || text.rfind("0X", 0) == 0 ? text.substr(2) : text;
@@ -63,7 +65,32 @@ std::string UpperHex(std::span<const std::uint8_t> bytes) {
 
 }  // namespace
 
-CommandConsole::Outcome CommandConsole::Send(quarn::lidar::KtcClient& client, const std::string& command,
+CommandConsole::Road CommandConsole::OverKtc(std::shared_ptr<quarn::lidar::KtcClient> client) {
+  return {[client = std::move(client)](std::uint8_t code, std::span<const std::uint8_t> payload,
+                                       std::vector<std::uint8_t>& reply) {
+            return client->QueryCommand(payload, reply, code, true);
+          },
+          "Query ktc command fail. Please input right ktc command header and payload.",
+          "Incorrect KTC header was entered. Parsing failed.",
+          "Incorrect KTC payload was entered. Parsing failed."};
+}
+
+CommandConsole::Road CommandConsole::OverSerial(std::shared_ptr<quarn::lidar::SerialExchange> exchange,
+                                                bool behind_ktc) {
+  return {[exchange = std::move(exchange)](std::uint8_t code, std::span<const std::uint8_t> payload,
+                                           std::vector<std::uint8_t>& reply) {
+            const int result = exchange->QueryFrame(code, payload, reply, kSerialTimeoutMs);
+            if (result == 0) reply.resize(reply.size() - std::min(reply.size(), kSerialTail));
+            return result;
+          },
+          behind_ktc ? "Query Serial command fail. Please check BytesFlow in Log Window. Please input right "
+                       "Serial command header and payload."
+                     : "Query Serial command fail. Please input right Serial command header and payload.",
+          "Incorrect Serial header was entered. Parsing failed.",
+          "Incorrect Serial payload was entered. Parsing failed."};
+}
+
+CommandConsole::Outcome CommandConsole::Send(const Road& road, const std::string& command,
                                              const std::string& payload, std::uint8_t& code) {
   Record record;
   record.time = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toStdString();
@@ -73,7 +100,7 @@ CommandConsole::Outcome CommandConsole::Send(quarn::lidar::KtcClient& client, co
 
   const std::optional<std::uint8_t> command_code = ReadByte(record.command);
   if (!command_code) {
-    report_.Error(kBadHeader);
+    report_.Error(road.bad_header);
     return Outcome::kRefused;
   }
   code = *command_code;
@@ -81,17 +108,17 @@ CommandConsole::Outcome CommandConsole::Send(quarn::lidar::KtcClient& client, co
   for (const std::string& piece : pieces) {
     const std::optional<std::uint8_t> byte = ReadByte(piece);
     if (!byte) {
-      report_.Error(kBadPayload);
+      report_.Error(road.bad_payload);
       return Outcome::kRefused;
     }
     bytes.push_back(*byte);
   }
 
   std::vector<std::uint8_t> reply;
-  if (client.QueryCommand(bytes, reply, code, true) != 0 || reply.size() < kHeaderSize) {
+  if (road.query(code, bytes, reply) != 0 || reply.size() < kHeaderSize) {
     std::cout << "query command failed!" << std::endl;
     SetReplyTexts({}, {});
-    report_.Error("Query ktc command fail. Please input right ktc command header and payload.");
+    report_.Error(road.query_failed);
     return Outcome::kFailed;
   }
   ShowReply(reply);

@@ -55,4 +55,10 @@ std::vector<std::uint8_t> RequestPayload(const Command& command, std::span<const
   return request;
 }
 
+std::span<const std::uint8_t> ReplyContent(const Command& command, std::span<const std::uint8_t> reply) {
+  const bool repeats = command.extended_code && reply.size() >= kExtendedCodeSize &&
+                       quarn::lidar::LoadBigEndian<std::uint32_t>(reply, 0) == *command.extended_code;
+  return repeats ? reply.subspan(kExtendedCodeSize) : reply;
+}
+
 }  // namespace varkel

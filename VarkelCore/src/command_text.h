@@ -29,4 +29,8 @@ Command ParseCommandText(const std::string& text);
 /// The request payload: the four-byte code, if there is one, big-endian, then `payload`.
 std::vector<std::uint8_t> RequestPayload(const Command& command, std::span<const std::uint8_t> payload);
 
+/// What a reply carries behind the four-byte code that it repeats; the whole reply to other commands, and a
+/// reply that repeats another code.
+std::span<const std::uint8_t> ReplyContent(const Command& command, std::span<const std::uint8_t> reply);
+
 }  // namespace varkel

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "VarkelCore/src/serial_upgrade.h"
 #include "VarkelCore/src/user_report.h"
 #include "libquarn/KtcClient/src/ktc_client.h"
 
@@ -20,7 +21,8 @@ class FirmwareUpgrade {
 
   struct Events {
     std::function<void()> upgrading_changed;
-    std::function<int()> restart;  ///< restarts the sensor; 0 on success
+    std::function<int()> restart;      ///< restarts the sensor; 0 on success
+    std::function<void()> disconnect;  ///< asks the controller to disconnect
   };
 
   FirmwareUpgrade(UserReport& report, Events events) : report_(report), events_(std::move(events)) {}
@@ -31,6 +33,11 @@ class FirmwareUpgrade {
 
   /// Claims the upgrade for a package of `size` bytes; false when one runs already.
   bool Begin(std::size_t size);
+
+  /// The claimed upgrade for a worker that sends it another way than over the network.
+  UpgradeRun Run() {
+    return {progress_, total_, [this] { End(); }, events_.disconnect};
+  }
 
   /// Sends the package with the command that the table names, then restarts the sensor 10 seconds after the
   /// success. On a worker's thread, after Begin. Every outcome is reported.

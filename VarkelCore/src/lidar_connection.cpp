@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "VarkelCore/src/ktc_connect.h"
 #include "VarkelCore/src/worker_threads.h"
 #include "libquarn/Platform/src/text_number.h"
 
@@ -17,13 +18,7 @@ namespace {
 
 using quarn::lidar::KtcClient;
 
-constexpr std::uint32_t kPlainTcp = 0;
-constexpr std::uint8_t kProtocolVersion = 1;
 constexpr std::uint32_t kExchangeTimeoutMs = 4000;
-constexpr float kConnectTimeoutS = 0.0F;  // one try
-/// A sensor in the same network accepts within this time; there is no second chance.
-constexpr std::chrono::milliseconds kAcceptTime{200};
-constexpr std::uint8_t kProbeCommands[] = {7, 8};
 
 }  // namespace
 
@@ -49,7 +44,7 @@ void LidarConnection::Init(const std::stop_token& stop, const ConnectionSettings
     }
     if (!client->IsOpen()) throw std::runtime_error("TCP connection failed.");
     InstallByteLog(*client);
-    if (!Probe(*client)) {
+    if (!Answers(*client)) {
       std::cout << "DEBUG: heckLidarConnection() == false\n" << std::flush;
       throw std::runtime_error("Lidar has No KTC reply.");
     }
@@ -67,7 +62,7 @@ void LidarConnection::Init(const std::stop_token& stop, const ConnectionSettings
 
 bool LidarConnection::CheckLidarConnection() {
   const auto current = client();
-  return current && current->IsOpen() && Probe(*current);
+  return current && current->IsOpen() && Answers(*current);
 }
 
 void LidarConnection::Interrupt() {
@@ -93,10 +88,7 @@ std::shared_ptr<KtcClient> LidarConnection::usable_client() const {
 
 std::shared_ptr<KtcClient> LidarConnection::OpenClient(const std::stop_token& stop,
                                                        const ConnectionSettings& settings) {
-  const auto port = static_cast<std::uint16_t>(quarn::lidar::TextToInt(settings.port));
-  auto client =
-      std::make_shared<KtcClient>(settings.ip_address, port, false, kPlainTcp, kProtocolVersion, "", "", "",
-                                  kExchangeTimeoutMs, kExchangeTimeoutMs, kConnectTimeoutS, std::uint16_t{0});
+  auto client = MakeKtcClient(settings, kExchangeTimeoutMs);
   {
     const std::lock_guard lock(mutex_);
     client_ = client;
@@ -105,20 +97,14 @@ std::shared_ptr<KtcClient> LidarConnection::OpenClient(const std::stop_token& st
   return client;
 }
 
-bool LidarConnection::Probe(KtcClient& client) {
-  const Quiet quiet(*this);
-  const std::vector<std::uint8_t> no_payload;
-  std::vector<std::uint8_t> reply;
-  bool answered = false;
-  for (const std::uint8_t command : kProbeCommands) {
-    answered = answered || client.QueryCommand(no_payload, reply, command, false) == 0;
-  }
-  return answered;
+bool LidarConnection::Answers(KtcClient& client) {
+  const ByteLog::Quiet quiet(byte_log_);
+  return AnswersKtc(client);
 }
 
 void LidarConnection::InstallByteLog(KtcClient& client) {
   client.SetLogCallback([this](const std::string& line) { report_.Bytes(line); },
-                        [this] { return log_bytes_ && quiet_ == 0; });
+                        [this] { return byte_log_.IsWanted(); });
 }
 
 /// Without a reason the attempt was given up by the user.

@@ -7,6 +7,7 @@
 #include <stop_token>
 #include <string>
 
+#include "VarkelCore/src/byte_log.h"
 #include "VarkelCore/src/connection_settings.h"
 #include "VarkelCore/src/user_report.h"
 #include "libquarn/KtcClient/src/ktc_client.h"
@@ -46,24 +47,13 @@ class LidarConnection {
   bool is_connected() const { return connected_; }
   bool is_connecting() const { return connecting_; }
   /// Whether the bytes of commands go to the log pane.
-  void set_log_bytes(bool on) { log_bytes_ = on; }
-
-  /// Keeps exchanges out of the byte log while it lives.
-  class Quiet {
-   public:
-    explicit Quiet(LidarConnection& connection) : connection_(connection) { ++connection_.quiet_; }
-    ~Quiet() { --connection_.quiet_; }
-    Quiet(const Quiet&) = delete;
-    Quiet& operator=(const Quiet&) = delete;
-
-   private:
-    LidarConnection& connection_;
-  };
+  void set_log_bytes(bool on) { byte_log_.set_on(on); }
+  ByteLog& byte_log() { return byte_log_; }
 
  private:
   std::shared_ptr<quarn::lidar::KtcClient> OpenClient(const std::stop_token& stop,
                                                       const ConnectionSettings& settings);
-  bool Probe(quarn::lidar::KtcClient& client);
+  bool Answers(quarn::lidar::KtcClient& client);
   void InstallByteLog(quarn::lidar::KtcClient& client);
   void Fail(const std::string& reason);
 
@@ -71,9 +61,8 @@ class LidarConnection {
   const Events events_;
   std::atomic<bool> connected_ = false;
   std::atomic<bool> connecting_ = false;
-  std::atomic<bool> log_bytes_ = false;
-  std::atomic<int> quiet_ = 0;  ///< operations that stay out of the byte log
-  mutable std::mutex mutex_;    // guards client_
+  ByteLog byte_log_;
+  mutable std::mutex mutex_;  // guards client_
   std::shared_ptr<quarn::lidar::KtcClient> client_;
 };
 

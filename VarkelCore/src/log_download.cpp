@@ -10,6 +10,7 @@
 #include <QStringList>
 #include <cstdint>
 #include <exception>
+#include <span>
 #include <utility>
 
 #include "VarkelCore/src/named_command.h"
@@ -48,7 +49,7 @@ QString FileNameOf(const QString& name) {
 
 enum class WriteResult { kWritten, kNotOpened, kNotWritten };
 
-WriteResult WriteWhole(const QString& path, const std::vector<std::uint8_t>& bytes) {
+WriteResult WriteWhole(const QString& path, std::span<const std::uint8_t> bytes) {
   QSaveFile file(path);
   if (!file.open(QIODevice::WriteOnly)) return WriteResult::kNotOpened;
   const auto size = static_cast<qint64>(bytes.size());
@@ -98,10 +99,10 @@ void LogDownload::FetchLog(const ConfigParser& catalogue, quarn::lidar::KtcClien
 
   const ActionRequest request = MakeActionRequest(*var);
   std::vector<std::uint8_t> log;
-  if (client.QueryCommand(request.payload, log, request.code) == -1) {
+  if (client.QueryCommand(request.payload, log, request.command.code) == -1) {
     return Fail(type + " download failed. return code: " + std::to_string(client.LastReturnCode()));
   }
-  switch (WriteWhole(target, log)) {
+  switch (WriteWhole(target, ReplyContent(request.command, log))) {
     case WriteResult::kNotOpened:
       return Fail(type + ": Failed to open file.");
     case WriteResult::kNotWritten:
@@ -152,9 +153,9 @@ bool LogDownload::FetchOperationLog(const VarInfo& var, quarn::lidar::KtcClient&
   for (const OperationLogPart& part : kOperationLogParts) {
     const ActionRequest request = MakeActionRequest(var, {part.selector[0], part.selector[1]});
     std::vector<std::uint8_t> log;
-    whole &= client.QueryCommand(request.payload, log, request.code) != -1;
+    whole &= client.QueryCommand(request.payload, log, request.command.code) != -1;
     const QString file = QLatin1String(part.prefix) + stamp + QStringLiteral(".bin");
-    whole &= WriteWhole(folder.filePath(file), log) == WriteResult::kWritten;
+    whole &= WriteWhole(folder.filePath(file), ReplyContent(request.command, log)) == WriteResult::kWritten;
     files.append(file);
   }
   // A set of parts that is not whole is never packed: an archive would be taken for a complete one.

@@ -44,6 +44,12 @@ std::vector<std::string> ListModels(const std::string& folder) {
   return models;
 }
 
+bool IsHostModel(const std::string& model_name, const std::string& folder) {
+  std::error_code error;
+  return model_name == kMarvoKtc &&
+         std::filesystem::is_regular_file(folder + "/" + model_name + ".csv", error);
+}
+
 std::string ModelSelection::Select(const std::string& model_name) {
   const std::string path = std::string(kTableFolder) + "/" + model_name + ".csv";
   auto loaded = std::make_shared<ConfigParser>(path);

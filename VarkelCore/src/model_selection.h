@@ -25,6 +25,9 @@ ConnectType ConnectTypeOf(const std::string& model_name);
 /// without "Marvo-KTC", which only a host program selects. An unreadable folder has none.
 std::vector<std::string> ListModels(const std::string& folder = kTableFolder);
 
+/// Whether it is the model that only a host program selects, and its table is there.
+bool IsHostModel(const std::string& model_name, const std::string& folder = kTableFolder);
+
 /// The selected model and its catalogue. Thread-safe; whoever took the catalogue keeps it alive.
 class ModelSelection {
  public:

@@ -22,7 +22,7 @@ ActionRequest MakeActionRequest(const VarInfo& var, std::initializer_list<std::u
   const Command command = ParseCommandText(ActionCommandText(var));
   std::vector<std::uint8_t> payload = var.get_cmd_payload_bytes;
   payload.insert(payload.end(), extra);
-  return {command.code, RequestPayload(command, payload)};
+  return {command, RequestPayload(command, payload)};
 }
 
 }  // namespace varkel

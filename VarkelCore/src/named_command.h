@@ -20,9 +20,9 @@ const std::string& ActionCommandText(const VarInfo& var);
 /// command; any other row without a set command takes no package (empty).
 std::string UpgradeCommandText(const VarInfo& var);
 
-/// A ready request of an action row: command byte, and payload with a four-byte code ahead of it.
+/// A ready request of an action row; a four-byte code stands in the payload already.
 struct ActionRequest {
-  std::uint8_t code = 0;
+  Command command;
   std::vector<std::uint8_t> payload;
 };
 

@@ -39,7 +39,8 @@ QVariantMap MapOf(const VarInfo& var, const PendingEdits& edits) {  // with the 
     labels.append(label == var.option_labels.end() ? QString::number(option) : Text(label->second));
   }
   const bool switched = var.component_type == kSwitch && var.switch_var != nullptr;
-  const bool edited = edits.IsEdited(var.var_id) || (switched && edits.IsEdited(var.switch_var->var_id));
+  const bool edited = edits.IsEdited(var.var_id) || (switched && edits.IsEdited(var.switch_var->var_id)) ||
+                      (var.component_type == kFieldOfView && edits.IsPending(var.set_cmd));
   return {
       {QStringLiteral("var_id"), Text(var.var_id)},
       {QStringLiteral("get_cmd"), Text(var.get_cmd)},

@@ -4,6 +4,7 @@
 #include <QDebug>
 #include <QString>
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -20,7 +21,6 @@ namespace varkel {
 namespace {
 
 constexpr char kRun[] = "VarkelManager::Run";
-constexpr std::int32_t kNoReply = -2;  // the client's return code when no reply header came
 
 QString Text(const std::string& text) {
   return QString::fromStdString(text);
@@ -83,23 +83,25 @@ WritePlan PlanWrite(const ConfigParser& catalogue, int module, const PendingEdit
   return plan;
 }
 
-std::vector<std::uint8_t> SetPayload(ConfigParser& catalogue, const std::string& set_cmd) {
-  std::vector<std::uint8_t> payload;
+SetRequest MakeSetRequest(ConfigParser& catalogue, const std::string& set_cmd) {
+  SetRequest request{set_cmd, {}, {}};
   for (const VarInfo* var : catalogue.set_cmd_map().at(set_cmd)) {
     if (var->get_cmd.empty() && var->var_type != "raw") {
       throw std::invalid_argument(
           "There are undefined cases in the csv config file where there is a line with 'set' and no 'get', "
           "but the var_type is not 'raw'.");
     }
-    const std::vector<std::uint8_t> bytes = FieldBytes(*var, catalogue.CurrentValue(*var));
+    std::string value = catalogue.CurrentValue(*var);
+    const std::vector<std::uint8_t> bytes = FieldBytes(*var, value);
     std::pair<std::uint32_t, std::uint32_t> field;
-    const auto written = static_cast<std::uint32_t>(payload.size());
+    const auto written = static_cast<std::uint32_t>(request.payload.size());
     if (!catalogue.GetVarPosOffset(set_cmd, var->var_id, written, field)) {
       throw std::invalid_argument("Error with var position, var_name = " + var->var_name);
     }
-    Append(payload, field.first, field.second, bytes);
+    Append(request.payload, field.first, field.second, bytes);
+    request.values.emplace_back(var, std::move(value));
   }
-  return payload;
+  return request;
 }
 
 void PageWriter::Run(ConfigParser& catalogue, quarn::lidar::KtcClient& client, int module) const {
@@ -119,38 +121,50 @@ void PageWriter::WriteAll(ConfigParser& catalogue, quarn::lidar::KtcClient& clie
   for (const ReadGroup& group : plan.refresh) {
     targets_.reader.GetInfoFromLidarWithSameCmd(catalogue, client, group.vars, FovRead::kOrdinary);
   }
+  const FovTable::Angles angles = targets_.fov.Get();
+  std::vector<SetRequest> sent;
   for (const std::string& set_cmd : plan.commands) {
-    if (set_cmd == kFovSetCommand) {
-      WriteFov(catalogue, client);
+    sent.push_back(set_cmd == kFovSetCommand ? WriteFov(catalogue, client, angles)
+                                             : Write(catalogue, client, set_cmd));
+  }
+  for (const SetRequest& request : sent) Confirm(catalogue, request, angles);
+}
+
+/// What the user changed again in the meantime stays pending.
+void PageWriter::Confirm(const ConfigParser& catalogue, const SetRequest& sent,
+                         const FovTable::Angles& angles) const {
+  bool whole = sent.set_cmd != kFovSetCommand || targets_.fov.Get() == angles;
+  std::vector<std::string> confirmed;
+  const auto lock = catalogue.LockValues();
+  for (const auto& [var, value] : sent.values) {
+    if (var->current_val == value) {
+      confirmed.push_back(var->var_id);
     } else {
-      Write(catalogue, client, set_cmd);
+      whole = false;
     }
   }
-  for (const std::string& set_cmd : plan.commands) Confirm(catalogue, set_cmd);
+  targets_.edits.Confirm(confirmed);
+  if (whole) targets_.edits.ConfirmCommand(sent.set_cmd);
 }
 
-void PageWriter::Confirm(const ConfigParser& catalogue, const std::string& set_cmd) const {
-  std::vector<std::string> var_ids;
-  for (const VarInfo* var : catalogue.set_cmd_map().at(set_cmd)) var_ids.push_back(var->var_id);
-  targets_.edits.Confirm(set_cmd, var_ids);
-}
-
-void PageWriter::WriteFov(ConfigParser& catalogue, quarn::lidar::KtcClient& client) const {
+SetRequest PageWriter::WriteFov(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
+                                const FovTable::Angles& angles) const {
   const VarInfo& channel = *catalogue.set_cmd_map().at(kFovSetCommand).front();
-  const int channel_byte = quarn::lidar::TextToInt(catalogue.CurrentValue(channel));
-  const FovTable::Angles angles = targets_.fov.Get();
+  const std::string value = catalogue.CurrentValue(channel);
   std::array<float, FovTable::kSectors> starts{};
   std::copy_n(angles.begin(), starts.size(), starts.begin());
-  if (client.WriteChannelFov(static_cast<std::uint8_t>(channel_byte), starts) != 0) {
+  if (client.WriteChannelFov(static_cast<std::uint8_t>(quarn::lidar::TextToInt(value)), starts) != 0) {
     throw std::invalid_argument("set channel fov failed");
   }
   ReportSent(catalogue, kFovSetCommand);
+  return {kFovSetCommand, {}, {{&channel, value}}};
 }
 
-void PageWriter::Write(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
-                       const std::string& set_cmd) const {
+SetRequest PageWriter::Write(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
+                             const std::string& set_cmd) const {
   const Command command = ParseCommandText(set_cmd);
-  const std::vector<std::uint8_t> payload = RequestPayload(command, SetPayload(catalogue, set_cmd));
+  SetRequest request = MakeSetRequest(catalogue, set_cmd);
+  const std::vector<std::uint8_t> payload = RequestPayload(command, request.payload);
   qDebug().noquote() << kRun << "(): QueryCommand send cmd:    " << Text(set_cmd);
   qDebug().noquote() << kRun << "(): QueryCommand send payload:" << Hex(payload)
                      << ", length =" << payload.size();
@@ -158,11 +172,11 @@ void PageWriter::Write(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
   if (client.QueryCommand(payload, result, command.code, false) == 0) {
     qDebug().noquote() << kRun << "(): QueryCommand SUCCESS, get result =" << Hex(result);
     ReportSent(catalogue, set_cmd);
-    return;
+    return request;
   }
   qDebug().noquote() << kRun << "(): QueryCommand FAILED, get result =" << Hex(result);
   const std::int32_t code = client.LastReturnCode();
-  if (set_cmd == kAddressSetCommand && code == kNoReply) return;
+  if (set_cmd == kAddressSetCommand && code == quarn::lidar::KtcClient::kNoHeader) return request;
   const std::string warning = "SET [" + set_cmd + "] FAILED";
   targets_.report.Log(warning, "WARNING");
   targets_.report.Error(warning);

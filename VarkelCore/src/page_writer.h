@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "VarkelCore/src/config_parser.h"
@@ -26,9 +28,16 @@ struct WritePlan {
 /// Gathers the pending set commands of a page, the address command last.
 WritePlan PlanWrite(const ConfigParser& catalogue, int module, const PendingEdits& edits);
 
-/// The payload of a set command: every field that it carries, at its place, from the present value texts.
-/// Raises std::invalid_argument when a field has no usable value.
-std::vector<std::uint8_t> SetPayload(ConfigParser& catalogue, const std::string& set_cmd);
+/// A set command ready to go out, and the texts that its payload was made from.
+struct SetRequest {
+  std::string set_cmd;
+  std::vector<std::uint8_t> payload;
+  std::vector<std::pair<const VarInfo*, std::string>> values;
+};
+
+/// Builds a set command from the present value texts: every field that it carries, at its place. Raises
+/// std::invalid_argument when a field has no usable value.
+SetRequest MakeSetRequest(ConfigParser& catalogue, const std::string& set_cmd);
 
 /// Saves the edits of a page. Works on the calling thread.
 class PageWriter {
@@ -43,14 +52,17 @@ class PageWriter {
   explicit PageWriter(Targets targets) : targets_(targets) {}
 
   /// Refreshes the untouched fields, then sends each pending set command whole. The first refusal ends it:
-  /// what was sent before stays written, and all edits stay pending. Every outcome is reported.
+  /// what was sent before stays written, and all edits stay pending, as does an edit that is made while the
+  /// page is saved. Every outcome is reported.
   void Run(ConfigParser& catalogue, quarn::lidar::KtcClient& client, int module) const;
 
  private:
   void WriteAll(ConfigParser& catalogue, quarn::lidar::KtcClient& client, int module) const;
-  void WriteFov(ConfigParser& catalogue, quarn::lidar::KtcClient& client) const;
-  void Write(ConfigParser& catalogue, quarn::lidar::KtcClient& client, const std::string& set_cmd) const;
-  void Confirm(const ConfigParser& catalogue, const std::string& set_cmd) const;
+  SetRequest WriteFov(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
+                      const FovTable::Angles& angles) const;
+  SetRequest Write(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
+                   const std::string& set_cmd) const;
+  void Confirm(const ConfigParser& catalogue, const SetRequest& sent, const FovTable::Angles& angles) const;
   void ReportSent(const ConfigParser& catalogue, const std::string& set_cmd) const;
 
   Targets targets_;

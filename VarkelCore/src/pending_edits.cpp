@@ -13,10 +13,14 @@ void PendingEdits::MarkCommand(const std::string& set_cmd) {
   set_map_[set_cmd] = true;
 }
 
-void PendingEdits::Confirm(const std::string& set_cmd, const std::vector<std::string>& var_ids) {
+void PendingEdits::Confirm(const std::vector<std::string>& var_ids) {
+  const std::lock_guard lock(mutex_);
+  for (const std::string& var_id : var_ids) edited_var_map_.erase(var_id);
+}
+
+void PendingEdits::ConfirmCommand(const std::string& set_cmd) {
   const std::lock_guard lock(mutex_);
   set_map_.erase(set_cmd);
-  for (const std::string& var_id : var_ids) edited_var_map_.erase(var_id);
 }
 
 void PendingEdits::Clear() {

@@ -16,8 +16,10 @@ class PendingEdits {
   void Mark(const std::string& set_cmd, const std::string& var_id);
   /// Marks a command alone, for values that are no variables of the table.
   void MarkCommand(const std::string& set_cmd);
-  /// The sensor took `set_cmd` with these variables. Edits of other pages stay pending.
-  void Confirm(const std::string& set_cmd, const std::vector<std::string>& var_ids);
+  /// The sensor holds these variables' values now.
+  void Confirm(const std::vector<std::string>& var_ids);
+  /// Nothing is left for `set_cmd` to carry.
+  void ConfirmCommand(const std::string& set_cmd);
   void Clear();
 
   std::size_t command_count() const;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "VarkelCore/src/ktc_connect.h"
 #include "VarkelCore/src/named_command.h"
 
 namespace varkel {
@@ -22,10 +23,7 @@ struct Action {
 int Query(const VarInfo& var, quarn::lidar::KtcClient& client) {
   const ActionRequest request = MakeActionRequest(var);
   std::vector<std::uint8_t> reply;
-  const int result = client.QueryCommand(request.payload, reply, request.code);
-  if (result == 0) return 0;
-  const int code = client.LastReturnCode();
-  return code != 0 ? code : result;
+  return QueryForCode(client, request.command.code, request.payload, reply);
 }
 
 int Send(const Action& action, const ConfigParser& catalogue, quarn::lidar::KtcClient& client,

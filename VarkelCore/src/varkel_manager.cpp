@@ -2,44 +2,26 @@
 
 #include <QDebug>
 #include <QFile>
-#include <atomic>
 #include <exception>
 #include <iostream>
-#include <limits>
-#include <mutex>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
 
-#include "VarkelCore/src/command_console.h"
-#include "VarkelCore/src/connection_settings.h"
-#include "VarkelCore/src/event_queue.h"
-#include "VarkelCore/src/firmware_upgrade.h"
-#include "VarkelCore/src/fov_table.h"
-#include "VarkelCore/src/lidar_connection.h"
-#include "VarkelCore/src/log_download.h"
-#include "VarkelCore/src/model_selection.h"
+#include "VarkelCore/src/background_calls.h"
+#include "VarkelCore/src/controller_parts.h"
+#include "VarkelCore/src/marvo_package.h"
 #include "VarkelCore/src/named_command.h"
 #include "VarkelCore/src/page_description.h"
-#include "VarkelCore/src/page_read_queue.h"
-#include "VarkelCore/src/page_reader.h"
-#include "VarkelCore/src/page_refresher.h"
-#include "VarkelCore/src/page_writer.h"
-#include "VarkelCore/src/pending_edits.h"
-#include "VarkelCore/src/range_check.h"
-#include "VarkelCore/src/sensor_restart.h"
-#include "VarkelCore/src/user_report.h"
-#include "VarkelCore/src/value_editor.h"
-#include "VarkelCore/src/worker_threads.h"
+#include "VarkelCore/src/table_check.h"
 #include "libquarn/Platform/src/text_number.h"
 
-using varkel::ConfigParser;
 using varkel::VarInfo;
 
 namespace {
 
 constexpr std::uint8_t kConfigFileCommand = 116;
-constexpr char kUnknownSerialNumber[] = "xxxxxxxx";
 
 QString Text(const std::string& text) {
   return QString::fromStdString(text);
@@ -54,335 +36,30 @@ std::vector<std::string> CaseForms(const QString& name) {
   return {capitalised.toStdString(), name.toLower().toStdString()};
 }
 
+QVariantList TextList(const std::vector<std::string>& texts) {
+  QVariantList list;
+  for (const std::string& text : texts) list.append(Text(text));
+  return list;
+}
+
+QVariantList RowMaps(const std::vector<varkel::InfoRow>& rows) {
+  QVariantList maps;
+  for (const varkel::InfoRow& row : rows) {
+    maps.append(
+        QVariantMap{{QStringLiteral("label"), Text(row.label)}, {QStringLiteral("value"), Text(row.value)}});
+  }
+  return maps;
+}
+
+/// A whole file; nothing when it can't be opened.
+std::optional<std::vector<std::uint8_t>> ReadPackage(const QUrl& file_url) {
+  QFile file(file_url.toLocalFile());
+  if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+  const QByteArray content = file.readAll();
+  return std::vector<std::uint8_t>(content.begin(), content.end());
+}
+
 }  // namespace
-
-struct VarkelManager::Private : varkel::UserReport {
-  Private(VarkelManager* face_in, bool flag, std::string config_path);
-
-  // UserReport: from any thread.
-  void Log(const std::string& text, const std::string& type) override;
-  void Bytes(const std::string& line) override;
-  void Error(const std::string& text) override;
-  void Success(const std::string& text) override;
-
-  /// Raises a signal on the user interface's thread.
-  void Emit(void (VarkelManager::*notify)());
-  /// Reads a page; false when a guard forbids it.
-  bool ReadPage(int module);
-  void RefreshRound(const std::stop_token& stop);
-  bool IsBusy() const { return upgrade.is_upgrading() || downloading_log; }
-  /// The client for an operation that must not meet an upgrade or a download; null when it is refused.
-  std::shared_ptr<quarn::lidar::KtcClient> IdleClient() const;
-  /// The client for saving; a refusal is reported.
-  std::shared_ptr<quarn::lidar::KtcClient> ClientForWriting();
-  bool CanWrite(int module) const;
-  void Write(quarn::lidar::KtcClient& client, int module);
-  void Send(const std::string& command, const std::string& payload);
-  void ReportRangeFault(const ConfigParser& catalogue, const VarInfo& var, varkel::RangeFault fault);
-  void FetchOperationLog(quarn::lidar::KtcClient& client, const ConfigParser& catalogue,
-                         const QString& archive);
-  int RestartNow();
-  int ResetNow();
-  void SetDownloading(bool running);
-  int Download(std::function<void(quarn::lidar::KtcClient&, const ConfigParser&)> work);
-  /// Runs `work` on a worker, with isWorking raised; `finished` follows on the user interface's thread.
-  void InBackground(std::function<void()> work, std::function<void()> finished);
-  void ReportConversion(const std::function<void()>& operation);
-  VarInfo* searchVarPtr(const ConfigParser& catalogue, const QString& key, const QString& search_type) const;
-  /// The value of the first variable on the pages with that name.
-  QString PageValue(const std::string& var_name) const;
-  void SetSerialNumberUnknown();
-  void StopNetwork();
-  void NotAvailable(const QString& what);
-
-  VarkelManager* const face;
-
-  // Constant after construction.
-  const bool creation_flag;
-  const std::string config_file_path;
-  const varkel::SettingsFile settings_file;
-
-  // The user interface's thread only.
-  varkel::ConnectionSettings settings;
-  QString error_message;
-  QString success_message;
-  std::string vm_now_name;
-
-  // Shared with workers: atomics and classes that guard themselves.
-  std::atomic<int> module_index_use = 0;
-  std::atomic<int> connect_type = varkel::kNetwork;
-  std::atomic<bool> downloading_log = false;
-  varkel::ModelSelection selection;
-  varkel::PendingEdits edits;
-  varkel::FovTable fov;
-  varkel::EventQueue events;
-  varkel::LidarConnection connection;
-  const varkel::PageReader reader;
-  const varkel::ValueEditor editor{edits, *this};
-  const varkel::PageWriter writer{{reader, edits, fov, *this}};
-  varkel::CommandConsole console{*this};
-  const varkel::LogDownload logs{*this, [this](bool running) { SetDownloading(running); }};
-  varkel::FirmwareUpgrade upgrade{
-      *this, {[this] { Emit(&VarkelManager::isUpgradingChanged); }, [this] { return RestartNow(); }}};
-  int works_running = 0;  ///< the user interface's thread only
-
-  // Threads, last: they use everything above.
-  varkel::WorkerThreads workers;
-  varkel::PageRefresher refresher;
-  varkel::PageReadQueue page_reads;
-  std::atomic<bool> checking = false;
-};
-
-VarkelManager::Private::Private(VarkelManager* face_in, bool flag, std::string config_path)
-    : face(face_in),
-      creation_flag(flag),
-      config_file_path(std::move(config_path)),
-      settings(settings_file.Load()),
-      connection(*this, {[this] { refresher.Start(); },
-                         [this] {
-                           Emit(&VarkelManager::myMapChanged);
-                           Emit(&VarkelManager::isConnectedChanged);
-                         }}),
-      reader({*this, edits, fov, [this] { Emit(&VarkelManager::fovConfigChanged); }}),
-      refresher([this](const std::stop_token& stop) { RefreshRound(stop); }),
-      page_reads(
-          workers,
-          [this](int module) {
-            if (ReadPage(module)) Emit(&VarkelManager::myMapChanged);
-          },
-          [this](int module) {
-            events.Post([this, module] {
-              emit face->isReadingPageChanged();
-              emit face->pageReadFinished(module);
-            });
-          }) {}
-
-void VarkelManager::Private::Log(const std::string& text, const std::string& type) {
-  events.Post([this, text = Text(text), type = Text(type)] { emit face->sendLogMessage(text, type); });
-}
-
-void VarkelManager::Private::Bytes(const std::string& line) {
-  events.PostLater([this, text = Text(line)] { emit face->sendLogMessage(text, QStringLiteral("BYTES")); });
-}
-
-void VarkelManager::Private::Error(const std::string& text) {
-  events.Post([this, text = Text(text)] { face->setErrorMsg(text); });
-}
-
-void VarkelManager::Private::Success(const std::string& text) {
-  events.Post([this, text = Text(text)] { face->setSuccessMsg(text); });
-}
-
-void VarkelManager::Private::Emit(void (VarkelManager::*notify)()) {
-  events.Post([this, notify] { emit(face->*notify)(); });
-}
-
-bool VarkelManager::Private::ReadPage(int module) {
-  const auto client = connection.usable_client();
-  const auto catalogue = selection.catalogue();
-  if (connect_type != varkel::kNetwork || !client || IsBusy() || !catalogue) return false;
-  if (module < 0 || static_cast<std::size_t>(module) >= catalogue->module_vars().size()) return false;
-  const auto groups = varkel::GroupByGetCommand(varkel::ReadableVars(*catalogue, module));
-  reader.ReadGroups(*catalogue, *client, groups, "VarkelManager::GetLidarModuleInfo",
-                    [this] { return connection.is_connected(); });
-  return true;
-}
-
-void VarkelManager::Private::RefreshRound(const std::stop_token& stop) {
-  const auto client = connection.client();
-  const auto catalogue = selection.catalogue();
-  if (!client || !catalogue || IsBusy()) return;
-  std::vector<VarInfo*> live;
-  for (VarInfo* var : varkel::ReadableVars(*catalogue, module_index_use)) {
-    if (var->timer_update) live.push_back(var);
-  }
-  const auto groups = varkel::GroupByGetCommand(live);
-  const std::size_t read = reader.ReadGroups(*catalogue, *client, groups, "VarkelManager::updatePagesTimer",
-                                             [&stop] { return !stop.stop_requested(); });
-  if (read > 0) Emit(&VarkelManager::myTimerMapChanged);
-}
-
-VarInfo* VarkelManager::Private::searchVarPtr(const ConfigParser& catalogue, const QString& key,
-                                              const QString& search_type) const {
-  if (search_type == QLatin1String("var_id") || search_type == QLatin1String("id")) {
-    return catalogue.FindById(key.toStdString());
-  }
-  if (search_type == QLatin1String("var_name") || search_type == QLatin1String("name")) {
-    return catalogue.FindByName(key.toStdString());
-  }
-  std::cout << "VarkelManager::searchVarPtr"
-            << "(): unknown search type" << std::endl;
-  return nullptr;
-}
-
-QString VarkelManager::Private::PageValue(const std::string& var_name) const {
-  const auto catalogue = selection.catalogue();
-  if (!catalogue) return {};
-  for (const auto& module : catalogue->module_vars()) {
-    for (const auto& group : module) {
-      for (const VarInfo* var : group) {
-        if (var->var_name == var_name) return Text(catalogue->CurrentValue(*var));
-      }
-    }
-  }
-  return {};
-}
-
-void VarkelManager::Private::SetSerialNumberUnknown() {
-  const auto catalogue = selection.catalogue();
-  if (!catalogue) return;
-  for (const auto& [var_id, var] : catalogue->var_map()) {
-    if (var->var_name == "SN") catalogue->SetCurrentValue(*var, kUnknownSerialNumber);
-  }
-}
-
-void VarkelManager::Private::StopNetwork() {
-  connection.Interrupt();  // whoever waits for the sensor returns, so that the join is short
-  refresher.Stop();
-  SetSerialNumberUnknown();
-  connection.Drop();
-}
-
-std::shared_ptr<quarn::lidar::KtcClient> VarkelManager::Private::IdleClient() const {
-  return IsBusy() ? nullptr : connection.usable_client();
-}
-
-std::shared_ptr<quarn::lidar::KtcClient> VarkelManager::Private::ClientForWriting() {
-  auto client = connection.usable_client();
-  if (!client) {
-    Error("Please connect to lidar first");
-  } else if (upgrade.is_upgrading()) {
-    Error("Please wait for the lidar to upgrade completely");
-  } else if (downloading_log) {
-    Error("Please wait for the operation log to download completely");
-  } else {
-    return client;
-  }
-  return nullptr;
-}
-
-bool VarkelManager::Private::CanWrite(int module) const {
-  const auto catalogue = selection.catalogue();
-  return catalogue && module >= 0 && static_cast<std::size_t>(module) < catalogue->module_vars().size();
-}
-
-void VarkelManager::Private::Write(quarn::lidar::KtcClient& client, int module) {
-  const auto catalogue = selection.catalogue();
-  writer.Run(*catalogue, client, module);
-  Emit(&VarkelManager::editsChanged);
-  Emit(&VarkelManager::myMapChanged);
-}
-
-void VarkelManager::Private::Send(const std::string& command, const std::string& payload) {
-  static constexpr std::uint8_t kRestartCommand = 0x10;
-  static constexpr std::uint8_t kResetCommand = 0x25;
-  const auto client = IdleClient();
-  if (!client) return;
-  std::uint8_t code = 0;
-  const auto outcome = console.Send(*client, command, payload, code);
-  if (outcome == varkel::CommandConsole::Outcome::kRefused) return;
-  Emit(&VarkelManager::sendCommandHistoryChanged);
-  if (outcome != varkel::CommandConsole::Outcome::kSent) return;
-  if (code == kRestartCommand || code == kResetCommand) {
-    events.Post([this] { face->Stop(); });
-    Success(code == kRestartCommand ? "Lidar restart." : "Lidar reset.");
-  }
-}
-
-void VarkelManager::Private::ReportRangeFault(const ConfigParser& catalogue, const VarInfo& var,
-                                              varkel::RangeFault fault) {
-  static constexpr char kOperation[] = "VarkelManager::CheckModuleVarsWithinRange";
-  const QString name = Text(var.var_name);
-  const auto warn = [&](const char* ending) {
-    Log("Detected that the user set " + var.var_name + ending, "WARNING");
-    events.Post([this, name] { emit face->someVarOutOfRange(name); });
-  };
-  switch (fault) {
-    case varkel::RangeFault::kOutOfRange:
-      warn(" is out of range");
-      qDebug() << kOperation << ": detected that" << name << "is out of range";
-      break;
-    case varkel::RangeFault::kIpFormat:
-      warn(" has invalid IP format");
-      qDebug() << kOperation << ": detected that" << name
-               << "has invalid IP format:" << Text(catalogue.CurrentValue(var));
-      break;
-    case varkel::RangeFault::kMacFormat:
-      warn(" has invalid MAC format");
-      qDebug() << kOperation << ": detected that" << name
-               << "has invalid MAC format:" << Text(catalogue.CurrentValue(var));
-      break;
-    case varkel::RangeFault::kNotANumber:  // the check has written why
-    case varkel::RangeFault::kNone:
-      break;
-  }
-}
-
-void VarkelManager::Private::FetchOperationLog(quarn::lidar::KtcClient& client, const ConfigParser& catalogue,
-                                               const QString& archive) {
-  const bool whole = logs.DownloadOperationLog(catalogue, client, archive);
-  events.Post([this, whole] { emit face->downloadOperationLogFinished(whole); });
-}
-
-int VarkelManager::Private::RestartNow() {
-  const auto client = IdleClient();
-  const auto catalogue = selection.catalogue();
-  if (!client || !catalogue) return -1;
-  const varkel::LidarConnection::Quiet quiet(connection);
-  const int code = varkel::RestartSensor(*catalogue, *client, *this);
-  if (code == 0) events.Post([this] { face->Stop(); });
-  return code;
-}
-
-int VarkelManager::Private::ResetNow() {
-  const auto client = IdleClient();
-  const auto catalogue = selection.catalogue();
-  if (!client || !catalogue) return -1;
-  const varkel::LidarConnection::Quiet quiet(connection);
-  return varkel::ResetSensor(*catalogue, *client, *this);
-}
-
-void VarkelManager::Private::SetDownloading(bool running) {
-  if (downloading_log.exchange(running) != running) Emit(&VarkelManager::isDownloadLogChanged);
-}
-
-int VarkelManager::Private::Download(
-    std::function<void(quarn::lidar::KtcClient&, const ConfigParser&)> work) {
-  auto client = IdleClient();
-  auto catalogue = selection.catalogue();
-  if (!client || !catalogue) return -1;
-  SetDownloading(true);  // at once, so that a second click is refused
-  workers.Start([client = std::move(client), catalogue = std::move(catalogue),
-                 work = std::move(work)](const std::stop_token&) { work(*client, *catalogue); });
-  return 0;
-}
-
-void VarkelManager::Private::InBackground(std::function<void()> work, std::function<void()> finished) {
-  ++works_running;
-  emit face->isWorkingChanged();
-  workers.Start([this, work = std::move(work), finished = std::move(finished)](const std::stop_token&) {
-    work();
-    events.Post([this, finished] {
-      --works_running;
-      emit face->isWorkingChanged();
-      finished();
-    });
-  });
-}
-
-/// An exception must not pass through Qt: its words become a notice and a log line.
-void VarkelManager::Private::ReportConversion(const std::function<void()>& operation) {
-  try {
-    operation();
-  } catch (const std::exception& error) {
-    Error(error.what());
-    Log(error.what(), "ERROR");
-  }
-}
-
-void VarkelManager::Private::NotAvailable(const QString& what) {
-  face->setErrorMsg(what + QStringLiteral(" is not available yet"));
-}
 
 // Life
 
@@ -400,12 +77,14 @@ VarkelManager::~VarkelManager() {
   d_->events.Close();
   d_->workers.RequestStop();
   d_->connection.Interrupt();
+  d_->serial.Interrupt();
   d_->workers.StopAndJoin();
   d_->refresher.Stop();
+  d_->info.Stop();
 }
 
 void VarkelManager::SetVMNowName(const QString& name) {
-  if (name.isEmpty() || !LidarModelList().contains(name)) return;
+  if (name.isEmpty() || !(LidarModelList().contains(name) || varkel::IsHostModel(name.toStdString()))) return;
   InitConfigFileParser(name);
   d_->vm_now_name = name.toStdString();
   emit lidarModelListChanged();
@@ -463,11 +142,12 @@ QVariantList VarkelManager::LidarModelList() const {
   return models;
 }
 
-void VarkelManager::InitConfigFileParser(QString model_name) {
+void VarkelManager::InitConfigFileParser(const QString& model_name) {
   const std::string model = model_name.toStdString();
   d_->connect_type = varkel::ConnectTypeOf(model);
   const std::string fault = d_->selection.Select(model);
   d_->edits.Clear();
+  d_->info.SetModel(model);
   emit zeltoLidarInfoChanged();
   emit connectTypeChanged();
   emit lidarClearModel();
@@ -476,6 +156,10 @@ void VarkelManager::InitConfigFileParser(QString model_name) {
   if (!fault.empty()) {
     d_->Log(fault, "ERROR");
     d_->Error(fault);
+  }
+  const std::string misplaced = "The model table of " + model + " puts fields at wrong places: ";
+  for (std::string& finding : varkel::CheckSetPayloads(*d_->selection.catalogue())) {
+    d_->Log(finding.insert(0, misplaced), "WARNING");
   }
 }
 
@@ -494,7 +178,7 @@ QVariantList VarkelManager::logRepeaterModel() const {
   return catalogue ? varkel::DownloadableLogs(*catalogue) : QVariantList();
 }
 
-bool VarkelManager::CheckVarExistsInConfigFileByName(QString qs_var_info) {
+bool VarkelManager::CheckVarExistsInConfigFileByName(const QString& qs_var_info) {
   const auto catalogue = d_->selection.catalogue();
   if (qs_var_info.isEmpty() || !catalogue) return false;
   for (const std::string& form : CaseForms(qs_var_info)) {
@@ -519,13 +203,20 @@ int VarkelManager::connectType() const {
 // Connection
 
 bool VarkelManager::ConnectLidar() {
-  if (d_->connection.is_connecting()) return false;
-  if (d_->connect_type != varkel::kNetwork) {
-    d_->NotAvailable(QStringLiteral("The connection to a small serial sensor"));
-    return false;
-  }
-  d_->workers.Start(
-      [this, settings = d_->settings](const std::stop_token& stop) { d_->connection.Init(stop, settings); });
+  if (GetIsConnectingLidar()) return false;
+  d_->workers.Start([this, settings = d_->settings, type = d_->connect_type.load(),
+                     model = d_->selection.model_name()](const std::stop_token& stop) {
+    switch (type) {
+      case varkel::kSerialLines:
+        d_->serial.InitSerial(stop, settings);
+        break;
+      case varkel::kKtcToSmallSensor:
+        d_->serial.InitKtcForSerial(stop, settings, model);
+        break;
+      default:
+        d_->connection.Init(stop, settings);
+    }
+  });
   d_->settings_file.Save(d_->settings);
   return true;
 }
@@ -537,7 +228,7 @@ bool VarkelManager::CheckLidarConnection() {
 void VarkelManager::CheckConnectionInBackground() {
   if (d_->checking.exchange(true)) return;
   d_->workers.Start([this](const std::stop_token&) {
-    const bool alive = d_->connection.CheckLidarConnection();
+    const bool alive = CheckLidarConnection();
     d_->events.Post([this, alive] {
       d_->checking = false;
       emit connectionCheckFinished(alive);
@@ -546,26 +237,28 @@ void VarkelManager::CheckConnectionInBackground() {
 }
 
 void VarkelManager::Stop() {
-  if (d_->connect_type != varkel::kNetwork) {
-    emit sendLogMessage(QStringLiteral("connect type is not support"), QStringLiteral("INFO"));
-    return;
-  }
-  d_->StopNetwork();
-  d_->edits.Clear();
+  const bool network = d_->connect_type == varkel::kNetwork;
+  d_->EndConnections();
+  if (network) d_->edits.Clear();
   emit isConnectedChanged();
-  emit myMapChanged();
-  d_->fov.ResetOnDisconnect();
+  if (network) {
+    emit myMapChanged();
+    d_->fov.ResetOnDisconnect();
+  } else {
+    emit zeltoLidarInfoChanged();
+  }
   emit sendLogMessage(QStringLiteral("Lidar disconnected"), QStringLiteral("INFO"));
 }
 
 bool VarkelManager::GetIsConnectingLidar() {
-  return d_->connection.is_connecting();
+  return d_->connection.is_connecting() || d_->serial.is_connecting();
 }
 bool VarkelManager::IsConnected() const {
-  return d_->connection.is_connected();
+  return d_->link.is_connected();
 }
 void VarkelManager::SetLogBytesFlowStatus(bool flag) {
   d_->connection.set_log_bytes(flag);
+  d_->serial.set_log_bytes(flag);
 }
 
 void VarkelManager::StartGetConfigFile() {
@@ -617,7 +310,7 @@ bool VarkelManager::isReadingPage() const {
   return d_->page_reads.is_reading();
 }
 
-bool VarkelManager::UpdateSingleVarInfo(QString qs_var_info, QString search_type) {
+bool VarkelManager::UpdateSingleVarInfo(const QString& qs_var_info, const QString& search_type) {
   const auto client = d_->connection.usable_client();
   const auto catalogue = d_->selection.catalogue();
   if (!client || !catalogue) return false;
@@ -654,19 +347,19 @@ QString VarkelManager::successMessage() const {
   return d_->success_message;
 }
 
-void VarkelManager::setErrorMsg(QString str) {
-  d_->error_message = std::move(str);
+void VarkelManager::setErrorMsg(const QString& str) {
+  d_->error_message = str;
   if (!d_->error_message.isEmpty()) emit errorMessageChanged();
 }
 
-void VarkelManager::setSuccessMsg(QString str) {
-  d_->success_message = std::move(str);
+void VarkelManager::setSuccessMsg(const QString& str) {
+  d_->success_message = str;
   if (!d_->success_message.isEmpty()) emit successMessageChanged();
 }
 
 // Writing
 
-void VarkelManager::SetText(int type, int level1, int level2, int level3, QString text) {
+void VarkelManager::SetText(int type, int level1, int level2, int level3, const QString& text) {
   const auto catalogue = d_->selection.catalogue();
   if (!catalogue) return;
   d_->ReportConversion(
@@ -699,7 +392,7 @@ void VarkelManager::RunInBackground(int module) {
                    [this, module] { emit pageWriteFinished(module); });
 }
 
-void VarkelManager::SetMultiFovConfig(int index, QString fov) {
+void VarkelManager::SetMultiFovConfig(int index, const QString& fov) {
   if (d_->editor.SetFov(d_->fov, index, fov.toStdString())) {
     emit editsChanged();
     return;
@@ -708,7 +401,7 @@ void VarkelManager::SetMultiFovConfig(int index, QString fov) {
   emit fovConfigChanged();
 }
 
-bool VarkelManager::CheckVarIsWithinRange(QString qs_var_info, QString search_type) {
+bool VarkelManager::CheckVarIsWithinRange(const QString& qs_var_info, const QString& search_type) {
   const auto catalogue = d_->selection.catalogue();
   if (!catalogue) return true;
   return varkel::IsWithinRange(*catalogue, d_->searchVarPtr(*catalogue, qs_var_info, search_type),
@@ -752,11 +445,11 @@ QString VarkelManager::getSendKtcCommandReturnPayload() const {
   return Text(d_->console.return_payload());
 }
 
-void VarkelManager::SendCommand(QString cmd_qs, QString payload_qs) {
+void VarkelManager::SendCommand(const QString& cmd_qs, const QString& payload_qs) {
   d_->Send(cmd_qs.toStdString(), payload_qs.toStdString());
 }
 
-void VarkelManager::SendCommandInBackground(QString cmd_qs, QString payload_qs) {
+void VarkelManager::SendCommandInBackground(const QString& cmd_qs, const QString& payload_qs) {
   d_->InBackground([this, command = cmd_qs.toStdString(),
                     payload = payload_qs.toStdString()] { d_->Send(command, payload); },
                    [] {});
@@ -779,13 +472,13 @@ void VarkelManager::ResetInBackground() {
   d_->InBackground([this] { d_->ResetNow(); }, [] {});
 }
 
-int VarkelManager::DownloadOperationLog(QUrl fileUrl) {
+int VarkelManager::DownloadOperationLog(const QUrl& fileUrl) {
   return d_->Download([this, archive = fileUrl.toLocalFile()](auto& client, const auto& catalogue) {
     d_->FetchOperationLog(client, catalogue, archive);
   });
 }
 
-int VarkelManager::DownloadOperationLogThread(QUrl fileUrl) {
+int VarkelManager::DownloadOperationLogThread(const QUrl& fileUrl) {
   const auto client = d_->connection.usable_client();
   const auto catalogue = d_->selection.catalogue();
   if (!client || !catalogue) return -1;
@@ -793,7 +486,7 @@ int VarkelManager::DownloadOperationLogThread(QUrl fileUrl) {
   return 0;
 }
 
-int VarkelManager::DownloadLog(QUrl fileUrl, QString type) {
+int VarkelManager::DownloadLog(const QUrl& fileUrl, const QString& type) {
   return d_->Download([this, folder = fileUrl.toLocalFile(), type](auto& client, const auto& catalogue) {
     d_->logs.DownloadLog(catalogue, client, folder, type);
     d_->Emit(&VarkelManager::downloadFinished);
@@ -810,32 +503,54 @@ void VarkelManager::setIsDownloadLog(bool running) {
 
 // Upgrades
 
-int VarkelManager::UpgradeLidar(QUrl fileUrl, int level1, int level2, int level3) {
+int VarkelManager::UpgradeLidar(const QUrl& fileUrl, int level1, int level2, int level3) {
   const auto client = d_->connection.client();
   const auto catalogue = d_->selection.catalogue();
   if (!client || !client->IsOpen() || d_->IsBusy() || !catalogue) return -1;
-  QFile file(fileUrl.toLocalFile());
-  if (!file.open(QIODevice::ReadOnly)) return 0;
+  auto package = ReadPackage(fileUrl);
+  if (!package) return 0;
   const VarInfo* var = varkel::VariableAt(*catalogue, level1, level2, level3);
   const std::string command = var == nullptr ? std::string() : varkel::UpgradeCommandText(*var);
   if (command.empty()) return 0;
-  const QByteArray content = file.readAll();
-  std::vector<std::uint8_t> package(content.begin(), content.end());
-  if (!d_->upgrade.Begin(package.size())) return -1;
-  d_->workers.Start([this, client, package = std::move(package), command](const std::stop_token& stop) {
-    d_->upgrade.SendOverNetwork(stop, *client, package, command);
+  if (!d_->upgrade.Begin(package->size())) return -1;
+  d_->workers.Start([this, client, bytes = std::move(*package), command](const std::stop_token& stop) {
+    d_->upgrade.SendOverNetwork(stop, *client, bytes, command);
   });
   return 0;
 }
 
-int VarkelManager::ZeltoUpgradeLidar(QUrl) {
-  d_->NotAvailable(QStringLiteral("The upgrade of this sensor"));
-  return -1;
+int VarkelManager::ZeltoUpgradeLidar(const QUrl& fileUrl) {
+  if (!d_->CanUpgradeSmallSensor()) {
+    setErrorMsg(QStringLiteral("lidar is not connected, or lidar is upgrade"));
+    return -1;
+  }
+  auto package = ReadPackage(fileUrl);
+  if (!package) return 0;
+  if (!d_->upgrade.Begin(package->size())) return -1;
+  d_->workers.Start([this, bytes = std::move(*package)](const std::stop_token& stop) {
+    d_->UpgradeSmallSensor(stop, bytes);
+  });
+  return 0;
 }
-int VarkelManager::MarvoUpgradeLidar(QUrl) {
-  d_->NotAvailable(QStringLiteral("The upgrade of this sensor"));
-  return -1;
+
+int VarkelManager::MarvoUpgradeLidar(const QUrl& fileUrl) {
+  if (!d_->CanUpgradeSmallSensor() || d_->connect_type != varkel::kKtcToSmallSensor) {
+    setErrorMsg(QStringLiteral("lidar is not connected, or lidar is upgrading"));
+    return -1;
+  }
+  auto package = ReadPackage(fileUrl);
+  if (!package || package->size() < varkel::kMarvoHeaderSize) {
+    setErrorMsg(package ? QStringLiteral("Upgrade package too small")
+                        : QStringLiteral("Failed to open upgrade file"));
+    return -1;
+  }
+  if (!d_->upgrade.Begin(package->size())) return -1;
+  d_->workers.Start([this, bytes = std::move(*package)](const std::stop_token& stop) {
+    d_->marvo.Run(stop, bytes, d_->upgrade.Run());
+  });
+  return 0;
 }
+
 bool VarkelManager::IsUpgrading() const {
   return d_->upgrade.is_upgrading();
 }
@@ -849,49 +564,56 @@ int VarkelManager::upgradeProgressTotalLen() const {
 // Small serial sensors
 
 QVariantList VarkelManager::ZeltoLidarInfo() const {
-  return {};
+  return RowMaps(d_->info.Info());
 }
 QVariantList VarkelManager::ZeltoLidarVersionInfo() const {
-  return {};
+  return RowMaps(d_->info.Versions());
 }
 bool VarkelManager::isGetPBLVersion() const {
-  return false;
+  return d_->info.is_getting_pbl_version();
 }
-void VarkelManager::ZeltoSetStandby(int) {
-  d_->NotAvailable(QStringLiteral("Standby"));
+
+void VarkelManager::ZeltoSetStandby(int standby) {
+  d_->small.SetStandby(standby);
 }
-void VarkelManager::ZeltoSetSpinRate(int) {
-  d_->NotAvailable(QStringLiteral("The spin rate"));
+void VarkelManager::ZeltoSetSpinRate(int rate) {
+  d_->small.SetSpinRate(rate);
 }
-void VarkelManager::ZeltoSetReturnMode(int) {
-  d_->NotAvailable(QStringLiteral("The return mode"));
+void VarkelManager::ZeltoSetReturnMode(int mode) {
+  d_->small.SetReturnMode(mode);
 }
-int VarkelManager::ZeltoGetCorrection(QString) {
-  d_->NotAvailable(QStringLiteral("The calibration file"));
-  return -1;
+int VarkelManager::ZeltoGetCorrection(const QString& path) {
+  return d_->small.GetCorrection(path.toStdString());
 }
 QVariantList VarkelManager::ZeltoGetLidarFunctionSafety() {
-  d_->NotAvailable(QStringLiteral("Function safety"));
-  return {};
+  return TextList(d_->small.GetLidarFunctionSafety());
 }
 QString VarkelManager::ZeltoGetBaudRate() {
-  d_->NotAvailable(QStringLiteral("The baud rate"));
-  return {};
+  return Text(d_->small.GetBaudRate());
 }
-void VarkelManager::ZeltoSetBaudRateFromUI(QString) {
-  d_->NotAvailable(QStringLiteral("The baud rate"));
+void VarkelManager::ZeltoSetBaudRateFromUI(const QString& baudRateStr) {
+  d_->small.SetBaudRate(baudRateStr.toStdString());
 }
 QVariantList VarkelManager::ZeltoGetDestinationConfig(bool silent) {
-  if (!silent) d_->NotAvailable(QStringLiteral("The destination"));
-  return {};
+  return TextList(d_->small.GetDestinationConfig(silent));
 }
-bool VarkelManager::ZeltoSetDestinationIPandPort(QString, int) {
-  d_->NotAvailable(QStringLiteral("The destination"));
-  return false;
+bool VarkelManager::ZeltoSetDestinationIPandPort(const QString& ip, int port) {
+  return d_->small.SetDestinationIPandPort(ip.toStdString(), port);
 }
-void VarkelManager::ZeltoSetUpgradeMode(int) {
-  d_->NotAvailable(QStringLiteral("The upgrade mode"));
+void VarkelManager::ZeltoSetUpgradeMode(int mode) {
+  d_->upgrade_mode = mode;
 }
-void VarkelManager::MarvoSetIMURange(int, int) {
-  d_->NotAvailable(QStringLiteral("The IMU range"));
+void VarkelManager::MarvoSetIMURange(int angularRangeIndex, int accelRangeIndex) {
+  d_->small.SetImuRange(angularRangeIndex, accelRangeIndex);
+}
+
+void VarkelManager::CallInBackground(const QString& operation, const QVariantList& arguments) {
+  const auto found = varkel::BackgroundCalls().find(operation);
+  if (found == varkel::BackgroundCalls().end()) {
+    emit callFinished(operation, {});
+    return;
+  }
+  auto result = std::make_shared<QVariant>();
+  d_->InBackground([this, call = found->second, arguments, result] { *result = call(*this, arguments); },
+                   [this, operation, result] { emit callFinished(operation, *result); });
 }

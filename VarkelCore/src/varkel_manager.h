@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QString>
 #include <QUrl>
+#include <QVariant>
 #include <QVariantList>
 #include <QVariantMap>
 #include <memory>
@@ -129,54 +130,57 @@ class VarkelManager : public QObject {
   void isWorkingChanged();
   /// A save started by RunInBackground ended; its outcome came as a notice.
   void pageWriteFinished(int module);
+  /// A call made with CallInBackground ended with this result.
+  void callFinished(QString operation, QVariant result);
   /// An edit was made, saved or taken back: "edited" of the variable maps and getSetMapSize may differ.
   void editsChanged();
 
  public:
-  Q_INVOKABLE void InitConfigFileParser(QString model_name = QStringLiteral("Quenta"));
+  Q_INVOKABLE void InitConfigFileParser(const QString& model_name = QStringLiteral("Quenta"));
   Q_INVOKABLE bool ConnectLidar();
   Q_INVOKABLE bool CheckLidarConnection();
   Q_INVOKABLE void Run(int module);
   Q_INVOKABLE void Stop();
-  Q_INVOKABLE void SetText(int type, int level1, int level2, int level3, QString text);
+  Q_INVOKABLE void SetText(int type, int level1, int level2, int level3, const QString& text);
   Q_INVOKABLE void ClearSetMap();
   Q_INVOKABLE int getSetMapSize();
   Q_INVOKABLE void StartGetConfigFile();
-  Q_INVOKABLE void SendCommand(QString cmd_qs, QString payload_qs);
+  Q_INVOKABLE void SendCommand(const QString& cmd_qs, const QString& payload_qs);
   Q_INVOKABLE QString getSendKtcCommandReturnHeader() const;
   Q_INVOKABLE QString getSendKtcCommandReturnPayload() const;
   Q_INVOKABLE int Restart();
   Q_INVOKABLE int Reset();
-  Q_INVOKABLE int UpgradeLidar(QUrl fileUrl, int level1, int level2, int level3);
-  Q_INVOKABLE int ZeltoUpgradeLidar(QUrl fileUrl);
-  Q_INVOKABLE int MarvoUpgradeLidar(QUrl fileUrl);
-  Q_INVOKABLE int DownloadOperationLog(QUrl fileUrl);
-  Q_INVOKABLE int DownloadOperationLogThread(QUrl fileUrl);
-  Q_INVOKABLE int DownloadLog(QUrl fileUrl, QString type);
+  Q_INVOKABLE int UpgradeLidar(const QUrl& fileUrl, int level1, int level2, int level3);
+  Q_INVOKABLE int ZeltoUpgradeLidar(const QUrl& fileUrl);
+  Q_INVOKABLE int MarvoUpgradeLidar(const QUrl& fileUrl);
+  Q_INVOKABLE int DownloadOperationLog(const QUrl& fileUrl);
+  Q_INVOKABLE int DownloadOperationLogThread(const QUrl& fileUrl);
+  Q_INVOKABLE int DownloadLog(const QUrl& fileUrl, const QString& type);
   Q_INVOKABLE void GetLidarModuleInfo(int module);
-  Q_INVOKABLE bool UpdateSingleVarInfo(QString qs_var_info, QString search_type = QStringLiteral("var_name"));
-  Q_INVOKABLE bool CheckVarIsWithinRange(QString qs_var_info,
-                                         QString search_type = QStringLiteral("var_name"));
+  Q_INVOKABLE bool UpdateSingleVarInfo(const QString& qs_var_info,
+                                       const QString& search_type = QStringLiteral("var_name"));
+  Q_INVOKABLE bool CheckVarIsWithinRange(const QString& qs_var_info,
+                                         const QString& search_type = QStringLiteral("var_name"));
   Q_INVOKABLE bool CheckModuleVarsWithinRange(int module);
-  Q_INVOKABLE void SetMultiFovConfig(int index, QString fov);
+  Q_INVOKABLE void SetMultiFovConfig(int index, const QString& fov);
   Q_INVOKABLE void UpdateUI();
-  Q_INVOKABLE void setErrorMsg(QString str);
-  Q_INVOKABLE void setSuccessMsg(QString str);
+  Q_INVOKABLE void setErrorMsg(const QString& str);
+  Q_INVOKABLE void setSuccessMsg(const QString& str);
   Q_INVOKABLE void SetLogBytesFlowStatus(bool flag);
   Q_INVOKABLE bool GetIsConnectingLidar();
-  Q_INVOKABLE bool CheckVarExistsInConfigFileByName(QString qs_var_info);
+  Q_INVOKABLE bool CheckVarExistsInConfigFileByName(const QString& qs_var_info);
   Q_INVOKABLE QString getLidarSN();
   Q_INVOKABLE QString getLidarPN();
   Q_INVOKABLE void setModuleIndexUse(int module);
   Q_INVOKABLE void ZeltoSetStandby(int standby);
   Q_INVOKABLE void ZeltoSetSpinRate(int rate);
   Q_INVOKABLE void ZeltoSetReturnMode(int mode);
-  Q_INVOKABLE int ZeltoGetCorrection(QString path);
+  Q_INVOKABLE int ZeltoGetCorrection(const QString& path);
   Q_INVOKABLE QVariantList ZeltoGetLidarFunctionSafety();
   Q_INVOKABLE QString ZeltoGetBaudRate();
-  Q_INVOKABLE void ZeltoSetBaudRateFromUI(QString baudRateStr);
+  Q_INVOKABLE void ZeltoSetBaudRateFromUI(const QString& baudRateStr);
   Q_INVOKABLE QVariantList ZeltoGetDestinationConfig(bool silent = false);
-  Q_INVOKABLE bool ZeltoSetDestinationIPandPort(QString ip, int port);
+  Q_INVOKABLE bool ZeltoSetDestinationIPandPort(const QString& ip, int port);
   Q_INVOKABLE void ZeltoSetUpgradeMode(int mode);
   Q_INVOKABLE void MarvoSetIMURange(int angularRangeIndex, int accelRangeIndex);
   Q_INVOKABLE QString getVMNowName();
@@ -192,9 +196,12 @@ class VarkelManager : public QObject {
   /// Run on a worker thread; pageWriteFinished follows, also after a refusal.
   Q_INVOKABLE void RunInBackground(int module);
   /// SendCommand on a worker thread; sendCommandHistoryChanged follows a sent command.
-  Q_INVOKABLE void SendCommandInBackground(QString cmd_qs, QString payload_qs);
+  Q_INVOKABLE void SendCommandInBackground(const QString& cmd_qs, const QString& payload_qs);
   Q_INVOKABLE void RestartInBackground();
   Q_INVOKABLE void ResetInBackground();
+  /// One of the small sensors' functions above by its name, on a worker thread; callFinished follows with
+  /// what it returns. An unknown name answers at once with an invalid result.
+  Q_INVOKABLE void CallInBackground(const QString& operation, const QVariantList& arguments);
   /// The map of one variable, the same as myMap[module][group][index]; empty when there is none.
   Q_INVOKABLE QVariantMap variableMap(int module, int group, int index) const;
 

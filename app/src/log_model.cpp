@@ -16,7 +16,9 @@ QString LevelName(LogModel::Level level) {
   return kNames[static_cast<std::size_t>(level)];
 }
 
-QString TimeText(const QTime& time) { return time.toString("HH:mm:ss.zzz"); }
+QString TimeText(const QTime& time) {
+  return time.toString("HH:mm:ss.zzz");
+}
 
 }  // namespace
 
@@ -99,7 +101,9 @@ void LogModel::clear() {
   Rebuild();
 }
 
-void LogModel::copy() const { QGuiApplication::clipboard()->setText(Text()); }
+void LogModel::copy() const {
+  QGuiApplication::clipboard()->setText(Text());
+}
 
 QString LogModel::save(const QUrl& file) const {
   const QString path = file.toLocalFile();
@@ -125,7 +129,8 @@ void LogModel::TakeIncoming() {
   if (paused_ || incoming_.empty()) {
     return;
   }
-  const auto shown = std::count_if(incoming_.begin(), incoming_.end(), [this](const Line& l) { return IsShown(l); });
+  const auto shown =
+      std::count_if(incoming_.begin(), incoming_.end(), [this](const Line& l) { return IsShown(l); });
   if (shown > 0) {
     beginInsertRows({}, rowCount(), rowCount() + static_cast<int>(shown) - 1);
     std::copy_if(incoming_.begin(), incoming_.end(), std::back_inserter(rows_),
@@ -156,7 +161,8 @@ void LogModel::DropOldest() {
 void LogModel::Rebuild() {
   beginResetModel();
   rows_.clear();
-  std::copy_if(lines_.begin(), lines_.end(), std::back_inserter(rows_), [this](const Line& l) { return IsShown(l); });
+  std::copy_if(lines_.begin(), lines_.end(), std::back_inserter(rows_),
+               [this](const Line& l) { return IsShown(l); });
   endResetModel();
   emit countChanged();
 }

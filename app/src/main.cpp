@@ -14,7 +14,8 @@
 
 namespace {
 
-// The program scales itself, so Qt's own scaling must be off and the factor set before the application exists.
+// The program scales itself, so Qt's own scaling must be off and the factor set before the application
+// exists.
 void SetScale() {
   QApplication::setAttribute(Qt::AA_DisableHighDpiScaling);
   const double scale =

@@ -22,9 +22,15 @@ constexpr int kMargin = 11;
 }  // namespace
 
 // The linker drops the resources of a static library unless something names them.
-static void KeepQmlResources() { Q_INIT_RESOURCE(qml); }
+static void KeepQmlResources() {
+  Q_INIT_RESOURCE(qml);
+}
 
-MainWindow::MainWindow(QWidget* parent, const QString& module_name) : QMainWindow(parent) {
+MainWindow::MainWindow(QWidget* parent, const QString& module_name)
+    : MainWindow(parent, module_name, VarkelManager::GetInstance(true, kDefaultTable)) {}
+
+MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManager* manager)
+    : QMainWindow(parent), manager_(manager) {
   KeepQmlResources();
   qmlRegisterType<LogModel>("Varkel.Shell", 1, 0, "LogModel");
   LayOut();
@@ -32,7 +38,6 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name) : QMainWindo
   view_ = new QQuickView;
   view_->setResizeMode(QQuickView::SizeRootObjectToView);
   view_->setColor(palette().color(QPalette::Window));
-  manager_ = VarkelManager::GetInstance(true, kDefaultTable);
   manager_->InitConfigFileParser(kDefaultModel);
   manager_->SetVMNowName(module_name);
 
@@ -44,9 +49,11 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name) : QMainWindo
   container_->setFocusPolicy(Qt::TabFocus);
   horizontal_layout_3d_->addWidget(container_);
   container_->setFocus();
-  // The keys go to the view from the start; asked for earlier, before it is on the screen, this has no effect.
-  connect(view_, &QQuickWindow::sceneGraphInitialized, this, [this] { view_->requestActivate(); },
-          Qt::QueuedConnection);
+  // The keys go to the view from the start; asked for earlier, before it is on the screen, this has no
+  // effect.
+  connect(
+      view_, &QQuickWindow::sceneGraphInitialized, this, [this] { view_->requestActivate(); },
+      Qt::QueuedConnection);
   OwnLogWindow();
 }
 

@@ -10,14 +10,16 @@ class VarkelManager;
 
 /// The program's window: a Quick view that fills it, and the controller behind the view.
 ///
-/// Lives on the user interface's thread; one at a time. Owns the controller that the process has: it deletes it
-/// with the view, after the view. Its current directory must be the install root.
+/// Lives on the user interface's thread; one at a time. Owns the controller that the process has: it deletes
+/// it with the view, after the view. Its current directory must be the install root.
 class MainWindow : public QMainWindow {
   Q_OBJECT
 
  public:
   /// `module_name` is the model that the program was started for, or empty.
   MainWindow(QWidget* parent, const QString& module_name);
+  /// The same with a controller that the window takes over; for tests, which open several windows in turn.
+  MainWindow(QWidget* parent, const QString& module_name, VarkelManager* manager);
   ~MainWindow() override;
 
   QQuickView* view() const { return view_; }

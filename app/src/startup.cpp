@@ -14,14 +14,22 @@ QPalette DarkPalette() {
     QPalette::ColorRole role;
     QColor colour;
   } kColours[] = {
-      {QPalette::WindowText, QColor("#EEEEEE")},    {QPalette::Button, QColor("#3A3D3F")},
-      {QPalette::Light, QColor("#666666")},         {QPalette::Midlight, QColor("#4D4D4D")},
-      {QPalette::Dark, QColor("#222325")},          {QPalette::Mid, QColor("#2B2C2E")},
-      {QPalette::Text, QColor("#EEEEEE")},          {QPalette::BrightText, QColor("#EEEEEE")},
-      {QPalette::ButtonText, QColor("#EEEEEE")},    {QPalette::Base, QColor(1, 1, 1, 255)},
-      {QPalette::Window, QColor("#2B2C2E")},        {QPalette::Highlight, QColor("#999999")},
-      {QPalette::HighlightedText, QColor("#EEEEEE")}, {QPalette::AlternateBase, QColor(1, 1, 1, 255)},
-      {QPalette::ToolTipBase, QColor("#010101")},   {QPalette::PlaceholderText, QColor("#EEEEEE")},
+      {QPalette::WindowText, QColor("#EEEEEE")},
+      {QPalette::Button, QColor("#3A3D3F")},
+      {QPalette::Light, QColor("#666666")},
+      {QPalette::Midlight, QColor("#4D4D4D")},
+      {QPalette::Dark, QColor("#222325")},
+      {QPalette::Mid, QColor("#2B2C2E")},
+      {QPalette::Text, QColor("#EEEEEE")},
+      {QPalette::BrightText, QColor("#EEEEEE")},
+      {QPalette::ButtonText, QColor("#EEEEEE")},
+      {QPalette::Base, QColor(1, 1, 1, 255)},
+      {QPalette::Window, QColor("#2B2C2E")},
+      {QPalette::Highlight, QColor("#999999")},
+      {QPalette::HighlightedText, QColor("#EEEEEE")},
+      {QPalette::AlternateBase, QColor(1, 1, 1, 255)},
+      {QPalette::ToolTipBase, QColor("#010101")},
+      {QPalette::PlaceholderText, QColor("#EEEEEE")},
   };
   QPalette palette;
   for (const auto& entry : kColours) {

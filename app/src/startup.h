@@ -6,7 +6,8 @@
 
 #include "libquarn/Platform/src/screen_metrics.h"
 
-/// What the program settles before its window opens. All of it but LoadApplicationFont works without a window.
+/// What the program settles before its window opens. All of it but LoadApplicationFont works without a
+/// window.
 namespace startup {
 
 inline constexpr char kBoldFont[] = "fonts/Roboto-Bold-3.ttf";
@@ -20,11 +21,12 @@ QPalette DarkPalette();
 /// 1920 logical pixels. Metrics without an area give 1.
 double ScaleFactor(const quarn::platform::ScreenMetrics& metrics);
 
-/// The folder that holds fonts, pictures and tables: the parent of the program's folder, or else the program's
-/// folder itself; the parent when neither has them, with a warning.
+/// The folder that holds fonts, pictures and tables: the parent of the program's folder, or else the
+/// program's folder itself; the parent when neither has them, with a warning.
 QString InstallRoot(const QString& application_dir);
 
-/// The model after the first "-moduleVM=" among the arguments behind the program's name; empty when there is none.
+/// The model after the first "-moduleVM=" among the arguments behind the program's name; empty when there is
+/// none.
 QString ModuleName(std::span<char* const> arguments);
 
 /// Registers a font file; returns its id, or -1 after a warning.

@@ -8,9 +8,11 @@
 #include <QQmlContext>
 #include <QQuickItem>
 #include <QQuickItemGrabResult>
+#include <QRegExp>
 #include <QTextStream>
 #include <QTimer>
 #include <QVariant>
+#include <algorithm>
 #include <functional>
 
 #include "VarkelCore/src/varkel_manager.h"
@@ -63,9 +65,12 @@ class Guide {
  private:
   QQuickItem* Find(const QString& name) const { return FindBelow(view_.contentItem(), name); }
   bool Connect();
+  bool VisitPages();
+  bool VisitSmallSensor();
   bool Visit(int page, const QString& title);
   void WaitForLiveRounds(int page);
   void PrintRows(int page, const QString& title) const;
+  void TakeNotices() const;
   bool Photograph(const QString& name);
   int Fail(const QString& sentence) const;
 
@@ -89,12 +94,12 @@ bool Guide::Connect() {
   type("ipField", plan_.host);
   type("portField", plan_.port);
   QString refusal;
-  const auto listener =
-      QObject::connect(manager_, &VarkelManager::sendLogMessage, [&](const QString& message, const QString& type_name) {
-        if (type_name == "ERROR") {
-          refusal = message;
-        }
-      });
+  const auto listener = QObject::connect(manager_, &VarkelManager::sendLogMessage,
+                                         [&](const QString& message, const QString& type_name) {
+                                           if (type_name == "ERROR") {
+                                             refusal = message;
+                                           }
+                                         });
   QMetaObject::invokeMethod(Find("connectButton"), "clicked");
   WaitUntil([&] { return manager_->IsConnected() || !refusal.isEmpty(); }, kConnectMs);
   QObject::disconnect(listener);
@@ -110,7 +115,8 @@ void Guide::WaitForLiveRounds(int page) {
   bool live = false;
   for (const QVariant& row : page < pages.size() ? pages[page].toList() : QVariantList()) {
     const QVariantList entry = row.toList();
-    live = live || manager_->isTimerUpdate(entry.value(2).toInt(), entry.value(3).toInt(), entry.value(4).toInt());
+    live = live ||
+           manager_->isTimerUpdate(entry.value(2).toInt(), entry.value(3).toInt(), entry.value(4).toInt());
   }
   if (!live) {
     return;
@@ -136,6 +142,7 @@ bool Guide::Visit(int page, const QString& title) {
     Fail("the sensor closed the connection while the page " + title + " was shown.");
     return false;
   }
+  TakeNotices();
   return Photograph(QString("%1-%2").arg(page + 1, 2, 10, QChar('0')).arg(title));
 }
 
@@ -149,8 +156,10 @@ void Guide::PrintRows(int page, const QString& title) const {
       group = label;
       continue;
     }
-    const QString name =
-        QString("row_%1_%2_%3").arg(entry.value(2).toInt()).arg(entry.value(3).toInt()).arg(entry.value(4).toInt());
+    const QString name = QString("row_%1_%2_%3")
+                             .arg(entry.value(2).toInt())
+                             .arg(entry.value(3).toInt())
+                             .arg(entry.value(4).toInt());
     const QQuickItem* item = Find(name);
     if (item == nullptr) {
       continue;
@@ -158,6 +167,27 @@ void Guide::PrintRows(int page, const QString& title) const {
     const QVariant shown = item->property("shownText");
     out << title << " / " << group << " / " << label << ": "
         << (shown.isValid() ? shown : item->property("valueText")).toString() << '\n';
+  }
+}
+
+// Notices would stand in the picture, so they are read out and closed.
+void Guide::TakeNotices() const {
+  for (const char* name : {"errorWindow", "successWindow", "messageWindow"}) {
+    auto* const notice = view_.rootObject()->findChild<QObject*>(name);
+    while (notice != nullptr && notice->property("visible").toBool()) {
+      QTextStream(stdout) << "Notice: " << notice->property("message").toString() << '\n';
+      const int waiting = notice->property("waiting").toList().size();
+      QMetaObject::invokeMethod(notice, "close");
+      const bool next = WaitUntil(
+          [&] {
+            return waiting > 0 ? notice->property("waiting").toList().size() < waiting
+                               : !notice->property("visible").toBool();
+          },
+          kPaintMs);
+      if (!next) {
+        return;
+      }
+    }
   }
 }
 
@@ -181,20 +211,49 @@ bool Guide::Photograph(const QString& name) {
   return true;
 }
 
+bool Guide::VisitPages() {
+  const QStringList titles = view_.rootObject()->property("tabTitles").toStringList();
+  for (int page = 0; page < titles.size(); ++page) {
+    if (!Visit(page, titles[page])) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// A small sensor has one page of its own, which fills while the sensor tells of itself.
+bool Guide::VisitSmallSensor() {
+  const auto rows = [this] { return manager_->ZeltoLidarInfo() + manager_->ZeltoLidarVersionInfo(); };
+  const QRegExp placeholder("[x.]*");
+  const auto is_filled = [&] {
+    const QVariantList shown = rows();
+    return std::none_of(shown.begin(), shown.end(), [&](const QVariant& row) {
+      return placeholder.exactMatch(row.toMap().value("value").toString());
+    });
+  };
+  WaitUntil([&] { return is_filled() && !manager_->isWorking(); }, kReadMs);
+  QTextStream out(stdout);
+  for (const QVariant& row : rows()) {
+    out << row.toMap().value("label").toString() << ": " << row.toMap().value("value").toString() << '\n';
+  }
+  out.flush();
+  TakeNotices();
+  return Photograph("01-Lidar");
+}
+
 int Guide::Run() {
   if (!QDir().mkpath(plan_.folder)) {
     return Fail("the folder " + plan_.folder + " can't be made.");
   }
+  // A picture can only be taken of a window that has been painted.
+  WaitUntil([this] { return view_.isExposed() && view_.isSceneGraphInitialized(); }, kPaintMs);
   if (!Connect()) {
     return 1;
   }
   // The connection reads its first page by itself.
   WaitUntil([this] { return !manager_->isReadingPage(); }, kReadMs);
-  const QStringList titles = view_.rootObject()->property("tabTitles").toStringList();
-  for (int page = 0; page < titles.size(); ++page) {
-    if (!Visit(page, titles[page])) {
-      return 1;
-    }
+  if (!(manager_->connectType() == 0 ? VisitPages() : VisitSmallSensor())) {
+    return 1;
   }
   QMetaObject::invokeMethod(Find("connectButton"), "clicked");
   return WaitUntil([this] { return !manager_->IsConnected(); }, kConnectMs) ? 0 : 1;
@@ -219,6 +278,8 @@ std::optional<Plan> PlanFromArguments(const QStringList& arguments) {
   return plan;
 }
 
-int Run(MainWindow& window, const Plan& plan) { return Guide(window, plan).Run(); }
+int Run(MainWindow& window, const Plan& plan) {
+  return Guide(window, plan).Run();
+}
 
 }  // namespace tour

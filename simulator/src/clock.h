@@ -5,7 +5,7 @@
 
 namespace varkel::sim {
 
-/// Time since the sensor's power-up. Called from several threads.
+/// Time since the sensor's first power-up. Called from several threads.
 using Clock = std::function<std::chrono::milliseconds()>;
 
 /// The steady clock, with now as the power-up.

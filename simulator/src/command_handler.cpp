@@ -8,6 +8,7 @@
 
 #include "VarkelCore/src/command_text.h"
 #include "libquarn/Platform/src/byte_order.h"
+#include "simulator/src/sensor_log.h"
 
 namespace varkel::sim {
 namespace {
@@ -17,13 +18,11 @@ const CommandKey kSecondProbe{0x08, std::nullopt};
 const CommandKey kWriteFieldOfView{0x22, std::nullopt};
 const CommandKey kReadFieldOfView{0x23, std::nullopt};
 
-bool StartsAnAction(const VarInfo* var) {
-  return var->component_type == kStandalone || var->component_type == kUpgradeArea;
-}
-
 bool Contains(const std::vector<std::size_t>& sizes, std::size_t size) {
   return std::find(sizes.begin(), sizes.end(), size) != sizes.end();
 }
+
+constexpr std::size_t kSelectorSize = 2;
 
 /// The reply to a four-byte command begins with its code, for which `payload` has the room.
 void PutCode(const CommandKey& key, std::vector<std::uint8_t>& payload) {
@@ -37,10 +36,24 @@ Reply Success(const CommandKey& key, std::vector<std::uint8_t> payload = {}) {
   return {kSuccess, std::move(payload)};
 }
 
+/// A reply whose content is no variable's.
+Reply Content(const CommandKey& key, std::span<const std::uint8_t> content) {
+  std::vector<std::uint8_t> payload(key.extended_code ? kExtendedCodeSize : 0);
+  payload.insert(payload.end(), content.begin(), content.end());
+  return Success(key, std::move(payload));
+}
+
+Reply OperationLog(const VarInfo& row, const CommandKey& key, std::span<const std::uint8_t> payload) {
+  if (payload.size() != row.get_cmd_payload_bytes.size() + kSelectorSize) return {kWrongPayloadSize, {}};
+  const auto part = OperationLogPart(payload.last(kSelectorSize));
+  return part ? Content(key, *part) : Reply{kWrongPayloadSize, {}};
+}
+
 }  // namespace
 
-CommandHandler::CommandHandler(std::shared_ptr<const ConfigParser> model, SensorState& state)
-    : model_(std::move(model)), state_(state) {
+CommandHandler::CommandHandler(std::shared_ptr<const ConfigParser> model, SensorState& state,
+                               FirmwareStore& firmware)
+    : model_(std::move(model)), state_(state), firmware_(firmware) {
   AddReads();
   AddWrites();
   for (const CommandKey& probe : {kProbe, kSecondProbe}) {
@@ -57,7 +70,8 @@ void CommandHandler::AddReads() {
       const std::size_t size = var->get_cmd_payload_bytes.size();
       if (!Contains(route.get_sizes, size)) route.get_sizes.push_back(size);
     }
-    route.is_action = std::all_of(vars.begin(), vars.end(), StartsAnAction);
+    route.action = ActionOfReads(vars);
+    route.action_row = vars.front();
   }
 }
 
@@ -65,8 +79,10 @@ void CommandHandler::AddWrites() {
   for (const auto& [command, vars] : model_->set_cmd_map()) {
     Route& route = RouteOf(command);
     route.set_cmd = command;
-    route.is_action =
-        (route.get_cmd.empty() || route.is_action) && std::all_of(vars.begin(), vars.end(), StartsAnAction);
+    // A command that also reads a value is no action.
+    if (!route.get_cmd.empty() && route.action == CommandAction::kNone) continue;
+    route.action = ActionOfWrites(vars);
+    route.action_row = vars.front();
   }
 }
 
@@ -84,6 +100,10 @@ const CommandHandler::Route* CommandHandler::FindRoute(const CommandKey& key) co
   return found == routes_.end() ? nullptr : &found->second;
 }
 
+void CommandHandler::TakePackagesUnder(std::uint8_t command) {
+  routes_[{command, std::nullopt, CommandFamily::kKtc}].action = CommandAction::kUpgrade;
+}
+
 Reply CommandHandler::Handle(const ReceivedRequest& request) {
   const std::span<const std::uint8_t> payload(request.payload);
   const CommandKey key = KeyOfRequest(request);
@@ -96,10 +116,37 @@ Reply CommandHandler::Handle(const ReceivedRequest& request) {
 }
 
 Reply CommandHandler::Run(const Route& route, const CommandKey& key, std::span<const std::uint8_t> payload) {
-  if (route.is_action) return route.get_cmd.empty() ? Success(key) : Read(route, key);
+  if (route.action != CommandAction::kNone) return RunAction(route, key, payload);
   if (Contains(route.get_sizes, payload.size())) return Read(route, key);
   if (!route.set_cmd.empty()) return Write(route, key, payload);
   return {kWrongPayloadSize, {}};
+}
+
+Reply CommandHandler::RunAction(const Route& route, const CommandKey& key,
+                                std::span<const std::uint8_t> payload) {
+  switch (route.action) {
+    case CommandAction::kLog:
+      return Content(key, SensorLog(route.action_row->var_name));
+    case CommandAction::kOperationLog:
+      return OperationLog(*route.action_row, key, payload);
+    case CommandAction::kUpgrade: {
+      const ReturnCode code = firmware_.Receive(key.code, payload);
+      return code == kSuccess ? Success(key) : Reply{code, {}};
+    }
+    case CommandAction::kReset:
+      state_.RestoreDefaults();
+      field_of_view_.Reset();
+      [[fallthrough]];
+    case CommandAction::kRestart: {
+      Reply reply = Success(key);
+      reply.restarts = true;
+      return reply;
+    }
+    case CommandAction::kAcknowledge:
+    case CommandAction::kNone:
+      break;
+  }
+  return route.get_cmd.empty() ? Success(key) : Read(route, key);
 }
 
 Reply CommandHandler::Read(const Route& route, const CommandKey& key) const {

@@ -8,32 +8,32 @@
 #include <vector>
 
 #include "VarkelCore/src/config_parser.h"
+#include "simulator/src/command_action.h"
 #include "simulator/src/command_key.h"
 #include "simulator/src/exchange_log.h"
 #include "simulator/src/field_of_view.h"
+#include "simulator/src/firmware_store.h"
+#include "simulator/src/return_code.h"
 #include "simulator/src/sensor_state.h"
 
 namespace varkel::sim {
 
-/// The sensor's return codes. 0 is success.
-enum ReturnCode : std::uint8_t {
-  kSuccess = 0,
-  kUnknownCommand = 1,
-  kWrongPayloadSize = 2,
-  kValueNotAllowed = 3,
-};
-
 struct Reply {
   std::uint8_t return_code = kSuccess;
   std::vector<std::uint8_t> payload;
+  bool restarts = false;  ///< the sensor restarts once the reply is out
 };
 
 /// Answers every command of a model's table, and the two commands with which a client looks whether a
 /// sensor is there. Thread-safe.
 class CommandHandler {
  public:
-  /// `state` outlives the handler. Raises std::runtime_error for a command text that is no number.
-  CommandHandler(std::shared_ptr<const ConfigParser> model, SensorState& state);
+  /// `state` and `firmware` outlive the handler. Raises std::runtime_error for a command text that is no
+  /// number.
+  CommandHandler(std::shared_ptr<const ConfigParser> model, SensorState& state, FirmwareStore& firmware);
+
+  /// Makes a command that the table lacks take firmware packages. Ahead of the first Handle.
+  void TakePackagesUnder(std::uint8_t command);
 
   Reply Handle(const ReceivedRequest& request);
 
@@ -43,7 +43,8 @@ class CommandHandler {
     std::string get_cmd;
     std::string set_cmd;
     std::vector<std::size_t> get_sizes;  ///< sizes of the request payloads that read it
-    bool is_action = false;              ///< restart, logs, upgrade: takes any payload
+    CommandAction action = CommandAction::kNone;
+    const VarInfo* action_row = nullptr;  ///< the row that made it an action
   };
 
   void AddReads();
@@ -51,14 +52,16 @@ class CommandHandler {
   Route& RouteOf(const std::string& command);
   const Route* FindRoute(const CommandKey& key) const;
   Reply Run(const Route& route, const CommandKey& key, std::span<const std::uint8_t> payload);
+  Reply RunAction(const Route& route, const CommandKey& key, std::span<const std::uint8_t> payload);
   Reply Read(const Route& route, const CommandKey& key) const;
   Reply Write(const Route& route, const CommandKey& key, std::span<const std::uint8_t> payload);
   Reply WriteFieldOfView(const Route& route, std::span<const std::uint8_t> payload);
 
   const std::shared_ptr<const ConfigParser> model_;
   SensorState& state_;
+  FirmwareStore& firmware_;
   FieldOfView field_of_view_;
-  std::map<CommandKey, Route> routes_;  // constant after construction
+  std::map<CommandKey, Route> routes_;  // constant from the first Handle on
 };
 
 }  // namespace varkel::sim

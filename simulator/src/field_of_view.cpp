@@ -41,4 +41,9 @@ void FieldOfView::Store(std::span<const std::uint8_t> payload) {
   for (std::size_t i = 0; i < kChannels; ++i) starts_[i] = StartAngle(payload, i);
 }
 
+void FieldOfView::Reset() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  starts_.fill(0);
+}
+
 }  // namespace varkel::sim

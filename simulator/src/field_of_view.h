@@ -24,6 +24,8 @@ class FieldOfView {
   static bool IsValid(std::span<const std::uint8_t> payload);
   /// Stores the start angles of a valid write.
   void Store(std::span<const std::uint8_t> payload);
+  /// As delivered: every start angle 0.
+  void Reset();
 
  private:
   mutable std::mutex mutex_;

@@ -8,6 +8,8 @@
 #include <system_error>
 #include <utility>
 
+#include "libquarn/Source/src/sensor_requests.h"
+
 namespace varkel::sim {
 namespace {
 
@@ -45,6 +47,34 @@ std::optional<std::string> CutAt(std::string& text, char separator) {
   return tail;
 }
 
+/// "ldcmd:ITEM", "ldcmd-get:ITEM", "ldcmd-set:ITEM", "ota:TYPE", or a KTC command as in a table.
+std::optional<CommandKey> KeyOfRule(std::string command) {
+  struct Target {
+    const char* name;
+    CommandFamily family;
+    std::optional<std::uint32_t> request;
+  };
+  static const std::vector<Target> kTargets = {
+      {"ldcmd", CommandFamily::kSerialCommand, std::nullopt},
+      {"ldcmd-get", CommandFamily::kSerialCommand, quarn::lidar::kGetRequest},
+      {"ldcmd-set", CommandFamily::kSerialCommand, quarn::lidar::kSetRequest},
+      {"ota", CommandFamily::kFirmware, std::nullopt},
+  };
+  const std::optional<std::string> code = CutAt(command, ':');
+  if (!code) {
+    try {
+      return KeyOfText(command);
+    } catch (const std::exception&) {
+      return std::nullopt;
+    }
+  }
+  const auto target = std::find_if(kTargets.begin(), kTargets.end(),
+                                   [&](const Target& candidate) { return command == candidate.name; });
+  const std::optional<std::int64_t> number = Number(*code);
+  if (target == kTargets.end() || !number || *number < 0 || *number > 0xFF) return std::nullopt;
+  return CommandKey{static_cast<std::uint8_t>(*number), target->request, target->family};
+}
+
 }  // namespace
 
 struct Misbehaviours::KindInfo {
@@ -65,6 +95,7 @@ const Misbehaviours::KindInfo& Misbehaviours::FindKind(const std::string& rule, 
       {"lying-length", Kind::kLyingLength, Argument::kRequired, -kBiggestLie, kBiggestLie},
       {"silence", Kind::kSilence, Argument::kNone, 0, 0},
       {"close", Kind::kClose, Argument::kOptional, 0, kMostBytes},
+      {"pull", Kind::kClose, Argument::kOptional, 0, kMostBytes},
       {"none", Kind::kNone, Argument::kNone, 0, 0},
   };
   const auto found =
@@ -86,10 +117,10 @@ Misbehaviours::Rule Misbehaviours::Parse(const std::string& text) {
   Rule rule;
   rule.kind = info.kind;
   if (command != "*") {
-    try {
-      rule.command = KeyOfText(command);
-    } catch (const std::exception&) {
-      Refuse(text, "names a command that is no number");
+    rule.command = KeyOfRule(command);
+    if (!rule.command) {
+      Refuse(text,
+             "names a command that is no number, nor one behind ldcmd:, ldcmd-get:, ldcmd-set: or ota:");
     }
   }
   if (argument.has_value() ? info.argument == Argument::kNone : info.argument == Argument::kRequired) {
@@ -125,8 +156,8 @@ void Misbehaviours::Clear() {
 
 bool Misbehaviours::Matches(const Rule& rule, const CommandKey& key) {
   if (!rule.command) return true;
-  // A rule for the plain command 0xFF holds for all four-byte commands.
-  return rule.command->code == key.code &&
+  // A rule for the plain command 0xFF holds for all four-byte commands, one for an item for get and set.
+  return rule.command->family == key.family && rule.command->code == key.code &&
          (!rule.command->extended_code || rule.command->extended_code == key.extended_code);
 }
 
@@ -163,10 +194,18 @@ void Misbehaviours::Apply(const Rule& rule, const CommandKey& key, ReplyPlan& pl
 }
 
 ReplyPlan Misbehaviours::Next(const CommandKey& key) {
+  return Decide(key, false);
+}
+
+ReplyPlan Misbehaviours::NextCarried(const CommandKey& key) {
+  return Decide(key, true);
+}
+
+ReplyPlan Misbehaviours::Decide(const CommandKey& key, bool is_carried) {
   ReplyPlan plan;
   const std::lock_guard<std::mutex> lock(mutex_);
   for (Rule& rule : rules_) {
-    if (!Matches(rule, key)) continue;
+    if (!Matches(rule, key) || (is_carried && !rule.command)) continue;
     ++rule.seen;
     if (rule.only == 0 || rule.only == rule.seen) Apply(rule, key, plan);
   }

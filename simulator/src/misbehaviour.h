@@ -35,6 +35,8 @@ class Misbehaviours {
 
   /// What the rules make of the next exchange of that command; counts the exchange.
   ReplyPlan Next(const CommandKey& key);
+  /// The same for a request that another one carried, for which the rules of every command counted already.
+  ReplyPlan NextCarried(const CommandKey& key);
 
  private:
   enum class Kind { kLate, kSplit, kNoise, kWrongEcho, kError, kLyingLength, kSilence, kClose, kNone };
@@ -49,6 +51,7 @@ class Misbehaviours {
 
   static const KindInfo& FindKind(const std::string& rule, const std::string& name);
   static Rule Parse(const std::string& text);
+  ReplyPlan Decide(const CommandKey& key, bool is_carried);
   static bool Matches(const Rule& rule, const CommandKey& key);
   static void Apply(const Rule& rule, const CommandKey& key, ReplyPlan& plan);
 

@@ -44,10 +44,24 @@ std::vector<std::uint8_t> DefaultBytes(const ConfigParser& model, const VarInfo&
 
 SensorState::SensorState(std::shared_ptr<const ConfigParser> model, Clock clock)
     : model_(std::move(model)), clock_(std::move(clock)) {
+  SetDefaultsLocked();
+}
+
+void SensorState::SetDefaultsLocked() {
   std::size_t ordinal = 0;
   for (const auto& [id, var] : model_->var_map()) {
     values_[var.get()] = {DefaultBytes(*model_, *var), LiveKindOf(*var), ordinal++};
   }
+}
+
+void SensorState::RestoreDefaults() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  SetDefaultsLocked();
+}
+
+void SensorState::PowerUp() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  power_up_ = clock_();
 }
 
 std::vector<std::uint8_t> SensorState::Read(const std::string& get_cmd) const {
@@ -114,7 +128,7 @@ const VarInfo& SensorState::Find(const std::string& var_name) const {
 std::vector<std::uint8_t> SensorState::BytesNow(const VarInfo& var) const {
   const Value& value = values_.at(&var);
   if (value.live == LiveKind::kFixed) return value.bytes;
-  return LiveBytes(value.live, var, value.bytes, clock_(), value.ordinal);
+  return LiveBytes(value.live, var, value.bytes, clock_() - power_up_, value.ordinal);
 }
 
 }  // namespace varkel::sim

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -34,6 +35,11 @@ class SensorState {
   /// Stores a set payload, without any four-byte code. False, and nothing stored, for a wrong size.
   bool Write(const std::string& set_cmd, std::span<const std::uint8_t> payload);
 
+  /// All variables back to their defaults; those that move do so again.
+  void RestoreDefaults();
+  /// Running times and counters start again from their values at power-up.
+  void PowerUp();
+
   /// The variable's value as the user interface shows it. Raises std::out_of_range for an unknown name.
   std::string ValueText(const std::string& var_name) const;
   /// Raises std::out_of_range for an unknown name, std::invalid_argument for a text that doesn't fit.
@@ -47,12 +53,14 @@ class SensorState {
     std::size_t ordinal = 0;
   };
 
+  void SetDefaultsLocked();
   const VarInfo& Find(const std::string& var_name) const;
   std::vector<std::uint8_t> BytesNow(const VarInfo& var) const;
 
   const std::shared_ptr<const ConfigParser> model_;
   const Clock clock_;
   mutable std::mutex mutex_;
+  std::chrono::milliseconds power_up_{0};   // on the clock; guarded by mutex_
   std::map<const VarInfo*, Value> values_;  // the map is constant, mutex_ guards its values
 };
 

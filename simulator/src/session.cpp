@@ -44,7 +44,6 @@ bool SendInPieces(SocketHandle socket, std::span<const std::uint8_t> bytes, std:
 /// False when the conversation is over.
 bool SendReply(SocketHandle socket, const std::vector<std::uint8_t>& frame, const ReplyPlan& plan,
                const StopSignal& stop) {
-  if (plan.delay.count() > 0 && stop.WaitFor(plan.delay)) return false;
   if (plan.silent) return true;
   std::vector<std::uint8_t> bytes = Noise(plan.noise_size);
   bytes.insert(bytes.end(), frame.begin(), frame.end());
@@ -57,19 +56,35 @@ bool SendReply(SocketHandle socket, const std::vector<std::uint8_t>& frame, cons
   return sent && !plan.closes;
 }
 
+Reply Handle(const ReceivedRequest& request, ReplyPlan& plan, const SessionParts& parts) {
+  if (plan.error) return {*plan.error, {}};
+  if (parts.tunnel != nullptr && SmallSensorTunnel::Takes(request)) {
+    return parts.tunnel->Handle(request, plan);
+  }
+  return parts.handler.Handle(request);
+}
+
+/// False when the conversation is over.
 bool Answer(SocketHandle socket, const ReceivedRequest& request, const StopSignal& stop,
-            const SessionParts& parts) {
+            RestartSwitch& restart, const SessionParts& parts) {
   parts.log.Add(request);
-  const ReplyPlan plan = parts.misbehaviours.Next(KeyOfRequest(request));
-  const Reply reply = plan.error ? Reply{*plan.error, {}} : parts.handler.Handle(request);
+  ReplyPlan plan = parts.misbehaviours.Next(KeyOfRequest(request));
+  const Reply reply = Handle(request, plan, parts);
   if (parts.watcher) parts.watcher({request, reply.return_code, reply.payload.size()});
+  if (plan.delay.count() > 0 && stop.WaitFor(plan.delay)) return false;
+
+  const bool restarts = reply.restarts && restart.Begin();
   const std::uint8_t echo = plan.echo.value_or(request.command);
-  return SendReply(socket, ReplyFrame(request.version, echo, reply, plan.length_lie), plan, stop);
+  const bool goes_on =
+      SendReply(socket, ReplyFrame(request.version, echo, reply, plan.length_lie), plan, stop);
+  if (restarts) restart.Finish();
+  return goes_on && !restarts;
 }
 
 }  // namespace
 
-void ServeClient(SocketHandle socket, const StopSignal& stop, const SessionParts& parts) {
+void ServeClient(SocketHandle socket, const StopSignal& stop, RestartSwitch& restart,
+                 const SessionParts& parts) {
   FrameReader reader;
   std::array<std::uint8_t, kReadSize> buffer{};
   while (!stop.raised()) {
@@ -77,7 +92,7 @@ void ServeClient(SocketHandle socket, const StopSignal& stop, const SessionParts
     if (received <= 0) return;
     reader.Append(std::span(buffer).first(static_cast<std::size_t>(received)));
     while (const auto request = reader.Next()) {
-      if (!Answer(socket, *request, stop, parts)) return;
+      if (!Answer(socket, *request, stop, restart, parts)) return;
     }
     if (const auto& refused = reader.refused()) {
       SendAll(socket, ReplyFrame(refused->version, refused->command, {kWrongPayloadSize, {}}, 0));

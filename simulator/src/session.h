@@ -6,6 +6,8 @@
 #include "simulator/src/command_handler.h"
 #include "simulator/src/exchange_log.h"
 #include "simulator/src/misbehaviour.h"
+#include "simulator/src/restart_switch.h"
+#include "simulator/src/small_sensor_tunnel.h"
 #include "simulator/src/stop_signal.h"
 
 namespace varkel::sim {
@@ -16,10 +18,12 @@ struct SessionParts {
   Misbehaviours& misbehaviours;
   ExchangeLog& log;
   const std::function<void(const Exchange&)>& watcher;  ///< may be empty
+  const SmallSensorTunnel* tunnel = nullptr;            ///< the way to the small sensor behind this server
 };
 
-/// Answers one client until it leaves, the rules close the connection, or the signal is raised and the
-/// socket shut down. The caller closes the socket.
-void ServeClient(quarn::platform::SocketHandle socket, const StopSignal& stop, const SessionParts& parts);
+/// Answers one client until it leaves, the rules close the connection, the sensor restarts, or the signal is
+/// raised and the socket shut down. The caller closes the socket.
+void ServeClient(quarn::platform::SocketHandle socket, const StopSignal& stop, RestartSwitch& restart,
+                 const SessionParts& parts);
 
 }  // namespace varkel::sim

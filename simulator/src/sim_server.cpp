@@ -12,13 +12,16 @@ namespace {
 using quarn::platform::kInvalidSocket;
 using quarn::platform::SocketHandle;
 
-/// How long the accept thread may miss a raised stop signal.
+/// How long the accept thread may miss a raised stop signal, and a restart.
 constexpr int kAcceptSliceMs = 50;
+/// Between two attempts to get the port back after a restart.
+constexpr std::chrono::milliseconds kListenRetry{50};
 
 }  // namespace
 
-SimServer::SimServer(const std::string& address, std::uint16_t port, Conversation conversation)
-    : conversation_(std::move(conversation)) {
+SimServer::SimServer(const std::string& address, std::uint16_t port, Conversation conversation,
+                     Restarting restarting)
+    : address_(address), conversation_(std::move(conversation)), restarting_(std::move(restarting)) {
   quarn::platform::StartUpSockets();
   listener_ = quarn::platform::TcpListener::Listen(address, port);
   if (!listener_) {
@@ -26,19 +29,19 @@ SimServer::SimServer(const std::string& address, std::uint16_t port, Conversatio
     throw std::runtime_error("Can't listen on " + address + ":" + std::to_string(port) +
                              ": the port is in use or the address is not one of this machine.");
   }
+  port_ = listener_->port();
   accept_thread_ = std::thread([this] { AcceptClients(); });
 }
 
 SimServer::~SimServer() {
   stop_.Raise();
-  accept_thread_.join();
   {
     const std::lock_guard<std::mutex> lock(mutex_);
-    for (const Client& client : clients_) {
-      if (client.socket != kInvalidSocket) quarn::platform::ShutdownSocket(client.socket);
-    }
+    stopping_ = true;
   }
-  for (Client& client : clients_) client.thread.join();
+  phase_changed_.notify_all();
+  accept_thread_.join();
+  DisconnectAll();
   listener_.reset();
   quarn::platform::CleanUpSockets();
 }
@@ -55,7 +58,72 @@ void SimServer::AcceptClients() {
     const SocketHandle socket = listener_->Accept(kAcceptSliceMs);
     JoinThoseWhoLeft();
     if (socket != kInvalidSocket) Admit(socket);
+    if (RestartHasBegun()) Restart();
   }
+}
+
+bool SimServer::RestartHasBegun() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return phase_ != Phase::kServing;
+}
+
+bool SimServer::Begin() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  if (phase_ != Phase::kServing) return false;
+  phase_ = Phase::kClosing;
+  restarting_.on_begin();
+  phase_changed_.wait(lock, [this] { return phase_ != Phase::kClosing || stopping_; });
+  return true;
+}
+
+void SimServer::Finish() {
+  SetPhase(Phase::kDown);
+}
+
+void SimServer::Restart() {
+  listener_.reset();
+  SetPhase(Phase::kReplying);
+  WaitForReply();
+  DisconnectAll();
+  stop_.WaitFor(restarting_.time);
+  restarting_.on_power_up();
+  ListenAgain();
+  SetPhase(Phase::kServing);
+}
+
+void SimServer::WaitForReply() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  phase_changed_.wait(lock, [this] { return phase_ == Phase::kDown || stopping_; });
+}
+
+/// The listener stays null only when the server is being destroyed.
+void SimServer::ListenAgain() {
+  while (!stop_.raised()) {
+    listener_ = quarn::platform::TcpListener::Listen(address_, port_);
+    if (listener_ || stop_.WaitFor(kListenRetry)) return;
+  }
+}
+
+void SimServer::SetPhase(Phase phase) {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    phase_ = phase;
+  }
+  phase_changed_.notify_all();
+}
+
+/// Stuck ones too; returns when all have gone.
+void SimServer::DisconnectAll() {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    for (Client& client : clients_) {
+      client.stop.Raise();
+      if (client.socket != kInvalidSocket) quarn::platform::ShutdownSocket(client.socket);
+    }
+  }
+  for (Client& client : clients_) client.thread.join();
+  const std::lock_guard<std::mutex> lock(mutex_);
+  clients_.clear();
 }
 
 void SimServer::Admit(SocketHandle socket) {
@@ -71,7 +139,7 @@ void SimServer::Admit(SocketHandle socket) {
 }
 
 void SimServer::Serve(Client& client, SocketHandle socket) {
-  conversation_(socket, stop_);
+  conversation_(socket, client.stop, *this);
   // Under the lock, so that nobody shuts down a descriptor that already belongs to someone else.
   const std::lock_guard<std::mutex> lock(mutex_);
   quarn::platform::CloseSocket(socket);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -10,43 +12,74 @@
 #include <thread>
 
 #include "libquarn/Platform/src/socket.h"
+#include "simulator/src/restart_switch.h"
 #include "simulator/src/stop_signal.h"
 
 namespace varkel::sim {
 
-/// Accepts clients from construction to destruction and runs one conversation a client, each on a thread of
-/// its own.
-class SimServer {
+/// Accepts clients from construction to destruction, restarts aside, and runs one conversation a client, each
+/// on a thread of its own.
+class SimServer : public RestartSwitch {
  public:
   /// Returns when the client leaves, or when the socket is shut down with the signal raised. Must not throw.
-  using Conversation = std::function<void(quarn::platform::SocketHandle socket, const StopSignal& stop)>;
+  using Conversation = std::function<void(quarn::platform::SocketHandle socket, const StopSignal& stop,
+                                          RestartSwitch& restart)>;
+
+  /// What a restart does besides ending all conversations. The functions must not throw.
+  struct Restarting {
+    std::chrono::milliseconds time{0};  ///< for which connections are refused
+    std::function<void()> on_begin;     ///< on the thread of the conversation that asked for it
+    std::function<void()> on_power_up;  ///< after all conversations, ahead of the next ones
+  };
 
   /// Port 0 picks a free one. Raises std::runtime_error when it can't listen.
-  SimServer(const std::string& address, std::uint16_t port, Conversation conversation);
+  SimServer(const std::string& address, std::uint16_t port, Conversation conversation, Restarting restarting);
   /// Ends all conversations, stuck ones too, and joins their threads.
-  ~SimServer();
+  ~SimServer() override;
   SimServer(const SimServer&) = delete;
   SimServer& operator=(const SimServer&) = delete;
 
-  std::uint16_t port() const { return listener_->port(); }
+  std::uint16_t port() const { return port_; }
   std::size_t connected_clients() const;
+
+  bool Begin() override;
+  void Finish() override;
 
  private:
   struct Client {
     quarn::platform::SocketHandle socket = quarn::platform::kInvalidSocket;  ///< guarded; invalid: it left
+    StopSignal stop;
     std::thread thread;
+  };
+  enum class Phase {
+    kServing,
+    kClosing,   ///< a restart has begun, the listener is to be closed
+    kReplying,  ///< the listener is closed, the reply to the restart goes out
+    kDown,
   };
 
   void AcceptClients();
   void Admit(quarn::platform::SocketHandle socket);
   void Serve(Client& client, quarn::platform::SocketHandle socket);
   void JoinThoseWhoLeft();
+  bool RestartHasBegun() const;
+  void Restart();
+  void WaitForReply();
+  void ListenAgain();
+  void SetPhase(Phase phase);
+  void DisconnectAll();
 
+  const std::string address_;
   const Conversation conversation_;
+  const Restarting restarting_;
   StopSignal stop_;
-  std::unique_ptr<quarn::platform::TcpListener> listener_;
+  std::unique_ptr<quarn::platform::TcpListener> listener_;  // the accept thread's; null during a restart
+  std::uint16_t port_ = 0;                                  // constant after construction
   mutable std::mutex mutex_;
-  std::list<Client> clients_;  // the accept thread adds and removes; mutex_ guards list and sockets
+  std::condition_variable phase_changed_;
+  Phase phase_ = Phase::kServing;  // guarded by mutex_
+  bool stopping_ = false;          // guarded by mutex_; stop_ for those who wait for a phase
+  std::list<Client> clients_;      // the accept thread adds and removes; mutex_ guards list and sockets
   std::thread accept_thread_;
 };
 

@@ -1,18 +1,32 @@
 #include "simulator/src/simulated_sensor.h"
 
+#include <atomic>
 #include <exception>
+#include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
 #include "VarkelCore/src/config_parser.h"
 #include "simulator/src/command_handler.h"
+#include "simulator/src/firmware_store.h"
 #include "simulator/src/misbehaviour.h"
 #include "simulator/src/sensor_state.h"
 #include "simulator/src/session.h"
 #include "simulator/src/sim_server.h"
+#include "simulator/src/small_sensor_tunnel.h"
 
 namespace varkel::sim {
 namespace {
+
+constexpr char kFirmwareVersion[] = "Firmware Version";
+constexpr char kSerialNumber[] = "SN";
+constexpr std::uint8_t kJunctionBoxPackage = 0x83;
+
+bool HasSmallSensor(const std::string& table_path) {
+  const std::string model = std::filesystem::path(table_path).stem().string();
+  return model == "Zelto-KTC" || model == "Marvo-KTC";
+}
 
 std::shared_ptr<const ConfigParser> LoadModel(const std::string& table_path) {
   auto model = std::make_shared<ConfigParser>(table_path);
@@ -35,16 +49,42 @@ struct SimulatedSensor::Parts {
       : options(std::move(given)),
         model(LoadModel(options.table_path)),
         state(model, options.clock ? options.clock : SteadyClock()),
-        handler(model, state) {
+        handler(model, state, firmware) {
     for (const std::string& rule : options.misbehaviours) misbehaviours.Add(rule);
+    if (HasSmallSensor(options.table_path)) AddSmallSensor();
+  }
+
+  /// It tells the serial number that the table does.
+  void AddSmallSensor() {
+    device = std::make_unique<SmallSensorDevice>();
+    tunnel.emplace(SerialParts{*device, misbehaviours, options.serial_watcher});
+    handler.TakePackagesUnder(kJunctionBoxPackage);
+    if (model->FindByName(kSerialNumber) == nullptr) return;
+    device->state.Change(
+        [number = state.ValueText(kSerialNumber)](SmallSensorItems& items) { items.serial_number = number; });
+  }
+
+  void PowerUp() {
+    state.PowerUp();
+    if (device) device->PowerUp();
+    const auto version = firmware.Install();
+    if (!version) return;
+    try {
+      state.SetValue(kFirmwareVersion, *version);
+    } catch (const std::logic_error&) {  // a table that shows no version, or in another form
+    }
   }
 
   const SensorOptions options;
   const std::shared_ptr<const ConfigParser> model;
   SensorState state;
+  FirmwareStore firmware;
   CommandHandler handler;
   Misbehaviours misbehaviours;
   ExchangeLog log;
+  std::unique_ptr<SmallSensorDevice> device;  // null for a model without; constant after construction
+  std::optional<SmallSensorTunnel> tunnel;
+  std::atomic<std::size_t> restarts{0};
   std::unique_ptr<SimServer> server;  // last: its threads use all the others
 };
 
@@ -56,12 +96,14 @@ SimulatedSensor::~SimulatedSensor() = default;
 void SimulatedSensor::Start() {
   if (parts_->server) return;
   Parts& parts = *parts_;
-  const SessionParts session{parts.handler, parts.misbehaviours, parts.log, parts.options.watcher};
-  parts.server =
-      std::make_unique<SimServer>(parts.options.address, parts.options.port,
-                                  [session](quarn::platform::SocketHandle socket, const StopSignal& stop) {
-                                    ServeClient(socket, stop, session);
-                                  });
+  const SessionParts session{parts.handler, parts.misbehaviours, parts.log, parts.options.watcher,
+                             parts.tunnel ? &*parts.tunnel : nullptr};
+  const auto serve = [session](quarn::platform::SocketHandle socket, const StopSignal& stop,
+                               RestartSwitch& restart) { ServeClient(socket, stop, restart, session); };
+  parts.server = std::make_unique<SimServer>(
+      parts.options.address, parts.options.port, serve,
+      SimServer::Restarting{parts.options.restart_time, [&parts] { ++parts.restarts; },
+                            [&parts] { parts.PowerUp(); }});
 }
 
 void SimulatedSensor::Stop() {
@@ -115,6 +157,21 @@ std::size_t SimulatedSensor::exchanges() const {
 
 std::size_t SimulatedSensor::connected_clients() const {
   return parts_->server ? parts_->server->connected_clients() : 0;
+}
+
+std::size_t SimulatedSensor::restarts() const {
+  return parts_->restarts;
+}
+
+std::vector<std::uint8_t> SimulatedSensor::ReceivedPackage() const {
+  return parts_->firmware.Package();
+}
+
+SmallSensorDevice& SimulatedSensor::device() {
+  if (!parts_->device) {
+    throw std::logic_error("The model of " + parts_->options.table_path + " has no small sensor behind it.");
+  }
+  return *parts_->device;
 }
 
 }  // namespace varkel::sim

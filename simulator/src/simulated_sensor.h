@@ -10,6 +10,7 @@
 
 #include "simulator/src/clock.h"
 #include "simulator/src/exchange_log.h"
+#include "simulator/src/small_sensor_device.h"
 
 namespace varkel::sim {
 
@@ -18,8 +19,10 @@ struct SensorOptions {
   std::string address = "127.0.0.1";               ///< dotted IP version 4 text
   std::uint16_t port = 0;                          ///< 0 picks a free one
   std::vector<std::string> misbehaviours{};        ///< see Misbehave
+  std::chrono::milliseconds restart_time{300};     ///< connections are refused for so long
   Clock clock{};                                   ///< empty: the steady clock from construction on
   std::function<void(const Exchange&)> watcher{};  ///< called on client threads, may be empty
+  std::function<void(const SerialRequest&)> serial_watcher{};  ///< the same for what a small sensor gets
 };
 
 /// A sensor of one model on a TCP port of its own, speaking KTC 1.0 and 2.0 to any number of clients.
@@ -29,8 +32,18 @@ struct SensorOptions {
 ///     // connect to 127.0.0.1, sensor.port()
 ///
 /// Values start from the table's defaults; what is set is stored. Variables that the page timer re-reads
-/// move with the clock: at time 0 they show their defaults. All operations are thread-safe but for Start
-/// and Stop, which belong to one thread. Values, misbehaviours and the request log outlive Stop and Start.
+/// move with the clock: at time 0 they show their defaults.
+///
+/// The table's "Restart" answers, closes all connections, refuses new ones for the restart time and sets the
+/// running times and counters back; "Reset" also restores all defaults. The upgrade row's command takes a
+/// package piece by piece. After the next restart "Firmware Version" shows what the package's first line
+/// names ("VARKEL-SIM FIRMWARE 1.2.3.4 2024-10-01" and a line feed); any other package leaves it, and a reset
+/// does not bring the old one back.
+///
+/// The models "Zelto-KTC" and "Marvo-KTC" (named like their tables) have a small sensor behind them, which
+/// KTC command 0xFF reaches, and take the package of their junction box under command 0x83. Logs have a few
+/// kilobytes of text. All operations are thread-safe but for Start and Stop, which belong to one thread.
+/// Values, misbehaviours, packages and the request log outlive Stop and Start.
 class SimulatedSensor {
  public:
   /// Raises std::runtime_error with a sentence that names table and variable when the table can't be read,
@@ -46,7 +59,7 @@ class SimulatedSensor {
   void Stop();
 
   const std::string& address() const;
-  std::uint16_t port() const;  ///< the port listened on; 0 while stopped
+  std::uint16_t port() const;  ///< the port, also during a restart; 0 while stopped
 
   /// The value that a client would read now, as the user interface shows it. Raises std::out_of_range for
   /// a name that the table lacks.
@@ -67,6 +80,9 @@ class SimulatedSensor {
   ///   silence            carried out, but no reply
   ///   close[:SIZE]       closes after SIZE bytes of the reply (half of it)
   ///   none               behaves again
+  /// For the frames that a small sensor gets inside KTC, COMMAND is "ldcmd:ITEM" (only "ldcmd-get:ITEM", only
+  /// "ldcmd-set:ITEM") or "ota:TYPE", e.g. "ldcmd:10=silence" or "ota:2=error:7#3"; noise, echo, error and
+  /// length are then those of the carried frame, "error" its status. "pull" is another name for "close".
   /// Raises std::invalid_argument with a sentence for anything else.
   void Misbehave(const std::string& rule);
   /// Ends every misbehaviour.
@@ -80,6 +96,14 @@ class SimulatedSensor {
 
   std::size_t exchanges() const;          ///< requests received in all
   std::size_t connected_clients() const;  ///< connections open now
+  std::size_t restarts() const;           ///< restarts begun, counted before their reply goes out
+
+  /// The last firmware package that came whole, whether it runs yet or not; empty before the first.
+  std::vector<std::uint8_t> ReceivedPackage() const;
+
+  /// State, received firmware and request log of the small sensor. Raises std::logic_error for a model
+  /// without one.
+  SmallSensorDevice& device();
 
  private:
   struct Parts;

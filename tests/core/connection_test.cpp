@@ -1,4 +1,5 @@
 #include <QElapsedTimer>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include "tests/core/core_test.h"
@@ -20,6 +21,7 @@ class ConnectionTest : public QObject {
   void CheckTellsALostSensor();
   void ByteFlowLeavesProbesOut();
   void StartModelIsTheOnlyOne();
+  void CallsOfTheWindowReturnAtOnce();
   void ClosingNeverWaitsForTheSensor_data();
   void ClosingNeverWaitsForTheSensor();
 };
@@ -145,6 +147,38 @@ void ConnectionTest::StartModelIsTheOnlyOne() {
   QCOMPARE(type_changed.count(), 1);
   QCOMPARE(bench.manager->connectType(), 1);
   QCOMPARE(bench.manager->LidarModelList(), QVariantList{"Zelto"});
+
+  Bench host;
+  host.manager->SetVMNowName("Marvo-KTC");  // in no list, but a host may ask for it
+  QCOMPARE(host.manager->connectType(), 2);
+  QCOMPARE(host.manager->LidarModelList(), QVariantList{"Marvo-KTC"});
+}
+
+/// With a silent sensor an exchange takes four seconds: whatever waits for one is found out here.
+void ConnectionTest::CallsOfTheWindowReturnAtOnce() {
+  Bench bench;
+  VarkelManager& manager = *bench.manager;
+  manager.setModuleIndexUse(1);
+  QVERIFY(bench.Connect());
+  bench.sensor->Misbehave("*=silence");
+  bench.Edit("Subnet Mask", "255.255.0.0");
+  const QTemporaryDir folder;
+  const std::vector<std::pair<const char*, std::function<void()>>> calls = {
+      {"read", [&] { manager.ReadPageInBackground(2); }},
+      {"save", [&] { manager.RunInBackground(2); }},
+      {"check", [&] { manager.CheckConnectionInBackground(); }},
+      {"command", [&] { manager.SendCommandInBackground("07", ""); }},
+      {"restart", [&] { manager.RestartInBackground(); }},
+      {"reset", [&] { manager.ResetInBackground(); }},
+      {"download", [&] { manager.DownloadLog(QUrl::fromLocalFile(folder.path()), "Fault Log"); }},
+      {"disconnect", [&] { manager.Stop(); }}};
+  for (const auto& [name, call] : calls) {
+    QElapsedTimer timer;
+    timer.start();
+    call();
+    qInfo("%s: %lld us", name, timer.nsecsElapsed() / 1000);
+    QVERIFY2(timer.elapsed() < 500, name);
+  }
 }
 
 /// How far things got when the user closes the window.

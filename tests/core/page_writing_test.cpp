@@ -22,6 +22,7 @@ class PageWritingTest : public QObject {
   void FieldOfViewIsWritten();
   void RefusedBeforeAnythingIsSent();
   void EditsOfOtherPagesStayPending();
+  void EditMadeDuringTheSaveStaysPending();
 };
 
 void PageWritingTest::EditsAreCounted() {
@@ -239,6 +240,29 @@ void PageWritingTest::EditsOfOtherPagesStayPending() {
   QCOMPARE(bench.manager->getSetMapSize(), 1);
   bench.manager->GetLidarModuleInfo(4);
   QCOMPARE(bench.Shown("Sync Angle"), QString("180"));
+}
+
+void PageWritingTest::EditMadeDuringTheSaveStaysPending() {
+  Bench bench;
+  bench.manager->setModuleIndexUse(-1);
+  QVERIFY(bench.Connect());
+  bench.sensor->Misbehave("0x43=late:500");
+  bench.Edit("Intensity Threshold", "20");
+  bench.Edit("Noise Filter Level", "3");
+  bench.manager->RunInBackground(4);
+  QVERIFY(bench.sensor->WaitReceived(0x43, 1, std::chrono::seconds(5)));
+  bench.Edit("Intensity Threshold", "21");
+  QCOMPARE(bench.NextSuccess(), QString(kSaved));
+  const auto edited = [&bench](const char* name) {
+    const auto place = bench.Find(name);
+    return bench.manager->variableMap(place.page, place.group, place.index)["edited"].toBool();
+  };
+  QVERIFY(edited("Intensity Threshold"));
+  QVERIFY(!edited("Noise Filter Level"));
+  QCOMPARE(bench.manager->getSetMapSize(), 1);
+  bench.manager->Run(4);
+  QCOMPARE(bench.NextSuccess(), QString(kSaved));
+  QCOMPARE(bench.sensor->ValueText("Intensity Threshold"), std::string("21"));
 }
 
 const RegisterTest<PageWritingTest> registered;

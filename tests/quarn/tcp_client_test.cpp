@@ -158,7 +158,7 @@ TEST(TcpClient, SilentAddressTimesOutWithoutALine) {
   TcpClient client;
   const auto elapsed = test::TimeOf([&] { EXPECT_FALSE(TryOpen(client, address.port())); });
   EXPECT_GE(elapsed.count(), 990);
-  EXPECT_LT(elapsed.count(), 1500);
+  EXPECT_LT(elapsed.count(), 5000);
   EXPECT_TRUE(log.All().empty()) << testing::PrintToString(log.All());
 }
 

@@ -21,7 +21,7 @@ namespace quarn::test {
 inline constexpr std::chrono::seconds kPatience{10};
 
 /// What "at once" may last on a busy machine under a sanitizer.
-inline constexpr std::chrono::milliseconds kAtOnce{500};
+inline constexpr std::chrono::milliseconds kAtOnce{900};
 
 inline bool Eventually(const std::function<bool()>& condition) {
   const auto deadline = std::chrono::steady_clock::now() + kPatience;

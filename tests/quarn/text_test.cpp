@@ -72,6 +72,7 @@ TEST(TextToInt, Table) {
 }
 
 TEST(TextToReal, Table) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   struct {
     std::string text;
     double expected;
@@ -87,8 +88,8 @@ TEST(TextToReal, Table) {
       {"0x", 0},
       {"1,5", 1},
       {"-0x1p-2", -0.25},
-      {"inf", INFINITY},
-      {"-Infinity", -INFINITY},
+      {"inf", kInfinity},
+      {"-Infinity", -kInfinity},
       {"1e-40", 1e-40},
   };
   for (const auto& c : cases) {

@@ -154,17 +154,15 @@ TEST(KtcStreamDecode, Version1NeverReadsOutside) {
 
 TEST(KtcStreamDecode, Version2ActsOnTheStatus) {
   struct {
+    Bytes in, out;
     std::uint8_t status, byte;
-    Bytes in;
-    bool ok;
-    Bytes out;
-    bool told;
+    bool ok, told;
   } const cases[] = {
-      {1, 0, {5, 6}, true, {5, 6}, true},    {9, 0, {}, true, {}, true},
-      {2, 0, {}, true, {0xEE}, false},       {8, 0, {5}, false, {5}, false},
-      {10, 0, {}, true, {0xEE}, false},      {10, 7, {}, false, {0xEE, 7}, false},
-      {10, 0, {1}, false, {0xEE, 0}, false}, {0, 1, {1}, true, {0xEE}, true},
-      {11, 1, {1}, true, {0xEE}, true},
+      {{5, 6}, {5, 6}, 1, 0, true, true},    {{}, {}, 9, 0, true, true},
+      {{}, {0xEE}, 2, 0, true, false},       {{5}, {5}, 8, 0, false, false},
+      {{}, {0xEE}, 10, 0, true, false},      {{}, {0xEE, 7}, 10, 7, false, false},
+      {{1}, {0xEE, 0}, 10, 0, false, false}, {{1}, {0xEE}, 0, 1, true, true},
+      {{1}, {0xEE}, 11, 1, true, true},
   };
   const Ktc_2_0_parser parser;
   for (const auto& c : cases) {

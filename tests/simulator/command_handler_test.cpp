@@ -2,15 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <numeric>
+#include <set>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "VarkelCore/src/command_text.h"
 #include "simulator/src/sensor_state.h"
+#include "tests/simulator/piece_frame.h"
 #include "tests/simulator/test_table.h"
 
 namespace varkel::sim {
@@ -28,6 +32,12 @@ constexpr char kRows[] =
     "4,1,,0x10,1,Restart,raw,,0,,1_1_1_6,,\n"
     "4,2,0x60,,,Fault Log,raw,,0,,1_1_2_6,,0x01\n"
     "4,3,,0x70,1,Firmware,raw,,0,,1_1_3_4,,\n"
+    "4,4,0x61,,,operation log,raw,,0,,0_0_0_6,,0x05\n"
+    "4,5,0x00010206,,,Event Log,raw,,0,,0_0_0_6,,\n"
+    "4,6,0x25,,,Reset,raw,,0,,0_0_0_6,,\n"
+    "4,7,0x71,,,Boot Firmware,raw,,0,,1_1_3_4,,\n"
+    "4,8,0x62,,,Calibrate,raw,,0,,0_0_0_6,,\n"
+    "4,9,,0x00010207,1,Second Firmware,raw,,0,,1_1_3_4,,\n"
     "5,1,0x35,0x35,1,Both Ways,uint8,6,1,,,,\n";
 
 class CommandHandlerTest : public testing::Test {
@@ -39,7 +49,8 @@ class CommandHandlerTest : public testing::Test {
   TestTable table_{kRows};
   std::shared_ptr<const ConfigParser> model_ = LoadTable(table_.path());
   SensorState state_{model_, [] { return 0ms; }};
-  CommandHandler handler_{model_, state_};
+  FirmwareStore firmware_;
+  CommandHandler handler_{model_, state_, firmware_};
 };
 
 struct Case {
@@ -72,14 +83,64 @@ TEST_F(CommandHandlerTest, AnswersEveryKindOfCommand) {
       {"unknown command", 0x99, {}, kUnknownCommand, {}},
       {"probe that no table row answers", 0x07, {}, kSuccess, {}},
       {"second probe", 0x08, {}, kSuccess, {}},
-      {"restart", 0x10, {}, kSuccess, {}},
-      {"log with any selector", 0x60, {1, 0, 1}, kSuccess, {}},
-      {"upgrade piece", 0x70, Bytes(1048), kSuccess, {}},
+      {"upgrade without a piece", 0x70, Bytes(1048), kBadPieceFrame, {}},
+      {"four-byte upgrade without a piece", 0xFF, {0, 1, 2, 7}, kBadPieceFrame, {}},
+      {"operation log without a selector", 0x61, {5}, kWrongPayloadSize, {}},
+      {"operation log with a cut selector", 0x61, {5, 0}, kWrongPayloadSize, {}},
+      {"operation log of an unknown kind", 0x61, {5, 2, 0}, kWrongPayloadSize, {}},
+      {"operation log of unknown software", 0x61, {5, 0, 2}, kWrongPayloadSize, {}},
   };
   for (const Case& one : cases) {
     const Reply reply = Send(one.command, one.payload);
     EXPECT_EQ(int{reply.return_code}, int{one.return_code}) << one.what;
     EXPECT_EQ(reply.payload, one.reply) << one.what;
+  }
+}
+
+TEST_F(CommandHandlerTest, AnswersEachLogWithItsOwnContent) {
+  const std::vector<std::pair<std::uint8_t, Bytes>> requests = {{0x61, {5, 0, 0}}, {0x61, {5, 0, 1}},
+                                                                {0x61, {5, 1, 0}}, {0x61, {5, 1, 1}},
+                                                                {0x60, {1}},       {0xFF, {0, 1, 2, 6}}};
+  std::set<Bytes> contents;
+  for (const auto& [command, payload] : requests) {
+    const Reply reply = Send(command, payload);
+    SCOPED_TRACE(testing::PrintToString(payload));
+    EXPECT_EQ(reply.return_code, kSuccess);
+    EXPECT_GT(reply.payload.size(), 1024U);
+    EXPECT_LT(reply.payload.size(), 10240U) << "clients find longer replies odd";
+    EXPECT_EQ(Send(command, payload).payload, reply.payload);
+    const std::size_t code_size = command == 0xFF ? 4 : 0;
+    EXPECT_TRUE(std::equal(payload.begin(), payload.begin() + static_cast<std::ptrdiff_t>(code_size),
+                           reply.payload.begin()));
+    EXPECT_TRUE(std::all_of(reply.payload.begin() + static_cast<std::ptrdiff_t>(code_size),
+                            reply.payload.end(),
+                            [](std::uint8_t byte) { return byte == '\n' || (byte >= ' ' && byte < 0x7F); }));
+    EXPECT_EQ(reply.payload.back(), '\n');
+    contents.insert(reply.payload);
+  }
+  EXPECT_EQ(contents.size(), requests.size()) << "two logs are the same";
+}
+
+TEST_F(CommandHandlerTest, RestartsAfterRestartAndResetOnly) {
+  EXPECT_EQ(Send(0x41, {3, 4}).return_code, kSuccess);
+  EXPECT_EQ(Send(0x22, {3, 0, 10, 0, 20, 1, 0x2C, 0, 40, 0x0E, 0x10}).return_code, kSuccess);
+  EXPECT_TRUE(Send(0x10).restarts);
+  EXPECT_EQ(Send(0x31).payload, Bytes({3, 4})) << "a restart keeps the settings";
+  EXPECT_FALSE(Send(0x31).restarts);
+  EXPECT_FALSE(Send(0x62).restarts) << "an action that means nothing to the sensor";
+
+  const Reply reset = Send(0x25);
+  EXPECT_TRUE(reset.restarts);
+  EXPECT_EQ(reset.return_code, kSuccess);
+  EXPECT_EQ(Send(0x31).payload, Bytes({1, 2}));
+  EXPECT_EQ(Send(0x23).payload, Bytes({2, 0, 0, 0x0E, 0x10, 0, 0, 0x0E, 0x10}));
+}
+
+TEST_F(CommandHandlerTest, TakesPackagesUnderTheOnlyCommandOfAnUpgradeRow) {
+  for (const std::uint8_t command : {std::uint8_t{0x70}, std::uint8_t{0x71}}) {
+    const Bytes package = {'p', command};
+    EXPECT_EQ(Send(command, PieceFrame(command, {.data = package})).return_code, kSuccess);
+    EXPECT_EQ(firmware_.Package(), package);
   }
 }
 
@@ -104,7 +165,8 @@ TEST(CommandHandler, NamesACommandThatIsNoNumber) {
   const TestTable table("1,1,get,,,Odd,uint8,1,1,,,,\n");
   const auto model = LoadTable(table.path());
   SensorState state(model, [] { return 0ms; });
-  EXPECT_THROW(CommandHandler(model, state), std::runtime_error);
+  FirmwareStore firmware;
+  EXPECT_THROW(CommandHandler(model, state, firmware), std::runtime_error);
 }
 
 // The real tables.
@@ -118,11 +180,13 @@ class ModelTest : public testing::TestWithParam<const char*> {
 
   std::shared_ptr<const ConfigParser> model_ = LoadTable(ModelTable(GetParam()));
   SensorState state_{model_, [] { return 0ms; }};
-  CommandHandler handler_{model_, state_};
+  FirmwareStore firmware_;
+  CommandHandler handler_{model_, state_, firmware_};
 };
 
 TEST_P(ModelTest, EveryVariableReadsAsItsDefaultAtPowerUp) {
   for (const auto& [command, vars] : model_->get_cmd_map()) {
+    if (vars.front()->component_type == kStandalone) continue;
     const Reply reply = handler_.Handle(Request(command, vars.front()->get_cmd_payload_bytes));
     ASSERT_EQ(reply.return_code, kSuccess) << command;
     for (const VarInfo* var : vars) {

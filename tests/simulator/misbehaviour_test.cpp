@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace varkel::sim {
 namespace {
@@ -51,6 +54,34 @@ TEST(Misbehaviours, MatchCommandsHoweverWritten) {
   EXPECT_TRUE(is_silent("0xFF=silence", kLong));
   EXPECT_TRUE(is_silent("*=silence", kLong));
   EXPECT_FALSE(is_silent("0x00010203=silence", {0xFF, std::nullopt}));
+}
+
+TEST(Misbehaviours, MatchTheFramesOfASmallSensor) {
+  const CommandKey get{10, 2, CommandFamily::kSerialCommand};
+  const CommandKey set{10, 3, CommandFamily::kSerialCommand};
+  const CommandKey frame{10, std::nullopt, CommandFamily::kFirmware};
+  const CommandKey ktc{10, std::nullopt};
+  const std::vector<std::pair<std::string, std::vector<CommandKey>>> table = {
+      {"ldcmd:10", {get, set}},
+      {"ldcmd-get:0x0A", {get}},
+      {"ldcmd-set:10", {set}},
+      {"ota:10", {frame}},
+      {"10", {ktc}},
+      {"ldcmd:11", {}},
+  };
+  for (const auto& [name, concerned] : table) {
+    Misbehaviours rules;
+    rules.Add(name + "=pull");
+    for (const CommandKey& key : {get, set, frame, ktc}) {
+      const bool is_concerned = std::find(concerned.begin(), concerned.end(), key) != concerned.end();
+      EXPECT_EQ(rules.Next(key).closes, is_concerned) << name;
+    }
+  }
+  Misbehaviours rules;
+  for (const char* rule : {"ldcmd:256=silence", "ldcmd:=silence", "ldcmd=silence", "lidar:10=silence",
+                           "ota:-1=silence", "ota:*=silence"}) {
+    EXPECT_THROW(rules.Add(rule), std::invalid_argument) << rule;
+  }
 }
 
 TEST(Misbehaviours, ReplaceAndEndRules) {

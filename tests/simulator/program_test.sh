@@ -35,11 +35,32 @@ refuses() {
 }
 
 for signal in INT TERM; do
-  start --model Zelto --misbehave 0x07=silence --misbehave 0x08=late:5
+  start --model Zelto-KTC --misbehave 0x07=silence --misbehave 0x08=late:5 --restart-time 50
   refuses "$port: the port is in use" --port "$port"
   kill -s "$signal" "$sensor"
   wait "$sensor" || fail "status $? after SIG$signal"
 done
+
+# The model without a network: two lines, reached through links that go with the sensor.
+touch "$work/file"
+refuses "Can't link $work/file" --model Zelto --uart-link "$work/file"
+[ -f "$work/file" ] || fail "a file had to make place for a link"
+ln -s nowhere "$work/uart"
+"$program" --config "$tables" --model Zelto --rs485-link "$work/rs485" --uart-link "$work/uart" >"$work/out" 2>&1 &
+sensor=$!
+tries=0
+until grep -q '^serial lines: /dev/pts/[0-9]* /dev/pts/[0-9]*$' "$work/out"; do
+  kill -0 "$sensor" 2>/dev/null || fail "the sensor ended instead of opening its lines"
+  tries=$((tries + 1))
+  [ "$tries" -lt 200 ] || fail "no line with the serial lines within 10 s"
+  sleep 0.05
+done
+[ "serial lines: $(readlink "$work/rs485") $(readlink "$work/uart")" = "$(cat "$work/out")" ] || fail "links"
+[ -c "$work/uart" ] || fail "no line behind the link"
+kill "$sensor"
+wait "$sensor" || fail "status $? of the sensor on serial lines"
+[ ! -L "$work/rs485" ] && [ ! -L "$work/uart" ] || fail "links that stay"
+
 refuses 'no table of a model "Nobody".*Quenta, Zelto' --model Nobody
 refuses '"0x07=shouting" has an unknown kind' --misbehave 0x07=shouting
 echo PASSED

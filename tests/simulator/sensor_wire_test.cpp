@@ -3,45 +3,23 @@
 #include <algorithm>
 #include <cctype>
 #include <chrono>
-#include <functional>
 #include <memory>
-
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "libquarn/KtcClient/src/ktc_client.h"
-#include "libquarn/Platform/src/socket.h"
 #include "simulator/src/simulated_sensor.h"
+#include "tests/simulator/test_client.h"
 #include "tests/simulator/test_table.h"
 
 namespace varkel::sim {
 namespace {
 
 using quarn::lidar::KtcClient;
-using quarn::platform::SocketHandle;
 using Bytes = std::vector<std::uint8_t>;
 using namespace std::chrono_literals;
-
-constexpr std::uint32_t kExchangeTimeoutMs = 400;
-constexpr auto kPatience = 10s;
-
-bool Eventually(const std::function<bool()>& condition) {
-  const auto end = std::chrono::steady_clock::now() + kPatience;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::sleep_for(1ms);
-  }
-  return true;
-}
-
-std::unique_ptr<KtcClient> Connect(const SimulatedSensor& sensor, std::uint8_t version) {
-  auto client = std::make_unique<KtcClient>("127.0.0.1", sensor.port(), false, 0, version, "", "", "",
-                                            kExchangeTimeoutMs, kExchangeTimeoutMs, 5.0F, 0);
-  return Eventually([&] { return client->IsOpen(); }) ? std::move(client) : nullptr;
-}
 
 /// A sensor of a small table: 0x31 answers 8 bytes, 0x41 writes the last two of them.
 class SensorWireTest : public testing::Test {
@@ -171,35 +149,6 @@ TEST_F(SensorWireTest, ServesSeveralClientsAtOnce) {
   EXPECT_EQ(sensor_.exchanges(), 1U + kClients * kExchanges);
   EXPECT_TRUE(Eventually([this] { return sensor_.connected_clients() == 0; }));
 }
-
-/// A connection without a client's manners.
-class RawConnection {
- public:
-  explicit RawConnection(std::uint16_t port) : socket_(quarn::platform::CreateTcpSocket()) {
-    connected_ = quarn::platform::ConnectSocket(socket_, "127.0.0.1", port) == 0;
-  }
-  ~RawConnection() { quarn::platform::CloseSocket(socket_); }
-  RawConnection(const RawConnection&) = delete;
-  RawConnection& operator=(const RawConnection&) = delete;
-
-  bool Send(const Bytes& bytes) {
-    return connected_ && quarn::platform::SendBytes(socket_, bytes, 0) == static_cast<int>(bytes.size());
-  }
-  /// All bytes until the sensor closes.
-  Bytes ReceiveToEnd() {
-    quarn::platform::SetSocketReceiveTimeout(socket_, 10'000);
-    Bytes all;
-    Bytes block(256);
-    for (int size = 0; (size = quarn::platform::ReceiveBytes(socket_, block, 0)) > 0;) {
-      all.insert(all.end(), block.begin(), block.begin() + size);
-    }
-    return all;
-  }
-
- private:
-  SocketHandle socket_;
-  bool connected_ = false;
-};
 
 TEST_F(SensorWireTest, RefusesAnAbsurdLengthAndCloses) {
   RawConnection client(sensor_.port());

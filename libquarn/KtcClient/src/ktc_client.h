@@ -35,9 +35,9 @@ class KtcClient {
   static constexpr std::int32_t kNotSent = -4;    ///< the request did not go out whole
 
   /// `client_type`: 0 plain TCP, 1 TLS; others connect nothing. `protocol_version`: 1 or 2. The paths name
-  /// PEM files for TLS. Time-outs of an exchange are milliseconds (both 0 or more); the connection is tried
-  /// for `connect_timeout_s` seconds, at least once, and without end when that is negative. `local_port` 0
-  /// takes any. An empty `lidar_ip` may be filled in later.
+  /// PEM files for TLS. Time-outs of an exchange are milliseconds (0 waits without end); the connection is
+  /// tried for `connect_timeout_s` seconds, at least once, and without end when that is negative.
+  /// `local_port` 0 takes any. An empty `lidar_ip` may be filled in later.
   KtcClient(std::string lidar_ip, std::uint16_t lidar_port, bool auto_receive, std::uint32_t client_type,
             std::uint8_t protocol_version, std::string cert_path, std::string private_key_path,
             std::string ca_path, std::uint32_t receive_timeout_ms, std::uint32_t send_timeout_ms,

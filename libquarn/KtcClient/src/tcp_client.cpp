@@ -19,7 +19,7 @@ constexpr std::chrono::microseconds kSlowReceive{1'000'000};
 }  // namespace
 
 TcpClient::~TcpClient() {
-  TcpClient::Close();
+  ReleaseSocket();
 }
 
 bool TcpClient::Open(const std::string& ip, std::uint16_t port, bool /*auto_receive*/, const char* /*cert*/,
@@ -121,6 +121,10 @@ bool TcpClient::CreateSocket() {
 }
 
 void TcpClient::Close() {
+  ReleaseSocket();
+}
+
+void TcpClient::ReleaseSocket() {
   opened_ = false;
   const std::lock_guard lock(handle_mutex_);
   const platform::SocketHandle closing = socket_.exchange(platform::kInvalidSocket);

@@ -41,6 +41,7 @@ class TcpClient : public ClientBase {
   bool CreateSocket();
   bool IsOpenOn(const std::string& ip, std::uint16_t port) const;
   bool HasSocket() const { return socket_ != platform::kInvalidSocket; }
+  void ReleaseSocket();
   int ReceiveOnce(std::uint8_t* buffer, std::uint32_t length, int flags);
 
   // Used by the thread that holds the transport.

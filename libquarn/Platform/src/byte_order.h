@@ -28,4 +28,21 @@ constexpr T LoadBigEndian(std::span<const std::uint8_t> bytes, std::size_t offse
   return value;
 }
 
+/// The same with the least significant byte first.
+template <std::unsigned_integral T>
+constexpr void StoreLittleEndian(std::span<std::uint8_t> bytes, std::size_t offset, T value) {
+  for (std::size_t i = 0; i < sizeof(T); ++i) {
+    bytes[offset + i] = static_cast<std::uint8_t>(value >> (8 * i));
+  }
+}
+
+template <std::unsigned_integral T>
+constexpr T LoadLittleEndian(std::span<const std::uint8_t> bytes, std::size_t offset) {
+  T value = 0;
+  for (std::size_t i = 0; i < sizeof(T); ++i) {
+    value = static_cast<T>(value | (std::uint64_t{bytes[offset + i]} << (8 * i)));
+  }
+  return value;
+}
+
 }  // namespace quarn::lidar

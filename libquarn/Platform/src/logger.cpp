@@ -15,7 +15,7 @@ namespace log_lib {
 namespace {
 
 constexpr std::size_t kQueuedMessages = 8192;
-constexpr std::size_t kFileBytes = 5U * 1024U * 1024U;
+constexpr std::size_t kFileBytes = std::size_t{5} * 1024 * 1024;
 constexpr std::size_t kOlderFiles = 2;  // beside the file being written: three in all
 
 spdlog::level::level_enum ToSpdlog(int level) {
@@ -29,19 +29,6 @@ spdlog::level::level_enum ToSpdlog(int level) {
     default:
       return spdlog::level::err;
   }
-}
-
-std::string FormatText(const char* format, std::va_list arguments) {
-  std::va_list measured;
-  va_copy(measured, arguments);
-  const int length = std::vsnprintf(nullptr, 0, format, measured);
-  va_end(measured);
-  if (length < 0) {
-    return format;
-  }
-  std::string text(static_cast<std::size_t>(length), '\0');
-  std::vsnprintf(text.data(), text.size() + 1, format, arguments);
-  return text;
 }
 
 }  // namespace
@@ -116,11 +103,20 @@ void Logger::AddToQueue(int level, const char* file, int line, const char* funct
   }
   std::va_list arguments;
   va_start(arguments, format);
+  // The analyzer takes va_start for nothing here. NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
+  const int length = std::vsnprintf(nullptr, 0, format, arguments);
+  va_end(arguments);
+  if (length < 0) {
+    return;
+  }
   try {
-    Deliver(level, file, line, function, FormatText(format, arguments));
+    std::string text(static_cast<std::size_t>(length), '\0');
+    va_start(arguments, format);
+    std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+    va_end(arguments);
+    Deliver(level, file, line, function, text);
   } catch (...) {  // NOLINT(bugprone-empty-catch): a message must not fail what it reports
   }
-  va_end(arguments);
 }
 
 void Logger::Deliver(int level, const char* file, int line, const char* function, const std::string& text) {

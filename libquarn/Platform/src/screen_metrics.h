@@ -6,10 +6,10 @@ namespace quarn::platform {
 
 /// Sizes of the primary screen in pixels. They differ when the desktop enlarges what programs draw.
 struct ScreenMetrics {
-  int logical_width = 0;   ///< as programs see it
-  int logical_height = 0;  ///< as programs see it
-  int physical_width = 0;  ///< as the screen shows it
-  int physical_height = 0; ///< as the screen shows it
+  int logical_width = 0;    ///< as programs see it
+  int logical_height = 0;   ///< as programs see it
+  int physical_width = 0;   ///< as the screen shows it
+  int physical_height = 0;  ///< as the screen shows it
 };
 
 /// Asks the desktop; nothing when there is no screen or it doesn't answer. Opens and closes a connection of

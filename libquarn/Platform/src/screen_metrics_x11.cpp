@@ -60,8 +60,7 @@ std::optional<Size> PrimarySize(xcb_connection_t* x, const xcb_screen_t& screen)
 double DesktopDpi(xcb_connection_t* x, const xcb_screen_t& screen) {
   constexpr std::uint32_t kMaxWords = 16384;
   const Reply<xcb_get_property_reply_t> property(xcb_get_property_reply(
-      x,
-      xcb_get_property(x, 0, screen.root, XCB_ATOM_RESOURCE_MANAGER, XCB_ATOM_STRING, 0, kMaxWords),
+      x, xcb_get_property(x, 0, screen.root, XCB_ATOM_RESOURCE_MANAGER, XCB_ATOM_STRING, 0, kMaxWords),
       nullptr));
   if (!property) {
     return kUnscaledDpi;
@@ -80,7 +79,9 @@ double DesktopDpi(xcb_connection_t* x, const xcb_screen_t& screen) {
   return std::isfinite(dpi) && dpi > 0.0 ? dpi : kUnscaledDpi;
 }
 
-int Logical(int physical, double dpi) { return static_cast<int>(std::lround(physical * kUnscaledDpi / dpi)); }
+int Logical(int physical, double dpi) {
+  return static_cast<int>(std::lround(physical * kUnscaledDpi / dpi));
+}
 
 }  // namespace
 
@@ -99,8 +100,8 @@ std::optional<ScreenMetrics> ReadScreenMetrics() {
     return std::nullopt;
   }
   const xcb_screen_t& screen = *screens.data;
-  const Size size = PrimarySize(connection.get(), screen)
-                        .value_or(Size{screen.width_in_pixels, screen.height_in_pixels});
+  const Size size =
+      PrimarySize(connection.get(), screen).value_or(Size{screen.width_in_pixels, screen.height_in_pixels});
   const double dpi = DesktopDpi(connection.get(), screen);
   return ScreenMetrics{Logical(size.width, dpi), Logical(size.height, dpi), size.width, size.height};
 }

@@ -1,0 +1,39 @@
+import QtQuick 2.15
+import QtQuick.Window 2.15
+import "."
+
+// Scrolls `view` so that the control inside it that gets the focus by key lies in sight.
+Item {
+    id: follower
+
+    property Flickable view
+
+    function isInside(item) {
+        for (var ancestor = item; ancestor; ancestor = ancestor.parent) {
+            if (ancestor === view.contentItem) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    function reveal(item) {
+        var y = item.mapToItem(view.contentItem, 0, 0).y;
+        if (y < view.contentY) {
+            view.contentY = Math.max(0, y - Theme.gap);
+        } else if (y + item.height > view.contentY + view.height) {
+            view.contentY = Math.min(view.contentHeight - view.height, y + item.height - view.height + Theme.gap);
+        }
+    }
+
+    Connections {
+        target: follower.Window.window
+
+        function onActiveFocusItemChanged() {
+            var item = follower.Window.activeFocusItem;
+            if (item && follower.isInside(item)) {
+                follower.reveal(item);
+            }
+        }
+    }
+}

@@ -1,0 +1,65 @@
+import QtQuick 2.15
+import QtQuick.Dialogs 1.3
+import QtQuick.Layouts 1.15
+import "."
+
+// The sensor's correction data, put into a file of the chosen folder.
+LabelledRow {
+    id: row
+
+    property string file
+
+    // "file:///home/me" and "file:///C:/me" are absolute paths, "file://server/share" is a folder of the network.
+    function localPath(url) {
+        return decodeURIComponent(url.toString()).replace(/^file:(\/\/\/(?=[A-Za-z]:)|\/\/(?=\/))?/, "");
+    }
+
+    function save(folder) {
+        file = "correction_" + Qt.formatDateTime(new Date(), "yyyyMMdd-hhmmss") + ".bin";
+        outcome.text = "";
+        download.start([localPath(folder).replace(/\/$/, "") + "/" + file]);
+    }
+
+    objectName: "zeltoCalibrationRow"
+    text: "Lidar Calibration File"
+
+    ZeltoCall {
+        id: download
+
+        operation: "ZeltoGetCorrection"
+        onAnswered: outcome.text = result === 0 ? "Saved as " + row.file : ""
+    }
+
+    BodyText {
+        id: outcome
+
+        objectName: "zeltoCalibrationOutcome"
+        Layout.fillWidth: true
+        color: Theme.textMuted
+        elide: Text.ElideMiddle
+    }
+
+    ZeltoButton {
+        objectName: "zeltoCalibrationDownload"
+        text: "Download"
+        hint: "Asks first for the folder to put it in"
+        onClicked: dialog.active = true
+    }
+
+    Loader {
+        id: dialog
+
+        visible: false
+        active: false
+        sourceComponent: FileDialog {
+            title: "Choose the folder for the calibration file"
+            selectFolder: true
+            onAccepted: {
+                dialog.active = false;
+                row.save(fileUrl);
+            }
+            onRejected: dialog.active = false
+            Component.onCompleted: open()
+        }
+    }
+}

@@ -1,0 +1,11 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "."
+
+// Names a control of a row that has several.
+BodyText {
+    Layout.preferredWidth: Theme.buttonWidth
+    color: Theme.textMuted
+    elide: Text.ElideRight
+    Accessible.ignored: true
+}

@@ -1,0 +1,26 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "."
+
+// A setting with named values, which the sensor takes but does not tell.
+LabelledRow {
+    id: row
+
+    property string operation
+    property string controlName
+    property var choices: []
+
+    DefaultComboBox {
+        id: combo
+
+        objectName: row.controlName + "Combo"
+        Layout.fillWidth: true
+        Accessible.name: row.text
+        model: row.choices
+    }
+
+    ZeltoSaveButton {
+        objectName: row.controlName + "Save"
+        onClicked: varkel_manager.CallInBackground(row.operation, [combo.currentIndex])
+    }
+}

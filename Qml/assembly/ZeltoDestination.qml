@@ -1,0 +1,112 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "."
+
+// Where the sensor sends its points: read anew whenever the connection or the model changes.
+Column {
+    id: destination
+
+    property string selectedModel
+
+    // A function, as a binding might still be old when a handler asks.
+    function isOffered() {
+        return selectedModel === "Zelto-KTC" || selectedModel === "Marvo-KTC";
+    }
+
+    function refresh() {
+        if (isOffered() && varkel_manager.IsConnected) {
+            query.start([true]); // silent: nobody asked for it
+        } else {
+            clear(ip);
+            clear(port);
+        }
+    }
+
+    function put(ipText, portText) {
+        ip.show(ipText);
+        port.show(portText);
+    }
+
+    // Takes an edit in progress away as well.
+    function clear(field) {
+        field.show("");
+        field.text = "";
+    }
+
+    // What is no number goes out as one that the sensor's function refuses with its own words.
+    function portNumber() {
+        return /^\d{1,5}$/.test(port.text) ? Number(port.text) : -1;
+    }
+
+    visible: isOffered()
+    onSelectedModelChanged: refresh()
+
+    ZeltoCall {
+        id: query
+
+        operation: "ZeltoGetDestinationConfig"
+        onAnswered: {
+            if (!destination.isOffered() || !varkel_manager.IsConnected) {
+                return;
+            }
+            if (result && result.length >= 2) {
+                destination.put(String(result[0]), String(result[1]));
+            } else {
+                destination.put("xx.xx.xx.xx", "xx");
+            }
+        }
+    }
+
+    LabelledRow {
+        width: destination.width
+        text: "Destination"
+
+        ZeltoCaption {
+            text: "Destination IP"
+        }
+
+        DefaultTextField {
+            id: ip
+
+            objectName: "zeltoDestinationIpField"
+            Layout.fillWidth: true
+            Accessible.name: "Destination IP"
+            hint: "IPv4 address that the sensor sends its points to"
+        }
+    }
+
+    LabelledRow {
+        width: destination.width
+
+        ZeltoCaption {
+            text: "UDP Port"
+        }
+
+        DefaultTextField {
+            id: port
+
+            objectName: "zeltoDestinationPortField"
+            Layout.fillWidth: true
+            Accessible.name: "UDP Port"
+            hint: "Port that the sensor sends its points to"
+        }
+
+        ZeltoSaveButton {
+            objectName: "zeltoDestinationSave"
+            onClicked: varkel_manager.CallInBackground("ZeltoSetDestinationIPandPort",
+                                                       [ip.text, destination.portNumber()])
+        }
+    }
+
+    Connections {
+        target: varkel_manager
+
+        function onIsConnectedChanged() {
+            destination.refresh();
+        }
+
+        function onConnectTypeChanged() {
+            destination.refresh();
+        }
+    }
+}

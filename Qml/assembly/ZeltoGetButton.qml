@@ -1,0 +1,6 @@
+import "."
+
+ZeltoButton {
+    text: "Get"
+    hint: "Reads it from the sensor"
+}

@@ -1,0 +1,61 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "."
+
+// The sensor's own judgement of its health, read on demand: a state, and the codes of its faults.
+Column {
+    id: safety
+
+    property string faultState: "Normal"
+    property var codes: ["None"]
+
+    ZeltoCall {
+        id: query
+
+        operation: "ZeltoGetLidarFunctionSafety"
+        onAnswered: {
+            if (result && result.length > 0) {
+                safety.faultState = String(result[0]);
+                safety.codes = result.length > 1 ? result.slice(1).map(String) : ["None"];
+            }
+        }
+    }
+
+    LabelledRow {
+        width: safety.width
+        text: "Function Safety"
+
+        ZeltoCaption {
+            text: "Fault State"
+        }
+
+        BodyText {
+            objectName: "zeltoFaultState"
+            Layout.fillWidth: true
+            Layout.leftMargin: Theme.gapSmall
+            Accessible.name: "Fault State " + text
+            text: safety.faultState
+            elide: Text.ElideRight
+        }
+
+        ZeltoGetButton {
+            objectName: "zeltoSafetyGet"
+            onClicked: query.start([])
+        }
+    }
+
+    LabelledRow {
+        width: safety.width
+
+        ZeltoCaption {
+            text: "Fault Code"
+        }
+
+        DefaultComboBox {
+            objectName: "zeltoFaultCodeCombo"
+            Layout.fillWidth: true
+            Accessible.name: "Fault Code"
+            model: safety.codes
+        }
+    }
+}

@@ -1,0 +1,7 @@
+import "."
+
+ZeltoButton {
+    text: "Save"
+    primary: true
+    hint: "Writes it to the sensor"
+}

@@ -1,0 +1,35 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "."
+
+// What the sensor says of itself: names and values, the values to select and copy. A refresh changes the
+// values in place, so that a selection lasts.
+Column {
+    id: table
+
+    property var entries: []
+    property string fieldName
+
+    Repeater {
+        model: table.entries.length
+
+        LabelledRow {
+            id: row
+
+            readonly property var entry: table.entries[index] || ({ "label": "", "value": "" })
+
+            width: table.width
+            text: entry.label
+
+            DefaultTextField {
+                readonly property string latest: row.entry.value
+
+                objectName: table.fieldName + "_" + index
+                Layout.fillWidth: true
+                Accessible.name: row.text
+                readOnly: true
+                onLatestChanged: show(latest)
+            }
+        }
+    }
+}

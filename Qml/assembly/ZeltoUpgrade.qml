@@ -1,0 +1,89 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "."
+
+// The sensor's firmware: its versions, which part of it a package is for, and the package's transfer.
+Section {
+    id: section
+
+    property string selectedModel
+    readonly property bool marvo: selectedModel === "Marvo-KTC"
+    readonly property bool junctionBox: marvo && mode.currentIndex === 1
+    readonly property int junctionBoxMode: 2
+
+    // The controller keeps a mode until it is told another one, so it is also told what is shown at first.
+    function chooseMode() {
+        varkel_manager.ZeltoSetUpgradeMode(junctionBox ? junctionBoxMode : mode.currentIndex);
+    }
+
+    function upgrade(file) {
+        if (marvo && !junctionBox) {
+            varkel_manager.MarvoUpgradeLidar(file);
+        } else {
+            varkel_manager.ZeltoUpgradeLidar(file);
+        }
+    }
+
+    function follow() {
+        var total = Math.max(1, varkel_manager.upgradeProgressTotalLen);
+        area.ratio = Math.min(1, varkel_manager.upgradeProgress / total);
+    }
+
+    title: "Upgrade"
+
+    ZeltoTable {
+        width: section.width
+        fieldName: "zeltoVersion"
+        entries: varkel_manager.ZeltoLidarVersionInfo
+    }
+
+    UpgradeArea {
+        id: area
+
+        objectName: "zeltoUpgrade"
+        width: section.width
+        endings: [".bin", ".patch"]
+        quietWhenIdle: true
+        upgrading: varkel_manager.IsUpgrading
+        onFileChosen: section.upgrade(file)
+        onFileRefused: {
+            console.log("Rejected, need a *.bin or *.patch file");
+            remark = "Rejected, need a *.bin or *.patch file";
+        }
+
+        LabelledRow {
+            width: area.width
+            text: "Upgrade Mode"
+
+            DefaultComboBox {
+                id: mode
+
+                objectName: "zeltoUpgradeMode"
+                Layout.fillWidth: true
+                Accessible.name: "Upgrade Mode"
+                enabled: !varkel_manager.IsUpgrading
+                model: section.marvo ? ["Lidar", "Junction Box"] : ["APP+FPGA", "PBL"]
+                onActivated: section.chooseMode()
+                onModelChanged: {
+                    currentIndex = 0;
+                    section.chooseMode();
+                }
+            }
+        }
+    }
+
+    Timer {
+        interval: Theme.progressInterval
+        running: varkel_manager.IsUpgrading
+        repeat: true
+        onTriggered: section.follow()
+    }
+
+    Connections {
+        target: varkel_manager
+
+        function onIsUpgradingChanged() {
+            section.follow();
+        }
+    }
+}

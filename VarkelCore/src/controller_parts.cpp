@@ -1,0 +1,316 @@
+#include "VarkelCore/src/controller_parts.h"
+
+#include <QDebug>
+#include <exception>
+#include <iostream>
+#include <utility>
+
+#include "VarkelCore/src/sensor_restart.h"
+
+using varkel::ConfigParser;
+using varkel::VarInfo;
+
+namespace {
+
+constexpr char kUnknownSerialNumber[] = "xxxxxxxx";
+
+QString Text(const std::string& text) {
+  return QString::fromStdString(text);
+}
+
+}  // namespace
+
+VarkelManager::Private::Private(VarkelManager* face_in, bool flag, std::string config_path)
+    : face(face_in),
+      creation_flag(flag),
+      config_file_path(std::move(config_path)),
+      settings(settings_file.Load()),
+      connection(*this, {[this] { refresher.Start(); },
+                         [this] {
+                           Emit(&VarkelManager::myMapChanged);
+                           Emit(&VarkelManager::isConnectedChanged);
+                         }}),
+      serial(*this, {[this] { info.Start(); }, [this] { info.ReadMarvoVersions(); },
+                     [this] { Emit(&VarkelManager::isConnectedChanged); }}),
+      reader({*this, edits, fov, [this] { Emit(&VarkelManager::fovConfigChanged); }}),
+      refresher([this](const std::stop_token& stop) { RefreshRound(stop); }),
+      page_reads(
+          workers,
+          [this](int module) {
+            if (ReadPage(module)) Emit(&VarkelManager::myMapChanged);
+          },
+          [this](int module) {
+            events.Post([this, module] {
+              emit face->isReadingPageChanged();
+              emit face->pageReadFinished(module);
+            });
+          }) {}
+
+void VarkelManager::Private::Log(const std::string& text, const std::string& type) {
+  events.Post([this, text = Text(text), type = Text(type)] { emit face->sendLogMessage(text, type); });
+}
+
+void VarkelManager::Private::Bytes(const std::string& line) {
+  events.PostLater([this, text = Text(line)] { emit face->sendLogMessage(text, QStringLiteral("BYTES")); });
+}
+
+void VarkelManager::Private::Error(const std::string& text) {
+  events.Post([this, text = Text(text)] { face->setErrorMsg(text); });
+}
+
+void VarkelManager::Private::Success(const std::string& text) {
+  events.Post([this, text = Text(text)] { face->setSuccessMsg(text); });
+}
+
+void VarkelManager::Private::Emit(void (VarkelManager::*notify)()) {
+  events.Post([target = face, notify] { std::invoke(notify, *target); });
+}
+
+bool VarkelManager::Private::ReadPage(int module) {
+  const auto client = connection.usable_client();
+  const auto catalogue = selection.catalogue();
+  if (connect_type != varkel::kNetwork || !client || IsBusy() || !catalogue) return false;
+  if (module < 0 || static_cast<std::size_t>(module) >= catalogue->module_vars().size()) return false;
+  const auto groups = varkel::GroupByGetCommand(varkel::ReadableVars(*catalogue, module));
+  reader.ReadGroups(*catalogue, *client, groups, "VarkelManager::GetLidarModuleInfo",
+                    [this] { return connection.is_connected(); });
+  return true;
+}
+
+void VarkelManager::Private::RefreshRound(const std::stop_token& stop) {
+  const auto client = connection.client();
+  const auto catalogue = selection.catalogue();
+  if (!client || !catalogue || IsBusy()) return;
+  std::vector<VarInfo*> live;
+  for (VarInfo* var : varkel::ReadableVars(*catalogue, module_index_use)) {
+    if (var->timer_update) live.push_back(var);
+  }
+  const auto groups = varkel::GroupByGetCommand(live);
+  const std::size_t read = reader.ReadGroups(*catalogue, *client, groups, "VarkelManager::updatePagesTimer",
+                                             [&stop] { return !stop.stop_requested(); });
+  if (read > 0) Emit(&VarkelManager::myTimerMapChanged);
+}
+
+VarInfo* VarkelManager::Private::searchVarPtr(const ConfigParser& catalogue, const QString& key,
+                                              const QString& search_type) const {
+  if (search_type == QLatin1String("var_id") || search_type == QLatin1String("id")) {
+    return catalogue.FindById(key.toStdString());
+  }
+  if (search_type == QLatin1String("var_name") || search_type == QLatin1String("name")) {
+    return catalogue.FindByName(key.toStdString());
+  }
+  std::cout << "VarkelManager::searchVarPtr"
+            << "(): unknown search type" << std::endl;
+  return nullptr;
+}
+
+QString VarkelManager::Private::PageValue(const std::string& var_name) const {
+  const auto catalogue = selection.catalogue();
+  if (!catalogue) return {};
+  for (const auto& module : catalogue->module_vars()) {
+    for (const auto& group : module) {
+      for (const VarInfo* var : group) {
+        if (var->var_name == var_name) return Text(catalogue->CurrentValue(*var));
+      }
+    }
+  }
+  return {};
+}
+
+void VarkelManager::Private::SetSerialNumberUnknown() {
+  const auto catalogue = selection.catalogue();
+  if (!catalogue) return;
+  for (const auto& [var_id, var] : catalogue->var_map()) {
+    if (var->var_name == "SN") catalogue->SetCurrentValue(*var, kUnknownSerialNumber);
+  }
+}
+
+/// Ends whatever connection stands: a host may have selected another kind of model meanwhile.
+void VarkelManager::Private::EndConnections() {
+  connection.Interrupt();  // whoever waits for the sensor returns, so that the joins are short
+  serial.Interrupt();
+  refresher.Stop();
+  info.Stop();
+  if (connect_type != varkel::kSerialLines) SetSerialNumberUnknown();
+  info.Reset();
+  connection.Drop();
+  serial.Drop();
+}
+
+bool VarkelManager::Private::CanUpgradeSmallSensor() const {
+  const bool over_lines = connect_type == varkel::kSerialLines && link.LineExchange();
+  const bool over_ktc = connect_type == varkel::kKtcToSmallSensor && link.KtcExchange();
+  return link.is_connected() && !upgrade.is_upgrading() && (over_lines || over_ktc);
+}
+
+void VarkelManager::Private::UpgradeSmallSensor(const std::stop_token& stop,
+                                                const std::vector<std::uint8_t>& package) {
+  static constexpr int kJunctionBox = 2;
+  static constexpr char kJunctionBoxCommand[] = "0x83";
+  const bool over_ktc = connect_type == varkel::kKtcToSmallSensor;
+  if (over_ktc && upgrade_mode == kJunctionBox) {
+    if (const auto client = serial.ktc_client()) {
+      upgrade.SendOverNetwork(stop, *client, package, kJunctionBoxCommand);
+    } else {
+      upgrade.Run().end();
+    }
+    return;
+  }
+  const auto exchange = over_ktc ? link.KtcExchange() : link.LineExchange();
+  if (!exchange) {
+    upgrade.Run().end();
+    return;
+  }
+  varkel::SendOverSerial(stop, *exchange, package, upgrade_mode, *this, upgrade.Run());
+}
+
+std::optional<varkel::CommandConsole::Road> VarkelManager::Private::ConsoleRoad() {
+  if (connect_type == varkel::kNetwork) {
+    auto client = IdleClient();
+    return client ? std::optional(varkel::CommandConsole::OverKtc(std::move(client))) : std::nullopt;
+  }
+  const bool over_ktc = connect_type == varkel::kKtcToSmallSensor;
+  auto exchange = over_ktc ? link.KtcExchange() : link.LineExchange();
+  if (!link.is_connected() || upgrade.is_upgrading() || !exchange) {
+    Error("lidar is not connected, or lidar is upgrade");
+    return std::nullopt;
+  }
+  return varkel::CommandConsole::OverSerial(std::move(exchange), over_ktc);
+}
+
+std::shared_ptr<quarn::lidar::KtcClient> VarkelManager::Private::IdleClient() const {
+  return IsBusy() ? nullptr : connection.usable_client();
+}
+
+std::shared_ptr<quarn::lidar::KtcClient> VarkelManager::Private::ClientForWriting() {
+  auto client = connection.usable_client();
+  if (!client) {
+    Error("Please connect to lidar first");
+  } else if (upgrade.is_upgrading()) {
+    Error("Please wait for the lidar to upgrade completely");
+  } else if (downloading_log) {
+    Error("Please wait for the operation log to download completely");
+  } else {
+    return client;
+  }
+  return nullptr;
+}
+
+bool VarkelManager::Private::CanWrite(int module) const {
+  const auto catalogue = selection.catalogue();
+  return catalogue && module >= 0 && static_cast<std::size_t>(module) < catalogue->module_vars().size();
+}
+
+void VarkelManager::Private::Write(quarn::lidar::KtcClient& client, int module) {
+  const auto catalogue = selection.catalogue();
+  writer.Run(*catalogue, client, module);
+  Emit(&VarkelManager::editsChanged);
+  Emit(&VarkelManager::myMapChanged);
+}
+
+void VarkelManager::Private::Send(const std::string& command, const std::string& payload) {
+  static constexpr std::uint8_t kRestartCommand = 0x10;
+  static constexpr std::uint8_t kResetCommand = 0x25;
+  const auto road = ConsoleRoad();
+  if (!road) return;
+  std::uint8_t code = 0;
+  const auto outcome = console.Send(*road, command, payload, code);
+  if (outcome == varkel::CommandConsole::Outcome::kRefused) return;
+  Emit(&VarkelManager::sendCommandHistoryChanged);
+  if (outcome != varkel::CommandConsole::Outcome::kSent) return;
+  if (code == kRestartCommand || code == kResetCommand) {
+    events.Post([this] { face->Stop(); });
+    Success(code == kRestartCommand ? "Lidar restart." : "Lidar reset.");
+  }
+}
+
+void VarkelManager::Private::ReportRangeFault(const ConfigParser& catalogue, const VarInfo& var,
+                                              varkel::RangeFault fault) {
+  static constexpr char kOperation[] = "VarkelManager::CheckModuleVarsWithinRange";
+  const QString name = Text(var.var_name);
+  const auto warn = [&](const char* ending) {
+    Log("Detected that the user set " + var.var_name + ending, "WARNING");
+    events.Post([this, name] { emit face->someVarOutOfRange(name); });
+  };
+  switch (fault) {
+    case varkel::RangeFault::kOutOfRange:
+      warn(" is out of range");
+      qDebug() << kOperation << ": detected that" << name << "is out of range";
+      break;
+    case varkel::RangeFault::kIpFormat:
+      warn(" has invalid IP format");
+      qDebug() << kOperation << ": detected that" << name
+               << "has invalid IP format:" << Text(catalogue.CurrentValue(var));
+      break;
+    case varkel::RangeFault::kMacFormat:
+      warn(" has invalid MAC format");
+      qDebug() << kOperation << ": detected that" << name
+               << "has invalid MAC format:" << Text(catalogue.CurrentValue(var));
+      break;
+    case varkel::RangeFault::kNotANumber:  // the check has written why
+    case varkel::RangeFault::kNone:
+      break;
+  }
+}
+
+void VarkelManager::Private::FetchOperationLog(quarn::lidar::KtcClient& client, const ConfigParser& catalogue,
+                                               const QString& archive) {
+  const bool whole = logs.DownloadOperationLog(catalogue, client, archive);
+  events.Post([this, whole] { emit face->downloadOperationLogFinished(whole); });
+}
+
+int VarkelManager::Private::RestartNow() {
+  const auto client = IdleClient();
+  const auto catalogue = selection.catalogue();
+  if (!client || !catalogue) return -1;
+  const varkel::ByteLog::Quiet quiet(connection.byte_log());
+  const int code = varkel::RestartSensor(*catalogue, *client, *this);
+  if (code == 0) events.Post([this] { face->Stop(); });
+  return code;
+}
+
+int VarkelManager::Private::ResetNow() {
+  const auto client = IdleClient();
+  const auto catalogue = selection.catalogue();
+  if (!client || !catalogue) return -1;
+  const varkel::ByteLog::Quiet quiet(connection.byte_log());
+  return varkel::ResetSensor(*catalogue, *client, *this);
+}
+
+void VarkelManager::Private::SetDownloading(bool running) {
+  if (downloading_log.exchange(running) != running) Emit(&VarkelManager::isDownloadLogChanged);
+}
+
+int VarkelManager::Private::Download(
+    std::function<void(quarn::lidar::KtcClient&, const ConfigParser&)> work) {
+  auto client = IdleClient();
+  auto catalogue = selection.catalogue();
+  if (!client || !catalogue) return -1;
+  SetDownloading(true);  // at once, so that a second click is refused
+  workers.Start([client = std::move(client), catalogue = std::move(catalogue),
+                 work = std::move(work)](const std::stop_token&) { work(*client, *catalogue); });
+  return 0;
+}
+
+void VarkelManager::Private::InBackground(std::function<void()> work, std::function<void()> finished) {
+  ++works_running;
+  emit face->isWorkingChanged();
+  workers.Start([this, work = std::move(work), finished = std::move(finished)](const std::stop_token&) {
+    work();
+    events.Post([this, finished] {
+      --works_running;
+      emit face->isWorkingChanged();
+      finished();
+    });
+  });
+}
+
+/// An exception must not pass through Qt: its words become a notice and a log line.
+void VarkelManager::Private::ReportConversion(const std::function<void()>& operation) {
+  try {
+    operation();
+  } catch (const std::exception& error) {
+    Error(error.what());
+    Log(error.what(), "ERROR");
+  }
+}

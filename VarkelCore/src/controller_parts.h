@@ -1,0 +1,133 @@
+#pragma once
+
+#include <QString>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+#include "VarkelCore/src/command_console.h"
+#include "VarkelCore/src/connection_settings.h"
+#include "VarkelCore/src/either_link.h"
+#include "VarkelCore/src/event_queue.h"
+#include "VarkelCore/src/firmware_upgrade.h"
+#include "VarkelCore/src/fov_table.h"
+#include "VarkelCore/src/lidar_connection.h"
+#include "VarkelCore/src/log_download.h"
+#include "VarkelCore/src/marvo_upgrade.h"
+#include "VarkelCore/src/model_selection.h"
+#include "VarkelCore/src/page_read_queue.h"
+#include "VarkelCore/src/page_reader.h"
+#include "VarkelCore/src/page_refresher.h"
+#include "VarkelCore/src/page_writer.h"
+#include "VarkelCore/src/pending_edits.h"
+#include "VarkelCore/src/range_check.h"
+#include "VarkelCore/src/serial_connection.h"
+#include "VarkelCore/src/small_sensor.h"
+#include "VarkelCore/src/small_sensor_info.h"
+#include "VarkelCore/src/user_report.h"
+#include "VarkelCore/src/value_editor.h"
+#include "VarkelCore/src/varkel_manager.h"
+#include "VarkelCore/src/worker_threads.h"
+
+/// What stands behind the controller's face: one object a capability, and how they meet. Known to
+/// varkel_manager.cpp alone.
+struct VarkelManager::Private : varkel::UserReport {
+  Private(VarkelManager* face_in, bool flag, std::string config_path);
+
+  // UserReport: from any thread.
+  void Log(const std::string& text, const std::string& type) override;
+  void Bytes(const std::string& line) override;
+  void Error(const std::string& text) override;
+  void Success(const std::string& text) override;
+
+  /// Raises a signal on the user interface's thread.
+  void Emit(void (VarkelManager::*notify)());
+  /// Reads a page; false when a guard forbids it.
+  bool ReadPage(int module);
+  void RefreshRound(const std::stop_token& stop);
+  bool IsBusy() const { return upgrade.is_upgrading() || downloading_log; }
+  /// The client for an operation that must not meet an upgrade or a download; null when it is refused.
+  std::shared_ptr<quarn::lidar::KtcClient> IdleClient() const;
+  /// The client for saving; a refusal is reported.
+  std::shared_ptr<quarn::lidar::KtcClient> ClientForWriting();
+  bool CanWrite(int module) const;
+  void Write(quarn::lidar::KtcClient& client, int module);
+  void Send(const std::string& command, const std::string& payload);
+  void ReportRangeFault(const varkel::ConfigParser& catalogue, const varkel::VarInfo& var,
+                        varkel::RangeFault fault);
+  void FetchOperationLog(quarn::lidar::KtcClient& client, const varkel::ConfigParser& catalogue,
+                         const QString& archive);
+  int RestartNow();
+  int ResetNow();
+  void SetDownloading(bool running);
+  int Download(std::function<void(quarn::lidar::KtcClient&, const varkel::ConfigParser&)> work);
+  /// Runs `work` on a worker, with isWorking raised; `finished` follows on the user interface's thread.
+  void InBackground(std::function<void()> work, std::function<void()> finished);
+  void ReportConversion(const std::function<void()>& operation);
+  varkel::VarInfo* searchVarPtr(const varkel::ConfigParser& catalogue, const QString& key,
+                                const QString& search_type) const;
+  /// The value of the first variable on the pages with that name.
+  QString PageValue(const std::string& var_name) const;
+  void SetSerialNumberUnknown();
+  void EndConnections();
+  bool CanUpgradeSmallSensor() const;
+  void UpgradeSmallSensor(const std::stop_token& stop, const std::vector<std::uint8_t>& package);
+  std::optional<varkel::CommandConsole::Road> ConsoleRoad();
+
+  VarkelManager* const face;
+
+  // Constant after construction.
+  const bool creation_flag;
+  const std::string config_file_path;
+  const varkel::SettingsFile settings_file;
+
+  // The user interface's thread only.
+  varkel::ConnectionSettings settings;
+  QString error_message;
+  QString success_message;
+  std::string vm_now_name;
+
+  // Shared with workers: atomics and classes that guard themselves.
+  std::atomic<int> module_index_use = 0;
+  std::atomic<int> connect_type = varkel::kNetwork;
+  std::atomic<bool> downloading_log = false;
+  varkel::ModelSelection selection;
+  varkel::PendingEdits edits;
+  varkel::FovTable fov;
+  varkel::EventQueue events;
+  varkel::LidarConnection connection;
+  varkel::SerialConnection serial;
+  varkel::EitherLink link{connection, serial};
+  varkel::SmallSensor small{
+      *this,
+      link,
+      {[this] { return upgrade.is_upgrading(); }, [this] { return connect_type.load(); },
+       [this](int type) { connect_type = type; }}};
+  varkel::MarvoUpgrade marvo{*this, link};
+  std::atomic<int> upgrade_mode = 0;
+  const varkel::PageReader reader;
+  const varkel::ValueEditor editor{edits, *this};
+  const varkel::PageWriter writer{{reader, edits, fov, *this}};
+  varkel::CommandConsole console{*this};
+  const varkel::LogDownload logs{*this, [this](bool running) { SetDownloading(running); }};
+  varkel::FirmwareUpgrade upgrade{
+      *this,
+      {[this] { Emit(&VarkelManager::isUpgradingChanged); }, [this] { return RestartNow(); },
+       [this] { events.Post([this] { face->Stop(); }); }}};
+  int works_running = 0;  ///< the user interface's thread only
+
+  // Threads, last: they use everything above.
+  varkel::WorkerThreads workers;
+  varkel::PageRefresher refresher;
+  varkel::SmallSensorInfo info{
+      *this,
+      link,
+      {[this] { return upgrade.is_upgrading(); }, [this] { Emit(&VarkelManager::zeltoLidarInfoChanged); },
+       [this] { Emit(&VarkelManager::isGetPBLVersionChanged); }}};
+  varkel::PageReadQueue page_reads;
+  std::atomic<bool> checking = false;
+};

@@ -1,0 +1,42 @@
+#include "VarkelCore/src/ktc_connect.h"
+
+#include "libquarn/Platform/src/text_number.h"
+
+namespace varkel {
+
+namespace {
+
+using quarn::lidar::KtcClient;
+
+constexpr std::uint32_t kPlainTcp = 0;
+constexpr std::uint8_t kProtocolVersion = 1;
+constexpr float kConnectTimeoutS = 0.0F;  // one try
+constexpr std::uint8_t kProbeCommands[] = {7, 8};
+
+}  // namespace
+
+std::shared_ptr<KtcClient> MakeKtcClient(const ConnectionSettings& settings,
+                                         std::uint32_t exchange_timeout_ms) {
+  const auto port = static_cast<std::uint16_t>(quarn::lidar::TextToInt(settings.port));
+  return std::make_shared<KtcClient>(settings.ip_address, port, false, kPlainTcp, kProtocolVersion, "", "",
+                                     "", exchange_timeout_ms, exchange_timeout_ms, kConnectTimeoutS,
+                                     std::uint16_t{0});
+}
+
+bool AnswersKtc(KtcClient& client) {
+  std::vector<std::uint8_t> reply;
+  for (const std::uint8_t command : kProbeCommands) {
+    if (client.QueryCommand({}, reply, command) == 0) return true;
+  }
+  return false;
+}
+
+int QueryForCode(KtcClient& client, std::uint8_t command, std::span<const std::uint8_t> payload,
+                 std::vector<std::uint8_t>& reply) {
+  const int result = client.QueryCommand(payload, reply, command);
+  if (result == 0) return 0;
+  const int code = client.LastReturnCode();
+  return code != 0 ? code : result;
+}
+
+}  // namespace varkel

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "VarkelCore/src/connection_settings.h"
+#include "libquarn/KtcClient/src/ktc_client.h"
+
+namespace varkel {
+
+/// A sensor in the same network accepts within this time; there is no second chance.
+inline constexpr std::chrono::milliseconds kAcceptTime{200};
+
+/// A client that connects to the settings' address in the background, once. Raises the conversion errors of
+/// text_number.h when the port is no number; its low 16 bits count.
+std::shared_ptr<quarn::lidar::KtcClient> MakeKtcClient(const ConnectionSettings& settings,
+                                                       std::uint32_t exchange_timeout_ms);
+
+/// Whether the sensor answers KTC: command 7, or else command 8.
+bool AnswersKtc(quarn::lidar::KtcClient& client);
+
+/// One exchange: 0, or the code that tells why it failed: the sensor's own, else the client's negative one.
+int QueryForCode(quarn::lidar::KtcClient& client, std::uint8_t command, std::span<const std::uint8_t> payload,
+                 std::vector<std::uint8_t>& reply);
+
+}  // namespace varkel

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "libquarn/KtcClient/src/ktc_client.h"
+#include "libquarn/Source/src/serial_exchange.h"
+#include "libquarn/Source/src/serial_frame.h"
+
+namespace quarn::lidar {
+
+/// Commands a small sensor whose serial frames travel inside KTC: command 0xFF, the two bytes 00 02, then the
+/// whole frame, in the request as in the reply. The KTC client's own time-outs hold for every exchange and
+/// its log callback shows the bytes. Thread-safe.
+class KtcSerialClient : public SerialExchange {
+ public:
+  explicit KtcSerialClient(std::shared_ptr<KtcClient> client) : client_(std::move(client)) {}
+
+  int QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& frame,
+                 std::uint32_t timeout_ms) override;
+  int ExchangeOta(std::uint32_t first, std::uint32_t second, std::span<const std::uint8_t> data,
+                  std::uint8_t type, OtaReply& reply) override;
+
+ private:
+  int Tunnel(ReplyKind kind, std::span<const std::uint8_t> request, std::vector<std::uint8_t>& frame);
+
+  const std::shared_ptr<KtcClient> client_;
+};
+
+/// The KTC command for what is behind the sensor's network side, and its payloads.
+inline constexpr std::uint8_t kKtcExtensionCmd = 0xFF;
+inline constexpr std::array<std::uint8_t, 2> kTunnelPrefix = {0x00, 0x02};
+inline constexpr std::array<std::uint8_t, 2> kGetBaudRatePayload = {0x00, 0x01};
+/// Puts the serial line behind the network to that rate.
+std::vector<std::uint8_t> SetBaudRatePayload(std::uint32_t baud_rate);
+
+}  // namespace quarn::lidar

@@ -1,0 +1,104 @@
+#include "libquarn/Source/src/serial_client.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "libquarn/Platform/src/hex_text.h"
+#include "libquarn/Source/src/reply_assembler.h"
+#include "libquarn/Source/src/serial_source.h"
+
+namespace quarn::lidar {
+namespace {
+
+// One wait is an int of microseconds.
+constexpr std::chrono::microseconds kLongestWait = std::chrono::seconds(1000);
+
+bool IsOpen(const std::shared_ptr<Source>& source) {
+  return source && source->IsOpened();
+}
+
+// A frame that is longer than one send takes is cut at its length's low 16 bits.
+bool SendFrame(Source& source, std::span<const std::uint8_t> frame) {
+  return source.Send(frame.data(), static_cast<std::uint16_t>(frame.size()), 0) >= 0;
+}
+
+}  // namespace
+
+int SerialClient::QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
+                             std::vector<std::uint8_t>& frame, std::uint32_t timeout_ms) {
+  const std::lock_guard lock(exchange_mutex_);
+  if (!IsOpen(commands_) || !IsOpen(replies_)) {
+    return kNotSent;
+  }
+  const std::vector<std::uint8_t> request = EncodeCommandFrame(code, payload, FreshNonce());
+  PassToLog("SEND: ", request);
+  replies_->Clear(SerialSource::kClearPendingInput);
+  if (!SendFrame(*commands_, request)) {
+    return kNotSent;
+  }
+  return ReadReply(*replies_, ReplyKind::kCommand, timeout_ms, frame);
+}
+
+int SerialClient::ExchangeOta(std::uint32_t first, std::uint32_t second, std::span<const std::uint8_t> data,
+                              std::uint8_t type, OtaReply& reply) {
+  const std::lock_guard lock(exchange_mutex_);
+  if (!IsOpen(commands_)) {
+    return kNotSent;
+  }
+  commands_->Clear(SerialSource::kClearPendingInput);
+  if (!SendFrame(*commands_, EncodeOtaFrame(type, first, second, data))) {
+    return kNotSent;
+  }
+  std::vector<std::uint8_t> frame;
+  const int result = ReadReply(*commands_, ReplyKind::kOta, kOtaTimeoutMs, frame);
+  if (result == 0) {
+    reply = ReadOtaReply(frame);
+  }
+  return result;
+}
+
+// Pieces are put together until a reply stands or the time is up; the line breaking ends the wait.
+int SerialClient::ReadReply(Source& source, ReplyKind kind, std::uint32_t timeout_ms,
+                            std::vector<std::uint8_t>& frame) {
+  using Clock = std::chrono::steady_clock;
+  using State = ReplyAssembler::State;
+  const auto deadline = Clock::now() + std::chrono::milliseconds(timeout_ms);
+  ReplyAssembler assembler(kind);
+  State state = State::kIncomplete;
+  UdpPacket packet;
+  while (state == State::kIncomplete) {
+    const auto left = std::clamp(std::chrono::ceil<std::chrono::microseconds>(deadline - Clock::now()),
+                                 std::chrono::microseconds(0), kLongestWait);
+    const int received = source.Receive(packet, kMaxReplyBlock, 0, static_cast<int>(left.count()));
+    if (received < 0) {
+      return kNotReceived;
+    }
+    state = assembler.Add(std::span(packet.data).first(static_cast<std::size_t>(received)));
+    // Time is up only after a last look at what came meanwhile.
+    if (left.count() == 0) {
+      state = assembler.Finish();
+    }
+  }
+  PassToLog("RECV: ", assembler.block());
+  if (state == State::kFailed) {
+    return kWrongReply;
+  }
+  frame.assign(assembler.block().begin(), assembler.block().end());
+  return 0;
+}
+
+void SerialClient::SetLogCallback(LogCallback callback, std::function<bool()> wanted) {
+  const std::lock_guard lock(log_mutex_);
+  log_callback_ = std::move(callback);
+  log_wanted_ = std::move(wanted);
+}
+
+void SerialClient::PassToLog(const char* prefix, std::span<const std::uint8_t> bytes) {
+  const std::lock_guard lock(log_mutex_);
+  if (log_callback_ && (!log_wanted_ || log_wanted_())) {
+    log_callback_(prefix + HexLine(bytes));
+  }
+}
+
+}  // namespace quarn::lidar

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace quarn::lidar {
+
+/// What a passing reply to a firmware frame says.
+struct OtaReply {
+  std::uint8_t command = 0;  ///< the frame type that it answers
+  std::uint8_t status = 0;   ///< 0: go on
+};
+
+/// Exchanges with a small sensor, whichever way its frames travel: over serial lines (SerialClient) or inside
+/// KTC (KtcSerialClient). One request, one reply; exchanges of several threads run one after the other.
+class SerialExchange {
+ public:
+  static constexpr int kNotSent = -1;      ///< not open, or the request did not go out
+  static constexpr int kWrongReply = -2;   ///< what came within the time is no valid reply; also silence
+  static constexpr int kNotReceived = -3;  ///< the line broke ahead of the reply
+  static constexpr std::uint32_t kOtaTimeoutMs = 30000;  ///< a sensor erases its flash before it answers
+
+  virtual ~SerialExchange() = default;
+  SerialExchange(const SerialExchange&) = delete;
+  SerialExchange& operator=(const SerialExchange&) = delete;
+
+  /// Sends a command and takes the whole reply frame, checked: 0, or one of the codes above, or the positive
+  /// code with which the sensor refused the frame's carrier. `frame` stays as it was on failure.
+  virtual int QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
+                         std::vector<std::uint8_t>& frame, std::uint32_t timeout_ms) = 0;
+
+  /// The same with the reply's body (length byte, command code, rest) only.
+  int QueryCommand(std::uint8_t code, std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& body,
+                   std::uint32_t timeout_ms);
+
+  /// Sends a firmware frame and waits up to `kOtaTimeoutMs` for its reply; results as above.
+  virtual int ExchangeOta(std::uint32_t first, std::uint32_t second, std::span<const std::uint8_t> data,
+                          std::uint8_t type, OtaReply& reply) = 0;
+
+  /// The mode that the sensor was last put in (11 standby, 0 operation), as far as this client did it.
+  void set_current_mode(std::uint8_t mode) { current_mode_ = mode; }
+  std::uint8_t current_mode() const { return current_mode_; }
+
+ protected:
+  SerialExchange() = default;
+
+  /// What a checked reply to a firmware frame says.
+  static OtaReply ReadOtaReply(std::span<const std::uint8_t> frame);
+
+ private:
+  std::atomic<std::uint8_t> current_mode_{0};
+};
+
+}  // namespace quarn::lidar

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <vector>
+
+namespace quarn::lidar {
+
+/// Tells replies and the point-cloud data around them apart on one line, whatever pieces they come in. A
+/// reply begins with its tag and is as long as its length byte says; its CRC is left to who reads it.
+class SerialStreamSplitter {
+ public:
+  struct Sinks {
+    /// A piece of a reply, at once; `begins` with the first piece of each.
+    std::function<void(std::span<const std::uint8_t> piece, bool begins)> reply;
+    std::function<void(std::span<const std::uint8_t> piece)> data;
+  };
+
+  explicit SerialStreamSplitter(Sinks sinks) : sinks_(std::move(sinks)) {}
+
+  void Add(std::span<const std::uint8_t> bytes);
+  /// Forgets a reply or a tag that is under way.
+  void Reset();
+
+ private:
+  std::span<const std::uint8_t> PassReply(std::span<const std::uint8_t> bytes);
+  std::span<const std::uint8_t> PassData(std::span<const std::uint8_t> bytes);
+
+  const Sinks sinks_;
+  std::vector<std::uint8_t> joined_;  ///< what may be the beginning of a tag, then the bytes behind it
+  std::size_t reply_left_ = 0;        ///< bytes of the reply under way that are known to come
+  bool reply_begins_ = false;
+  bool length_due_ = false;  ///< the last of them is the length byte
+};
+
+}  // namespace quarn::lidar

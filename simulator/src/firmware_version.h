@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace varkel::sim {
+
+/// The version that a package's first line names, "VARKEL-SIM FIRMWARE 1.2.3.4 2024-10-01" with a line feed
+/// behind it, as the user interface shows it: "1.2.3.4 (2024-10-01)". Nothing for any other beginning, and
+/// for numbers that a version's fields don't hold.
+std::optional<std::string> FirmwareVersionIn(std::span<const std::uint8_t> package);
+
+}  // namespace varkel::sim

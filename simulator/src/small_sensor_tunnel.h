@@ -1,0 +1,31 @@
+#pragma once
+
+#include "simulator/src/command_handler.h"
+#include "simulator/src/exchange_log.h"
+#include "simulator/src/misbehaviour.h"
+#include "simulator/src/serial_answer.h"
+
+namespace varkel::sim {
+
+/// A small sensor behind a KTC server: KTC command 0xFF carries serial frames to it (payload 00 02, then the
+/// frame) and is asked for the rate of the line to it (00 01) or sets it (00 01 39, then the rate).
+/// Thread-safe.
+class SmallSensorTunnel {
+ public:
+  explicit SmallSensorTunnel(SerialParts parts) : parts_(parts) {}
+
+  static bool Takes(const ReceivedRequest& request);
+
+  /// What the rules make of a carried frame's reply goes into `plan`, where it joins what they make of the
+  /// KTC reply.
+  Reply Handle(const ReceivedRequest& request, ReplyPlan& plan) const;
+
+ private:
+  Reply Carry(std::span<const std::uint8_t> frame, ReplyPlan& plan) const;
+  Reply BaudRate() const;
+  Reply SetBaudRate(std::span<const std::uint8_t> payload) const;
+
+  const SerialParts parts_;
+};
+
+}  // namespace varkel::sim

@@ -1,0 +1,234 @@
+#include "VarkelCore/src/marvo_upgrade.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+#include "tests/core/marvo_sample.h"
+#include "tests/core/small_sensor_bench.h"
+
+namespace varkel {
+namespace {
+
+using test::FullMarvoPackage;
+using test::MarvoPackage;
+using Bytes = std::vector<std::uint8_t>;
+using Lines = std::vector<std::string>;
+using Frame = test::ScriptedExchange::OtaFrame;
+using Ktc = test::ScriptedLink::KtcRequest;
+
+constexpr MarvoUpgrade::Pauses kNoPauses = {std::chrono::milliseconds(0), std::chrono::milliseconds(0)};
+
+/// A sensor that takes everything, running from partition A.
+struct Bench {
+  Bench() {
+    link.ktc->on_command = [this](const test::ScriptedExchange::Command&, Bytes& contents) {
+      report.Add("change mode");
+      contents = {12, 0, partition};
+      return mode_result;
+    };
+    link.on_ktc = [this](const Ktc& request, Bytes&) {
+      report.Add("rate");
+      return link.ktc_requests.size() == failing_rate ? 5 : (request.command == 0xFF ? 0 : 1);
+    };
+  }
+
+  Lines Run(const Bytes& package) {
+    MarvoUpgrade(report, link, kNoPauses).Run(std::stop_token(), package, claimed.run);
+    return report.Take();
+  }
+
+  test::RecordedReport report;
+  test::ScriptedLink link;
+  test::ClaimedRun claimed{report};
+  std::uint8_t partition = 0;
+  int mode_result = 0;
+  std::size_t failing_rate = 0;
+};
+
+TEST(MarvoUpgrade, SendsEverythingInItsOrder) {
+  Bench bench;
+  EXPECT_EQ(bench.Run(FullMarvoPackage()),
+            (Lines{"INFO Marvo OTA package parsed: flags=0x31, total_size=10000", "rate", "change mode",
+                   "INFO Marvo upgrade: current partition=A", "rate",
+                   "INFO Marvo upgrade: sending BMB_APP_B (type=0x02, size=2048)",
+                   "INFO Marvo upgrade: BMB_APP_B completed",
+                   "INFO Marvo upgrade: sending BMB_FPGA (type=0x01, size=1976)",
+                   "INFO Marvo upgrade: BMB_FPGA completed",
+                   "INFO Marvo upgrade: sending TMB_FPGA (type=0x00, size=1024)",
+                   "INFO Marvo upgrade: TMB_FPGA completed",
+                   "INFO Marvo upgrade: sending TMB_PARAM (type=0x03, size=10)",
+                   "INFO Marvo upgrade: TMB_PARAM completed", "end",
+                   "success: Marvo upgrade completed. The lidar will automatically reboot.", "disconnect"}));
+  EXPECT_EQ(bench.link.ktc_requests, (std::vector<Ktc>{{0xFF, {0, 1, 0x39, 0x00, 0x4C, 0x4B, 0x40}, false},
+                                                       {0xFF, {0, 1, 0x39, 0x00, 0x00, 0x25, 0x80}, false}}));
+  EXPECT_EQ(bench.link.ktc->commands, (std::vector<test::ScriptedExchange::Command>{{3, {12, 4}}}));
+  EXPECT_EQ(bench.claimed.total, 2 + 2 + 1 + 1);
+  EXPECT_EQ(bench.claimed.progress, 6U);
+  // The FPGA image goes out without its preamble.
+  const Bytes package = FullMarvoPackage();
+  Bytes fpga;
+  bool in_fpga = false;
+  for (const Frame& frame : bench.link.ktc->frames) {
+    if (frame.type == 0x11) in_fpga = frame.second == 1;
+    if (frame.type == 0x12 && in_fpga) fpga.insert(fpga.end(), frame.data.begin(), frame.data.end());
+  }
+  constexpr std::ptrdiff_t kFpgaBegin = 56 + 3548;
+  EXPECT_EQ(fpga, Bytes(package.begin() + kFpgaBegin + 1024, package.begin() + kFpgaBegin + 3000));
+}
+
+TEST(MarvoUpgrade, OtherPartitionAndNothingToSend) {
+  Bench on_b;
+  on_b.partition = 3;
+  const Lines lines = on_b.Run(FullMarvoPackage());
+  EXPECT_EQ(lines[3], "INFO Marvo upgrade: current partition=B");
+  EXPECT_EQ(lines[5], "INFO Marvo upgrade: sending BMB_APP_A (type=0x02, size=1500)");
+
+  Bench none;
+  const Lines end = none.Run(MarvoPackage(1, {{{0, 100}}}, 100));
+  EXPECT_EQ(end.back(), "disconnect");
+  EXPECT_EQ(none.claimed.total, 0);
+  EXPECT_TRUE(none.link.ktc->frames.empty());
+}
+
+TEST(MarvoUpgrade, EveryFailureEndsTheRunFirst) {
+  struct Case {
+    const char* name;
+    Bytes package;
+    std::function<void(Bench&)> fault;
+    Lines end;  ///< the last lines
+  };
+  const Bytes full = FullMarvoPackage();
+  Bytes wrong_magic = full;
+  wrong_magic[3] = 'B';
+  const std::vector<Case> cases = {
+      {"too short",
+       Bytes(full.begin(), full.begin() + 55),
+       {},
+       {"end", "error: Invalid Marvo OTA upgrade package"}},
+      {"magic",
+       wrong_magic,
+       {},
+       {"INFO Invalid OTA package magic", "end", "error: Invalid Marvo OTA upgrade package"}},
+      {"first rate",
+       full,
+       [](Bench& b) { b.failing_rate = 1; },
+       {"rate", "end", "error: Marvo upgrade: set baudrate failed"}},
+      {"mode",
+       full,
+       [](Bench& b) { b.mode_result = -3; },
+       {"change mode", "end", "error: Marvo upgrade: change mode failed"}},
+      {"no exchange",
+       full,
+       [](Bench& b) { b.link.ktc = nullptr; },
+       {"rate", "end", "error: Marvo upgrade: change mode failed"}},
+      {"second rate",
+       full,
+       [](Bench& b) { b.failing_rate = 2; },
+       {"rate", "end", "error: Marvo upgrade: set upgrade baudrate failed"}},
+      {"out of range",
+       MarvoPackage(16, {{{}, {}, {}, {}, {0, 101}}}, 100),
+       {},
+       {"INFO Component TMB_PARAM data out of range", "INFO Component TMB_PARAM data out of range", "end",
+        "error: Marvo upgrade: failed to extract TMB_PARAM"}},
+      {"wrapping",
+       MarvoPackage(16, {{{}, {}, {}, {}, {0xFFFFFFF0, 32}}}, 100),
+       {},
+       {"rate", "end", "error: Marvo upgrade: failed to extract TMB_PARAM"}},
+      {"second component refused",
+       full,
+       [](Bench& b) {
+         b.link.ktc->on_ota = [](const Frame& frame, quarn::lidar::OtaReply& reply) {
+           if (frame.type == 0x11 && frame.second == 1) reply.status = 9;
+           return 0;
+         };
+       },
+       {"INFO Marvo upgrade: sending BMB_FPGA (type=0x01, size=1976)", "end",
+        "error: Marvo upgrade: BMB_FPGA failed, error=9", "INFO Marvo upgrade: BMB_FPGA failed, error=9"}},
+      {"line broken",
+       full,
+       [](Bench& b) { b.link.ktc->on_ota = [](const Frame&, quarn::lidar::OtaReply&) { return -1; }; },
+       {"end", "error: Marvo upgrade: BMB_APP_B failed, error=-1",
+        "INFO Marvo upgrade: BMB_APP_B failed, error=-1"}},
+  };
+  for (const Case& c : cases) {
+    Bench bench;
+    if (c.fault) c.fault(bench);
+    const Lines lines = bench.Run(c.package);
+    ASSERT_GE(lines.size(), c.end.size()) << c.name;
+    EXPECT_EQ(Lines(lines.end() - static_cast<std::ptrdiff_t>(c.end.size()), lines.end()), c.end) << c.name;
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "end"), 1) << c.name;
+  }
+}
+
+// What comes in a package decides on nothing but the components: the run ends however they are broken.
+TEST(MarvoUpgrade, EveryMalformedPackageEndsTheRun) {
+  const Bytes full = FullMarvoPackage();
+  const auto ends_once = [](const Bytes& package) {
+    Bench bench;
+    const Lines lines = bench.Run(package);
+    return std::count(lines.begin(), lines.end(), "end") == 1;
+  };
+  for (std::size_t size = 0; size < full.size(); size += size < 64 ? 1 : 503) {
+    EXPECT_TRUE(ends_once(Bytes(full.begin(), full.begin() + static_cast<std::ptrdiff_t>(size)))) << size;
+  }
+  for (std::size_t bit = 0; bit < kMarvoHeaderSize * 8; ++bit) {
+    Bytes changed = full;
+    changed[bit / 8] = static_cast<std::uint8_t>(changed[bit / 8] ^ (1U << (bit % 8)));
+    EXPECT_TRUE(ends_once(changed)) << bit;
+  }
+}
+
+TEST(MarvoUpgrade, AStopEndsThePauseForTheModeChange) {
+  Bench bench;
+  std::stop_source stop;
+  const auto start = std::chrono::steady_clock::now();
+  std::jthread worker([&] {
+    MarvoUpgrade(bench.report, bench.link, {std::chrono::milliseconds(0), std::chrono::hours(1)})
+        .Run(stop.get_token(), FullMarvoPackage(), bench.claimed.run);
+  });
+  while (!bench.report.Has("INFO Marvo upgrade: current partition=A")) std::this_thread::yield();
+  stop.request_stop();
+  worker.join();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_EQ(bench.report.Take().back(), "end");
+}
+
+TEST(SerialUpgrade, ReportsBothOutcomesAndDisconnects) {
+  struct Case {
+    int result;
+    quarn::lidar::OtaReply reply;
+    Lines lines;
+  };
+  const std::vector<Case> cases = {
+      {0,
+       {1, 0},
+       {"end", "success: Upgrade package transmitted successfully. The lidar will automatically reboot.",
+        "disconnect"}},
+      {0,
+       {1, 3},
+       {"end", "error: Upgrade package transfer failed or is terminated. error:3",
+        "INFO Upgrade package transfer failed or is terminated. error:3", "disconnect"}},
+      {-1,
+       {},
+       {"end", "error: Upgrade package transfer failed or is terminated. error:-1",
+        "INFO Upgrade package transfer failed or is terminated. error:-1", "disconnect"}},
+  };
+  for (const Case& c : cases) {
+    test::RecordedReport report;
+    test::ScriptedExchange exchange;
+    exchange.on_ota = [&](const Frame& frame, quarn::lidar::OtaReply& reply) {
+      if (frame.type == 1) reply = c.reply;
+      return c.result;
+    };
+    test::ClaimedRun claimed(report);
+    SendOverSerial(std::stop_token(), exchange, Bytes(1025), 1, report, claimed.run);
+    EXPECT_EQ(report.Take(), c.lines);
+    EXPECT_EQ(exchange.frames.front(), (Frame{1, 1025, 1, {}}));
+    EXPECT_EQ(claimed.progress, exchange.frames.size() > 1 ? 2U : 0U);
+  }
+}
+
+}  // namespace
+}  // namespace varkel

@@ -1,0 +1,202 @@
+#include "libquarn/Source/src/serial_client.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <memory>
+#include <mutex>
+
+#include "libquarn/Source/src/ktc_serial_client.h"
+#include "libquarn/Source/src/serial_source.h"
+#include "tests/quarn/fake_peer.h"
+#include "tests/quarn/test_support.h"
+#include "tests/support/protocol_page.h"
+#include "tests/support/pseudo_terminal.h"
+
+namespace quarn::lidar {
+namespace {
+
+using test::Bytes;
+using test::PseudoTerminal;
+
+constexpr std::uint32_t kPatienceMs = 10000;
+constexpr std::uint32_t kShortMs = 30;
+
+Bytes Reply(ReplyKind kind, std::uint8_t code, const Bytes& rest) {
+  return EncodeReplyFrame(kind, code, rest, 77);
+}
+
+/// A client on two lines; the test is the sensor.
+struct Lines {
+  explicit Lines() {
+    uart_source->SetReceiveType(SerialSource::kCommandType);
+    uart_source->SetAutoReceive(false);
+    EXPECT_TRUE(uart_source->Open());
+    EXPECT_TRUE(rs485_source->Open());
+  }
+
+  std::future<int> Query(std::uint32_t timeout_ms = kPatienceMs) {
+    return std::async(std::launch::async, [this, timeout_ms] {
+      return client.QueryCommand(3, Bytes{11, 0}, body, timeout_ms);
+    });
+  }
+  std::future<int> SendFirmware() {
+    return std::async(std::launch::async, [this] {
+      return client.ExchangeOta(1, 2, Bytes{1, 2, 3}, 0x02, ota_reply);
+    });
+  }
+
+  PseudoTerminal uart;
+  PseudoTerminal rs485;
+  std::shared_ptr<SerialSource> uart_source = std::make_shared<SerialSource>(uart.name(), 9600, 3125000);
+  std::shared_ptr<SerialSource> rs485_source = std::make_shared<SerialSource>(rs485.name(), 115200, 3000000);
+  SerialClient client{uart_source, rs485_source};
+  Bytes body;
+  OtaReply ota_reply;
+};
+
+constexpr std::size_t kRequestSize = 21;   // code 3 with two payload bytes
+constexpr std::size_t kFirmwareSize = 32;  // three data bytes
+
+TEST(SerialClient, TakesTheReplyOutOfThePointCloud) {
+  Lines lines;
+  std::mutex mutex;
+  std::vector<std::string> log;
+  lines.client.SetLogCallback([&](const std::string& line) {
+    const std::lock_guard lock(mutex);
+    log.push_back(line);
+  });
+  // What an abandoned exchange left behind is no reply to this one.
+  ASSERT_TRUE(lines.rs485.Write(Reply(ReplyKind::kCommand, 3, {9, 9, 9})));
+  auto result = lines.Query();
+  const Bytes request = lines.uart.Read(kRequestSize);
+  ASSERT_EQ(request.size(), kRequestSize);
+  EXPECT_EQ((Bytes{request.begin() + 7, request.begin() + 11}), (Bytes{3, 3, 11, 0}));
+  const Bytes reply = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
+  ASSERT_TRUE(lines.rs485.Write(Bytes(500, 0x5A)));
+  for (const std::uint8_t byte : reply) ASSERT_TRUE(lines.rs485.Write(Bytes{byte}));
+  ASSERT_TRUE(lines.rs485.Write(Bytes(500, 0x5A)));
+  EXPECT_EQ(result.get(), 0);
+  EXPECT_EQ(lines.body, (Bytes{3, 3, 11, 0, 0}));
+  ASSERT_EQ(log.size(), 2U);
+  EXPECT_TRUE(log[0].starts_with("SEND: 24 4c 44 43 4d 44 2c 03 03 0b 00 ")) << log[0];
+  EXPECT_TRUE(log[1].starts_with("RECV: 24 4c 44 43 4d 44 2c 03 03 0b 00 00 ")) << log[1];
+}
+
+TEST(SerialClient, TellsSilenceNonsenseAndABrokenLineApart) {
+  Lines lines;
+  lines.body = {42};
+  EXPECT_EQ(lines.Query(kShortMs).get(), -2);
+
+  auto wrong = lines.Query();
+  lines.uart.Read(2 * kRequestSize);  // the one before, too
+  Bytes reply = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
+  reply[10] ^= 1;
+  ASSERT_TRUE(lines.rs485.Write(reply));
+  EXPECT_EQ(wrong.get(), -2);
+
+  auto pulled = lines.Query();
+  lines.uart.Read(kRequestSize);
+  ASSERT_TRUE(lines.rs485.Write(Bytes(reply.begin(), reply.begin() + 12)));
+  EXPECT_LT(test::TimeOf([&] {
+              lines.rs485.Pull();
+              EXPECT_EQ(pulled.get(), -3);
+            }),
+            test::kAtOnce);
+  EXPECT_EQ(lines.Query().get(), -1);
+  EXPECT_EQ(lines.body, Bytes{42}) << "a failed exchange leaves the result";
+}
+
+TEST(SerialClient, NeedsBothLinesForCommandsAndOneForFirmware) {
+  Lines lines;
+  Bytes body;
+  OtaReply reply;
+  EXPECT_EQ(SerialClient(lines.uart_source, nullptr).QueryCommand(2, {}, body, kShortMs), -1);
+  EXPECT_EQ(SerialClient(nullptr, lines.rs485_source).QueryCommand(2, {}, body, kShortMs), -1);
+  EXPECT_EQ(SerialClient(nullptr, lines.rs485_source).ExchangeOta(0, 0, {}, 1, reply), -1);
+  lines.rs485_source->Close();
+  EXPECT_EQ(lines.Query(kShortMs).get(), -1);
+}
+
+TEST(SerialClient, ExchangesFirmwareFramesOnTheCommandLine) {
+  Lines lines;
+  auto result = lines.SendFirmware();
+  const Bytes request = lines.uart.Read(kFirmwareSize);
+  EXPECT_EQ(request, EncodeOtaFrame(2, 1, 2, Bytes{1, 2, 3}));
+  const Bytes reply = Reply(ReplyKind::kOta, 2, {0x00, 0x33});
+  ASSERT_TRUE(lines.uart.Write(Bytes(reply.begin(), reply.begin() + 5)));
+  ASSERT_TRUE(lines.uart.Write(Bytes(reply.begin() + 5, reply.end())));
+  EXPECT_EQ(result.get(), 0);
+  EXPECT_EQ(lines.ota_reply.command, 2);
+  EXPECT_EQ(lines.ota_reply.status, 0x33);
+
+  // The wait of half a minute ends with the line and with the source.
+  for (const bool pull : {false, true}) {
+    Lines other;
+    auto broken = other.SendFirmware();
+    other.uart.Read(kFirmwareSize);
+    EXPECT_LT(test::TimeOf([&] {
+                pull ? other.uart.Pull() : other.uart_source->Close();
+                EXPECT_EQ(broken.get(), -3);
+              }),
+              test::kAtOnce);
+  }
+}
+
+TEST(KtcSerialClient, CarriesFramesInsideKtc) {
+  const auto rows = test::PageTable(QUARN_SERIAL_PAGE, "| Carried frame | KTC request (version 1) |");
+  ASSERT_EQ(rows.size(), 1U);
+  Bytes payload = {0, 2};
+  const Bytes carried = test::FromHex(rows[0][0]);
+  payload.insert(payload.end(), carried.begin(), carried.end());
+  EXPECT_EQ(test::FakePeer::Reply(1, 0xFF, payload), test::FromHex(rows[0][1]));
+
+  struct Case {
+    const char* name;
+    Bytes payload;
+    std::uint8_t return_code;
+    int result;
+  };
+  const auto tunnelled = [](const Bytes& frame, std::uint8_t second) {
+    Bytes bytes = {0, second};
+    bytes.insert(bytes.end(), frame.begin(), frame.end());
+    return bytes;
+  };
+  const Bytes good = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
+  const std::vector<Case> cases = {
+      {"good", tunnelled(good, 2), 0, 0},
+      {"another prefix", tunnelled(good, 1), 0, -2},
+      {"no frame", {0, 2}, 0, -2},
+      {"nothing", {}, 0, -2},
+      {"one byte", {0}, 0, -2},
+      {"noise ahead", tunnelled(tunnelled(good, 2), 2), 0, -2},
+      {"refused by the network side", {}, 9, 9},
+  };
+  std::size_t current = 0;
+  test::FakePeer peer(1, [&](const test::Request& request) {
+    return test::Answer{
+        test::FakePeer::Reply(1, request.cmd, cases[current].payload, cases[current].return_code)};
+  });
+  auto ktc = std::make_shared<KtcClient>("127.0.0.1", peer.port(), false, 0, std::uint8_t{1}, "", "", "",
+                                         4000U, 4000U, 5.0F, std::uint16_t{0});
+  ASSERT_TRUE(test::Eventually([&] { return ktc->IsOpen(); }));
+  KtcSerialClient client(ktc);
+  for (current = 0; current < cases.size(); ++current) {
+    Bytes body;
+    EXPECT_EQ(client.QueryCommand(3, Bytes{11, 0}, body, kPatienceMs), cases[current].result)
+        << cases[current].name;
+    EXPECT_EQ(body, cases[current].result == 0 ? (Bytes{3, 3, 11, 0, 0}) : Bytes{}) << cases[current].name;
+  }
+  const test::Request sent = peer.Requests().front();
+  EXPECT_EQ(sent.cmd, 0xFF);
+  ASSERT_EQ(sent.payload.size(), 2 + kRequestSize);
+  EXPECT_EQ((Bytes{sent.payload.begin(), sent.payload.begin() + 13}),
+            (Bytes{0, 2, '$', 'L', 'D', 'C', 'M', 'D', ',', 3, 3, 11, 0}));
+  ktc->Interrupt();
+  Bytes body;
+  EXPECT_LT(client.QueryCommand(3, Bytes{11, 0}, body, kPatienceMs), 0);
+  EXPECT_EQ(KtcSerialClient(nullptr).QueryCommand(3, Bytes{11, 0}, body, kPatienceMs), -1);
+}
+
+}  // namespace
+}  // namespace quarn::lidar

@@ -1,0 +1,233 @@
+#include "libquarn/Source/src/serial_source.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <string>
+
+#include "libquarn/Source/src/serial_frame.h"
+#include "tests/quarn/test_support.h"
+#include "tests/support/pseudo_terminal.h"
+
+namespace quarn::lidar {
+namespace {
+
+using platform::SerialPort;
+using test::Eventually;
+using test::PseudoTerminal;
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr int kPatienceUs = 10000000;
+
+Bytes Reply(std::uint8_t number) {
+  return EncodeReplyFrame(ReplyKind::kCommand, 2, Bytes{number}, 0);
+}
+
+/// All bytes that come until `size` are there.
+Bytes Collect(SerialSource& source, std::size_t size, bool data = false) {
+  Bytes all;
+  UdpPacket packet;
+  while (all.size() < size) {
+    const int received = data ? source.ReceiveData(packet, kMaxPacketSize, kPatienceUs)
+                              : source.Receive(packet, kMaxPacketSize, 0, kPatienceUs);
+    if (received <= 0) break;
+    all.insert(all.end(), packet.data.begin(), packet.data.begin() + received);
+  }
+  return all;
+}
+
+TEST(SerialPort, TakesAnyRateUpToFiveMillion) {
+  const PseudoTerminal line;
+  for (const std::uint32_t rate : {9600U, 115200U, 3000000U, 3125000U, 4000000U, 4999999U, 5000000U}) {
+    const auto port = SerialPort::Open(line.name(), rate);
+    ASSERT_TRUE(port) << rate;
+    EXPECT_EQ(port->BaudRate(), rate);
+  }
+  EXPECT_FALSE(SerialPort::Open(line.name(), 0));
+}
+
+TEST(SerialPort, RefusesWhatIsNoFreeSerialPort) {
+  const PseudoTerminal line;
+  const auto port = SerialPort::Open(line.name(), 9600);
+  ASSERT_TRUE(port);
+  EXPECT_FALSE(SerialPort::Open(line.name(), 9600)) << "two users of one line";
+  EXPECT_FALSE(SerialPort::Open("/dev/no-such-port", 9600));
+  EXPECT_FALSE(SerialPort::Open("/dev/null", 9600));
+  EXPECT_FALSE(SerialPort::Open("", 9600));
+}
+
+TEST(SerialPort, MovesEveryByteUnchanged) {
+  const PseudoTerminal line;
+  const auto port = SerialPort::Open(line.name(), 115200);
+  ASSERT_TRUE(port);
+  Bytes all(256);
+  for (std::size_t i = 0; i < all.size(); ++i) all[i] = static_cast<std::uint8_t>(i);
+  EXPECT_EQ(port->Write(all), 256);
+  EXPECT_EQ(line.Read(256), all);
+  ASSERT_TRUE(line.Write(all));
+  Bytes received;
+  Bytes block(100);
+  while (received.size() < all.size() && port->WaitReadable(kPatienceUs) == 1) {
+    const int count = port->Read(block);
+    received.insert(received.end(), block.begin(), block.begin() + count);
+  }
+  EXPECT_EQ(received, all);
+  EXPECT_EQ(port->Read(block), 0);
+}
+
+TEST(SerialPort, WriteEndsWhenNobodyReads) {
+  const PseudoTerminal line;
+  const auto port = SerialPort::Open(line.name(), 115200);
+  ASSERT_TRUE(port);
+  const Bytes much(1000, 1);
+  int sent = 0;
+  for (int i = 0; i < 1000 && sent >= 0 && (sent = port->Write(much)) == 1000; ++i) {
+  }
+  EXPECT_LT(sent, 1000);
+  EXPECT_TRUE(port->is_usable());
+}
+
+TEST(SerialSource, OpensAtTheRateOfItsType) {
+  struct Case {
+    std::uint32_t type;
+    bool opens;
+  };
+  const test::LogLines log;
+  for (const Case& c : {Case{0, true}, Case{1, true}, Case{2, false}}) {
+    const PseudoTerminal line;
+    SerialSource source(line.name(), 9600, 115200);
+    source.SetReceiveType(c.type);
+    EXPECT_EQ(source.Open(), c.opens);
+    EXPECT_EQ(source.IsOpened(), c.opens);
+    if (c.opens) {
+      EXPECT_EQ(line.rate(), c.type == 0 ? 115200U : 9600U);
+    }
+  }
+  EXPECT_TRUE(log.Has("8 not support receiveStype, open error"));
+}
+
+TEST(SerialSource, OpensAgainAfterAClose) {
+  const PseudoTerminal line;
+  SerialSource source(line.name(), 9600, 115200);
+  for (int i = 0; i < 3; ++i) {
+    ASSERT_TRUE(source.Open());
+    ASSERT_TRUE(line.Write(Reply(1)));
+    EXPECT_EQ(Collect(source, Reply(1).size()), Reply(1));
+    source.Close();
+    EXPECT_FALSE(source.IsOpened());
+  }
+}
+
+TEST(SerialSource, TellsRepliesAndDataApartInAnyPieces) {
+  const Bytes text = {'$', 'L', 'D', 'C', 'M', 'x', '$', '$', 'L', 'D'};
+  const Bytes firmware = EncodeReplyFrame(ReplyKind::kOta, 1, Bytes(255, 0x24), 0);
+  Bytes stream;
+  Bytes data;
+  Bytes replies;
+  for (const Bytes& part : {text, Reply(1), Reply(2), text, firmware, Bytes(40, 0xEE)}) {
+    stream.insert(stream.end(), part.begin(), part.end());
+    Bytes& kind = part == text || part == Bytes(40, 0xEE) ? data : replies;
+    kind.insert(kind.end(), part.begin(), part.end());
+  }
+  for (const std::size_t piece : {std::size_t{1}, std::size_t{7}, std::size_t{64}, stream.size()}) {
+    Bytes got_data;
+    Bytes got_replies;
+    bool began = false;
+    SerialStreamSplitter splitter({[&](std::span<const std::uint8_t> bytes, bool begins) {
+                                     EXPECT_TRUE(begins || began);
+                                     began = true;
+                                     got_replies.insert(got_replies.end(), bytes.begin(), bytes.end());
+                                   },
+                                   [&](std::span<const std::uint8_t> bytes) {
+                                     got_data.insert(got_data.end(), bytes.begin(), bytes.end());
+                                   }});
+    for (std::span<const std::uint8_t> rest = stream; !rest.empty();
+         rest = rest.subspan(std::min(piece, rest.size()))) {
+      splitter.Add(rest.first(std::min(piece, rest.size())));
+    }
+    EXPECT_EQ(got_data, data) << piece;
+    EXPECT_EQ(got_replies, replies) << piece;
+  }
+  const PseudoTerminal line;
+  SerialSource source(line.name(), 9600, 115200);
+  ASSERT_TRUE(source.Open());
+  ASSERT_TRUE(line.Write(stream));
+  EXPECT_EQ(Collect(source, replies.size()), replies);
+  EXPECT_EQ(Collect(source, data.size(), true), data);
+}
+
+TEST(SerialSource, ClearingPendingInputKeepsTheData) {
+  const PseudoTerminal line;
+  SerialSource source(line.name(), 9600, 115200);
+  ASSERT_TRUE(source.Open());
+  const Bytes data(10, 0xAB);
+  ASSERT_TRUE(line.Write(data));
+  UdpPacket packet;
+  EXPECT_EQ(source.ReceiveData(packet, 4, kPatienceUs), 4);  // it is in the ring now
+  ASSERT_TRUE(line.Write(Reply(1)));
+  EXPECT_EQ(source.Receive(packet, 1, 0, kPatienceUs), 1);
+  source.Clear(SerialSource::kClearPendingInput);
+  EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 0), 0);
+  EXPECT_EQ(source.ReceiveData(packet, kMaxPacketSize, 0), 6);
+  ASSERT_TRUE(line.Write(data));
+  EXPECT_EQ(source.ReceiveData(packet, 4, kPatienceUs), 4);
+  source.Clear(SerialSource::kClearAll);
+  EXPECT_EQ(source.ReceiveData(packet, kMaxPacketSize, 0), 0);
+  EXPECT_TRUE(packet.timed_out);
+}
+
+TEST(SerialSource, PulledLineAndCloseEndAReceiveAtOnce) {
+  for (const bool automatic : {true, false}) {
+    for (const bool pull : {true, false}) {
+      PseudoTerminal line;
+      SerialSource source(line.name(), 9600, 115200);
+      source.SetAutoReceive(automatic);
+      ASSERT_TRUE(source.Open());
+      ASSERT_TRUE(line.Write(Bytes{'$', 'L', 'D', 'C', 'M', 'D', ',', 5}));  // in the middle of a reply
+      EXPECT_EQ(Collect(source, 8).size(), 8U);
+      auto receiving = std::async(std::launch::async, [&source] {
+        UdpPacket packet;
+        return source.Receive(packet, kMaxPacketSize, 0, kPatienceUs);
+      });
+      const auto time = test::TimeOf([&] {
+        pull ? line.Pull() : source.Close();
+        EXPECT_EQ(receiving.get(), -1);
+      });
+      EXPECT_LT(time, test::kAtOnce);
+      EXPECT_FALSE(source.IsOpened());
+      const std::uint8_t byte = 0;
+      EXPECT_EQ(source.Send(&byte, 1, 0), -1);
+    }
+  }
+}
+
+TEST(PacketRing, DropsTheOldestWhenFull) {
+  PacketRing ring(10);
+  for (std::uint8_t i = 0; i < 13; ++i) ring.Push(Bytes{i});
+  EXPECT_EQ(ring.dropped(), 3U);
+  Bytes buffer(5);
+  for (std::uint8_t i = 3; i < 13; ++i) {
+    ASSERT_EQ(ring.Take(buffer, std::chrono::microseconds(0)), 1);
+    EXPECT_EQ(buffer[0], i);
+  }
+  EXPECT_EQ(ring.Take(buffer, std::chrono::microseconds(0)), 0);
+}
+
+TEST(PacketRing, KeepsWhatABufferCannotTakeAndExtendsTheLastPacket) {
+  PacketRing ring(2);
+  ring.Push(Bytes{1, 2, 3});
+  ring.Push(Bytes{4, 5}, true);
+  ring.Push(Bytes(3100, 9));  // three slots: only the last two stay
+  Bytes buffer(2000);
+  EXPECT_EQ(ring.dropped(), 2U);
+  EXPECT_EQ(ring.Take(buffer, std::chrono::microseconds(0)), 1500);
+  EXPECT_EQ(ring.Take(std::span(buffer).first(60), std::chrono::microseconds(0)), 60);
+  ring.Push(Bytes{7}, true);
+  EXPECT_EQ(ring.Take(buffer, std::chrono::microseconds(0)), 41);
+  EXPECT_EQ(buffer[40], 7);
+}
+
+}  // namespace
+}  // namespace quarn::lidar

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "libquarn/Platform/src/pseudo_terminal.h"
+
+namespace quarn::test {
+
+/// A serial line: the code under test opens `name()`, this is the sensor's end of it.
+class PseudoTerminal {
+ public:
+  PseudoTerminal() : line_(platform::PseudoTerminal::Create()) {}
+
+  const std::string& name() const { return line_->name(); }
+
+  bool Write(std::span<const std::uint8_t> bytes) const { return line_->Write(bytes, kPatienceUs); }
+
+  /// Reads until `enough` says so of what has come, ten seconds at most.
+  std::vector<std::uint8_t> ReadUntil(
+      const std::function<bool(std::span<const std::uint8_t>)>& enough) const {
+    std::vector<std::uint8_t> all;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::microseconds(kPatienceUs);
+    while (!enough(all) && std::chrono::steady_clock::now() < deadline) {
+      constexpr std::int64_t kLookUs = 10000;
+      if (line_->WaitReadable(kLookUs) < 0) break;
+      std::array<std::uint8_t, 4096> block;
+      const int count = line_->Read(block);
+      if (count > 0) all.insert(all.end(), block.begin(), block.begin() + count);
+    }
+    return all;
+  }
+  std::vector<std::uint8_t> Read(std::size_t size) const {
+    return ReadUntil([size](std::span<const std::uint8_t> all) { return all.size() >= size; });
+  }
+
+  /// The rate that the line was opened at.
+  unsigned rate() const { return line_->BaudRate(); }
+
+  /// The line is pulled out.
+  void Pull() { line_->Pull(); }
+
+ private:
+  static constexpr std::int64_t kPatienceUs = 10'000'000;
+
+  const std::unique_ptr<platform::PseudoTerminal> line_;
+};
+
+}  // namespace quarn::test
