@@ -246,9 +246,12 @@ int SendDatagram(SocketHandle socket, std::span<const std::uint8_t> bytes, int f
 int ReceiveDatagram(SocketHandle socket, std::span<std::uint8_t> buffer, int flags, Endpoint& from) {
   sockaddr_in address{};
   int size = static_cast<int>(sizeof(address));
-  const int received =
-      recvfrom(Native(socket), reinterpret_cast<char*>(buffer.data()), ClampToInt(buffer.size()), flags,
-               reinterpret_cast<sockaddr*>(&address), &size);
+  int received = recvfrom(Native(socket), reinterpret_cast<char*>(buffer.data()), ClampToInt(buffer.size()),
+                          flags, reinterpret_cast<sockaddr*>(&address), &size);
+  // This system fills the buffer as well, but calls a datagram that was cut a failure.
+  if (received < 0 && WSAGetLastError() == WSAEMSGSIZE) {
+    received = ClampToInt(buffer.size());
+  }
   if (received >= 0) {
     from = {static_cast<std::uint32_t>(address.sin_addr.s_addr), ntohs(address.sin_port)};
   }

@@ -1,0 +1,25 @@
+# Cross-builds what is free of Qt for 64-bit Windows: MinGW-w64 with POSIX threads, everything static.
+# tools/windows-libraries.sh provides the libraries.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(host x86_64-w64-mingw32)
+set(CMAKE_C_COMPILER ${host}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${host}-g++-posix)
+set(CMAKE_RC_COMPILER ${host}-windres)
+
+set(VARKEL_WINDOWS_LIBRARIES ${CMAKE_CURRENT_LIST_DIR}/../build/windows-libraries)
+set(CMAKE_FIND_ROOT_PATH /usr/${host} ${VARKEL_WINDOWS_LIBRARIES})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+# Windows 10's interface.
+set(CMAKE_C_FLAGS_INIT "-D_WIN32_WINNT=0x0A00")
+set(CMAKE_CXX_FLAGS_INIT "-D_WIN32_WINNT=0x0A00")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
+
+find_program(VARKEL_WINE NAMES wine64 PATHS /usr/lib/wine)
+if(VARKEL_WINE)
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${VARKEL_WINE})
+endif()

@@ -1,0 +1,78 @@
+#!/usr/bin/env bash
+# Provides the libraries of the Windows cross-build, once: OpenSSL and libcsv are built from Debian's source
+# packages, what consists of headers is linked to. Everything goes to build/windows-libraries.
+# Needs what packages-windows.txt lists, and a package list that names sources (it makes one of its own).
+set -Eeuo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+prefix=$PWD/build/windows-libraries
+host=x86_64-w64-mingw32
+stamp=$prefix/complete-1
+if [ -e "$stamp" ]; then
+  echo "Windows libraries: $prefix is complete."
+  exit 0
+fi
+work=$prefix/work
+rm -rf "$work"
+mkdir -p "$work" "$prefix/include" "$prefix/lib"
+log=$prefix/build.log
+: >"$log"
+exec 4>&2
+trap 'tail -n 30 "$log" >&4' ERR
+
+# The machine's own package servers, asked for sources, with lists and state of our own: nothing of the
+# machine's configuration changes, and no rights are needed.
+list_sources() {
+  local apt=$work/apt
+  mkdir -p "$apt/parts" "$apt/lists/partial" "$apt/cache/archives/partial"
+  if [ -e /etc/apt/sources.list.d/debian.sources ]; then
+    sed 's/^Types:.*/Types: deb-src/' /etc/apt/sources.list.d/debian.sources >"$apt/parts/debian.sources"
+  fi
+  if [ -e /etc/apt/sources.list ]; then
+    sed -n 's/^deb /deb-src /p' /etc/apt/sources.list >"$apt/parts/debian.list"
+  fi
+  options=(-o Dir::Etc::sourcelist=/dev/null -o Dir::Etc::sourceparts="$apt/parts"
+    -o Dir::State::lists="$apt/lists" -o Dir::Cache="$apt/cache" -o APT::Sandbox::User=root)
+  apt-get "${options[@]}" update
+}
+
+# fetch PACKAGE: unpacks its newest source that the server still has.
+fetch() {
+  local version
+  for version in $(apt-cache "${options[@]}" showsrc "$1" | sed -n 's/^Version: //p' | sort -rVu); do
+    (cd "$work" && apt-get "${options[@]}" source "$1=$version") && return
+  done
+  return 1
+}
+
+build_libcsv() {
+  local folder
+  folder=$(echo "$work"/libcsv-*/)
+  $host-gcc -O2 -c "$folder/libcsv.c" -I"$folder" -o "$work/libcsv.o"
+  $host-ar rcs "$prefix/lib/libcsv.a" "$work/libcsv.o"
+  cp "$folder/csv.h" "$prefix/include/"
+}
+
+# The folders that end up in the library stay its defaults for Windows: none of this machine's.
+build_openssl() {
+  cd "$work"/openssl-*/
+  ./Configure mingw64 no-shared no-tests no-engine no-legacy --cross-compile-prefix=$host-
+  make -j"$(nproc)" build_libs
+  cp libssl.a libcrypto.a "$prefix/lib/"
+  cp -r include/openssl "$prefix/include/"
+  cd - >/dev/null
+}
+
+echo "Windows libraries: fetching sources and building, some minutes (log: $log)"
+{
+  list_sources
+  fetch libcsv
+  fetch openssl
+  build_libcsv
+  build_openssl
+  for headers in spdlog fmt CLI; do
+    ln -sfn "/usr/include/$headers" "$prefix/include/$headers"
+  done
+} >>"$log" 2>&1 </dev/null
+rm -rf "$work"
+touch "$stamp"
+echo "Windows libraries: complete in $prefix."
