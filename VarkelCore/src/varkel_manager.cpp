@@ -238,12 +238,20 @@ void VarkelManager::CheckConnectionInBackground() {
 }
 
 void VarkelManager::Stop() {
-  const bool network = d_->connect_type == varkel::kNetwork;
-  d_->EndConnections();
+  const int type = d_->connect_type;
+  if (type != varkel::kNetwork && type != varkel::kSerialLines && type != varkel::kKtcToSmallSensor) {
+    emit sendLogMessage(QStringLiteral("connect type is not support"), QStringLiteral("INFO"));
+    return;
+  }
+  try {
+    d_->EndConnections();
+  } catch (const std::exception&) {
+    std::cout << "stop error\n" << std::flush;
+  }
   d_->connect_type = varkel::ConnectTypeOf(d_->selection.model_name());  // the next connection is the model's
-  if (network) d_->edits.Clear();
+  if (type == varkel::kNetwork) d_->edits.Clear();
   emit isConnectedChanged();
-  if (network) {
+  if (type == varkel::kNetwork) {
     emit myMapChanged();
     d_->fov.ResetOnDisconnect();
   } else {
