@@ -251,6 +251,7 @@ struct TransferFault {
 
 TEST_P(EveryWay, MisbehavesByNameInATransfer) {
   const std::vector<TransferFault> table = {
+      {"ota:1=late:700", 0, 3},
       {"ota:1=error:9", 9, 0},
       {"ota:2=error:7#3", 7, 2},
       {"ota:3=error", 1, 3},
