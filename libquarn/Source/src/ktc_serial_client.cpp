@@ -26,8 +26,8 @@ int KtcSerialClient::ExchangeOta(std::uint32_t first, std::uint32_t second,
   return result;
 }
 
-int KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint8_t> request,
-                            std::uint32_t timeout_ms, std::vector<std::uint8_t>& frame) {
+int KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint8_t> request, std::uint32_t timeout_ms,
+                            std::vector<std::uint8_t>& frame) {
   if (!client_ || !client_->IsOpen()) {
     return kNotSent;
   }
