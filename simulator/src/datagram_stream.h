@@ -20,8 +20,8 @@ inline constexpr double kSlowestStream = 0.001;
 
 struct StreamOptions {
   std::string address{};    ///< where to, one receiver or a multicast group; dotted IP version 4 text
-  std::uint16_t port = 0;   ///< the receivers' port
   std::string local{};      ///< address of the interface to send from; empty: the system's choice
+  std::uint16_t port = 0;   ///< the receivers' port
   std::uint8_t hops = 1;    ///< routers on the way to a group, and one; 0: this machine only
   std::size_t size = 1024;  ///< bytes a datagram
   double rate = 1000;       ///< datagrams a second, at least kSlowestStream; 0: as fast as it goes

@@ -4,6 +4,7 @@
 #include <openssl/ssl.h>
 
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 #include "libquarn/KtcClient/src/tls_session.h"
@@ -33,11 +34,17 @@ int RefusePassPhrase(char* /*buffer*/, int /*size*/, int /*for_writing*/, void* 
   return -1;
 }
 
+/// Why the library's last call failed, in its words or the system's. The later errors only say what the
+/// first one has led to.
+std::string FirstReason() {
+  const unsigned long error = ERR_peek_error();
+  if (ERR_SYSTEM_ERROR(error)) return std::generic_category().message(ERR_GET_REASON(error));
+  const char* const reason = ERR_reason_error_string(error);
+  return reason == nullptr ? "unknown reason" : reason;
+}
+
 void Require(bool usable, const std::string& what) {
-  if (usable) return;
-  const char* const reason = ERR_reason_error_string(ERR_peek_last_error());
-  throw std::runtime_error(what + " can't be used" +
-                           (reason == nullptr ? std::string() : std::string(": ") + reason) + ".");
+  if (!usable) throw std::runtime_error(what + " can't be used: " + FirstReason() + ".");
 }
 
 void AskForClientCertificates(SSL_CTX* context, const TlsOptions& options) {

@@ -56,8 +56,8 @@ TEST_P(DatagramStreamTest, ArrivesWholeAndAtItsRate) {
   std::unique_ptr<DatagramStream> stream;
   const auto elapsed = TimeOf([&] {
     stream = std::make_unique<DatagramStream>(StreamOptions{.address = group.empty() ? kLoopback : group,
-                                                            .port = port,
                                                             .local = kLoopback,
+                                                            .port = port,
                                                             .hops = 0,
                                                             .size = 1500,
                                                             .rate = kRate,
@@ -100,8 +100,8 @@ TEST(DatagramStream, RefusesWhatItCanNotSend) {
   const StreamOptions cases[] = {
       {.address = "sensor", .port = 1},
       {.address = kLoopback, .port = 0},
-      {.address = kLoopback, .port = 1, .local = "127.0.0"},
-      {.address = kLoopback, .port = 1, .local = "192.0.2.1"},
+      {.address = kLoopback, .local = "127.0.0", .port = 1},
+      {.address = kLoopback, .local = "192.0.2.1", .port = 1},
       {.address = kLoopback, .port = 1, .size = kSmallestStreamDatagram - 1},
       {.address = kLoopback, .port = 1, .size = kLargestStreamDatagram + 1},
       {.address = kLoopback, .port = 1, .rate = -1},

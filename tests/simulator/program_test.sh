@@ -47,7 +47,7 @@ kill "$sensor"
 wait "$sensor" || fail "status $? of the sensor with a stream"
 grep -q '^datagrams: [0-9]*[1-9][0-9]* sent' "$work/out" || fail "no count of datagrams"
 refuses '"127.0.0.1".*no IP version 4 address and port' --stream 127.0.0.1:99999
-refuses 'The certificate in "absent.pem"' --tls --certificate absent.pem --key absent.key
+refuses 'The certificate in "absent.pem".*No such file' --tls --certificate absent.pem --key absent.key
 
 # The model without a network: two lines, reached through links that go with the sensor.
 touch "$work/file"

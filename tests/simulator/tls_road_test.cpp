@@ -85,18 +85,16 @@ std::string TlsRoadTest::folder_;
 
 TEST_F(TlsRoadTest, MeetsClientsGoodAndBad) {
   const struct {
-    std::string ca;
-    bool required;
-    std::string identity, client_ca;
-    bool exchanges;
+    std::string ca, identity, client_ca;
+    bool required, exchanges;
   } cases[] = {
-      {"", false, "", "ca.pem", true},
-      {"", false, "client", "ca.pem", true},
-      {"", false, "", "other-ca.pem", false},
-      {"ca.pem", false, "", "ca.pem", true},
-      {"ca.pem", true, "client", "ca.pem", true},
-      {"ca.pem", true, "", "ca.pem", false},
-      {"other-ca.pem", false, "client", "ca.pem", false},
+      {"", "", "ca.pem", false, true},
+      {"", "client", "ca.pem", false, true},
+      {"", "", "other-ca.pem", false, false},
+      {"ca.pem", "", "ca.pem", false, true},
+      {"ca.pem", "client", "ca.pem", true, true},
+      {"ca.pem", "", "ca.pem", true, false},
+      {"other-ca.pem", "client", "ca.pem", false, false},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.ca + " " + c.identity + " " + c.client_ca);
