@@ -31,11 +31,6 @@ QQuickItem* FindBelow(QQuickItem* item, const QString& name) {
 
 }  // namespace
 
-std::vector<std::function<std::unique_ptr<QObject>()>>& TestObjects() {
-  static std::vector<std::function<std::unique_ptr<QObject>()>> objects;
-  return objects;
-}
-
 Desk::Desk(std::vector<std::string> misbehaviours, const QString& start_model)
     : sensor({.table_path = "./Config/varID/Quenta.csv", .misbehaviours = std::move(misbehaviours)}),
       manager(new VarkelManager(true, "./Config/varID/Quenta.csv")),

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <QObject>
 #include <QQuickItem>
 #include <QQuickView>
-#include <QTest>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,16 +9,7 @@
 #include "VarkelCore/src/varkel_manager.h"
 #include "app/src/main_window.h"
 #include "simulator/src/simulated_sensor.h"
-
-/// Every test object of the program; a test file registers its own.
-std::vector<std::function<std::unique_ptr<QObject>()>>& TestObjects();
-
-template <typename Test>
-struct RegisterTest {
-  RegisterTest() {
-    TestObjects().push_back([] { return std::make_unique<Test>(); });
-  }
-};
+#include "tests/support/qt_test.h"
 
 /// The program's window, a simulated sensor and a user who finds controls by name.
 class Desk {
