@@ -94,7 +94,7 @@ TEST(MarvoPackage, ExtractsWithinThePackage) {
     const auto extracted = ExtractComponent(package, {c.name, 0, c.range.offset, c.range.size, true});
     EXPECT_EQ(extracted.out_of_range, c.out_of_range) << c.name << " " << c.range.offset;
     ASSERT_EQ(extracted.data.size(), c.size) << c.name << " " << c.range.offset;
-    if (c.size > 0) EXPECT_EQ(extracted.data.data(), package.data() + 56 + c.begin);
+    EXPECT_TRUE(c.size == 0 || extracted.data.data() == package.data() + 56 + c.begin) << c.name;
   }
 }
 

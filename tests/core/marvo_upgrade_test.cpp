@@ -84,71 +84,56 @@ TEST(MarvoUpgrade, OtherPartitionAndNothingToSend) {
   const Lines lines = on_b.Run(FullMarvoPackage());
   EXPECT_EQ(lines[3], "INFO Marvo upgrade: current partition=B");
   EXPECT_EQ(lines[5], "INFO Marvo upgrade: sending BMB_APP_A (type=0x02, size=1500)");
-
   Bench none;
-  const Lines end = none.Run(MarvoPackage(1, {{{0, 100}}}, 100));
-  EXPECT_EQ(end.back(), "disconnect");
+  EXPECT_EQ(none.Run(MarvoPackage(1, {{{0, 100}}}, 100)).back(), "disconnect");
   EXPECT_EQ(none.claimed.total, 0);
   EXPECT_TRUE(none.link.ktc->frames.empty());
 }
 
 TEST(MarvoUpgrade, EveryFailureEndsTheRunFirst) {
   struct Case {
-    const char* name;
-    std::function<void(Bench&)> fault;
     Lines end;  ///< the last lines
-    Bytes package = FullMarvoPackage();
+    Bytes package;
+    std::size_t failing_rate = 0;
+    int mode_result = 0;
+    bool has_exchange = true;
+    int ota_result = 0;
+    std::uint8_t fpga_status = 0;
   };
-  const auto params_at = [](test::Range range) { return MarvoPackage(16, {{{}, {}, {}, {}, range}}, 100); };
-  const auto nothing = [](Bench&) {};
-  Bytes wrong_magic = FullMarvoPackage();
+  const Bytes full = FullMarvoPackage();
+  Bytes wrong_magic = full;
   wrong_magic[3] = 'B';
+  const auto params_at = [](test::Range range) { return MarvoPackage(16, {{{}, {}, {}, {}, range}}, 100); };
   const std::string kInvalid = "error: Invalid Marvo OTA upgrade package";
+  const std::string kFailed = "error: Marvo upgrade: ";
   const std::string kNoRoom = "INFO Component TMB_PARAM data out of range";
+  const std::string kApp = "Marvo upgrade: BMB_APP_B failed, error=-1";
+  const std::string kFpga = "Marvo upgrade: BMB_FPGA failed, error=9";
   const std::vector<Case> cases = {
-      {"too short", nothing, {"end", kInvalid}, Bytes(55)},
-      {"magic", nothing, {"INFO Invalid OTA package magic", "end", kInvalid}, wrong_magic},
-      {"first rate",
-       [](Bench& b) { b.failing_rate = 1; },
-       {"rate", "end", "error: Marvo upgrade: set baudrate failed"}},
-      {"mode",
-       [](Bench& b) { b.mode_result = -3; },
-       {"change mode", "end", "error: Marvo upgrade: change mode failed"}},
-      {"no exchange",
-       [](Bench& b) { b.link.ktc = nullptr; },
-       {"rate", "end", "error: Marvo upgrade: change mode failed"}},
-      {"second rate",
-       [](Bench& b) { b.failing_rate = 2; },
-       {"rate", "end", "error: Marvo upgrade: set upgrade baudrate failed"}},
-      {"out of range",
-       nothing,
-       {kNoRoom, kNoRoom, "end", "error: Marvo upgrade: failed to extract TMB_PARAM"},
-       params_at({0, 101})},
-      {"wrapping",
-       nothing,
-       {"rate", "end", "error: Marvo upgrade: failed to extract TMB_PARAM"},
-       params_at({0xFFFFFFF0, 32})},
-      {"second component refused",
-       [](Bench& b) {
-         b.link.ktc->on_ota = [](const Frame& frame, quarn::lidar::OtaReply& reply) {
-           if (frame.type == 0x11 && frame.second == 1) reply.status = 9;
-           return 0;
-         };
-       },
-       {"INFO Marvo upgrade: sending BMB_FPGA (type=0x01, size=1976)", "end",
-        "error: Marvo upgrade: BMB_FPGA failed, error=9", "INFO Marvo upgrade: BMB_FPGA failed, error=9"}},
-      {"line broken",
-       [](Bench& b) { b.link.ktc->on_ota = [](const Frame&, quarn::lidar::OtaReply&) { return -1; }; },
-       {"end", "error: Marvo upgrade: BMB_APP_B failed, error=-1",
-        "INFO Marvo upgrade: BMB_APP_B failed, error=-1"}},
+      {{"end", kInvalid}, Bytes(55)},
+      {{"INFO Invalid OTA package magic", "end", kInvalid}, wrong_magic},
+      {{"rate", "end", kFailed + "set baudrate failed"}, full, 1},
+      {{"change mode", "end", kFailed + "change mode failed"}, full, 0, -3},
+      {{"rate", "end", kFailed + "change mode failed"}, full, 0, 0, false},
+      {{"rate", "end", kFailed + "set upgrade baudrate failed"}, full, 2},
+      {{kNoRoom, kNoRoom, "end", kFailed + "failed to extract TMB_PARAM"}, params_at({0, 101})},
+      {{"rate", "end", kFailed + "failed to extract TMB_PARAM"}, params_at({0xFFFFFFF0, 32})},
+      {{"end", "error: " + kApp, "INFO " + kApp}, full, 0, 0, true, -1},
+      {{"end", "error: " + kFpga, "INFO " + kFpga}, full, 0, 0, true, 0, 9},
   };
   for (const Case& c : cases) {
     Bench bench;
-    c.fault(bench);
+    bench.failing_rate = c.failing_rate;
+    bench.mode_result = c.mode_result;
+    bench.link.ktc->on_ota = [&c](const Frame& frame, quarn::lidar::OtaReply& reply) {
+      if (frame.type == 0x11 && frame.second == 1) reply.status = c.fpga_status;
+      return c.ota_result;
+    };
+    if (!c.has_exchange) bench.link.ktc = nullptr;
     const Lines lines = bench.Run(c.package);
-    ASSERT_GE(lines.size(), c.end.size()) << c.name;
-    EXPECT_EQ(Lines(lines.end() - static_cast<std::ptrdiff_t>(c.end.size()), lines.end()), c.end) << c.name;
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "end"), 1) << c.name;
+    ASSERT_GE(lines.size(), c.end.size());
+    EXPECT_EQ(Lines(lines.end() - static_cast<std::ptrdiff_t>(c.end.size()), lines.end()), c.end);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "end"), 1) << c.end.back();
   }
 }
 
