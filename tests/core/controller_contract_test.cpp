@@ -1,12 +1,10 @@
 #include <QMetaMethod>
-#include <QMetaProperty>
 
 #include "tests/core/core_test.h"
 
 namespace {
 
-// What hosts and QML rely on: the controller's signals by number, its invokables in their order, and every
-// property with its notifier ("=" in front of those that can be written).
+// What hosts rely on: the controller's signals by number and its invokables in their order.
 constexpr char kSignals[] =
     "isConnectedChanged() lidarModelChanged() lidarClearModel() lidarShowModel() myMapChanged() "
     "fovConfigChanged() isUpgradingChanged() sendCommandHistoryChanged() errorMessageChanged() "
@@ -34,21 +32,6 @@ constexpr char kInvokables[] =
     "QVariantList ZeltoGetDestinationConfig();bool ZeltoSetDestinationIPandPort(QString,int);"
     "void ZeltoSetUpgradeMode(int);void MarvoSetIMURange(int,int);QString getVMNowName();"
     "bool isTimerUpdate(int,int,int);";
-constexpr char kProperties[] =
-    "QVariantList myMap myMapChanged;QString =ip_address initInfoChanged;QString =udpPort initInfoChanged;"
-    "QString =port initInfoChanged;QString =serial_port_485 initInfoChanged;"
-    "QString =serial_port_232 initInfoChanged;QString =baud_rate initInfoChanged;"
-    "QString errorMessage errorMessageChanged;QString successMessage successMessageChanged;"
-    "QString SendKtcCommandReturnHeader sendCommandHistoryChanged;"
-    "QString SendKtcCommandReturnPayload sendCommandHistoryChanged;"
-    "int CommandLogCnt sendCommandHistoryChanged;QVariantList SendCommandHistory sendCommandHistoryChanged;"
-    "bool IsConnected isConnectedChanged;QVariantList FovList fovConfigChanged;"
-    "bool IsUpgrading isUpgradingChanged;bool =IsDownloadLog isDownloadLogChanged;"
-    "QVariantList LidarModelList lidarModelListChanged;int upgradeProgress ;int upgradeProgressTotalLen ;"
-    "int connectType connectTypeChanged;QVariantList level1List lidarModelChanged;"
-    "QVariantList level2List lidarModelChanged;QVariantList ZeltoLidarInfo zeltoLidarInfoChanged;"
-    "QVariantList ZeltoLidarVersionInfo zeltoLidarInfoChanged;bool isGetPBLVersion isGetPBLVersionChanged;"
-    "QVariantList logRepeaterModel lidarModelChanged";
 
 class ControllerContractTest : public QObject {
   Q_OBJECT
@@ -68,18 +51,6 @@ class ControllerContractTest : public QObject {
       invokables += QByteArray(method.typeName()) + ' ' + method.methodSignature() + ';';
     }
     QCOMPARE(invokables.left(int{sizeof(kInvokables) - 1}), QByteArray(kInvokables));
-  }
-
-  void PropertiesKeepTheirNotifiers() {
-    const QMetaObject& meta = VarkelManager::staticMetaObject;
-    for (const QByteArray& wanted : QByteArray(kProperties).split(';')) {
-      const QByteArray name = wanted.split(' ')[1];
-      const QMetaProperty property = meta.property(meta.indexOfProperty(name.mid(name.startsWith('='))));
-      QVERIFY2(property.isReadable(), wanted);
-      QCOMPARE(QByteArray(property.typeName()) + (property.isWritable() ? " =" : " ") + property.name() +
-                   ' ' + property.notifySignal().name(),
-               wanted);
-    }
   }
 };
 

@@ -70,22 +70,19 @@ class FirmwareUpgradeTest : public QObject {
     QVERIFY(bench_->errors.isEmpty());
   }
 
-  void RestartAndReset_data() {
-    const Table<bool, QString, QString, bool> row("restart", "misbehaviour", "error", "connected");
-    row("restart", true, "", "", false);
-    row("restart refused", true, "0x10=error:4",
-        "Auto reboot failed, ret_code: 4. Please reboot lidar manually.", true);
-    row("reset", false, "", "", true);
-    row("reset refused", false, "0x25=error:4", "Reset failed, ret_code: 4.", true);
-  }
   void RestartAndReset() {
-    QFETCH(QString, misbehaviour);
-    QFETCH(QString, error);
-    if (!misbehaviour.isEmpty()) bench_->sensor->Misbehave(misbehaviour.toStdString());
-    QFETCH(bool, restart);
-    QCOMPARE(restart ? bench_->manager->Restart() : bench_->manager->Reset(), error.isEmpty() ? 0 : 4);
-    if (!error.isEmpty()) QCOMPARE(bench_->NextError(), error);
-    QTEST(bench_->manager->IsConnected(), "connected");
+    VarkelManager& manager = *bench_->manager;
+    for (const char* refusal : {"0x25=error:4", "0x10=error:4"}) bench_->sensor->Misbehave(refusal);
+    QCOMPARE(manager.Reset(), 4);
+    QCOMPARE(bench_->NextError(), "Reset failed, ret_code: 4.");
+    QCOMPARE(manager.Restart(), 4);
+    QCOMPARE(bench_->NextError(), "Auto reboot failed, ret_code: 4. Please reboot lidar manually.");
+    bench_->sensor->Behave();
+    QCOMPARE(manager.Reset(), 0);
+    QVERIFY(manager.IsConnected());
+    init();
+    QCOMPARE(bench_->manager->Restart(), 0);
+    QVERIFY(!bench_->manager->IsConnected());
   }
 
   void ClosingDuringATransferIsQuick() {

@@ -119,35 +119,5 @@ TEST(MarvoPackage, HostilePackagesStayInside) {
   }
 }
 
-TEST(MarvoPackage, SamplesAreWhatTheirNamesSay) {
-  using Fault = MarvoPackageFault;
-  struct Case {
-    const char* name;
-    std::vector<std::size_t> sizes;  ///< extracted from, on partition A
-    Fault fault = Fault::kNone;
-  };
-  const std::vector<Case> cases = {{"full", {2500, 3072, 1024, 100}},
-                                   {"only-app-a", {}},
-                                   {"only-app-b", {2000}},
-                                   {"params", {1024}},
-                                   {"small-fpga", {1, 1024}},
-                                   {"no-component", {}},
-                                   {"too-small", {}, Fault::kTooShort},
-                                   {"wrong-magic", {}, Fault::kWrongMagic},
-                                   {"cut-off", {2500, 0, 0, 0}},
-                                   {"offset-beyond-end", {0}},
-                                   {"wrapping-range", {0}}};
-  for (const Case& c : cases) {
-    const Bytes package = test::SampleMarvoPackage(c.name);
-    OtaPackageHeader header;
-    EXPECT_EQ(ParseMarvoPackage(package, header), c.fault) << c.name;
-    std::vector<std::size_t> sizes;
-    for (const OtaComponent& component : ComponentsToSend(header, Partition::kA)) {
-      sizes.push_back(ExtractComponent(package, component).data.size());
-    }
-    EXPECT_EQ(sizes, c.sizes) << c.name;
-  }
-}
-
 }  // namespace
 }  // namespace varkel

@@ -82,17 +82,6 @@ class PageReadingTest : public QObject {
     QVERIFY(!bench.manager->UpdateSingleVarInfo("no such variable"));
   }
 
-  void FieldOfViewIsRead() {
-    Bench bench;
-    QVERIFY(bench.ConnectOn());
-    QSignalSpy fov_changed(bench.manager.get(), &VarkelManager::fovConfigChanged);
-    bench.manager->GetLidarModuleInfo(5);
-    QCOMPARE(fov_changed.count(), 1);
-    QCOMPARE(bench.manager->FovList().size(), 10);
-    bench.manager->Stop();
-    for (int i = 0; i < 4; ++i) QCOMPARE(bench.manager->FovList()[i], "0.0");
-  }
-
   void NewestRequestInTheBackgroundWins() {
     Bench bench({"0x07=late:300"});
     QVERIFY(bench.ConnectOn());

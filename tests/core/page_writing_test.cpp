@@ -145,7 +145,7 @@ class PageWritingTest : public QObject {
     QCOMPARE(sent, (Bytes{0x01, 0x00, 0x01, 0x02}));
   }
 
-  void FieldOfViewIsWritten() {
+  void FieldOfViewIsReadAndWritten() {
     QSignalSpy fov_changed(bench_->manager.get(), &VarkelManager::fovConfigChanged);
     for (const char* bad : {"x", "360.1", "-1", "nan"}) {
       bench_->manager->SetMultiFovConfig(0, bad);
@@ -168,6 +168,13 @@ class PageWritingTest : public QObject {
     bench_->manager->SetMultiFovConfig(1, "46");
     bench_->manager->Run(5);
     QCOMPARE(bench_->NextError(), "Set Failed: set channel fov failed");
+    bench_->manager->Stop();
+    QCOMPARE(bench_->manager->FovList()[1], "0.0");
+    QVERIFY(bench_->ConnectOn());
+    fov_changed.clear();
+    bench_->manager->GetLidarModuleInfo(5);
+    QCOMPARE(fov_changed.count(), 1);
+    QCOMPARE(bench_->manager->FovList()[1], "45.5");
   }
 
   void RefusedBeforeAnythingIsSent() {

@@ -32,24 +32,21 @@ std::unique_ptr<varkel::ConfigParser> OneVariable(const QString& type, const QSt
 class RangeCheckTest : public QObject {
   Q_OBJECT
  private slots:
-  void SingleCheck_data() {
-    const Table<QString, QString, QString, bool> row("range", "set_coefficient", "value", "within");
-    row("below", "1~100", "", "0", false);
-    row("truncated to the highest", "1~100", "", "100.9", true);
-    row("above", "1~100", "", "101", false);
-    row("a zero bound is no range", "0~100", "", "500", true);
-    row("scaled", "1~100", "10", "20", false);
-    row("negative range", "-10~-1", "", "-10.9", true);
-    row("no number", "1~100", "", "x", false);
-    row("too large a number", "1~100", "", "1e99", false);
-  }
   void SingleCheck() {
-    QFETCH(QString, range);
-    QFETCH(QString, set_coefficient);
-    QFETCH(QString, value);
-    const auto catalogue = OneVariable("float32", range, set_coefficient, value);
-    QTEST(varkel::IsWithinRange(*catalogue, catalogue->FindByName("Value"), "Value"), "within");
-    QVERIFY(varkel::IsWithinRange(*catalogue, nullptr, "unknown"));  // never blocks a write
+    const struct {
+      const char* range;
+      const char* value;
+      bool within;
+      const char* set_coefficient = "";
+    } cases[] = {{"1~100", "0", false},        {"1~100", "100.9", true},  // truncated to the highest
+                 {"1~100", "101", false},      {"0~100", "500", true},    // a zero bound is no range
+                 {"1~100", "20", false, "10"}, {"-10~-1", "-10.9", true},
+                 {"1~100", "x", false},        {"1~100", "1e99", false}};
+    for (const auto& [range, value, within, set_coefficient] : cases) {
+      const auto catalogue = OneVariable("float32", range, set_coefficient, value);
+      QVERIFY2(varkel::IsWithinRange(*catalogue, catalogue->FindByName("Value"), "Value") == within, value);
+      QVERIFY(varkel::IsWithinRange(*catalogue, nullptr, "unknown"));  // never blocks a write
+    }
   }
 
   void PageCheck() {

@@ -196,15 +196,13 @@ TEST(KtcForSerial, ConnectsTalksAndDisconnects) {
 }
 
 TEST(KtcForSerial, SaysWhyItDoesNotConnect) {
-  const std::string kReason = "ERROR Connection Error: ";
-  for (const auto& [port, reason] : {std::pair{"1", "TCP connection failed."},
-                                     {"abc", "invalid stoi argument"},
-                                     {"99999999999", "stoi argument out of range"}}) {
+  for (const auto& [port, reason] :
+       {std::pair{"1", "TCP connection failed."}, {"abc", "invalid stoi argument"}}) {
     KtcBench bench;
     bench.settings.port = port;
     bench.Connect();
-    EXPECT_EQ(bench.report.Take(),
-              (Lines{"error: Connection Failed. Please check your network settings.", kReason + reason}));
+    EXPECT_EQ(bench.report.Take(), (Lines{"error: Connection Failed. Please check your network settings.",
+                                          std::string("ERROR Connection Error: ") + reason}));
     EXPECT_FALSE(bench.connection.is_connected() || bench.connection.is_connecting());
   }
 }

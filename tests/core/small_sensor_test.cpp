@@ -160,19 +160,20 @@ TEST(SmallSensor, SavesTheCorrectionFile) {
 }
 
 TEST(SmallSensor, ReadsFunctionSafety) {
-  struct Case {
-    Bytes reply;
-    Lines texts;  ///< empty: refused
-  };
-  for (const Case& c :
-       {Case{{8, 0xA1, 0}, {"Normal"}}, Case{{8, 0xA1, 1, 0x0A, 0x00}, {"Warning", "0x000A"}},
-        Case{{8, 0xA1, 2, 0x34, 0x12, 0xFF, 0xFF, 9}, {"Shutdown", "0x1234", "0xFFFF"}},
-        Case{{8, 0xA1, 3}, {"3"}}, Case{{8, 0xA2, 0}, {}}, Case{{8, 0xA1}, {}}, Case{{7, 0xA1, 0}, {}}}) {
+  const auto safety = [](const Bytes& reply) {
     Bench bench;
-    bench.Answer(c.reply);
-    EXPECT_EQ(bench.sensor.GetLidarFunctionSafety(), c.texts);
+    bench.Answer(reply);
+    const Lines texts = bench.sensor.GetLidarFunctionSafety();
     EXPECT_EQ(bench.Sent(), (std::vector<Command>{{2, {8}}}));
-    EXPECT_EQ(bench.report.Take(), c.texts.empty() ? Failure("get function safety error, ret:-2") : Lines{});
+    EXPECT_EQ(bench.report.Take(), texts.empty() ? Failure("get function safety error, ret:-2") : Lines{});
+    return texts;
+  };
+  EXPECT_EQ(safety({8, 0xA1, 0}), Lines{"Normal"});
+  EXPECT_EQ(safety({8, 0xA1, 1, 0x0A, 0x00}), (Lines{"Warning", "0x000A"}));
+  EXPECT_EQ(safety({8, 0xA1, 2, 0x34, 0x12, 0xFF, 0xFF, 9}), (Lines{"Shutdown", "0x1234", "0xFFFF"}));
+  EXPECT_EQ(safety({8, 0xA1, 3}), Lines{"3"});
+  for (const Bytes& reply : {Bytes{8, 0xA2, 0}, Bytes{8, 0xA1}, Bytes{7, 0xA1, 0}}) {
+    EXPECT_EQ(safety(reply), Lines{});
   }
 }
 
@@ -229,27 +230,23 @@ TEST(SmallSensor, ReadsAndSetsTheDestination) {
 }
 
 TEST(SmallSensor, SetsTheImuRange) {
-  struct Case {
-    int angular;
-    int accel;
-    Bytes payload;
-    Lines lines = {"success: IMU range set successfully"};
-    Bytes reply = {11, 0, 0, 0};
-  };
-  const Lines angular = {"error: Invalid angular range index"};
-  const Lines accel = {"error: Invalid acceleration range index"};
-  const Lines odd_reply = Failure("set IMU range error, ret:-2");
-  for (const Case& c :
-       {Case{0, 0, {11, 0, 0}}, Case{4, 2, {11, 4, 2}}, Case{5, 3, {11, 8, 3}}, Case{6, 9, {}, angular},
-        Case{-1, 0, {}, angular}, Case{0, 4, {}, accel}, Case{0, -1, {}, accel},
-        Case{0, 0, {11, 0, 0}, odd_reply, {11, 0, 0}}, Case{0, 0, {11, 0, 0}, odd_reply, {11, 0, 0, 0, 0}},
-        Case{0, 0, {11, 0, 0}, odd_reply, {10, 0, 0, 0}}}) {
+  const auto told = [](int angular, int accel, const Bytes& sent, const Bytes& reply = {11, 0, 0, 0}) {
     Bench bench;
-    bench.Answer(c.reply);
-    bench.sensor.SetImuRange(c.angular, c.accel);
-    EXPECT_EQ(bench.report.Take(), c.lines) << c.angular;
-    EXPECT_EQ(bench.Sent(),
-              c.payload.empty() ? std::vector<Command>{} : (std::vector<Command>{{2, c.payload}}));
+    bench.Answer(reply);
+    bench.sensor.SetImuRange(angular, accel);
+    EXPECT_EQ(bench.Sent(), sent.empty() ? std::vector<Command>{} : (std::vector<Command>{{2, sent}}));
+    return bench.report.Take();
+  };
+  const Lines kDone = {"success: IMU range set successfully"};
+  EXPECT_EQ(told(0, 0, {11, 0, 0}), kDone);
+  EXPECT_EQ(told(4, 2, {11, 4, 2}), kDone);
+  EXPECT_EQ(told(5, 3, {11, 8, 3}), kDone);
+  EXPECT_EQ(told(6, 9, {}), Lines{"error: Invalid angular range index"});
+  EXPECT_EQ(told(-1, 0, {}), Lines{"error: Invalid angular range index"});
+  EXPECT_EQ(told(0, 4, {}), Lines{"error: Invalid acceleration range index"});
+  EXPECT_EQ(told(0, -1, {}), Lines{"error: Invalid acceleration range index"});
+  for (const Bytes& reply : {Bytes{11, 0, 0}, Bytes{11, 0, 0, 0, 0}, Bytes{10, 0, 0, 0}}) {
+    EXPECT_EQ(told(0, 0, {11, 0, 0}, reply), Failure("set IMU range error, ret:-2"));
   }
 }
 

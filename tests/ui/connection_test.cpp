@@ -39,15 +39,6 @@ class ConnectionTest : public QObject {
     QTRY_VERIFY(!desk.Has("loadingBar"));
   }
 
-  void LostSensorIsLetGo() {
-    Desk desk;
-    QVERIFY(desk.Connect());
-    emit desk.manager->connectionCheckFinished(true);
-    QVERIFY(desk.manager->IsConnected());
-    emit desk.manager->connectionCheckFinished(false);
-    QTRY_VERIFY(!desk.manager->IsConnected());
-  }
-
   void ImpatientUser() {
     const quarn::test::SilentAddress silent;
     Desk desk;
