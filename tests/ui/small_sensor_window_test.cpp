@@ -117,6 +117,9 @@ class SmallSensorWindowTest : public QObject {
     desk.Choose("zeltoStandbyCombo", 1);
     desk.Press("zeltoStandbySave");
     QTRY_VERIFY(items().standby);
+    desk.Choose("zeltoReturnModeCombo", 1);
+    desk.Press("zeltoReturnModeSave");
+    QTRY_VERIFY(items().last_return);
     desk.Choose("zeltoAngularRangeCombo", 5);
     QVERIFY(succeeds("zeltoImuRangeSave", "IMU range set successfully"));
     QCOMPARE(int(items().angular_range), 8);
