@@ -24,7 +24,7 @@ VarkelManager::Private::Private(VarkelManager* face_in, bool flag, std::string c
     : face(face_in),
       creation_flag(flag),
       config_file_path(std::move(config_path)),
-      settings(settings_file.Load()),
+      settings(settings_file.Load(&settings_fault)),
       connection(*this, {[this] { refresher.Start(); },
                          [this] {
                            Emit(&VarkelManager::myMapChanged);

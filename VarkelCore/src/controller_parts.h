@@ -86,6 +86,7 @@ struct VarkelManager::Private : varkel::UserReport {
   const varkel::SettingsFile settings_file;
 
   // The user interface's thread only.
+  std::string settings_fault;  ///< why the settings are the defaults; filled ahead of them
   varkel::ConnectionSettings settings;
   QString error_message;
   QString success_message;

@@ -158,6 +158,35 @@ TEST(QueryCommand, DrainsWhatAnEarlierExchangeLeft) {
   }
 }
 
+// A peer that sends without pause, from the start or from the first request on.
+int ReturnCodeOfAFlood(bool from_the_start) {
+  const auto listener = platform::TcpListener::Listen("127.0.0.1", 0);
+  std::thread flood([&] {
+    const platform::SocketHandle connection = listener->Accept(5000);
+    const Bytes noise(4096, 0x66);
+    Bytes request(64);
+    int moved = from_the_start ? 1 : platform::ReceiveBytes(connection, request, 0);
+    while (moved > 0) {
+      moved = platform::SendBytes(connection, noise, 0);
+    }
+    platform::CloseSocket(connection);
+  });
+  auto client = MakeClient(listener->port());
+  EXPECT_TRUE(test::Eventually([&] { return client->IsOpen(); }));
+  Bytes result;
+  EXPECT_EQ(client->QueryCommand({}, result, 0x31), -1);
+  const int code = client->LastReturnCode();
+  client.reset();
+  flood.join();
+  return code;
+}
+
+TEST(QueryCommand, EndsBeforeASensorThatSendsWithoutPause) {
+  auto during = std::async(std::launch::async, ReturnCodeOfAFlood, false);
+  EXPECT_EQ(ReturnCodeOfAFlood(true), KtcClient::kNotSent);
+  EXPECT_EQ(during.get(), KtcClient::kNoHeader);
+}
+
 TEST(QueryCommand, TakesALargePayloadAndRefusesALargeRequest) {
   FakePeer peer(
       1, [](const Request& request) { return Answer{FakePeer::Reply(1, request.cmd, Bytes(200000, 0x5A))}; });

@@ -47,15 +47,17 @@ TEST(Logger, WritesLevelPlaceAndTextOnStop) {
   LogFiftyLines(1);
   other.join();
   QUARN_LOG(kError, "braces {} and %s", std::string(5000, 'x').c_str());
+  QUARN_LOG(kError, "%s", "one\n2026-01-01 forged\x1b[2J");
   logger.Stop();
   QUARN_LOG(kError, "after the stop");
 
   const std::string text = Contents(path);
-  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 101);
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 102);
   EXPECT_NE(text.find(" debug tests/quarn/logger_test:"), std::string::npos) << text.substr(0, 200);
   EXPECT_NE(text.find(" line 49 of thread 1, 100%\n"), std::string::npos);
   EXPECT_NE(text.find(" error "), std::string::npos);
   EXPECT_NE(text.find(" braces {} and " + std::string(5000, 'x') + "\n"), std::string::npos);
+  EXPECT_NE(text.find(" one\\n2026-01-01 forged\\x1b[2J\n"), std::string::npos);
   std::filesystem::remove_all(folder);
 }
 

@@ -1,3 +1,5 @@
+#include <sys/resource.h>
+
 #include <QAbstractItemModelTester>
 #include <QClipboard>
 #include <QFile>
@@ -6,6 +8,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <csignal>
 
 #include "app/src/log_model.h"
 
@@ -81,6 +84,19 @@ class LogModelTest : public QObject {
     QVERIFY(file.open(QIODevice::ReadOnly));
     QVERIFY(line.match(file.readAll()).hasMatch());
     QVERIFY(log.save(QUrl::fromLocalFile(folder.filePath("no/such.txt"))).contains("could not be written"));
+
+    // A full disk, for which the largest size of a file stands in: the log saved before is still there.
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit size{};
+    getrlimit(RLIMIT_FSIZE, &size);
+    const rlimit full{8, size.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    const QString error = log.save(QUrl::fromLocalFile(file.fileName()));
+    setrlimit(RLIMIT_FSIZE, &size);
+    QVERIFY2(error.contains("could not be written"), qPrintable(error));
+    file.close();
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(line.match(file.readAll()).hasMatch());
   }
 };
 

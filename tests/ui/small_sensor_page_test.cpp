@@ -6,11 +6,6 @@
 
 #include "tests/ui/ui_test.h"
 
-// The linker drops the resources of a static library unless something names them.
-static void KeepQmlResources() {
-  Q_INIT_RESOURCE(qml);
-}
-
 namespace {
 
 using Call = QPair<QString, QVariantList>;
@@ -76,7 +71,7 @@ QVariantMap Row(const QString& label, const QString& value) {
 class Bench : public User {
  public:
   explicit Bench(const QString& model) {
-    KeepQmlResources();
+    PrepareQml();
     page.rootContext()->setContextProperty("varkel_manager", &controller);
     page.setResizeMode(QQuickView::SizeRootObjectToView);
     page.setInitialProperties({{"selectedModel", model}});

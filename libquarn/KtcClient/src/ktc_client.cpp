@@ -232,7 +232,9 @@ bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> pa
                          std::uint32_t receive_timeout_ms, Reply& reply) {
   std::vector<std::uint8_t> frame;
   parser_.KtcStreamEncode(payload, frame, cmd);
-  DrainStaleInput(transport);
+  if (!DrainStaleInput(transport)) {
+    return false;
+  }
   if (receive_timeout_ms != 0) {
     transport.SetTimeout(receive_timeout_ms, current_send_timeout_ms_);  // the next drain sets it back
   }
@@ -244,13 +246,21 @@ bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> pa
   return true;
 }
 
-// Removes what an earlier, abandoned exchange left behind.
-void KtcClient::DrainStaleInput(ClientBase& transport) {
+// Removes what an earlier, abandoned exchange left behind. False when there is no end to it.
+bool KtcClient::DrainStaleInput(ClientBase& transport) {
   std::array<std::uint8_t, kDrainBlock> stale;
+  const auto limit = Clock::now() + kLongestNoise;
   transport.SetTimeout(kDrainTimeoutMs, kDrainTimeoutMs);
-  while (transport.Receive(stale.data(), static_cast<std::uint32_t>(stale.size()), 0) > 0) {
+  bool ends = true;
+  while (ends && transport.Receive(stale.data(), static_cast<std::uint32_t>(stale.size()), 0) > 0) {
+    ends = Clock::now() < limit;
   }
   transport.SetTimeout(current_receive_timeout_ms_, current_send_timeout_ms_);
+  if (!ends) {
+    QUARN_LOG(log_lib::kWarning, "the sensor sends without pause, the request is not sent.");
+    last_return_code_ = kNotSent;
+  }
+  return ends;
 }
 
 bool KtcClient::SendRequest(ClientBase& transport, std::span<const std::uint8_t> frame) {
@@ -273,6 +283,7 @@ bool KtcClient::SendRequest(ClientBase& transport, std::span<const std::uint8_t>
 // the payload is taken.
 bool KtcClient::ReadHeader(ClientBase& transport, Reply& reply) {
   const GeneralKtcParser& parser = *parser_.parser();
+  std::optional<Clock::time_point> limit;  // from the first noise on
   while (reply.header_size < parser.GetHeaderSize()) {
     const std::span<std::uint8_t> missing =
         std::span(reply.header).subspan(reply.header_size, parser.GetHeaderSize() - reply.header_size);
@@ -288,6 +299,15 @@ bool KtcClient::ReadHeader(ClientBase& transport, Reply& reply) {
       block = block.first(block.size() - noise);
     }
     reply.header_size += block.size();
+    if (reply.header_size == 0) {
+      const auto now = Clock::now();
+      limit = limit.value_or(now + kLongestNoise);
+      if (now > *limit) {
+        QUARN_LOG(log_lib::kWarning, "the sensor sends without pause, but no reply.");
+        last_return_code_ = kNoHeader;
+        return false;
+      }
+    }
   }
   return true;
 }

@@ -30,9 +30,13 @@ class KtcClient {
  public:
   /// What `LastReturnCode` says besides the sensor's own codes (1 to 255; 0 when the wrong command or the
   /// wrong identifier came back).
-  static constexpr std::int32_t kNoHeader = -2;   ///< the reply's header did not come
+  static constexpr std::int32_t kNoHeader = -2;   ///< the reply's header did not come, or only noise did
   static constexpr std::int32_t kNoPayload = -3;  ///< the reply's payload did not come whole
   static constexpr std::int32_t kNotSent = -4;    ///< the request did not go out whole
+
+  /// How long a sensor may go on sending what nobody asked for, before a request or ahead of its reply, until
+  /// the exchange fails. A sensor that sends without pause would otherwise hold it for ever.
+  static constexpr std::chrono::seconds kLongestNoise{5};
 
   /// `client_type`: 0 plain TCP, 1 TLS; others connect nothing. `protocol_version`: 1 or 2. The paths name
   /// PEM files for TLS. Time-outs of an exchange are milliseconds (0 waits without end); the connection is
@@ -119,7 +123,7 @@ class KtcClient {
   // With command_mutex_ held.
   bool Exchange(ClientBase& transport, std::span<const std::uint8_t> payload, std::uint8_t cmd,
                 std::uint32_t receive_timeout_ms, Reply& reply);
-  void DrainStaleInput(ClientBase& transport);
+  bool DrainStaleInput(ClientBase& transport);
   bool SendRequest(ClientBase& transport, std::span<const std::uint8_t> frame);
   bool ReadHeader(ClientBase& transport, Reply& reply);
   bool CheckHeader(const Reply& reply, std::uint8_t cmd);
