@@ -32,7 +32,7 @@ class TlsServer {
 
  private:
   static std::vector<std::string> Command(const std::vector<std::string>& options) {
-    std::vector<std::string> command = {QUARN_OPENSSL_PROGRAM, "s_server", "-accept", "127.0.0.1:0", "-rev"};
+    std::vector<std::string> command = {VARKEL_OPENSSL_PROGRAM, "s_server", "-accept", "127.0.0.1:0", "-rev"};
     command.insert(command.end(), options.begin(), options.end());
     return command;
   }
