@@ -20,12 +20,6 @@ using test::Request;
 
 const std::string kLoopback = "127.0.0.1";
 
-#ifdef _WIN32
-constexpr int kConnectionRefused = 10061;  // the socket's error, which is not the C library's there
-#else
-constexpr int kConnectionRefused = ECONNREFUSED;
-#endif
-
 Answer Echo(const Request& request) {
   return {.bytes = FakePeer::Reply(1, request.cmd, request.payload)};
 }
@@ -92,7 +86,7 @@ TEST(TcpClient, TellsWhyItCannotOpen) {
     std::string try_line, open_line;
   } const cases[] = {
       {"1.2.3", 80, "8 TryOpen inet_pton error:1.2.3", "8 Open inet_pton error:1.2.3"},
-      {kLoopback, ClosedPort(), "", "8 connect failed " + std::to_string(kConnectionRefused)},
+      {kLoopback, ClosedPort(), "", "8 connect failed " + std::to_string(test::kConnectionRefused)},
   };
   for (const auto& c : cases) {
     TcpClient client;

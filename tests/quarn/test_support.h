@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -16,6 +17,12 @@
 #include "tests/support/silent_address.h"
 
 namespace quarn::test {
+
+#ifdef _WIN32
+inline constexpr int kConnectionRefused = 10061;  // the socket's error, which is not the C library's there
+#else
+inline constexpr int kConnectionRefused = ECONNREFUSED;
+#endif
 
 /// How long something that must come may take before the test fails.
 inline constexpr std::chrono::seconds kPatience{10};

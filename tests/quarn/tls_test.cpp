@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <future>
@@ -14,6 +12,7 @@
 #include "libquarn/KtcClient/src/transport_factory.h"
 #include "tests/quarn/test_support.h"
 #include "tests/quarn/tls_server.h"
+#include "tests/support/certificates.h"
 
 namespace quarn::lidar {
 namespace {
@@ -27,21 +26,14 @@ const char kLoopback[] = "127.0.0.1";
 /// The certificates of all tests, made once.
 class Tls : public testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    const std::string made = testing::TempDir() + "varkel-certificates-XXXXXX";
-    std::vector<char> name(made.c_str(), made.c_str() + made.size() + 1);
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name.data();
-    const std::string command = "'" QUARN_CERTIFICATES_SCRIPT "' '" + folder_ + "'";
-    ASSERT_EQ(std::system(command.c_str()), 0);
-  }
-  static void TearDownTestSuite() { std::filesystem::remove_all(folder_); }
+  static void SetUpTestSuite() { certificates_ = std::make_unique<test::Certificates>(); }
+  static void TearDownTestSuite() { certificates_.reset(); }
 
   // Null for an empty name, as transports take it.
   static const char* Path(const std::string& name) {
     static std::vector<std::unique_ptr<std::string>> kept;
     return name.empty() ? nullptr
-                        : kept.emplace_back(std::make_unique<std::string>(folder_ + "/" + name))->c_str();
+                        : kept.emplace_back(std::make_unique<std::string>(*certificates_ / name))->c_str();
   }
 
   static std::vector<std::string> ServerOptions(const std::string& cert, bool demand_identity = false) {
@@ -71,10 +63,10 @@ class Tls : public testing::Test {
     return received == static_cast<int>(size) ? text : "failed with " + std::to_string(received);
   }
 
-  static std::string folder_;
+  static std::unique_ptr<test::Certificates> certificates_;
 };
 
-std::string Tls::folder_;
+std::unique_ptr<test::Certificates> Tls::certificates_;
 
 std::uint16_t ClosedPort() {
   return platform::TcpListener::Listen(kLoopback, 0)->port();
@@ -174,7 +166,7 @@ TEST_F(Tls, ReceivesExactlyWhatIsAskedOrFails) {
   EXPECT_EQ(Receive(client, 9), "dcba\n321\n");  // both answers in one receive
 
   const test::LogLines log;
-  EXPECT_TRUE(client.SetReceiveTimeout(30));
+  EXPECT_TRUE(client.SetReceiveTimeout(500));
   Send(client, "456\n");
   EXPECT_EQ(Receive(client, 60), "failed with -1");
   EXPECT_EQ(log.All(), Lines{"8 ssl receive failed"});
@@ -248,7 +240,8 @@ TEST_F(Tls, OpensLeaveAPeerThatAnswers) {
 TEST_F(Tls, OpensTellWhyTheyFail) {
   const test::SilentAddress silent;
   const std::string no_session = "8 connect ssl failed";
-  const std::string refused = "8 connect errno:" + std::to_string(ECONNREFUSED) + ", Connection refused";
+  const std::string refused =
+      "8 connect errno:" + std::to_string(test::kConnectionRefused) + ", Connection refused";
   struct {
     std::string ip;
     std::uint16_t port;

@@ -13,6 +13,7 @@
 #include "simulator/src/simulated_sensor.h"
 #include "tests/simulator/test_client.h"
 #include "tests/simulator/test_table.h"
+#include "tests/support/wine.h"
 
 namespace varkel::sim {
 namespace {
@@ -66,6 +67,9 @@ class MisbehaviourTest : public SensorWireTest, public testing::WithParamInterfa
 // What a client makes of each misbehaviour, in either version; the exchange after it is a good one.
 TEST_P(MisbehaviourTest, IsSeenByTheClient) {
   const Fault& fault = GetParam();
+  if (fault.rules == "late:60 split") {
+    SKIP_UNDER_WINE("on a busy machine bytes that are sent one by one come together");
+  }
   for (const std::uint8_t version : {std::uint8_t{1}, std::uint8_t{2}}) {
     SCOPED_TRACE(fault.rules + " version " + std::to_string(version));
     auto client = Connect(sensor_, version);
