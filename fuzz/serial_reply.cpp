@@ -112,8 +112,8 @@ void AssembleBehindNoise(ReplyKind kind, Bytes noise, std::size_t piece_size) {
   Vector stream(noise.begin(), noise.end());
   std::replace(stream.begin(), stream.end(), std::uint8_t{'$'}, std::uint8_t{0});
   std::replace(stream.begin(), stream.end(), std::uint8_t{0xEE}, std::uint8_t{0});
-  const Vector reply =
-      quarn::lidar::EncodeReplyFrame(kind, 2, noise.first(std::min<std::size_t>(noise.size(), 200)), kNonce);
+  const Vector reply = quarn::lidar::EncodeReplyFrame(
+      kind, 2, Bytes(stream).first(std::min<std::size_t>(stream.size(), 200)), kNonce);
   stream.insert(stream.end(), reply.begin(), reply.end());
   ReplyAssembler assembler(kind);
   for (const Vector& piece : Cut(stream, piece_size)) assembler.Add(piece);
