@@ -191,14 +191,14 @@ void ReadAndSave(ConfigParser& catalogue, Bytes answer) {
       const int count = static_cast<int>(module[static_cast<std::size_t>(group)].size());
       for (int index = 0; index < count; ++index) {
         const VarInfo* var = VariableAt(catalogue, page, group, index);
-        editor.SetText(catalogue, varkel::ValueEditor::kValue, page, group, index, var->default_val);
+        editor.SetText(catalogue, varkel::ValueEditor::kValue, page, group, index, var->default_val + "0");
         editor.SetText(catalogue, varkel::ValueEditor::kSwitchValue, page, group, index, "1");
         editor.SetText(catalogue, varkel::ValueEditor::kOptionIndex, page, group, index, "1");
       }
     }
-    writer.Run(catalogue, client, page);
   }
   Describe(catalogue, edits);
+  for (int page = 0; page < pages; ++page) writer.Run(catalogue, client, page);
 }
 
 void Load(const std::string& path, Bytes answer) {
@@ -210,7 +210,6 @@ void Load(const std::string& path, Bytes answer) {
     return;
   }
   CheckCatalogue(catalogue);
-  Describe(catalogue, varkel::PendingEdits());
   ReadAndSave(catalogue, answer);
 }
 
