@@ -8,6 +8,7 @@
 #include "fuzz/input.h"
 #include "fuzz/scripted_transport.h"
 #include "libquarn/Platform/src/byte_order.h"
+#include "libquarn/Platform/src/hex_text.h"
 #include "libquarn/Source/src/ktc_serial_client.h"
 
 namespace {
@@ -149,12 +150,35 @@ void Query(std::uint8_t version, std::uint8_t cmd, bool sends, bool with_header,
   Vector result = before;
   Line line(input, sends);
   KtcClient& client = *fuzz::OpenClient(version);
-  if (client.QueryCommand(before, result, cmd, with_header) == 0) {
+  std::vector<std::string> log;
+  client.SetLogCallback([&log](const std::string& text) { log.push_back(text); });
+  const int outcome = client.QueryCommand(before, result, cmd, with_header);
+  client.SetLogCallback({});
+  const std::string received =
+      outcome == 0 ? quarn::lidar::HexLine(result) : "ret_code is " + std::to_string(client.LastReturnCode());
+  Require(log.size() == 2 && log[0].starts_with("SEND: ") && log[1] == "RECV: " + received,
+          "the log shows what came");
+  if (outcome == 0) {
     Require(sends, "nothing succeeds without a request");
     CheckSuccess(frame, line, cmd, result, before, with_header);
   } else {
     CheckFailure(frame, line, cmd, client.LastReturnCode(), sends, result, before, with_header);
   }
+}
+
+// Pieces of a stream that the frames' decoders cut out.
+void Decode(std::uint8_t version, std::uint8_t cmd, fuzz::Input& input) {
+  const auto offset = static_cast<std::int32_t>(input.Number<std::uint32_t>());
+  const auto length = static_cast<std::int32_t>(input.Number<std::uint32_t>());
+  const Bytes rest = input.Rest();
+  Vector bytes(rest.begin(), rest.end());
+  Vector piece = {0xAA};
+  const bool cut = fuzz::OpenClient(version)->KtcStreamDecode(cmd, cmd, bytes, offset, length, piece);
+  if (version == 1 && cut && !piece.empty()) {
+    Require(Same(piece, rest.subspan(static_cast<std::size_t>(offset), static_cast<std::size_t>(length))),
+            "a piece is cut where it was asked for");
+  }
+  fuzz::OpenClient(version)->KtcStreamDecode(cmd, cmd, bytes, offset, length, bytes);
 }
 
 // What is built on exchanges.
@@ -210,7 +234,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const unsigned options = input.Byte();
   const std::uint8_t version = (options & 1U) == 0 ? 1 : 2;
   const std::uint8_t cmd = input.Byte();
-  if ((options & 8U) == 0) {
+  if ((options & 0xF8U) == 0xF8U) {
+    Decode(version, cmd, input);
+  } else if ((options & 8U) == 0) {
     Query(version, cmd, (options & 4U) == 0, (options & 2U) != 0, input);
   } else {
     Others((options >> 1U) & 3U, version, cmd, input);

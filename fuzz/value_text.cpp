@@ -11,9 +11,11 @@
 #include <optional>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include "VarkelCore/src/str_parser.h"
 #include "fuzz/input.h"
+#include "libquarn/KtcClient/src/channel_fov.h"
 #include "libquarn/Platform/src/text_number.h"
 
 namespace {
@@ -109,6 +111,19 @@ void FromText(const Type& type, const std::string& text, float coefficient) {
   }
 }
 
+// Fields of view: angles that came go out as the same bytes.
+void FieldsOfView(Bytes reply, float degrees) {
+  quarn::lidar::FovAngles starts{};
+  quarn::lidar::FovAngles ends{};
+  const int count = quarn::lidar::DecodeMultiFov(reply, starts, ends);
+  const Vector sent = quarn::lidar::EncodeChannelFov(1, starts);
+  for (std::size_t i = 0; std::cmp_less(i, count); ++i) {
+    Require(Same(Bytes(sent).subspan(1 + 2 * i, 2), reply.subspan(1 + 4 * i, 2)), "an angle stands");
+  }
+  starts.fill(degrees);
+  Require(quarn::lidar::EncodeChannelFov(1, starts).size() == 11, "any angle can be sent");
+}
+
 // ---- Numbers in texts, as the standard library reads them
 
 template <typename Read>
@@ -161,6 +176,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string text(bytes.begin(), bytes.end());
   FromBytes(type, bytes.first(std::min<std::size_t>(bytes.size(), 64)), coefficient);
   FromText(type, text, coefficient);
+  FieldsOfView(bytes, coefficient);
   Numbers(text);
   return 0;
 }
