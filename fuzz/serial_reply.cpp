@@ -109,13 +109,16 @@ void Assemble(ReplyKind kind, const std::vector<Vector>& pieces) {
   CheckAssembled(kind, assembler, state, stream);
 }
 
-// Noise that holds neither a tag's beginning nor a trailer's never hides a reply, whatever the pieces.
+// Noise that holds neither a tag's beginning nor a trailer's, and a reply that broke off, never hide a reply,
+// whatever the pieces.
 void AssembleBehindNoise(ReplyKind kind, Bytes noise, std::size_t piece_size) {
   Vector stream(noise.begin(), noise.end());
   std::replace(stream.begin(), stream.end(), std::uint8_t{'$'}, std::uint8_t{0});
   std::replace(stream.begin(), stream.end(), std::uint8_t{0xEE}, std::uint8_t{0});
-  const Vector reply = quarn::lidar::EncodeReplyFrame(
-      kind, 2, Bytes(stream).first(std::min<std::size_t>(stream.size(), 200)), kNonce);
+  const Bytes contents = Bytes(stream).first(std::min<std::size_t>(stream.size(), 200));
+  const Vector reply = quarn::lidar::EncodeReplyFrame(kind, 2, contents, kNonce);
+  const Bytes stump = Bytes(reply).first(noise.size() * piece_size % reply.size());
+  stream.insert(stream.end(), stump.begin(), stump.end());
   stream.insert(stream.end(), reply.begin(), reply.end());
   ReplyAssembler assembler(kind);
   for (const Vector& piece : Cut(stream, piece_size)) assembler.Add(piece);
