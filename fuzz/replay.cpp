@@ -5,12 +5,23 @@
 
 #include "fuzz/input.h"
 
+namespace {
+
 // A claimed length must not become memory here either.
-void* operator new(std::size_t size) {
+void* Allocate(std::size_t size) {
   constexpr std::size_t kLimit = std::size_t{64} << 20U;
   fuzz::Require(size <= kLimit, "nothing takes 64 MiB at once");
-  void* const memory = std::malloc(size);
+  return std::malloc(size);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* const memory = Allocate(size);
   return memory != nullptr ? memory : throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  return Allocate(size);
 }
 void operator delete(void* memory) noexcept {
   std::free(memory);

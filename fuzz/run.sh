@@ -3,10 +3,11 @@
 #   run.sh SECONDS [TARGET...]   builds the targets, replays fuzz/corpus/TARGET and goes on for SECONDS each.
 #                                What is found on the way is kept in build/fuzz/found/TARGET, what fails in
 #                                build/fuzz/artifacts; any failure ends with an exit status other than 0.
-#   run.sh --merge [TARGET...]   adds to fuzz/corpus what was found and reaches code that the kept inputs don't.
+#   run.sh --merge [TARGET...]   adds to fuzz/corpus what was found and reaches code that the kept inputs don't;
+#                                look at it before you commit it: some sixty inputs a target are enough.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-[[ ${1:-} =~ ^([0-9]+|--merge)$ ]] || { sed -n '2,7s/^# *//p' "$0" >&2; exit 2; }
+[[ ${1:-} =~ ^([0-9]+|--merge)$ ]] || { sed -n '2,8s/^# *//p' "$0" >&2; exit 2; }
 what=$1
 shift
 targets=("$@")
@@ -30,7 +31,7 @@ for target in "${targets[@]}"; do
   run=("build/fuzz/bin/fuzz_$target" "${options[@]}")
   log=build/fuzz/$target.log
   if [ "$what" = --merge ]; then
-    "${run[@]}" -merge=1 "$kept" "$found" >"$log" 2>&1 || failed+=("$target")
+    "${run[@]}" -set_cover_merge=1 -use_counters=0 "$kept" "$found" >"$log" 2>&1 || failed+=("$target")
   else
     "${run[@]}" -max_total_time="$what" -print_final_stats=1 "$found" "$kept" >"$log" 2>&1 || failed+=("$target")
   fi
