@@ -128,37 +128,29 @@ void AssembleBehindNoise(ReplyKind kind, Bytes noise, std::size_t piece_size) {
 
 // ---- The split of the stream
 
-struct Split {
-  /// Every byte that came out: its value, and 0 for data, 1 within a reply, 2 at a reply's beginning.
-  std::vector<std::pair<std::uint8_t, int>> bytes;
+/// Every byte that came out, with 0 for data, 1 within a reply, 2 at a reply's beginning.
+using Labelled = std::vector<std::pair<std::uint8_t, int>>;
 
-  quarn::lidar::SerialStreamSplitter splitter{{[this](Bytes piece, bool begins) {
-                                                 for (const std::uint8_t byte : piece) {
-                                                   bytes.emplace_back(byte, begins ? 2 : 1);
-                                                   begins = false;
-                                                 }
-                                               },
-                                               [this](Bytes piece) {
-                                                 for (const std::uint8_t byte : piece)
-                                                   bytes.emplace_back(byte, 0);
-                                               }}};
-
-  explicit Split(const std::vector<Vector>& pieces) {
-    for (const Vector& piece : pieces) splitter.Add(piece);
-  }
-  Split(const Split&) = delete;
-  Split& operator=(const Split&) = delete;
-};
+Labelled SplitOf(const std::vector<Vector>& pieces) {
+  Labelled bytes;
+  const auto note = [&bytes](Bytes piece, int first, int others) {
+    for (const std::uint8_t byte : piece) bytes.emplace_back(byte, std::exchange(first, others));
+  };
+  quarn::lidar::SerialStreamSplitter splitter(
+      {[&note](Bytes piece, bool begins) { note(piece, begins ? 2 : 1, 1); },
+       [&note](Bytes piece) { note(piece, 0, 0); }});
+  for (const Vector& piece : pieces) splitter.Add(piece);
+  return bytes;
+}
 
 void SplitStream(const std::vector<Vector>& pieces, std::size_t other_size) {
   const Vector stream = Joined(pieces);
-  const Split split(pieces);
-  Require(split.bytes.size() <= stream.size() &&
-              stream.size() - split.bytes.size() < quarn::lidar::kSerialTagSize,
+  const Labelled split = SplitOf(pieces);
+  Require(split.size() <= stream.size() && stream.size() - split.size() < quarn::lidar::kSerialTagSize,
           "no more than the beginning of a tag is kept back");
   std::size_t left = 0;
-  for (std::size_t i = 0; i < split.bytes.size(); ++i) {
-    const auto [byte, place] = split.bytes[i];
+  for (std::size_t i = 0; i < split.size(); ++i) {
+    const auto [byte, place] = split[i];
     Require(byte == stream[i], "every byte comes out once and in order");
     if (place == 2) {
       Require(left == 0 && i + 7 < stream.size() + 1, "replies do not overlap");
@@ -167,7 +159,7 @@ void SplitStream(const std::vector<Vector>& pieces, std::size_t other_size) {
     Require((place != 0) == (left > 0), "a reply is as long as it says");
     if (left > 0) --left;
   }
-  Require(Split(Cut(stream, other_size)).bytes == split.bytes, "pieces do not matter");
+  Require(SplitOf(Cut(stream, other_size)) == split, "pieces do not matter");
 }
 
 // ---- The client

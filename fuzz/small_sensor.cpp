@@ -112,7 +112,7 @@ void Upgrade(Bench& bench, Bytes package) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Input input({data, size});
   const unsigned options = input.Byte();
-  const int code = static_cast<std::int8_t>(input.Byte());
+  const int code = int{input.Byte()} - 128;
   const Bytes answer = input.Rest();
   Bench bench(options, code, answer);
   Functions(bench, answer);
