@@ -14,6 +14,7 @@ targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
   mapfile -t targets < <(sed -n 's/^varkel_fuzz_target(\([a-z_]*\) .*/\1/p' fuzz/CMakeLists.txt)
 fi
+tools/install-packages.sh
 tools/build.sh fuzz "${targets[@]/#/fuzz_}"
 
 export UBSAN_OPTIONS=print_stacktrace=1
