@@ -2,6 +2,7 @@
 //
 // Input: a line with the command, a line with the payload, then the reply.
 #include <cctype>
+#include <utility>
 
 #include "VarkelCore/src/command_console.h"
 #include "VarkelCore/src/command_text.h"
@@ -71,6 +72,8 @@ void CheckSent(Bench& bench) {
   const auto record = bench.console.history().front();
   const auto code = bench.code;
   const Vector sent = bench.sent;
+  const auto blanks = std::count(record.payload.begin(), record.payload.end(), ' ');
+  Require(std::cmp_equal(sent.size(), record.payload.empty() ? 0 : blanks + 1), "each piece is a byte");
   Require(bench.Send(record.command, record.payload) == CommandConsole::Outcome::kSent &&
               bench.code == code && bench.sent == sent,
           "what the history shows sends the same");
