@@ -49,9 +49,10 @@ function(varkel_program name)
   varkel_settings(${name})
 endfunction()
 
+# varkel_register_test(NAME [arguments of the program...])
 # Tests run in the build tree's root (an install root, so ./Config/varID is there) with a home of their own.
 function(varkel_register_test name)
-  add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY ${CMAKE_BINARY_DIR})
+  add_test(NAME ${name} COMMAND ${name} ${ARGN} WORKING_DIRECTORY ${CMAKE_BINARY_DIR})
   set(home ${CMAKE_BINARY_DIR}/test-home/${name})
   file(MAKE_DIRECTORY ${home}/run)
   file(CHMOD ${home}/run PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)

@@ -87,10 +87,10 @@ struct CsvTable::Callbacks {
   }
   static void OnCell(void* cell, std::size_t size, void* data) {
     const std::string_view text(static_cast<const char*>(cell), size);
-    Guarded(data, [text](CsvTable& table) { table.EndCell(text); });
+    Guarded(data, [text](CsvTable& owner) { owner.EndCell(text); });
   }
   static void OnRow(int /*terminator*/, void* data) {
-    Guarded(data, [](CsvTable& table) { table.EndRow(); });
+    Guarded(data, [](CsvTable& owner) { owner.EndRow(); });
   }
 };
 
