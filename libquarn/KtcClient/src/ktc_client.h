@@ -59,6 +59,11 @@ class KtcClient {
   int QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result, std::uint8_t cmd,
                    bool with_header = false);
 
+  /// The same: nothing on success, else why this exchange failed. `LastReturnCode` may meanwhile tell of
+  /// another thread's.
+  std::optional<std::int32_t> Query(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result,
+                                    std::uint8_t cmd, bool with_header = false);
+
   /// Sends `data` as numbered pieces of 1024 bytes, each answered before the next goes out, with time-outs of
   /// a minute: 0, or -1 at the first piece that fails. The command is the low byte of `code`; `extended`
   /// sends command 0xFF and puts the whole code, big-endian, ahead of every piece. `progress` is the number
