@@ -85,6 +85,13 @@ bool FaultBench::Connect() {
          }));
 }
 
+bool FaultBench::AwaitPause() {
+  if (!sensor || model == "Quenta") return true;
+  constexpr std::uint8_t kLastOfARound = 0x08;
+  sensor->ClearReceived();
+  return Wait([this] { return !sensor->Received(kLastOfARound).empty(); });
+}
+
 bool FaultBench::ReadsAPage() {
   if (model != "Quenta") return InfoRow("Serial Number") != kUnknown;  // fresh, or Connect had not ended well
   ended = 0;

@@ -32,6 +32,8 @@ class FaultBench {
   bool Wait(const std::function<bool()>& condition, int seconds = 20);
   /// Tries up to three times: a busy machine may miss the time in which a sensor has to accept.
   bool Connect();
+  /// Until what a small sensor is asked every second was asked just now: a rule may hold for that as well.
+  bool AwaitPause();
   /// Whether what the first page shows comes from the sensor.
   bool ReadsAPage();
 

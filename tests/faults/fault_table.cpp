@@ -75,13 +75,12 @@ Lines Success(const std::string& text) {
   return {"success: " + text};
 }
 
-std::string Must(bool holds, const char* what) {
-  return holds ? std::string() : what;
+std::optional<Lines> NothingTold(const Fault&) {
+  return Lines{};
 }
 
-/// Fields that a shortened reply lacks are told one by one.
-Lines MissingFields(const Fault& fault) {
-  return fault.kind == "less" ? Lines{"ERROR get var pos offset failed!"} : Lines{};
+std::string Must(bool holds, const char* what) {
+  return holds ? std::string() : what;
 }
 
 // The network
@@ -128,7 +127,7 @@ Operation ReadPage(int page) {
   return {.name = "page " + std::to_string(page),
           .model = "Quenta",
           .start = [page](FaultBench& bench) { bench.manager->ReadPageInBackground(page); },
-          .expected = MissingFields,
+          .expected = NothingTold,
           .check =
               [page](FaultBench& bench, bool) {
                 std::string wrong;
@@ -159,7 +158,7 @@ Operation Refresh() {
                 bench.rounds = 0;
                 bench.manager->setModuleIndexUse(1);
               },
-          .expected = MissingFields,
+          .expected = NothingTold,
           .over =
               [](FaultBench& bench) {
                 if (bench.rounds < 2) return false;
@@ -181,7 +180,7 @@ Operation Save(std::string name, int page, std::vector<Edit> edits, std::size_t 
             bench.manager->RunInBackground(page);
           },
       .expected = [reads, commands](const Fault& fault) -> std::optional<Lines> {
-        Lines lines = fault.at <= reads ? MissingFields(fault) : Lines{};
+        Lines lines;
         for (std::size_t i = 0; i < commands.size(); ++i) {
           const int code = CodeAt(fault, reads + i + 1);
           const std::string& command = commands[i];
@@ -410,12 +409,14 @@ Operation SmallConnect(std::string model) {
   return {.name = "connect " + model,
           .model = std::move(model),
           .start = [](FaultBench& bench) { bench.manager->ConnectLidar(); },
-          .expected = [](const Fault&) -> std::optional<Lines> { return Lines{}; },
+          .expected = NothingTold,
           .points = {{"*", "#1"}},
           .patience_ms = 5000,
           .connects = true,
           .over = [](FaultBench& bench) { return bench.manager->IsConnected(); }};
 }
+
+constexpr char kSerialNumberFailed[] = "Zelto-KTC get SN failed, ret:";
 
 /// What is asked in the background after a connection.
 Operation Info(std::string name, std::string model, Point point, std::string prefix, Way way) {
@@ -425,12 +426,17 @@ Operation Info(std::string name, std::string model, Point point, std::string pre
           .start = [](FaultBench& bench) { bench.manager->ConnectLidar(); },
           .expected = [prefix, way](const Fault& fault) -> std::optional<Lines> {
             const int code = CodeOf(way, fault);
-            return code == kFine ? Lines{} : Lines{"ERROR " + prefix + std::to_string(code)};
+            if (code == kFine) return Lines{};
+            const Lines lines = {"ERROR " + prefix + std::to_string(code)};
+            if (prefix != kSerialNumberFailed) return lines;
+            // An item without contents; a failure that changes is told again.
+            if (fault.kind == "error") return Lines{"ERROR Zelto-KTC SN invalid after validation"};
+            return fault.kind == "close" ? Lines{lines.front(), "ERROR " + prefix + "-1"} : lines;
           },
           .points = {std::move(point)},
-          .patience_ms = 5000,
+          .patience_ms = way == kLine ? 1000U : 5000U,
           .connects = true,
-          .tells_info = !marvo,
+          .info = prefix == kSerialNumberFailed ? "Zelto-KTC" : prefix,
           .over =
               [marvo](FaultBench& bench) {
                 return bench.manager->IsConnected() && !bench.manager->GetIsConnectingLidar() &&
@@ -530,7 +536,6 @@ const std::vector<Operation>& Operations() {
     const std::string tunnel_console =
         "Query Serial command fail. Please check BytesFlow in Log Window. Please input right Serial command "
         "header and payload.";
-    const std::string serial_number = "Zelto-KTC get SN failed, ret:";
     const std::string pbl = "get pbl version error, ret:";
     std::vector<Operation> all = {
         Connect(),
@@ -559,7 +564,7 @@ const std::vector<Operation>& Operations() {
 
         SmallConnect("Zelto-KTC"),
         SmallConnect("Marvo-KTC"),
-        Info("serial number", "Zelto-KTC", {"ldcmd-get:10"}, serial_number, kGet),
+        Info("serial number", "Zelto-KTC", {"ldcmd-get:10"}, kSerialNumberFailed, kGet),
         Info("PBL version", "Zelto-KTC", {"ldcmd-get:15"}, pbl, kGet),
         Info("first version", "Marvo-KTC", {"ldcmd-get:15", "#1"},
              "Failed to get BMB FPGA version, ret:", kGet),
@@ -581,7 +586,7 @@ const std::vector<Operation>& Operations() {
                        }),
         MarvoUpgrade(),
 
-        Info("serial number", "Zelto", {"ldcmd-get:10"}, serial_number, kLine),
+        Info("serial number", "Zelto", {"ldcmd-get:10"}, kSerialNumberFailed, kLine),
         Info("PBL version", "Zelto", {"ldcmd-get:15"}, pbl, kLine),
         Console("console lines", "Zelto", "02", "08", serial_console, {{"ldcmd-get:8"}}, AnyReply<kLine>,
                 5000),

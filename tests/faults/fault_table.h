@@ -49,8 +49,8 @@ struct Operation {
   bool connects = false;          ///< begins without a connection
   bool restarts = false;          ///< the sensor goes whether it answers or not
   enum class Ends { kNever, kOnSuccess, kAlways } disconnects = Ends::kNever;
-  bool alone = false;       ///< two at once get in each other's way
-  bool tells_info = false;  ///< failures of the small sensor's information are what it is about
+  bool alone = false;  ///< two at once get in each other's way
+  std::string info{};  ///< which failure of the information read in the background it is about
   std::function<bool(FaultBench&)> over{};
   /// Once it is over: what else must hold, told as a fault; `success`: no error notice is due.
   std::function<std::string(FaultBench&, bool success)> check{};
