@@ -122,28 +122,49 @@ void FaultBench::StartSensor() {
   }
 }
 
-FaultBench::Place FaultBench::Find(const QString& var_name) const {
+void FaultBench::EachVariable(const Visit& visit) const {
   const QVariantList pages = manager->myMap();
   for (int page = 0; page < pages.size(); ++page) {
     const QVariantList groups = pages[page].toList();
     for (int group = 0; group < groups.size(); ++group) {
       const QVariantList vars = groups[group].toList();
-      for (int index = 0; index < vars.size(); ++index) {
-        if (vars[index].toMap().value(QStringLiteral("var_name")) == var_name) return {page, group, index};
-      }
+      for (int index = 0; index < vars.size(); ++index) visit({page, group, index}, vars[index].toMap());
     }
   }
-  return {};
 }
 
 void FaultBench::Edit(const QString& var_name, const QString& text) {
-  const Place place = Find(var_name);
-  manager->SetText(1, place.page, place.group, place.index, text);
+  EachVariable([&](const Place& at, const QVariantMap& var) {
+    if (var["var_name"] == var_name) manager->SetText(1, at.page, at.group, at.index, text);
+  });
 }
 
 bool FaultBench::IsEdited(const QString& var_name) const {
-  const Place place = Find(var_name);
-  return manager->variableMap(place.page, place.group, place.index).value(QStringLiteral("edited")).toBool();
+  bool edited = false;
+  EachVariable([&](auto&, auto& var) { edited |= var["var_name"] == var_name && var["edited"].toBool(); });
+  return edited;
+}
+
+bool FaultBench::ShowsWhatTheSensorHas(int page) const {
+  bool same = true;
+  EachVariable([&](const Place& at, const QVariantMap& var) {
+    if (at.page != page || manager->isTimerUpdate(at.page, at.group, at.index)) return;
+    same &= var["current_val"].toString().toStdString() ==
+            sensor->ValueText(var["var_name"].toString().toStdString());
+  });
+  return same;
+}
+
+void FaultBench::Forget() {
+  ended = 0;
+  alive = false;
+  told.clear();
+  TakeAnswered();
+}
+
+bool FaultBench::IsBusy() const {
+  return manager->IsUpgrading() || manager->IsDownloadLog() || manager->GetIsConnectingLidar() ||
+         manager->isWorking() || manager->isReadingPage() || manager->isGetPBLVersion();
 }
 
 QUrl FaultBench::Package(const std::vector<std::uint8_t>& content) const {
@@ -161,8 +182,8 @@ std::size_t FaultBench::files() const {
 std::string FaultBench::InfoRow(const char* label) const {
   for (const QVariant& row : manager->ZeltoLidarInfo() + manager->ZeltoLidarVersionInfo()) {
     const QVariantMap map = row.toMap();
-    if (map.value(QStringLiteral("label")) == QLatin1String(label)) {
-      return map.value(QStringLiteral("value")).toString().toStdString();
+    if (map["label"] == QLatin1String(label)) {
+      return map["value"].toString().toStdString();
     }
   }
   return {};

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QTemporaryDir>
 #include <QUrl>
+#include <QVariantMap>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -44,6 +45,9 @@ class FaultBench {
 
   void Edit(const QString& var_name, const QString& text);
   bool IsEdited(const QString& var_name) const;
+  bool ShowsWhatTheSensorHas(int page) const;  ///< but for the live values
+  void Forget();                               ///< what was told and counted so far
+  bool IsBusy() const;                         ///< a flag of an operation is up
   QUrl File(const QString& name) const { return QUrl::fromLocalFile(folder.filePath(name)); }
   /// A file in the bench's folder with that content.
   QUrl Package(const std::vector<std::uint8_t>& content) const;
@@ -73,7 +77,8 @@ class FaultBench {
     int group = -1;
     int index = -1;
   };
-  Place Find(const QString& var_name) const;
+  using Visit = std::function<void(const Place&, const QVariantMap&)>;
+  void EachVariable(const Visit& visit) const;
   void Listen();
 
   QEventLoop loop_;
