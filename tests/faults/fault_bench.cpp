@@ -9,12 +9,6 @@
 
 namespace varkel::test {
 
-namespace {
-
-constexpr char kUnknown[] = "xxxxxxxx";
-
-}  // namespace
-
 FaultBench::FaultBench(const std::string& model_name)
     : model(model_name), manager(std::make_unique<VarkelManager>(true, "")) {
   if (model == "Zelto") {
@@ -80,9 +74,8 @@ bool FaultBench::Connect() {
   }
   // What a small sensor is asked in the background at first is not to mix with an operation.
   const bool small = model != "Quenta";
-  return manager->IsConnected() && (!small || Wait([this] {
-           return InfoRow("Serial Number") != kUnknown && (model == "Marvo-KTC" || pbl_queries > 0);
-         }));
+  const auto informed = [this] { return HasSerialNumber() && (model == "Marvo-KTC" || pbl_queries > 0); };
+  return manager->IsConnected() && (!small || Wait(informed));
 }
 
 bool FaultBench::AwaitPause() {
@@ -92,8 +85,12 @@ bool FaultBench::AwaitPause() {
   return Wait([this] { return !sensor->Received(kLastOfARound).empty(); });
 }
 
+bool FaultBench::HasSerialNumber() const {
+  return manager->ZeltoLidarInfo().value(0).toMap()["value"] != QLatin1String("xxxxxxxx");
+}
+
 bool FaultBench::ReadsAPage() {
-  if (model != "Quenta") return InfoRow("Serial Number") != kUnknown;  // fresh, or Connect had not ended well
+  if (model != "Quenta") return HasSerialNumber();  // fresh, or Connect had not ended well
   ended = 0;
   manager->ReadPageInBackground(0);
   return Wait([this] { return ended > 0; }) && manager->getLidarSN().toStdString() == sensor->ValueText("SN");
@@ -157,6 +154,7 @@ bool FaultBench::ShowsWhatTheSensorHas(int page) const {
 
 void FaultBench::Forget() {
   ended = 0;
+  rounds = 0;
   alive = false;
   told.clear();
   TakeAnswered();
@@ -177,16 +175,6 @@ QUrl FaultBench::Package(const std::vector<std::uint8_t>& content) const {
 
 std::size_t FaultBench::files() const {
   return static_cast<std::size_t>(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size());
-}
-
-std::string FaultBench::InfoRow(const char* label) const {
-  for (const QVariant& row : manager->ZeltoLidarInfo() + manager->ZeltoLidarVersionInfo()) {
-    const QVariantMap map = row.toMap();
-    if (map["label"] == QLatin1String(label)) {
-      return map["value"].toString().toStdString();
-    }
-  }
-  return {};
 }
 
 std::vector<FaultBench::Answered> FaultBench::TakeAnswered() {

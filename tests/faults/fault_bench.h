@@ -52,7 +52,6 @@ class FaultBench {
   /// A file in the bench's folder with that content.
   QUrl Package(const std::vector<std::uint8_t>& content) const;
   std::size_t files() const;
-  std::string InfoRow(const char* label) const;  ///< of a small sensor's lists
 
   struct Answered {
     std::uint8_t command = 0;
@@ -80,6 +79,7 @@ class FaultBench {
   using Visit = std::function<void(const Place&, const QVariantMap&)>;
   void EachVariable(const Visit& visit) const;
   void Listen();
+  bool HasSerialNumber() const;  ///< a small sensor's was read
 
   QEventLoop loop_;
   std::mutex mutex_;  // guards answered_

@@ -65,30 +65,40 @@ bool IsFineTo(const Fault& fault, std::size_t last) {
   return true;
 }
 
-Lines Error(const std::string& text) {
-  return {"error: " + text};
-}
-Lines Success(const std::string& text) {
-  return {"success: " + text};
-}
 Lines Nothing(const Fault&) {
   return {};
 }
+
+/// What is told for the code; it stands for "%" in the error.
+Lines Told(int code, const std::string& success, std::string error) {
+  if (code == kUnknown) return kUntellable;
+  if (code == kFine) return success.empty() ? Lines{} : Lines{"success: " + success};
+  if (const auto at = error.find('%'); at != std::string::npos) error.replace(at, 1, std::to_string(code));
+  return {"error: " + error};
+}
+
 std::string Must(bool holds, const char* what) {
   return holds ? std::string() : what;
+}
+
+/// One exchange, and what is told for its code.
+Operation Simple(std::string name, std::string model, std::function<void(Bench&)> start, Way way,
+                 std::string success, std::string error) {
+  return {std::move(name), std::move(model), std::move(start),
+          [=](auto& fault) { return Told(CodeOf(way, fault), success, error); }};
 }
 
 // The network
 
 Operation Connect() {
-  Operation op{"connect", "Quenta", [](auto& bench) { bench.manager->ConnectLidar(); },
-               [](const Fault& fault) {
-                 // The second command makes up for the first, as long as the sensor is in step.
-                 const bool second = fault.kind != "late" && fault.kind != "close";
-                 if (CodeOf(kQuery, fault) == kFine || (fault.at == 2 && second)) return Lines{};
-                 return Lines{"error: Connection Failed. Please check your network settings.",
-                              "ERROR Connection Error: Lidar has No KTC reply."};
-               }};
+  Operation op{"connect", "Quenta", [](auto& bench) { bench.manager->ConnectLidar(); }};
+  op.expected = [](const Fault& fault) {
+    // The second command makes up for the first, as long as the sensor is in step.
+    const bool second = fault.kind != "late" && fault.kind != "close";
+    if (CodeOf(kQuery, fault) == kFine || (fault.at == 2 && second)) return Lines{};
+    return Lines{"error: Connection Failed. Please check your network settings.",
+                 "ERROR Connection Error: Lidar has No KTC reply."};
+  };
   op.points = {{"*"}, {"0x07"}, {"0x08", "", "0x07=error"}};
   op.connects = true;
   return op;
@@ -101,10 +111,10 @@ Operation Probe() {
   op.connects = false;
   op.start = [](auto& bench) { bench.manager->CheckConnectionInBackground(); };
   op.expected = [connected = op.expected](auto& fault) {
-    return connected(fault).empty() ? Success("") : Lines();
+    return connected(fault).empty() ? Lines{"alive"} : Lines{};
   };
   op.over = [](auto& bench) {
-    if (bench.ended > 0 && std::exchange(bench.alive, false)) bench.told = Success("");
+    if (bench.ended > 0 && std::exchange(bench.alive, false)) bench.told = {"alive"};
     return bench.ended > 0;
   };
   return op;
@@ -120,12 +130,7 @@ Operation ReadPage(int page) {
 }
 
 Operation Refresh() {
-  Operation op{"refresh", "Quenta",
-               [](auto& bench) {
-                 bench.rounds = 0;
-                 bench.manager->setModuleIndexUse(1);
-               },
-               Nothing};
+  Operation op{"refresh", "Quenta", [](auto& bench) { bench.manager->setModuleIndexUse(1); }, Nothing};
   op.over = [](auto& bench) {
     if (bench.rounds > 1) bench.manager->setModuleIndexUse(-1);
     return bench.rounds > 1;
@@ -141,26 +146,28 @@ struct Edit {
 /// `reads` exchanges bring the page up to date, then the commands go out.
 Operation Save(const char* name, int page, std::vector<Edit> edits, std::size_t reads,
                std::vector<std::string> commands) {
-  Operation op{
-      name, "Quenta",
-      [page, edits](auto& bench) {
-        for (const Edit& edit : edits) bench.Edit(edit.var_name, edit.text);
-        if (edits.empty()) bench.manager->SetMultiFovConfig(0, QStringLiteral("10"));
-        bench.manager->RunInBackground(page);
-      },
-      [reads, commands](const Fault& fault) {
-        for (std::size_t i = 0; i < commands.size(); ++i) {
-          const int code = CodeAt(fault, reads + i + 1);
-          const std::string& command = commands[i];
-          if (code == kFine || (command == "0x21" && code == -2)) continue;
-          if (command == "0x22") return Error("Set Failed: set channel fov failed");
-          return Lines{"WARNING SET [" + command + "] FAILED", "error: SET [" + command + "] FAILED",
-                       "error: Set Failed: " + command + " SET  ret_code: " + std::to_string(code)};
-        }
-        return Success(
-            "Set Lidar Successfully\nNote that if you have changed the TCP-related settings, you will "
-            "need to restart the lidar for it to work.");
-      }};
+  Operation op{name, "Quenta"};
+  op.start = [page, edits](auto& bench) {
+    for (const Edit& edit : edits) bench.Edit(edit.var_name, edit.text);
+    if (edits.empty()) bench.manager->SetMultiFovConfig(0, QStringLiteral("10"));
+    bench.manager->RunInBackground(page);
+  };
+  op.expected = [reads, commands](const Fault& fault) {
+    for (std::size_t i = 0; i < commands.size(); ++i) {
+      const int code = CodeAt(fault, reads + i + 1);
+      const std::string& command = commands[i];
+      if (code == kFine || (command == "0x21" && code == -2)) continue;
+      if (command == "0x22") return Told(code, "", "Set Failed: set channel fov failed");
+      Lines lines = Told(code, "", "Set Failed: " + command + " SET  ret_code: %");
+      for (const char* type : {"WARNING", "error:"})
+        lines.push_back(type + (" SET [" + command) + "] FAILED");
+      return lines;
+    }
+    return Told(kFine,
+                "Set Lidar Successfully\nNote that if you have changed the TCP-related settings, you will "
+                "need to restart the lidar for it to work.",
+                "");
+  };
   op.check = [edits, commands](auto& bench, bool success) {
     bool marked = bench.manager->getSetMapSize() == (success ? 0 : static_cast<int>(commands.size()));
     for (const Edit& edit : edits) marked &= bench.IsEdited(edit.var_name) != success;
@@ -169,46 +176,40 @@ Operation Save(const char* name, int page, std::vector<Edit> edits, std::size_t 
   return op;
 }
 
-constexpr char kKtcConsole[] = "Query ktc command fail. Please input right ktc command header and payload.";
+constexpr char kSerialConsole[] =
+    "Query Serial command fail. Please input right Serial command header and payload.";
 constexpr char kTunnelConsole[] =
     "Query Serial command fail. Please check BytesFlow in Log Window. Please input right Serial command "
-    "header "
-    "and payload.";
-constexpr char kLineConsole[] =
-    "Query Serial command fail. Please input right Serial command header and payload.";
+    "header and payload.";
 
 /// A console shows a refusal that a serial frame brings as it shows any other reply.
-Operation Console(std::string model, const char* command, const char* payload, std::string failed,
-                  std::vector<Point> points, Way way) {
-  const bool any_reply = way == kGet || way == kLine;
-  Operation op{"console",
-               std::move(model),
-               [=](auto& bench) { bench.manager->SendCommandInBackground(command, payload); },
-               [=](const Fault& fault) {
-                 const bool shown = any_reply && (fault.kind == "wrong-echo" || fault.kind == "error");
-                 return shown || CodeOf(way, fault) == kFine ? Lines{} : Error(failed);
-               },
-               std::move(points),
-               way == kQuery ? 4000U : 5000U};
+Operation Console(const char* model, std::pair<const char*, const char*> command, const char* error, Way way,
+                  std::vector<Point> points) {
+  const auto send = [command](auto& bench) {
+    bench.manager->SendCommandInBackground(command.first, command.second);
+  };
+  Operation op = Simple("console", model, send, way, "", error);
+  if (way == kGet || way == kLine) {
+    op.expected = [failed = op.expected](auto& fault) {
+      return fault.kind == "wrong-echo" || fault.kind == "error" ? Lines{} : failed(fault);
+    };
+  }
+  op.points = std::move(points);
+  op.patience_ms = way == kQuery ? 4000 : 5000;
   op.check = [](auto& bench, bool success) {
     return Must(bench.manager->getSendKtcCommandReturnHeader().isEmpty() != success,
-                "the shown reply is wrong");
+                "a wrong reply is shown");
   };
   return op;
 }
 
 Operation Restart(bool reset) {
-  const std::string ending = reset ? "." : ". Please reboot lidar manually.";
-  Operation op{reset ? "reset" : "restart", "Quenta",
-               [reset](auto& bench) {
-                 reset ? bench.manager->ResetInBackground() : bench.manager->RestartInBackground();
-               },
-               [=](const Fault& fault) {
-                 const int code = CodeOf(kCode, fault);
-                 const std::string failed = reset ? "Reset failed" : "Auto reboot failed";
-                 return code == kFine ? Lines{}
-                                      : Error(failed + ", ret_code: " + std::to_string(code) + ending);
-               }};
+  const auto start = [reset](auto& bench) {
+    reset ? bench.manager->ResetInBackground() : bench.manager->RestartInBackground();
+  };
+  Operation op = Simple(reset ? "reset" : "restart", "Quenta", start, kCode, "",
+                        reset ? "Reset failed, ret_code: %."
+                              : "Auto reboot failed, ret_code: %. Please reboot lidar manually.");
   op.restarts = true;
   op.disconnects = reset ? Ends::kNever : Ends::kOnSuccess;
   return op;
@@ -219,27 +220,22 @@ std::string WholeFile(Bench& bench, bool success) {
 }
 
 Operation Download(const std::string& log) {
-  Operation op{"download " + log, "Quenta",
-               [log](auto& bench) {
-                 const QUrl folder = QUrl::fromLocalFile(bench.folder.path());
-                 bench.manager->DownloadLog(folder, QString::fromStdString(log));
-               },
-               [log](const Fault& fault) {
-                 const int code = CodeOf(kQuery, fault);
-                 return code == kFine ? Success(log + " download successful.")
-                                      : Error(log + " download failed. return code: " + std::to_string(code));
-               }};
+  const auto start = [log](auto& bench) {
+    bench.manager->DownloadLog(bench.File(""), QString::fromStdString(log));
+  };
+  Operation op = Simple("download " + log, "Quenta", start, kQuery, log + " download successful.",
+                        log + " download failed. return code: %");
   op.check = WholeFile;
   return op;
 }
 
 Operation OperationLog() {
-  Operation op{"operation log", "Quenta",
-               [](auto& bench) { bench.manager->DownloadOperationLog(bench.File("log.tar")); },
-               [](const Fault& fault) {
-                 return IsFineTo(fault, fault.steps.size()) ? Success("Operation log download successful.")
-                                                            : Error("Operation log download failed.");
-               }};
+  Operation op{"operation log", "Quenta"};
+  op.start = [](auto& bench) { bench.manager->DownloadOperationLog(bench.File("log.tar")); };
+  op.expected = [](const Fault& fault) {
+    const bool fine = IsFineTo(fault, fault.steps.size());
+    return Told(fine ? kFine : -1, "Operation log download successful.", "Operation log download failed.");
+  };
   op.alone = true;
   op.check = WholeFile;
   return op;
@@ -253,24 +249,19 @@ const std::vector<std::uint8_t> kFirmware(kPieces * 1024 - 500, 0x5A);
 /// Pieces, then the restart.
 Operation NetworkUpgrade(const char* name, const char* model, std::vector<Point> points,
                          std::function<void(Bench&)> start) {
-  Operation op{
-      name,
-      model,
-      std::move(start),
-      [](const Fault& fault) {
-        if (!IsFineTo(fault, kPieces)) return Error("Upgrade package transfer failed or is terminated.");
-        Lines lines = Success(
-            "Upgrade package transmitted successfully. The lidar will automatically reboot within 10 "
-            "seconds.");
-        const int code = fault.at > kPieces ? CodeOf(kCode, fault) : kFine;
-        if (code == kFine) return lines;
-        lines.push_back("error: Auto reboot failed, ret_code: " + std::to_string(code) +
-                        ". Please reboot lidar manually.");
-        lines.emplace_back("error: Auto reboot failed. Please reboot lidar manually.");
-        return lines;
-      },
-      std::move(points),
-      60000};
+  Operation op{name, model, std::move(start)};
+  op.expected = [](const Fault& fault) {
+    if (!IsFineTo(fault, kPieces)) return Told(-1, "", "Upgrade package transfer failed or is terminated.");
+    const int code = fault.at > kPieces ? CodeOf(kCode, fault) : kFine;
+    Lines lines = Told(code, "", "Auto reboot failed, ret_code: %. Please reboot lidar manually.");
+    if (code != kFine) lines.emplace_back("error: Auto reboot failed. Please reboot lidar manually.");
+    lines.emplace_back(
+        "success: Upgrade package transmitted successfully. The lidar will automatically reboot within 10 "
+        "seconds.");
+    return lines;
+  };
+  op.points = std::move(points);
+  op.patience_ms = 60000;
   op.restarts = true;
   op.disconnects = Ends::kOnSuccess;
   op.check = [](auto& bench, bool success) {
@@ -290,61 +281,50 @@ bool Heals(const Fault& fault) {
 }
 
 Operation SerialUpgrade(const char* model, std::vector<Point> points, Way way) {
-  Operation op{
-      "zelto upgrade",
-      model,
-      [](auto& bench) { bench.manager->ZeltoUpgradeLidar(bench.Package(kFirmware)); },
-      [points, way](const Fault& fault) {
-        const bool once = !points[fault.at - 1].nth.empty();
-        const int code = once && Heals(fault) ? kFine : CodeOf(way, fault);
-        if (code == kUnknown) return kUntellable;
-        return code == kFine
-                   ? Success("Upgrade package transmitted successfully. The lidar will automatically reboot.")
-                   : Error("Upgrade package transfer failed or is terminated. error:" + std::to_string(code));
-      },
-      points,
-      way == kOtaLine ? 30000U : 5000U};
+  Operation op{"zelto upgrade", model};
+  op.start = [](auto& bench) { bench.manager->ZeltoUpgradeLidar(bench.Package(kFirmware)); };
+  op.expected = [points, way](const Fault& fault) {
+    const bool once = !points[fault.at - 1].nth.empty();
+    return Told(once && Heals(fault) ? kFine : CodeOf(way, fault),
+                "Upgrade package transmitted successfully. The lidar will automatically reboot.",
+                "Upgrade package transfer failed or is terminated. error:%");
+  };
+  op.points = points;
+  op.patience_ms = way == kOtaLine ? 30000 : 5000;
   op.disconnects = Ends::kAlways;
   op.check = [](auto& bench, bool success) { return Arrived(bench, success, 1); };
   return op;
 }
 
-Lines MarvoTold(const Fault& fault) {
-  enum : std::size_t { kFirstRate = 1, kMode, kSecondRate, kStart, kData, kEnd, kLastEnd };
-  const std::string prefix = "Marvo upgrade: ";
-  int code = CodeOf(kOtaCarried, fault);
-  std::string failed = "BMB_APP_B failed, error=";
-  if (fault.at == kFirstRate || fault.at == kSecondRate) {
-    code = CodeOf(kCode, fault);
-    failed = fault.at == kFirstRate ? "set baudrate failed" : "set upgrade baudrate failed";
-  } else if (fault.at == kMode) {
-    code = CodeOf(kSet, fault);
-    // A refusal has the form of another partition; the sensor is not ready then.
-    failed = fault.kind == "error" ? "BMB_APP_A failed, error=9" : "change mode failed";
-  } else {
-    if ((fault.at == kData || fault.at == kLastEnd) && Heals(fault)) code = kFine;
-    if (fault.at == kLastEnd) failed = "TMB_PARAM failed, error=";
-    failed += std::to_string(code);
-  }
-  if (code == kUnknown) return kUntellable;
-  if (code == kFine) return Success("Marvo upgrade completed. The lidar will automatically reboot.");
-  return Error(prefix + failed);
-}
-
 Operation MarvoUpgrade() {
+  struct Step {
+    Point point;
+    Way way;
+    const char* failed;
+  };
+  static const std::vector<Step> steps = {
+      {{"0x00013900", "#1"}, kCode, "set baudrate failed"},
+      {{"ldcmd-set:12"}, kSet, "change mode failed"},
+      {{"0x00013900", "#2"}, kCode, "set upgrade baudrate failed"},
+      {{"ota:17"}, kOtaCarried, "BMB_APP_B failed, error=%"},
+      {{"ota:18", "#3"}, kOtaCarried, "BMB_APP_B failed, error=%"},
+      {{"ota:19"}, kOtaCarried, "BMB_APP_B failed, error=%"},
+      {{"ota:19", "#4"}, kOtaCarried, "TMB_PARAM failed, error=%"},
+  };
   static const std::vector<std::uint8_t> package = SampleMarvoPackage("full");
-  Operation op{"marvo upgrade",
-               "Marvo-KTC",
-               [](auto& bench) { bench.manager->MarvoUpgradeLidar(bench.Package(package)); },
-               MarvoTold,
-               {{"0x00013900", "#1"},
-                {"ldcmd-set:12"},
-                {"0x00013900", "#2"},
-                {"ota:17"},
-                {"ota:18", "#3"},
-                {"ota:19"},
-                {"ota:19", "#4"}},
-               5000};
+  Operation op{"marvo upgrade", "Marvo-KTC"};
+  op.start = [](auto& bench) { bench.manager->MarvoUpgradeLidar(bench.Package(package)); };
+  op.expected = [](const Fault& fault) {
+    const Step& step = steps[fault.at - 1];
+    const bool healed = step.way == kOtaCarried && !step.point.nth.empty() && Heals(fault);
+    std::string failed = step.failed;
+    // A refusal of the mode has the form of another partition; the sensor is not ready then.
+    if (step.way == kSet && fault.kind == "error") failed = "BMB_APP_A failed, error=9";
+    return Told(healed ? kFine : CodeOf(step.way, fault),
+                "Marvo upgrade completed. The lidar will automatically reboot.", "Marvo upgrade: " + failed);
+  };
+  for (const Step& step : steps) op.points.push_back(step.point);
+  op.patience_ms = 5000;
   op.disconnects = Ends::kOnSuccess;
   op.check = [](auto& bench, bool success) { return Arrived(bench, success, 4); };
   return op;
@@ -388,60 +368,57 @@ struct Function {
   const char* name;
   QVariantList arguments;
   const char* command;
-  std::string prefix;
+  std::string error;
   Way way;
   std::string success{};
 };
 
 /// A fault makes a notice and a log line.
-Operation Call(const Function& function, const char* command, Way way) {
-  Operation op{function.name,
-               "Marvo-KTC",
-               [function](auto& bench) {
-                 QVariantList arguments = function.arguments;
-                 if (arguments.value(0) == QLatin1String("FILE"))
-                   arguments[0] = bench.File("file").toLocalFile();
-                 bench.manager->CallInBackground(QLatin1String(function.name), arguments);
-               },
-               [=](const Fault& fault) {
-                 int code = CodeOf(way, fault);
-                 if (command == std::string("0x08") && fault.kind == "less")
-                   code = -2;  // no room for the port
-                 if (command == std::string("0x08") && fault.kind == "close") code = -3;  // half of 18 bytes
-                 if (code == kFine) return function.success.empty() ? Lines{} : Success(function.success);
-                 const std::string text = function.prefix + std::to_string(code);
-                 return Lines{"error: " + text, "ERROR " + text};
-               },
-               {{command}},
-               5000};
+Operation Call(const Function& function, const std::string& command, Way way) {
+  Operation op{function.name, "Marvo-KTC"};
+  op.start = [function](auto& bench) {
+    QVariantList arguments = function.arguments;
+    if (arguments.value(0) == QLatin1String("FILE")) arguments[0] = bench.File("file").toLocalFile();
+    bench.manager->CallInBackground(QLatin1String(function.name), arguments);
+  };
+  op.expected = [=](const Fault& fault) {
+    int code = CodeOf(way, fault);
+    if (command == "0x08" && fault.kind == "less") code = -2;   // no room for the port
+    if (command == "0x08" && fault.kind == "close") code = -3;  // half of 18 bytes
+    Lines lines = Told(code, function.success, function.error);
+    if (code != kFine) lines.push_back("ERROR" + lines.front().substr(lines.front().find(' ')));
+    return lines;
+  };
+  op.points = {{command}};
+  op.patience_ms = 5000;
   op.check = [](auto& bench, bool ok) { return Must(ok || bench.files() == 0, "a file is left"); };
   return op;
 }
 
 const std::vector<Function> kFunctions = {
-    {"ZeltoSetStandby", {1}, "ldcmd-set:11", "set lidar mode error, ret:", kSet},
-    {"ZeltoSetSpinRate", {20}, "ldcmd-set:10", "set lidar spin rate error, ret:", kSet},
-    {"ZeltoSetReturnMode", {1}, "ldcmd-set:9", "set lidar return mode error, ret:", kSet},
-    {"ZeltoGetCorrection", {"FILE"}, "ldcmd-get:7", "get calibration error, ret:", kGet},
-    {"ZeltoGetLidarFunctionSafety", {}, "ldcmd-get:8", "get function safety error, ret:", kGet},
+    {"ZeltoSetStandby", {1}, "ldcmd-set:11", "set lidar mode error, ret:%", kSet},
+    {"ZeltoSetSpinRate", {20}, "ldcmd-set:10", "set lidar spin rate error, ret:%", kSet},
+    {"ZeltoSetReturnMode", {1}, "ldcmd-set:9", "set lidar return mode error, ret:%", kSet},
+    {"ZeltoGetCorrection", {"FILE"}, "ldcmd-get:7", "get calibration error, ret:%", kGet},
+    {"ZeltoGetLidarFunctionSafety", {}, "ldcmd-get:8", "get function safety error, ret:%", kGet},
     {"MarvoSetIMURange",
      {5, 3},
      "ldcmd-get:11",
-     "set IMU range error, ret:",
+     "set IMU range error, ret:%",
      kGet,
      "IMU range set successfully"},
-    {"ZeltoGetBaudRate", {}, "0xFF", "get baud rate error, ret:", kCode},
+    {"ZeltoGetBaudRate", {}, "0xFF", "get baud rate error, ret:%", kCode},
     {"ZeltoSetBaudRateFromUI",
      {"115200"},
      "0x00013900",
-     "set baud rate error, ret:",
+     "set baud rate error, ret:%",
      kCode,
      "set baud rate successful"},
-    {"ZeltoGetDestinationConfig", {}, "0x08", "get destination config error, ret:", kCode},
+    {"ZeltoGetDestinationConfig", {}, "0x08", "get destination config error, ret:%", kCode},
     {"ZeltoSetDestinationIPandPort",
      {"10.0.0.5", 2000},
      "0x20",
-     "set destination IP and port error, ret:",
+     "set destination IP and port error, ret:%",
      kCode,
      "set destination IP and port successful"},
 };
@@ -463,7 +440,8 @@ std::vector<Operation> Operations() {
            {"0x20", "0x21"}),
       Save("save fields of view", 5, {}, 1, {"0x22"}),
       Save("save safety", 7, {{"Heartbeat Period", "700"}}, 1, {"0x01000102"}),
-      Console("Quenta", "0x07", "", kKtcConsole, {}, kQuery),
+      Console("Quenta", {"0x07", ""},
+              "Query ktc command fail. Please input right ktc command header and payload.", kQuery, {}),
       Restart(false),
       Restart(true),
       Download("Fault Log"),
@@ -477,8 +455,8 @@ std::vector<Operation> Operations() {
       Info("Zelto-KTC", {"ldcmd-get:15"}, "get pbl version error, ret:", kGet),
       Info("Marvo-KTC", {"ldcmd-get:15", "#1"}, "Failed to get BMB FPGA version, ret:", kGet),
       Info("Marvo-KTC", {"ldcmd-get:15", "#3"}, "Failed to get BMB MCU version, ret:", kGet),
-      Console("Zelto-KTC", "02", "08", kTunnelConsole, {{"ldcmd-get:8"}}, kGet),
-      Console("Zelto-KTC", "02", "08", kTunnelConsole, {{kTunnelled}}, kTunnel),
+      Console("Zelto-KTC", {"02", "08"}, kTunnelConsole, kGet, {{"ldcmd-get:8"}}),
+      Console("Zelto-KTC", {"02", "08"}, kTunnelConsole, kTunnel, {{kTunnelled}}),
       SerialUpgrade("Zelto-KTC", frames, kOtaCarried),
       SerialUpgrade("Zelto-KTC", {{kTunnelled}}, kOtaTunnel),
       NetworkUpgrade("junction box", "Marvo-KTC", {{"0x83", "#1"}, {"0x83", "#2"}, {"0x83", "#3"}, {"0x10"}},
@@ -489,7 +467,7 @@ std::vector<Operation> Operations() {
       MarvoUpgrade(),
       Info("Zelto", {"ldcmd-get:10"}, kSerialNumber, kLine),
       Info("Zelto", {"ldcmd-get:15"}, "get pbl version error, ret:", kLine),
-      Console("Zelto", "02", "08", kLineConsole, {{"ldcmd-get:8"}}, kLine),
+      Console("Zelto", {"02", "08"}, kSerialConsole, kLine, {{"ldcmd-get:8"}}),
       SerialUpgrade("Zelto", frames, kOtaLine),
   };
   for (const Function& function : kFunctions) {

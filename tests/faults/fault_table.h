@@ -37,8 +37,8 @@ struct Point {
 struct Operation {
   std::string name;
   std::string model;
-  std::function<void(FaultBench&)> start;
-  std::function<Lines(const Fault&)> expected;  ///< what the user is told; kUntellable leaves the case out
+  std::function<void(FaultBench&)> start{};
+  std::function<Lines(const Fault&)> expected{};  ///< what the user is told; kUntellable leaves the case out
   std::vector<Point> points{};  ///< none: at the first, a middle and the last of the exchanges
   unsigned patience_ms = 4000;
   bool connects = false;  ///< begins without a connection
