@@ -144,8 +144,8 @@ struct Edit {
 };
 
 /// `reads` exchanges bring the page up to date, then the commands go out.
-Operation Save(const char* name, int page, std::vector<Edit> edits, std::size_t reads,
-               std::vector<std::string> commands) {
+Operation Save(const char* name, int page, const std::vector<Edit>& edits, std::size_t reads,
+               const std::vector<std::string>& commands) {
   Operation op{name, "Quenta"};
   op.start = [page, edits](auto& bench) {
     for (const Edit& edit : edits) bench.Edit(edit.var_name, edit.text);
@@ -159,8 +159,8 @@ Operation Save(const char* name, int page, std::vector<Edit> edits, std::size_t 
       if (code == kFine || (command == "0x21" && code == -2)) continue;
       if (command == "0x22") return Told(code, "", "Set Failed: set channel fov failed");
       Lines lines = Told(code, "", "Set Failed: " + command + " SET  ret_code: %");
-      for (const char* type : {"WARNING", "error:"})
-        lines.push_back(type + (" SET [" + command) + "] FAILED");
+      lines.insert(lines.end(),
+                   {"WARNING SET [" + command + "] FAILED", "error: SET [" + command + "] FAILED"});
       return lines;
     }
     return Told(kFine,
@@ -280,7 +280,7 @@ bool Heals(const Fault& fault) {
   return fault.kind != "error" && fault.kind != "close";
 }
 
-Operation SerialUpgrade(const char* model, std::vector<Point> points, Way way) {
+Operation SerialUpgrade(const char* model, const std::vector<Point>& points, Way way) {
   Operation op{"zelto upgrade", model};
   op.start = [](auto& bench) { bench.manager->ZeltoUpgradeLidar(bench.Package(kFirmware)); };
   op.expected = [points, way](const Fault& fault) {
@@ -344,7 +344,7 @@ Operation SmallConnect(const char* model) {
 }
 
 /// What is asked in the background after a connection.
-Operation Info(const char* model, Point point, std::string prefix, Way way) {
+Operation Info(const char* model, Point point, const std::string& prefix, Way way) {
   Operation op = SmallConnect(model);
   op.name = "information";
   op.points = {std::move(point)};

@@ -83,8 +83,7 @@ class CaseRun {
     if (!operation_.connects && !(bench_.Connect() && bench_.AwaitPause())) return {"no undisturbed begin"};
     Disturbed();
     const Lines& told = bench_.told;
-    if (std::count(told.begin(), told.end(), "ERROR Connection Error: TCP connection failed.") > 0)
-      return kTooSlow;
+    if (std::count(told.begin(), told.end(), kNotInTime) > 0) return kTooSlow;
     Probe();
     if (bench_.manager->IsConnected()) bench_.manager->Stop();
     bench_.StopSensor();
@@ -96,6 +95,7 @@ class CaseRun {
     return faults_;
   }
 
+  static constexpr char kNotInTime[] = "ERROR Connection Error: TCP connection failed.";
   inline static const Lines kTooSlow = {"the machine did not let a connection come about in time"};
 
  private:
@@ -165,8 +165,9 @@ void RunAll(std::vector<Case>& cases) {
     std::unique_lock alone(turn, std::defer_lock);
     if (one.operation->alone) alone.lock();
     Lines faults = CaseRun::kTooSlow;
-    for (int attempt = 0; attempt < 3 && faults == CaseRun::kTooSlow; ++attempt)
+    for (int attempt = 0; attempt < 3 && faults == CaseRun::kTooSlow; ++attempt) {
       faults = CaseRun(one, name).Run();
+    }
     if (ThreadsNamed(name) != 1) faults.emplace_back("a thread outlives the controller");
     const std::lock_guard lock(reporting);
     for (const std::string& fault : faults) ADD_FAILURE() << one.name() << ": " << fault;
