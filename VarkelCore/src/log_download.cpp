@@ -10,6 +10,7 @@
 #include <exception>
 #include <utility>
 
+#include "VarkelCore/src/ktc_connect.h"
 #include "VarkelCore/src/named_command.h"
 #include "VarkelCore/src/whole_file.h"
 
@@ -73,8 +74,8 @@ void LogDownload::FetchLog(const ConfigParser& catalogue, quarn::lidar::KtcClien
 
   const ActionRequest request = MakeActionRequest(*var);
   std::vector<std::uint8_t> log;
-  if (client.QueryCommand(request.payload, log, request.command.code) == -1) {
-    return Fail(type + " download failed. return code: " + std::to_string(client.LastReturnCode()));
+  if (const auto failure = QueryTableCommand(client, request.command, request.payload, log)) {
+    return Fail(type + " download failed. return code: " + std::to_string(*failure));
   }
   switch (WriteWholeFile(target, ReplyContent(request.command, log))) {
     case WriteResult::kNotOpened:
@@ -127,7 +128,7 @@ bool LogDownload::FetchOperationLog(const VarInfo& var, quarn::lidar::KtcClient&
   for (const OperationLogPart& part : kOperationLogParts) {
     const ActionRequest request = MakeActionRequest(var, {part.selector[0], part.selector[1]});
     std::vector<std::uint8_t> log;
-    whole &= client.QueryCommand(request.payload, log, request.command.code) != -1;
+    whole &= !QueryTableCommand(client, request.command, request.payload, log);
     const QString file = QLatin1String(part.prefix) + stamp + QStringLiteral(".bin");
     whole &=
         WriteWholeFile(folder.filePath(file), ReplyContent(request.command, log)) == WriteResult::kWritten;

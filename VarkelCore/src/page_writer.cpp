@@ -8,11 +8,13 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <unordered_set>
 #include <utility>
 
 #include "VarkelCore/src/command_text.h"
+#include "VarkelCore/src/ktc_connect.h"
 #include "VarkelCore/src/str_parser.h"
 #include "libquarn/Platform/src/text_number.h"
 
@@ -173,18 +175,18 @@ SetRequest PageWriter::Write(ConfigParser& catalogue, quarn::lidar::KtcClient& c
   qDebug().noquote() << kRun << "(): QueryCommand send payload:" << Hex(payload)
                      << ", length =" << payload.size();
   std::vector<std::uint8_t> result;
-  if (client.QueryCommand(payload, result, command.code, false) == 0) {
+  const std::optional<int> failure = QueryTableCommand(client, command, payload, result);
+  if (!failure) {
     qDebug().noquote() << kRun << "(): QueryCommand SUCCESS, get result =" << Hex(result);
     ReportSent(catalogue, set_cmd);
     return request;
   }
   qDebug().noquote() << kRun << "(): QueryCommand FAILED, get result =" << Hex(result);
-  const std::int32_t code = client.LastReturnCode();
-  if (set_cmd == kAddressSetCommand && code == quarn::lidar::KtcClient::kNoHeader) return request;
+  if (set_cmd == kAddressSetCommand && *failure == quarn::lidar::KtcClient::kNoHeader) return request;
   const std::string warning = "SET [" + set_cmd + "] FAILED";
   targets_.report.Log(warning, "WARNING");
   targets_.report.Error(warning);
-  throw std::invalid_argument(set_cmd + " SET  ret_code: " + std::to_string(code));
+  throw std::invalid_argument(set_cmd + " SET  ret_code: " + std::to_string(*failure));
 }
 
 void PageWriter::ReportSent(const ConfigParser& catalogue, const std::string& set_cmd) const {

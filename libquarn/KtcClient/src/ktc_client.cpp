@@ -194,11 +194,17 @@ bool KtcClient::IsConnectTimeOver(Clock::time_point start) const {
 // ---- Exchange
 
 int KtcClient::QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result,
-                            std::uint8_t cmd, bool with_header, std::uint32_t receive_timeout_ms) {
+                            std::uint8_t cmd, bool with_header) {
+  return Query(payload, result, cmd, with_header) ? -1 : 0;
+}
+
+std::optional<std::int32_t> KtcClient::Query(std::span<const std::uint8_t> payload,
+                                             std::vector<std::uint8_t>& result, std::uint8_t cmd,
+                                             bool with_header, std::uint32_t receive_timeout_ms) {
   const std::shared_ptr<ClientBase> transport = Transport();
   if (!transport || !transport->IsOpened()) {
     QUARN_LOG(log_lib::kError, "Client is not open, cannot send command.");
-    return -1;
+    return last_return_code_;
   }
   const std::lock_guard lock(command_mutex_);
   const auto start = Clock::now();
@@ -224,7 +230,7 @@ int KtcClient::QueryCommand(std::span<const std::uint8_t> payload, std::vector<s
   const auto elapsed = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
   QUARN_LOG(log_lib::kTiming, "exec time: %fms",
             static_cast<double>(static_cast<float>(elapsed.count()) / 1000.0F));
-  return ok ? 0 : -1;
+  return ok ? std::nullopt : std::optional(last_return_code_.load());
 }
 
 // Up to and with the reply's checked header.

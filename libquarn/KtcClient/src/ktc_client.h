@@ -59,10 +59,16 @@ class KtcClient {
   /// On success `result` becomes the reply's payload, with the header ahead of it on request. A reply without
   /// payload gives the header on request and otherwise leaves `result` as it was. A failed exchange gives the
   /// header, as far as it was read, on request; it leaves `result` as it was without one, and always
-  /// when the payload failed. `payload` may be the contents of `result`. The reply is awaited for
-  /// `receive_timeout_ms`, or for the client's own time-out when that is 0.
+  /// when the payload failed. `payload` may be the contents of `result`.
   int QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result, std::uint8_t cmd,
-                   bool with_header = false, std::uint32_t receive_timeout_ms = 0);
+                   bool with_header = false);
+
+  /// The same: nothing on success, else why this exchange failed. `LastReturnCode` may meanwhile tell of
+  /// another thread's. The reply is awaited for `receive_timeout_ms`, or for the client's own time-out when
+  /// that is 0.
+  std::optional<std::int32_t> Query(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result,
+                                    std::uint8_t cmd, bool with_header = false,
+                                    std::uint32_t receive_timeout_ms = 0);
 
   /// Sends `data` as numbered pieces of 1024 bytes, each answered before the next goes out, with time-outs of
   /// a minute: 0, or -1 at the first piece that fails. The command is the low byte of `code`; `extended`
