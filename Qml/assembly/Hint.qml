@@ -17,7 +17,9 @@ Loader {
         DefaultToolTip {
             text: hint.text
             beside: hint.beside
-            visible: true
+
+            // Opened when complete, so that it heeds its delay.
+            Component.onCompleted: open()
         }
     }
 }

@@ -1,5 +1,8 @@
 #include "VarkelCore/src/ktc_connect.h"
 
+#include <exception>
+#include <iostream>
+
 #include "libquarn/Platform/src/text_number.h"
 
 namespace varkel {
@@ -21,6 +24,26 @@ std::shared_ptr<KtcClient> MakeKtcClient(const ConnectionSettings& settings,
   return std::make_shared<KtcClient>(settings.ip_address, port, false, kPlainTcp, kProtocolVersion, "", "",
                                      "", exchange_timeout_ms, exchange_timeout_ms, kConnectTimeoutS,
                                      std::uint16_t{0});
+}
+
+void AttemptTcp(const std::string& function, const std::stop_token& stop, UserReport& report,
+                std::atomic<bool>& connecting, const std::function<void()>& attempt) {
+  std::string failure = "Connection Error: ";
+  std::cout << function << "(): try to connect to lidar with TCP connection.\n" << std::flush;
+  try {
+    attempt();
+    return;
+  } catch (const std::exception& error) {
+    failure += error.what();
+  } catch (...) {
+    failure += "Unknown";
+  }
+  if (!stop.stop_requested()) {
+    std::cout << function << "(): init lidar error\n" << std::flush;
+    report.Error("Connection Failed. Please check your network settings.");
+    report.Log(failure, "ERROR");
+  }
+  connecting = false;
 }
 
 bool AnswersKtc(KtcClient& client) {

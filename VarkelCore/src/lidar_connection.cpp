@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <exception>
 #include <iostream>
 #include <stdexcept>
 #include <utility>
@@ -33,10 +32,7 @@ void LidarConnection::Init(const std::stop_token& stop, const ConnectionSettings
   connecting_ = true;
   Drop();
   connected_ = false;
-  std::cout << "VarkelManager::Init"
-            << "(): try to connect to lidar with TCP connection.\n"
-            << std::flush;
-  try {
+  AttemptTcp("VarkelManager::Init", stop, report_, connecting_, [&] {
     const auto client = OpenClient(stop, settings);
     if (stop.stop_requested()) {
       connecting_ = false;
@@ -53,11 +49,7 @@ void LidarConnection::Init(const std::stop_token& stop, const ConnectionSettings
     report_.Log("Lidar connected", "INFO");
     connecting_ = false;  // whoever hears of the connection finds the attempt ended
     events_.connected();
-  } catch (const std::exception& error) {
-    Fail(stop.stop_requested() ? std::string() : "Connection Error: " + std::string(error.what()));
-  } catch (...) {
-    Fail("Connection Error: Unknown");
-  }
+  });
 }
 
 bool LidarConnection::CheckLidarConnection() {
@@ -105,18 +97,6 @@ bool LidarConnection::Answers(KtcClient& client) {
 void LidarConnection::InstallByteLog(KtcClient& client) {
   client.SetLogCallback([this](const std::string& line) { report_.Bytes(line); },
                         [this] { return byte_log_.IsWanted(); });
-}
-
-/// Without a reason the attempt was given up by the user.
-void LidarConnection::Fail(const std::string& reason) {
-  if (!reason.empty()) {
-    std::cout << "VarkelManager::Init"
-              << "(): init lidar error\n"
-              << std::flush;
-    report_.Error("Connection Failed. Please check your network settings.");
-    report_.Log(reason, "ERROR");
-  }
-  connecting_ = false;
 }
 
 }  // namespace varkel

@@ -55,7 +55,6 @@ class LidarConnection {
                                                       const ConnectionSettings& settings);
   bool Answers(quarn::lidar::KtcClient& client);
   void InstallByteLog(quarn::lidar::KtcClient& client);
-  void Fail(const std::string& reason);
 
   UserReport& report_;
   const Events events_;

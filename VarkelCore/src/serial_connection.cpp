@@ -2,8 +2,6 @@
 
 #include <array>
 #include <chrono>
-#include <exception>
-#include <iostream>
 #include <stdexcept>
 #include <utility>
 
@@ -82,10 +80,7 @@ void SerialConnection::InitKtcForSerial(const std::stop_token& stop, const Conne
   connecting_ = true;
   Drop();
   connected_ = false;
-  std::cout << "VarkelManager::InitKtcForSerial"
-            << "(): try to connect to lidar with TCP connection.\n"
-            << std::flush;
-  try {
+  AttemptTcp("VarkelManager::InitKtcForSerial", stop, report_, connecting_, [&] {
     const auto client = OpenClient(stop, settings);
     if (stop.stop_requested()) {
       connecting_ = false;
@@ -99,11 +94,7 @@ void SerialConnection::InitKtcForSerial(const std::stop_token& stop, const Conne
     if (model_name == kMarvoKtc) events_.read_marvo_versions();
     connecting_ = false;  // whoever hears of the connection finds the attempt ended
     events_.connected();
-  } catch (const std::exception& error) {
-    FailKtc(stop.stop_requested() ? std::string() : "Connection Error: " + std::string(error.what()));
-  } catch (...) {
-    FailKtc("Connection Error: Unknown");
-  }
+  });
 }
 
 bool SerialConnection::CheckLidarConnection() {
@@ -207,18 +198,6 @@ bool SerialConnection::FailLine(const char* notice, const char* log_line) {
   report_.Log(log_line, "ERROR");
   connecting_ = false;
   return false;
-}
-
-/// Without a reason the attempt was given up by the user.
-void SerialConnection::FailKtc(const std::string& reason) {
-  if (!reason.empty()) {
-    std::cout << "VarkelManager::InitKtcForSerial"
-              << "(): init lidar error\n"
-              << std::flush;
-    report_.Error("Connection Failed. Please check your network settings.");
-    report_.Log(reason, "ERROR");
-  }
-  connecting_ = false;
 }
 
 }  // namespace varkel

@@ -73,7 +73,6 @@ class SerialConnection : public SmallSensorLink {
   std::shared_ptr<KtcClient> OpenClient(const std::stop_token& stop, const ConnectionSettings& settings);
   void SetLineRate(KtcClient& client, const ConnectionSettings& settings);
   bool FailLine(const char* notice, const char* log_line);
-  void FailKtc(const std::string& reason);
 
   UserReport& report_;
   const Events events_;

@@ -112,6 +112,7 @@ TEST_P(EveryWay, MisbehavesByNameInATransfer) {
     int result;
     std::uint32_t progress;
   } kCases[] = {
+      {"ota:1=late:700", 0, 3},  // erasing takes its time
       {"ota:1=error:9", 9, 0},
       {"ota:2=error:7#3", 7, 2},
       {"ota:3=error", 1, 3},

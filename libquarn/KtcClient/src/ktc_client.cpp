@@ -194,7 +194,7 @@ bool KtcClient::IsConnectTimeOver(Clock::time_point start) const {
 // ---- Exchange
 
 int KtcClient::QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result,
-                            std::uint8_t cmd, bool with_header) {
+                            std::uint8_t cmd, bool with_header, std::uint32_t receive_timeout_ms) {
   const std::shared_ptr<ClientBase> transport = Transport();
   if (!transport || !transport->IsOpened()) {
     QUARN_LOG(log_lib::kError, "Client is not open, cannot send command.");
@@ -203,7 +203,7 @@ int KtcClient::QueryCommand(std::span<const std::uint8_t> payload, std::vector<s
   const std::lock_guard lock(command_mutex_);
   const auto start = Clock::now();
   Reply reply;
-  bool ok = Exchange(*transport, payload, cmd, reply);
+  bool ok = Exchange(*transport, payload, cmd, receive_timeout_ms, reply);
   if (ok && reply.payload_length > 0) {
     ok = ReadPayload(*transport, reply.payload_length, reply);
     if (ok) {
@@ -229,10 +229,13 @@ int KtcClient::QueryCommand(std::span<const std::uint8_t> payload, std::vector<s
 
 // Up to and with the reply's checked header.
 bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> payload, std::uint8_t cmd,
-                         Reply& reply) {
+                         std::uint32_t receive_timeout_ms, Reply& reply) {
   std::vector<std::uint8_t> frame;
   parser_.KtcStreamEncode(payload, frame, cmd);
   DrainStaleInput(transport);
+  if (receive_timeout_ms != 0) {
+    transport.SetTimeout(receive_timeout_ms, current_send_timeout_ms_);  // the next drain sets it back
+  }
   if (!SendRequest(transport, frame) || !ReadHeader(transport, reply) || !CheckHeader(reply, cmd)) {
     return false;
   }

@@ -55,9 +55,10 @@ class KtcClient {
   /// On success `result` becomes the reply's payload, with the header ahead of it on request. A reply without
   /// payload gives the header on request and otherwise leaves `result` as it was. A failed exchange gives the
   /// header, as far as it was read, on request; it leaves `result` as it was without one, and always
-  /// when the payload failed. `payload` may be the contents of `result`.
+  /// when the payload failed. `payload` may be the contents of `result`. The reply is awaited for
+  /// `receive_timeout_ms`, or for the client's own time-out when that is 0.
   int QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result, std::uint8_t cmd,
-                   bool with_header = false);
+                   bool with_header = false, std::uint32_t receive_timeout_ms = 0);
 
   /// Sends `data` as numbered pieces of 1024 bytes, each answered before the next goes out, with time-outs of
   /// a minute: 0, or -1 at the first piece that fails. The command is the low byte of `code`; `extended`
@@ -116,7 +117,8 @@ class KtcClient {
   std::shared_ptr<ClientBase> Transport() const;
 
   // With command_mutex_ held.
-  bool Exchange(ClientBase& transport, std::span<const std::uint8_t> payload, std::uint8_t cmd, Reply& reply);
+  bool Exchange(ClientBase& transport, std::span<const std::uint8_t> payload, std::uint8_t cmd,
+                std::uint32_t receive_timeout_ms, Reply& reply);
   void DrainStaleInput(ClientBase& transport);
   bool SendRequest(ClientBase& transport, std::span<const std::uint8_t> frame);
   bool ReadHeader(ClientBase& transport, Reply& reply);

@@ -29,8 +29,7 @@ bool TcpClient::Open(const std::string& ip, std::uint16_t port, bool /*auto_rece
   }
   QUARN_LOG(log_lib::kProgress, "Open() IP %s port %u", ip.c_str(), unsigned{port});
   Close();
-  lidar_ip_ = ip;
-  lidar_port_ = port;
+  SetPeer(ip, port);
   return PlainOpen();
 }
 
@@ -41,8 +40,7 @@ bool TcpClient::TryOpen(std::uint16_t local_port, const std::string& ip, std::ui
     return true;
   }
   Close();
-  lidar_ip_ = ip;
-  lidar_port_ = port;
+  SetPeer(ip, port);
   if (!platform::StartUpSockets()) {
     QUARN_LOG(log_lib::kError, "Initilize winsock error !");
     return false;
@@ -50,7 +48,7 @@ bool TcpClient::TryOpen(std::uint16_t local_port, const std::string& ip, std::ui
   if (!CreateSocket()) {
     return false;
   }
-  if (local_port != 0 && !platform::BindPort(socket_, local_port)) {
+  if (local_port != 0 && !platform::BindPort(socket(), local_port)) {
     QUARN_LOG(log_lib::kError, "Failed to bind local port, system will auto assign one");
   }
   if (!platform::IsIpV4(ip)) {
@@ -58,18 +56,18 @@ bool TcpClient::TryOpen(std::uint16_t local_port, const std::string& ip, std::ui
     QUARN_LOG(log_lib::kError, "TryOpen inet_pton error:%s", ip.c_str());
     return false;
   }
-  if (StartConnecting(socket_, lidar_ip_, lidar_port_) != 0) {
+  if (StartConnecting(socket(), lidar_ip(), lidar_port()) != 0) {
     QUARN_LOG(log_lib::kError, "socket Connection error.");
     Close();
     return false;
   }
-  if (!WaitConnected(socket_, timeout_s, interrupted_) || platform::PendingSocketError(socket_) != 0) {
+  if (!WaitConnected(socket(), timeout_s, interrupted()) || platform::PendingSocketError(socket()) != 0) {
     Close();
     return false;
   }
   QUARN_LOG(log_lib::kProgress, "TryOpen succeed, IP %s port %u", ip.c_str(), unsigned{port});
-  platform::SetNonBlocking(socket_, false);
-  opened_ = true;
+  platform::SetNonBlocking(socket(), false);
+  MarkOpened();
   return true;
 }
 
@@ -82,15 +80,15 @@ bool TcpClient::PlainOpen() {
   if (!CreateSocket()) {
     return false;
   }
-  if (!platform::IsIpV4(lidar_ip_)) {
+  if (!platform::IsIpV4(lidar_ip())) {
     Close();
-    QUARN_LOG(log_lib::kError, "Open inet_pton error:%s", lidar_ip_.c_str());
+    QUARN_LOG(log_lib::kError, "Open inet_pton error:%s", lidar_ip().c_str());
     return false;
   }
-  int error = StartConnecting(socket_, lidar_ip_, lidar_port_);
+  int error = StartConnecting(socket(), lidar_ip(), lidar_port());
   if (error == 0) {
-    error = WaitConnected(socket_, std::nullopt, interrupted_) ? platform::PendingSocketError(socket_)
-                                                               : EINPROGRESS;
+    error = WaitConnected(socket(), std::nullopt, interrupted()) ? platform::PendingSocketError(socket())
+                                                                 : EINPROGRESS;
   }
   if (error != 0) {
     if (error == EINPROGRESS) {
@@ -102,9 +100,9 @@ bool TcpClient::PlainOpen() {
     QUARN_LOG(log_lib::kError, "connect lidar fail errno %d", error);
     return false;
   }
-  platform::SetNonBlocking(socket_, false);
-  QUARN_LOG(log_lib::kProgress, " succeed, IP %s port %u", lidar_ip_.c_str(), unsigned{lidar_port_});
-  opened_ = true;
+  platform::SetNonBlocking(socket(), false);
+  QUARN_LOG(log_lib::kProgress, " succeed, IP %s port %u", lidar_ip().c_str(), unsigned{lidar_port()});
+  MarkOpened();
   return true;
 }
 
@@ -115,8 +113,7 @@ bool TcpClient::CreateSocket() {
     platform::CleanUpSockets();
     return false;
   }
-  const std::lock_guard lock(handle_mutex_);
-  socket_ = created;
+  TakeSocket(created);
   return true;
 }
 
@@ -124,21 +121,11 @@ void TcpClient::Close() {
   ReleaseSocket();
 }
 
-void TcpClient::ReleaseSocket() {
-  opened_ = false;
-  const std::lock_guard lock(handle_mutex_);
-  const platform::SocketHandle closing = socket_.exchange(platform::kInvalidSocket);
-  if (closing != platform::kInvalidSocket) {
-    platform::CloseSocket(closing);
-    platform::CleanUpSockets();
-  }
-}
-
 int TcpClient::Send(const std::uint8_t* data, std::uint16_t length, int flags) {
-  if (interrupted_ || (!opened_ && !PlainOpen())) {
+  if (interrupted() || (!IsOpened() && !PlainOpen())) {
     return -1;
   }
-  const int sent = platform::SendBytes(socket_, {data, length}, flags);
+  const int sent = platform::SendBytes(socket(), {data, length}, flags);
   // The C library's number, not the socket's: where the two differ, a failed send is always logged.
   const int error = errno;
   if (sent != length && error != EINTR && error != EAGAIN && error != EWOULDBLOCK) {
@@ -158,23 +145,23 @@ int TcpClient::Receive(std::uint8_t* buffer, std::uint32_t length, int flags) {
 }
 
 int TcpClient::ReceiveOnce(std::uint8_t* buffer, std::uint32_t length, int flags) {
-  if (interrupted_ || (!opened_ && !PlainOpen())) {
+  if (interrupted() || (!IsOpened() && !PlainOpen())) {
     return -1;
   }
   const bool without_waiting = flags == kReceiveWithoutWaiting;
-  if (without_waiting && !platform::SetNonBlocking(socket_, true)) {
+  if (without_waiting && !platform::SetNonBlocking(socket(), true)) {
     QUARN_LOG(log_lib::kError, "Failed to set non-blocking mode");
     return -1;
   }
-  const int received = platform::ReceiveBytes(socket_, {buffer, length}, without_waiting ? 0 : flags);
+  const int received = platform::ReceiveBytes(socket(), {buffer, length}, without_waiting ? 0 : flags);
   const int error = platform::LastSocketError();
   if (without_waiting) {
-    if (!platform::SetNonBlocking(socket_, false)) {
+    if (!platform::SetNonBlocking(socket(), false)) {
       QUARN_LOG(log_lib::kError, "Failed to restore original socket mode");
     }
     return received;
   }
-  if (received <= 0 && interrupted_) {
+  if (received <= 0 && interrupted()) {
     return -1;
   }
   if (received == 0) {
@@ -183,51 +170,6 @@ int TcpClient::ReceiveOnce(std::uint8_t* buffer, std::uint32_t length, int flags
     QUARN_LOG(log_lib::kError, "Receive failed, WSA error: %d", error);
   }
   return received;
-}
-
-bool TcpClient::SetReceiveTimeout(std::uint32_t receive_ms) {
-  if (!HasSocket()) {
-    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
-    return false;
-  }
-  return platform::SetSocketReceiveTimeout(socket_, receive_ms);
-}
-
-int TcpClient::SetTimeout(std::uint32_t receive_ms, std::uint32_t send_ms) {
-  if (!HasSocket()) {
-    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
-    return -1;
-  }
-  receive_timeout_ms_ = receive_ms;
-  send_timeout_ms_ = send_ms;
-  const bool set = platform::SetSocketReceiveTimeout(socket_, receive_timeout_ms_) &&
-                   platform::SetSocketSendTimeout(socket_, send_timeout_ms_);
-  return set ? 0 : -1;
-}
-
-void TcpClient::SetReceiveBufferSize(const std::uint32_t& size) {
-  if (!HasSocket()) {
-    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
-    return;
-  }
-  receive_buffer_size_ = size;
-  const std::optional<std::uint32_t> current = platform::ReceiveBufferSize(socket_);
-  if (current && *current < receive_buffer_size_) {
-    platform::SetReceiveBufferSize(socket_, receive_buffer_size_);
-  }
-}
-
-void TcpClient::Interrupt() {
-  interrupted_ = true;
-  const std::lock_guard lock(handle_mutex_);
-  const platform::SocketHandle socket = socket_;
-  if (socket != platform::kInvalidSocket) {
-    platform::ShutdownSocket(socket);
-  }
-}
-
-bool TcpClient::IsOpenOn(const std::string& ip, std::uint16_t port) const {
-  return opened_ && ip == lidar_ip_ && port == lidar_port_;
 }
 
 }  // namespace quarn::lidar

@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <chrono>
 #include <iostream>
-#include <optional>
 #include <string_view>
 
 #include "libquarn/KtcClient/src/tcp_client.h"
@@ -39,8 +38,7 @@ bool TcpSslClient::Open(const std::string& ip, std::uint16_t port, bool /*auto_r
   }
   QUARN_LOG(log_lib::kProgress, "Open() IP %s port %u", ip.c_str(), unsigned{port});
   Close();
-  lidar_ip_ = ip;
-  lidar_port_ = port;
+  SetPeer(ip, port);
   cert_ = cert;
   private_key_ = private_key;
   ca_ = ca;
@@ -54,15 +52,14 @@ bool TcpSslClient::TryOpen(std::uint16_t local_port, const std::string& ip, std:
     return true;
   }
   Close();
-  lidar_ip_ = ip;
-  lidar_port_ = port;
+  SetPeer(ip, port);
   cert_ = cert;
   private_key_ = private_key;
   ca_ = ca;
   if (!CreateContext(cert_, private_key_, ca_)) {
     return false;
   }
-  return GoOn(tcp_try_open(local_port, lidar_ip_.c_str(), lidar_port_, timeout_s, &interrupted_));
+  return GoOn(tcp_try_open(local_port, lidar_ip().c_str(), lidar_port(), timeout_s, &interrupted()));
 }
 
 bool TcpSslClient::PlainOpen() {
@@ -70,7 +67,7 @@ bool TcpSslClient::PlainOpen() {
     QUARN_LOG(log_lib::kError, "create SSL_CTX failed");
     return false;
   }
-  return GoOn(tcp_open(lidar_ip_.c_str(), lidar_port_, &interrupted_));
+  return GoOn(tcp_open(lidar_ip().c_str(), lidar_port(), &interrupted()));
 }
 
 // The road over TLS is closed on purpose: a sensor that answers is left again before a byte of a handshake
@@ -96,7 +93,7 @@ bool TcpSslClient::StartSession(platform::SocketHandle connected) {
     Close();
     return false;
   }
-  session_ = TlsSession::Create(context_.get(), socket_);
+  session_ = TlsSession::Create(context_.get(), socket());
   const char* failure = nullptr;
   if (session_ == nullptr) {
     failure = "create ssl failed";
@@ -111,37 +108,23 @@ bool TcpSslClient::StartSession(platform::SocketHandle connected) {
     return false;
   }
   QUARN_LOG(log_lib::kProgress, "TcpSslClient::Open() success!");
-  opened_ = true;
+  MarkOpened();
   return true;
-}
-
-// False after an interrupt, which found no socket to shut down.
-bool TcpSslClient::TakeSocket(platform::SocketHandle connected) {
-  const std::lock_guard lock(handle_mutex_);
-  socket_ = connected;
-  return !interrupted_;
 }
 
 // The peer hears of the end while the descriptor is still ours: later it may be somebody else's.
 void TcpSslClient::Close() {
-  opened_ = false;
+  MarkClosed();
   if (session_ != nullptr) {
     session_->Shutdown();
   }
-  {
-    const std::lock_guard lock(handle_mutex_);
-    const platform::SocketHandle closing = socket_.exchange(platform::kInvalidSocket);
-    if (closing != platform::kInvalidSocket) {
-      platform::CloseSocket(closing);
-      platform::CleanUpSockets();
-    }
-  }
+  ReleaseSocket();
   session_.reset();
   context_.reset();
 }
 
 int TcpSslClient::Send(const std::uint8_t* data, std::uint16_t length, int /*flags*/) {
-  if (interrupted_ || (!opened_ && !PlainOpen())) {
+  if (interrupted() || (!IsOpened() && !PlainOpen())) {
     return -1;
   }
   const int sent = session_->Write({data, length});
@@ -168,7 +151,7 @@ int TcpSslClient::Receive(std::uint8_t* buffer, std::uint32_t length, int flags)
 }
 
 int TcpSslClient::ReceiveAll(std::uint8_t* buffer, std::uint32_t length) {
-  if (interrupted_ || (!opened_ && !PlainOpen())) {
+  if (interrupted() || (!IsOpened() && !PlainOpen())) {
     return -1;
   }
   std::span<std::uint8_t> rest(buffer, length);
@@ -181,58 +164,12 @@ int TcpSslClient::ReceiveAll(std::uint8_t* buffer, std::uint32_t length) {
     }
   }
   if (!rest.empty()) {
-    if (!interrupted_) {
+    if (!interrupted()) {
       QUARN_LOG(log_lib::kError, "ssl receive failed");
     }
     return -1;
   }
   return static_cast<int>(length);
-}
-
-// The three settings name the plain transport in their warnings: one text for the user to look for.
-bool TcpSslClient::SetReceiveTimeout(std::uint32_t receive_ms) {
-  if (!HasSocket()) {
-    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
-    return false;
-  }
-  return platform::SetSocketReceiveTimeout(socket_, receive_ms);
-}
-
-int TcpSslClient::SetTimeout(std::uint32_t receive_ms, std::uint32_t send_ms) {
-  if (!HasSocket()) {
-    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
-    return -1;
-  }
-  receive_timeout_ms_ = receive_ms;
-  send_timeout_ms_ = send_ms;
-  const bool set = platform::SetSocketReceiveTimeout(socket_, receive_timeout_ms_) &&
-                   platform::SetSocketSendTimeout(socket_, send_timeout_ms_);
-  return set ? 0 : -1;
-}
-
-void TcpSslClient::SetReceiveBufferSize(const std::uint32_t& size) {
-  if (!HasSocket()) {
-    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
-    return;
-  }
-  receive_buffer_size_ = size;
-  const std::optional<std::uint32_t> current = platform::ReceiveBufferSize(socket_);
-  if (current && *current < receive_buffer_size_) {
-    platform::SetReceiveBufferSize(socket_, receive_buffer_size_);
-  }
-}
-
-void TcpSslClient::Interrupt() {
-  interrupted_ = true;
-  const std::lock_guard lock(handle_mutex_);
-  const platform::SocketHandle socket = socket_;
-  if (socket != platform::kInvalidSocket) {
-    platform::ShutdownSocket(socket);
-  }
-}
-
-bool TcpSslClient::IsOpenOn(const std::string& ip, std::uint16_t port) const {
-  return opened_ && ip == lidar_ip_ && port == lidar_port_;
 }
 
 }  // namespace quarn::lidar

@@ -5,23 +5,28 @@
 #include "libquarn/Platform/src/byte_order.h"
 
 namespace quarn::lidar {
+namespace {
+
+constexpr std::uint32_t kClientTimeout = 0;  // the KTC client's own
+
+}  // namespace
 
 int KtcSerialClient::QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
                                 std::vector<std::uint8_t>& frame, std::uint32_t /*timeout_ms*/) {
-  return Tunnel(ReplyKind::kCommand, EncodeCommandFrame(code, payload, FreshNonce()), frame);
+  return Tunnel(ReplyKind::kCommand, EncodeCommandFrame(code, payload, FreshNonce()), kClientTimeout, frame);
 }
 
 int KtcSerialClient::ExchangeOta(std::uint32_t first, std::uint32_t second,
                                  std::span<const std::uint8_t> data, std::uint8_t type, OtaReply& reply) {
   std::vector<std::uint8_t> frame;
-  const int result = Tunnel(ReplyKind::kOta, EncodeOtaFrame(type, first, second, data), frame);
+  const int result = Tunnel(ReplyKind::kOta, EncodeOtaFrame(type, first, second, data), kOtaTimeoutMs, frame);
   if (result == 0) {
     reply = ReadOtaReply(frame);
   }
   return result;
 }
 
-int KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint8_t> request,
+int KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint8_t> request, std::uint32_t timeout_ms,
                             std::vector<std::uint8_t>& frame) {
   if (!client_ || !client_->IsOpen()) {
     return kNotSent;
@@ -29,7 +34,7 @@ int KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint8_t> reques
   std::vector<std::uint8_t> payload(kTunnelPrefix.begin(), kTunnelPrefix.end());
   payload.insert(payload.end(), request.begin(), request.end());
   std::vector<std::uint8_t> reply;
-  if (client_->QueryCommand(payload, reply, kKtcExtensionCmd) != 0) {
+  if (client_->QueryCommand(payload, reply, kKtcExtensionCmd, false, timeout_ms) != 0) {
     switch (const std::int32_t code = client_->LastReturnCode()) {
       case KtcClient::kNotSent:
         return kNotSent;

@@ -12,8 +12,8 @@
 namespace quarn::lidar {
 
 /// Commands a small sensor whose serial frames travel inside KTC: command 0xFF, the two bytes 00 02, then the
-/// whole frame, in the request as in the reply. The KTC client's own time-outs hold for every exchange and
-/// its log callback shows the bytes. Thread-safe.
+/// whole frame, in the request as in the reply. Commands wait as long as the KTC client does, firmware frames
+/// `kOtaTimeoutMs`; the client's log callback shows the bytes. Thread-safe.
 class KtcSerialClient : public SerialExchange {
  public:
   explicit KtcSerialClient(std::shared_ptr<KtcClient> client) : client_(std::move(client)) {}
@@ -24,7 +24,8 @@ class KtcSerialClient : public SerialExchange {
                   std::uint8_t type, OtaReply& reply) override;
 
  private:
-  int Tunnel(ReplyKind kind, std::span<const std::uint8_t> request, std::vector<std::uint8_t>& frame);
+  int Tunnel(ReplyKind kind, std::span<const std::uint8_t> request, std::uint32_t timeout_ms,
+             std::vector<std::uint8_t>& frame);
 
   const std::shared_ptr<KtcClient> client_;
 };

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string>
+
+#include "libquarn/KtcClient/src/client_base.h"
+#include "libquarn/Platform/src/socket.h"
+
+namespace quarn::lidar {
+
+/// What the transports over a TCP socket share: the socket and its settings, the peer, and the interrupt.
+/// The warnings of all settings name the plain transport, so that there is one text to look for.
+class SocketTransport : public ClientBase {
+ public:
+  bool IsOpened() const override { return opened_; }
+  bool SetReceiveTimeout(std::uint32_t receive_ms) override;
+  int SetTimeout(std::uint32_t receive_ms, std::uint32_t send_ms) override;
+  void SetReceiveBufferSize(const std::uint32_t& size) override;
+  void Interrupt() override;
+
+ protected:
+  SocketTransport() = default;
+
+  void SetPeer(const std::string& ip, std::uint16_t port);
+  bool IsOpenOn(const std::string& ip, std::uint16_t port) const;
+  const std::string& lidar_ip() const { return lidar_ip_; }
+  std::uint16_t lidar_port() const { return lidar_port_; }
+
+  /// Makes the transport the socket's owner; its start-up of the socket system comes with it. False after an
+  /// interrupt, which found no socket to shut down.
+  bool TakeSocket(platform::SocketHandle socket);
+  /// Marks the transport closed; closes the socket, if there is one, and pairs its start-up.
+  void ReleaseSocket();
+  platform::SocketHandle socket() const { return socket_; }
+
+  void MarkOpened() { opened_ = true; }
+  void MarkClosed() { opened_ = false; }
+  const std::atomic<bool>& interrupted() const { return interrupted_; }
+
+ private:
+  bool HasSocket() const { return socket_ != platform::kInvalidSocket; }
+
+  // Used by the thread that holds the transport.
+  std::string lidar_ip_;
+  std::uint16_t lidar_port_ = 0;
+  std::uint32_t receive_buffer_size_ = 4096;
+  std::uint32_t receive_timeout_ms_ = 500;
+  std::uint32_t send_timeout_ms_ = 500;
+
+  // Written under handle_mutex_, so that an interrupt never shuts down a descriptor that was closed and
+  // given to somebody else in the meantime.
+  std::mutex handle_mutex_;
+  std::atomic<platform::SocketHandle> socket_{platform::kInvalidSocket};
+
+  std::atomic<bool> opened_{false};
+  std::atomic<bool> interrupted_{false};
+};
+
+}  // namespace quarn::lidar
