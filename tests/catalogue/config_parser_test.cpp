@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <random>
 #include <stdexcept>
 
 #include "tests/catalogue/table_file.h"
@@ -248,32 +247,6 @@ TEST(ConfigParser, FindsTheFieldOfACommand) {
             "ConfigParser::GetVarPosOffset(): ERROR. This var_id does not exist. Detail: var_id = 5-5, "
             "file_path = " +
                 table.file.path() + "\nConfigParser::GetVarPosOffset(): don't have this command\n");
-}
-
-// Whatever stands in the file, a load ends well or with an error that says so.
-TEST(ConfigParser, SurvivesAnyBytes) {
-  const std::string good = TableText({"0,Page,A",
-                                      "Index=1;Get=0x07;Set=0x21;Options=0|1;OptionDescription=0_Off\n1_On;"
-                                      "FunctionModule=1_1_1_2_1|1_1_2_2;GetCmdPayload=0x01"});
-  std::mt19937 random(20240918);
-  testing::internal::CaptureStdout();
-  int loaded = 0;
-  for (unsigned round = 0; round < 1500; ++round) {
-    std::string text = good;
-    const std::size_t spared = good.find('\n') * (round % 3) / 2;
-    for (unsigned i = 0; i <= round % 4; ++i) {
-      text[spared + random() % (good.size() - spared)] =
-          round % 2 == 0 ? static_cast<char>(random()) : "0123456789|_~-,\"\nx"[random() % 18];
-    }
-    const TableFile file(text);
-    try {
-      loaded += ConfigParser(file.path()).ExtractConfigInfo() ? 1 : 0;
-    } catch (const std::exception& error) {
-      EXPECT_STRNE(error.what(), "");
-    }
-  }
-  testing::internal::GetCapturedStdout();
-  EXPECT_GT(loaded, 100) << "the changes are too wild to reach the loader";
 }
 
 }  // namespace

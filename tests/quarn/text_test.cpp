@@ -6,7 +6,6 @@
 #include <stdexcept>
 #include <string>
 
-#include "libquarn/Platform/src/hex_text.h"
 #include "libquarn/Platform/src/text_number.h"
 
 namespace quarn::lidar {
@@ -75,11 +74,6 @@ TEST(TextToReal, Table) {
     EXPECT_EQ(Try<double>([&] { return TextToDouble(text); }), "range: stod argument out of range") << text;
   }
   EXPECT_EQ(Try<float>([] { return TextToFloat("1e39"); }), "range: stof argument out of range");
-}
-
-TEST(HexLine, TwoDigitsAndABlankAByte) {
-  EXPECT_EQ(HexLine(std::vector<std::uint8_t>{0x00, 0x09, 0xAF, 0xFA, 0xFF}), "00 09 af fa ff ");
-  EXPECT_EQ(HexLine({}), "");
 }
 
 }  // namespace
