@@ -274,9 +274,6 @@ TEST_F(Tls, InterruptEndsWhatRunsAndWhatComesLater) {
       [&](TcpSslClient& client) {
         EXPECT_FALSE(client.TryOpen(0, kLoopback, silent.port(), false, nullptr, nullptr, nullptr, 60));
       },
-      [&](TcpSslClient& client) {
-        EXPECT_FALSE(client.Open(kLoopback, silent.port(), false, nullptr, nullptr, nullptr));
-      },
       [&](TcpSslClient& client) { EXPECT_FALSE(Connect(client, mute->port())); },  // in the handshake
       [&](TcpSslClient& client) {
         if (Connect(client, server.port())) {

@@ -20,13 +20,14 @@ Bytes PackageOf(const std::string& first_line, std::size_t size) {
 
 class RestartTest : public testing::Test {
  protected:
-  void StartSensor(std::chrono::milliseconds restart_time, const std::string& table) {
+  void StartSensor(std::chrono::milliseconds restart_time, const std::string& table = {}) {
     sensor_ = std::make_unique<SimulatedSensor>(SensorOptions{
-        .table_path = table, .restart_time = restart_time, .clock = [this] { return now_.load(); }});
+        .table_path = table.empty() ? table_.path() : table, .restart_time = restart_time, .clock = [this] {
+          return now_.load();
+        }});
     sensor_->Start();
     Reconnect();
   }
-  void StartSensor(std::chrono::milliseconds restart_time) { StartSensor(restart_time, table_.path()); }
   void Reconnect() {
     client_ = Connect(*sensor_, 1);
     ASSERT_TRUE(client_);

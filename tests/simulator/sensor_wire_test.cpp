@@ -223,34 +223,17 @@ TEST(SimulatedSensor, SaysWhyItCanNotServe) {
   EXPECT_THROW(make("1,1,0x31,,,Good,uint8,1,1,,,,\n", {"0x07"}), std::invalid_argument);
 }
 
-// Every value goes out as the table shows it, and what is written reads back.
+// At power-up every value is the one that the table shows.
 TEST(SimulatedSensor, ServesTheRealModels) {
   for (const char* model : {"Quenta", "Zelto", "Zelto-KTC", "Marvo-KTC"}) {
-    SCOPED_TRACE(model);
-    SimulatedSensor sensor({.table_path = ModelTable(model), .clock = [] { return 0ms; }});
+    const SimulatedSensor sensor({.table_path = ModelTable(model), .clock = [] { return 0ms; }});
     ConfigParser table(ModelTable(model));
     ASSERT_TRUE(table.ExtractConfigInfo());
     for (const auto& [id, var] : table.var_map()) {
-      if (!var->get_cmd.empty() && var->component_type != kStandalone) {
-        EXPECT_EQ(sensor.ValueText(var->var_name), var->default_val) << id << " " << var->var_name;
-      }
+      if (var->get_cmd.empty() || var->component_type == kStandalone) continue;
+      EXPECT_EQ(sensor.ValueText(var->var_name), var->default_val) << model << " " << id;
     }
   }
-  SimulatedSensor sensor({.table_path = ModelTable("Quenta")});
-  sensor.Start();
-  const auto client = Connect(sensor, 2);
-  ASSERT_TRUE(client);
-  Bytes result;
-  EXPECT_EQ(client->QueryCommand({}, result, 0x07) + client->QueryCommand({}, result, 0x08), 0);
-  EXPECT_EQ(client->WriteChannelFov(2, {1.5F, 20.0F, 0.0F, 0.0F, 0.0F}), 0);
-  EXPECT_EQ(client->WriteChannelFov(6, {}), -1) << "five channels";
-  quarn::lidar::FovAngles starts{};
-  quarn::lidar::FovAngles ends{};
-  int count = 0;
-  EXPECT_EQ(client->QueryMultiFov(starts, ends, count), 0);
-  EXPECT_EQ(count, 2);
-  EXPECT_EQ(starts, (quarn::lidar::FovAngles{1.5F, 20.0F, 0, 0, 0}));
-  EXPECT_EQ(ends[1], 360.0F);
 }
 
 }  // namespace
