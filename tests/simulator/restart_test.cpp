@@ -29,7 +29,7 @@ class RestartTest : public testing::Test {
     Reconnect();
   }
   void Reconnect() {
-    client_ = Connect(*sensor_, 1);
+    client_ = Connect(*sensor_, 1, 2000);
     ASSERT_TRUE(client_);
   }
   int Query(std::uint8_t command, const Bytes& payload = {}) {

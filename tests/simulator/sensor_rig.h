@@ -32,10 +32,11 @@ inline bool Eventually(const std::function<bool()>& condition) {
   return true;
 }
 
-/// A connected client with a short patience, or null.
-inline std::unique_ptr<quarn::lidar::KtcClient> Connect(const SimulatedSensor& sensor, std::uint8_t version) {
+/// A connected client, or null.
+inline std::unique_ptr<quarn::lidar::KtcClient> Connect(const SimulatedSensor& sensor, std::uint8_t version,
+                                                        std::uint32_t patience_ms = 400) {
   auto client = std::make_unique<quarn::lidar::KtcClient>("127.0.0.1", sensor.port(), false, 0, version, "",
-                                                          "", "", 400, 400, 5.0F, 0);
+                                                          "", "", patience_ms, patience_ms, 5.0F, 0);
   return Eventually([&] { return client->IsOpen(); }) ? std::move(client) : nullptr;
 }
 
