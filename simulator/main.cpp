@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -15,18 +16,23 @@
 #include <utility>
 #include <vector>
 
+#include "simulator/road_options.h"
+#include "simulator/src/datagram_stream.h"
 #include "simulator/src/simulated_sensor.h"
 #include "simulator/src/simulated_small_sensor.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using varkel::sim::DatagramStream;
 using varkel::sim::Exchange;
 using varkel::sim::SensorOptions;
 using varkel::sim::SerialRequest;
 using varkel::sim::SimulatedSensor;
 using varkel::sim::SimulatedSmallSensor;
 using varkel::sim::SmallSensorOptions;
+using varkel::sim::StreamChoice;
+using varkel::sim::TlsChoice;
 
 /// The longest time that a signal goes unnoticed: a handler may do no more than set a flag.
 constexpr std::chrono::milliseconds kSignalCheck{50};
@@ -117,6 +123,12 @@ void RunUntilSignal(SimulatedSmallSensor& sensor) {
   sensor.Stop();
 }
 
+void PrintResult(const DatagramStream& stream) {
+  std::printf("datagrams: %llu sent, %llu refused by the system\n",
+              static_cast<unsigned long long>(stream.sent()),
+              static_cast<unsigned long long>(stream.refused()));
+}
+
 int Run(int argc, char** argv) {
   CLI::App app("A simulated lidar sensor on a TCP port or, for the model Zelto, on two serial lines",
                "varkel-sim");
@@ -127,6 +139,8 @@ int Run(int argc, char** argv) {
   std::string folder = DefaultTableFolder(argv[0]).string();
   bool verbose = false;
   int restart_time_ms = 3000;
+  TlsChoice tls;
+  StreamChoice datagrams;
   app.add_option("--model", model, "Model, named like its table")->capture_default_str();
   app.add_option("--config", folder, "Folder of the model tables")->capture_default_str();
   app.add_option("--address", options.address, "Address to listen on")->capture_default_str();
@@ -143,10 +157,13 @@ int Run(int argc, char** argv) {
   app.add_option("--restart-time", restart_time_ms, "Milliseconds for which a restart refuses connections")
       ->check(CLI::Range(0, kLongestRestartMs))
       ->capture_default_str();
+  AddOptions(app, tls);
+  AddOptions(app, datagrams);
   app.add_flag("--verbose", verbose, "Print every exchange");
   CLI11_PARSE(app, argc, argv);
 
   options.restart_time = std::chrono::milliseconds(restart_time_ms);
+  if (tls.wanted) options.tls = tls.options;
   options.table_path = TableOf(model, folder);
   std::signal(SIGINT, RequestStop);
   std::signal(SIGTERM, RequestStop);
@@ -154,16 +171,19 @@ int Run(int argc, char** argv) {
     options.watcher = PrintExchange;
     options.serial_watcher = PrintSerialRequest;
   }
+  const std::unique_ptr<DatagramStream> stream = StartStream(datagrams);
+  if (stream) std::printf("sending datagrams to %s\n", datagrams.to.c_str());
   if (model == kSerialModel) {
     lines.misbehaviours = options.misbehaviours;
     lines.watcher = options.serial_watcher;
     lines.data_period = kDataPeriod;
     SimulatedSmallSensor sensor(std::move(lines));
     RunUntilSignal(sensor);
-    return 0;
+  } else {
+    SimulatedSensor sensor(std::move(options));
+    RunUntilSignal(sensor);
   }
-  SimulatedSensor sensor(std::move(options));
-  RunUntilSignal(sensor);
+  if (stream) PrintResult(*stream);
   return 0;
 }
 

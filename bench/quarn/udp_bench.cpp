@@ -1,28 +1,29 @@
 #include <benchmark/benchmark.h>
 
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <thread>
 
-#include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Platform/src/socket.h"
 #include "libquarn/Source/src/socket_source.h"
+#include "simulator/src/datagram_stream.h"
+#include "simulator/src/stream_tally.h"
 
-// Datagrams over the loopback interface, numbered from 1 in their first four bytes: what SocketSource gets of
-// a stream, and how fast, next to a bare loop of receive-from calls on a socket with the same buffer.
+// The simulated sensor's datagrams over the loopback interface: what SocketSource gets of a stream, and how
+// fast, next to a bare loop of receive-from calls on a socket with the same buffer.
 
 namespace quarn::lidar {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using varkel::sim::DatagramStream;
+using varkel::sim::StreamTally;
 
 constexpr char kLoopback[] = "127.0.0.1";
 constexpr std::size_t kDatagramSize = 1206;
-constexpr std::uint32_t kDatagrams = 50'000;
+constexpr std::uint64_t kDatagrams = 50'000;
 constexpr std::uint32_t kReceiveBuffer = 25U * 1024 * 1024;
 constexpr std::chrono::microseconds kPatience{200'000};
 
@@ -34,56 +35,6 @@ std::uint16_t FreePort() {
   return port;
 }
 
-/// Sends the numbered datagrams on a thread of its own, at a rate or (0) as fast as it goes.
-class Sender {
- public:
-  Sender(std::uint16_t port, std::int64_t per_second)
-      : thread_([this, port, per_second] { Run(port, per_second); }) {}
-  ~Sender() { thread_.join(); }
-  Sender(const Sender&) = delete;
-  Sender& operator=(const Sender&) = delete;
-
-  std::uint32_t refused() const { return refused_; }
-
- private:
-  void Run(std::uint16_t port, std::int64_t per_second) {
-    const platform::SocketHandle socket = platform::CreateUdpSocket();
-    const platform::Endpoint to{*platform::ParseIpV4(kLoopback), port};
-    std::array<std::uint8_t, kDatagramSize> datagram{};
-    const auto start = Clock::now();
-    for (std::uint32_t number = 1; number <= kDatagrams; ++number) {
-      if (per_second != 0) {
-        const auto due = start + std::chrono::nanoseconds(1'000'000'000 / per_second) * number;
-        while (Clock::now() < due) {
-          std::this_thread::yield();
-        }
-      }
-      StoreBigEndian<std::uint32_t>(datagram, 0, number);
-      if (platform::SendDatagram(socket, datagram, 0, to) < 0) {
-        ++refused_;
-      }
-    }
-    platform::CloseSocket(socket);
-  }
-
-  std::atomic<std::uint32_t> refused_{0};
-  std::thread thread_;  // last: everything stands when it starts
-};
-
-/// What a receiver saw of one stream.
-struct Tally {
-  std::uint32_t received = 0;
-  std::uint32_t last = 0;
-  std::uint32_t disordered = 0;
-
-  void Count(std::span<const std::uint8_t> datagram) {
-    const auto number = LoadBigEndian<std::uint32_t>(datagram, 0);
-    disordered += number > last ? 0U : 1U;
-    last = number;
-    ++received;
-  }
-};
-
 // A stream is over with its last datagram, or when nothing came for a while because that one was lost.
 template <typename Receive>
 void Measure(benchmark::State& state, std::uint16_t port, const Receive& receive) {
@@ -92,22 +43,26 @@ void Measure(benchmark::State& state, std::uint16_t port, const Receive& receive
   std::uint64_t refused = 0;
   double seconds = 0;
   for (auto _ : state) {
-    Tally tally;
-    const Sender sender(port, state.range(0));
+    StreamTally tally;
+    const DatagramStream stream({.address = kLoopback,
+                                 .port = port,
+                                 .size = kDatagramSize,
+                                 .rate = static_cast<double>(state.range(0)),
+                                 .count = kDatagrams});
     std::optional<Clock::time_point> first;
     Clock::time_point latest;
-    while (tally.last != kDatagrams && receive(tally)) {
+    while (tally.last() != kDatagrams && receive(tally)) {
       latest = Clock::now();
       first = first.value_or(latest);
     }
     const std::chrono::duration<double> elapsed = first ? latest - *first : Clock::duration::zero();
     state.SetIterationTime(elapsed.count());
     seconds += elapsed.count();
-    received += tally.received;
-    disordered += tally.disordered;
-    refused += sender.refused();
+    received += tally.received();
+    disordered += tally.disordered();
+    refused += stream.refused();
   }
-  const double sent = static_cast<double>(state.iterations()) * kDatagrams;
+  const double sent = static_cast<double>(state.iterations()) * static_cast<double>(kDatagrams);
   state.counters["received/s"] = static_cast<double>(received) / seconds;
   state.counters["lost%"] = 100.0 * (sent - static_cast<double>(received)) / sent;
   state.counters["disordered"] = static_cast<double>(disordered);
@@ -119,7 +74,7 @@ void BM_SocketSource(benchmark::State& state) {
   SocketSource source(port, kLoopback, "");
   source.Open();
   UdpPacket packet;
-  Measure(state, port, [&](Tally& tally) {
+  Measure(state, port, [&](StreamTally& tally) {
     for (;;) {
       const int received = source.Receive(packet, kMaxPacketSize, 0, static_cast<int>(kPatience.count()));
       if (received > 0) {
@@ -142,7 +97,7 @@ void BM_BareReceiveFrom(benchmark::State& state) {
                                     static_cast<std::uint32_t>(kPatience / std::chrono::milliseconds(1)));
   platform::BindDatagramPort(socket, kLoopback, port, "");
   std::array<std::uint8_t, kMaxPacketSize> buffer{};
-  Measure(state, port, [&](Tally& tally) {
+  Measure(state, port, [&](StreamTally& tally) {
     platform::Endpoint sender;
     const int received = platform::ReceiveDatagram(socket, buffer, 0, sender);
     if (received > 0) {

@@ -15,26 +15,15 @@
 namespace varkel::sim {
 namespace {
 
-using quarn::platform::SocketHandle;
-
 constexpr std::size_t kReadSize = 4096;
 /// Long enough for a waiting client to take one piece before the next one comes.
 constexpr std::chrono::milliseconds kPieceGap{20};
 
-bool SendAll(SocketHandle socket, std::span<const std::uint8_t> bytes) {
-  while (!bytes.empty()) {
-    const int sent = quarn::platform::SendBytes(socket, bytes, 0);
-    if (sent <= 0) return false;
-    bytes = bytes.subspan(static_cast<std::size_t>(sent));
-  }
-  return true;
-}
-
-bool SendInPieces(SocketHandle socket, std::span<const std::uint8_t> bytes, std::size_t piece_size,
+bool SendInPieces(ByteStream& stream, std::span<const std::uint8_t> bytes, std::size_t piece_size,
                   const StopSignal& stop) {
   while (!bytes.empty()) {
     const std::size_t size = std::min(piece_size, bytes.size());
-    if (!SendAll(socket, bytes.first(size))) return false;
+    if (!stream.SendAll(bytes.first(size))) return false;
     bytes = bytes.subspan(size);
     if (!bytes.empty() && stop.WaitFor(kPieceGap)) return false;
   }
@@ -42,7 +31,7 @@ bool SendInPieces(SocketHandle socket, std::span<const std::uint8_t> bytes, std:
 }
 
 /// False when the conversation is over.
-bool SendReply(SocketHandle socket, const std::vector<std::uint8_t>& frame, const ReplyPlan& plan,
+bool SendReply(ByteStream& stream, const std::vector<std::uint8_t>& frame, const ReplyPlan& plan,
                const StopSignal& stop) {
   if (plan.silent) return true;
   std::vector<std::uint8_t> bytes = Noise(plan.noise_size);
@@ -52,7 +41,7 @@ bool SendReply(SocketHandle socket, const std::vector<std::uint8_t>& frame, cons
     bytes.resize(std::min(bytes.size(), plan.close_after.value_or(half)));
   }
   const bool sent =
-      plan.piece_size ? SendInPieces(socket, bytes, *plan.piece_size, stop) : SendAll(socket, bytes);
+      plan.piece_size ? SendInPieces(stream, bytes, *plan.piece_size, stop) : stream.SendAll(bytes);
   return sent && !plan.closes;
 }
 
@@ -65,7 +54,7 @@ Reply Handle(const ReceivedRequest& request, ReplyPlan& plan, const SessionParts
 }
 
 /// False when the conversation is over.
-bool Answer(SocketHandle socket, const ReceivedRequest& request, const StopSignal& stop,
+bool Answer(ByteStream& stream, const ReceivedRequest& request, const StopSignal& stop,
             RestartSwitch& restart, const SessionParts& parts) {
   parts.log.Add(request);
   ReplyPlan plan = parts.misbehaviours.Next(KeyOfRequest(request));
@@ -76,29 +65,33 @@ bool Answer(SocketHandle socket, const ReceivedRequest& request, const StopSigna
   const bool restarts = reply.restarts && restart.Begin();
   const std::uint8_t echo = plan.echo.value_or(request.command);
   const bool goes_on =
-      SendReply(socket, ReplyFrame(request.version, echo, reply, plan.length_lie), plan, stop);
-  if (restarts) restart.Finish();
+      SendReply(stream, ReplyFrame(request.version, echo, reply, plan.length_lie), plan, stop);
+  if (restarts) {
+    stream.End();  // the finished restart shuts the socket down
+    restart.Finish();
+  }
   return goes_on && !restarts;
 }
 
 }  // namespace
 
-void ServeClient(SocketHandle socket, const StopSignal& stop, RestartSwitch& restart,
+void ServeClient(ByteStream& stream, const StopSignal& stop, RestartSwitch& restart,
                  const SessionParts& parts) {
   FrameReader reader;
   std::array<std::uint8_t, kReadSize> buffer{};
   while (!stop.raised()) {
-    const int received = quarn::platform::ReceiveBytes(socket, buffer, 0);
-    if (received <= 0) return;
+    const int received = stream.Receive(buffer);
+    if (received <= 0) break;
     reader.Append(std::span(buffer).first(static_cast<std::size_t>(received)));
     while (const auto request = reader.Next()) {
-      if (!Answer(socket, *request, stop, restart, parts)) return;
+      if (!Answer(stream, *request, stop, restart, parts)) return;
     }
     if (const auto& refused = reader.refused()) {
-      SendAll(socket, ReplyFrame(refused->version, refused->command, {kWrongPayloadSize, {}}, 0));
-      return;
+      stream.SendAll(ReplyFrame(refused->version, refused->command, {kWrongPayloadSize, {}}, 0));
+      break;
     }
   }
+  stream.End();
 }
 
 }  // namespace varkel::sim

@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "libquarn/Platform/src/socket.h"
+#include "simulator/src/byte_stream.h"
 #include "simulator/src/command_handler.h"
 #include "simulator/src/exchange_log.h"
 #include "simulator/src/misbehaviour.h"
@@ -22,8 +22,8 @@ struct SessionParts {
 };
 
 /// Answers one client until it leaves, the rules close the connection, the sensor restarts, or the signal is
-/// raised and the socket shut down. The caller closes the socket.
-void ServeClient(quarn::platform::SocketHandle socket, const StopSignal& stop, RestartSwitch& restart,
+/// raised and the stream's socket shut down. Ends the stream unless the rules cut it.
+void ServeClient(ByteStream& stream, const StopSignal& stop, RestartSwitch& restart,
                  const SessionParts& parts);
 
 }  // namespace varkel::sim

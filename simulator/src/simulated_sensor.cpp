@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "VarkelCore/src/config_parser.h"
+#include "simulator/src/byte_stream.h"
 #include "simulator/src/command_handler.h"
 #include "simulator/src/firmware_store.h"
 #include "simulator/src/misbehaviour.h"
@@ -50,6 +51,7 @@ struct SimulatedSensor::Parts {
         model(LoadModel(options.table_path)),
         state(model, options.clock ? options.clock : SteadyClock()),
         handler(model, state, firmware) {
+    if (options.tls) tls.emplace(*options.tls);
     for (const std::string& rule : options.misbehaviours) misbehaviours.Add(rule);
     if (HasSmallSensor(options.table_path)) AddSmallSensor();
   }
@@ -84,6 +86,7 @@ struct SimulatedSensor::Parts {
   ExchangeLog log;
   std::unique_ptr<SmallSensorDevice> device;  // null for a model without; constant after construction
   std::optional<SmallSensorTunnel> tunnel;
+  std::optional<TlsAcceptor> tls;  // constant after construction
   std::atomic<std::size_t> restarts{0};
   std::unique_ptr<SimServer> server;  // last: its threads use all the others
 };
@@ -98,8 +101,11 @@ void SimulatedSensor::Start() {
   Parts& parts = *parts_;
   const SessionParts session{parts.handler, parts.misbehaviours, parts.log, parts.options.watcher,
                              parts.tunnel ? &*parts.tunnel : nullptr};
-  const auto serve = [session](quarn::platform::SocketHandle socket, const StopSignal& stop,
-                               RestartSwitch& restart) { ServeClient(socket, stop, restart, session); };
+  const auto serve = [&parts, session](quarn::platform::SocketHandle socket, const StopSignal& stop,
+                                       RestartSwitch& restart) {
+    const auto stream = parts.tls ? parts.tls->Accept(socket) : std::make_unique<PlainStream>(socket);
+    if (stream) ServeClient(*stream, stop, restart, session);
+  };
   parts.server = std::make_unique<SimServer>(
       parts.options.address, parts.options.port, serve,
       SimServer::Restarting{parts.options.restart_time, [&parts] { ++parts.restarts; },

@@ -5,12 +5,14 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "simulator/src/clock.h"
 #include "simulator/src/exchange_log.h"
 #include "simulator/src/small_sensor_device.h"
+#include "simulator/src/tls_acceptor.h"
 
 namespace varkel::sim {
 
@@ -18,6 +20,7 @@ struct SensorOptions {
   std::string table_path{};                        ///< the model's table, e.g. "./Config/varID/Quenta.csv"
   std::string address = "127.0.0.1";               ///< dotted IP version 4 text
   std::uint16_t port = 0;                          ///< 0 picks a free one
+  std::optional<TlsOptions> tls{};                 ///< none: plain TCP
   std::vector<std::string> misbehaviours{};        ///< see Misbehave
   std::chrono::milliseconds restart_time{300};     ///< connections are refused for so long
   Clock clock{};                                   ///< empty: the steady clock from construction on
@@ -25,7 +28,8 @@ struct SensorOptions {
   std::function<void(const SerialRequest&)> serial_watcher{};  ///< the same for what a small sensor gets
 };
 
-/// A sensor of one model on a TCP port of its own, speaking KTC 1.0 and 2.0 to any number of clients.
+/// A sensor of one model on a TCP port of its own, speaking KTC 1.0 and 2.0 to any number of clients,
+/// plainly or inside TLS.
 ///
 ///     SimulatedSensor sensor({.table_path = "./Config/varID/Quenta.csv"});
 ///     sensor.Start();
@@ -47,7 +51,8 @@ struct SensorOptions {
 class SimulatedSensor {
  public:
   /// Raises std::runtime_error with a sentence that names table and variable when the table can't be read,
-  /// or a default value can't be encoded; std::invalid_argument for a bad misbehaviour.
+  /// or a default value can't be encoded, or that names the file when TLS can't use one;
+  /// std::invalid_argument for a bad misbehaviour.
   explicit SimulatedSensor(SensorOptions options);
   ~SimulatedSensor();
   SimulatedSensor(const SimulatedSensor&) = delete;
@@ -78,7 +83,7 @@ class SimulatedSensor {
   ///   error[:CODE]       this return code (1) and no payload; the command is not carried out
   ///   lying-length:N     announces N bytes more (N > 0) or less (N < 0) than it sends
   ///   silence            carried out, but no reply
-  ///   close[:SIZE]       closes after SIZE bytes of the reply (half of it)
+  ///   close[:SIZE]       closes after SIZE bytes of the reply (half of it), over TLS without a word
   ///   none               behaves again
   /// For the frames that a small sensor gets inside KTC, COMMAND is "ldcmd:ITEM" (only "ldcmd-get:ITEM", only
   /// "ldcmd-set:ITEM") or "ota:TYPE", e.g. "ldcmd:10=silence" or "ota:2=error:7#3"; noise, echo, error and

@@ -24,8 +24,14 @@ class StopSignal {
 
   /// True when the signal was raised, false when the time went by.
   bool WaitFor(std::chrono::milliseconds time) const {
+    return WaitUntil(std::chrono::steady_clock::now() + time);
+  }
+
+  /// The same until a moment, which may lie in the past.
+  bool WaitUntil(std::chrono::steady_clock::time_point moment) const {
     std::unique_lock<std::mutex> lock(mutex_);
-    return changed_.wait_for(lock, time, [this] { return raised_; });
+    if (moment <= std::chrono::steady_clock::now()) return raised_;  // costs no call into the system
+    return changed_.wait_until(lock, moment, [this] { return raised_; });
   }
 
  private:

@@ -43,6 +43,14 @@ for signal in INT TERM; do
   wait "$sensor" || fail "status $? after SIG$signal"
 done
 
+# A steady stream beside the port, at 1.6 Mbit/s, and TLS on it with files that are not there.
+start 'listening on 127\.0\.0\.1:' --port 0 --stream 127.0.0.1:9 --stream-mbit 1.6 --stream-size 1000
+kill "$sensor"
+wait "$sensor" || fail "status $? of the sensor with a stream"
+grep -q '^datagrams: [0-9]*[1-9][0-9]* sent' "$work/out" || fail "no count of datagrams"
+refuses '"127.0.0.1".*no IP version 4 address and port' --stream 127.0.0.1:99999
+refuses 'The certificate in "absent.pem".*No such file' --tls --certificate absent.pem --key absent.key
+
 # The model without a network: two lines, reached through links that go with the sensor.
 touch "$work/file"
 refuses "Can't link $work/file" --model Zelto --uart-link "$work/file"

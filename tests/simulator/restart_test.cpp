@@ -108,11 +108,11 @@ TEST_F(RestartTest, DisconnectsEverybodyAndRefusesUntilTheRestartIsOver) {
   const std::uint16_t port = sensor_->port();
   const Bytes restart = {0x47, 0x74, 0x10, 0, 0, 0, 0, 0};
   ASSERT_TRUE(restarting.Send(restart));
-  EXPECT_EQ(restarting.Receive(), restart);
+  EXPECT_EQ(restarting.ReceiveToEnd(), restart);
   EXPECT_EQ(sensor_->restarts(), 1U);
   EXPECT_FALSE(RawConnection(port).connected());
-  EXPECT_TRUE(idle.Receive().empty());
-  EXPECT_TRUE(waiting.Receive().empty());
+  EXPECT_TRUE(idle.ReceiveToEnd().empty());
+  EXPECT_TRUE(waiting.ReceiveToEnd().empty());
   EXPECT_EQ(Query(0x31), -1);
   EXPECT_EQ(sensor_->port(), port);
 

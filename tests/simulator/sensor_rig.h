@@ -81,13 +81,13 @@ class RawConnection {
   bool Send(const Bytes& bytes) const {
     return connected_ && quarn::platform::SendBytes(socket_, bytes, 0) == static_cast<int>(bytes.size());
   }
-  /// All bytes until `size` are there, or the sensor closes.
-  Bytes Receive(std::size_t size = SIZE_MAX) const {
+  /// All bytes until the sensor closes.
+  Bytes ReceiveToEnd() const {
     quarn::platform::SetSocketReceiveTimeout(socket_, 10'000);
     Bytes all;
     Bytes block(256);
-    for (int got = 1; all.size() < size && (got = quarn::platform::ReceiveBytes(socket_, block, 0)) > 0;) {
-      all.insert(all.end(), block.begin(), block.begin() + got);
+    for (int size = 0; (size = quarn::platform::ReceiveBytes(socket_, block, 0)) > 0;) {
+      all.insert(all.end(), block.begin(), block.begin() + size);
     }
     return all;
   }

@@ -139,13 +139,13 @@ TEST_F(SensorWireTest, FindsRequestsInAnyPiecesAndRefusesAnAbsurdLength) {
        {noise, write, kRequest, noise, Bytes{0x47, 0x74, 0x31, 0, 0x7F, 0xFF, 0xFF, 0xFF}}) {
     for (const std::uint8_t byte : part) ASSERT_TRUE(client.Send({byte}));
   }
-  EXPECT_EQ(client.Receive(),
+  EXPECT_EQ(client.ReceiveToEnd(),
             Bytes({0x47, 0x74, 0x41, 0,   0,   0,   0,    0,    0x47, 0x74, 0x31, 0, 0, 0, 0, 8,
                    's',  'e',  'n',  's', 'o', 'r', 0x47, 0x74, 0x47, 0x74, 0x31, 2, 0, 0, 0, 0}));
   sensor_.Misbehave("0x31=close");
   RawConnection half(sensor_.port());
   ASSERT_TRUE(half.Send(kRequest));
-  EXPECT_EQ(half.Receive(), Bytes({0x47, 0x74, 0x31, 0, 0, 0, 0, 8}));
+  EXPECT_EQ(half.ReceiveToEnd(), Bytes({0x47, 0x74, 0x31, 0, 0, 0, 0, 8}));
 }
 
 TEST_F(SensorWireTest, StopsAtOnceWithIdleAndStuckClientsAndStartsAgain) {

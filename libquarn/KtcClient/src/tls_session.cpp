@@ -112,7 +112,7 @@ bool TlsSession::Bind(ssl_ctx_st* context) {
 
 bool TlsSession::Handshake() {
   ForgetErrors();
-  return Checked(SSL_connect(ssl_.get())) == 1;
+  return Checked(SSL_is_server(ssl_.get()) != 0 ? SSL_accept(ssl_.get()) : SSL_connect(ssl_.get())) == 1;
 }
 
 bool TlsSession::IsPeerVerified() const {

@@ -21,7 +21,8 @@ class TlsSession {
   TlsSession(const TlsSession&) = delete;
   TlsSession& operator=(const TlsSession&) = delete;
 
-  /// The client's handshake. False when the peer or the context refuses.
+  /// The handshake of the side that the context was made for, client or server. False when the peer or the
+  /// context refuses.
   bool Handshake();
   /// Whether the context's authorities vouch for the peer's certificate; valid after the handshake.
   bool IsPeerVerified() const;

@@ -46,6 +46,10 @@ bool BindDatagramPort(SocketHandle socket, const std::string& local_ip, std::uin
                       const std::string& multicast_group);
 /// Joins a group on the interface of `local_ip` (empty: the system's choice).
 bool JoinMulticast(SocketHandle socket, const std::string& group, const std::string& local_ip);
+/// Sends datagrams for groups from the interface of `local_ip`, which may not be empty.
+bool SetMulticastInterface(SocketHandle socket, const std::string& local_ip);
+/// How far datagrams for groups go: 0 not beyond this machine, 1 the local network, one more a router.
+bool SetMulticastHops(SocketHandle socket, std::uint8_t hops);
 /// Lets several sockets bind to one port; ahead of the bind.
 bool AllowAddressReuse(SocketHandle socket);
 /// The port that the socket is bound to, 0 when there is none.

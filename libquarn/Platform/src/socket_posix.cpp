@@ -148,6 +148,19 @@ bool JoinMulticast(SocketHandle socket, const std::string& group, const std::str
   return SetOption(socket, IP_ADD_MEMBERSHIP, ip_mreq{*multicast, *local}, IPPROTO_IP);
 }
 
+bool SetMulticastInterface(SocketHandle socket, const std::string& local_ip) {
+  const std::optional<in_addr> local = ParseAddress(local_ip);
+  if (!local) {
+    errno = EINVAL;
+    return false;
+  }
+  return SetOption(socket, IP_MULTICAST_IF, *local, IPPROTO_IP);
+}
+
+bool SetMulticastHops(SocketHandle socket, std::uint8_t hops) {
+  return SetOption(socket, IP_MULTICAST_TTL, hops, IPPROTO_IP);
+}
+
 bool AllowAddressReuse(SocketHandle socket) {
   return SetOption(socket, SO_REUSEADDR, 1);
 }

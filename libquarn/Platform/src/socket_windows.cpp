@@ -153,6 +153,19 @@ bool JoinMulticast(SocketHandle socket, const std::string& group, const std::str
   return SetOption(socket, IP_ADD_MEMBERSHIP, membership, IPPROTO_IP);
 }
 
+bool SetMulticastInterface(SocketHandle socket, const std::string& local_ip) {
+  const std::optional<in_addr> local = ParseAddress(local_ip);
+  if (!local) {
+    WSASetLastError(WSAEINVAL);
+    return false;
+  }
+  return SetOption(socket, IP_MULTICAST_IF, *local, IPPROTO_IP);
+}
+
+bool SetMulticastHops(SocketHandle socket, std::uint8_t hops) {
+  return SetOption(socket, IP_MULTICAST_TTL, DWORD{hops}, IPPROTO_IP);
+}
+
 bool AllowAddressReuse(SocketHandle socket) {
   return SetOption(socket, SO_REUSEADDR, BOOL{TRUE});
 }

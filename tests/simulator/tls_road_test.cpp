@@ -1,0 +1,190 @@
+#include <gtest/gtest.h>
+#include <openssl/err.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "libquarn/KtcClient/src/tcp_open.h"
+#include "libquarn/KtcClient/src/tcp_ssl_client.h"
+#include "simulator/src/reply_frame.h"
+#include "simulator/src/simulated_sensor.h"
+#include "tests/simulator/sensor_rig.h"
+
+namespace varkel::sim {
+namespace {
+
+const Bytes kRequest = {0x47, 0x74, 0x31, 0, 0, 0, 0, 0};
+const Bytes kReply = {0x47, 0x74, 0x31, 0, 0, 0, 0, 8, 's', 'e', 'n', 's', 'o', 'r', 1, 2};
+
+/// A client that has shaken hands; its exchanges are those of the tool's TLS transport.
+class TlsClient {
+ public:
+  TlsClient(std::uint16_t port, const std::string& ca, const std::string& certificate = "",
+            const std::string& key = "")
+      : connected_(client_.CreateContext(certificate.c_str(), key.c_str(), ca.c_str()) &&
+                   client_.StartSession(quarn::lidar::tcp_open("127.0.0.1", port)) &&
+                   client_.SetTimeout(10'000, 10'000) == 0) {}
+
+  bool connected() const { return connected_; }
+  bool Send(const Bytes& bytes) {
+    return connected_ && client_.Send(bytes.data(), static_cast<std::uint16_t>(bytes.size()), 0) ==
+                             static_cast<int>(bytes.size());
+  }
+  /// Empty when they do not come whole.
+  Bytes Receive(std::size_t size) {
+    Bytes bytes(size);
+    const int received = client_.Receive(bytes.data(), static_cast<std::uint32_t>(size), 0);
+    return received == static_cast<int>(size) ? bytes : Bytes();
+  }
+  Bytes Exchange() { return Send(kRequest) ? Receive(kReply.size()) : Bytes(); }
+  /// What comes after everything that was expected: "more", "silence", "end" or, without a word, "cut".
+  std::string WhatFollows(bool waits) {
+    client_.SetReceiveTimeout(waits ? 50 : 10'000);
+    const bool more = !Receive(1).empty();
+    client_.SetReceiveTimeout(10'000);
+    if (more || waits) return more ? "more" : "silence";
+    return ERR_peek_error() == 0 ? "end" : "cut";
+  }
+
+ private:
+  quarn::lidar::TcpSslClient client_;
+  const bool connected_;
+};
+
+class TlsRoadTest : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    std::string name = testing::TempDir() + "varkel-sim-certificates-XXXXXX";
+    ASSERT_NE(mkdtemp(name.data()), nullptr);
+    folder_ = name;
+    ASSERT_EQ(std::system(("'" VARKEL_CERTIFICATES_SCRIPT "' '" + folder_ + "'").c_str()), 0);
+  }
+  static void TearDownTestSuite() { std::filesystem::remove_all(folder_); }
+
+  static std::string Path(const std::string& name) { return name.empty() ? "" : folder_ + "/" + name; }
+  SensorOptions Options(const std::string& certificate = "server.pem", const std::string& key = "server.key",
+                        const std::string& ca = "", bool required = false) const {
+    return {.table_path = table_.path(), .tls = TlsOptions{Path(certificate), Path(key), Path(ca), required}};
+  }
+
+  TestTable table_{
+      "1,1,0x31,,,Name,string,sensor,6,,,,\n"
+      "1,2,0x31,,,Port,uint16,258,2,,,,\n"
+      "4,1,,0x10,1,Restart,raw,,0,,1_1_1_6,,\n"};
+  static std::string folder_;
+};
+
+std::string TlsRoadTest::folder_;
+
+TEST_F(TlsRoadTest, MeetsClientsGoodAndBad) {
+  const struct {
+    std::string ca, identity, client_ca;
+    bool required, exchanges;
+  } cases[] = {
+      {"", "", "ca.pem", false, true},
+      {"", "client", "ca.pem", false, true},
+      {"", "", "other-ca.pem", false, false},
+      {"ca.pem", "", "ca.pem", false, true},
+      {"ca.pem", "client", "ca.pem", true, true},
+      {"ca.pem", "", "ca.pem", true, false},
+      {"other-ca.pem", "client", "ca.pem", false, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.ca + " " + c.identity + " " + c.client_ca);
+    SimulatedSensor sensor(Options("server.pem", "server.key", c.ca, c.required));
+    sensor.Start();
+    TlsClient client(sensor.port(), Path(c.client_ca), Path(c.identity.empty() ? "" : c.identity + ".pem"),
+                     Path(c.identity.empty() ? "" : c.identity + ".key"));
+    EXPECT_EQ(client.Exchange(), c.exchanges ? kReply : Bytes());
+    EXPECT_EQ(sensor.exchanges(), c.exchanges ? 1U : 0U);
+    RawConnection plain(sensor.port());
+    EXPECT_TRUE(plain.Send(kRequest));
+    EXPECT_LT(plain.ReceiveToEnd().size(), kRequest.size()) << "an alert at most";
+    EXPECT_EQ(sensor.exchanges(), c.exchanges ? 1U : 0U);
+  }
+}
+
+TEST_F(TlsRoadTest, MisbehavesAsOverPlainTcp) {
+  Bytes noisy = Noise(5);
+  noisy.insert(noisy.end(), kReply.begin(), kReply.end());
+  Bytes lying = kReply;
+  lying[7] = 12;
+  const struct {
+    std::string rule;
+    Bytes request, comes;
+    std::string then;
+  } cases[] = {
+      {"0x31=none", kRequest, kReply, "silence"},
+      {"0x31=split:3", kRequest, kReply, "silence"},
+      {"0x31=noise", kRequest, noisy, "silence"},
+      {"0x31=lying-length:4", kRequest, lying, "silence"},
+      {"0x31=silence", kRequest, {}, "silence"},
+      {"0x31=error:5", kRequest, {0x47, 0x74, 0x31, 5, 0, 0, 0, 0}, "silence"},
+      {"0x31=close", kRequest, {kReply.begin(), kReply.begin() + 8}, "cut"},
+      {"0x31=close:0", kRequest, {}, "cut"},
+      {"0x31=none", {0x47, 0x74, 0x31, 0, 0x7F, 0, 0, 0}, {0x47, 0x74, 0x31, 2, 0, 0, 0, 0}, "end"},
+      {"0x31=none", {0x47, 0x74, 0x10, 0, 0, 0, 0, 0}, {0x47, 0x74, 0x10, 0, 0, 0, 0, 0}, "end"},
+  };
+  SensorOptions options = Options();
+  options.restart_time = std::chrono::milliseconds(0);
+  SimulatedSensor sensor(options);
+  sensor.Start();
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.rule + " " + std::to_string(c.request[2]));
+    TlsClient client(sensor.port(), Path("ca.pem"));
+    sensor.Misbehave(c.rule);
+    ASSERT_TRUE(client.Send(c.request));
+    EXPECT_EQ(client.Receive(c.comes.size()), c.comes);
+    EXPECT_EQ(client.WhatFollows(c.then == "silence"), c.then);
+    sensor.Behave();
+    EXPECT_EQ(client.Exchange(), c.then == "silence" ? kReply : Bytes());
+  }
+}
+
+TEST_F(TlsRoadTest, SaysWhichFileIsWrong) {
+  const struct {
+    std::string certificate, key, ca;
+    bool required;
+    std::string named;
+  } cases[] = {
+      {"absent.pem", "server.key", "", false, "absent.pem"},
+      {"server.key", "server.key", "", false, "The certificate"},
+      {"server.pem", "absent.key", "", false, "absent.key"},
+      {"server.pem", "other.key", "", false, "other.key"},
+      {"client.pem", "locked.key", "", false, "locked.key"},
+      {"server.pem", "server.key", "absent.pem", false, "absent.pem"},
+      {"server.pem", "server.key", "", true, "without the authorities"},
+  };
+  for (const auto& c : cases) {
+    try {
+      const SimulatedSensor sensor(Options(c.certificate, c.key, c.ca, c.required));
+      ADD_FAILURE() << c.named;
+    } catch (const std::runtime_error& error) {
+      EXPECT_NE(std::string(error.what()).find(c.named), std::string::npos) << error.what();
+    }
+  }
+}
+
+TEST_F(TlsRoadTest, StopsAtOnceWithIdleAndStuckClients) {
+  SimulatedSensor sensor(Options());
+  sensor.Start();
+  const RawConnection in_the_handshake(sensor.port());
+  TlsClient idle(sensor.port(), Path("ca.pem"));
+  TlsClient not_reading(sensor.port(), Path("ca.pem"));
+  sensor.Misbehave("0x31=noise:1000000");
+  for (int i = 0; i < 40; ++i) ASSERT_TRUE(not_reading.Send(kRequest));
+  ASSERT_TRUE(sensor.WaitReceived(0x31, 2, kPatience));
+  ASSERT_TRUE(Eventually([&] { return sensor.connected_clients() == 3; }));
+  const auto start = std::chrono::steady_clock::now();
+  sensor.Stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(900));
+  EXPECT_LT(sensor.exchanges(), 40U) << "the client that reads nothing was not stuck";
+  EXPECT_EQ(idle.WhatFollows(false), "cut");
+}
+
+}  // namespace
+}  // namespace varkel::sim
