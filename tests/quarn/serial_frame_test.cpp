@@ -109,8 +109,9 @@ TEST(ReplyAssembler, TakesEverySplitWithAndWithoutNoise) {
       {}, {0}, Text("$"), Text("$LDCMD"), Text("$LD$LDOTA,\x05"), Bytes(5000, 0xEE)};
   for (const Bytes& noise : noises) {
     const Bytes stream = Joined({noise, good});
-    for (std::size_t cut = noise.size(); cut < stream.size(); ++cut)
+    for (std::size_t cut = noise.size(); cut < stream.size(); ++cut) {
       ExpectTaken(stream, cut, stream.size(), good);
+    }
     ExpectTaken(stream, 0, 1, good);
   }
   const Bytes older = EncodeReplyFrame(ReplyKind::kCommand, 2, Bytes(200, 7), 9);
