@@ -149,17 +149,17 @@ TEST(SocketSource, TellsWhatItsOpenMeets) {
   const std::string bind_failed = "8 SocketSource::Open(), bind failed, errno: ";
   const std::string bad_group = "8 Multicast IP error, set correct multicast ip address or keep it empty";
   const struct {
-    std::uint16_t port;
     std::string local, group, line;  // begins so
+    std::uint16_t port;
     bool opens;
   } cases[] = {
-      {0, "", "", "", true},
-      {0, kLoopback, "", "", true},
-      {taken.port(), "", "", bind_failed, false},
-      {taken.port(), kLoopback, "", bind_failed, false},
-      {0, "127.0.0", "", bind_failed, false},
-      {0, "", "239.1.2", bad_group, true},
-      {0, kLoopback, "127.0.0.1", bad_group, true},  // no group
+      {"", "", "", 0, true},
+      {kLoopback, "", "", 0, true},
+      {"", "", bind_failed, taken.port(), false},
+      {kLoopback, "", bind_failed, taken.port(), false},
+      {"127.0.0", "", bind_failed, 0, false},
+      {"", "239.1.2", bad_group, 0, true},
+      {kLoopback, "127.0.0.1", bad_group, 0, true},  // no group
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.port) + " " + c.local + " " + c.group);

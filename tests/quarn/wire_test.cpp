@@ -132,8 +132,9 @@ TEST(KtcFilestream, NumbersAndCutsPieces) {
       const auto frame = std::span(frames[k]);
       EXPECT_TRUE(std::ranges::equal(frame.subspan(8 + 16), data));
       const std::size_t fields[] = {16 + data.size(), 0, k, total, Crc32Mpeg2(data)};
-      for (std::size_t i = 0; i < 5; ++i)
-        EXPECT_EQ(LoadBigEndian<std::uint32_t>(frame, 4 + 4 * i), fields[i]);
+      for (std::size_t i = 0; i < std::size(fields); ++i) {
+        EXPECT_EQ(LoadBigEndian<std::uint32_t>(frame, 4 + 4 * i), fields[i]) << i;
+      }
     }
   }
   std::vector<Bytes> frames;
