@@ -3,9 +3,11 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <span>
 #include <stdexcept>
 #include <string>
 
+#include "libquarn/Platform/src/hex_text.h"
 #include "libquarn/Platform/src/text_number.h"
 
 namespace quarn::lidar {
@@ -74,6 +76,18 @@ TEST(TextToReal, Table) {
     EXPECT_EQ(Try<double>([&] { return TextToDouble(text); }), "range: stod argument out of range") << text;
   }
   EXPECT_EQ(Try<float>([] { return TextToFloat("1e39"); }), "range: stof argument out of range");
+}
+
+TEST(HexLine, EveryByteAndEverySize) {
+  std::vector<std::uint8_t> bytes;
+  std::string expected;
+  for (unsigned value = 0; value < 256; ++value) {
+    bytes.push_back(static_cast<std::uint8_t>(value));
+    expected.append({"0123456789abcdef"[value / 16], "0123456789abcdef"[value % 16], ' '});
+  }
+  for (std::size_t size = 0; size <= bytes.size(); ++size) {
+    EXPECT_EQ(HexLine(std::span(bytes).last(size)), expected.substr(3 * (bytes.size() - size)));
+  }
 }
 
 }  // namespace
