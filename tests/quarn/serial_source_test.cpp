@@ -15,7 +15,6 @@ namespace {
 
 using platform::SerialPort;
 using test::Bytes;
-using test::Eventually;
 using test::PseudoTerminal;
 
 constexpr int kPatienceUs = 10000000;

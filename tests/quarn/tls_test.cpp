@@ -112,20 +112,18 @@ TEST_F(Tls, MeetsPeersGoodAndBad) {
   const std::string refused = "8 connect ssl failed";
   const std::string unverified = "8 verify ssl failed";
   const struct {
-    std::string what, server;
-    bool demands_identity;
-    std::string identity, ca, with_tls12, with_tls13;
-    bool exchanges;
+    std::string what, server, identity, ca, with_tls12, with_tls13;
+    bool demands_identity, exchanges;
   } cases[] = {
-      {"good peer", "server.pem", true, "client", "ca.pem", success, success, true},
-      {"peer that asks for nothing", "server.pem", false, "", "ca.pem", success, success, true},
-      {"wrong authority", "server.pem", true, "client", "other-ca.pem", refused, refused, false},
-      {"wrong one, no identity", "server.pem", false, "", "other-ca.pem", unverified, unverified, false},
-      {"no authority", "server.pem", false, "", "", unverified, unverified, false},
-      {"expired", "expired.pem", true, "client", "ca.pem", refused, refused, false},
-      {"expired, no identity", "expired.pem", false, "", "ca.pem", unverified, unverified, false},
+      {"good peer", "server.pem", "client", "ca.pem", success, success, true, true},
+      {"peer that asks for nothing", "server.pem", "", "ca.pem", success, success, false, true},
+      {"wrong authority", "server.pem", "client", "other-ca.pem", refused, refused, true, false},
+      {"wrong one, no identity", "server.pem", "", "other-ca.pem", unverified, unverified, false, false},
+      {"no authority", "server.pem", "", "", unverified, unverified, false, false},
+      {"expired", "expired.pem", "client", "ca.pem", refused, refused, true, false},
+      {"expired, no identity", "expired.pem", "", "ca.pem", unverified, unverified, false, false},
       // The newer handshake ends before the peer has looked for the client's certificate.
-      {"no client certificate", "server.pem", true, "", "ca.pem", refused, success, false},
+      {"no client certificate", "server.pem", "", "ca.pem", refused, success, true, false},
   };
   for (const std::string version : {"-tls1_2", "-tls1_3"}) {
     for (const auto& c : cases) {

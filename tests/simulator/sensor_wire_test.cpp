@@ -34,26 +34,25 @@ const Bytes kRequest = {0x47, 0x74, 0x31, 0, 0, 0, 0, 0};
 TEST_F(SensorWireTest, AnswersBothVersions) {
   const struct {
     std::uint8_t command;
-    Bytes payload;
-    int return_code;
-    Bytes reply;
+    ReturnCode return_code;
+    Bytes payload, reply;
   } kCases[] = {
-      {0x31, {}, kSuccess, kReply},
-      {0x31, {9}, kWrongPayloadSize, {}},
-      {0x34, {0, 3}, kSuccess, {9}},
-      {0x34, {}, kWrongPayloadSize, {}},
-      {0x41, {3}, kWrongPayloadSize, {}},
-      {0x41, {1, 2}, kSuccess, {}},
-      {0xFF, {0, 1, 2, 3}, kSuccess, {0, 1, 2, 3, 0, 5}},
-      {0xFF, {0, 1, 2, 4, 0, 5}, kSuccess, {0, 1, 2, 4}},
-      {0xFF, {0, 1, 2, 4, 0}, kWrongPayloadSize, {}},
-      {0xFF, {0, 1, 2, 9}, kUnknownCommand, {}},
-      {0xFF, {0, 1, 2}, kUnknownCommand, {}},
-      {0x99, {}, kUnknownCommand, {}},
-      {0x61, {5}, kWrongPayloadSize, {}},
-      {0x61, {5, 2, 0}, kWrongPayloadSize, {}},
-      {0x70, Bytes(1048), kBadPieceFrame, {}},
-      {0x07, {}, kSuccess, {}},
+      {0x31, kSuccess, {}, kReply},
+      {0x31, kWrongPayloadSize, {9}, {}},
+      {0x34, kSuccess, {0, 3}, {9}},
+      {0x34, kWrongPayloadSize, {}, {}},
+      {0x41, kWrongPayloadSize, {3}, {}},
+      {0x41, kSuccess, {1, 2}, {}},
+      {0xFF, kSuccess, {0, 1, 2, 3}, {0, 1, 2, 3, 0, 5}},
+      {0xFF, kSuccess, {0, 1, 2, 4, 0, 5}, {0, 1, 2, 4}},
+      {0xFF, kWrongPayloadSize, {0, 1, 2, 4, 0}, {}},
+      {0xFF, kUnknownCommand, {0, 1, 2, 9}, {}},
+      {0xFF, kUnknownCommand, {0, 1, 2}, {}},
+      {0x99, kUnknownCommand, {}, {}},
+      {0x61, kWrongPayloadSize, {5}, {}},
+      {0x61, kWrongPayloadSize, {5, 2, 0}, {}},
+      {0x70, kBadPieceFrame, Bytes(1048), {}},
+      {0x07, kSuccess, {}, {}},
   };
   for (const std::uint8_t version : Bytes{1, 2}) {
     const auto client = Connect(sensor_, version);
