@@ -2,6 +2,10 @@
 
 #include <QVariantList>
 #include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <utility>
 
@@ -10,6 +14,16 @@
 namespace varkel::test {
 
 namespace {
+
+/// What the sample maker writes under that name.
+std::vector<std::uint8_t> SampleMarvoPackage(const std::string& name) {
+  const std::string path = "marvo-sample-" + name + ".bin";
+  if (std::system(("'" MARVO_SAMPLE_MAKER "' " + name + " " + path).c_str()) != 0) return {};
+  std::ifstream file(path, std::ios::binary);
+  const std::vector<std::uint8_t> package(std::istreambuf_iterator<char>(file), {});
+  std::filesystem::remove(path);
+  return package;
+}
 
 using Ends = Operation::Ends;
 using Bench = FaultBench;

@@ -11,14 +11,11 @@
 #include "libquarn/KtcClient/src/tcp_ssl_client.h"
 #include "simulator/src/reply_frame.h"
 #include "simulator/src/simulated_sensor.h"
-#include "tests/simulator/test_client.h"
-#include "tests/simulator/test_table.h"
+#include "tests/simulator/sensor_rig.h"
 #include "tests/support/certificates.h"
 
 namespace varkel::sim {
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
 
 const Bytes kRequest = {0x47, 0x74, 0x31, 0, 0, 0, 0, 0};
 const Bytes kReply = {0x47, 0x74, 0x31, 0, 0, 0, 0, 8, 's', 'e', 'n', 's', 'o', 'r', 1, 2};
