@@ -120,6 +120,11 @@ QVariantMap VariableMap(const ConfigParser& catalogue, const VarInfo& var, const
   return MapOf(var, edits);
 }
 
+QString ValueMark(const ConfigParser& catalogue, const VarInfo& var) {
+  const auto lock = catalogue.LockValues();
+  return IsSwitched(var) ? Text(var.current_val + '\n' + SwitchValue(var)) : Text(var.current_val);
+}
+
 QVariantList VariableMaps(const ConfigParser& catalogue, const PendingEdits& edits) {
   const auto lock = catalogue.LockValues();
   QVariantList modules;

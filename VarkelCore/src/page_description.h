@@ -24,7 +24,10 @@ QVariantList PageRows(const ConfigParser& catalogue);
 /// yet saved, the variable or its switch.
 QVariantMap VariableMap(const ConfigParser& catalogue, const VarInfo& var, const PendingEdits& edits);
 
-/// Two of its entries, for a caller who holds the value lock: "switch_index" and "edited".
+/// The values in that map, as one text.
+QString ValueMark(const ConfigParser& catalogue, const VarInfo& var);
+
+/// Two of the map's entries, for a caller who holds the value lock: "switch_index" and "edited".
 std::string SwitchValue(const VarInfo& var);
 bool IsShownEdited(const VarInfo& var, const PendingEdits& edits);
 
