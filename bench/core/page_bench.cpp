@@ -1,7 +1,8 @@
-// From a reply that has come to the maps that rows show, beside the conversions alone.
+// From a reply that has come to the maps that rows show, beside the conversions alone: bytes to the window's
+// texts.
 #include <benchmark/benchmark.h>
 
-#include <QVariantMap>
+#include <QString>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -87,8 +88,9 @@ void BM_Conversions(benchmark::State& state) {
     page.Move(page.group().size());
     std::size_t position = 0;
     for (const VarInfo* var : page.group()) {
-      benchmark::DoNotOptimize(
-          varkel::BytesToText(var->var_type, page.reply().subspan(position, kFieldSize), var->coefficient));
+      const auto field = page.reply().subspan(position, kFieldSize);
+      const varkel::ValueText value = varkel::BytesToText(var->var_type, field, var->coefficient);
+      benchmark::DoNotOptimize(QString::fromStdString(value.text));
       position += kFieldSize;
     }
   }
