@@ -13,60 +13,34 @@
 
 namespace {
 
-enum Argument {
-  kModel = 1,
-  kFirstPlace,
-  kSecondPlace,
-  kOperation,
-  kMoment,
-  kEnding,
-  kWait,
-  kWindow,
-  kFolder,
-  kArguments
-};
-
-struct Place {
-  int page = -1;
-  int group = -1;
-  int index = -1;
-};
-
-Place Find(const VarkelManager& manager, const QString& var_name) {
-  const QVariantList pages = manager.myMap();
-  for (int page = 0; page < pages.size(); ++page) {
-    const QVariantList groups = pages[page].toList();
-    for (int group = 0; group < groups.size(); ++group) {
-      const QVariantList vars = groups[group].toList();
-      for (int index = 0; index < vars.size(); ++index) {
-        if (vars[index].toMap().value("var_name") == var_name) return {page, group, index};
-      }
-    }
-  }
-  return {};
-}
-
+/// Arguments: model, the two places of its sensor (address and port, or two lines), operation, milliseconds
+/// until the ending, the ending, milliseconds until the closing, "1" for a window, a folder for files.
 class Driver : public QObject {
  public:
   explicit Driver(const QStringList& arguments)
-      : arguments_(arguments), manager_(new VarkelManager(true, "./Config/varID/Quenta.csv")) {
-    const QString model = arguments_[kModel];
-    if (arguments_[kWindow] == "1") {
-      window_ = std::make_unique<MainWindow>(nullptr, model, manager_);
+      : model_(arguments[1]),
+        operation_(arguments[4]),
+        moment_ms_(arguments[5].toInt()),
+        ending_(arguments[6]),
+        wait_ms_(arguments[7].toInt()),
+        folder_(arguments[9]),
+        manager_(new VarkelManager(true, "./Config/varID/Quenta.csv")) {
+    if (arguments[8] == "1") {
+      window_ = std::make_unique<MainWindow>(nullptr, model_, manager_);
       window_->show();
     } else {
-      manager_->InitConfigFileParser(model);
+      manager_->InitConfigFileParser(model_);
     }
-    manager_->set_ip_address(arguments_[kFirstPlace]);
-    manager_->set_port(arguments_[kSecondPlace]);
-    manager_->set_serial_port_485(arguments_[kFirstPlace]);
-    manager_->set_serial_port_232(arguments_[kSecondPlace]);
+    manager_->set_ip_address(arguments[2]);
+    manager_->set_port(arguments[3]);
+    manager_->set_serial_port_485(arguments[2]);
+    manager_->set_serial_port_232(arguments[3]);
     connect(manager_, &VarkelManager::isConnectedChanged, this, [this] { Begin(); });
     connect(manager_, &VarkelManager::errorMessageChanged, this, [this] {
       if (!begun_) QTimer::singleShot(kMomentMs, this, [this] { manager_->ConnectLidar(); });
     });
     manager_->ConnectLidar();
-    if (arguments_[kOperation] == "connect") Begin();
+    if (operation_ == "connect") Begin();
   }
   ~Driver() override {
     if (window_) {
@@ -83,34 +57,27 @@ class Driver : public QObject {
  private:
   static constexpr int kMomentMs = 100;
 
-  QUrl InFolder(const char* name) const { return QUrl::fromLocalFile(arguments_[kFolder] + '/' + name); }
+  QUrl InFolder(const char* name) const { return QUrl::fromLocalFile(folder_ + '/' + name); }
 
   void Begin() {
-    const QString operation = arguments_[kOperation];
-    if (begun_ || (operation != "connect" && !manager_->IsConnected())) return;
+    if (begun_ || (operation_ != "connect" && !manager_->IsConnected())) return;
     begun_ = true;
     std::cout << "begun" << std::endl;
-    const auto place = [this](const char* name) { return Find(*manager_, name); };
     const std::map<QString, std::function<void()>> operations = {
         {"connect", [] {}},
         {"page", [this] { manager_->ReadPageInBackground(2); }},
         {"refresh", [this] { manager_->setModuleIndexUse(1); }},
         {"save",
-         [&] {
-           const Place edit = place("Intensity Threshold");
-           manager_->SetText(1, edit.page, edit.group, edit.index, "77");
-           manager_->RunInBackground(edit.page);
+         [this] {
+           manager_->SetText(1, 4, 3, 0, "77");
+           manager_->RunInBackground(4);
          }},
         {"console", [this] { manager_->SendCommandInBackground("07", ""); }},
         {"restart", [this] { manager_->RestartInBackground(); }},
         {"reset", [this] { manager_->ResetInBackground(); }},
         {"operation-log", [this] { manager_->DownloadOperationLog(InFolder("log.tar")); }},
         {"log", [this] { manager_->DownloadLog(InFolder("logs"), "Fault Log"); }},
-        {"upgrade",
-         [&] {
-           const Place row = place("Firmware Upgrade");
-           manager_->UpgradeLidar(InFolder("package"), row.page, row.group, row.index);
-         }},
+        {"upgrade", [this] { manager_->UpgradeLidar(InFolder("package"), 6, 1, 0); }},
         {"function",
          [this] {
            manager_->CallInBackground("ZeltoGetLidarFunctionSafety", {});
@@ -123,20 +90,19 @@ class Driver : public QObject {
            manager_->ZeltoUpgradeLidar(InFolder("package"));
          }},
         {"marvo-upgrade", [this] { manager_->MarvoUpgradeLidar(InFolder("package")); }}};
-    operations.at(operation)();
-    QTimer::singleShot(arguments_[kMoment].toInt(), this, [this] { End(); });
+    operations.at(operation_)();
+    QTimer::singleShot(moment_ms_, this, [this] { End(); });
   }
 
   void End() {
-    const QString ending = arguments_[kEnding];
-    if (ending == "close") return Close();
-    if (ending == "model") {
-      manager_->InitConfigFileParser(arguments_[kModel] == "Quenta" ? "Zelto-KTC" : "Quenta");
+    if (ending_ == "close") return Close();
+    if (ending_ == "model") {
+      manager_->InitConfigFileParser(model_ == "Quenta" ? "Zelto-KTC" : "Quenta");
     } else {
       manager_->Stop();
     }
-    if (ending == "reconnect") manager_->ConnectLidar();
-    QTimer::singleShot(arguments_[kWait].toInt(), this, [this] { Close(); });
+    if (ending_ == "reconnect") manager_->ConnectLidar();
+    QTimer::singleShot(wait_ms_, this, [this] { Close(); });
   }
 
   void Close() {
@@ -150,7 +116,12 @@ class Driver : public QObject {
     }
   }
 
-  const QStringList arguments_;
+  const QString model_;
+  const QString operation_;
+  const int moment_ms_;
+  const QString ending_;
+  const int wait_ms_;
+  const QString folder_;
   VarkelManager* const manager_;
   std::unique_ptr<MainWindow> window_;
   bool begun_ = false;
@@ -162,7 +133,7 @@ class Driver : public QObject {
 
 int main(int argc, char** argv) {
   QApplication application(argc, argv);
-  if (QCoreApplication::arguments().size() != kArguments) return 2;
+  if (QCoreApplication::arguments().size() != 10) return 2;
   Driver driver(QCoreApplication::arguments());
   return QApplication::exec();
 }

@@ -31,29 +31,25 @@ constexpr double kGoneMs = 3000;
 constexpr int kPatienceMs = 120000;
 constexpr char kLines[] = "Zelto";
 
-struct Operation {
-  const char* model;
-  const char* name;
-};
-constexpr Operation kOperations[] = {{"Quenta", "connect"},
-                                     {"Quenta", "page"},
-                                     {"Quenta", "refresh"},
-                                     {"Quenta", "save"},
-                                     {"Quenta", "console"},
-                                     {"Quenta", "restart"},
-                                     {"Quenta", "reset"},
-                                     {"Quenta", "log"},
-                                     {"Quenta", "operation-log"},
-                                     {"Quenta", "upgrade"},
-                                     {kLines, "connect"},
-                                     {kLines, "zelto-upgrade"},
-                                     {"Zelto-KTC", "connect"},
-                                     {"Zelto-KTC", "function"},
-                                     {"Zelto-KTC", "zelto-upgrade"},
-                                     {"Zelto-KTC", "box-upgrade"},
-                                     {"Marvo-KTC", "connect"},
-                                     {"Marvo-KTC", "function"},
-                                     {"Marvo-KTC", "marvo-upgrade"}};
+constexpr const char* kOperations[] = {"Quenta connect",
+                                       "Quenta page",
+                                       "Quenta refresh",
+                                       "Quenta save",
+                                       "Quenta console",
+                                       "Quenta restart",
+                                       "Quenta reset",
+                                       "Quenta log",
+                                       "Quenta operation-log",
+                                       "Quenta upgrade",
+                                       "Zelto connect",
+                                       "Zelto zelto-upgrade",
+                                       "Zelto-KTC connect",
+                                       "Zelto-KTC function",
+                                       "Zelto-KTC zelto-upgrade",
+                                       "Zelto-KTC box-upgrade",
+                                       "Marvo-KTC connect",
+                                       "Marvo-KTC function",
+                                       "Marvo-KTC marvo-upgrade"};
 constexpr const char* kEndings[] = {"close", "disconnect", "model", "reconnect"};
 constexpr const char* kRules[] = {"*=none", "*=late:60", "*=silence", "*=close"};
 
@@ -88,9 +84,8 @@ void ClosingsTest::initTestCase() {
                                    .restart_time = std::chrono::milliseconds(50)});
     sensor->Start();
   }
-  const auto package = varkel::test::SampleMarvoPackage("full");
+  const auto package = varkel::test::FullMarvoPackage();
   package_ = QByteArray(reinterpret_cast<const char*>(package.data()), static_cast<int>(package.size()));
-  QVERIFY(!package_.isEmpty());
 }
 
 QStringList ClosingsTest::Places(const QString& model) {
@@ -135,7 +130,7 @@ void Print(const char* what, std::vector<double> times_ms) {
 }
 
 void ClosingsTest::CloseOne(int number) {
-  const Operation& operation = kOperations[Pick(std::size(kOperations))];
+  const QStringList operation = QString(kOperations[Pick(std::size(kOperations))]).split(' ');
   const QString ending = kEndings[Pick(std::size(kEndings))];
   const char* const rule = kRules[Pick(std::size(kRules))];
   const QString moment = QString::number(Pick(Pick(2) == 0 ? 300 : 1500));
@@ -147,9 +142,8 @@ void ClosingsTest::CloseOne(int number) {
   QVERIFY(package.open(QIODevice::WriteOnly) && package.write(package_) == package_.size());
   package.close();
 
-  QStringList arguments = Places(operation.model);
-  arguments.prepend(operation.model);
-  arguments << operation.name << moment << ending << wait << window << folder.path();
+  QStringList arguments = operation.mid(0, 1) + Places(operation[0]);
+  arguments << operation[1] << moment << ending << wait << window << folder.path();
   const QString what = QString("%1: %2 %3").arg(number).arg(arguments.join(' '), rule);
   QProcess tool;
   auto environment = QProcessEnvironment::systemEnvironment();
@@ -162,7 +156,7 @@ void ClosingsTest::CloseOne(int number) {
     output += tool.readAll();
     if (misbehaves || !output.contains("begun\n")) return;
     misbehaves = true;
-    Misbehave(operation.model, rule);
+    Misbehave(operation[0], rule);
   });
   tool.start(QCoreApplication::applicationDirPath() + "/closing_driver", arguments);
   const bool ended = QTest::qWaitFor([&] { return tool.state() == QProcess::NotRunning; }, kPatienceMs);
@@ -171,8 +165,8 @@ void ClosingsTest::CloseOne(int number) {
   const qint64 now = clock.msecsSinceReference();
   if (!ended) tool.kill();
   tool.waitForFinished();
-  Misbehave(operation.model, "*=none");
-  if (operation.model == QLatin1String(kLines)) lines_.Stop();
+  Misbehave(operation[0], "*=none");
+  if (operation[0] == kLines) lines_.Stop();
   QVERIFY2(ended && tool.exitStatus() == QProcess::NormalExit && tool.exitCode() == 0,
            qPrintable(what + '\n' + output));
   const double left_ms = NumberAfter(output, "left ");

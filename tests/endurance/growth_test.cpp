@@ -101,7 +101,10 @@ void GrowthTest::ConnectionsThatTheSensorCuts() {
     const bool noticed = QTest::qWaitFor(is_lost, kPatienceMs);
     manager.Stop();
     bench.sensor->Behave();
-    if (model == "Zelto") lines.Stop();
+    if (model == "Zelto") {
+      lines.Stop();
+      lines.device().log.Clear();
+    }
     Forget(bench);
     return noticed && !manager.IsConnected();
   };
