@@ -36,8 +36,10 @@ class Driver : public QObject {
     manager_->set_serial_port_485(arguments[2]);
     manager_->set_serial_port_232(arguments[3]);
     connect(manager_, &VarkelManager::isConnectedChanged, this, [this] { Begin(); });
+    timer_.setSingleShot(true);
+    connect(&timer_, &QTimer::timeout, this, [this] { next_(); });
     connect(manager_, &VarkelManager::errorMessageChanged, this, [this] {
-      if (!begun_) QTimer::singleShot(kMomentMs, this, [this] { manager_->ConnectLidar(); });
+      if (!begun_) After(kRetryMs, [this] { manager_->ConnectLidar(); });
     });
     manager_->ConnectLidar();
     if (operation_ == "connect") Begin();
@@ -55,9 +57,14 @@ class Driver : public QObject {
   Driver& operator=(const Driver&) = delete;
 
  private:
-  static constexpr int kMomentMs = 100;
+  static constexpr int kRetryMs = 100;  // a busy machine may miss the time for an attempt
 
   QUrl InFolder(const char* name) const { return QUrl::fromLocalFile(folder_ + '/' + name); }
+
+  void After(int duration_ms, std::function<void()> next) {
+    next_ = std::move(next);
+    timer_.start(duration_ms);
+  }
 
   void Begin() {
     if (begun_ || (operation_ != "connect" && !manager_->IsConnected())) return;
@@ -91,7 +98,7 @@ class Driver : public QObject {
          }},
         {"marvo-upgrade", [this] { manager_->MarvoUpgradeLidar(InFolder("package")); }}};
     operations.at(operation_)();
-    QTimer::singleShot(moment_ms_, this, [this] { End(); });
+    After(moment_ms_, [this] { End(); });
   }
 
   void End() {
@@ -102,7 +109,7 @@ class Driver : public QObject {
       manager_->Stop();
     }
     if (ending_ == "reconnect") manager_->ConnectLidar();
-    QTimer::singleShot(wait_ms_, this, [this] { Close(); });
+    After(wait_ms_, [this] { Close(); });
   }
 
   void Close() {
@@ -125,6 +132,8 @@ class Driver : public QObject {
   VarkelManager* const manager_;
   std::unique_ptr<MainWindow> window_;
   bool begun_ = false;
+  QTimer timer_;
+  std::function<void()> next_;
   QElapsedTimer clock_;  ///< since the closing began
   double waited_ms_ = 0;
 };

@@ -106,12 +106,12 @@ QString TornFile(const QString& folder) {
     const QFileInfo file(files.next());
     const QString ending = file.suffix();
     const bool is_download = file.path().endsWith("/logs");
-    if (ending == "ini" && QSettings(file.filePath(), QSettings::IniFormat).allKeys().size() < 5)
-      return "half the settings";
-    if (ending == "tar" && QProcess::execute("tar", {"-tf", file.filePath()}) != 0) return "half an archive";
+    const QString path = file.filePath();
+    if (ending == "ini" && QSettings(path, QSettings::IniFormat).allKeys().size() < 5) return "half settings";
+    if (ending == "tar" && QProcess::execute("tar", {"-tf", path}) != 0) return "half an archive";
     if (is_download && file.size() < 1000) return "half a log";
     const QStringList known = {"ini", "tar", "bin", "log", "qmlc", "jsc", ""};
-    if (!known.contains(ending)) return "left over: " + file.filePath();
+    if (!known.contains(ending)) return "left over: " + path;
   }
   return {};
 }
