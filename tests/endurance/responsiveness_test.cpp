@@ -106,18 +106,11 @@ void ResponsivenessTest::SilentNetworkSensor() {
   const quarn::test::SilentAddress nobody;
   Desk desk;
   VarkelManager& manager = *desk.manager;
-  const auto place = [&](int page, const char* label) { return desk.Place(page, label).split('_'); };
-  const QStringList row = place(4, "Intensity Threshold");
-  const QStringList upgrade = place(6, "Firmware Upgrade");
-  const auto connected = [&](const std::function<void()>& work) {
-    return [&, work] {
-      if (!manager.IsConnected()) {
-        desk.sensor.Behave();
-        if (!desk.Connect()) qFatal("no connection");
-        desk.sensor.Misbehave("*=silence");
-      }
-      work();
-    };
+  const auto reconnect = [&] {
+    if (manager.IsConnected()) return;
+    desk.sensor.Behave();
+    if (!desk.Connect()) qFatal("no connection");
+    desk.sensor.Misbehave("*=silence");
   };
   std::vector<Step> steps = {{"connect to nobody", [&] { desk.Dial(nobody.port()); }},
                              {"give up", [&] { manager.Stop(); }},
@@ -129,37 +122,33 @@ void ResponsivenessTest::SilentNetworkSensor() {
     steps.emplace_back(QString("first visit of page %1").arg(page),
                        [&, page] { Call(desk, "choosePage", page); });
   }
-  steps.insert(steps.end(),
-               {{"fall silent", [&] { desk.sensor.Misbehave("*=silence"); }},
-                {"check", [&] { manager.CheckConnectionInBackground(); }},
-                {"change page", [&] { Call(desk, "choosePage", 2); }},
-                {"change back", [&] { Call(desk, "choosePage", 4); }},
-                {"edit", [&] { manager.SetText(1, row[0].toInt(), row[1].toInt(), row[2].toInt(), "77"); }},
-                {"angle", [&] { manager.SetMultiFovConfig(0, "20"); }},
-                {"save", [&] { Call(desk, "requestSave", 4); }},
-                {"cancel", [&] { desk.Click("cancelButton_4"); }},
-                {"disconnect", [&] { Call(desk, "pressConnect"); }}});
+  steps.insert(steps.end(), {{"fall silent", [&] { desk.sensor.Misbehave("*=silence"); }},
+                             {"check", [&] { manager.CheckConnectionInBackground(); }},
+                             {"change page", [&] { Call(desk, "choosePage", 2); }},
+                             {"change back", [&] { Call(desk, "choosePage", 4); }},
+                             {"edit", [&] { manager.SetText(1, 4, 3, 0, "77"); }},
+                             {"angle", [&] { manager.SetMultiFovConfig(0, "20"); }},
+                             {"save", [&] { Call(desk, "requestSave", 4); }},
+                             {"cancel", [&] { desk.Click("cancelButton_4"); }},
+                             {"disconnect", [&] { Call(desk, "pressConnect"); }}});
   Watch("network", steps);
-  const std::vector<Step> alone = {
-      {"console", [&] { manager.SendCommandInBackground("07", ""); }},
-      {"restart", [&] { manager.RestartInBackground(); }},
-      {"reset", [&] { manager.ResetInBackground(); }},
-      {"log", [&] { manager.DownloadLog(File("."), "Fault Log"); }},
-      {"operation log", [&] { manager.DownloadOperationLog(File("log.tar")); }},
-      {"upgrade", [&] { manager.UpgradeLidar(File("package"), 6, upgrade[1].toInt(), upgrade[2].toInt()); }}};
+  const std::vector<Step> alone = {{"console", [&] { manager.SendCommandInBackground("07", ""); }},
+                                   {"restart", [&] { manager.RestartInBackground(); }},
+                                   {"reset", [&] { manager.ResetInBackground(); }},
+                                   {"log", [&] { manager.DownloadLog(File("."), "Fault Log"); }},
+                                   {"operation log", [&] { manager.DownloadOperationLog(File("log.tar")); }},
+                                   {"upgrade", [&] { manager.UpgradeLidar(File("package"), 6, 1, 0); }}};
   for (const Step& step : alone) {
-    connected([] {})();
+    reconnect();
     Watch("network", {step, {"disconnect after it", [&] { manager.Stop(); }}});
     QTRY_VERIFY_WITH_TIMEOUT(!manager.isWorking() && !manager.IsUpgrading() && !manager.IsDownloadLog(),
                              15000);
   }
-  connected([&] { Call(desk, "choosePage", 1); })();
+  reconnect();
+  Call(desk, "choosePage", 1);
   Watch("network", {{"other model", [&] { Call(desk, "changeModel", "Zelto-KTC"); }},
                     {"and back", [&] { Call(desk, "changeModel", "Quenta"); }},
-                    {"close", [&] {
-                       desk.window->close();
-                       desk.window.reset();
-                     }}});
+                    {"close", [&] { desk.window.reset(); }}});
 }
 
 void ResponsivenessTest::SilentSmallSensor_data() {
@@ -206,10 +195,7 @@ void ResponsivenessTest::SilentSmallSensor() {
                                         : manager.ZeltoUpgradeLidar(File("package"));
                  }},
                 {"disconnect", [&] { manager.Stop(); }},
-                {"close", [&] {
-                   desk.window->close();
-                   desk.window.reset();
-                 }}});
+                {"close", [&] { desk.window.reset(); }}});
 }
 
 }  // namespace
