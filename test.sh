@@ -1,11 +1,22 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds and runs every test. ./test.sh [dev|asan|tsan]
+# Installs what is missing, builds and runs every test. ./test.sh [dev|asan|tsan|--windows]
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 preset=${1:-dev}
+if [ "$preset" = --windows ]; then
+  tools/install-packages.sh packages.txt packages-windows.txt
+  tools/windows-libraries.sh
+  tools/build.sh windows
+  tools/windows-tests.sh "${2:-1}"
+  exit
+fi
 case $preset in
   dev|asan|tsan) ;;
-  *) echo "./test.sh [dev|asan|tsan]: plain (the default), AddressSanitizer + UBSan, or ThreadSanitizer" >&2; exit 2 ;;
+  *)
+    echo "./test.sh [dev|asan|tsan]: plain (the default), AddressSanitizer + UBSan, or ThreadSanitizer" >&2
+    echo "./test.sh --windows [TIMES]: cross-built for Windows, under Wine" >&2
+    exit 2
+    ;;
 esac
 tools/install-packages.sh
 tools/build.sh "$preset"

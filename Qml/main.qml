@@ -1,4 +1,5 @@
 import QtQuick 2.15
+import Varkel.Shell 1.0
 import "assembly"
 import "pages"
 
@@ -114,7 +115,8 @@ Rectangle {
         } else if (varkel_manager.getSetMapSize() === 0) {
             callSuccessInfoWindow("Nothing to be saved");
         } else if (!varkel_manager.CheckModuleVarsWithinRange(module)) {
-            var names = page.outOfRangeNames.length > 0 ? page.outOfRangeNames.join(", ") : "Some item";
+            var names = page.outOfRangeNames.length > 0
+                        ? page.outOfRangeNames.map(name => PlainText.line(name)).join(", ") : "Some item";
             callMessageWindow(names + " ", "Continue", String(module));
         } else {
             saveModule(module);

@@ -5,6 +5,7 @@ varkel_library(varkel_catalogue
     ${CMAKE_CURRENT_LIST_DIR}/src/config_parser.cpp
     ${CMAKE_CURRENT_LIST_DIR}/src/csv_table.cpp
     ${CMAKE_CURRENT_LIST_DIR}/src/marvo_package.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/src/name_index.cpp
     ${CMAKE_CURRENT_LIST_DIR}/src/str_parser.cpp
     ${CMAKE_CURRENT_LIST_DIR}/src/table_cells.cpp
     ${CMAKE_CURRENT_LIST_DIR}/src/table_check.cpp

@@ -1,9 +1,9 @@
-# What the program finds beside itself: fonts, pictures and tables, copied into the build tree's root and
-# installed into the same places.
-find_file(ROBOTO_BOLD Roboto-Bold.ttf PATHS /usr/share/fonts PATH_SUFFIXES truetype/roboto/unhinted/RobotoTTF
-  REQUIRED)
-find_file(ROBOTO_REGULAR Roboto-Regular.ttf PATHS /usr/share/fonts
-  PATH_SUFFIXES truetype/roboto/unhinted/RobotoTTF REQUIRED)
+# What the tool finds beside itself, with the model tables: fonts and pictures, copied into the build tree's root
+# and installed into the same places.
+set(VARKEL_FONTS "" CACHE PATH "Folder of Roboto-Bold.ttf and Roboto-Regular.ttf, where no package provides them")
+set(font_folders HINTS ${VARKEL_FONTS} PATHS /usr/share/fonts PATH_SUFFIXES truetype/roboto/unhinted/RobotoTTF)
+find_file(ROBOTO_BOLD Roboto-Bold.ttf ${font_folders} REQUIRED)
+find_file(ROBOTO_REGULAR Roboto-Regular.ttf ${font_folders} REQUIRED)
 
 # install_root_file(SOURCE TARGET): TARGET is the path below the root.
 function(install_root_file source target)
@@ -16,8 +16,3 @@ endfunction()
 install_root_file(${ROBOTO_BOLD} fonts/Roboto-Bold-3.ttf)
 install_root_file(${ROBOTO_REGULAR} fonts/Roboto-Regular-14.ttf)
 install_root_file(${CMAKE_SOURCE_DIR}/png/Varkel-LOGO-black.svg png/Varkel-LOGO-black.svg)
-
-file(GLOB MODEL_TABLES CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/Config/varID/*.csv)
-foreach(model_table IN LISTS MODEL_TABLES)
-  install_root_file(${CMAKE_SOURCE_DIR}/${model_table} ${model_table})
-endforeach()

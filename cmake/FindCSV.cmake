@@ -1,4 +1,13 @@
-# libcsv installs neither a CMake nor a pkg-config file.
+# libcsv installs neither a CMake nor a pkg-config file. Where nobody packages it, CSV_SOURCE_DIR names its
+# unpacked sources, one C file and one header.
+set(CSV_SOURCE_DIR "" CACHE PATH "Sources of libcsv (libcsv.c and csv.h), when it isn't installed")
+if(CSV_SOURCE_DIR AND NOT TARGET CSV::CSV)
+  add_library(csv STATIC ${CSV_SOURCE_DIR}/libcsv.c)
+  target_include_directories(csv SYSTEM PUBLIC ${CSV_SOURCE_DIR})
+  add_library(CSV::CSV ALIAS csv)
+  set(CSV_FOUND TRUE)
+  return()
+endif()
 find_path(CSV_INCLUDE_DIR csv.h)
 find_library(CSV_LIBRARY csv)
 include(FindPackageHandleStandardArgs)

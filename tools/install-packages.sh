@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# Installs what packages.txt names and the machine lacks. Says what it does; asks nothing.
+# install-packages.sh [LIST...]: installs what the lists (packages.txt) name and the machine lacks. Says what it
+# does; asks nothing.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-mapfile -t wanted < <(grep -vE '^[[:space:]]*(#|$)' packages.txt)
+[ $# -gt 0 ] || set -- packages.txt
+mapfile -t wanted < <(grep -hvE '^[[:space:]]*(#|$)' "$@")
 missing=()
 for package in "${wanted[@]}"; do
   state=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)

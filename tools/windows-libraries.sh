@@ -1,19 +1,20 @@
 #!/usr/bin/env bash
 # Provides the libraries of the Windows cross-build, once: OpenSSL and libcsv are built from Debian's source
-# packages, what consists of headers is linked to. Everything goes to build/windows-libraries.
+# packages, what consists of headers is linked to. Everything goes to build/windows-libraries, with OpenSSL's
+# program for the tests.
 # Needs what packages-windows.txt lists, and a package list that names sources (it makes one of its own).
 set -Eeuo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 prefix=$PWD/build/windows-libraries
 host=x86_64-w64-mingw32
-stamp=$prefix/complete-1
+stamp=$prefix/complete-2
 if [ -e "$stamp" ]; then
   echo "Windows libraries: $prefix is complete."
   exit 0
 fi
 work=$prefix/work
 rm -rf "$work"
-mkdir -p "$work" "$prefix/include" "$prefix/lib"
+mkdir -p "$work" "$prefix/bin" "$prefix/include" "$prefix/lib"
 log=$prefix/build.log
 : >"$log"
 exec 4>&2
@@ -52,12 +53,15 @@ build_libcsv() {
   cp "$folder/csv.h" "$prefix/include/"
 }
 
-# The folders that end up in the library stay its defaults for Windows: none of this machine's.
+# The folder of its settings ends up in the library: one that Windows lets only administrators write to.
 build_openssl() {
   cd "$work"/openssl-*/
-  ./Configure mingw64 no-shared no-tests no-engine no-legacy --cross-compile-prefix=$host-
+  ./Configure mingw64 no-shared no-tests no-engine no-legacy --cross-compile-prefix=$host- \
+    --prefix='C:/Program Files/OpenSSL' --openssldir='C:/Program Files/Common Files/SSL'
   make -j"$(nproc)" build_libs
+  make -j"$(nproc)" apps/openssl.exe
   cp libssl.a libcrypto.a "$prefix/lib/"
+  cp apps/openssl.exe "$prefix/bin/"
   cp -r include/openssl "$prefix/include/"
   cd - >/dev/null
 }

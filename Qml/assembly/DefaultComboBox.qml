@@ -1,5 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
+import Varkel.Shell 1.0
 import "."
 
 // A combo box over a list of texts. `unlisted` is shown while no entry is chosen.
@@ -30,7 +31,7 @@ T.ComboBox {
     Keys.onEnterPressed: popup.opened ? event.accepted = false : popup.open()
 
     contentItem: T.TextField {
-        text: combo.editable ? combo.editText : combo.displayText
+        text: combo.editable ? combo.editText : PlainText.line(combo.displayText)
         enabled: combo.editable && combo.enabled
         readOnly: !combo.editable
         color: combo.enabled ? Theme.text : Theme.textMuted
@@ -86,7 +87,7 @@ T.ComboBox {
         rightPadding: Theme.gapSmall
         highlighted: combo.highlightedIndex === index
         hoverEnabled: true
-        text: modelData
+        text: PlainText.line(modelData)
 
         Accessible.role: Accessible.ListItem
         Accessible.name: text

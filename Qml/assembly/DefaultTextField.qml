@@ -1,14 +1,16 @@
 import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
+import Varkel.Shell 1.0
 import "."
 
 // A text field. `commit(text)` comes once an edit is finished (Enter, Tab or a click elsewhere) and only when
 // the text differs from the shown value; Escape takes the edit back. With `readOnly` it is flat text to
-// select and copy.
+// select and copy. `cut` tells that `show(value)` got more than can be shown: an edit would lose the rest.
 T.TextField {
     id: field
 
     property string value
+    property bool cut: false
     property bool marked: false
     property bool faulty: false
     property string hint
@@ -19,9 +21,10 @@ T.TextField {
 
     function show(newValue) {
         var held = typing;
-        value = newValue;
+        value = PlainText.field(newValue);
+        cut = PlainText.isCut(newValue);
         if (!held) {
-            setText(newValue);
+            setText(value);
         }
     }
 

@@ -1,5 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
+import Varkel.Shell 1.0
 import "."
 
 T.ToolTip {
@@ -19,7 +20,7 @@ T.ToolTip {
     contentItem: BodyText {
         id: words
 
-        text: tip.text
+        text: PlainText.paragraph(tip.text)
         font.pixelSize: Theme.fontSmall
         wrapMode: Text.Wrap
     }

@@ -1,5 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
+import Varkel.Shell 1.0
 import "."
 
 T.AbstractButton {
@@ -37,7 +38,7 @@ T.AbstractButton {
         BodyText {
             width: row.codeWidth
             height: parent.height
-            text: row.code
+            text: PlainText.line(row.code)
             color: row.tone
             elide: Text.ElideRight
         }
@@ -45,7 +46,7 @@ T.AbstractButton {
         BodyText {
             width: row.availableWidth - row.timeWidth - row.codeWidth
             height: parent.height
-            text: row.payload
+            text: PlainText.line(row.payload)
             color: row.tone
             elide: Text.ElideRight
         }

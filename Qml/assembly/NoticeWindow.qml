@@ -1,6 +1,7 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import QtQuick.Templates 2.15 as T
+import Varkel.Shell 1.0
 import "."
 
 // A modal notice in the window. Notices that come while one is open wait their turn, so none is lost.
@@ -127,7 +128,7 @@ T.Popup {
 
                 objectName: "noticeText"
                 width: parent.width - Theme.gap
-                text: notice.message
+                text: PlainText.paragraph(notice.message)
                 wrapMode: Text.Wrap
                 lineHeight: 1.25
             }

@@ -1,5 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
+import Varkel.Shell 1.0
 import "."
 
 // Hexadecimal text that came from the sensor, to read, select and copy.
@@ -9,6 +10,7 @@ Rectangle {
     property string text
     property string name
     readonly property int lines: 8
+    readonly property int shown: 32768 // characters: all of a reply of 10 KiB, which is far more than usual
 
     implicitHeight: Math.min(edit.implicitHeight, lines * (Theme.font + Theme.gapTiny)) + 2 * Theme.gapTiny
     color: Theme.field
@@ -30,7 +32,7 @@ Rectangle {
             leftPadding: Theme.gapTiny
             topPadding: Theme.gapTiny / 2
             bottomPadding: Theme.gapTiny / 2
-            text: box.text.length > 0 ? box.text : " "
+            text: box.text.length > 0 ? PlainText.line(box.text, box.shown) : " "
             textFormat: TextEdit.PlainText
             wrapMode: TextEdit.Wrap
             color: Theme.text

@@ -1,5 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
+import Varkel.Shell 1.0
 import "."
 
 // The list of pages at the window's side. Up and Down move along it.
@@ -37,7 +38,7 @@ Rectangle {
                 TabEntry {
                     objectName: "tab_" + index
                     width: column.width
-                    text: modelData
+                    text: PlainText.line(modelData)
                     shortcutText: index < 9 ? "Ctrl+" + (index + 1) : ""
                     current: index === tabs.currentIndex
                     onClicked: tabs.chosen(index)

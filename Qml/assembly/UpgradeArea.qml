@@ -1,6 +1,7 @@
 import QtQuick 2.15
 import QtQuick.Dialogs 1.3
 import QtQuick.Layouts 1.15
+import Varkel.Shell 1.0
 import "."
 
 // Takes a firmware package by choice or by drop and shows how far its transfer is. Rows put inside it stand
@@ -57,7 +58,7 @@ Item {
                 objectName: "upgradeFileName"
                 color: area.remark.length > 0 ? Theme.warning : Theme.textMuted
                 elide: Text.ElideMiddle
-                text: area.remark.length > 0 ? area.remark : area.fileName
+                text: PlainText.line(area.remark.length > 0 ? area.remark : area.fileName)
             }
         }
 

@@ -1,5 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
+import Varkel.Shell 1.0
 import "."
 
 // The sensor's own judgement of its health, read on demand: a state, and the codes of its faults.
@@ -34,7 +35,7 @@ Column {
             Layout.fillWidth: true
             Layout.leftMargin: Theme.gapSmall
             Accessible.name: "Fault State " + text
-            text: safety.faultState
+            text: PlainText.line(safety.faultState)
             elide: Text.ElideRight
         }
 

@@ -1,5 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
+import Varkel.Shell 1.0
 import "."
 
 // What the sensor says of itself: names and values, the values to select and copy. A refresh changes the
@@ -19,7 +20,7 @@ Column {
             readonly property var entry: table.entries[index] || ({ "label": "", "value": "" })
 
             width: table.width
-            text: entry.label
+            text: PlainText.line(entry.label)
 
             DefaultTextField {
                 readonly property string latest: row.entry.value

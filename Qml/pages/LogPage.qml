@@ -2,6 +2,7 @@ import QtQuick 2.15
 import QtQuick.Dialogs 1.3
 import QtQuick.Layouts 1.15
 import QtQuick.Templates 2.15 as T
+import Varkel.Shell 1.0
 import "../assembly"
 
 // The log window's button and the downloads of the sensor's own logs.
@@ -80,9 +81,9 @@ Flickable {
             DownloadRow {
                 objectName: "logRow_" + index
                 width: column.width
-                text: modelData
-                downloading: varkel_manager.IsDownloadLog && page.wantedLog === text
-                onRequested: page.ask(text)
+                text: PlainText.line(modelData)
+                downloading: varkel_manager.IsDownloadLog && page.wantedLog === modelData
+                onRequested: page.ask(modelData)
             }
         }
     }

@@ -1,5 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
+import Varkel.Shell 1.0
 import "../assembly"
 
 // One variable's row: its label, its control in a column that lines up with the other rows, and its marks.
@@ -11,7 +12,7 @@ Item {
     property var values: ({})
     property bool outOfRange: false
     property string valueText: values.current_val === undefined ? "" : values.current_val
-    readonly property string label: entry[0]
+    readonly property string label: PlainText.line(entry[0])
     readonly property int module: entry[2]
     readonly property int group: entry[3]
     readonly property int variable: entry[4]
@@ -39,10 +40,11 @@ Item {
         var lines = [label];
         if (values.range_min !== undefined && values.range_max !== undefined
                 && (Number(values.range_min) !== 0 || Number(values.range_max) !== 0)) {
-            lines.push("Range: " + values.range_min + " to " + values.range_max + (values.unit || ""));
+            lines.push("Range: " + values.range_min + " to " + values.range_max
+                       + PlainText.line(values.unit || ""));
         }
         if (values.var_type) {
-            lines.push("Type: " + values.var_type);
+            lines.push("Type: " + PlainText.line(values.var_type));
         }
         if (live) {
             lines.push("Refreshed continuously");

@@ -37,7 +37,7 @@ RowFrame {
         Layout.fillWidth: true
         Accessible.name: row.label
         enabled: row.on || !row.writable
-        readOnly: !row.writable
+        readOnly: !row.writable || cut
         marked: row.edited
         faulty: row.outOfRange
         hintBeside: true

@@ -14,7 +14,7 @@ RowFrame {
         objectName: "field_" + row.place
         Layout.fillWidth: true
         Accessible.name: row.label
-        readOnly: !row.writable
+        readOnly: !row.writable || cut
         marked: row.edited
         faulty: row.outOfRange
         hintBeside: true

@@ -1,4 +1,5 @@
 import QtQuick 2.15
+import Varkel.Shell 1.0
 import "../assembly"
 
 // The firmware upgrade of the sensors with table-driven pages.
@@ -6,7 +7,7 @@ Item {
     id: row
 
     property var entry: ["", 4, 0, 0, 0]
-    readonly property string label: entry[0]
+    readonly property string label: PlainText.line(entry[0])
     readonly property string valueText: area.fileName
 
     signal refused(string message)

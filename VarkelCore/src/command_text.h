@@ -33,4 +33,8 @@ std::vector<std::uint8_t> RequestPayload(const Command& command, std::span<const
 /// reply that repeats another code.
 std::span<const std::uint8_t> ReplyContent(const Command& command, std::span<const std::uint8_t> reply);
 
+/// Whether a reply repeats another four-byte code than the command's. All of them travel under one command
+/// byte, so this is how the late reply to an earlier request shows.
+bool AnswersAnother(const Command& command, std::span<const std::uint8_t> reply);
+
 }  // namespace varkel

@@ -31,10 +31,34 @@ void TraceLookUp(const std::string& text) {
   Trace("GetVarPosOffset", text);
 }
 
+std::string VarId(std::string_view group_id, std::string_view index) {
+  std::string var_id(group_id);
+  var_id.append("-").append(index);
+  return var_id;
+}
+
+// Most cells of a row are empty, and so are a new record's texts.
+void SetText(std::string& text, std::string_view cell) {
+  if (!cell.empty() || !text.empty()) {
+    text = cell;
+  }
+}
+
+// Rows that follow each other in a table mostly do so in the maps, too: the place behind the entry of the row
+// before is tried first.
+template <typename Map, typename... Value>
+typename Map::iterator EmplaceBehind(Map& map, typename Map::iterator before, std::string key,
+                                     Value&&... value) {
+  const auto hint = before == map.end() ? before : std::next(before);
+  return map.try_emplace(hint, std::move(key), std::forward<Value>(value)...);
+}
+
 void LayOut(ConfigParser::VarList& vars, std::int32_t VarInfo::*order, std::uint32_t VarInfo::*position,
             std::uint32_t first) {
-  std::stable_sort(vars.begin(), vars.end(),
-                   [order](const VarInfo* a, const VarInfo* b) { return a->*order < b->*order; });
+  const auto comes_first = [order](const VarInfo* a, const VarInfo* b) { return a->*order < b->*order; };
+  if (!std::is_sorted(vars.begin(), vars.end(), comes_first)) {
+    std::stable_sort(vars.begin(), vars.end(), comes_first);
+  }
   for (VarInfo* var : vars) {
     var->*position = first;
     first += var->var_len;
@@ -119,7 +143,7 @@ bool ConfigParser::ExtractConfigInfo() {
   }
   LayOutPayloads();
   LinkSwitches();
-  IndexNames();
+  by_name_.Build(file_order_);
   return true;
 }
 
@@ -142,28 +166,31 @@ void ConfigParser::LoadRow(const CsvRow& row, const Columns& columns) {
     AddModule(row);
     return;
   }
-  const std::string get_cmd(row.Cell(columns.get));
-  const std::string set_cmd(row.Cell(columns.set));
+  const std::string_view get_cmd = row.Cell(columns.get);
+  const std::string_view set_cmd = row.Cell(columns.set);
   if (get_cmd.empty() && set_cmd.empty()) {
     return;
   }
-  if (!get_cmd.empty()) {
-    cmd_kind_map_.try_emplace(get_cmd, kGetKind);
-  }
-  if (!set_cmd.empty()) {
-    cmd_kind_map_.try_emplace(set_cmd, kSetKind);
-  }
   VarInfo* var = StoreRow(row, columns);
-  Place(var, std::string(row.Cell(columns.function_module)));
-  if (!set_cmd.empty() && get_cmd.empty()) {
-    NameApart(var);
+  Place(var, row.Cell(columns.function_module));
+  if (!get_cmd.empty()) {
+    AddToCommand(get_cmd, var, kGetKind, get_cmd_map_, last_get_);
   }
   if (!set_cmd.empty()) {
-    set_cmd_map_[set_cmd].push_back(var);
+    if (get_cmd.empty()) {
+      NameApart(var);
+    }
+    AddToCommand(set_cmd, var, kSetKind, set_cmd_map_, last_set_);
   }
-  if (!get_cmd.empty()) {
-    get_cmd_map_[get_cmd].push_back(var);
+}
+
+void ConfigParser::AddToCommand(std::string_view cmd, VarInfo* var, const char* kind, CommandLists& lists,
+                                LastCommand& last) {
+  if (last.list == lists.end() || last.list->first != cmd) {
+    last.list = EmplaceBehind(lists, last.list, std::string(cmd));
+    last.kind = EmplaceBehind(cmd_kind_map_, last.kind, std::string(cmd), kind);
   }
+  last.list->second.push_back(var);
 }
 
 void ConfigParser::AddModule(const CsvRow& row) {
@@ -177,6 +204,22 @@ void ConfigParser::AddModule(const CsvRow& row) {
   module_vars_.resize(module_titles_.size());
   const std::size_t entries = module_titles_.back().size();
   module_vars_.back().resize(entries == 0 ? 0 : entries - 1);
+}
+
+VarInfo& ConfigParser::Record(std::string var_id, std::string_view var_name) {
+  last_in_map_ = EmplaceBehind(var_map_, last_in_map_, std::move(var_id));
+  auto& [key, record] = *last_in_map_;
+  if (record == nullptr) {
+    record = std::make_unique<VarInfo>();
+    record->var_id = key;
+    file_order_.push_back(record.get());
+  } else {
+    TraceLoad(
+        "(): ERROR with config file. There are vars with the same var_id. Some of them will be overwritten");
+    TraceLoad("(): --- Details: file path = " + path_ + ", var_id =" + key +
+              ", var_name = " + std::string(var_name));
+  }
+  return *record;
 }
 
 // A second row of an identifier overwrites the first one's values; places that the first one took stay.
@@ -201,26 +244,13 @@ VarInfo* ConfigParser::StoreRow(const CsvRow& row, const Columns& columns) {
   OptionsCell options = ParseOptions(options_cell);
   std::map<std::int32_t, std::string> labels = ParseOptionLabels(option_description);
 
-  std::string var_id(row.Cell(columns.group_id));
-  var_id.append("-").append(row.Cell(columns.index));
-  std::unique_ptr<VarInfo>& record = var_map_[var_id];
-  if (record == nullptr) {
-    record = std::make_unique<VarInfo>();
-    file_order_.push_back(record.get());
-  } else {
-    TraceLoad(
-        "(): ERROR with config file. There are vars with the same var_id. Some of them will be overwritten");
-    TraceLoad("(): --- Details: file path = " + path_ + ", var_id =" + var_id +
-              ", var_name = " + std::string(var_name));
-  }
-  VarInfo& var = *record;
-  var.var_id = std::move(var_id);
+  VarInfo& var = Record(VarId(row.Cell(columns.group_id), row.Cell(columns.index)), var_name);
   var.index = IntCell(row.Cell(columns.index), kNoIndex);
   var.set_index = IntCell(set_index, kNoIndex);
-  var.get_cmd = row.Cell(columns.get);
-  var.set_cmd = row.Cell(columns.set);
-  var.var_type = var_type;
-  var.var_name = var_name;
+  SetText(var.get_cmd, row.Cell(columns.get));
+  SetText(var.set_cmd, row.Cell(columns.set));
+  SetText(var.var_type, var_type);
+  SetText(var.var_name, var_name);
   var.unit = unit.empty() ? std::string() : " (" + std::string(unit) + ")";
   var.get_start_pos = 0;
   var.set_start_pos = 0;
@@ -228,12 +258,12 @@ VarInfo* ConfigParser::StoreRow(const CsvRow& row, const Columns& columns) {
   var.permission = IntCell(permission, 0);
   var.coefficient = FloatCell(coefficient, 1.0F);
   var.set_coefficient = FloatCell(set_coefficient, 1.0F);
-  var.default_val = default_value;
-  var.current_val = default_value;
+  SetText(var.default_val, default_value);
+  SetText(var.current_val, default_value);
   var.options = std::move(options.values);
   var.option_num = static_cast<std::int32_t>(var.options.size());
   var.option_labels = std::move(labels);
-  var.option_description = option_description;
+  SetText(var.option_description, option_description);
   var.range_min = options.range_min;
   var.range_max = options.range_max;
   var.timer_update = IntCell(timer_update, 0) == 1;
@@ -242,21 +272,21 @@ VarInfo* ConfigParser::StoreRow(const CsvRow& row, const Columns& columns) {
   return &var;
 }
 
-void ConfigParser::Place(VarInfo* var, const std::string& function_module) {
-  for (const PlaceCell& place : ParsePlaces(function_module)) {
-    var->module_places[{place.module, place.group}] = place.position;
-    var->component_type = place.component;
-    if (place.component == kStandalone) {
+void ConfigParser::Place(VarInfo* var, std::string_view function_module) {
+  while (const auto place = TakePlace(function_module)) {
+    var->module_places[{place->module, place->group}] = place->position;
+    var->component_type = place->component;
+    if (place->component == kStandalone) {
       standalone_vars_.push_back(var);
       continue;
     }
-    if (place.switched_position) {
-      switch_map_[var] = {place.module, place.group, *place.switched_position};
+    if (place->switched_position) {
+      switch_map_[var] = {place->module, place->group, *place->switched_position};
       var->has_switch = true;
     }
-    const auto module = static_cast<std::size_t>(place.module);
-    const auto group = static_cast<std::size_t>(place.group);
-    if (place.module >= 0 && module < module_vars_.size() && place.group >= 0 &&
+    const auto module = static_cast<std::size_t>(place->module);
+    const auto group = static_cast<std::size_t>(place->group);
+    if (place->module >= 0 && module < module_vars_.size() && place->group >= 0 &&
         group < module_vars_[module].size()) {
       module_vars_[module][group].push_back(var);
     }
@@ -286,9 +316,11 @@ void ConfigParser::LayOutPayloads() {
 void ConfigParser::LinkSwitches() {
   std::map<ModulePlace, GroupSwitches> switches;
   for (VarInfo* var : file_order_) {
-    const auto found = switch_map_.find(var);
-    if (found != switch_map_.end() && found->second[2] >= 0) {
-      switches[{found->second[0], found->second[1]}][found->second[2]] = var;
+    if (!var->has_switch) {
+      continue;
+    }
+    if (const auto& [module, group, position] = switch_map_.at(var); position >= 0) {
+      switches[{module, group}][position] = var;
     }
   }
   for (const auto& [place, group_switches] : switches) {
@@ -298,13 +330,6 @@ void ConfigParser::LinkSwitches() {
         group < module_vars_[module].size()) {
       LinkGroup(module_vars_[module][group], place, group_switches);
     }
-  }
-}
-
-void ConfigParser::IndexNames() {
-  by_name_.reserve(file_order_.size());
-  for (VarInfo* var : file_order_) {
-    by_name_.try_emplace(var->var_name, var);
   }
 }
 
@@ -353,8 +378,7 @@ VarInfo* ConfigParser::FindById(const std::string& var_id) const {
 }
 
 VarInfo* ConfigParser::FindByName(const std::string& var_name) const {
-  const auto found = by_name_.find(var_name);
-  return found == by_name_.end() ? nullptr : found->second;
+  return by_name_.Find(var_name);
 }
 
 }  // namespace varkel

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "VarkelCore/src/name_index.h"
 #include "VarkelCore/src/var_info.h"
 
 namespace varkel {
@@ -74,28 +75,44 @@ class ConfigParser {
  private:
   struct Columns;  // the table's columns by name
 
+  using VarMap = std::map<std::string, std::unique_ptr<VarInfo>>;
+  using CommandLists = std::map<std::string, VarList>;
+  using CommandKinds = std::map<std::string, std::string>;
+
+  /// Where the command of the row before stands, which most rows share; the maps' ends ahead of the first
+  /// row.
+  struct LastCommand {
+    CommandLists::iterator list;
+    CommandKinds::iterator kind;
+  };
+
   void LoadRow(const CsvRow& row, const Columns& columns);
   void AddModule(const CsvRow& row);
   VarInfo* StoreRow(const CsvRow& row, const Columns& columns);
-  void Place(VarInfo* var, const std::string& function_module);
+  VarInfo& Record(std::string var_id, std::string_view var_name);
+  void AddToCommand(std::string_view cmd, VarInfo* var, const char* kind, CommandLists& lists,
+                    LastCommand& last);
+  void Place(VarInfo* var, std::string_view function_module);
   void NameApart(VarInfo* var);
   void LayOutPayloads();
   void LinkSwitches();
-  void IndexNames();
 
   std::string path_;
   std::unique_ptr<CsvTable> table_;
-  std::map<std::string, std::unique_ptr<VarInfo>> var_map_;
+  VarMap var_map_;
+  VarMap::iterator last_in_map_ = var_map_.end();  // the row before
   VarList file_order_;
-  std::map<std::string, std::string> cmd_kind_map_;
-  std::map<std::string, VarList> get_cmd_map_;
-  std::map<std::string, VarList> set_cmd_map_;
+  CommandKinds cmd_kind_map_;
+  CommandLists get_cmd_map_;
+  CommandLists set_cmd_map_;
+  LastCommand last_get_{get_cmd_map_.end(), cmd_kind_map_.end()};
+  LastCommand last_set_{set_cmd_map_.end(), cmd_kind_map_.end()};
   std::vector<std::vector<std::string>> module_titles_;
   std::vector<std::vector<VarList>> module_vars_;
   VarList standalone_vars_;
   std::map<VarInfo*, SwitchPlace> switch_map_;
   std::unordered_map<std::string, const VarInfo*> set_only_names_;  // who took the name first
-  std::unordered_map<std::string_view, VarInfo*> by_name_;          // keys are the records' own texts
+  NameIndex by_name_;
   std::string row_being_read_;
   mutable std::mutex value_mutex_;
 };

@@ -24,7 +24,7 @@ VarkelManager::Private::Private(VarkelManager* face_in, bool flag, std::string c
     : face(face_in),
       creation_flag(flag),
       config_file_path(std::move(config_path)),
-      settings(settings_file.Load()),
+      settings(settings_file.Load(&settings_fault)),
       connection(*this, {[this] { refresher.Start(); },
                          [this] {
                            Emit(&VarkelManager::myMapChanged);
@@ -182,6 +182,12 @@ std::shared_ptr<quarn::lidar::KtcClient> VarkelManager::Private::IdleClient() co
   return IsBusy() ? nullptr : connection.usable_client();
 }
 
+std::shared_ptr<quarn::lidar::KtcClient> VarkelManager::Private::ClientToRestart() const {
+  if (IsBusy() || !serial.is_connected()) return IdleClient();
+  auto client = serial.ktc_client();
+  return client && client->IsOpen() ? client : nullptr;
+}
+
 std::shared_ptr<quarn::lidar::KtcClient> VarkelManager::Private::ClientForWriting() {
   auto client = connection.usable_client();
   if (!client) {
@@ -260,20 +266,22 @@ void VarkelManager::Private::FetchOperationLog(quarn::lidar::KtcClient& client, 
 }
 
 int VarkelManager::Private::RestartNow() {
-  const auto client = IdleClient();
+  const auto client = ClientToRestart();
   const auto catalogue = selection.catalogue();
   if (!client || !catalogue) return -1;
   const varkel::ByteLog::Quiet quiet(connection.byte_log());
+  const varkel::ByteLog::Quiet quiet_behind_ktc(serial.byte_log());
   const int code = varkel::RestartSensor(*catalogue, *client, *this);
   if (code == 0) events.Post([this] { face->Stop(); });
   return code;
 }
 
 int VarkelManager::Private::ResetNow() {
-  const auto client = IdleClient();
+  const auto client = ClientToRestart();
   const auto catalogue = selection.catalogue();
   if (!client || !catalogue) return -1;
   const varkel::ByteLog::Quiet quiet(connection.byte_log());
+  const varkel::ByteLog::Quiet quiet_behind_ktc(serial.byte_log());
   return varkel::ResetSensor(*catalogue, *client, *this);
 }
 

@@ -52,6 +52,8 @@ struct VarkelManager::Private : varkel::UserReport {
   bool IsBusy() const { return upgrade.is_upgrading() || downloading_log; }
   /// The client for an operation that must not meet an upgrade or a download; null when it is refused.
   std::shared_ptr<quarn::lidar::KtcClient> IdleClient() const;
+  /// The same over whichever KTC connection stands: a small sensor behind KTC restarts the same way.
+  std::shared_ptr<quarn::lidar::KtcClient> ClientToRestart() const;
   /// The client for saving; a refusal is reported.
   std::shared_ptr<quarn::lidar::KtcClient> ClientForWriting();
   bool CanWrite(int module) const;
@@ -86,6 +88,7 @@ struct VarkelManager::Private : varkel::UserReport {
   const varkel::SettingsFile settings_file;
 
   // The user interface's thread only.
+  std::string settings_fault;  ///< why the settings are the defaults; filled ahead of them
   varkel::ConnectionSettings settings;
   QString error_message;
   QString success_message;

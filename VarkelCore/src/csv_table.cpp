@@ -5,12 +5,13 @@
 #include <algorithm>
 #include <exception>
 #include <filesystem>
+#include <iterator>
 #include <stdexcept>
 
 namespace varkel {
 namespace {
 
-constexpr std::size_t kBlockSize = 65536;
+constexpr std::size_t kBlockSize = 16384;
 constexpr std::size_t kCellGrowth = 4096;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
@@ -19,37 +20,37 @@ int IsTrimmed(unsigned char /*character*/) {
   return 0;
 }
 
-std::size_t CountLines(std::string_view text) {
-  return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+// Counted only once a reading has failed. `offset` is a place within the file, byte-order mark included.
+std::size_t LineAt(const std::string& path, std::size_t offset) {
+  std::ifstream file(path, std::ios::binary);
+  std::size_t line = 1;
+  for (std::istreambuf_iterator<char> at(file); offset > 0 && at != std::istreambuf_iterator<char>();
+       ++at, --offset) {
+    line += *at == '\n' ? 1U : 0U;
+  }
+  return line;
 }
 
 }  // namespace
 
-std::string_view CsvRow::Cell(std::size_t index) const {
-  if (index >= ends_.size()) {
-    return {};
-  }
-  const std::size_t begin = index == 0 ? 0 : ends_[index - 1];
-  return std::string_view(text_).substr(begin, ends_[index] - begin);
-}
-
 std::string_view CsvRow::CellIfPresent(const CsvColumn& column) const {
   if (column.index_ == CsvColumn::kUnresolved) {
-    const auto found = std::find(header_->begin(), header_->end(), column.name_);
-    if (found == header_->end()) {
-      return {};
-    }
-    column.index_ = static_cast<std::size_t>(found - header_->begin());
+    column.index_ = Find(column);
   }
-  return Cell(column.index_);
+  return Cell(column.index_);  // no row has a cell of that place
 }
 
-std::string_view CsvRow::Cell(const CsvColumn& column) const {
-  const std::string_view text = CellIfPresent(column);
+void CsvRow::Resolve(const CsvColumn& column) const {
+  column.index_ = Find(column);
   if (column.index_ == CsvColumn::kUnresolved) {
     throw std::runtime_error("Can't find a column named " + column.name_);
   }
-  return text;
+}
+
+std::size_t CsvRow::Find(const CsvColumn& column) const {
+  const auto found = std::find(header_->begin(), header_->end(), column.name_);
+  return found == header_->end() ? CsvColumn::kUnresolved
+                                 : static_cast<std::size_t>(found - header_->begin());
 }
 
 struct CsvTable::Parser {
@@ -86,10 +87,10 @@ struct CsvTable::Callbacks {
   }
   static void OnCell(void* cell, std::size_t size, void* data) {
     const std::string_view text(static_cast<const char*>(cell), size);
-    Guarded(data, [text](CsvTable& table) { table.EndCell(text); });
+    Guarded(data, [text](CsvTable& owner) { owner.EndCell(text); });
   }
   static void OnRow(int /*terminator*/, void* data) {
-    Guarded(data, [](CsvTable& table) { table.EndRow(); });
+    Guarded(data, [](CsvTable& owner) { owner.EndRow(); });
   }
 };
 
@@ -116,27 +117,28 @@ void CsvTable::ForEachRow(const std::function<void(const CsvRow&)>& handle) {
 void CsvTable::ReadBlocks(Parser& parser) {
   Callbacks callbacks{this, &parser};
   std::vector<char> block(kBlockSize);
-  std::size_t lines = 0;
+  std::size_t offset = 0;
   for (bool first = true; file_; first = false) {
     file_.read(block.data(), static_cast<std::streamsize>(block.size()));
     std::string_view bytes(block.data(), static_cast<std::size_t>(file_.gcount()));
     if (first && bytes.starts_with(kByteOrderMark)) {
       bytes.remove_prefix(kByteOrderMark.size());
+      offset = kByteOrderMark.size();
     }
     const std::size_t parsed =
         csv_parse(&parser.state, bytes.data(), bytes.size(), Callbacks::OnCell, Callbacks::OnRow, &callbacks);
     if (parser.failure != nullptr) {
       std::rethrow_exception(parser.failure);
     }
+    offset += parsed;
     if (parsed != bytes.size()) {
-      lines += CountLines(bytes.substr(0, parsed));
-      throw std::runtime_error("Malformed quotes in line " + std::to_string(lines + 1) + " of " + path_ +
-                               ": " + csv_strerror(csv_error(&parser.state)));
+      throw std::runtime_error("Malformed quotes in line " + std::to_string(LineAt(path_, offset)) + " of " +
+                               path_ + ": " + csv_strerror(csv_error(&parser.state)));
     }
-    lines += CountLines(bytes);
   }
   if (file_.bad()) {
-    throw std::runtime_error("Can't read on in line " + std::to_string(lines + 1) + " of " + path_);
+    throw std::runtime_error("Can't read on in line " + std::to_string(LineAt(path_, offset)) + " of " +
+                             path_);
   }
   const int result = csv_fini(&parser.state, Callbacks::OnCell, Callbacks::OnRow, &callbacks);
   if (parser.failure != nullptr) {
@@ -149,8 +151,10 @@ void CsvTable::ReadBlocks(Parser& parser) {
 }
 
 void CsvTable::EndCell(std::string_view text) {
-  row_.text_.append(text);
-  row_.ends_.push_back(row_.text_.size());
+  if (!text.empty()) {
+    row_.text_.append(text);
+  }
+  row_.bounds_.push_back(row_.text_.size());
 }
 
 void CsvTable::EndRow() {
@@ -162,7 +166,7 @@ void CsvTable::EndRow() {
     (*handle_)(row_);
   }
   row_.text_.clear();
-  row_.ends_.clear();
+  row_.bounds_.resize(1);
   ++row_.number_;
 }
 

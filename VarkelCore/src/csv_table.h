@@ -31,19 +31,33 @@ class CsvRow {
  public:
   /// The cell's text as it stands in the file, blanks included; empty when the row is too short for it.
   /// Raises std::runtime_error "Can't find a column named …" when the header lacks the column.
-  std::string_view Cell(const CsvColumn& column) const;
-  std::string_view Cell(std::size_t index) const;
+  std::string_view Cell(const CsvColumn& column) const {
+    if (column.index_ == CsvColumn::kUnresolved) {
+      Resolve(column);
+    }
+    return Cell(column.index_);
+  }
+  std::string_view Cell(std::size_t index) const {
+    if (index >= size()) {
+      return {};
+    }
+    return {text_.data() + bounds_[index], bounds_[index + 1] - bounds_[index]};
+  }
   /// As Cell, but a missing column is an empty cell.
   std::string_view CellIfPresent(const CsvColumn& column) const;
 
-  std::size_t size() const { return ends_.size(); }
+  std::size_t size() const { return bounds_.size() - 1; }
   /// Place within the file: the header is row 1, blank lines don't count.
   std::size_t number() const { return number_; }
 
  private:
   friend class CsvTable;
-  std::string text_;               // all cells, one behind the other
-  std::vector<std::size_t> ends_;  // end of each cell within text_
+
+  void Resolve(const CsvColumn& column) const;
+  std::size_t Find(const CsvColumn& column) const;
+
+  std::string text_;                    // all cells, one behind the other
+  std::vector<std::size_t> bounds_{0};  // begin of each cell within text_, and the end of the last one
   std::size_t number_ = 0;
   const std::vector<std::string>* header_ = nullptr;
 };

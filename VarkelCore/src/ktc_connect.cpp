@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "libquarn/Platform/src/text_number.h"
+#include "libquarn/Source/src/ktc_serial_client.h"
 
 namespace varkel {
 
@@ -54,12 +55,20 @@ bool AnswersKtc(KtcClient& client) {
   return false;
 }
 
+std::optional<int> QueryTableCommand(KtcClient& client, const Command& command,
+                                     std::span<const std::uint8_t> payload,
+                                     std::vector<std::uint8_t>& reply) {
+  if (const auto failure = client.Query(payload, reply, command.code)) return failure;
+  return AnswersAnother(command, reply) ? std::optional(0) : std::nullopt;
+}
+
 int QueryForCode(KtcClient& client, std::uint8_t command, std::span<const std::uint8_t> payload,
                  std::vector<std::uint8_t>& reply) {
-  const int result = client.QueryCommand(payload, reply, command);
-  if (result == 0) return 0;
-  const int code = client.LastReturnCode();
-  return code != 0 ? code : result;
+  constexpr int kWithoutCode = -1;
+  const auto failure = client.Query(payload, reply, command);
+  if (failure) return *failure != 0 ? *failure : kWithoutCode;
+  // A serial command's late reply comes under the same command byte.
+  return quarn::lidar::CarriesSerialFrame(command, reply) ? kWithoutCode : 0;
 }
 
 }  // namespace varkel

@@ -3,17 +3,16 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QProcess>
-#include <QSaveFile>
 #include <QStandardPaths>
 #include <QStringList>
 #include <cstdint>
 #include <exception>
-#include <span>
 #include <utility>
 
+#include "VarkelCore/src/ktc_connect.h"
 #include "VarkelCore/src/named_command.h"
+#include "VarkelCore/src/whole_file.h"
 
 namespace varkel {
 
@@ -36,27 +35,6 @@ constexpr OperationLogPart kOperationLogParts[] = {
 /// The archive's own name is kept; what tar writes stands beside it until it is whole.
 constexpr char kUnfinished[] = ".part";
 
-/// Names come from the table: they must not lead out of the chosen folder.
-QString FileNameOf(const QString& name) {
-  QString file_name = name;
-  for (QChar& c : file_name) {
-    if (c == QLatin1Char('/') || c == QLatin1Char('\\') || c == QLatin1Char(':') || c.unicode() < 0x20) {
-      c = QLatin1Char('_');
-    }
-  }
-  return file_name;
-}
-
-enum class WriteResult { kWritten, kNotOpened, kNotWritten };
-
-WriteResult WriteWhole(const QString& path, std::span<const std::uint8_t> bytes) {
-  QSaveFile file(path);
-  if (!file.open(QIODevice::WriteOnly)) return WriteResult::kNotOpened;
-  const auto size = static_cast<qint64>(bytes.size());
-  const bool written = file.write(reinterpret_cast<const char*>(bytes.data()), size) == size;
-  return written && file.commit() ? WriteResult::kWritten : WriteResult::kNotWritten;
-}
-
 bool Pack(const QString& folder, const QStringList& files, const QString& archive) {
   const QString unfinished = archive + QLatin1String(kUnfinished);
   QProcess tar;
@@ -65,14 +43,11 @@ bool Pack(const QString& folder, const QStringList& files, const QString& archiv
   tar.start(QStringLiteral("tar"), QStringList{QStringLiteral("-cvf"), unfinished} + files);
   const bool packed =
       tar.waitForFinished(kTarTimeMs) && tar.exitStatus() == QProcess::NormalExit && tar.exitCode() == 0;
-  if (!packed) {
-    tar.kill();
-    tar.waitForFinished();
-    QFile::remove(unfinished);
-    return false;
-  }
-  QFile::remove(archive);
-  return QFile::rename(unfinished, archive);
+  if (packed && MoveOver(unfinished, archive)) return true;
+  tar.kill();
+  tar.waitForFinished();
+  QFile::remove(unfinished);
+  return false;
 }
 
 }  // namespace
@@ -91,7 +66,7 @@ void LogDownload::DownloadLog(const ConfigParser& catalogue, quarn::lidar::KtcCl
 void LogDownload::FetchLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
                            const QString& folder, const std::string& type) const {
   const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-hhmmss"));
-  const QString target = folder + QLatin1Char('/') + FileNameOf(QString::fromStdString(type)) +
+  const QString target = folder + QLatin1Char('/') + FileNamePart(QString::fromStdString(type)) +
                          QLatin1Char('_') + stamp + QStringLiteral(".bin");
   const VarInfo* var = catalogue.FindByName(type);
   if (var == nullptr) return Fail("Can not find " + type + " name");
@@ -99,10 +74,10 @@ void LogDownload::FetchLog(const ConfigParser& catalogue, quarn::lidar::KtcClien
 
   const ActionRequest request = MakeActionRequest(*var);
   std::vector<std::uint8_t> log;
-  if (client.QueryCommand(request.payload, log, request.command.code) == -1) {
-    return Fail(type + " download failed. return code: " + std::to_string(client.LastReturnCode()));
+  if (const auto failure = QueryTableCommand(client, request.command, request.payload, log)) {
+    return Fail(type + " download failed. return code: " + std::to_string(*failure));
   }
-  switch (WriteWhole(target, ReplyContent(request.command, log))) {
+  switch (WriteWholeFile(target, ReplyContent(request.command, log))) {
     case WriteResult::kNotOpened:
       return Fail(type + ": Failed to open file.");
     case WriteResult::kNotWritten:
@@ -153,9 +128,10 @@ bool LogDownload::FetchOperationLog(const VarInfo& var, quarn::lidar::KtcClient&
   for (const OperationLogPart& part : kOperationLogParts) {
     const ActionRequest request = MakeActionRequest(var, {part.selector[0], part.selector[1]});
     std::vector<std::uint8_t> log;
-    whole &= client.QueryCommand(request.payload, log, request.command.code) != -1;
+    whole &= !QueryTableCommand(client, request.command, request.payload, log);
     const QString file = QLatin1String(part.prefix) + stamp + QStringLiteral(".bin");
-    whole &= WriteWhole(folder.filePath(file), ReplyContent(request.command, log)) == WriteResult::kWritten;
+    whole &=
+        WriteWholeFile(folder.filePath(file), ReplyContent(request.command, log)) == WriteResult::kWritten;
     files.append(file);
   }
   // A set of parts that is not whole is never packed: an archive would be taken for a complete one.

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "VarkelCore/src/command_text.h"
+#include "VarkelCore/src/ktc_connect.h"
 #include "VarkelCore/src/value_text.h"
 #include "libquarn/Platform/src/logger.h"
 
@@ -125,10 +126,9 @@ bool PageReader::Query(quarn::lidar::KtcClient& client, const VarInfo& first, co
                        std::vector<std::uint8_t>& reply) const {
   const Command command = ParseCommandText(first.get_cmd);
   const std::vector<std::uint8_t> request = RequestPayload(command, first.get_cmd_payload_bytes);
-  const int result = client.QueryCommand(request, reply, command.code, false);
-  if (result != 0) {
+  if (QueryTableCommand(client, command, request, reply)) {
     qDebug() << operation << "(): try get" << Text(first.var_name)
-             << "FAILED, cmd sent =" << Text(first.get_cmd) << "-- QueryCommand()'s ret =" << result;
+             << "FAILED, cmd sent =" << Text(first.get_cmd) << "-- QueryCommand()'s ret =" << -1;
     return false;
   }
   if (reply.empty()) {

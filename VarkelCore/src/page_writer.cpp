@@ -8,11 +8,13 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <unordered_set>
 #include <utility>
 
 #include "VarkelCore/src/command_text.h"
+#include "VarkelCore/src/ktc_connect.h"
 #include "VarkelCore/src/str_parser.h"
 #include "libquarn/Platform/src/text_number.h"
 
@@ -31,12 +33,16 @@ QString Hex(const std::vector<std::uint8_t>& bytes) {
       QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())).toHex(' '));
 }
 
-void Append(std::vector<std::uint8_t>& payload, std::uint32_t position, std::uint32_t length,
+/// False when the field lies where no request reaches: a table's lengths must not become memory.
+bool Append(std::vector<std::uint8_t>& payload, std::uint32_t position, std::uint32_t length,
             const std::vector<std::uint8_t>& bytes) {
+  constexpr std::size_t kLongestPayload = 0xFFFF;
   const std::size_t end = std::size_t{position} + length;
+  if (end > kLongestPayload) return false;
   if (payload.size() < end) payload.resize(end);
   const std::size_t count = std::min<std::size_t>(bytes.size(), length);
   std::copy_n(bytes.begin(), count, payload.begin() + static_cast<std::ptrdiff_t>(position));
+  return true;
 }
 
 std::vector<std::uint8_t> FieldBytes(const VarInfo& var, const std::string& value) {
@@ -95,10 +101,10 @@ SetRequest MakeSetRequest(ConfigParser& catalogue, const std::string& set_cmd) {
     const std::vector<std::uint8_t> bytes = FieldBytes(*var, value);
     std::pair<std::uint32_t, std::uint32_t> field;
     const auto written = static_cast<std::uint32_t>(request.payload.size());
-    if (!catalogue.GetVarPosOffset(set_cmd, var->var_id, written, field)) {
+    if (!catalogue.GetVarPosOffset(set_cmd, var->var_id, written, field) ||
+        !Append(request.payload, field.first, field.second, bytes)) {
       throw std::invalid_argument("Error with var position, var_name = " + var->var_name);
     }
-    Append(request.payload, field.first, field.second, bytes);
     request.values.emplace_back(var, std::move(value));
   }
   return request;
@@ -169,18 +175,18 @@ SetRequest PageWriter::Write(ConfigParser& catalogue, quarn::lidar::KtcClient& c
   qDebug().noquote() << kRun << "(): QueryCommand send payload:" << Hex(payload)
                      << ", length =" << payload.size();
   std::vector<std::uint8_t> result;
-  if (client.QueryCommand(payload, result, command.code, false) == 0) {
+  const std::optional<int> failure = QueryTableCommand(client, command, payload, result);
+  if (!failure) {
     qDebug().noquote() << kRun << "(): QueryCommand SUCCESS, get result =" << Hex(result);
     ReportSent(catalogue, set_cmd);
     return request;
   }
   qDebug().noquote() << kRun << "(): QueryCommand FAILED, get result =" << Hex(result);
-  const std::int32_t code = client.LastReturnCode();
-  if (set_cmd == kAddressSetCommand && code == quarn::lidar::KtcClient::kNoHeader) return request;
+  if (set_cmd == kAddressSetCommand && *failure == quarn::lidar::KtcClient::kNoHeader) return request;
   const std::string warning = "SET [" + set_cmd + "] FAILED";
   targets_.report.Log(warning, "WARNING");
   targets_.report.Error(warning);
-  throw std::invalid_argument(set_cmd + " SET  ret_code: " + std::to_string(code));
+  throw std::invalid_argument(set_cmd + " SET  ret_code: " + std::to_string(*failure));
 }
 
 void PageWriter::ReportSent(const ConfigParser& catalogue, const std::string& set_cmd) const {

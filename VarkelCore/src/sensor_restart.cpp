@@ -23,7 +23,8 @@ struct Action {
 int Query(const VarInfo& var, quarn::lidar::KtcClient& client) {
   const ActionRequest request = MakeActionRequest(var);
   std::vector<std::uint8_t> reply;
-  return QueryForCode(client, request.command.code, request.payload, reply);
+  const auto failure = QueryTableCommand(client, request.command, request.payload, reply);
+  return failure == 0 ? -1 : failure.value_or(0);
 }
 
 int Send(const Action& action, const ConfigParser& catalogue, quarn::lidar::KtcClient& client,

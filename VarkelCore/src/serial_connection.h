@@ -58,6 +58,7 @@ class SerialConnection : public SmallSensorLink {
   bool is_connecting() const { return connecting_; }
   /// Whether the bytes of commands go to the log pane.
   void set_log_bytes(bool on) { byte_log_.set_on(on); }
+  ByteLog& byte_log() { return byte_log_; }
 
   std::shared_ptr<quarn::lidar::SerialExchange> KtcExchange() const override;
   std::shared_ptr<quarn::lidar::SerialExchange> LineExchange() const override;

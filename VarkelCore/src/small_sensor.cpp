@@ -4,14 +4,13 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <limits>
 #include <optional>
 #include <string_view>
 
 #include "VarkelCore/src/ktc_destination.h"
 #include "VarkelCore/src/model_selection.h"
+#include "VarkelCore/src/whole_file.h"
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Source/src/ktc_serial_client.h"
 #include "libquarn/Source/src/sensor_requests.h"
@@ -87,14 +86,6 @@ int ReadCorrection(SerialExchange& exchange, Bytes& data) {
   return 0;
 }
 
-bool WriteFile(const std::string& path, const Bytes& data) {
-  std::ofstream file(std::filesystem::path(std::u8string(path.begin(), path.end())),
-                     std::ios::binary | std::ios::trunc);
-  file.write(reinterpret_cast<const char*>(data.data()), static_cast<std::streamsize>(data.size()));
-  file.close();
-  return file.good();
-}
-
 }  // namespace
 
 void SmallSensor::SetStandby(int standby) {
@@ -124,7 +115,7 @@ int SmallSensor::GetCorrection(const std::string& path) {
   Bytes data;
   const int code = ReadCorrection(*exchange, data);
   if (!Report(code, "get calibration error, ret:")) return code;
-  if (!WriteFile(path, data)) {
+  if (WriteWholeFile(QString::fromStdString(path), data) != WriteResult::kWritten) {
     const std::string text = "create calibration file fail, save correction file error";
     report_.Error(text);
     report_.Log(text, "ERROR");

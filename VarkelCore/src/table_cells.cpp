@@ -14,8 +14,17 @@ using quarn::lidar::TextToInt;
 constexpr std::string_view kTrimmed = " \t\r\f\v";
 constexpr std::size_t kPlaceNumbers = 4;
 
+// Most numbers of a table are a few plain digits; the general conversion takes what else there may be.
 std::int32_t Int(std::string_view text) {
-  return TextToInt(std::string(text));
+  constexpr std::size_t kFitting = 9;
+  constexpr std::int32_t kBase = 10;
+  std::int32_t number = 0;
+  bool plain = !text.empty() && text.size() <= kFitting;
+  for (std::size_t i = 0; plain && i < text.size(); ++i) {
+    plain = text[i] >= '0' && text[i] <= '9';
+    number = number * kBase + (text[i] - '0');
+  }
+  return plain ? number : TextToInt(std::string(text));
 }
 
 std::string_view Trim(std::string_view text) {
@@ -91,14 +100,13 @@ std::map<std::int32_t, std::string> ParseOptionLabels(std::string_view cell) {
   return labels;
 }
 
-std::vector<PlaceCell> ParsePlaces(std::string_view cell) {
-  std::vector<PlaceCell> places;
+std::optional<PlaceCell> TakePlace(std::string_view& cell) {
   while (!cell.empty()) {
     if (const auto place = ParsePlace(TakePiece(cell, '|'))) {
-      places.push_back(*place);
+      return place;
     }
   }
-  return places;
+  return std::nullopt;
 }
 
 GetPayloadCell ParseGetPayload(std::string_view cell) {

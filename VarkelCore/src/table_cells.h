@@ -27,7 +27,7 @@ OptionsCell ParseOptions(std::string_view cell);
 /// "0_Off" and "1_On" on a line each: labels by value, a later line replacing an earlier one.
 std::map<std::int32_t, std::string> ParseOptionLabels(std::string_view cell);
 
-/// "2_1_3_1|4_2_1_1": places on the pages.
+/// One of the places on the pages that "2_1_3_1|4_2_1_1" lists.
 struct PlaceCell {
   std::int32_t module = 0;  ///< from 0; a table's own numbers count from 1
   std::int32_t group = 0;   ///< from 0
@@ -35,7 +35,9 @@ struct PlaceCell {
   std::int32_t component = 0;
   std::optional<std::int32_t> switched_position;  ///< only read for switches
 };
-std::vector<PlaceCell> ParsePlaces(std::string_view cell);
+/// Cuts the cell's next place off its front, and what stands ahead of it and is none; nothing when no place
+/// is left.
+std::optional<PlaceCell> TakePlace(std::string_view& cell);
 
 /// "0x0102": bytes that go with a get command.
 struct GetPayloadCell {

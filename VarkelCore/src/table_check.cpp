@@ -1,5 +1,6 @@
 #include "VarkelCore/src/table_check.h"
 
+#include <cstdint>
 #include <map>
 #include <optional>
 
@@ -27,7 +28,7 @@ void CheckLength(const std::string& set_cmd, const VarInfo& var, std::vector<std
                      " bytes, but VarLen is " + std::to_string(var.var_len));
 }
 
-void CheckOrder(const std::string& set_cmd, const VarInfo& var, std::int32_t expected,
+void CheckOrder(const std::string& set_cmd, const VarInfo& var, std::int64_t expected,
                 std::vector<std::string>& findings) {
   if (var.set_index == expected) return;
   const std::string found = "SetIndex " + std::to_string(var.set_index);
@@ -46,11 +47,11 @@ void CheckOrder(const std::string& set_cmd, const VarInfo& var, std::int32_t exp
 std::vector<std::string> CheckSetPayloads(const ConfigParser& catalogue) {
   std::vector<std::string> findings;
   for (const auto& [set_cmd, vars] : catalogue.set_cmd_map()) {
-    std::int32_t expected = vars.front()->set_index;
+    std::int64_t expected = vars.front()->set_index;
     for (const VarInfo* var : vars) {
       CheckLength(set_cmd, *var, findings);
       if (vars.size() > 1) CheckOrder(set_cmd, *var, expected, findings);
-      expected = var->set_index + 1;
+      expected = std::int64_t{var->set_index} + 1;
     }
   }
   return findings;

@@ -78,6 +78,11 @@ VarkelManager* VarkelManager::GetInstance(bool flag, const std::string& config_p
 VarkelManager::VarkelManager(bool flag, const std::string& config_path)
     : d_(std::make_unique<Private>(this, flag, config_path)) {
   emit initInfoChanged();
+  if (d_->settings_fault.empty()) return;
+  // Told when the event loop runs: by then the user interface listens.
+  QMetaObject::invokeMethod(this, "sendLogMessage", Qt::QueuedConnection,
+                            Q_ARG(QString, Text(d_->settings_fault)),
+                            Q_ARG(QString, QStringLiteral("WARNING")));
 }
 
 VarkelManager::~VarkelManager() {
@@ -224,7 +229,8 @@ bool VarkelManager::ConnectLidar() {
         d_->connection.Init(stop, settings);
     }
   });
-  d_->settings_file.Save(d_->settings);
+  const std::string fault = d_->settings_file.Save(d_->settings);
+  if (!fault.empty()) d_->Log(fault, "WARNING");
   return true;
 }
 

@@ -4,6 +4,9 @@
 #include <QGuiApplication>
 #include <QSaveFile>
 #include <algorithm>
+#include <utility>
+
+#include "app/src/plain_text.h"
 
 namespace {
 
@@ -45,7 +48,7 @@ QVariant LogModel::data(const QModelIndex& index, int role) const {
     case kLevelName:
       return LevelName(line.level);
     case kMessage:
-      return line.message;
+      return PlainText::line(line.message, PlainText::kShownField);
     default:
       return {};
   }
@@ -75,10 +78,9 @@ void LogModel::append(int level, const QString& message) {
   while (line.message.endsWith('\n')) {
     line.message.chop(1);
   }
+  incoming_characters_ += line.message.size();
   incoming_.push_back(std::move(line));
-  if (incoming_.size() > kMaxLines) {
-    incoming_.pop_front();
-  }
+  Drop(incoming_, Excess(incoming_, incoming_characters_), incoming_characters_);
   if (paused_) {
     emit waitingChanged();
   } else if (!batch_.isActive()) {
@@ -97,6 +99,7 @@ void LogModel::setLevelShown(int level, bool shown) {
 void LogModel::clear() {
   lines_.clear();
   incoming_.clear();
+  characters_ = incoming_characters_ = 0;
   emit waitingChanged();
   Rebuild();
 }
@@ -109,9 +112,13 @@ QString LogModel::save(const QUrl& file) const {
   const QString path = file.toLocalFile();
   QSaveFile target(path);
   if (target.open(QIODevice::WriteOnly | QIODevice::Text)) {
-    target.write(Text().toUtf8());
-    if (target.commit()) {
+    const QByteArray text = Text().toUtf8();
+    // Flushed first: the commit overlooks that the rest of its buffer did not fit the disk.
+    if (target.write(text) == text.size() && target.flush() && target.commit()) {
       return {};
+    }
+    if (target.error() == QFileDevice::NoError) {
+      return QString("The log could not be written to %1: the disk may be full.").arg(path);
     }
   }
   return QString("The log could not be written to %1: %2.").arg(path, target.errorString());
@@ -120,7 +127,8 @@ QString LogModel::save(const QUrl& file) const {
 QString LogModel::Text() const {
   QString text;
   for (const Line& line : rows_) {
-    text += TimeText(line.time) + ' ' + LevelName(line.level).leftJustified(5) + ' ' + line.message + '\n';
+    text += TimeText(line.time) + ' ' + LevelName(line.level).leftJustified(5) + ' ' +
+            PlainText::OneLine(line.message) + '\n';
   }
   return text;
 }
@@ -138,17 +146,34 @@ void LogModel::TakeIncoming() {
     endInsertRows();
   }
   lines_.insert(lines_.end(), incoming_.begin(), incoming_.end());
+  characters_ += std::exchange(incoming_characters_, 0);
   incoming_.clear();
   DropOldest();
   emit waitingChanged();
   emit countChanged();
 }
 
+std::size_t LogModel::Excess(const std::deque<Line>& lines, qint64 characters) {
+  std::size_t excess = 0;
+  while (lines.size() - excess > kMaxLines || (lines.size() - excess > 1 && characters > kMaxCharacters)) {
+    characters -= lines[excess++].message.size();
+  }
+  return excess;
+}
+
+void LogModel::Drop(std::deque<Line>& lines, std::size_t excess, qint64& characters) {
+  for (; excess > 0; --excess) {
+    characters -= lines.front().message.size();
+    lines.pop_front();
+  }
+}
+
 void LogModel::DropOldest() {
-  if (lines_.size() <= kMaxLines) {
+  const std::size_t excess = Excess(lines_, characters_);
+  if (excess == 0) {
     return;
   }
-  lines_.erase(lines_.begin(), lines_.end() - static_cast<std::ptrdiff_t>(kMaxLines));
+  Drop(lines_, excess, characters_);
   const auto first_kept = std::find_if(rows_.begin(), rows_.end(),
                                        [this](const Line& l) { return l.number >= lines_.front().number; });
   if (first_kept != rows_.begin()) {

@@ -9,10 +9,12 @@
 #include <cstdint>
 #include <deque>
 
-/// The lines of the log window: the newest 10,000, of which the levels that the user chose are rows.
+/// The lines of the log window: the newest 10,000 (fewer when they are very long), of which the levels that
+/// the user chose are rows.
 ///
 /// Lives on the user interface's thread. Lines are taken over in batches, so that a flood of them costs a few
-/// updates of the view a second, not one a line.
+/// updates of the view a second, not one a line. Their text may come from the sensor: it is shown, copied and
+/// saved as plain text, one line an entry; only what is shown is cut.
 class LogModel : public QAbstractListModel {
   Q_OBJECT
   Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
@@ -24,6 +26,7 @@ class LogModel : public QAbstractListModel {
   Q_ENUM(Level)
 
   static constexpr std::size_t kMaxLines = 10000;
+  static constexpr qint64 kMaxCharacters = qint64{32} << 20;
 
   explicit LogModel(QObject* parent = nullptr);
 
@@ -60,6 +63,9 @@ class LogModel : public QAbstractListModel {
   };
 
   bool IsShown(const Line& line) const { return shown_levels_[static_cast<std::size_t>(line.level)]; }
+  /// How many of the oldest lines are too many.
+  static std::size_t Excess(const std::deque<Line>& lines, qint64 characters);
+  static void Drop(std::deque<Line>& lines, std::size_t excess, qint64& characters);
   void TakeIncoming();
   void DropOldest();
   void Rebuild();
@@ -67,6 +73,8 @@ class LogModel : public QAbstractListModel {
   std::deque<Line> lines_;
   std::deque<Line> rows_;  // the lines_ whose level is shown; texts are shared
   std::deque<Line> incoming_;
+  qint64 characters_ = 0;  // of lines_
+  qint64 incoming_characters_ = 0;
   std::array<bool, 4> shown_levels_{true, true, true, true};
   std::uint64_t next_number_ = 0;
   bool paused_ = false;

@@ -9,6 +9,7 @@
 
 #include "VarkelCore/src/varkel_manager.h"
 #include "app/src/log_model.h"
+#include "app/src/plain_text.h"
 
 namespace {
 
@@ -21,9 +22,11 @@ constexpr int kMargin = 11;
 
 }  // namespace
 
-// The linker drops the resources of a static library unless something names them.
-static void KeepQmlResources() {
-  Q_INIT_RESOURCE(qml);
+void PrepareQml() {
+  Q_INIT_RESOURCE(qml);  // the linker drops the resources of a static library unless something names them
+  qmlRegisterType<LogModel>("Varkel.Shell", 1, 0, "LogModel");
+  qmlRegisterSingletonType<PlainText>("Varkel.Shell", 1, 0, "PlainText",
+                                      [](QQmlEngine*, QJSEngine*) -> QObject* { return new PlainText; });
 }
 
 MainWindow::MainWindow(QWidget* parent, const QString& module_name)
@@ -31,8 +34,7 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name)
 
 MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManager* manager)
     : QMainWindow(parent), manager_(manager) {
-  KeepQmlResources();
-  qmlRegisterType<LogModel>("Varkel.Shell", 1, 0, "LogModel");
+  PrepareQml();
   LayOut();
 
   view_ = new QQuickView;

@@ -8,6 +8,9 @@ class QHBoxLayout;
 class QVBoxLayout;
 class VarkelManager;
 
+/// Makes the user interface's files and types known to QML. The window does it itself.
+void PrepareQml();
+
 /// The program's window: a Quick view that fills it, and the controller behind the view.
 ///
 /// Lives on the user interface's thread; one at a time. Owns the controller that the process has: it deletes

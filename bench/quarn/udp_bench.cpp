@@ -22,7 +22,7 @@ using varkel::sim::DatagramStream;
 using varkel::sim::StreamTally;
 
 constexpr char kLoopback[] = "127.0.0.1";
-constexpr std::size_t kDatagramSize = 1206;
+constexpr std::size_t kDatagramSize = 1500;
 constexpr std::uint64_t kDatagrams = 50'000;
 constexpr std::uint32_t kReceiveBuffer = 25U * 1024 * 1024;
 constexpr std::chrono::microseconds kPatience{200'000};
@@ -42,7 +42,7 @@ void Measure(benchmark::State& state, std::uint16_t port, const Receive& receive
   std::uint64_t disordered = 0;
   std::uint64_t refused = 0;
   double seconds = 0;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     StreamTally tally;
     const DatagramStream stream({.address = kLoopback,
                                  .port = port,
@@ -64,7 +64,7 @@ void Measure(benchmark::State& state, std::uint16_t port, const Receive& receive
   }
   const double sent = static_cast<double>(state.iterations()) * static_cast<double>(kDatagrams);
   state.counters["received/s"] = static_cast<double>(received) / seconds;
-  state.counters["lost%"] = 100.0 * (sent - static_cast<double>(received)) / sent;
+  state.counters["lost_percent"] = 100.0 * (sent - static_cast<double>(received)) / sent;
   state.counters["disordered"] = static_cast<double>(disordered);
   state.counters["refused"] = static_cast<double>(refused);
 }
@@ -108,14 +108,12 @@ void BM_BareReceiveFrom(benchmark::State& state) {
   platform::CloseSocket(socket);
 }
 
-// 0: as fast as the sender goes.
-BENCHMARK(BM_BareReceiveFrom)
-    ->Arg(10'000)
-    ->Arg(50'000)
-    ->Arg(0)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_SocketSource)->Arg(10'000)->Arg(50'000)->Arg(0)->UseManualTime()->Unit(benchmark::kMillisecond);
+// Datagrams a second: 130 Mbit/s, four times as many, and as fast as the sender goes.
+void Rates(benchmark::internal::Benchmark* bench) {
+  bench->Arg(10'833)->Arg(43'333)->Arg(0)->UseManualTime()->Repetitions(5)->Iterations(1);
+}
+BENCHMARK(BM_BareReceiveFrom)->Apply(Rates);
+BENCHMARK(BM_SocketSource)->Apply(Rates);
 
 }  // namespace
 }  // namespace quarn::lidar

@@ -9,69 +9,43 @@
 
 namespace varkel::test {
 
-/// A table in a file of its own, removed with the object.
+/// A table in the running test's file, removed with the object: one at a time.
 class TableFile {
  public:
-  explicit TableFile(const std::string& text) : path_(UniquePath()) {
-    std::ofstream(path_, std::ios::binary) << text;
-  }
-  ~TableFile() {
-    std::error_code ignored;
-    std::filesystem::remove(path_, ignored);
-  }
+  explicit TableFile(const std::string& text) { std::ofstream(path_, std::ios::binary) << text; }
+  ~TableFile() { std::filesystem::remove(path_); }
   TableFile(const TableFile&) = delete;
   TableFile& operator=(const TableFile&) = delete;
   const std::string& path() const { return path_; }
 
  private:
-  static std::string UniquePath() {
-    static int count = 0;
-    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    return testing::TempDir() + test->test_suite_name() + "." + test->name() + "." + std::to_string(++count) +
-           ".csv";
-  }
-  std::string path_;
+  const testing::TestInfo* const test_ = testing::UnitTest::GetInstance()->current_test_info();
+  const std::string path_ = testing::TempDir() + test_->test_suite_name() + "." + test_->name() + ".csv";
 };
 
-/// Writes a table's text row by row. Rows name only the cells that matter.
-class TableText {
- public:
-  explicit TableText(const std::string& left_out_column = {}) {
-    for (const char* name : {"GroupID", "Index", "Get", "Set", "SetIndex", "VarName", "Permission", "VarType",
-                             "DefaultValue", "Options", "Unit", "Coefficient", "OptionDescription",
-                             "FunctionModule", "VarLen", "TimerUpdate", "SetCoefficient", "GetCmdPayload"}) {
-      if (name != left_out_column) {
-        columns_.emplace_back(name);
-      }
+/// A table's text. "Column=text;Column=text" is the row of a variable, of group 1 unless it says another;
+/// a row without "=" stands as it is.
+inline std::string TableText(const std::vector<std::string>& rows, const std::string& left_out_column = {}) {
+  std::vector<std::string> columns = {"GroupID",           "Index",          "Get",        "Set",
+                                      "SetIndex",          "VarName",        "Permission", "VarType",
+                                      "DefaultValue",      "Options",        "Unit",       "Coefficient",
+                                      "OptionDescription", "FunctionModule", "VarLen",     "TimerUpdate",
+                                      "SetCoefficient",    "GetCmdPayload"};
+  std::erase(columns, left_out_column);
+  std::string text;
+  for (const std::string& column : columns) text.append(column).append(",");
+  for (const std::string& row : rows) {
+    text += "\n";
+    if (row.find('=') == std::string::npos) text += row;
+    for (const std::string& column : columns) {
+      if (row.find('=') == std::string::npos) break;
+      const std::string cells = ";" + row + ";GroupID=1;";
+      const std::size_t found = cells.find(";" + column + "=");
+      const std::size_t begin = found == std::string::npos ? cells.size() : found + column.size() + 2;
+      text.append("\"").append(cells.substr(begin, cells.find(';', begin) - begin)).append("\",");
     }
-    Row(columns_);
   }
-  TableText& Module(std::vector<std::string> titles) {
-    titles.insert(titles.begin(), "0");
-    return Row(titles);
-  }
-  /// "Column=text;Column=text": the cells of one variable.
-  TableText& Var(const std::string& cells) {
-    std::vector<std::string> row;
-    for (const std::string& column : columns_) {
-      const std::size_t found = (";" + cells).find(";" + column + "=");
-      const std::size_t begin = found == std::string::npos ? cells.size() : found + column.size() + 1;
-      row.push_back(cells.substr(begin, cells.find(';', begin) - begin));
-    }
-    return Row(row);
-  }
-  const std::string& text() const { return text_; }
-
- private:
-  TableText& Row(const std::vector<std::string>& cells) {
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-      text_ += (i == 0 ? "\"" : ",\"") + cells[i] + "\"";
-    }
-    text_ += "\n";
-    return *this;
-  }
-  std::vector<std::string> columns_;
-  std::string text_;
-};
+  return text + "\n";
+}
 
 }  // namespace varkel::test

@@ -1,12 +1,6 @@
 #include "tests/core/core_test.h"
 
 #include <QCoreApplication>
-#include <QTest>
-
-std::vector<std::function<std::unique_ptr<QObject>()>>& TestObjects() {
-  static std::vector<std::function<std::unique_ptr<QObject>()>> objects;
-  return objects;
-}
 
 Bench::Bench(std::vector<std::string> misbehaviours)
     : sensor(std::make_unique<varkel::sim::SimulatedSensor>(varkel::sim::SensorOptions{
@@ -36,6 +30,11 @@ bool Bench::Connect() {
   return changed.wait(5000) && manager->IsConnected();
 }
 
+bool Bench::ConnectOn(int page) {
+  manager->setModuleIndexUse(page);
+  return Connect();
+}
+
 QString Bench::NextError() {
   return QTest::qWaitFor([this] { return !errors.isEmpty(); }, 15000) ? errors.takeFirst() : QString();
 }
@@ -56,6 +55,18 @@ Bench::Place Bench::Find(const QString& var_name) const {
     }
   }
   return {};
+}
+
+QList<QVariantMap> Bench::Variables(int page) const {
+  QList<QVariantMap> variables;
+  const QVariantList groups = manager->myMap()[page].toList();
+  for (int group = 0; group < groups.size(); ++group) {
+    const QVariantList maps = groups[group].toList();
+    for (int index = 0; index < maps.size(); ++index) {
+      if (!manager->isTimerUpdate(page, group, index)) variables.append(maps[index].toMap());
+    }
+  }
+  return variables;
 }
 
 QString Bench::Shown(const QString& var_name) const {

@@ -1,24 +1,13 @@
 #pragma once
 
-#include <QObject>
 #include <QSignalSpy>
 #include <QStringList>
-#include <functional>
 #include <memory>
 #include <vector>
 
 #include "VarkelCore/src/varkel_manager.h"
 #include "simulator/src/simulated_sensor.h"
-
-/// Every test object of the program; a test file registers its own.
-std::vector<std::function<std::unique_ptr<QObject>()>>& TestObjects();
-
-template <typename Test>
-struct RegisterTest {
-  RegisterTest() {
-    TestObjects().push_back([] { return std::make_unique<Test>(); });
-  }
-};
+#include "tests/support/qt_test.h"
 
 /// A controller with model "Quenta" selected, the sensor that it is to connect to, and what it told the user.
 struct Bench {
@@ -26,6 +15,8 @@ struct Bench {
   ~Bench();
 
   bool Connect();  ///< true when the connection stands
+  /// The same with that page shown; no page: nothing but the test's own requests is on the wire.
+  bool ConnectOn(int page = -1);
   /// Waits for the next error notice and takes it.
   QString NextError();
   QString NextSuccess();
@@ -36,6 +27,8 @@ struct Bench {
     int index = -1;
   };
   Place Find(const QString& var_name) const;
+  /// Maps of the page's variables, but for those that the sensor itself keeps changing.
+  QList<QVariantMap> Variables(int page) const;
   QString Shown(const QString& var_name) const;
   void Edit(const QString& var_name, const QString& text, int type = 1);
 

@@ -1,7 +1,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include "tests/core/core_test.h"
 
@@ -10,134 +9,108 @@ namespace {
 class FirmwareUpgradeTest : public QObject {
   Q_OBJECT
  private slots:
-  void init();
-  void PackageArrivesAndTheNewVersionIsReported();
-  void RefusedPieceEndsTheTransfer();
-  void RefusalsOfTheEntry();
-  void RestartAndReset_data();
-  void RestartAndReset();
-  void ClosingDuringATransferIsQuick();
+  void init() {
+    bench_ = std::make_unique<Bench>();
+    QVERIFY(bench_->ConnectOn());
+  }
+
+  void PackageArrivesAndTheNewVersionIsReported() {
+    VarkelManager& manager = *bench_->manager;
+    QCOMPARE(manager.upgradeProgressTotalLen(), 1);
+    QSignalSpy upgrading(&manager, &VarkelManager::isUpgradingChanged);
+    const QUrl file = Package(3 * 1024 + 100);
+    QElapsedTimer entry;
+    entry.start();
+    QCOMPARE(Upgrade(file), 0);
+    QVERIFY(entry.elapsed() < 200);  // the wait ahead of the transfer is the worker's
+    QVERIFY(manager.IsUpgrading());
+    QCOMPARE(manager.upgradeProgressTotalLen(), 3);
+    QCOMPARE(Upgrade(file), -1);
+    manager.setIsDownloadLog(true);
+    manager.Run(2);
+    QCOMPARE(bench_->NextError(), "Please wait for the lidar to upgrade completely");
+    manager.setIsDownloadLog(false);
+    QCOMPARE(bench_->NextSuccess(),
+             "Upgrade package transmitted successfully. The lidar will automatically reboot within 10 "
+             "seconds.");
+    QCOMPARE(upgrading.count(), 2);
+    QCOMPARE(manager.upgradeProgress(), 4);
+    QFile sent(file.toLocalFile());
+    QVERIFY(sent.open(QIODevice::ReadOnly));
+    const auto received = bench_->sensor->ReceivedPackage();
+    QVERIFY(sent.readAll() ==
+            QByteArray(reinterpret_cast<const char*>(received.data()), int(received.size())));
+    QTRY_VERIFY_WITH_TIMEOUT(!manager.IsConnected(), 15000);  // the restart, 10 seconds later
+    QVERIFY(bench_->errors.isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(bench_->sensor->restarts() == 1 && bench_->Connect(), 15000);
+    manager.GetLidarModuleInfo(0);
+    QCOMPARE(bench_->Shown("Firmware Version"), "4.1.2.9 (2027-03-04)");
+  }
+
+  void RefusedPieceEndsTheTransfer() {
+    bench_->sensor->Misbehave("0x60=error:7#2");
+    QCOMPARE(Upgrade(Package(4000)), 0);
+    QCOMPARE(bench_->NextError(), "Upgrade package transfer failed or is terminated.");
+    QTRY_COMPARE(bench_->log.last(), "INFO Upgrade package transfer failed or is terminated.");
+    QVERIFY(!bench_->manager->IsUpgrading());
+    QCOMPARE(bench_->sensor->Received(0x60).size(), 2U);
+    QVERIFY(bench_->manager->IsConnected());
+  }
+
+  void RefusalsOfTheEntry() {
+    QCOMPARE(Upgrade(QUrl::fromLocalFile(folder_.filePath("missing.patch"))), 0);
+    QVERIFY(!bench_->manager->IsUpgrading());
+    QCOMPARE(bench_->manager->UpgradeLidar(Package(10), 0, 0, 0), 0);  // a row that takes no package
+    QVERIFY(!bench_->manager->IsUpgrading());
+    bench_->manager->setIsDownloadLog(true);
+    QCOMPARE(Upgrade(Package(10)), -1);
+    bench_->manager->setIsDownloadLog(false);
+    bench_->manager->Stop();
+    QCOMPARE(Upgrade(Package(10)), -1);
+    QVERIFY(bench_->errors.isEmpty());
+  }
+
+  void RestartAndReset() {
+    VarkelManager& manager = *bench_->manager;
+    for (const char* refusal : {"0x25=error:4", "0x10=error:4"}) bench_->sensor->Misbehave(refusal);
+    QCOMPARE(manager.Reset(), 4);
+    QCOMPARE(bench_->NextError(), "Reset failed, ret_code: 4.");
+    QCOMPARE(manager.Restart(), 4);
+    QCOMPARE(bench_->NextError(), "Auto reboot failed, ret_code: 4. Please reboot lidar manually.");
+    bench_->sensor->Behave();
+    QCOMPARE(manager.Reset(), 0);
+    QVERIFY(manager.IsConnected());
+    init();
+    QCOMPARE(bench_->manager->Restart(), 0);
+    QVERIFY(!bench_->manager->IsConnected());
+  }
+
+  void ClosingDuringATransferIsQuick() {
+    bench_->sensor->Misbehave("0x60=silence#3");
+    QCOMPARE(Upgrade(Package(20000)), 0);
+    QVERIFY(bench_->sensor->WaitReceived(0x60, 3, std::chrono::seconds(10)));
+    QElapsedTimer timer;
+    timer.start();
+    bench_->manager.reset();
+    QVERIFY(timer.elapsed() < 1000);
+  }
 
  private:
-  QUrl Package(int size);
-  int Upgrade(const QUrl& file);
+  QUrl Package(int size) const {
+    QFile file(folder_.filePath("new.patch"));
+    QByteArray content = "VARKEL-SIM FIRMWARE 4.1.2.9 2027-03-04\n";
+    while (content.size() < size) content.append(static_cast<char>(content.size() * 7));
+    if (file.open(QIODevice::WriteOnly)) file.write(content);
+    return QUrl::fromLocalFile(file.fileName());
+  }
+  int Upgrade(const QUrl& file) {
+    const auto place = bench_->Find("Firmware Upgrade");
+    return bench_->manager->UpgradeLidar(file, place.page, place.group, place.index);
+  }
 
   QTemporaryDir folder_;
   std::unique_ptr<Bench> bench_;
 };
-
-void FirmwareUpgradeTest::init() {
-  bench_ = std::make_unique<Bench>();
-  bench_->manager->setModuleIndexUse(-1);
-  QVERIFY(bench_->Connect());
-}
-
-QUrl FirmwareUpgradeTest::Package(int size) {
-  QFile file(folder_.filePath("new.patch"));
-  QByteArray content = "VARKEL-SIM FIRMWARE 4.1.2.9 2027-03-04\n";
-  while (content.size() < size) content.append(static_cast<char>(content.size() * 7));
-  if (file.open(QIODevice::WriteOnly)) file.write(content);
-  return QUrl::fromLocalFile(file.fileName());
-}
-
-int FirmwareUpgradeTest::Upgrade(const QUrl& file) {
-  const auto place = bench_->Find("Firmware Upgrade");
-  return bench_->manager->UpgradeLidar(file, place.page, place.group, place.index);
-}
-
-void FirmwareUpgradeTest::PackageArrivesAndTheNewVersionIsReported() {
-  VarkelManager& manager = *bench_->manager;
-  QCOMPARE(manager.upgradeProgressTotalLen(), 1);
-  QSignalSpy upgrading(&manager, &VarkelManager::isUpgradingChanged);
-  const QUrl file = Package(3 * 1024 + 100);
-  QElapsedTimer entry;
-  entry.start();
-  QCOMPARE(Upgrade(file), 0);
-  QVERIFY(entry.elapsed() < 200);  // the wait ahead of the transfer is the worker's
-  QVERIFY(manager.IsUpgrading());
-  QCOMPARE(manager.upgradeProgressTotalLen(), 3);
-  QCOMPARE(Upgrade(file), -1);
-  manager.Run(2);
-  QCOMPARE(bench_->NextError(), QString("Please wait for the lidar to upgrade completely"));
-
-  QCOMPARE(bench_->NextSuccess(),
-           QString("Upgrade package transmitted successfully. The lidar will automatically reboot within 10 "
-                   "seconds."));
-  QCOMPARE(upgrading.count(), 2);
-  QCOMPARE(manager.upgradeProgress(), 4);
-  QFile sent(file.toLocalFile());
-  QVERIFY(sent.open(QIODevice::ReadOnly));
-  const auto received = bench_->sensor->ReceivedPackage();
-  QCOMPARE(QByteArray(reinterpret_cast<const char*>(received.data()), static_cast<int>(received.size())),
-           sent.readAll());
-
-  QTRY_VERIFY_WITH_TIMEOUT(!manager.IsConnected(), 15000);  // the restart, 10 seconds later
-  QVERIFY(bench_->errors.isEmpty());
-  QTRY_VERIFY_WITH_TIMEOUT(bench_->sensor->restarts() == 1 && bench_->Connect(), 15000);
-  manager.GetLidarModuleInfo(0);
-  QCOMPARE(bench_->Shown("Firmware Version"), QString("4.1.2.9 (2027-03-04)"));
-}
-
-void FirmwareUpgradeTest::RefusedPieceEndsTheTransfer() {
-  bench_->sensor->Misbehave("0x60=error:7#2");
-  QCOMPARE(Upgrade(Package(4000)), 0);
-  QCOMPARE(bench_->NextError(), QString("Upgrade package transfer failed or is terminated."));
-  QTRY_COMPARE(bench_->log.last(), QString("INFO Upgrade package transfer failed or is terminated."));
-  QVERIFY(!bench_->manager->IsUpgrading());
-  QCOMPARE(bench_->sensor->Received(0x60).size(), std::size_t{2});
-  QVERIFY(bench_->sensor->ReceivedPackage().empty());
-  QVERIFY(bench_->manager->IsConnected());
-}
-
-void FirmwareUpgradeTest::RefusalsOfTheEntry() {
-  QCOMPARE(Upgrade(QUrl::fromLocalFile(folder_.filePath("missing.patch"))), 0);
-  QVERIFY(!bench_->manager->IsUpgrading());
-  QCOMPARE(bench_->manager->UpgradeLidar(Package(10), 0, 0, 0), 0);  // a row that takes no package
-  QVERIFY(!bench_->manager->IsUpgrading());
-  bench_->manager->setIsDownloadLog(true);
-  QCOMPARE(Upgrade(Package(10)), -1);
-  bench_->manager->setIsDownloadLog(false);
-  bench_->manager->Stop();
-  QCOMPARE(Upgrade(Package(10)), -1);
-  QVERIFY(bench_->errors.isEmpty());
-}
-
-void FirmwareUpgradeTest::RestartAndReset_data() {
-  QTest::addColumn<bool>("restart");
-  QTest::addColumn<QString>("misbehaviour");
-  QTest::addColumn<QString>("error");
-  QTest::addColumn<bool>("connected");
-  QTest::newRow("restart") << true << ""
-                           << "" << false;
-  QTest::newRow("restart refused") << true << "0x10=error:4"
-                                   << "Auto reboot failed, ret_code: 4. Please reboot lidar manually."
-                                   << true;
-  QTest::newRow("reset") << false << ""
-                         << "" << true;
-  QTest::newRow("reset refused") << false << "0x25=error:4"
-                                 << "Reset failed, ret_code: 4." << true;
-}
-
-void FirmwareUpgradeTest::RestartAndReset() {
-  QFETCH(bool, restart);
-  QFETCH(QString, misbehaviour);
-  QFETCH(QString, error);
-  if (!misbehaviour.isEmpty()) bench_->sensor->Misbehave(misbehaviour.toStdString());
-  const int code = restart ? bench_->manager->Restart() : bench_->manager->Reset();
-  QCOMPARE(code, error.isEmpty() ? 0 : 4);
-  if (!error.isEmpty()) QCOMPARE(bench_->NextError(), error);
-  QTEST(bench_->manager->IsConnected(), "connected");
-}
-
-void FirmwareUpgradeTest::ClosingDuringATransferIsQuick() {
-  bench_->sensor->Misbehave("0x60=silence#3");
-  QCOMPARE(Upgrade(Package(20000)), 0);
-  QVERIFY(bench_->sensor->WaitReceived(0x60, 3, std::chrono::seconds(10)));
-  QElapsedTimer timer;
-  timer.start();
-  bench_->manager.reset();
-  QVERIFY(timer.elapsed() < 1000);
-}
 
 const RegisterTest<FirmwareUpgradeTest> registered;
 

@@ -2,11 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
-#include <string>
 #include <vector>
 
 #include "libquarn/Platform/src/byte_order.h"
@@ -35,19 +30,6 @@ inline std::vector<std::uint8_t> MarvoPackage(std::uint8_t flags, const std::arr
 /// All five components with sizes of their own.
 inline std::vector<std::uint8_t> FullMarvoPackage() {
   return MarvoPackage(31, {{{0, 1500}, {1500, 2048}, {3548, 3000}, {6548, 1024}, {7572, 10}}}, 7582);
-}
-
-/// What the sample maker writes under that name.
-inline std::vector<std::uint8_t> SampleMarvoPackage(const std::string& name) {
-  const std::string path = "marvo-sample-" + name + ".bin";
-  if (std::system(("'" MARVO_SAMPLE_MAKER "' " + name + " " + path).c_str()) != 0) return {};
-  std::vector<std::uint8_t> package;
-  {
-    std::ifstream file(path, std::ios::binary);
-    package.assign(std::istreambuf_iterator<char>(file), {});
-  }
-  std::remove(path.c_str());
-  return package;
 }
 
 }  // namespace varkel::test

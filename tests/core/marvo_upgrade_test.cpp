@@ -84,99 +84,56 @@ TEST(MarvoUpgrade, OtherPartitionAndNothingToSend) {
   const Lines lines = on_b.Run(FullMarvoPackage());
   EXPECT_EQ(lines[3], "INFO Marvo upgrade: current partition=B");
   EXPECT_EQ(lines[5], "INFO Marvo upgrade: sending BMB_APP_A (type=0x02, size=1500)");
-
   Bench none;
-  const Lines end = none.Run(MarvoPackage(1, {{{0, 100}}}, 100));
-  EXPECT_EQ(end.back(), "disconnect");
+  EXPECT_EQ(none.Run(MarvoPackage(1, {{{0, 100}}}, 100)).back(), "disconnect");
   EXPECT_EQ(none.claimed.total, 0);
   EXPECT_TRUE(none.link.ktc->frames.empty());
 }
 
 TEST(MarvoUpgrade, EveryFailureEndsTheRunFirst) {
   struct Case {
-    const char* name;
-    Bytes package;
-    std::function<void(Bench&)> fault;
     Lines end;  ///< the last lines
+    Bytes package;
+    std::size_t failing_rate = 0;
+    int mode_result = 0;
+    bool has_exchange = true;
+    int ota_result = 0;
+    std::uint8_t fpga_status = 0;
   };
   const Bytes full = FullMarvoPackage();
   Bytes wrong_magic = full;
   wrong_magic[3] = 'B';
+  const auto params_at = [](test::Range range) { return MarvoPackage(16, {{{}, {}, {}, {}, range}}, 100); };
+  const std::string kInvalid = "error: Invalid Marvo OTA upgrade package";
+  const std::string kFailed = "error: Marvo upgrade: ";
+  const std::string kNoRoom = "INFO Component TMB_PARAM data out of range";
+  const std::string kApp = "Marvo upgrade: BMB_APP_B failed, error=-1";
+  const std::string kFpga = "Marvo upgrade: BMB_FPGA failed, error=9";
   const std::vector<Case> cases = {
-      {"too short",
-       Bytes(full.begin(), full.begin() + 55),
-       {},
-       {"end", "error: Invalid Marvo OTA upgrade package"}},
-      {"magic",
-       wrong_magic,
-       {},
-       {"INFO Invalid OTA package magic", "end", "error: Invalid Marvo OTA upgrade package"}},
-      {"first rate",
-       full,
-       [](Bench& b) { b.failing_rate = 1; },
-       {"rate", "end", "error: Marvo upgrade: set baudrate failed"}},
-      {"mode",
-       full,
-       [](Bench& b) { b.mode_result = -3; },
-       {"change mode", "end", "error: Marvo upgrade: change mode failed"}},
-      {"no exchange",
-       full,
-       [](Bench& b) { b.link.ktc = nullptr; },
-       {"rate", "end", "error: Marvo upgrade: change mode failed"}},
-      {"second rate",
-       full,
-       [](Bench& b) { b.failing_rate = 2; },
-       {"rate", "end", "error: Marvo upgrade: set upgrade baudrate failed"}},
-      {"out of range",
-       MarvoPackage(16, {{{}, {}, {}, {}, {0, 101}}}, 100),
-       {},
-       {"INFO Component TMB_PARAM data out of range", "INFO Component TMB_PARAM data out of range", "end",
-        "error: Marvo upgrade: failed to extract TMB_PARAM"}},
-      {"wrapping",
-       MarvoPackage(16, {{{}, {}, {}, {}, {0xFFFFFFF0, 32}}}, 100),
-       {},
-       {"rate", "end", "error: Marvo upgrade: failed to extract TMB_PARAM"}},
-      {"second component refused",
-       full,
-       [](Bench& b) {
-         b.link.ktc->on_ota = [](const Frame& frame, quarn::lidar::OtaReply& reply) {
-           if (frame.type == 0x11 && frame.second == 1) reply.status = 9;
-           return 0;
-         };
-       },
-       {"INFO Marvo upgrade: sending BMB_FPGA (type=0x01, size=1976)", "end",
-        "error: Marvo upgrade: BMB_FPGA failed, error=9", "INFO Marvo upgrade: BMB_FPGA failed, error=9"}},
-      {"line broken",
-       full,
-       [](Bench& b) { b.link.ktc->on_ota = [](const Frame&, quarn::lidar::OtaReply&) { return -1; }; },
-       {"end", "error: Marvo upgrade: BMB_APP_B failed, error=-1",
-        "INFO Marvo upgrade: BMB_APP_B failed, error=-1"}},
+      {{"end", kInvalid}, Bytes(55)},
+      {{"INFO Invalid OTA package magic", "end", kInvalid}, wrong_magic},
+      {{"rate", "end", kFailed + "set baudrate failed"}, full, 1},
+      {{"change mode", "end", kFailed + "change mode failed"}, full, 0, -3},
+      {{"rate", "end", kFailed + "change mode failed"}, full, 0, 0, false},
+      {{"rate", "end", kFailed + "set upgrade baudrate failed"}, full, 2},
+      {{kNoRoom, kNoRoom, "end", kFailed + "failed to extract TMB_PARAM"}, params_at({0, 101})},
+      {{"rate", "end", kFailed + "failed to extract TMB_PARAM"}, params_at({0xFFFFFFF0, 32})},
+      {{"end", "error: " + kApp, "INFO " + kApp}, full, 0, 0, true, -1},
+      {{"end", "error: " + kFpga, "INFO " + kFpga}, full, 0, 0, true, 0, 9},
   };
   for (const Case& c : cases) {
     Bench bench;
-    if (c.fault) c.fault(bench);
+    bench.failing_rate = c.failing_rate;
+    bench.mode_result = c.mode_result;
+    bench.link.ktc->on_ota = [&c](const Frame& frame, quarn::lidar::OtaReply& reply) {
+      if (frame.type == 0x11 && frame.second == 1) reply.status = c.fpga_status;
+      return c.ota_result;
+    };
+    if (!c.has_exchange) bench.link.ktc = nullptr;
     const Lines lines = bench.Run(c.package);
-    ASSERT_GE(lines.size(), c.end.size()) << c.name;
-    EXPECT_EQ(Lines(lines.end() - static_cast<std::ptrdiff_t>(c.end.size()), lines.end()), c.end) << c.name;
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "end"), 1) << c.name;
-  }
-}
-
-// What comes in a package decides on nothing but the components: the run ends however they are broken.
-TEST(MarvoUpgrade, EveryMalformedPackageEndsTheRun) {
-  const Bytes full = FullMarvoPackage();
-  const auto ends_once = [](const Bytes& package) {
-    Bench bench;
-    const Lines lines = bench.Run(package);
-    return std::count(lines.begin(), lines.end(), "end") == 1;
-  };
-  for (std::size_t size = 0; size < full.size(); size += size < 64 ? 1 : 503) {
-    EXPECT_TRUE(ends_once(Bytes(full.begin(), full.begin() + static_cast<std::ptrdiff_t>(size)))) << size;
-  }
-  for (std::size_t bit = 0; bit < kMarvoHeaderSize * 8; ++bit) {
-    Bytes changed = full;
-    changed[bit / 8] = static_cast<std::uint8_t>(changed[bit / 8] ^ (1U << (bit % 8)));
-    EXPECT_TRUE(ends_once(changed)) << bit;
+    ASSERT_GE(lines.size(), c.end.size());
+    EXPECT_EQ(Lines(lines.end() - static_cast<std::ptrdiff_t>(c.end.size()), lines.end()), c.end);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "end"), 1) << c.end.back();
   }
 }
 
@@ -195,38 +152,25 @@ TEST(MarvoUpgrade, AStopEndsThePauseForTheModeChange) {
   EXPECT_EQ(bench.report.Take().back(), "end");
 }
 
-TEST(SerialUpgrade, ReportsBothOutcomesAndDisconnects) {
-  struct Case {
-    int result;
-    quarn::lidar::OtaReply reply;
-    Lines lines;
-  };
-  const std::vector<Case> cases = {
-      {0,
-       {1, 0},
-       {"end", "success: Upgrade package transmitted successfully. The lidar will automatically reboot.",
-        "disconnect"}},
-      {0,
-       {1, 3},
-       {"end", "error: Upgrade package transfer failed or is terminated. error:3",
-        "INFO Upgrade package transfer failed or is terminated. error:3", "disconnect"}},
-      {-1,
-       {},
-       {"end", "error: Upgrade package transfer failed or is terminated. error:-1",
-        "INFO Upgrade package transfer failed or is terminated. error:-1", "disconnect"}},
-  };
-  for (const Case& c : cases) {
+TEST(SerialUpgrade, ReportsItsOutcomeAndDisconnects) {
+  const std::string kFailed = "Upgrade package transfer failed or is terminated. error:3";
+  for (const std::uint8_t status : Bytes{0, 3}) {
     test::RecordedReport report;
     test::ScriptedExchange exchange;
-    exchange.on_ota = [&](const Frame& frame, quarn::lidar::OtaReply& reply) {
-      if (frame.type == 1) reply = c.reply;
-      return c.result;
+    exchange.on_ota = [status](const Frame&, quarn::lidar::OtaReply& reply) {
+      reply.status = status;
+      return 0;
     };
     test::ClaimedRun claimed(report);
     SendOverSerial(std::stop_token(), exchange, Bytes(1025), 1, report, claimed.run);
-    EXPECT_EQ(report.Take(), c.lines);
+    EXPECT_EQ(report.Take(), status != 0
+                                 ? (Lines{"end", "error: " + kFailed, "INFO " + kFailed, "disconnect"})
+                                 : (Lines{"end",
+                                          "success: Upgrade package transmitted successfully. The lidar will "
+                                          "automatically reboot.",
+                                          "disconnect"}));
     EXPECT_EQ(exchange.frames.front(), (Frame{1, 1025, 1, {}}));
-    EXPECT_EQ(claimed.progress, exchange.frames.size() > 1 ? 2U : 0U);
+    EXPECT_EQ(claimed.progress, status == 0 ? 2U : 0U);
   }
 }
 

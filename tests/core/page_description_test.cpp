@@ -2,7 +2,6 @@
 
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include "VarkelCore/src/model_selection.h"
 #include "tests/core/core_test.h"
@@ -27,96 +26,80 @@ constexpr char kTable[] =
 class PageDescriptionTest : public QObject {
   Q_OBJECT
  private slots:
-  void init();
-  void RowsStandByPositionBehindTheirHeading();
-  void SwitchRowIsOneRowWithItsSwitchState();
-  void MissingLabelsAreTheValues();
-  void OnlyReadableLogsAreOffered();
-  void EditsOfASwitchMarkItsRow();
-  void ModelsAreListedWithoutTheHostsModel();
-  void FailedLoadLeavesNoPagesAndSaysWhere();
+  void init() {
+    const QString path = folder_.filePath("table.csv");
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(kTable);
+    file.close();
+    catalogue_ = std::make_unique<varkel::ConfigParser>(path.toStdString());
+    QVERIFY(catalogue_->ExtractConfigInfo());
+  }
+
+  void RowsStandByPositionBehindTheirHeading() {
+    QCOMPARE(varkel::PageTitles(*catalogue_), (QVariantList{"Page", "Empty page"}));
+    const QVariantList pages = varkel::PageRows(*catalogue_);
+    const auto row = [](const char* label, int kind, int group, int index) {
+      return QVariant(QVariantList{label, kind, 0, group, index});
+    };
+    const QVariantList expected = {row("First", 0, 0, -1),     row("Ahead", 0, 0, 1),
+                                   row("Same place", 0, 0, 2), row("Behind (mm)", 1, 0, 0),
+                                   row("Second", 0, 1, -1),    row("Filter", 2, 1, 1),
+                                   row("Mode", 3, 1, 2)};
+    QCOMPARE(pages[0].toList(), expected);
+    QVERIFY(pages[1].toList().isEmpty());
+    QCOMPARE(varkel::DownloadableLogs(*catalogue_), QVariantList{"Event Log"});
+  }
+
+  void SwitchRowIsOneRowWithItsSwitchState() {
+    const QVariantMap value = Map("Filter");
+    QCOMPARE(value["switch_index"], "1");
+    QCOMPARE(value["current_val"], "3");
+    QCOMPARE(value["visible"], true);
+    QCOMPARE(Map("Filter on")["visible"], false);
+    QCOMPARE(value["edited"], false);
+    edits_.Mark("0x02", catalogue_->FindByName("Filter on")->var_id);
+    QCOMPARE(Map("Filter")["edited"], true);
+  }
+
+  void MissingLabelsAreTheValues() {
+    const QVariantMap mode = Map("Mode");
+    QCOMPARE(mode["options"].toList(), (QVariantList{0, 5}));
+    QCOMPARE(mode["varname_value_to_option"].toList(), (QVariantList{"Off", "5"}));
+    QCOMPARE(mode["option_num"], 2);
+  }
+
+  void ModelsAreListedWithoutTheHostsModel() {
+    QTemporaryDir models;
+    for (const char* name : {"b.csv", "A.csv", "a.old.csv", "Marvo-KTC.csv"}) {
+      QVERIFY(QFile(models.filePath(name)).open(QIODevice::WriteOnly));
+    }
+    QVERIFY(QDir(models.path()).mkdir("folder.csv"));
+    QCOMPARE(varkel::ListModels(models.path().toStdString()), (std::vector<std::string>{"A", "a", "b"}));
+    QVERIFY(varkel::ListModels("./no such folder").empty());
+  }
+
+  void FailedLoadLeavesNoPagesAndSaysWhere() {
+    Bench bench;
+    bench.manager->InitConfigFileParser("../../no-model");
+    QVERIFY(bench.manager->level1List().isEmpty());
+    QVERIFY(bench.manager->myMap().isEmpty());
+    const QString error = bench.NextError();
+    QVERIFY2(error.contains("no-model.csv"), qPrintable(error));
+    QVERIFY(bench.log.contains("ERROR " + error));
+    bench.manager->InitConfigFileParser();
+    QVERIFY(!bench.manager->level1List().isEmpty());
+  }
 
  private:
+  QVariantMap Map(const char* name) const {
+    return varkel::VariableMap(*catalogue_, *catalogue_->FindByName(name), edits_);
+  }
+
   QTemporaryDir folder_;
   std::unique_ptr<varkel::ConfigParser> catalogue_;
   varkel::PendingEdits edits_;
 };
-
-void PageDescriptionTest::init() {
-  const QString path = folder_.filePath("table.csv");
-  QFile file(path);
-  QVERIFY(file.open(QIODevice::WriteOnly));
-  file.write(kTable);
-  file.close();
-  catalogue_ = std::make_unique<varkel::ConfigParser>(path.toStdString());
-  QVERIFY(catalogue_->ExtractConfigInfo());
-  edits_.Clear();
-}
-
-void PageDescriptionTest::RowsStandByPositionBehindTheirHeading() {
-  QCOMPARE(varkel::PageTitles(*catalogue_), (QVariantList{"Page", "Empty page"}));
-  const QVariantList pages = varkel::PageRows(*catalogue_);
-  const auto row = [](const char* label, int kind, int group, int index) {
-    return QVariant(QVariantList{label, kind, 0, group, index});
-  };
-  const QVariantList expected = {row("First", 0, 0, -1),     row("Ahead", 0, 0, 1),
-                                 row("Same place", 0, 0, 2), row("Behind (mm)", 1, 0, 0),
-                                 row("Second", 0, 1, -1),    row("Filter", 2, 1, 1),
-                                 row("Mode", 3, 1, 2)};
-  QCOMPARE(pages[0].toList(), expected);
-  QVERIFY(pages[1].toList().isEmpty());
-}
-
-void PageDescriptionTest::SwitchRowIsOneRowWithItsSwitchState() {
-  const QVariantMap value = varkel::VariableMap(*catalogue_, *catalogue_->FindByName("Filter"), edits_);
-  QCOMPARE(value["switch_index"].toString(), QString("1"));
-  QCOMPARE(value["current_val"].toString(), QString("3"));
-  QCOMPARE(value["visible"].toBool(), true);
-  const QVariantMap half = varkel::VariableMap(*catalogue_, *catalogue_->FindByName("Filter on"), edits_);
-  QCOMPARE(half["visible"].toBool(), false);
-}
-
-void PageDescriptionTest::MissingLabelsAreTheValues() {
-  const QVariantMap mode = varkel::VariableMap(*catalogue_, *catalogue_->FindByName("Mode"), edits_);
-  QCOMPARE(mode["options"].toList(), (QVariantList{0, 5}));
-  QCOMPARE(mode["varname_value_to_option"].toList(), (QVariantList{"Off", "5"}));
-  QCOMPARE(mode["option_num"].toInt(), 2);
-}
-
-void PageDescriptionTest::OnlyReadableLogsAreOffered() {
-  QCOMPARE(varkel::DownloadableLogs(*catalogue_), QVariantList{"Event Log"});
-}
-
-void PageDescriptionTest::EditsOfASwitchMarkItsRow() {
-  const varkel::VarInfo& filter = *catalogue_->FindByName("Filter");
-  QVERIFY(!varkel::VariableMap(*catalogue_, filter, edits_)["edited"].toBool());
-  edits_.Mark("0x02", catalogue_->FindByName("Filter on")->var_id);
-  QVERIFY(varkel::VariableMap(*catalogue_, filter, edits_)["edited"].toBool());
-}
-
-void PageDescriptionTest::ModelsAreListedWithoutTheHostsModel() {
-  QTemporaryDir models;
-  for (const char* name : {"b.csv", "A.csv", "a.old.csv", "Marvo-KTC.csv"}) {
-    QFile file(models.filePath(name));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-  }
-  QVERIFY(QDir(models.path()).mkdir("folder.csv"));
-  QCOMPARE(varkel::ListModels(models.path().toStdString()), (std::vector<std::string>{"A", "a", "b"}));
-  QVERIFY(varkel::ListModels("./no such folder").empty());
-}
-
-void PageDescriptionTest::FailedLoadLeavesNoPagesAndSaysWhere() {
-  Bench bench;
-  QVERIFY(!bench.manager->level1List().isEmpty());
-  bench.manager->InitConfigFileParser("../../no-model");
-  QVERIFY(bench.manager->level1List().isEmpty());
-  QVERIFY(bench.manager->myMap().isEmpty());
-  const QString error = bench.NextError();
-  QVERIFY2(error.contains("no-model.csv"), qPrintable(error));
-  QVERIFY(bench.log.contains("ERROR " + error));
-  bench.manager->InitConfigFileParser();
-  QVERIFY(!bench.manager->level1List().isEmpty());
-}
 
 const RegisterTest<PageDescriptionTest> registered;
 

@@ -15,10 +15,9 @@
 #include "libquarn/KtcClient/src/ktc_parser.h"
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Platform/src/socket.h"
+#include "tests/quarn/bytes.h"
 
 namespace quarn::test {
-
-using Bytes = std::vector<std::uint8_t>;
 
 struct Request {
   std::uint8_t cmd = 0;
@@ -49,9 +48,7 @@ class FakePeer {
     stopping_ = true;
     {
       const std::lock_guard lock(mutex_);
-      if (connection_ != platform::kInvalidSocket) {
-        platform::ShutdownSocket(connection_);
-      }
+      if (connection_ != platform::kInvalidSocket) platform::ShutdownSocket(connection_);
     }
     thread_.join();
   }
@@ -76,13 +73,13 @@ class FakePeer {
     return frame;
   }
 
+  static Answer Echo(const Request& request) { return {Reply(1, request.cmd, request.payload)}; }
+
  private:
   void Serve() {
     while (!stopping_) {
       const platform::SocketHandle accepted = listener_->Accept(20);
-      if (accepted == platform::kInvalidSocket) {
-        continue;
-      }
+      if (accepted == platform::kInvalidSocket) continue;
       ++connections_;
       SetConnection(accepted);
       while (!stopping_ && Step(accepted)) {
@@ -99,9 +96,7 @@ class FakePeer {
 
   bool Step(platform::SocketHandle connection) {
     const std::optional<Request> request = ReadRequest(connection);
-    if (!request) {
-      return false;
-    }
+    if (!request) return false;
     {
       const std::lock_guard lock(mutex_);
       requests_.push_back(*request);
@@ -112,9 +107,7 @@ class FakePeer {
       const bool first = rest.size() == answer.bytes.size();
       const auto part = answer.byte_by_byte ? rest.first(first ? 2 : 1) : rest;
       const int sent = platform::SendBytes(connection, part, 0);
-      if (sent <= 0) {
-        return false;
-      }
+      if (sent <= 0) return false;
       rest = rest.subspan(static_cast<std::size_t>(sent));
     }
     return !answer.close;
@@ -122,9 +115,7 @@ class FakePeer {
 
   std::optional<Request> ReadRequest(platform::SocketHandle connection) const {
     Bytes header(layout_.header_size);
-    if (!ReadAll(connection, header)) {
-      return std::nullopt;
-    }
+    if (!ReadAll(connection, header)) return std::nullopt;
     Request request{header[layout_.cmd],
                     Bytes(lidar::LoadBigEndian<std::uint32_t>(header, layout_.payload_length))};
     return ReadAll(connection, request.payload) ? std::optional(std::move(request)) : std::nullopt;
@@ -133,9 +124,7 @@ class FakePeer {
   static bool ReadAll(platform::SocketHandle connection, std::span<std::uint8_t> bytes) {
     while (!bytes.empty()) {
       const int received = platform::ReceiveBytes(connection, bytes, 0);
-      if (received <= 0) {
-        return false;
-      }
+      if (received <= 0) return false;
       bytes = bytes.subspan(static_cast<std::size_t>(received));
     }
     return true;

@@ -7,13 +7,15 @@
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Platform/src/serial_port.h"
 #include "libquarn/Source/src/reply_assembler.h"
+#include "tests/quarn/bytes.h"
 #include "tests/support/protocol_page.h"
 
 namespace quarn::lidar {
 namespace {
 
+using test::Bytes;
 using test::FromHex;
-using Bytes = std::vector<std::uint8_t>;
+using test::Joined;
 using State = ReplyAssembler::State;
 
 auto Table(const std::string& heading) {
@@ -22,16 +24,6 @@ auto Table(const std::string& heading) {
 
 std::uint32_t Number(const std::string& hex) {
   return static_cast<std::uint32_t>(std::stoul(hex, nullptr, 16));
-}
-
-ReplyKind Kind(const std::string& text) {
-  return static_cast<ReplyKind>(std::stoi(text));
-}
-
-Bytes Joined(const Bytes& front, const Bytes& back) {
-  Bytes all = front;
-  all.insert(all.end(), back.begin(), back.end());
-  return all;
 }
 
 Bytes Text(const std::string& text) {
@@ -63,13 +55,13 @@ TEST(SerialFrames, RepliesMatchTheProtocolPage) {
   ASSERT_EQ(good.size(), 5U);
   for (const auto& row : good) {
     const Bytes reply = FromHex(row[3]);
-    EXPECT_TRUE(CheckReply(Kind(row[0]), reply)) << row[3];
+    EXPECT_TRUE(CheckReply(static_cast<ReplyKind>(Number(row[0])), reply)) << row[3];
     EXPECT_TRUE(std::ranges::equal(ReplyBody(reply), FromHex(row[2]))) << row[3];
   }
   const auto refused = Table("| Fault | Kind | Refused reply |");
   ASSERT_EQ(refused.size(), 7U);
   for (const auto& row : refused) {
-    EXPECT_FALSE(CheckReply(Kind(row[1]), FromHex(row[2]))) << row[0];
+    EXPECT_FALSE(CheckReply(static_cast<ReplyKind>(Number(row[1])), FromHex(row[2]))) << row[0];
   }
 }
 
@@ -85,28 +77,30 @@ TEST(SerialFrames, EveryChangeBehindTheTagIsNoticed) {
   }
 }
 
-TEST(SerialFrames, LengthByteOfLongPayloadsWraps) {
-  EXPECT_EQ(EncodeCommandFrame(2, Bytes(254), 0)[7], 255);
-  EXPECT_EQ(EncodeCommandFrame(2, Bytes(255), 0)[7], 0);
-  EXPECT_EQ(EncodeCommandFrame(2, Bytes(300), 0)[7], 45);
-}
-
-TEST(SerialFrames, NoncesDiffer) {
+TEST(SerialFrames, LengthsWrapNoncesDifferAndPortsGetTheirPrefix) {
+  for (const auto& [size, length] : {std::pair{254, 255}, {255, 0}, {300, 45}}) {
+    EXPECT_EQ(EncodeCommandFrame(2, Bytes(static_cast<std::size_t>(size)), 0)[7], length);
+  }
   const std::uint32_t first = FreshNonce();
   EXPECT_TRUE(first != FreshNonce() || first != FreshNonce());
-}
-
-TEST(ByteOrder, LittleEndianRoundTrip) {
   Bytes bytes(6, 0xAA);
   StoreLittleEndian<std::uint32_t>(bytes, 1, 0x01020384U);
   EXPECT_EQ(bytes, (Bytes{0xAA, 0x84, 0x03, 0x02, 0x01, 0xAA}));
   EXPECT_EQ(LoadLittleEndian<std::uint32_t>(bytes, 1), 0x01020384U);
-  EXPECT_EQ(LoadLittleEndian<std::uint16_t>(bytes, 1), 0x0384U);
-}
-
-TEST(SerialPortNames, LongOnesGetTheDevicePrefix) {
   EXPECT_EQ(platform::WindowsDeviceName("COM3"), "COM3");
   EXPECT_EQ(platform::WindowsDeviceName("COM12"), "\\\\.\\COM12");
+}
+
+// Adds the stream in pieces until the reply has come; what was used of it must be all.
+void ExpectTaken(const Bytes& stream, std::size_t first_piece, std::size_t piece, const Bytes& reply) {
+  ReplyAssembler assembler(ReplyKind::kCommand);
+  State state = assembler.Add(std::span(stream).first(first_piece));
+  for (std::size_t at = first_piece; at < stream.size(); at += piece) {
+    ASSERT_EQ(state, State::kIncomplete) << first_piece << " " << at;
+    state = assembler.Add(std::span(stream).subspan(at, std::min(piece, stream.size() - at)));
+  }
+  EXPECT_EQ(state, State::kPassed) << first_piece;
+  EXPECT_TRUE(std::ranges::equal(assembler.block(), reply)) << first_piece;
 }
 
 TEST(ReplyAssembler, TakesEverySplitWithAndWithoutNoise) {
@@ -114,38 +108,16 @@ TEST(ReplyAssembler, TakesEverySplitWithAndWithoutNoise) {
   const std::vector<Bytes> noises = {
       {}, {0}, Text("$"), Text("$LDCMD"), Text("$LD$LDOTA,\x05"), Bytes(5000, 0xEE)};
   for (const Bytes& noise : noises) {
-    const Bytes stream = Joined(noise, good);
-    // Two pieces, cut everywhere in the reply; then byte by byte.
+    const Bytes stream = Joined({noise, good});
     for (std::size_t cut = noise.size(); cut < stream.size(); ++cut) {
-      ReplyAssembler assembler(ReplyKind::kCommand);
-      ASSERT_EQ(assembler.Add(std::span(stream).first(cut)), State::kIncomplete) << cut;
-      ASSERT_EQ(assembler.Add(std::span(stream).subspan(cut)), State::kPassed) << cut;
-      EXPECT_TRUE(std::ranges::equal(assembler.block(), good)) << cut;
+      ExpectTaken(stream, cut, stream.size(), good);
     }
-    ReplyAssembler assembler(ReplyKind::kCommand);
-    State state = State::kIncomplete;
-    std::size_t used = 0;
-    for (; state == State::kIncomplete && used < stream.size(); ++used) {
-      state = assembler.Add(std::span(stream).subspan(used, 1));
-    }
-    EXPECT_EQ(state, State::kPassed);
-    EXPECT_EQ(used, stream.size());
+    ExpectTaken(stream, 0, 1, good);
   }
-}
-
-TEST(ReplyAssembler, FindsTheReplyBehindAStumpOfAnother) {
   const Bytes older = EncodeReplyFrame(ReplyKind::kCommand, 2, Bytes(200, 7), 9);
-  const Bytes good = GoodReply();
   for (std::size_t stump = 0; stump < older.size(); ++stump) {
-    const Bytes stream =
-        Joined(Bytes(older.begin(), older.begin() + static_cast<std::ptrdiff_t>(stump)), good);
-    ReplyAssembler assembler(ReplyKind::kCommand);
-    State state = State::kIncomplete;
-    for (std::size_t at = 0; at < stream.size() && state == State::kIncomplete; ++at) {
-      state = assembler.Add(std::span(stream).subspan(at, 1));
-    }
-    ASSERT_EQ(state, State::kPassed) << stump;
-    EXPECT_TRUE(std::ranges::equal(assembler.block(), good)) << stump;
+    const auto end = older.begin() + static_cast<std::ptrdiff_t>(stump);
+    ExpectTaken(Joined({Bytes(older.begin(), end), good}), 0, 1, good);
   }
 }
 
@@ -167,16 +139,12 @@ TEST(ReplyAssembler, WrongRepliesFailAtOnceAndUnfinishedOnesAtTheEnd) {
   EXPECT_EQ(silent.Finish(), State::kFailed);
 }
 
-TEST(ReplyAssembler, TakesABlockWhoseTagIsGarbled) {
+TEST(ReplyAssembler, TakesAGarbledTagAndLeavesWhatFollowsTheReply) {
   Bytes garbled = GoodReply();
   garbled[0] = 0;
+  EXPECT_EQ(ReplyAssembler(ReplyKind::kCommand).Add(garbled), State::kPassed);
   ReplyAssembler assembler(ReplyKind::kCommand);
-  EXPECT_EQ(assembler.Add(garbled), State::kPassed);
-}
-
-TEST(ReplyAssembler, LeavesWhatFollowsTheReply) {
-  ReplyAssembler assembler(ReplyKind::kCommand);
-  EXPECT_EQ(assembler.Add(Joined(GoodReply(), Bytes(100, 0x24))), State::kPassed);
+  EXPECT_EQ(assembler.Add(Joined({GoodReply(), Bytes(100, 0x24)})), State::kPassed);
   EXPECT_TRUE(std::ranges::equal(assembler.block(), GoodReply()));
 }
 

@@ -2,36 +2,30 @@
 
 #include "libquarn/KtcClient/src/crc32_mpeg2.h"
 #include "libquarn/Source/src/ota_transfer.h"
+#include "tests/quarn/bytes.h"
 #include "tests/support/scripted_exchange.h"
 
 namespace quarn::lidar {
 namespace {
 
+using test::Bytes;
+using test::Counting;
 using test::ScriptedExchange;
-using Bytes = ScriptedExchange::Bytes;
 using Frame = ScriptedExchange::OtaFrame;
 
-Bytes Counting(std::size_t size) {
-  Bytes bytes(size);
-  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7);
-  return bytes;
-}
-
 TEST(OtaTransfer, SendsStartBlocksAndEnd) {
-  const Bytes package = Counting(2500);
-  const auto block = [&](std::size_t begin, std::size_t end) {
-    return Bytes(package.begin() + static_cast<std::ptrdiff_t>(begin),
-                 package.begin() + static_cast<std::ptrdiff_t>(end));
-  };
-  const std::uint32_t crc = Crc32Mpeg2(package);
+  const Bytes block0(1024, 1);
+  const Bytes block1(1024, 2);
+  const Bytes block2(452, 3);
+  const Bytes package = test::Joined({block0, block1, block2});
   std::atomic<std::uint32_t> progress{99};
   ScriptedExchange exchange;
   EXPECT_EQ(SendOtaPackage(exchange, package, 1, progress), 0);
   EXPECT_EQ(exchange.frames, (std::vector<Frame>{{1, 2500, 1, {}},
-                                                 {2, 0, 3, block(0, 1024)},
-                                                 {2, 1, 3, block(1024, 2048)},
-                                                 {2, 2, 3, block(2048, 2500)},
-                                                 {3, crc, 2500, {}}}));
+                                                 {2, 0, 3, block0},
+                                                 {2, 1, 3, block1},
+                                                 {2, 2, 3, block2},
+                                                 {3, Crc32Mpeg2(package), 2500, {}}}));
   EXPECT_EQ(progress, 3U);
 
   ScriptedExchange component;
@@ -49,26 +43,19 @@ TEST(OtaTransfer, SendsStartBlocksAndEnd) {
 
 // What the sensor does with the second block, how often it is asked, and what comes of it.
 TEST(OtaTransfer, AsksAgainForLostRepliesOnly) {
-  struct Case {
-    const char* name;
+  const struct {
     int result;
     OtaReply reply;
-    int bad_answers;
-    int asked;
-    int outcome;
+    int bad_answers, asked, outcome;
+  } kCases[] = {
+      {0, {2, 7}, 99, 1, 7},                         // a status
+      {0, {2, 255}, 99, 1, 255}, {9, {}, 99, 1, 9},  // refused by the carrier
+      {-1, {}, 99, 1, -1},       {-2, {}, 1, 2, 0},      {-3, {}, 2, 3, 0},
+      {-2, {}, 99, 3, -2},       {0, {1, 0}, 99, 3, -2},  // answers another frame
+      {0, {1, 5}, 1, 2, 0},
   };
-  const std::vector<Case> cases = {
-      {"status", 0, {2, 7}, 99, 1, 7},
-      {"highest status", 0, {2, 255}, 99, 1, 255},
-      {"refused by the carrier", 9, {}, 99, 1, 9},
-      {"closed", -1, {}, 99, 1, -1},
-      {"one wrong reply", -2, {}, 1, 2, 0},
-      {"two lost replies", -3, {}, 2, 3, 0},
-      {"silent", -2, {}, 99, 3, -2},
-      {"answers another frame", 0, {1, 0}, 99, 3, -2},
-      {"answers another frame once", 0, {1, 5}, 1, 2, 0},
-  };
-  for (const Case& c : cases) {
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(&c - kCases);
     ScriptedExchange exchange;
     int asked = 0;
     exchange.on_ota = [&](const Frame& frame, OtaReply& reply) {
@@ -77,24 +64,22 @@ TEST(OtaTransfer, AsksAgainForLostRepliesOnly) {
       return c.result;
     };
     std::atomic<std::uint32_t> progress{0};
-    EXPECT_EQ(SendOtaPackage(exchange, Counting(3000), 0, progress), c.outcome) << c.name;
-    EXPECT_EQ(asked, c.asked) << c.name;
-    EXPECT_EQ(progress, c.outcome == 0 ? 3U : 1U) << c.name;
-    EXPECT_EQ(exchange.frames.back().type, c.outcome == 0 ? 3 : 2) << c.name;
+    EXPECT_EQ(SendOtaPackage(exchange, Counting(3000), 0, progress), c.outcome);
+    EXPECT_EQ(asked, c.asked);
+    EXPECT_EQ(progress, c.outcome == 0 ? 3U : 1U);
+    EXPECT_EQ(exchange.frames.back().type, c.outcome == 0 ? 3 : 2);
   }
 }
 
 TEST(OtaTransfer, ChangeModeTellsThePartition) {
-  struct Case {
+  const struct {
     Bytes contents;  // what stands behind the command code
     int result;
     Partition partition;
-  };
-  const std::vector<Case> cases = {
-      {{12, 0, 0}, 0, Partition::kA},     {{12, 0, 1}, 0, Partition::kB},  {{12, 0, 2}, 0, Partition::kB},
-      {{12, 0, 1, 0}, -2, Partition::kA}, {{11, 0, 1}, -2, Partition::kA}, {{12, 0}, -2, Partition::kA},
-  };
-  for (const Case& c : cases) {
+  } kCases[] = {{{12, 0, 0}, 0, Partition::kA},  {{12, 0, 1}, 0, Partition::kB},
+                {{12, 0, 2}, 0, Partition::kB},  {{12, 0, 1, 0}, -2, Partition::kA},
+                {{11, 0, 1}, -2, Partition::kA}, {{12, 0}, -2, Partition::kA}};
+  for (const auto& c : kCases) {
     ScriptedExchange exchange;
     exchange.on_command = [&](const ScriptedExchange::Command&, Bytes& contents) {
       contents = c.contents;

@@ -2,22 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <future>
 #include <string>
 
 #include "libquarn/Source/src/serial_frame.h"
+#include "tests/quarn/bytes.h"
 #include "tests/quarn/test_support.h"
 #include "tests/support/pseudo_terminal.h"
+#include "tests/support/wine.h"
 
 namespace quarn::lidar {
 namespace {
 
 using platform::SerialPort;
-using test::Eventually;
+using test::Bytes;
 using test::PseudoTerminal;
-using Bytes = std::vector<std::uint8_t>;
 
 constexpr int kPatienceUs = 10000000;
 
@@ -38,32 +37,45 @@ Bytes Collect(SerialSource& source, std::size_t size, bool data = false) {
   return all;
 }
 
-TEST(SerialPort, TakesAnyRateUpToFiveMillion) {
+void ExpectRates(const std::vector<std::uint32_t>& rates) {
   const PseudoTerminal line;
-  for (const std::uint32_t rate : {9600U, 115200U, 3000000U, 3125000U, 4000000U, 4999999U, 5000000U}) {
+  for (const std::uint32_t rate : rates) {
     const auto port = SerialPort::Open(line.name(), rate);
     ASSERT_TRUE(port) << rate;
     EXPECT_EQ(port->BaudRate(), rate);
+    EXPECT_EQ(line.rate(), rate);
   }
   EXPECT_FALSE(SerialPort::Open(line.name(), 0));
 }
 
-TEST(SerialPort, RefusesWhatIsNoFreeSerialPort) {
+TEST(SerialPort, TakesTheUsualRates) {
+  ExpectRates({9600, 115200, 3000000, 4000000});
+}
+
+TEST(SerialPort, TakesAnyRateUpToFiveMillion) {
+  SKIP_UNDER_WINE("only the usual rates reach the line");
+  ExpectRates({3125000, 4999999, 5000000});
+}
+
+TEST(SerialPort, HasOneUser) {
+  SKIP_UNDER_WINE("serial ports may be opened twice");
   const PseudoTerminal line;
   const auto port = SerialPort::Open(line.name(), 9600);
   ASSERT_TRUE(port);
-  EXPECT_FALSE(SerialPort::Open(line.name(), 9600)) << "two users of one line";
+  EXPECT_FALSE(SerialPort::Open(line.name(), 9600));
+}
+
+TEST(SerialPort, RefusesWhatIsNoSerialPort) {
   EXPECT_FALSE(SerialPort::Open("/dev/no-such-port", 9600));
   EXPECT_FALSE(SerialPort::Open("/dev/null", 9600));
   EXPECT_FALSE(SerialPort::Open("", 9600));
 }
 
-TEST(SerialPort, MovesEveryByteUnchanged) {
+TEST(SerialPort, MovesEveryByteUnchangedAndEndsAWriteThatNobodyReads) {
   const PseudoTerminal line;
   const auto port = SerialPort::Open(line.name(), 115200);
   ASSERT_TRUE(port);
-  Bytes all(256);
-  for (std::size_t i = 0; i < all.size(); ++i) all[i] = static_cast<std::uint8_t>(i);
+  const Bytes all = test::Counting(256);
   EXPECT_EQ(port->Write(all), 256);
   EXPECT_EQ(line.Read(256), all);
   ASSERT_TRUE(line.Write(all));
@@ -75,62 +87,42 @@ TEST(SerialPort, MovesEveryByteUnchanged) {
   }
   EXPECT_EQ(received, all);
   EXPECT_EQ(port->Read(block), 0);
-}
 
-TEST(SerialPort, WriteEndsWhenNobodyReads) {
-  const PseudoTerminal line;
-  const auto port = SerialPort::Open(line.name(), 115200);
-  ASSERT_TRUE(port);
-  const Bytes much(1000, 1);
-  int sent = 0;
-  for (int i = 0; i < 1000 && sent >= 0 && (sent = port->Write(much)) == 1000; ++i) {
+  int sent = 0;  // a write ends when nobody reads
+  for (int i = 0; i < 4000 && sent >= 0 && (sent = port->Write(all)) == 256; ++i) {
   }
-  EXPECT_LT(sent, 1000);
+  EXPECT_LT(sent, 256);
   EXPECT_TRUE(port->is_usable());
 }
 
-TEST(SerialSource, OpensAtTheRateOfItsType) {
-  struct Case {
-    std::uint32_t type;
-    bool opens;
-  };
+TEST(SerialSource, OpensAtTheRateOfItsTypeAndAgainAfterAClose) {
   const test::LogLines log;
-  for (const Case& c : {Case{0, true}, Case{1, true}, Case{2, false}}) {
+  for (const std::uint32_t type : {0U, 1U, 2U}) {
     const PseudoTerminal line;
     SerialSource source(line.name(), 9600, 115200);
-    source.SetReceiveType(c.type);
-    EXPECT_EQ(source.Open(), c.opens);
-    EXPECT_EQ(source.IsOpened(), c.opens);
-    if (c.opens) {
-      EXPECT_EQ(line.rate(), c.type == 0 ? 115200U : 9600U);
+    source.SetReceiveType(type);
+    EXPECT_EQ(source.Open(), type < 2);
+    EXPECT_EQ(source.IsOpened(), type < 2);
+    for (int i = 0; i < 3 && type == 0; ++i) {
+      EXPECT_EQ(line.rate(), 115200U);
+      ASSERT_TRUE(line.Write(Reply(1)));
+      EXPECT_EQ(Collect(source, Reply(1).size()), Reply(1));
+      source.Close();
+      EXPECT_FALSE(source.IsOpened());
+      ASSERT_TRUE(source.Open());
     }
+    EXPECT_TRUE(type != 1 || line.rate() == 9600U);
   }
   EXPECT_TRUE(log.Has("8 not support receiveStype, open error"));
-}
-
-TEST(SerialSource, OpensAgainAfterAClose) {
-  const PseudoTerminal line;
-  SerialSource source(line.name(), 9600, 115200);
-  for (int i = 0; i < 3; ++i) {
-    ASSERT_TRUE(source.Open());
-    ASSERT_TRUE(line.Write(Reply(1)));
-    EXPECT_EQ(Collect(source, Reply(1).size()), Reply(1));
-    source.Close();
-    EXPECT_FALSE(source.IsOpened());
-  }
 }
 
 TEST(SerialSource, TellsRepliesAndDataApartInAnyPieces) {
   const Bytes text = {'$', 'L', 'D', 'C', 'M', 'x', '$', '$', 'L', 'D'};
   const Bytes firmware = EncodeReplyFrame(ReplyKind::kOta, 1, Bytes(255, 0x24), 0);
-  Bytes stream;
-  Bytes data;
-  Bytes replies;
-  for (const Bytes& part : {text, Reply(1), Reply(2), text, firmware, Bytes(40, 0xEE)}) {
-    stream.insert(stream.end(), part.begin(), part.end());
-    Bytes& kind = part == text || part == Bytes(40, 0xEE) ? data : replies;
-    kind.insert(kind.end(), part.begin(), part.end());
-  }
+  const Bytes noise(40, 0xEE);
+  const Bytes stream = test::Joined({text, Reply(1), Reply(2), text, firmware, noise});
+  const Bytes data = test::Joined({text, text, noise});
+  const Bytes replies = test::Joined({Reply(1), Reply(2), firmware});
   for (const std::size_t piece : {std::size_t{1}, std::size_t{7}, std::size_t{64}, stream.size()}) {
     Bytes got_data;
     Bytes got_replies;
@@ -191,28 +183,14 @@ TEST(SerialSource, PulledLineAndCloseEndAReceiveAtOnce) {
         UdpPacket packet;
         return source.Receive(packet, kMaxPacketSize, 0, kPatienceUs);
       });
-      const auto time = test::TimeOf([&] {
-        pull ? line.Pull() : source.Close();
-        EXPECT_EQ(receiving.get(), -1);
-      });
-      EXPECT_LT(time, test::kAtOnce);
+      pull ? line.Pull() : source.Close();
+      EXPECT_EQ(receiving.wait_for(test::kAtOnce), std::future_status::ready);
+      EXPECT_EQ(receiving.get(), -1);
       EXPECT_FALSE(source.IsOpened());
       const std::uint8_t byte = 0;
       EXPECT_EQ(source.Send(&byte, 1, 0), -1);
     }
   }
-}
-
-TEST(PacketRing, DropsTheOldestWhenFull) {
-  PacketRing ring(10);
-  for (std::uint8_t i = 0; i < 13; ++i) ring.Push(Bytes{i});
-  EXPECT_EQ(ring.dropped(), 3U);
-  Bytes buffer(5);
-  for (std::uint8_t i = 3; i < 13; ++i) {
-    ASSERT_EQ(ring.Take(buffer, std::chrono::microseconds(0)), 1);
-    EXPECT_EQ(buffer[0], i);
-  }
-  EXPECT_EQ(ring.Take(buffer, std::chrono::microseconds(0)), 0);
 }
 
 TEST(PacketRing, KeepsWhatABufferCannotTakeAndExtendsTheLastPacket) {

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -17,6 +21,12 @@
 
 namespace quarn::test {
 
+#ifdef _WIN32
+inline constexpr int kConnectionRefused = 10061;  // the socket's error, which is not the C library's there
+#else
+inline constexpr int kConnectionRefused = ECONNREFUSED;
+#endif
+
 /// How long something that must come may take before the test fails.
 inline constexpr std::chrono::seconds kPatience{10};
 
@@ -26,9 +36,7 @@ inline constexpr std::chrono::milliseconds kAtOnce{900};
 inline bool Eventually(const std::function<bool()>& condition) {
   const auto deadline = std::chrono::steady_clock::now() + kPatience;
   while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) {
-      return false;
-    }
+    if (std::chrono::steady_clock::now() > deadline) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   return true;
@@ -38,6 +46,22 @@ inline std::chrono::milliseconds TimeOf(const std::function<void()>& action) {
   const auto start = std::chrono::steady_clock::now();
   action();
   return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
+}
+
+/// Runs `blocking` beside the test, and expects that `end` ends it at once.
+inline void ExpectEndsAtOnce(const std::function<void()>& blocking, const std::function<void()>& end) {
+  auto running = std::async(std::launch::async, blocking);
+  EXPECT_EQ(running.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
+  EXPECT_LT(TimeOf([&] {
+              end();
+              running.wait();
+            }),
+            kAtOnce);
+}
+
+/// A port on which nobody listens.
+inline std::uint16_t ClosedPort() {
+  return platform::TcpListener::Listen("127.0.0.1", 0)->port();
 }
 
 /// Collects the log lines of its lifetime as "level text".

@@ -3,77 +3,16 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include <fcntl.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include "libquarn/Platform/src/socket.h"
+#include "tests/support/child_process.h"
 
 namespace quarn::test {
-
-/// A program with its input closed and its output (both kinds) readable; killed when it goes.
-class ChildProcess {
- public:
-  explicit ChildProcess(std::vector<std::string> arguments) {
-    std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-      return;
-    }
-    output_.reset(fdopen(ends[0], "r"));
-    std::vector<char*> argv;
-    argv.reserve(arguments.size() + 1);
-    for (std::string& argument : arguments) {
-      argv.push_back(argument.data());
-    }
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
-    if (posix_spawnp(&pid_, argv[0], &actions, nullptr, argv.data(), environ) != 0) {
-      pid_ = -1;
-    }
-    posix_spawn_file_actions_destroy(&actions);
-    close(ends[1]);
-  }
-  ~ChildProcess() {
-    if (pid_ > 0) {
-      kill(pid_, SIGKILL);
-      waitpid(pid_, nullptr, 0);
-    }
-  }
-  ChildProcess(const ChildProcess&) = delete;
-  ChildProcess& operator=(const ChildProcess&) = delete;
-
-  /// The rest of the next output line that begins with `start`; empty when the output ends first.
-  std::string LineAfter(const std::string& start) {
-    std::array<char, 512> line{};
-    while (output_ != nullptr &&
-           fgets(line.data(), static_cast<int>(line.size()), output_.get()) != nullptr) {
-      std::string text = line.data();
-      if (text.rfind(start, 0) == 0) {
-        return text.substr(start.size());
-      }
-    }
-    return {};
-  }
-
- private:
-  struct FileCloser {
-    void operator()(FILE* file) const { fclose(file); }
-  };
-  pid_t pid_ = -1;
-  std::unique_ptr<FILE, FileCloser> output_;
-};
 
 /// OpenSSL's own server program: answers every line with the line reversed.
 class TlsServer {
@@ -93,7 +32,7 @@ class TlsServer {
 
  private:
   static std::vector<std::string> Command(const std::vector<std::string>& options) {
-    std::vector<std::string> command = {"openssl", "s_server", "-accept", "127.0.0.1:0", "-rev"};
+    std::vector<std::string> command = {VARKEL_OPENSSL_PROGRAM, "s_server", "-accept", "127.0.0.1:0", "-rev"};
     command.insert(command.end(), options.begin(), options.end());
     return command;
   }
@@ -121,18 +60,18 @@ class Relay {
 
  private:
   void Run(std::uint16_t target) {
-    platform::SocketHandle near = platform::kInvalidSocket;
-    while (!stopping_ && near == platform::kInvalidSocket) {
-      near = listener_->Accept(20);
+    platform::SocketHandle client = platform::kInvalidSocket;
+    while (!stopping_ && client == platform::kInvalidSocket) {
+      client = listener_->Accept(20);
     }
-    const platform::SocketHandle far = platform::CreateTcpSocket();
-    if (platform::ConnectSocket(far, "127.0.0.1", target) == 0) {
-      while (!stopping_ && Pass(near, far, false) && Pass(far, near, cutting_)) {
+    const platform::SocketHandle server = platform::CreateTcpSocket();
+    if (platform::ConnectSocket(server, "127.0.0.1", target) == 0) {
+      while (!stopping_ && Pass(client, server, false) && Pass(server, client, cutting_)) {
       }
     }
-    platform::CloseSocket(far);
-    if (near != platform::kInvalidSocket) {
-      platform::CloseSocket(near);
+    platform::CloseSocket(server);
+    if (client != platform::kInvalidSocket) {
+      platform::CloseSocket(client);
     }
   }
 

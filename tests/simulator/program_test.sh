@@ -11,16 +11,18 @@ fail() {
   exit 1
 }
 
-# Starts a sensor on a free port; `port` is the one it prints.
+# Starts a sensor and waits for the line that begins with $1; `where` is what follows there.
 start() {
+  words=$1
+  shift
   : >"$work/out"
-  "$program" --config "$tables" --port 0 "$@" >"$work/out" 2>"$work/err" &
+  "$program" --config "$tables" "$@" >"$work/out" 2>"$work/err" &
   sensor=$!
   tries=0
-  until port=$(sed -n 's/^listening on 127\.0\.0\.1:\([1-9][0-9]*\)$/\1/p' "$work/out") && [ -n "$port" ]; do
-    kill -0 "$sensor" 2>/dev/null || fail "the sensor ended instead of listening"
+  until where=$(sed -n "s/^$words//p" "$work/out") && [ -n "$where" ]; do
+    kill -0 "$sensor" 2>/dev/null || fail "the sensor ended instead of starting"
     tries=$((tries + 1))
-    [ "$tries" -lt 200 ] || fail "no line with the port within 10 s"
+    [ "$tries" -lt 200 ] || fail "no line \"$words\" within 10 s"
     sleep 0.05
   done
 }
@@ -35,14 +37,14 @@ refuses() {
 }
 
 for signal in INT TERM; do
-  start --model Zelto-KTC --misbehave 0x07=silence --misbehave 0x08=late:5 --restart-time 50
-  refuses "$port: the port is in use" --port "$port"
+  start 'listening on 127\.0\.0\.1:' --port 0 --model Zelto-KTC --misbehave 0x07=silence --restart-time 50
+  refuses "$where: the port is in use" --port "$where"
   kill -s "$signal" "$sensor"
   wait "$sensor" || fail "status $? after SIG$signal"
 done
 
 # A steady stream beside the port, at 1.6 Mbit/s, and TLS on it with files that are not there.
-start --stream 127.0.0.1:9 --stream-mbit 1.6 --stream-size 1000
+start 'listening on 127\.0\.0\.1:' --port 0 --stream 127.0.0.1:9 --stream-mbit 1.6 --stream-size 1000
 kill "$sensor"
 wait "$sensor" || fail "status $? of the sensor with a stream"
 grep -q '^datagrams: [0-9]*[1-9][0-9]* sent' "$work/out" || fail "no count of datagrams"
@@ -54,16 +56,8 @@ touch "$work/file"
 refuses "Can't link $work/file" --model Zelto --uart-link "$work/file"
 [ -f "$work/file" ] || fail "a file had to make place for a link"
 ln -s nowhere "$work/uart"
-"$program" --config "$tables" --model Zelto --rs485-link "$work/rs485" --uart-link "$work/uart" >"$work/out" 2>&1 &
-sensor=$!
-tries=0
-until grep -q '^serial lines: /dev/pts/[0-9]* /dev/pts/[0-9]*$' "$work/out"; do
-  kill -0 "$sensor" 2>/dev/null || fail "the sensor ended instead of opening its lines"
-  tries=$((tries + 1))
-  [ "$tries" -lt 200 ] || fail "no line with the serial lines within 10 s"
-  sleep 0.05
-done
-[ "serial lines: $(readlink "$work/rs485") $(readlink "$work/uart")" = "$(cat "$work/out")" ] || fail "links"
+start 'serial lines: ' --model Zelto --rs485-link "$work/rs485" --uart-link "$work/uart"
+[ "$(readlink "$work/rs485") $(readlink "$work/uart")" = "$where" ] || fail "links"
 [ -c "$work/uart" ] || fail "no line behind the link"
 kill "$sensor"
 wait "$sensor" || fail "status $? of the sensor on serial lines"

@@ -2,8 +2,7 @@
 #include <openssl/err.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <filesystem>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -12,13 +11,11 @@
 #include "libquarn/KtcClient/src/tcp_ssl_client.h"
 #include "simulator/src/reply_frame.h"
 #include "simulator/src/simulated_sensor.h"
-#include "tests/simulator/test_client.h"
-#include "tests/simulator/test_table.h"
+#include "tests/simulator/sensor_rig.h"
+#include "tests/support/certificates.h"
 
 namespace varkel::sim {
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
 
 const Bytes kRequest = {0x47, 0x74, 0x31, 0, 0, 0, 0, 0};
 const Bytes kReply = {0x47, 0x74, 0x31, 0, 0, 0, 0, 8, 's', 'e', 'n', 's', 'o', 'r', 1, 2};
@@ -60,15 +57,10 @@ class TlsClient {
 
 class TlsRoadTest : public testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    std::string name = testing::TempDir() + "varkel-sim-certificates-XXXXXX";
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name;
-    ASSERT_EQ(std::system(("'" VARKEL_CERTIFICATES_SCRIPT "' '" + folder_ + "'").c_str()), 0);
-  }
-  static void TearDownTestSuite() { std::filesystem::remove_all(folder_); }
+  static void SetUpTestSuite() { certificates_ = std::make_unique<quarn::test::Certificates>(); }
+  static void TearDownTestSuite() { certificates_.reset(); }
 
-  static std::string Path(const std::string& name) { return name.empty() ? "" : folder_ + "/" + name; }
+  static std::string Path(const std::string& name) { return name.empty() ? "" : *certificates_ / name; }
   SensorOptions Options(const std::string& certificate = "server.pem", const std::string& key = "server.key",
                         const std::string& ca = "", bool required = false) const {
     return {.table_path = table_.path(), .tls = TlsOptions{Path(certificate), Path(key), Path(ca), required}};
@@ -78,10 +70,10 @@ class TlsRoadTest : public testing::Test {
       "1,1,0x31,,,Name,string,sensor,6,,,,\n"
       "1,2,0x31,,,Port,uint16,258,2,,,,\n"
       "4,1,,0x10,1,Restart,raw,,0,,1_1_1_6,,\n"};
-  static std::string folder_;
+  static std::unique_ptr<quarn::test::Certificates> certificates_;
 };
 
-std::string TlsRoadTest::folder_;
+std::unique_ptr<quarn::test::Certificates> TlsRoadTest::certificates_;
 
 TEST_F(TlsRoadTest, MeetsClientsGoodAndBad) {
   const struct {

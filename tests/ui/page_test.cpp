@@ -1,5 +1,3 @@
-#include <QSignalSpy>
-
 #include "tests/ui/ui_test.h"
 
 namespace {
@@ -11,126 +9,111 @@ constexpr int kScanPage = 4;
 class PageTest : public QObject {
   Q_OBJECT
  private slots:
-  void KeysChooseThePage();
-  void TabGoesThroughTheWindowAsTheEyeDoes();
-  void LiveRowsMove();
-  void SlowPageShowsThatItIsBusy();
-  void EveryKindOfRowIsThere();
-  void RefreshLeavesATypingUserAlone();
-  void SensorTextIsNoMarkup();
+  void KeysChooseThePage() {
+    Desk desk;
+    QVERIFY(desk.Connect());
+    desk.sensor.ClearReceived();
+    desk.Key(Qt::Key_3, Qt::ControlModifier);
+    QVERIFY(desk.Has("page_2") && !desk.Has("page_0"));
+    QVERIFY(desk.sensor.WaitReceived(0x08, 1, std::chrono::seconds(5)));  // the page's own command
+    desk.Key(Qt::Key_9, Qt::ControlModifier);
+    QVERIFY(desk.Has("logPage"));
+    desk.Click("tab_9");
+    QVERIFY(desk.Has("commandPage"));
+    desk.Key(Qt::Key_Up);
+    QVERIFY(desk.Has("logPage"));
+  }
+
+  void TabGoesThroughTheWindowAsTheEyeDoes() {
+    Desk desk;
+    QTRY_COMPARE(desk.view().activeFocusItem(), desk.Find("ipField"));
+    desk.ShowPage(kNetworkPage);
+    desk.Find("ipField")->forceActiveFocus(Qt::TabFocusReason);
+    for (const char* name : {"portField", "udpPortField", "baudRateCombo", "modelCombo", "connectButton",
+                             "restartButton", "aboutButton", "tab_0"}) {
+      desk.Key(Qt::Key_Tab);
+      QVERIFY2(desk.Find(name)->hasActiveFocus(), name);
+    }
+    desk.Find("tab_9")->forceActiveFocus(Qt::TabFocusReason);
+    qreal last_y = 0;
+    do {
+      desk.Key(Qt::Key_Tab);
+      const qreal y = desk.view().activeFocusItem()->mapToScene({}).y();
+      QVERIFY2(y >= last_y, qPrintable(desk.view().activeFocusItem()->objectName()));
+      last_y = y;
+    } while (desk.view().activeFocusItem()->objectName() != "saveButton_2");
+  }
+
+  void LiveRowsMove() {
+    Desk desk;
+    QVERIFY(desk.Connect());
+    desk.ShowPage(kStatusPage);
+    const QString place = desk.Place(kStatusPage, "Motor Current (mA)");
+    QVERIFY(desk.Property("row_" + place, "live").toBool());
+    const QString before = desk.Text("field_" + place);
+    QTRY_VERIFY_WITH_TIMEOUT(desk.Text("field_" + place) != before, 10000);
+    QVERIFY(!desk.manager->isReadingPage());
+  }
+
+  void SlowPageShowsThatItIsBusy() {
+    Desk desk;
+    QVERIFY(desk.Connect());
+    desk.sensor.Misbehave("0x08=late:700");
+    desk.Key(Qt::Key_3, Qt::ControlModifier);
+    QVERIFY(!desk.Has("loadingBar"));  // not for a blink
+    QTRY_VERIFY(desk.Has("loadingBar"));
+    QTRY_VERIFY(!desk.Has("loadingBar"));
+    QVERIFY(!desk.manager->isReadingPage());
+  }
+
+  void EveryKindOfRowIsThere() {
+    Desk desk;
+    for (int page = 0; page < desk.manager->level1List().size(); ++page) {
+      desk.ShowPage(page);
+      bool upgrade = false;
+      for (const QVariant& row : desk.manager->level2List()[page].toList()) {
+        const QVariantList entry = row.toList();
+        const int kind = entry[1].toInt();
+        const QString group = QString("%1_%2").arg(page).arg(entry[3].toInt());
+        const bool heading = entry[4].toInt() < 0;
+        const QString name = heading ? "heading_" + group : "row_" + group + '_' + entry[4].toString();
+        upgrade = upgrade || kind == 4;
+        QCOMPARE(desk.Property(name, "label"), entry[0]);
+        if (kind != 4 && !heading) QCOMPARE(desk.Find(name)->height(), kind == 5 ? 80.0 : 35.0);
+      }
+      QCOMPARE(desk.Has(QString("saveButton_%1").arg(page)), !upgrade);
+    }
+    desk.ShowPage(kScanPage);
+    QVERIFY(desk.Has("switch_" + desk.Place(kScanPage, "Sync Angle (deg)")));
+    QCOMPARE(desk.Property("field_" + desk.Place(kScanPage, "Spin Rate"), "displayText"), "600 rpm (10 Hz)");
+  }
+
+  void RefreshLeavesATypingUserAlone() {
+    Desk desk;
+    QVERIFY(desk.Connect());
+    desk.ShowPage(kNetworkPage);
+    const QString field = "field_" + desk.Place(kNetworkPage, "Destination Port");
+    desk.Type(field, "12");
+    desk.sensor.SetValue("Destination Port", "4000");
+    desk.manager->ReadPageInBackground(kNetworkPage);
+    QTRY_VERIFY(!desk.manager->isReadingPage());
+    QCOMPARE(desk.Text(field), "12");
+    desk.Key(Qt::Key_Escape);
+    QCOMPARE(desk.Text(field), "4000");
+    QCOMPARE(desk.manager->getSetMapSize(), 0);
+  }
+
+  void SensorTextIsNoMarkup() {
+    Desk desk;
+    desk.sensor.SetValue("SN", "<b>Qu</b>");
+    QVERIFY(desk.Connect());
+    QTRY_COMPARE(desk.Text("field_" + desk.Place(0, "SN")), "<b>Qu</b>");
+    desk.manager->setErrorMsg("<img src=x>");
+    QVERIFY(desk.NoticeShows("errorWindow", "<img src=x>"));
+    QCOMPARE(desk.Property("noticeText", "textFormat").toInt(), 0);  // Text.PlainText
+  }
 };
 const RegisterTest<PageTest> registration;
-
-void PageTest::KeysChooseThePage() {
-  Desk desk;
-  QVERIFY(desk.Connect());
-  desk.sensor.ClearReceived();
-  desk.Key(Qt::Key_3, Qt::ControlModifier);
-  QVERIFY(desk.Has("page_2") && !desk.Has("page_0"));
-  QVERIFY(desk.sensor.WaitReceived(0x08, 1, std::chrono::seconds(5)));  // the page's own command
-  desk.Key(Qt::Key_9, Qt::ControlModifier);
-  QVERIFY(desk.Has("logPage"));
-  desk.Click("tab_9");
-  QVERIFY(desk.Has("commandPage"));
-  desk.Key(Qt::Key_Up);
-  QVERIFY(desk.Has("logPage"));
-}
-
-void PageTest::TabGoesThroughTheWindowAsTheEyeDoes() {
-  Desk desk;
-  QTRY_COMPARE(desk.view().activeFocusItem(), desk.Find("ipField"));
-  desk.ShowPage(kNetworkPage);
-  desk.Find("ipField")->forceActiveFocus(Qt::TabFocusReason);
-  const QStringList head{"portField",     "udpPortField",  "baudRateCombo", "modelCombo",
-                         "connectButton", "restartButton", "aboutButton",   "tab_0"};
-  for (const QString& name : head) {
-    desk.Key(Qt::Key_Tab);
-    QQuickItem* const wanted = desk.Find(name);
-    QVERIFY2(wanted->hasActiveFocus(), qPrintable(name));
-  }
-  desk.Find("tab_9")->forceActiveFocus(Qt::TabFocusReason);
-  qreal last_y = 0;
-  do {
-    desk.Key(Qt::Key_Tab);
-    const qreal y = desk.view().activeFocusItem()->mapToScene({}).y();
-    QVERIFY2(y >= last_y, qPrintable(desk.view().activeFocusItem()->objectName()));
-    last_y = y;
-  } while (desk.view().activeFocusItem()->objectName() != "saveButton_2");
-}
-
-void PageTest::LiveRowsMove() {
-  Desk desk;
-  QVERIFY(desk.Connect());
-  desk.ShowPage(kStatusPage);
-  const QString place = desk.Place(kStatusPage, "Motor Current (mA)");
-  QVERIFY(desk.Find("row_" + place)->property("live").toBool());
-  const QString before = desk.Text("field_" + place);
-  QTRY_VERIFY_WITH_TIMEOUT(desk.Text("field_" + place) != before, 10000);
-  QVERIFY(!desk.manager->isReadingPage());
-}
-
-void PageTest::SlowPageShowsThatItIsBusy() {
-  Desk desk;
-  QVERIFY(desk.Connect());
-  desk.sensor.Misbehave("0x08=late:700");
-  desk.Key(Qt::Key_3, Qt::ControlModifier);
-  QVERIFY(!desk.Has("loadingBar"));  // not for a blink
-  QTRY_VERIFY(desk.Has("loadingBar"));
-  QTRY_VERIFY(!desk.Has("loadingBar"));
-  QVERIFY(!desk.manager->isReadingPage());
-}
-
-void PageTest::EveryKindOfRowIsThere() {
-  Desk desk;
-  for (int page = 0; page < desk.manager->level1List().size(); ++page) {
-    desk.ShowPage(page);
-    bool upgrade = false;
-    for (const QVariant& row : desk.manager->level2List()[page].toList()) {
-      const QVariantList entry = row.toList();
-      const int kind = entry[1].toInt();
-      upgrade = upgrade || kind == 4;
-      const QString place = QString("%1_%2_%3").arg(page).arg(entry[3].toInt()).arg(entry[4].toInt());
-      const QQuickItem* const item = desk.Find(
-          entry[4].toInt() < 0 ? QString("heading_%1_%2").arg(page).arg(entry[3].toInt()) : "row_" + place);
-      QCOMPARE(item->property("label"), entry[0]);
-      if (kind != 4 && entry[4].toInt() >= 0) {
-        QCOMPARE(item->height(), kind == 5 ? 80.0 : 35.0);
-      }
-    }
-    QCOMPARE(desk.Has(QString("saveButton_%1").arg(page)), !upgrade);
-  }
-  desk.ShowPage(kScanPage);
-  const QString angle = desk.Place(kScanPage, "Sync Angle (deg)");
-  QVERIFY(desk.Has("switch_" + angle) && desk.Has("field_" + angle));
-  QCOMPARE(desk.Find("field_" + desk.Place(kScanPage, "Spin Rate"))->property("displayText"),
-           "600 rpm (10 Hz)");
-}
-
-void PageTest::RefreshLeavesATypingUserAlone() {
-  Desk desk;
-  QVERIFY(desk.Connect());
-  desk.ShowPage(kNetworkPage);
-  const QString field = "field_" + desk.Place(kNetworkPage, "Destination Port");
-  desk.Type(field, "12");
-  desk.sensor.SetValue("Destination Port", "4000");
-  QSignalSpy read(desk.manager, &VarkelManager::pageReadFinished);
-  desk.manager->ReadPageInBackground(kNetworkPage);
-  QVERIFY(read.wait());
-  QCOMPARE(desk.Text(field), "12");
-  desk.Key(Qt::Key_Escape);
-  QCOMPARE(desk.Text(field), "4000");
-  QCOMPARE(desk.manager->getSetMapSize(), 0);
-}
-
-void PageTest::SensorTextIsNoMarkup() {
-  Desk desk;
-  desk.sensor.SetValue("SN", "<b>Qu</b>");
-  QVERIFY(desk.Connect());
-  QTRY_COMPARE(desk.Text("field_" + desk.Place(0, "SN")), "<b>Qu</b>");
-  desk.manager->setErrorMsg("<img src=x>");
-  QVERIFY(desk.NoticeShows("errorWindow", "<img src=x>"));
-  QCOMPARE(desk.Find("noticeText")->property("textFormat").toInt(), 0);  // Text.PlainText
-}
 
 }  // namespace
 

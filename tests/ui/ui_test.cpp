@@ -31,9 +31,68 @@ QQuickItem* FindBelow(QQuickItem* item, const QString& name) {
 
 }  // namespace
 
-std::vector<std::function<std::unique_ptr<QObject>()>>& TestObjects() {
-  static std::vector<std::function<std::unique_ptr<QObject>()>> objects;
-  return objects;
+bool User::Has(const QString& name) const {
+  return FindBelow(view().contentItem(), name) != nullptr;
+}
+
+QQuickItem* User::Find(const QString& name) const {
+  QQuickItem* item = nullptr;
+  if (!QTest::qWaitFor([&] { return (item = FindBelow(view().contentItem(), name)) != nullptr; })) {
+    qFatal("no control is named %s", qPrintable(name));
+  }
+  return item;
+}
+
+void User::Key(Qt::Key key, Qt::KeyboardModifiers modifiers) const {
+  QTest::keyClick(&view(), key, modifiers);
+}
+
+void User::Click(const QString& name) const {
+  QQuickItem* const item = Find(name);
+  const QPointF middle = item->mapToScene({item->width() / 2, item->height() / 2});
+  QTest::mouseClick(&view(), Qt::LeftButton, Qt::NoModifier, middle.toPoint());
+}
+
+void User::Press(const QString& name) const {
+  QQuickItem* const button = Find(name);
+  button->forceActiveFocus(Qt::TabFocusReason);
+  if (!QTest::qWaitFor([button] { return button->isEnabled(); }, 15000)) {
+    qFatal("%s stays disabled", qPrintable(name));
+  }
+  Click(name);
+}
+
+void User::Choose(const QString& name, int index) const {
+  QQuickItem* const combo = Find(name);
+  combo->forceActiveFocus(Qt::TabFocusReason);
+  while (combo->property("currentIndex").toInt() != index) {
+    Key(combo->property("currentIndex").toInt() < index ? Qt::Key_Down : Qt::Key_Up);
+  }
+}
+
+void User::Type(const QString& name, const QString& text) const {
+  Find(name)->forceActiveFocus(Qt::TabFocusReason);
+  Key(Qt::Key_A, Qt::ControlModifier);
+  for (const QChar character : text) {
+    QTest::keyClick(&view(), character.toLatin1());
+  }
+}
+
+void User::Enter(const QString& name, const QString& text) const {
+  Type(name, text);
+  Key(Qt::Key_Return);
+}
+
+void User::Drop(const QUrl& file) const {
+  QMetaObject::invokeMethod(Find("upgradeDrop"), "dropped", Q_ARG(QUrl, file));
+}
+
+void User::Use(QQuickView& view) {
+  view_ = &view;
+  view.requestActivate();
+  if (!QTest::qWaitForWindowActive(&view)) {
+    qFatal("the window does not open");
+  }
 }
 
 Desk::Desk(std::vector<std::string> misbehaviours, const QString& start_model)
@@ -42,27 +101,12 @@ Desk::Desk(std::vector<std::string> misbehaviours, const QString& start_model)
       window(std::make_unique<MainWindow>(nullptr, start_model, manager)) {
   sensor.Start();
   window->show();
-  view().requestActivate();
-  if (!QTest::qWaitForWindowActive(&view())) {
-    qFatal("the window does not open");
-  }
+  Use(*window->view());
 }
 
 Desk::~Desk() {
   window.reset();
   sensor.Stop();
-}
-
-bool Desk::Has(const QString& name) const {
-  return FindBelow(view().contentItem(), name) != nullptr;
-}
-
-QQuickItem* Desk::Find(const QString& name) const {
-  QQuickItem* item = nullptr;
-  if (!QTest::qWaitFor([&] { return (item = FindBelow(view().contentItem(), name)) != nullptr; })) {
-    qFatal("no control is named %s", qPrintable(name));
-  }
-  return item;
 }
 
 QString Desk::Place(int page, const QString& label) const {
@@ -91,27 +135,9 @@ bool Desk::NoticeShows(const QString& name, const QString& text) const {
   });
 }
 
-void Desk::Key(Qt::Key key, Qt::KeyboardModifiers modifiers) const {
-  QTest::keyClick(&view(), key, modifiers);
-}
-
-void Desk::Click(const QString& name) const {
-  QQuickItem* const item = Find(name);
-  const QPointF middle = item->mapToScene({item->width() / 2, item->height() / 2});
-  QTest::mouseClick(&view(), Qt::LeftButton, Qt::NoModifier, middle.toPoint());
-}
-
-void Desk::Type(const QString& name, const QString& text) const {
-  Find(name)->forceActiveFocus(Qt::TabFocusReason);
-  Key(Qt::Key_A, Qt::ControlModifier);
-  for (const QChar character : text) {
-    QTest::keyClick(&view(), character.toLatin1());
-  }
-}
-
-void Desk::Enter(const QString& name, const QString& text) const {
-  Type(name, text);
-  Key(Qt::Key_Return);
+bool Desk::Dismiss(const QString& name, Qt::Key key) const {
+  Key(key);
+  return QTest::qWaitFor([&] { return !Notice(name)->property("visible").toBool(); });
 }
 
 void Desk::ShowPage(int page) const {

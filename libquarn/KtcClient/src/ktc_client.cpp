@@ -194,11 +194,17 @@ bool KtcClient::IsConnectTimeOver(Clock::time_point start) const {
 // ---- Exchange
 
 int KtcClient::QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result,
-                            std::uint8_t cmd, bool with_header, std::uint32_t receive_timeout_ms) {
+                            std::uint8_t cmd, bool with_header) {
+  return Query(payload, result, cmd, with_header) ? -1 : 0;
+}
+
+std::optional<std::int32_t> KtcClient::Query(std::span<const std::uint8_t> payload,
+                                             std::vector<std::uint8_t>& result, std::uint8_t cmd,
+                                             bool with_header, std::uint32_t receive_timeout_ms) {
   const std::shared_ptr<ClientBase> transport = Transport();
   if (!transport || !transport->IsOpened()) {
     QUARN_LOG(log_lib::kError, "Client is not open, cannot send command.");
-    return -1;
+    return last_return_code_;
   }
   const std::lock_guard lock(command_mutex_);
   const auto start = Clock::now();
@@ -224,7 +230,7 @@ int KtcClient::QueryCommand(std::span<const std::uint8_t> payload, std::vector<s
   const auto elapsed = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
   QUARN_LOG(log_lib::kTiming, "exec time: %fms",
             static_cast<double>(static_cast<float>(elapsed.count()) / 1000.0F));
-  return ok ? 0 : -1;
+  return ok ? std::nullopt : std::optional(last_return_code_.load());
 }
 
 // Up to and with the reply's checked header.
@@ -232,7 +238,9 @@ bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> pa
                          std::uint32_t receive_timeout_ms, Reply& reply) {
   std::vector<std::uint8_t> frame;
   parser_.KtcStreamEncode(payload, frame, cmd);
-  DrainStaleInput(transport);
+  if (!DrainStaleInput(transport)) {
+    return false;
+  }
   if (receive_timeout_ms != 0) {
     transport.SetTimeout(receive_timeout_ms, current_send_timeout_ms_);  // the next drain sets it back
   }
@@ -244,13 +252,21 @@ bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> pa
   return true;
 }
 
-// Removes what an earlier, abandoned exchange left behind.
-void KtcClient::DrainStaleInput(ClientBase& transport) {
+// Removes what an earlier, abandoned exchange left behind. False when there is no end to it.
+bool KtcClient::DrainStaleInput(ClientBase& transport) {
   std::array<std::uint8_t, kDrainBlock> stale;
+  const auto limit = Clock::now() + kLongestNoise;
   transport.SetTimeout(kDrainTimeoutMs, kDrainTimeoutMs);
-  while (transport.Receive(stale.data(), static_cast<std::uint32_t>(stale.size()), 0) > 0) {
+  bool ends = true;
+  while (ends && transport.Receive(stale.data(), static_cast<std::uint32_t>(stale.size()), 0) > 0) {
+    ends = Clock::now() < limit;
   }
   transport.SetTimeout(current_receive_timeout_ms_, current_send_timeout_ms_);
+  if (!ends) {
+    QUARN_LOG(log_lib::kWarning, "the sensor sends without pause, the request is not sent.");
+    last_return_code_ = kNotSent;
+  }
+  return ends;
 }
 
 bool KtcClient::SendRequest(ClientBase& transport, std::span<const std::uint8_t> frame) {
@@ -273,6 +289,7 @@ bool KtcClient::SendRequest(ClientBase& transport, std::span<const std::uint8_t>
 // the payload is taken.
 bool KtcClient::ReadHeader(ClientBase& transport, Reply& reply) {
   const GeneralKtcParser& parser = *parser_.parser();
+  std::optional<Clock::time_point> limit;  // from the first noise on
   while (reply.header_size < parser.GetHeaderSize()) {
     const std::span<std::uint8_t> missing =
         std::span(reply.header).subspan(reply.header_size, parser.GetHeaderSize() - reply.header_size);
@@ -288,6 +305,15 @@ bool KtcClient::ReadHeader(ClientBase& transport, Reply& reply) {
       block = block.first(block.size() - noise);
     }
     reply.header_size += block.size();
+    if (reply.header_size == 0) {
+      const auto now = Clock::now();
+      limit = limit.value_or(now + kLongestNoise);
+      if (now > *limit) {
+        QUARN_LOG(log_lib::kWarning, "the sensor sends without pause, but no reply.");
+        last_return_code_ = kNoHeader;
+        return false;
+      }
+    }
   }
   return true;
 }

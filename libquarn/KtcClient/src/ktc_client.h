@@ -30,9 +30,13 @@ class KtcClient {
  public:
   /// What `LastReturnCode` says besides the sensor's own codes (1 to 255; 0 when the wrong command or the
   /// wrong identifier came back).
-  static constexpr std::int32_t kNoHeader = -2;   ///< the reply's header did not come
+  static constexpr std::int32_t kNoHeader = -2;   ///< the reply's header did not come, or only noise did
   static constexpr std::int32_t kNoPayload = -3;  ///< the reply's payload did not come whole
   static constexpr std::int32_t kNotSent = -4;    ///< the request did not go out whole
+
+  /// How long a sensor may go on sending what nobody asked for, before a request or ahead of its reply, until
+  /// the exchange fails. A sensor that sends without pause would otherwise hold it for ever.
+  static constexpr std::chrono::seconds kLongestNoise{5};
 
   /// `client_type`: 0 plain TCP, 1 TLS; others connect nothing. `protocol_version`: 1 or 2. The paths name
   /// PEM files for TLS. Time-outs of an exchange are milliseconds (0 waits without end); the connection is
@@ -55,10 +59,16 @@ class KtcClient {
   /// On success `result` becomes the reply's payload, with the header ahead of it on request. A reply without
   /// payload gives the header on request and otherwise leaves `result` as it was. A failed exchange gives the
   /// header, as far as it was read, on request; it leaves `result` as it was without one, and always
-  /// when the payload failed. `payload` may be the contents of `result`. The reply is awaited for
-  /// `receive_timeout_ms`, or for the client's own time-out when that is 0.
+  /// when the payload failed. `payload` may be the contents of `result`.
   int QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result, std::uint8_t cmd,
-                   bool with_header = false, std::uint32_t receive_timeout_ms = 0);
+                   bool with_header = false);
+
+  /// The same: nothing on success, else why this exchange failed. `LastReturnCode` may meanwhile tell of
+  /// another thread's. The reply is awaited for `receive_timeout_ms`, or for the client's own time-out when
+  /// that is 0.
+  std::optional<std::int32_t> Query(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result,
+                                    std::uint8_t cmd, bool with_header = false,
+                                    std::uint32_t receive_timeout_ms = 0);
 
   /// Sends `data` as numbered pieces of 1024 bytes, each answered before the next goes out, with time-outs of
   /// a minute: 0, or -1 at the first piece that fails. The command is the low byte of `code`; `extended`
@@ -119,7 +129,7 @@ class KtcClient {
   // With command_mutex_ held.
   bool Exchange(ClientBase& transport, std::span<const std::uint8_t> payload, std::uint8_t cmd,
                 std::uint32_t receive_timeout_ms, Reply& reply);
-  void DrainStaleInput(ClientBase& transport);
+  bool DrainStaleInput(ClientBase& transport);
   bool SendRequest(ClientBase& transport, std::span<const std::uint8_t> frame);
   bool ReadHeader(ClientBase& transport, Reply& reply);
   bool CheckHeader(const Reply& reply, std::uint8_t cmd);

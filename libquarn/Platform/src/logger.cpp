@@ -4,6 +4,7 @@
 #include <spdlog/details/thread_pool.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 
+#include <array>
 #include <atomic>
 #include <cstdarg>
 #include <cstddef>
@@ -29,6 +30,23 @@ spdlog::level::level_enum ToSpdlog(int level) {
     default:
       return spdlog::level::err;
   }
+}
+
+// A message may hold text from outside: it stays one line of the file, and no control of a terminal.
+std::string OneLine(const std::string& text) {
+  std::string line;
+  line.reserve(text.size());
+  for (const char c : text) {
+    const auto code = static_cast<unsigned char>(c);
+    if (code >= 0x20 && code != 0x7F) {
+      line += c;
+    } else {
+      std::array<char, 5> escape{};
+      std::snprintf(escape.data(), escape.size(), "\\x%02x", unsigned{code});
+      line += code == '\n' ? "\\n" : escape.data();
+    }
+  }
+  return line;
 }
 
 }  // namespace
@@ -128,7 +146,7 @@ void Logger::Deliver(int level, const char* file, int line, const char* function
     tap = state_->tap;
   }
   if (log) {
-    log->log(spdlog::source_loc{file, line, function}, ToSpdlog(level), "{}", text);
+    log->log(spdlog::source_loc{file, line, function}, ToSpdlog(level), "{}", OneLine(text));
   }
   if (tap) {
     (*tap)(level, text);

@@ -1,4 +1,3 @@
-#define NOMINMAX
 #include <windows.h>
 
 #include "libquarn/Platform/src/screen_metrics.h"

@@ -1,9 +1,3 @@
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
 // The socket headers come before the system's main header, which may bring in their predecessor.
 #include <winsock2.h>
 #include <ws2tcpip.h>

@@ -34,8 +34,8 @@ int KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint8_t> reques
   std::vector<std::uint8_t> payload(kTunnelPrefix.begin(), kTunnelPrefix.end());
   payload.insert(payload.end(), request.begin(), request.end());
   std::vector<std::uint8_t> reply;
-  if (client_->QueryCommand(payload, reply, kKtcExtensionCmd, false, timeout_ms) != 0) {
-    switch (const std::int32_t code = client_->LastReturnCode()) {
+  if (const auto failure = client_->Query(payload, reply, kKtcExtensionCmd, false, timeout_ms)) {
+    switch (const std::int32_t code = *failure) {
       case KtcClient::kNotSent:
         return kNotSent;
       case KtcClient::kNoHeader:
@@ -56,6 +56,13 @@ int KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint8_t> reques
   }
   frame.assign(block.begin(), block.end());
   return 0;
+}
+
+bool CarriesSerialFrame(std::uint8_t command, std::span<const std::uint8_t> payload) {
+  constexpr std::uint8_t kTagBegin = '$';
+  return command == kKtcExtensionCmd && payload.size() > kTunnelPrefix.size() &&
+         std::equal(kTunnelPrefix.begin(), kTunnelPrefix.end(), payload.begin()) &&
+         payload[kTunnelPrefix.size()] == kTagBegin;
 }
 
 std::vector<std::uint8_t> SetBaudRatePayload(std::uint32_t baud_rate) {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "libquarn/KtcClient/src/ktc_client.h"
@@ -36,5 +37,8 @@ inline constexpr std::array<std::uint8_t, 2> kTunnelPrefix = {0x00, 0x02};
 inline constexpr std::array<std::uint8_t, 2> kGetBaudRatePayload = {0x00, 0x01};
 /// Puts the serial line behind the network to that rate.
 std::vector<std::uint8_t> SetBaudRatePayload(std::uint32_t baud_rate);
+
+/// Whether the payload under this command is a serial frame, as one of KtcSerialClient's is.
+bool CarriesSerialFrame(std::uint8_t command, std::span<const std::uint8_t> payload);
 
 }  // namespace quarn::lidar

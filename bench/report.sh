@@ -1,0 +1,60 @@
+#!/usr/bin/env bash
+# report.sh [PROGRAM...]: measures, and prints one table of figures beside their references; named programs
+# only, if any are named. docs/performance.md tells how to read it and how to add to it.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+# Google Benchmark programs, and programs that print lines "name<tab>number" themselves.
+benchmarks=(table_bench ktc_bench exchange_bench udp_bench sensor_bench)
+measures=(table_memory)
+
+wanted=("$@")
+[ $# -gt 0 ] || wanted=("${benchmarks[@]}" "${measures[@]}")
+is_wanted() { [[ " ${wanted[*]} " == *" $1 "* ]]; }
+for name in "${wanted[@]}"; do
+  if [[ " ${benchmarks[*]} ${measures[*]} " != *" $name "* ]]; then
+    echo "report.sh: no program $name; there are: ${benchmarks[*]} ${measures[*]}" >&2
+    exit 2
+  fi
+done
+tools/build.sh bench "${wanted[@]}" >&2
+
+figures=$(mktemp)
+trap 'rm -f "$figures"' EXIT
+
+# Programs that hardly compute, but show how late they are woken: ahead of the machine's other work, where allowed.
+ahead_of_others() {
+  case $1 in
+    exchange_bench|sensor_bench) chrt -f 1 true 2>/dev/null && echo "chrt -f 1" ;;
+  esac
+  return 0
+}
+
+# Figures and references take turns, and of the repetitions the quickest counts: that is the one which other
+# work on the machine has disturbed least. Counters give their median, and as "name:counter:max" the most.
+for name in "${benchmarks[@]}"; do
+  is_wanted "$name" || continue
+  echo "Measuring: $name" >&2
+  # shellcheck disable=SC2046
+  $(ahead_of_others "$name") "build/bench/bin/$name" --benchmark_format=json --benchmark_repetitions=9 \
+    --benchmark_min_time=0.1 --benchmark_enable_random_interleaving=true 2>/dev/null | jq -r '
+    ["name", "run_name", "run_type", "family_index", "per_family_instance_index", "repetitions",
+     "repetition_index", "threads", "iterations", "real_time", "cpu_time", "time_unit", "bytes_per_second",
+     "error_occurred", "error_message"] as $own
+    | [.benchmarks[] | select(.run_type == "iteration" and (.error_occurred | not))]
+    | group_by(.run_name)[]
+    | (.[0].run_name | gsub("/(manual_time|real_time|iterations:[0-9]+|repeats:[0-9]+)"; "")) as $name
+    | (if .[0].run_name | test("/(manual|real)_time") then "real_time" else "cpu_time" end) as $clock
+    | [$name, (map(.[$clock]) | min)],
+      ((.[0] | keys - $own)[] as $counter
+       | map(.[$counter]) | sort
+       | [$name + ":" + $counter, .[length / 2 | floor]], [$name + ":" + $counter + ":max", .[-1]])
+    | @tsv' >> "$figures"
+done
+for name in "${measures[@]}"; do
+  is_wanted "$name" || continue
+  echo "Measuring: $name" >&2
+  "build/bench/bin/$name" >> "$figures"
+done
+
+awk -v all=$(($# == 0)) -f bench/report.awk "$figures" bench/rows.tsv

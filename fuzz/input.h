@@ -1,0 +1,75 @@
+#pragma once
+
+#include <algorithm>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace fuzz {
+
+using Bytes = std::span<const std::uint8_t>;
+using Vector = std::vector<std::uint8_t>;
+
+/// Ends the run with the broken property's name, so that the fuzzer keeps the input.
+inline void Require(bool holds, const char* property) {
+  if (!holds) {
+    std::fprintf(stderr, "broken property: %s\n", property);
+    std::abort();
+  }
+}
+
+inline bool Same(Bytes a, Bytes b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end());
+}
+
+/// An input taken from the front; behind its end come zeros and nothing.
+class Input {
+ public:
+  explicit Input(Bytes bytes) : rest_(bytes) {}
+
+  bool empty() const { return rest_.empty(); }
+
+  Bytes Take(std::size_t count) {
+    const Bytes taken = rest_.first(std::min(count, rest_.size()));
+    rest_ = rest_.subspan(taken.size());
+    return taken;
+  }
+  Bytes Rest() { return Take(rest_.size()); }
+
+  std::uint8_t Byte() {
+    const Bytes byte = Take(1);
+    return byte.empty() ? std::uint8_t{0} : byte[0];
+  }
+
+  /// Most significant byte first.
+  template <std::unsigned_integral T>
+  T Number() {
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < sizeof(T); ++i) value = (value << 8U) | Byte();
+    return static_cast<T>(value);
+  }
+
+  /// The text up to the next line feed, which is dropped; the rest when there is none.
+  std::string Line() {
+    const auto end = std::find(rest_.begin(), rest_.end(), '\n');
+    const Bytes line = Take(static_cast<std::size_t>(end - rest_.begin()));
+    Take(1);
+    return {line.begin(), line.end()};
+  }
+
+ private:
+  Bytes rest_;
+};
+
+}  // namespace fuzz
+
+/// One run of the target: any bytes, always 0.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+/// Runs once ahead of the inputs.
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);

@@ -1,0 +1,228 @@
+// A model table: from the file to the page description, then read from and saved to a sensor that answers
+// with anything.
+//
+// Input: the table. One that begins with a digit gets the usual header row in front.
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <QtGlobal>
+#include <cerrno>
+#include <set>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+#include "VarkelCore/src/command_text.h"
+#include "VarkelCore/src/page_description.h"
+#include "VarkelCore/src/page_reader.h"
+#include "VarkelCore/src/page_writer.h"
+#include "VarkelCore/src/range_check.h"
+#include "VarkelCore/src/table_check.h"
+#include "VarkelCore/src/value_editor.h"
+#include "fuzz/input.h"
+#include "fuzz/scripted_transport.h"
+#include "libquarn/Platform/src/byte_order.h"
+
+namespace {
+
+using fuzz::Bytes;
+using fuzz::Require;
+using fuzz::Vector;
+using varkel::ConfigParser;
+using varkel::VarInfo;
+
+constexpr std::string_view kHeader =
+    "GroupID,Index,Get,Set,SetIndex,VarName,Permission,VarType,DefaultValue,Options,Unit,Coefficient,"
+    "SetCoefficient,OptionDescription,FunctionModule,VarLen,TimerUpdate,GetCmdPayload\n";
+
+/// A file without a disk.
+class MemoryFile {
+ public:
+  MemoryFile() : handle_(memfd_create("table", 0)), path_("/proc/self/fd/" + std::to_string(handle_)) {
+    Require(handle_ >= 0, "there is a memory file");
+  }
+  ~MemoryFile() { close(handle_); }
+  MemoryFile(const MemoryFile&) = delete;
+  MemoryFile& operator=(const MemoryFile&) = delete;
+
+  void Write(std::string_view bytes) const {
+    Require(ftruncate(handle_, 0) == 0 &&
+                std::cmp_equal(pwrite(handle_, bytes.data(), bytes.size(), 0), bytes.size()),
+            "the memory file takes the table");
+  }
+  const std::string& path() const { return path_; }
+
+ private:
+  const int handle_;
+  const std::string path_;
+};
+
+class NoReport : public varkel::UserReport {
+ public:
+  void Log(const std::string& /*text*/, const std::string& /*type*/) override {}
+  void Bytes(const std::string& /*line*/) override {}
+  void Error(const std::string& /*text*/) override {}
+  void Success(const std::string& /*text*/) override {}
+};
+
+// ---- The catalogue
+
+void CheckPayload(const ConfigParser::VarList& vars, std::int32_t VarInfo::*order,
+                  std::uint32_t VarInfo::*position, std::uint32_t first) {
+  for (std::size_t i = 0; i < vars.size(); ++i) {
+    Require(i == 0 || vars[i - 1]->*order <= vars[i]->*order, "fields stand in their order");
+    // Of a variable that stands there twice the later place counts.
+    const bool again = std::count(vars.begin(), vars.end(), vars[i]) > 1;
+    Require(again || vars[i]->*position == first, "fields follow one another");
+    first += vars[i]->var_len;
+  }
+}
+
+// True when a row was moved to other commands by a later one: the lists then hold more than its fields say.
+bool HasMovedRows(const ConfigParser& catalogue) {
+  const auto moved = [](const auto& commands, std::string VarInfo::*cmd) {
+    for (const auto& [text, vars] : commands) {
+      for (const VarInfo* var : vars) {
+        if (var->*cmd != text) return true;
+      }
+    }
+    return false;
+  };
+  return moved(catalogue.get_cmd_map(), &VarInfo::get_cmd) ||
+         moved(catalogue.set_cmd_map(), &VarInfo::set_cmd);
+}
+
+void CheckCatalogue(ConfigParser& catalogue) {
+  if (!HasMovedRows(catalogue)) {
+    for (const auto& [cmd, vars] : catalogue.get_cmd_map()) {
+      CheckPayload(vars, &VarInfo::index, &VarInfo::get_start_pos, varkel::IsExtendedCommand(cmd) ? 4 : 0);
+    }
+    for (const auto& [cmd, vars] : catalogue.set_cmd_map()) {
+      CheckPayload(vars, &VarInfo::set_index, &VarInfo::set_start_pos, 0);
+    }
+  }
+  std::set<const VarInfo*> records;
+  for (const auto& [var_id, var] : catalogue.var_map()) {
+    Require(var->var_id == var_id && catalogue.FindById(var_id) == var.get(),
+            "records go by their identifier");
+    Require(catalogue.FindByName(var->var_name) != nullptr, "records are found by name");
+    records.insert(var.get());
+  }
+  for (const auto& [var_id, var] : catalogue.var_map()) {
+    Require(var->switch_var == nullptr || records.count(var->switch_var) == 1, "a switch is a record");
+    std::pair<std::uint32_t, std::uint32_t> field;
+    const std::string& cmd = var->get_cmd.empty() ? var->set_cmd : var->get_cmd;
+    Require(catalogue.GetVarPosOffset(cmd, var_id, 3, field), "a record has a field");
+  }
+  Require(catalogue.module_titles().size() == catalogue.module_vars().size(), "each module has its title");
+}
+
+// ---- The pages
+
+void Describe(const ConfigParser& catalogue, const varkel::PendingEdits& edits) {
+  Require(PageTitles(catalogue).size() == static_cast<int>(catalogue.module_vars().size()),
+          "each page has a title");
+  const QVariantList pages = PageRows(catalogue);
+  for (const QVariant& page : pages) {
+    for (const QVariant& entry : page.toList()) {
+      const QVariantList row = entry.toList();
+      Require(row.size() == 5, "a row has five parts");
+      const VarInfo* var = VariableAt(catalogue, row[2].toInt(), row[3].toInt(), row[4].toInt());
+      Require((row[4].toInt() < 0) == (var == nullptr), "a row leads to its variable");
+      if (var == nullptr) continue;
+      const QVariantMap map = VariableMap(catalogue, *var, edits);
+      Require(map["visible"].toBool() && map["option_num"].toInt() == map["options"].toList().size() &&
+                  map["options"].toList().size() == map["varname_value_to_option"].toList().size(),
+              "a row shows its options");
+      IsWithinRange(catalogue, var, "");
+      JudgePageValue(catalogue, *var);
+    }
+  }
+  Require(VariableMaps(catalogue, edits).size() == pages.size(), "each page has its variables");
+  DownloadableLogs(catalogue);
+  CheckSetPayloads(catalogue);
+}
+
+// ---- The sensor
+
+/// Answers every command with the same payload, and sees what is written.
+class Sensor {
+ public:
+  explicit Sensor(Bytes payload) {
+    const quarn::lidar::KtcParser parser(1);
+    parser.KtcStreamEncode(payload, reply_, 0);
+    fuzz::Script().send = [this](Bytes frame) {
+      reply_[2] = frame[2];
+      read_ = 0;
+      return static_cast<int>(frame.size());
+    };
+    fuzz::Script().receive = [this](std::span<std::uint8_t> buffer) {
+      const std::size_t count = std::min(buffer.size(), reply_.size() - read_);
+      std::copy_n(reply_.begin() + static_cast<std::ptrdiff_t>(read_), count, buffer.begin());
+      read_ += count;
+      return static_cast<int>(count);
+    };
+    read_ = reply_.size();
+  }
+  ~Sensor() { fuzz::Script() = {}; }
+  Sensor(const Sensor&) = delete;
+  Sensor& operator=(const Sensor&) = delete;
+
+ private:
+  Vector reply_;
+  std::size_t read_ = 0;
+};
+
+void ReadAndSave(ConfigParser& catalogue, Bytes answer) {
+  const Sensor sensor(answer);
+  quarn::lidar::KtcClient& client = *fuzz::OpenClient(1);
+  NoReport report;
+  varkel::PendingEdits edits;
+  varkel::FovTable fov;
+  const varkel::PageReader reader({report, edits, fov, [] {}});
+  const varkel::PageWriter writer({reader, edits, fov, report});
+  const varkel::ValueEditor editor(edits, report);
+  const int pages = static_cast<int>(catalogue.module_vars().size());
+  for (int page = 0; page < pages; ++page) {
+    const auto groups = GroupByGetCommand(ReadableVars(catalogue, page));
+    reader.ReadGroups(catalogue, client, groups, "fuzz", [] { return true; });
+    const auto& module = catalogue.module_vars()[static_cast<std::size_t>(page)];
+    for (int group = 0; std::cmp_less(group, module.size()); ++group) {
+      const int count = static_cast<int>(module[static_cast<std::size_t>(group)].size());
+      for (int index = 0; index < count; ++index) {
+        const VarInfo* var = VariableAt(catalogue, page, group, index);
+        editor.SetText(catalogue, varkel::ValueEditor::kValue, page, group, index, var->default_val + "0");
+        editor.SetText(catalogue, varkel::ValueEditor::kSwitchValue, page, group, index, "1");
+        editor.SetText(catalogue, varkel::ValueEditor::kOptionIndex, page, group, index, "1");
+      }
+    }
+  }
+  Describe(catalogue, edits);
+  for (int page = 0; page < pages; ++page) writer.Run(catalogue, client, page);
+}
+
+void Load(const std::string& path, Bytes answer) {
+  ConfigParser catalogue(path);
+  try {
+    Require(catalogue.ExtractConfigInfo(), "the file is open");
+  } catch (const std::exception&) {
+    catalogue.RowBeingRead();
+    return;
+  }
+  CheckCatalogue(catalogue);
+  ReadAndSave(catalogue, answer);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const MemoryFile file;
+  static const auto quiet =
+      qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+  static_cast<void>(quiet);
+  std::string table(reinterpret_cast<const char*>(data), size);
+  if (!table.empty() && table.front() >= '0' && table.front() <= '9') table.insert(0, kHeader);
+  file.Write(table);
+  Load(file.path(), Bytes(data, size % 256));
+  return 0;
+}

@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Fuzzes what takes bytes and texts from outside.
+#   run.sh SECONDS [TARGET...]   builds the targets, replays fuzz/corpus/TARGET and goes on for SECONDS each.
+#                                What is found on the way is kept in build/fuzz/found/TARGET, what fails in
+#                                build/fuzz/artifacts; any failure ends with an exit status other than 0.
+#   run.sh --merge [TARGET...]   adds to fuzz/corpus what was found and reaches code that the kept inputs don't;
+#                                look at it before you commit it: some sixty inputs a target are enough.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+[[ ${1:-} =~ ^([0-9]+|--merge)$ ]] || { sed -n '2,8s/^# *//p' "$0" >&2; exit 2; }
+what=$1
+shift
+targets=("$@")
+if [ ${#targets[@]} -eq 0 ]; then
+  mapfile -t targets < <(sed -n 's/^varkel_fuzz_target(\([a-z_]*\) .*/\1/p' fuzz/CMakeLists.txt)
+fi
+tools/install-packages.sh
+tools/build.sh fuzz "${targets[@]/#/fuzz_}"
+
+export UBSAN_OPTIONS=print_stacktrace=1
+# A claimed length must not become memory: nothing here needs as much as 64 MiB at once.
+# The entropic schedule takes more time than the targets themselves.
+limits=(-malloc_limit_mb=64 -rss_limit_mb=1024 -timeout=10 -max_len=4096 -entropic=0)
+failed=()
+for target in "${targets[@]}"; do
+  kept=fuzz/corpus/$target
+  found=build/fuzz/found/$target
+  artifacts=build/fuzz/artifacts/$target
+  mkdir -p "$kept" "$found" "$artifacts"
+  options=("${limits[@]}" "-artifact_prefix=$artifacts/")
+  if [ -f "fuzz/$target.dict" ]; then options+=("-dict=fuzz/$target.dict"); fi
+  run=("build/fuzz/bin/fuzz_$target" "${options[@]}")
+  log=build/fuzz/$target.log
+  if [ "$what" = --merge ]; then
+    "${run[@]}" -set_cover_merge=1 -use_counters=0 "$kept" "$found" >"$log" 2>&1 || failed+=("$target")
+  else
+    "${run[@]}" -max_total_time="$what" -print_final_stats=1 "$found" "$kept" >"$log" 2>&1 || failed+=("$target")
+  fi
+  echo "$target: $(grep -aE '^#[0-9]+' "$log" | tail -n 1 || true) $(find "$kept" -type f | wc -l) inputs kept"
+done
+if [ ${#failed[@]} -gt 0 ]; then
+  for target in "${failed[@]}"; do tail -n 40 "build/fuzz/$target.log"; done
+  echo "Failed: ${failed[*]}; the logs are build/fuzz/TARGET.log, the inputs stand in build/fuzz/artifacts." >&2
+  exit 1
+fi

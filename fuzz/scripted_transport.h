@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+
+#include "libquarn/KtcClient/src/ktc_client.h"
+
+namespace fuzz {
+
+/// What the transport of every client does, until it is set anew. Both return what the transport's operations
+/// do; an empty function fails.
+struct TransportScript {
+  std::function<int(std::span<const std::uint8_t> frame)> send;
+  std::function<int(std::span<std::uint8_t> buffer)> receive;
+};
+TransportScript& Script();
+
+/// The client of the protocol version (1 or 2), connected and without time-outs; it lives as long as the
+/// program, so that inputs cost no threads.
+const std::shared_ptr<quarn::lidar::KtcClient>& OpenClient(std::uint8_t version);
+
+}  // namespace fuzz

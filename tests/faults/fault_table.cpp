@@ -1,0 +1,494 @@
+#include "tests/faults/fault_table.h"
+
+#include <QVariantList>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <utility>
+
+#include "tests/core/marvo_sample.h"
+
+namespace varkel::test {
+
+namespace {
+
+/// What the sample maker writes under that name.
+std::vector<std::uint8_t> SampleMarvoPackage(const std::string& name) {
+  const std::string path = "marvo-sample-" + name + ".bin";
+  if (std::system(("'" MARVO_SAMPLE_MAKER "' " + name + " " + path).c_str()) != 0) return {};
+  std::ifstream file(path, std::ios::binary);
+  const std::vector<std::uint8_t> package(std::istreambuf_iterator<char>(file), {});
+  std::filesystem::remove(path);
+  return package;
+}
+
+using Ends = Operation::Ends;
+using Bench = FaultBench;
+
+constexpr int kFine = 1;
+constexpr int kHalf = 2;  ///< half of the reply came: with the header or within it
+constexpr int kUnknown = 3;
+
+/// What a failed exchange is reported with.
+enum Way : std::size_t {
+  kQuery,   ///< the client's return code
+  kCode,    ///< the same, but never 0
+  kTunnel,  ///< a serial command inside KTC, the KTC reply disturbed
+  kSet,     ///< the same, the carried reply disturbed
+  kGet,
+  kLine,       ///< over the lines
+  kOtaTunnel,  ///< firmware frames, each disturbed one asked for three times
+  kOtaCarried,
+  kOtaLine,
+};
+
+int CodeOf(Way way, const Fault& fault) {
+  static const std::map<std::string, std::array<int, 9>> codes = {
+      {"noise", {kFine, kFine, kFine, -2, -2, kFine, kFine, -2, kFine}},
+      {"late", {-2, -2, -3, -3, -3, -2, kUnknown, kUnknown, kUnknown}},
+      {"wrong-echo", {0, -1, -2, -2, -2, -2, -2, -2, -2}},
+      {"error", {7, 7, 7, 7, -2, -2, 7, 7, 7}},
+      {"more", {-3, -3, -3, -2, -2, -2, -3, -2, -2}},
+      {"less", {kFine, kFine, -2, -2, -2, -2, -2, -2, -2}},
+      {"silence", {-2, -2, -3, -3, -3, -2, -3, -3, -2}},
+      {"close", {kHalf, kHalf, -3, -3, -3, -3, -1, -1, -1}},
+  };
+  const auto row = codes.find(fault.kind);
+  const int code = row == codes.end() ? kFine : row->second.at(way);
+  if (code != kHalf) return code;
+  constexpr std::size_t kHeader = 8;
+  return fault.at <= fault.steps.size() && fault.steps[fault.at - 1].size >= kHeader ? -3 : -2;
+}
+
+/// How exchange number `index` of a network operation ends when number `fault.at` is disturbed.
+int CodeAt(const Fault& fault, std::size_t index) {
+  if (index < fault.at) return kFine;
+  if (index == fault.at) return CodeOf(kQuery, fault);
+  const bool next = index == fault.at + 1;
+  if (fault.kind == "close") return next ? -2 : -4;
+  return fault.kind == "late" && next ? 0 : kFine;  // the late reply is taken for the next one's
+}
+
+bool IsFineTo(const Fault& fault, std::size_t last) {
+  for (std::size_t index = 1; index <= last; ++index) {
+    if (CodeAt(fault, index) != kFine) return false;
+  }
+  return true;
+}
+
+Lines Nothing(const Fault&) {
+  return {};
+}
+
+/// What is told for the code; it stands for "%" in the error.
+Lines Told(int code, const std::string& success, std::string error) {
+  if (code == kUnknown) return kUntellable;
+  if (code == kFine) return success.empty() ? Lines{} : Lines{"success: " + success};
+  if (const auto at = error.find('%'); at != std::string::npos) error.replace(at, 1, std::to_string(code));
+  return {"error: " + error};
+}
+
+std::string Must(bool holds, const char* what) {
+  return holds ? std::string() : what;
+}
+
+/// One exchange, and what is told for its code.
+Operation Simple(std::string name, std::string model, std::function<void(Bench&)> start, Way way,
+                 std::string success, std::string error) {
+  return {std::move(name), std::move(model), std::move(start),
+          [=](auto& fault) { return Told(CodeOf(way, fault), success, error); }};
+}
+
+// The network
+
+Operation Connect() {
+  Operation op{"connect", "Quenta", [](auto& bench) { bench.manager->ConnectLidar(); }};
+  op.expected = [](const Fault& fault) {
+    // The second command makes up for the first, as long as the sensor is in step.
+    const bool second = fault.kind != "late" && fault.kind != "close";
+    if (CodeOf(kQuery, fault) == kFine || (fault.at == 2 && second)) return Lines{};
+    return Lines{"error: Connection Failed. Please check your network settings.",
+                 "ERROR Connection Error: Lidar has No KTC reply."};
+  };
+  op.points = {{"*"}, {"0x07"}, {"0x08", "", "0x07=error"}};
+  op.connects = true;
+  return op;
+}
+
+/// Its answer is what it tells.
+Operation Probe() {
+  Operation op = Connect();
+  op.name = "probe";
+  op.connects = false;
+  op.start = [](auto& bench) { bench.manager->CheckConnectionInBackground(); };
+  op.expected = [connected = op.expected](auto& fault) {
+    return connected(fault).empty() ? Lines{"alive"} : Lines{};
+  };
+  op.over = [](auto& bench) {
+    if (bench.ended > 0 && std::exchange(bench.alive, false)) bench.told = {"alive"};
+    return bench.ended > 0;
+  };
+  return op;
+}
+
+Operation ReadPage(int page) {
+  Operation op{"page " + std::to_string(page), "Quenta",
+               [page](auto& bench) { bench.manager->ReadPageInBackground(page); }, Nothing};
+  op.check = [page](auto& bench, bool) {
+    return Must(bench.ShowsWhatTheSensorHas(page), "a value that neither the table nor the sensor has");
+  };
+  return op;
+}
+
+Operation Refresh() {
+  Operation op{"refresh", "Quenta", [](auto& bench) { bench.manager->setModuleIndexUse(1); }, Nothing};
+  op.over = [](auto& bench) {
+    if (bench.rounds > 1) bench.manager->setModuleIndexUse(-1);
+    return bench.rounds > 1;
+  };
+  return op;
+}
+
+struct Edit {
+  const char* var_name;
+  const char* text;
+};
+
+/// `reads` exchanges bring the page up to date, then the commands go out.
+Operation Save(const char* name, int page, const std::vector<Edit>& edits, std::size_t reads,
+               const std::vector<std::string>& commands) {
+  Operation op{name, "Quenta"};
+  op.start = [page, edits](auto& bench) {
+    for (const Edit& edit : edits) bench.Edit(edit.var_name, edit.text);
+    if (edits.empty()) bench.manager->SetMultiFovConfig(0, QStringLiteral("10"));
+    bench.manager->RunInBackground(page);
+  };
+  op.expected = [reads, commands](const Fault& fault) {
+    for (std::size_t i = 0; i < commands.size(); ++i) {
+      const int code = CodeAt(fault, reads + i + 1);
+      const std::string& command = commands[i];
+      if (code == kFine || (command == "0x21" && code == -2)) continue;
+      if (command == "0x22") return Told(code, "", "Set Failed: set channel fov failed");
+      Lines lines = Told(code, "", "Set Failed: " + command + " SET  ret_code: %");
+      lines.insert(lines.end(),
+                   {"WARNING SET [" + command + "] FAILED", "error: SET [" + command + "] FAILED"});
+      return lines;
+    }
+    return Told(kFine,
+                "Set Lidar Successfully\nNote that if you have changed the TCP-related settings, you will "
+                "need to restart the lidar for it to work.",
+                "");
+  };
+  op.check = [edits, commands](auto& bench, bool success) {
+    bool marked = bench.manager->getSetMapSize() == (success ? 0 : static_cast<int>(commands.size()));
+    for (const Edit& edit : edits) marked &= bench.IsEdited(edit.var_name) != success;
+    return Must(marked, "the marks of unsaved edits are wrong");
+  };
+  return op;
+}
+
+constexpr char kSerialConsole[] =
+    "Query Serial command fail. Please input right Serial command header and payload.";
+constexpr char kTunnelConsole[] =
+    "Query Serial command fail. Please check BytesFlow in Log Window. Please input right Serial command "
+    "header and payload.";
+
+/// A console shows a refusal that a serial frame brings as it shows any other reply.
+Operation Console(const char* model, std::pair<const char*, const char*> command, const char* error, Way way,
+                  std::vector<Point> points) {
+  const auto send = [command](auto& bench) {
+    bench.manager->SendCommandInBackground(command.first, command.second);
+  };
+  Operation op = Simple("console", model, send, way, "", error);
+  if (way == kGet || way == kLine) {
+    op.expected = [failed = op.expected](auto& fault) {
+      return fault.kind == "wrong-echo" || fault.kind == "error" ? Lines{} : failed(fault);
+    };
+  }
+  op.points = std::move(points);
+  op.patience_ms = way == kQuery ? 4000 : 5000;
+  op.check = [](auto& bench, bool success) {
+    return Must(bench.manager->getSendKtcCommandReturnHeader().isEmpty() != success,
+                "a wrong reply is shown");
+  };
+  return op;
+}
+
+Operation Restart(bool reset) {
+  const auto start = [reset](auto& bench) {
+    reset ? bench.manager->ResetInBackground() : bench.manager->RestartInBackground();
+  };
+  Operation op = Simple(reset ? "reset" : "restart", "Quenta", start, kCode, "",
+                        reset ? "Reset failed, ret_code: %."
+                              : "Auto reboot failed, ret_code: %. Please reboot lidar manually.");
+  op.restarts = true;
+  op.disconnects = reset ? Ends::kNever : Ends::kOnSuccess;
+  return op;
+}
+
+std::string WholeFile(Bench& bench, bool success) {
+  return Must(bench.files() == (success ? 1U : 0U), "a file that is not whole, or none");
+}
+
+Operation Download(const std::string& log) {
+  const auto start = [log](auto& bench) {
+    bench.manager->DownloadLog(bench.File(""), QString::fromStdString(log));
+  };
+  Operation op = Simple("download " + log, "Quenta", start, kQuery, log + " download successful.",
+                        log + " download failed. return code: %");
+  op.check = WholeFile;
+  return op;
+}
+
+Operation OperationLog() {
+  Operation op{"operation log", "Quenta"};
+  op.start = [](auto& bench) { bench.manager->DownloadOperationLog(bench.File("log.tar")); };
+  op.expected = [](const Fault& fault) {
+    const bool fine = IsFineTo(fault, fault.steps.size());
+    return Told(fine ? kFine : -1, "Operation log download successful.", "Operation log download failed.");
+  };
+  op.alone = true;
+  op.check = WholeFile;
+  return op;
+}
+
+// Firmware
+
+constexpr std::size_t kPieces = 3;
+const std::vector<std::uint8_t> kFirmware(kPieces * 1024 - 500, 0x5A);
+
+/// Pieces, then the restart.
+Operation NetworkUpgrade(const char* name, const char* model, std::vector<Point> points,
+                         std::function<void(Bench&)> start) {
+  Operation op{name, model, std::move(start)};
+  op.expected = [](const Fault& fault) {
+    if (!IsFineTo(fault, kPieces)) return Told(-1, "", "Upgrade package transfer failed or is terminated.");
+    const int code = fault.at > kPieces ? CodeOf(kCode, fault) : kFine;
+    Lines lines = Told(code, "", "Auto reboot failed, ret_code: %. Please reboot lidar manually.");
+    if (code != kFine) lines.emplace_back("error: Auto reboot failed. Please reboot lidar manually.");
+    lines.emplace_back(
+        "success: Upgrade package transmitted successfully. The lidar will automatically reboot within 10 "
+        "seconds.");
+    return lines;
+  };
+  op.points = std::move(points);
+  op.patience_ms = 60000;
+  op.restarts = true;
+  op.disconnects = Ends::kOnSuccess;
+  op.check = [](auto& bench, bool success) {
+    return Must(!success || bench.sensor->ReceivedPackage() == kFirmware, "the package did not come");
+  };
+  return op;
+}
+
+std::string Arrived(Bench& bench, bool success, std::size_t files) {
+  auto& device = bench.sensor ? bench.sensor->device() : bench.on_lines->device();
+  return Must(!success || device.firmware.Received().size() == files, "the firmware did not come");
+}
+
+/// A frame that is disturbed once is sent again, but for a refusal and a broken line.
+bool Heals(const Fault& fault) {
+  return fault.kind != "error" && fault.kind != "close";
+}
+
+Operation SerialUpgrade(const char* model, const std::vector<Point>& points, Way way) {
+  Operation op{"zelto upgrade", model};
+  op.start = [](auto& bench) { bench.manager->ZeltoUpgradeLidar(bench.Package(kFirmware)); };
+  op.expected = [points, way](const Fault& fault) {
+    const bool once = !points[fault.at - 1].nth.empty();
+    return Told(once && Heals(fault) ? kFine : CodeOf(way, fault),
+                "Upgrade package transmitted successfully. The lidar will automatically reboot.",
+                "Upgrade package transfer failed or is terminated. error:%");
+  };
+  op.points = points;
+  op.patience_ms = way == kOtaLine ? 30000 : 5000;
+  op.disconnects = Ends::kAlways;
+  op.check = [](auto& bench, bool success) { return Arrived(bench, success, 1); };
+  return op;
+}
+
+Operation MarvoUpgrade() {
+  struct Step {
+    Point point;
+    Way way;
+    const char* failed;
+  };
+  static const std::vector<Step> steps = {
+      {{"0x00013900", "#1"}, kCode, "set baudrate failed"},
+      {{"ldcmd-set:12"}, kSet, "change mode failed"},
+      {{"0x00013900", "#2"}, kCode, "set upgrade baudrate failed"},
+      {{"ota:17"}, kOtaCarried, "BMB_APP_B failed, error=%"},
+      {{"ota:18", "#3"}, kOtaCarried, "BMB_APP_B failed, error=%"},
+      {{"ota:19"}, kOtaCarried, "BMB_APP_B failed, error=%"},
+      {{"ota:19", "#4"}, kOtaCarried, "TMB_PARAM failed, error=%"},
+  };
+  static const std::vector<std::uint8_t> package = SampleMarvoPackage("full");
+  Operation op{"marvo upgrade", "Marvo-KTC"};
+  op.start = [](auto& bench) { bench.manager->MarvoUpgradeLidar(bench.Package(package)); };
+  op.expected = [](const Fault& fault) {
+    const Step& step = steps[fault.at - 1];
+    const bool healed = step.way == kOtaCarried && !step.point.nth.empty() && Heals(fault);
+    std::string failed = step.failed;
+    // A refusal of the mode has the form of another partition; the sensor is not ready then.
+    if (step.way == kSet && fault.kind == "error") failed = "BMB_APP_A failed, error=9";
+    return Told(healed ? kFine : CodeOf(step.way, fault),
+                "Marvo upgrade completed. The lidar will automatically reboot.", "Marvo upgrade: " + failed);
+  };
+  for (const Step& step : steps) op.points.push_back(step.point);
+  op.patience_ms = 5000;
+  op.disconnects = Ends::kOnSuccess;
+  op.check = [](auto& bench, bool success) { return Arrived(bench, success, 4); };
+  return op;
+}
+
+// Small sensors
+
+constexpr char kTunnelled[] = "0x0002244C";  ///< what every serial command begins with inside KTC
+constexpr char kSerialNumber[] = "Zelto-KTC get SN failed, ret:";
+
+/// The baud rate that goes out need not be answered.
+Operation SmallConnect(const char* model) {
+  Operation op{"connect", model,         [](auto& bench) { bench.manager->ConnectLidar(); },
+               Nothing,   {{"*", "#1"}}, 5000};
+  op.connects = true;
+  return op;
+}
+
+/// What is asked in the background after a connection.
+Operation Info(const char* model, Point point, const std::string& prefix, Way way) {
+  Operation op = SmallConnect(model);
+  op.name = "information";
+  op.points = {std::move(point)};
+  if (way == kLine) op.patience_ms = 1000;
+  op.expected = [prefix, way](const Fault& fault) {
+    const int code = CodeOf(way, fault);
+    if (code == kFine) return Lines{};
+    Lines lines = {"ERROR " + prefix + std::to_string(code)};
+    if (prefix != kSerialNumber) return lines;
+    if (fault.kind == "error") return Lines{"ERROR Zelto-KTC SN invalid after validation"};  // it is empty
+    if (fault.kind == "close") lines.push_back("ERROR " + prefix + "-1");  // the next round's
+    return lines;
+  };
+  op.info = prefix == kSerialNumber ? "Zelto-KTC" : prefix;
+  op.over = [](auto& bench) { return bench.pbl_queries > 0 || !bench.told.empty(); };
+  if (op.model == "Marvo-KTC") op.over = {};
+  return op;
+}
+
+struct Function {
+  const char* name;
+  QVariantList arguments;
+  const char* command;
+  std::string error;
+  Way way;
+  std::string success{};
+};
+
+/// A fault makes a notice and a log line.
+Operation Call(const Function& function, const std::string& command, Way way) {
+  Operation op{function.name, "Marvo-KTC"};
+  op.start = [function](auto& bench) {
+    QVariantList arguments = function.arguments;
+    if (arguments.value(0) == QLatin1String("FILE")) arguments[0] = bench.File("file").toLocalFile();
+    bench.manager->CallInBackground(QLatin1String(function.name), arguments);
+  };
+  op.expected = [=](const Fault& fault) {
+    int code = CodeOf(way, fault);
+    if (command == "0x08" && fault.kind == "less") code = -2;   // no room for the port
+    if (command == "0x08" && fault.kind == "close") code = -3;  // half of 18 bytes
+    Lines lines = Told(code, function.success, function.error);
+    if (code != kFine) lines.push_back("ERROR" + lines.front().substr(lines.front().find(' ')));
+    return lines;
+  };
+  op.points = {{command}};
+  op.patience_ms = 5000;
+  op.check = [](auto& bench, bool ok) { return Must(ok || bench.files() == 0, "a file is left"); };
+  return op;
+}
+
+const std::vector<Function> kFunctions = {
+    {"ZeltoSetStandby", {1}, "ldcmd-set:11", "set lidar mode error, ret:%", kSet},
+    {"ZeltoSetSpinRate", {20}, "ldcmd-set:10", "set lidar spin rate error, ret:%", kSet},
+    {"ZeltoSetReturnMode", {1}, "ldcmd-set:9", "set lidar return mode error, ret:%", kSet},
+    {"ZeltoGetCorrection", {"FILE"}, "ldcmd-get:7", "get calibration error, ret:%", kGet},
+    {"ZeltoGetLidarFunctionSafety", {}, "ldcmd-get:8", "get function safety error, ret:%", kGet},
+    {"MarvoSetIMURange",
+     {5, 3},
+     "ldcmd-get:11",
+     "set IMU range error, ret:%",
+     kGet,
+     "IMU range set successfully"},
+    {"ZeltoGetBaudRate", {}, "0xFF", "get baud rate error, ret:%", kCode},
+    {"ZeltoSetBaudRateFromUI",
+     {"115200"},
+     "0x00013900",
+     "set baud rate error, ret:%",
+     kCode,
+     "set baud rate successful"},
+    {"ZeltoGetDestinationConfig", {}, "0x08", "get destination config error, ret:%", kCode},
+    {"ZeltoSetDestinationIPandPort",
+     {"10.0.0.5", 2000},
+     "0x20",
+     "set destination IP and port error, ret:%",
+     kCode,
+     "set destination IP and port successful"},
+};
+
+}  // namespace
+
+std::vector<Operation> Operations() {
+  const std::vector<Point> frames = {{"ota:1"}, {"ota:2"}, {"ota:2", "#2"}, {"ota:3"}};
+  std::vector<Operation> all = {
+      Connect(),
+      Probe(),
+      ReadPage(0),
+      ReadPage(2),
+      ReadPage(7),
+      Refresh(),
+      Save("save", 4, {{"Spin Rate", "300"}, {"Sync Angle", "77"}, {"Maximum Range", "99"}}, 3,
+           {"0x41", "0x45", "0x43"}),
+      Save("save addresses", 2, {{"Sensor IP", "192.168.1.77"}, {"Destination Port", "3000"}}, 1,
+           {"0x20", "0x21"}),
+      Save("save fields of view", 5, {}, 1, {"0x22"}),
+      Save("save safety", 7, {{"Heartbeat Period", "700"}}, 1, {"0x01000102"}),
+      Console("Quenta", {"0x07", ""},
+              "Query ktc command fail. Please input right ktc command header and payload.", kQuery, {}),
+      Restart(false),
+      Restart(true),
+      Download("Fault Log"),
+      Download("Event Log"),
+      OperationLog(),
+      NetworkUpgrade("upgrade", "Quenta", {},
+                     [](auto& bench) { bench.manager->UpgradeLidar(bench.Package(kFirmware), 6, 1, 0); }),
+      SmallConnect("Zelto-KTC"),
+      SmallConnect("Marvo-KTC"),
+      Info("Zelto-KTC", {"ldcmd-get:10"}, kSerialNumber, kGet),
+      Info("Zelto-KTC", {"ldcmd-get:15"}, "get pbl version error, ret:", kGet),
+      Info("Marvo-KTC", {"ldcmd-get:15", "#1"}, "Failed to get BMB FPGA version, ret:", kGet),
+      Info("Marvo-KTC", {"ldcmd-get:15", "#3"}, "Failed to get BMB MCU version, ret:", kGet),
+      Console("Zelto-KTC", {"02", "08"}, kTunnelConsole, kGet, {{"ldcmd-get:8"}}),
+      Console("Zelto-KTC", {"02", "08"}, kTunnelConsole, kTunnel, {{kTunnelled}}),
+      SerialUpgrade("Zelto-KTC", frames, kOtaCarried),
+      SerialUpgrade("Zelto-KTC", {{kTunnelled}}, kOtaTunnel),
+      NetworkUpgrade("junction box", "Marvo-KTC", {{"0x83", "#1"}, {"0x83", "#2"}, {"0x83", "#3"}, {"0x10"}},
+                     [](auto& bench) {
+                       bench.manager->ZeltoSetUpgradeMode(2);
+                       bench.manager->ZeltoUpgradeLidar(bench.Package(kFirmware));
+                     }),
+      MarvoUpgrade(),
+      Info("Zelto", {"ldcmd-get:10"}, kSerialNumber, kLine),
+      Info("Zelto", {"ldcmd-get:15"}, "get pbl version error, ret:", kLine),
+      Console("Zelto", {"02", "08"}, kSerialConsole, kLine, {{"ldcmd-get:8"}}),
+      SerialUpgrade("Zelto", frames, kOtaLine),
+  };
+  for (const Function& function : kFunctions) {
+    all.push_back(Call(function, function.command, function.way));
+    if (function.way != kCode) all.push_back(Call(function, kTunnelled, kTunnel));
+  }
+  return all;
+}
+
+}  // namespace varkel::test
