@@ -112,12 +112,12 @@ void ResponsivenessTest::SilentNetworkSensor() {
     if (!desk.Connect()) qFatal("no connection");
     desk.sensor.Misbehave("*=silence");
   };
-  std::vector<Step> steps = {{"connect to nobody", [&] { desk.Dial(nobody.port()); }},
-                             {"give up", [&] { manager.Stop(); }},
-                             {"connect", [&] { desk.Dial(); }}};
-  Watch("network", steps);
+  Watch("network",
+        {{"connect to nobody", [&] { desk.Dial(nobody.port()); }}, {"give up", [&] { manager.Stop(); }}});
+  QTRY_VERIFY(!manager.GetIsConnectingLidar());
+  Watch("network", {{"connect", [&] { desk.Dial(); }}});
   QTRY_VERIFY_WITH_TIMEOUT(manager.IsConnected() && !manager.isReadingPage(), 15000);
-  steps.clear();
+  std::vector<Step> steps;
   for (int page = 0; page < manager.level1List().size() + 2; ++page) {
     steps.emplace_back(QString("first visit of page %1").arg(page),
                        [&, page] { Call(desk, "choosePage", page); });
