@@ -5,8 +5,8 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 # Google Benchmark programs, and programs that print lines "name<tab>number" themselves.
-benchmarks=(table_bench ktc_bench exchange_bench udp_bench sensor_bench)
-measures=(table_memory)
+benchmarks=(table_bench ktc_bench exchange_bench udp_bench sensor_bench page_bench)
+measures=(table_memory window_measures)
 
 wanted=("$@")
 [ $# -gt 0 ] || wanted=("${benchmarks[@]}" "${measures[@]}")

@@ -58,7 +58,7 @@ Item {
         }
         eachRow(function (row) {
             if (row.live) {
-                row.refresh();
+                row.refreshIfChanged();
             }
         });
     }

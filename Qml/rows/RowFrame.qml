@@ -10,6 +10,7 @@ Item {
 
     property var entry: ["", 0, 0, 0, 0]
     property var values: ({})
+    property string mark
     property bool outOfRange: false
     property string valueText: values.current_val === undefined ? "" : values.current_val
     readonly property string label: PlainText.line(entry[0])
@@ -26,8 +27,15 @@ Item {
     signal refreshed
 
     function refresh() {
+        mark = varkel_manager.valueMark(module, group, variable);
         values = varkel_manager.variableMap(module, group, variable);
         refreshed();
+    }
+
+    function refreshIfChanged() {
+        if (varkel_manager.valueMark(module, group, variable) !== mark) {
+            refresh();
+        }
     }
 
     function submit(type, text) {

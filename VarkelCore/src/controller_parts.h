@@ -30,6 +30,7 @@
 #include "VarkelCore/src/small_sensor_info.h"
 #include "VarkelCore/src/user_report.h"
 #include "VarkelCore/src/value_editor.h"
+#include "VarkelCore/src/variable_map_cache.h"
 #include "VarkelCore/src/varkel_manager.h"
 #include "VarkelCore/src/worker_threads.h"
 
@@ -100,6 +101,7 @@ struct VarkelManager::Private : varkel::UserReport {
   std::atomic<bool> downloading_log = false;
   varkel::ModelSelection selection;
   varkel::PendingEdits edits;
+  varkel::VariableMapCache maps;  // the window's thread
   varkel::FovTable fov;
   varkel::EventQueue events;
   varkel::LidarConnection connection;

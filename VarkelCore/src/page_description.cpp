@@ -16,6 +16,10 @@ bool IsRow(const VarInfo& var) {
   return !var.has_switch;
 }
 
+bool IsSwitched(const VarInfo& var) {
+  return var.component_type == kSwitch && var.switch_var != nullptr;
+}
+
 std::vector<std::size_t> RowsByPosition(const ConfigParser::VarList& group, const ModulePlace& place) {
   const auto position = [&](std::size_t index) {
     const auto found = group[index]->module_places.find(place);
@@ -38,9 +42,6 @@ QVariantMap MapOf(const VarInfo& var, const PendingEdits& edits) {  // with the 
     options.append(option);
     labels.append(label == var.option_labels.end() ? QString::number(option) : Text(label->second));
   }
-  const bool switched = var.component_type == kSwitch && var.switch_var != nullptr;
-  const bool edited = edits.IsEdited(var.var_id) || (switched && edits.IsEdited(var.switch_var->var_id)) ||
-                      (var.component_type == kFieldOfView && edits.IsPending(var.set_cmd));
   return {
       {QStringLiteral("var_id"), Text(var.var_id)},
       {QStringLiteral("get_cmd"), Text(var.get_cmd)},
@@ -54,13 +55,13 @@ QVariantMap MapOf(const VarInfo& var, const PendingEdits& edits) {  // with the 
       {QStringLiteral("permission"), var.permission},
       {QStringLiteral("default_val"), Text(var.default_val)},
       {QStringLiteral("current_val"), Text(var.current_val)},
-      {QStringLiteral("switch_index"), switched ? Text(var.switch_var->current_val) : QString()},
+      {QStringLiteral("switch_index"), Text(SwitchValue(var))},
       {QStringLiteral("visible"), IsRow(var)},
       {QStringLiteral("option_num"), var.option_num},
       {QStringLiteral("type"), var.component_type},
       {QStringLiteral("varname_value_to_option"), labels},
       {QStringLiteral("options"), options},
-      {QStringLiteral("edited"), edited},
+      {QStringLiteral("edited"), IsShownEdited(var, edits)},
       {QStringLiteral("range_min"), var.range_min},
       {QStringLiteral("range_max"), var.range_max},
   };
@@ -75,6 +76,15 @@ bool IsOperationLog(const std::string& name) {
 }
 
 }  // namespace
+
+std::string SwitchValue(const VarInfo& var) {
+  return IsSwitched(var) ? var.switch_var->current_val : std::string();
+}
+
+bool IsShownEdited(const VarInfo& var, const PendingEdits& edits) {
+  return edits.IsEdited(var.var_id) || (IsSwitched(var) && edits.IsEdited(var.switch_var->var_id)) ||
+         (var.component_type == kFieldOfView && edits.IsPending(var.set_cmd));
+}
 
 QVariantList PageTitles(const ConfigParser& catalogue) {
   QVariantList titles;
@@ -108,6 +118,11 @@ QVariantList PageRows(const ConfigParser& catalogue) {
 QVariantMap VariableMap(const ConfigParser& catalogue, const VarInfo& var, const PendingEdits& edits) {
   const auto lock = catalogue.LockValues();
   return MapOf(var, edits);
+}
+
+QString ValueMark(const ConfigParser& catalogue, const VarInfo& var) {
+  const auto lock = catalogue.LockValues();
+  return IsSwitched(var) ? Text(var.current_val + '\n' + SwitchValue(var)) : Text(var.current_val);
 }
 
 QVariantList VariableMaps(const ConfigParser& catalogue, const PendingEdits& edits) {

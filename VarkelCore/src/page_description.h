@@ -3,6 +3,7 @@
 #include <QString>
 #include <QVariantList>
 #include <QVariantMap>
+#include <string>
 
 #include "VarkelCore/src/config_parser.h"
 #include "VarkelCore/src/pending_edits.h"
@@ -22,6 +23,13 @@ QVariantList PageRows(const ConfigParser& catalogue);
 /// One variable; its keys are the field names of the model table, and "edited": changed by the user and not
 /// yet saved, the variable or its switch.
 QVariantMap VariableMap(const ConfigParser& catalogue, const VarInfo& var, const PendingEdits& edits);
+
+/// The values in that map, as one text.
+QString ValueMark(const ConfigParser& catalogue, const VarInfo& var);
+
+/// Two of the map's entries, for a caller who holds the value lock: "switch_index" and "edited".
+std::string SwitchValue(const VarInfo& var);
+bool IsShownEdited(const VarInfo& var, const PendingEdits& edits);
 
 /// Maps of all variables: [page][group][index].
 QVariantList VariableMaps(const ConfigParser& catalogue, const PendingEdits& edits);

@@ -92,7 +92,11 @@ bool PageReader::GetInfoFromLidarWithSameCmd(ConfigParser& catalogue, quarn::lid
     return ReadFov(catalogue, client, first);
   }
   std::vector<std::uint8_t> reply;
-  if (!Query(client, first, kOperation, reply)) return false;
+  return Query(client, first, kOperation, reply) && StoreReply(catalogue, group, reply);
+}
+
+bool PageReader::StoreReply(ConfigParser& catalogue, const std::vector<VarInfo*>& group,
+                            std::span<const std::uint8_t> reply) const {
   bool refreshed = false;
   for (VarInfo* var : group) refreshed |= updateSingleVarFromOutput(catalogue, *var, reply);
   return refreshed;

@@ -50,6 +50,9 @@ class PageReader {
   /// reply is written as a debug line and leaves the texts; a wrong group raises std::invalid_argument.
   bool GetInfoFromLidarWithSameCmd(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
                                    const std::vector<VarInfo*>& group, FovRead fov) const;
+  /// What the group's exchange does with its reply: true when at least one variable was refreshed.
+  bool StoreReply(ConfigParser& catalogue, const std::vector<VarInfo*>& group,
+                  std::span<const std::uint8_t> reply) const;
   /// One exchange for one variable; true when it was refreshed.
   bool GetInfoFromLidar(ConfigParser& catalogue, quarn::lidar::KtcClient& client, VarInfo& var) const;
 

@@ -308,7 +308,14 @@ QVariantMap VarkelManager::variableMap(int module, int group, int index) const {
   const auto catalogue = d_->selection.catalogue();
   if (!catalogue) return {};
   const VarInfo* var = varkel::VariableAt(*catalogue, module, group, index);
-  return var != nullptr ? varkel::VariableMap(*catalogue, *var, d_->edits) : QVariantMap();
+  return var != nullptr ? d_->maps.Map(catalogue, *var, d_->edits) : QVariantMap();
+}
+
+QString VarkelManager::valueMark(int module, int group, int index) const {
+  const auto catalogue = d_->selection.catalogue();
+  if (!catalogue) return {};
+  const VarInfo* var = varkel::VariableAt(*catalogue, module, group, index);
+  return var != nullptr ? varkel::ValueMark(*catalogue, *var) : QString();
 }
 
 QVariantList VarkelManager::FovList() const {

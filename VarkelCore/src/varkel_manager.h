@@ -204,6 +204,8 @@ class VarkelManager : public QObject {
   Q_INVOKABLE void CallInBackground(const QString& operation, const QVariantList& arguments);
   /// The map of one variable, the same as myMap[module][group][index]; empty when there is none.
   Q_INVOKABLE QVariantMap variableMap(int module, int group, int index) const;
+  /// The values in that map, as one text: a row whose mark is the same has nothing new to show.
+  Q_INVOKABLE QString valueMark(int module, int group, int index) const;
 
  private:
   struct Private;

@@ -1,3 +1,6 @@
+#include <QSignalSpy>
+#include <map>
+
 #include "tests/ui/ui_test.h"
 
 namespace {
@@ -53,6 +56,33 @@ class PageTest : public QObject {
     const QString before = desk.Text("field_" + place);
     QTRY_VERIFY_WITH_TIMEOUT(desk.Text("field_" + place) != before, 10000);
     QVERIFY(!desk.manager->isReadingPage());
+  }
+
+  void ARoundTouchesOnlyTheRowsThatChanged() {
+    constexpr int kTimeSyncPage = 3;
+    Desk desk;
+    QVERIFY(desk.Connect());
+    desk.ShowPage(kTimeSyncPage);
+    const std::vector<std::string> live = {"PTP Master Offset", "PTP Path Delay", "PTP Lock Time",
+                                           "GPS Satellites"};
+    for (const std::string& name : live)
+      desk.sensor.SetValue(name, desk.sensor.ValueText(name));  // it stops moving
+    QSignalSpy rounds(desk.manager, &VarkelManager::myTimerMapChanged);
+    const auto wait_two_rounds = [&rounds] { return rounds.wait() && rounds.wait(); };
+    QVERIFY(wait_two_rounds());
+
+    std::map<QString, std::unique_ptr<QSignalSpy>> refreshes;
+    for (const QVariant& row : desk.manager->level2List()[kTimeSyncPage].toList()) {
+      const QVariantList entry = row.toList();
+      if (entry[4].toInt() < 0) continue;
+      const QString name =
+          QString("row_%1_%2_%3").arg(kTimeSyncPage).arg(entry[3].toInt()).arg(entry[4].toInt());
+      refreshes[name] = std::make_unique<QSignalSpy>(desk.Find(name), SIGNAL(refreshed()));
+    }
+    desk.sensor.SetValue("GPS Satellites", "3");
+    QVERIFY(wait_two_rounds() && wait_two_rounds());
+    const QString changed = "row_" + desk.Place(kTimeSyncPage, "GPS Satellites");
+    for (const auto& [name, spy] : refreshes) QCOMPARE(spy->size(), name == changed ? 1 : 0);
   }
 
   void SlowPageShowsThatItIsBusy() {

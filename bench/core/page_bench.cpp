@@ -1,0 +1,102 @@
+// From a reply that has come to the maps that rows show, beside the conversions alone: bytes to the window's
+// texts.
+#include <benchmark/benchmark.h>
+
+#include <QString>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "VarkelCore/src/page_reader.h"
+#include "VarkelCore/src/value_text.h"
+#include "VarkelCore/src/variable_map_cache.h"
+
+namespace {
+
+using varkel::ConfigParser;
+using varkel::VarInfo;
+
+constexpr std::size_t kFieldSize = 4;
+
+struct NoReport : varkel::UserReport {
+  void Log(const std::string& /*text*/, const std::string& /*type*/) override {}
+  void Bytes(const std::string& /*line*/) override {}
+  void Error(const std::string& /*text*/) override {}
+  void Success(const std::string& /*text*/) override {}
+};
+
+/// A page whose variables are all read by one command, a number of four bytes each.
+class Page {
+ public:
+  explicit Page(std::size_t variables) : reply_(variables * kFieldSize) {
+    const auto path = std::filesystem::temp_directory_path() / "varkel-page-bench.csv";
+    {
+      std::ofstream table(path, std::ios::binary);
+      table << "GroupID,Index,Get,Set,SetIndex,VarName,Permission,VarType,DefaultValue,Options,Unit,"
+               "Coefficient,"
+               "SetCoefficient,OptionDescription,FunctionModule,VarLen,TimerUpdate,GetCmdPayload\n"
+               "0,Page,Group,,,,,,,,,,,,,,,\n";
+      for (std::size_t i = 1; i <= variables; ++i) {
+        table << "1," << i << ",0x05,,,Variable " << i << ",0,uint32,0,,mV,0.1,,,1_1_" << i << "_0,4,1,\n";
+      }
+    }
+    catalogue_ = std::make_shared<ConfigParser>(path.string());
+    catalogue_->ExtractConfigInfo();
+    std::filesystem::remove(path);
+    group_ = varkel::GroupByGetCommand(varkel::ReadableVars(*catalogue_, 0)).at(0).vars;
+  }
+
+  /// The next reply: every value another one, or the first `changed` of them.
+  void Move(std::size_t changed) {
+    for (std::size_t i = 0; i < changed; ++i) ++reply_[i * kFieldSize + 3];
+  }
+
+  const std::shared_ptr<ConfigParser>& catalogue() const { return catalogue_; }
+  const std::vector<VarInfo*>& group() const { return group_; }
+  std::span<const std::uint8_t> reply() const { return reply_; }
+
+ private:
+  std::shared_ptr<ConfigParser> catalogue_;
+  std::vector<VarInfo*> group_;
+  std::vector<std::uint8_t> reply_;
+};
+
+void BM_PageUpdate(benchmark::State& state) {
+  Page page(static_cast<std::size_t>(state.range(0)));
+  NoReport report;
+  const varkel::PendingEdits edits;
+  varkel::FovTable fov;
+  const varkel::PageReader reader({report, edits, fov, [] {}});
+  varkel::VariableMapCache maps;
+  for (auto _ : state) {
+    page.Move(page.group().size());
+    reader.StoreReply(*page.catalogue(), page.group(), page.reply());
+    for (const VarInfo* var : page.group()) {
+      benchmark::DoNotOptimize(maps.Map(page.catalogue(), *var, edits));
+    }
+  }
+}
+BENCHMARK(BM_PageUpdate)->Arg(20)->Arg(200)->Arg(2000);
+
+void BM_Conversions(benchmark::State& state) {
+  Page page(static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state) {
+    page.Move(page.group().size());
+    std::size_t position = 0;
+    for (const VarInfo* var : page.group()) {
+      const auto field = page.reply().subspan(position, kFieldSize);
+      const varkel::ValueText value = varkel::BytesToText(var->var_type, field, var->coefficient);
+      benchmark::DoNotOptimize(QString::fromStdString(value.text));
+      position += kFieldSize;
+    }
+  }
+}
+BENCHMARK(BM_Conversions)->Arg(20)->Arg(200)->Arg(2000);
+
+}  // namespace
+
+BENCHMARK_MAIN();
