@@ -44,8 +44,7 @@ void LidarConnection::Init(const std::stop_token& stop, const ConnectionSettings
       std::cout << "DEBUG: heckLidarConnection() == false\n" << std::flush;
       throw std::runtime_error("Lidar has No KTC reply.");
     }
-    events_.start_refresh();
-    connected_ = true;
+    Begin(client);
     report_.Log("Lidar connected", "INFO");
     connecting_ = false;  // whoever hears of the connection finds the attempt ended
     events_.connected();
@@ -58,8 +57,14 @@ bool LidarConnection::CheckLidarConnection() {
 }
 
 void LidarConnection::Interrupt() {
-  connected_ = false;
-  if (const auto current = client()) current->Interrupt();
+  std::shared_ptr<KtcClient> current;
+  {
+    const std::lock_guard lock(mutex_);
+    connected_ = false;
+    interrupted_ = true;
+    current = client_;
+  }
+  if (current) current->Interrupt();
 }
 
 void LidarConnection::Drop() {
@@ -84,9 +89,18 @@ std::shared_ptr<KtcClient> LidarConnection::OpenClient(const std::stop_token& st
   {
     const std::lock_guard lock(mutex_);
     client_ = client;
+    interrupted_ = false;
   }
   SleepUnlessStopped(stop, kAcceptTime);
   return client;
+}
+
+/// Who ends the connection meanwhile either finds it made, with its refresh running, or prevents it.
+void LidarConnection::Begin(const std::shared_ptr<KtcClient>& client) {
+  const std::lock_guard lock(mutex_);
+  if (interrupted_ || client_ != client) throw std::runtime_error("TCP connection failed.");
+  events_.start_refresh();
+  connected_ = true;
 }
 
 bool LidarConnection::Answers(KtcClient& client) {

@@ -18,8 +18,9 @@ namespace varkel {
 class LidarConnection {
  public:
   struct Events {
-    std::function<void()> start_refresh;  ///< the connection stands: begin to read
-    std::function<void()> connected;      ///< announce it
+    /// The connection stands: begin to read. Called with a lock held: it must not call back.
+    std::function<void()> start_refresh;
+    std::function<void()> connected;  ///< announce it
   };
 
   LidarConnection(UserReport& report, Events events);
@@ -54,6 +55,7 @@ class LidarConnection {
   std::shared_ptr<quarn::lidar::KtcClient> OpenClient(const std::stop_token& stop,
                                                       const ConnectionSettings& settings);
   bool Answers(quarn::lidar::KtcClient& client);
+  void Begin(const std::shared_ptr<quarn::lidar::KtcClient>& client);
   void InstallByteLog(quarn::lidar::KtcClient& client);
 
   UserReport& report_;
@@ -61,8 +63,9 @@ class LidarConnection {
   std::atomic<bool> connected_ = false;
   std::atomic<bool> connecting_ = false;
   ByteLog byte_log_;
-  mutable std::mutex mutex_;  // guards client_
+  mutable std::mutex mutex_;  // guards what follows, and the step from connecting to connected
   std::shared_ptr<quarn::lidar::KtcClient> client_;
+  bool interrupted_ = false;  ///< the client was, or none has come since
 };
 
 }  // namespace varkel

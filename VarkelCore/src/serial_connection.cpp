@@ -61,17 +61,25 @@ bool SerialConnection::InitSerial(const std::stop_token& stop, const ConnectionS
     rs485_ = rs485;
     uart_ = uart;
     lines_ = client;
+    interrupted_ = false;
   }
   if (stop.stop_requested()) {
     Interrupt();  // the one that came with the stop may have found no lines yet
     connecting_ = false;
     return false;
   }
-  connected_ = true;
-  report_.Log("Lidar connected", "INFO");
+  bool stands = false;
+  {
+    const std::lock_guard lock(mutex_);
+    stands = Stands(client.get());
+    connected_ = stands;
+  }
+  if (stands) report_.Log("Lidar connected", "INFO");
   connecting_ = false;
+  if (!stands) return false;
   events_.connected();
-  events_.start_info();
+  const std::lock_guard lock(mutex_);
+  if (Stands(client.get())) events_.start_info();
   return true;
 }
 
@@ -88,8 +96,12 @@ void SerialConnection::InitKtcForSerial(const std::stop_token& stop, const Conne
     }
     if (!client->IsOpen()) throw std::runtime_error("TCP connection failed.");
     SetLineRate(*client, settings);
-    connected_ = true;
-    events_.start_info();
+    {
+      const std::lock_guard lock(mutex_);
+      if (!Stands(client.get())) throw std::runtime_error("TCP connection failed.");
+      connected_ = true;
+      events_.start_info();
+    }
     report_.Log("Lidar connected", "INFO");
     if (model_name == kMarvoKtc) events_.read_marvo_versions();
     connecting_ = false;  // whoever hears of the connection finds the attempt ended
@@ -112,12 +124,13 @@ bool SerialConnection::CheckLidarConnection() {
 }
 
 void SerialConnection::Interrupt() {
-  connected_ = false;
   std::shared_ptr<SerialSource> rs485;
   std::shared_ptr<SerialSource> uart;
   std::shared_ptr<KtcClient> client;
   {
     const std::lock_guard lock(mutex_);
+    connected_ = false;
+    interrupted_ = true;
     rs485 = rs485_;
     uart = uart_;
     client = ktc_client_;
@@ -145,6 +158,12 @@ void SerialConnection::Drop() {
   // Who still works with them is not to keep the ports from the next attempt.
   if (rs485) rs485->Close();
   if (uart) uart->Close();
+}
+
+/// Whether an attempt's client is still the one in use: who ends the connection while it is made must not
+/// find it standing afterwards. With mutex_ held.
+bool SerialConnection::Stands(const void* mine) const {
+  return !interrupted_ && (ktc_client_.get() == mine || lines_.get() == mine);
 }
 
 std::shared_ptr<SerialExchange> SerialConnection::KtcExchange() const {
@@ -177,6 +196,7 @@ std::shared_ptr<quarn::lidar::KtcClient> SerialConnection::OpenClient(const std:
     const std::lock_guard lock(mutex_);
     ktc_client_ = client;
     tunnel_ = std::make_shared<KtcSerialClient>(client);
+    interrupted_ = false;
   }
   SleepUnlessStopped(stop, kAcceptTime);
   return client;

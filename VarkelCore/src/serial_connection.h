@@ -25,7 +25,8 @@ namespace varkel {
 class SerialConnection : public SmallSensorLink {
  public:
   struct Events {
-    std::function<void()> start_info;           ///< the connection stands: start the information thread
+    /// The connection stands: start the information thread. Called with a lock held: it must not call back.
+    std::function<void()> start_info;
     std::function<void()> read_marvo_versions;  ///< ahead of the announcement, when a Marvo is connected
     std::function<void()> connected;            ///< announce it
   };
@@ -73,6 +74,7 @@ class SerialConnection : public SmallSensorLink {
 
   std::shared_ptr<KtcClient> OpenClient(const std::stop_token& stop, const ConnectionSettings& settings);
   void SetLineRate(KtcClient& client, const ConnectionSettings& settings);
+  bool Stands(const void* mine) const;
   bool FailLine(const char* notice, const char* log_line);
 
   UserReport& report_;
@@ -81,7 +83,8 @@ class SerialConnection : public SmallSensorLink {
   std::atomic<bool> connecting_ = false;
   ByteLog byte_log_;
 
-  mutable std::mutex mutex_;  // guards what follows
+  mutable std::mutex mutex_;  // guards what follows, and the step from connecting to connected
+  bool interrupted_ = false;  ///< what stands below was, or nothing has come since
   std::shared_ptr<KtcClient> ktc_client_;
   std::shared_ptr<quarn::lidar::KtcSerialClient> tunnel_;
   std::shared_ptr<SerialSource> rs485_;

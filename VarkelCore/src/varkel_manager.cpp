@@ -51,12 +51,19 @@ QVariantList RowMaps(const std::vector<varkel::InfoRow>& rows) {
   return maps;
 }
 
-/// A whole file; nothing when it can't be opened.
-std::optional<std::vector<std::uint8_t>> ReadPackage(const QUrl& file_url) {
-  QFile file(file_url.toLocalFile());
-  if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+/// A firmware package, opened; null when it can't be. Large ones, on slow disks, are read on a worker.
+std::shared_ptr<QFile> OpenPackage(const QUrl& file_url) {
+  auto file = std::make_shared<QFile>(file_url.toLocalFile());
+  return file->open(QIODevice::ReadOnly) ? file : nullptr;
+}
+
+std::vector<std::uint8_t> ReadPackage(QFile& file) {
   const QByteArray content = file.readAll();
-  return std::vector<std::uint8_t>(content.begin(), content.end());
+  return {content.begin(), content.end()};
+}
+
+std::size_t SizeOf(const QFile& file) {
+  return static_cast<std::size_t>(file.size());
 }
 
 }  // namespace
@@ -530,14 +537,14 @@ int VarkelManager::UpgradeLidar(const QUrl& fileUrl, int level1, int level2, int
   const auto client = d_->connection.client();
   const auto catalogue = d_->selection.catalogue();
   if (!client || !client->IsOpen() || d_->IsBusy() || !catalogue) return -1;
-  auto package = ReadPackage(fileUrl);
+  const auto package = OpenPackage(fileUrl);
   if (!package) return 0;
   const VarInfo* var = varkel::VariableAt(*catalogue, level1, level2, level3);
   const std::string command = var == nullptr ? std::string() : varkel::UpgradeCommandText(*var);
   if (command.empty()) return 0;
-  if (!d_->upgrade.Begin(package->size())) return -1;
-  d_->workers.Start([this, client, bytes = std::move(*package), command](const std::stop_token& stop) {
-    d_->upgrade.SendOverNetwork(stop, *client, bytes, command);
+  if (!d_->upgrade.Begin(SizeOf(*package))) return -1;
+  d_->workers.Start([this, client, package, command](const std::stop_token& stop) {
+    d_->upgrade.SendOverNetwork(stop, *client, ReadPackage(*package), command);
   });
   return 0;
 }
@@ -547,12 +554,11 @@ int VarkelManager::ZeltoUpgradeLidar(const QUrl& fileUrl) {
     setErrorMsg(QStringLiteral("lidar is not connected, or lidar is upgrade"));
     return -1;
   }
-  auto package = ReadPackage(fileUrl);
+  const auto package = OpenPackage(fileUrl);
   if (!package) return 0;
-  if (!d_->upgrade.Begin(package->size())) return -1;
-  d_->workers.Start([this, bytes = std::move(*package)](const std::stop_token& stop) {
-    d_->UpgradeSmallSensor(stop, bytes);
-  });
+  if (!d_->upgrade.Begin(SizeOf(*package))) return -1;
+  d_->workers.Start(
+      [this, package](const std::stop_token& stop) { d_->UpgradeSmallSensor(stop, ReadPackage(*package)); });
   return 0;
 }
 
@@ -561,15 +567,15 @@ int VarkelManager::MarvoUpgradeLidar(const QUrl& fileUrl) {
     setErrorMsg(QStringLiteral("lidar is not connected, or lidar is upgrading"));
     return -1;
   }
-  auto package = ReadPackage(fileUrl);
-  if (!package || package->size() < varkel::kMarvoHeaderSize) {
+  const auto package = OpenPackage(fileUrl);
+  if (!package || SizeOf(*package) < varkel::kMarvoHeaderSize) {
     setErrorMsg(package ? QStringLiteral("Upgrade package too small")
                         : QStringLiteral("Failed to open upgrade file"));
     return -1;
   }
-  if (!d_->upgrade.Begin(package->size())) return -1;
-  d_->workers.Start([this, bytes = std::move(*package)](const std::stop_token& stop) {
-    d_->marvo.Run(stop, bytes, d_->upgrade.Run());
+  if (!d_->upgrade.Begin(SizeOf(*package))) return -1;
+  d_->workers.Start([this, package](const std::stop_token& stop) {
+    d_->marvo.Run(stop, ReadPackage(*package), d_->upgrade.Run());
   });
   return 0;
 }
