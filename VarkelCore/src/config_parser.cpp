@@ -342,22 +342,27 @@ bool ConfigParser::GetVarPosOffset(const std::string& cmd, const std::string& va
                 ", file_path = " + path_);
     return false;
   }
+  return GetVarPosOffset(cmd, *var, payload_length, pos_offset);
+}
+
+bool ConfigParser::GetVarPosOffset(const std::string& cmd, VarInfo& var, std::uint32_t payload_length,
+                                   std::pair<std::uint32_t, std::uint32_t>& pos_offset) {
   const auto kind = cmd_kind_map_.find(cmd);
   if (kind == cmd_kind_map_.end()) {
     TraceLookUp("(): don't have this command");
     return false;
   }
-  if (var->set_cmd.empty() && var->get_cmd.empty()) {
-    TraceLookUp("(): this var not supported. var_name = " + var->var_name);
+  if (var.set_cmd.empty() && var.get_cmd.empty()) {
+    TraceLookUp("(): this var not supported. var_name = " + var.var_name);
     return false;
   }
   const auto lock = LockValues();
-  if (var->var_name == kTakesWholePayload) {
-    var->set_start_pos = 0;
-    var->var_len = payload_length;
+  if (var.var_name == kTakesWholePayload) {
+    var.set_start_pos = 0;
+    var.var_len = payload_length;
     pos_offset = {0, payload_length};
   } else {
-    pos_offset = {kind->second == kSetKind ? var->set_start_pos : var->get_start_pos, var->var_len};
+    pos_offset = {kind->second == kSetKind ? var.set_start_pos : var.get_start_pos, var.var_len};
   }
   return true;
 }

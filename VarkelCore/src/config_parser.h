@@ -52,6 +52,9 @@ class ConfigParser {
   /// "Shared Secret Key", whose length is whatever the payload holds. Takes the value lock itself.
   bool GetVarPosOffset(const std::string& cmd, const std::string& var_id, std::uint32_t payload_length,
                        std::pair<std::uint32_t, std::uint32_t>& pos_offset);
+  /// The same for a record of this catalogue.
+  bool GetVarPosOffset(const std::string& cmd, VarInfo& var, std::uint32_t payload_length,
+                       std::pair<std::uint32_t, std::uint32_t>& pos_offset);
 
   /// Guards current_val, var_len and set_start_pos of all records.
   std::unique_lock<std::mutex> LockValues() const { return std::unique_lock<std::mutex>(value_mutex_); }

@@ -173,7 +173,7 @@ bool PageReader::updateSingleVarFromOutput(ConfigParser& catalogue, VarInfo& var
   if (var.var_type.empty()) throw std::invalid_argument(kOperation + "(): Error with the input var_info");
 
   std::pair<std::uint32_t, std::uint32_t> field;
-  if (!catalogue.GetVarPosOffset(var.get_cmd, var.var_id, static_cast<std::uint32_t>(reply.size()), field)) {
+  if (!catalogue.GetVarPosOffset(var.get_cmd, var, static_cast<std::uint32_t>(reply.size()), field)) {
     targets_.report.Log("get <start_pos, offset> failed!", "ERROR");
     return false;
   }

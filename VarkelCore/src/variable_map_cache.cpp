@@ -34,7 +34,9 @@ VariableMapCache::Changing VariableMapCache::Now(const VarInfo& var, const Pendi
 
 void VariableMapCache::Update(Entry& entry, Changing now) {
   const auto bring = [&entry](const QString& key, auto& shown, auto& current, const auto& as_variant) {
-    if (shown != current) entry.map.insert(key, as_variant(current));
+    if (shown == current) return;
+    QVariant value = as_variant(current);
+    entry.map[key].swap(value);
   };
   const auto as_text = [](const std::string& text) { return QString::fromStdString(text); };
   const auto as_is = [](auto value) { return QVariant(value); };
