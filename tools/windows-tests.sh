@@ -9,11 +9,16 @@ server=/usr/lib/wine/wineserver
 place=$PWD/build/wine
 lines=$place/lines
 ports=(COM3 COM4 COM5 COM6 COM12 COM13 COM14 COM15)
-mkdir -p "$place/home" "$lines"
+mkdir -p "$place/home" "$place/prefix" "$lines"
 export WINEPREFIX=$place/prefix WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe=' HOME=$place/home
 unset DISPLAY WAYLAND_DISPLAY
 
 # The output of what stays goes to files: who reads it from a pipe would wait for its end.
+quietly() {
+  local log=$place/$1
+  shift
+  "$@" >"$log" 2>&1 </dev/null || { cat "$log" >&2; exit 1; }
+}
 line_host=
 end() {
   [ -z "$line_host" ] || kill "$line_host" 2>/dev/null || true
@@ -21,9 +26,9 @@ end() {
 }
 trap end EXIT
 "$server" -k >/dev/null 2>&1 || true
-"$server" -p >"$place/server.log" 2>&1 </dev/null
 echo "Wine: preparing $WINEPREFIX"
-"$wine" wineboot -i >"$place/boot.log" 2>&1 </dev/null
+quietly server.log "$server" -p
+quietly boot.log "$wine" wineboot -i
 
 # Serial ports are links: to a name that leads to the pseudo-terminal that the host has made for a test.
 build/windows/line_host "$lines" "${ports[@]}" >"$place/line_host.log" 2>&1 </dev/null &
