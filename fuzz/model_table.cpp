@@ -185,7 +185,7 @@ void ReadAndSave(ConfigParser& catalogue, Bytes answer) {
   const int pages = static_cast<int>(catalogue.module_vars().size());
   for (int page = 0; page < pages; ++page) {
     const auto groups = GroupByGetCommand(ReadableVars(catalogue, page));
-    reader.ReadGroups(catalogue, client, groups, "fuzz", [] { return true; });
+    reader.ReadGroups(catalogue, client, groups, "fuzz", [](bool) { return true; });
     const auto& module = catalogue.module_vars()[static_cast<std::size_t>(page)];
     for (int group = 0; std::cmp_less(group, module.size()); ++group) {
       const int count = static_cast<int>(module[static_cast<std::size_t>(group)].size());

@@ -36,8 +36,8 @@ VarkelManager::Private::Private(VarkelManager* face_in, bool flag, std::string c
       refresher([this](const std::stop_token& stop) { RefreshRound(stop); }),
       page_reads(
           workers,
-          [this](int module) {
-            if (ReadPage(module)) Emit(&VarkelManager::myMapChanged);
+          [this](int module, const std::function<bool()>& replaced) {
+            if (ReadPage(module, replaced)) Emit(&VarkelManager::myMapChanged);
           },
           [this](int module) {
             events.Post([this, module] {
@@ -66,14 +66,15 @@ void VarkelManager::Private::Emit(void (VarkelManager::*notify)()) {
   events.Post([target = face, notify] { std::invoke(notify, *target); });
 }
 
-bool VarkelManager::Private::ReadPage(int module) {
+bool VarkelManager::Private::ReadPage(int module, const std::function<bool()>& replaced) {
   const auto client = connection.usable_client();
   const auto catalogue = selection.catalogue();
   if (connect_type != varkel::kNetwork || !client || IsBusy() || !catalogue) return false;
   if (module < 0 || static_cast<std::size_t>(module) >= catalogue->module_vars().size()) return false;
   const auto groups = varkel::GroupByGetCommand(varkel::ReadableVars(*catalogue, module));
-  reader.ReadGroups(*catalogue, *client, groups, "VarkelManager::GetLidarModuleInfo",
-                    [this] { return connection.is_connected(); });
+  // Who waits for another page need not wait for each time-out of a silent sensor.
+  const auto go_on = [&](bool answered) { return connection.is_connected() && (answered || !replaced()); };
+  reader.ReadGroups(*catalogue, *client, groups, "VarkelManager::GetLidarModuleInfo", go_on);
   return true;
 }
 
@@ -87,7 +88,7 @@ void VarkelManager::Private::RefreshRound(const std::stop_token& stop) {
   }
   const auto groups = varkel::GroupByGetCommand(live);
   const std::size_t read = reader.ReadGroups(*catalogue, *client, groups, "VarkelManager::updatePagesTimer",
-                                             [&stop] { return !stop.stop_requested(); });
+                                             [&stop](bool) { return !stop.stop_requested(); });
   if (read > 0) Emit(&VarkelManager::myTimerMapChanged);
 }
 

@@ -47,8 +47,8 @@ struct VarkelManager::Private : varkel::UserReport {
 
   /// Raises a signal on the user interface's thread.
   void Emit(void (VarkelManager::*notify)());
-  /// Reads a page; false when a guard forbids it.
-  bool ReadPage(int module);
+  /// Reads a page, but no more of a silent sensor's once `replaced` answers true; false when a guard forbids it.
+  bool ReadPage(int module, const std::function<bool()>& replaced);
   void RefreshRound(const std::stop_token& stop);
   bool IsBusy() const { return upgrade.is_upgrading() || downloading_log; }
   /// The client for an operation that must not meet an upgrade or a download; null when it is refused.

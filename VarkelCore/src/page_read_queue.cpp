@@ -4,7 +4,7 @@
 
 namespace varkel {
 
-PageReadQueue::PageReadQueue(WorkerThreads& workers, PageFunction read, PageFunction finished)
+PageReadQueue::PageReadQueue(WorkerThreads& workers, ReadFunction read, PageFunction finished)
     : workers_(workers), read_(std::move(read)), finished_(std::move(finished)) {}
 
 void PageReadQueue::Request(int module) {
@@ -24,9 +24,14 @@ bool PageReadQueue::is_reading() const {
   return reading_;
 }
 
+bool PageReadQueue::HasNext() const {
+  const std::lock_guard lock(mutex_);
+  return next_.has_value();
+}
+
 void PageReadQueue::Work(const std::stop_token& stop, int module) {
   for (;;) {
-    if (!stop.stop_requested()) read_(module);
+    if (!stop.stop_requested()) read_(module, [this] { return HasNext(); });
     std::optional<int> next;
     {
       const std::lock_guard lock(mutex_);

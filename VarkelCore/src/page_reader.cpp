@@ -111,12 +111,14 @@ bool PageReader::GetInfoFromLidar(ConfigParser& catalogue, quarn::lidar::KtcClie
 
 std::size_t PageReader::ReadGroups(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
                                    const std::vector<ReadGroup>& groups, const char* operation,
-                                   const std::function<bool()>& go_on) const {
+                                   const std::function<bool(bool answered)>& go_on) const {
   std::size_t read = 0;
+  bool answered = true;
   for (const ReadGroup& group : groups) {
-    if (!go_on()) break;
+    if (!go_on(answered)) break;
+    answered = false;
     try {
-      GetInfoFromLidarWithSameCmd(catalogue, client, group.vars, FovRead::kTable);
+      answered = GetInfoFromLidarWithSameCmd(catalogue, client, group.vars, FovRead::kTable);
     } catch (const std::exception& error) {
       std::cout << operation << "(): ERROR " << error.what() << ". get_cmd and payload = " << group.key
                 << std::endl;

@@ -56,11 +56,12 @@ class PageReader {
   /// One exchange for one variable; true when it was refreshed.
   bool GetInfoFromLidar(ConfigParser& catalogue, quarn::lidar::KtcClient& client, VarInfo& var) const;
 
-  /// Reads the groups one after the other while `go_on` answers true; faults are written behind the name of
-  /// `operation` and the next group is read. The number of groups read.
+  /// Reads the groups one after the other while `go_on` answers true; it hears whether the group before was
+  /// answered (true ahead of the first). Faults are written behind the name of `operation` and the next group
+  /// is read. The number of groups read.
   std::size_t ReadGroups(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
                          const std::vector<ReadGroup>& groups, const char* operation,
-                         const std::function<bool()>& go_on) const;
+                         const std::function<bool(bool answered)>& go_on) const;
 
  private:
   bool Query(quarn::lidar::KtcClient& client, const VarInfo& first, const char* operation,

@@ -325,7 +325,7 @@ QVariantList VarkelManager::FovList() const {
 }
 
 void VarkelManager::GetLidarModuleInfo(int module) {
-  if (d_->ReadPage(module)) emit myMapChanged();
+  if (d_->ReadPage(module, [] { return false; })) emit myMapChanged();
 }
 
 void VarkelManager::ReadPageInBackground(int module) {

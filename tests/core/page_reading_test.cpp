@@ -94,6 +94,18 @@ class PageReadingTest : public QObject {
     QVERIFY(!bench.manager->isReadingPage());
   }
 
+  void PageThatIsNotAnsweredIsLeftForTheNext() {
+    Bench bench({"0x07=error:9"});
+    QVERIFY(bench.ConnectOn());
+    QSignalSpy finished(bench.manager.get(), &VarkelManager::pageReadFinished);
+    for (const int page : {0, 4}) bench.manager->ReadPageInBackground(page);
+    QTRY_COMPARE(finished.count(), 2);
+    QCOMPARE(bench.sensor->Received(0x0B).size(), 0U);
+    bench.manager->ReadPageInBackground(0);
+    QTRY_COMPARE(finished.count(), 3);
+    QCOMPARE(bench.sensor->Received(0x0B).size(), 1U);
+  }
+
   void EditsSurviveEveryRefresh() {
     Bench bench;
     QVERIFY(bench.ConnectOn(4));
