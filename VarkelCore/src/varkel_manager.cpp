@@ -165,14 +165,18 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   emit lidarClearModel();
   emit lidarModelChanged();
   emit lidarShowModel();
-  if (!fault.empty()) {
-    d_->Log(fault, "ERROR");
-    d_->Error(fault);
+  std::vector<std::string> warnings = varkel::CheckSetPayloads(*d_->selection.catalogue());
+  for (std::string& finding : warnings) {
+    finding.insert(0, "The model table of " + model + " puts fields at wrong places: ");
   }
-  const std::string misplaced = "The model table of " + model + " puts fields at wrong places: ";
-  for (std::string& finding : varkel::CheckSetPayloads(*d_->selection.catalogue())) {
-    d_->Log(finding.insert(0, misplaced), "WARNING");
-  }
+  // Later: at the start the table is loaded before the window that shows this.
+  d_->events.PostLater([d = d_.get(), fault, warnings = std::move(warnings)] {
+    if (!fault.empty()) {
+      d->Log(fault, "ERROR");
+      d->Error(fault);
+    }
+    for (const std::string& warning : warnings) d->Log(warning, "WARNING");
+  });
 }
 
 QVariantList VarkelManager::level1List() const {

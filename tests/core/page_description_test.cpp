@@ -84,6 +84,7 @@ class PageDescriptionTest : public QObject {
     bench.manager->InitConfigFileParser("../../no-model");
     QVERIFY(bench.manager->level1List().isEmpty());
     QVERIFY(bench.manager->myMap().isEmpty());
+    QVERIFY(bench.errors.isEmpty());  // at the start nobody would hear it yet
     const QString error = bench.NextError();
     QVERIFY2(error.contains("no-model.csv"), qPrintable(error));
     QVERIFY(bench.log.contains("ERROR " + error));
