@@ -4,20 +4,25 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-# Google Benchmark programs, and programs that print lines "name<tab>number" themselves.
+# Google Benchmark programs, and programs and scripts that print lines "name<tab>number" themselves.
 benchmarks=(table_bench ktc_bench exchange_bench udp_bench sensor_bench page_bench)
 measures=(table_memory window_measures)
+scripts=(build_times)
 
 wanted=("$@")
-[ $# -gt 0 ] || wanted=("${benchmarks[@]}" "${measures[@]}")
+[ $# -gt 0 ] || wanted=("${benchmarks[@]}" "${measures[@]}" "${scripts[@]}")
 is_wanted() { [[ " ${wanted[*]} " == *" $1 "* ]]; }
 for name in "${wanted[@]}"; do
-  if [[ " ${benchmarks[*]} ${measures[*]} " != *" $name "* ]]; then
-    echo "report.sh: no program $name; there are: ${benchmarks[*]} ${measures[*]}" >&2
+  if [[ " ${benchmarks[*]} ${measures[*]} ${scripts[*]} " != *" $name "* ]]; then
+    echo "report.sh: no program $name; there are: ${benchmarks[*]} ${measures[*]} ${scripts[*]}" >&2
     exit 2
   fi
 done
-tools/build.sh bench "${wanted[@]}" >&2
+programs=()
+for name in "${benchmarks[@]}" "${measures[@]}"; do
+  ! is_wanted "$name" || programs+=("$name")
+done
+[ ${#programs[@]} -eq 0 ] || tools/build.sh bench "${programs[@]}" >&2
 
 figures=$(mktemp)
 trap 'rm -f "$figures"' EXIT
@@ -55,6 +60,11 @@ for name in "${measures[@]}"; do
   is_wanted "$name" || continue
   echo "Measuring: $name" >&2
   "build/bench/bin/$name" >> "$figures"
+done
+for name in "${scripts[@]}"; do
+  is_wanted "$name" || continue
+  echo "Measuring: $name" >&2
+  "bench/$name.sh" >> "$figures"
 done
 
 awk -v all=$(($# == 0)) -f bench/report.awk "$figures" bench/rows.tsv
