@@ -3,6 +3,7 @@
 #include <csv.h>
 
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <filesystem>
 #include <iterator>
@@ -11,8 +12,10 @@
 namespace varkel {
 namespace {
 
-constexpr std::size_t kBlockSize = 16384;
-constexpr std::size_t kCellGrowth = 4096;
+// The block stands on the stack and cells grow by less than 1 KiB: asked for more at once, an allocator may
+// first gather the thousands of pieces that the table before has left, which takes as long as ten rows.
+constexpr std::size_t kBlockSize = 8192;
+constexpr std::size_t kCellGrowth = 1000;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // Blanks belong to the cell: a table's texts are taken as they stand.
@@ -40,11 +43,15 @@ std::string_view CsvRow::CellIfPresent(const CsvColumn& column) const {
   return Cell(column.index_);  // no row has a cell of that place
 }
 
-void CsvRow::Resolve(const CsvColumn& column) const {
-  column.index_ = Find(column);
+// Also called for a cell behind the end of a short row.
+std::string_view CsvRow::CellOfNewColumn(const CsvColumn& column) const {
+  if (column.index_ == CsvColumn::kUnresolved) {
+    column.index_ = Find(column);
+  }
   if (column.index_ == CsvColumn::kUnresolved) {
     throw std::runtime_error("Can't find a column named " + column.name_);
   }
+  return Cell(column.index_);
 }
 
 std::size_t CsvRow::Find(const CsvColumn& column) const {
@@ -97,6 +104,7 @@ struct CsvTable::Callbacks {
 CsvTable::CsvTable(const std::string& path) : path_(path) {
   std::error_code ignored;
   if (!std::filesystem::is_directory(path, ignored)) {
+    file_.rdbuf()->pubsetbuf(nullptr, 0);  // ReadBlocks takes whole blocks
     file_.open(path, std::ios::binary);
   }
 }
@@ -116,7 +124,7 @@ void CsvTable::ForEachRow(const std::function<void(const CsvRow&)>& handle) {
 
 void CsvTable::ReadBlocks(Parser& parser) {
   Callbacks callbacks{this, &parser};
-  std::vector<char> block(kBlockSize);
+  std::array<char, kBlockSize> block;
   std::size_t offset = 0;
   for (bool first = true; file_; first = false) {
     file_.read(block.data(), static_cast<std::streamsize>(block.size()));

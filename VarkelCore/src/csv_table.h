@@ -32,17 +32,9 @@ class CsvRow {
   /// The cell's text as it stands in the file, blanks included; empty when the row is too short for it.
   /// Raises std::runtime_error "Can't find a column named …" when the header lacks the column.
   std::string_view Cell(const CsvColumn& column) const {
-    if (column.index_ == CsvColumn::kUnresolved) {
-      Resolve(column);
-    }
-    return Cell(column.index_);
+    return column.index_ < size() ? Text(column.index_) : CellOfNewColumn(column);
   }
-  std::string_view Cell(std::size_t index) const {
-    if (index >= size()) {
-      return {};
-    }
-    return {text_.data() + bounds_[index], bounds_[index + 1] - bounds_[index]};
-  }
+  std::string_view Cell(std::size_t index) const { return index < size() ? Text(index) : std::string_view(); }
   /// As Cell, but a missing column is an empty cell.
   std::string_view CellIfPresent(const CsvColumn& column) const;
 
@@ -53,7 +45,10 @@ class CsvRow {
  private:
   friend class CsvTable;
 
-  void Resolve(const CsvColumn& column) const;
+  std::string_view Text(std::size_t index) const {
+    return {text_.data() + bounds_[index], bounds_[index + 1] - bounds_[index]};
+  }
+  std::string_view CellOfNewColumn(const CsvColumn& column) const;
   std::size_t Find(const CsvColumn& column) const;
 
   std::string text_;                    // all cells, one behind the other

@@ -1,5 +1,6 @@
 #include "VarkelCore/src/table_cells.h"
 
+#include <algorithm>
 #include <array>
 
 #include "VarkelCore/src/var_info.h"
@@ -37,9 +38,12 @@ std::string_view Trim(std::string_view text) {
 
 // Cuts the text up to the next separator off `rest`; without one, all of it.
 std::string_view TakePiece(std::string_view& rest, char separator) {
-  const std::size_t end = rest.find(separator);
+  std::size_t end = 0;  // pieces are a few characters, too few for a search by words
+  while (end < rest.size() && rest[end] != separator) {
+    ++end;
+  }
   const std::string_view piece = rest.substr(0, end);
-  rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
+  rest.remove_prefix(std::min(end + 1, rest.size()));
   return piece;
 }
 
