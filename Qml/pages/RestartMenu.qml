@@ -6,36 +6,26 @@ DefaultToolButton {
     id: button
 
     property bool available: false
+    property var menu: null
 
     function lookUp() {
         available = varkel_manager.CheckVarExistsInConfigFileByName("Restart")
                 || varkel_manager.CheckVarExistsInConfigFileByName("Reset");
     }
 
+    function openMenu() {
+        if (!menu) {
+            menu = Qt.createComponent("RestartEntries.qml").createObject(button);
+        }
+        menu.open();
+    }
+
     objectName: "restartButton"
     text: "Restart ▾"
     visible: available && varkel_manager.connectType === 0
     Accessible.name: "Restart or reset"
-    onClicked: menu.open()
+    onClicked: openMenu()
     Component.onCompleted: lookUp()
-
-    DefaultMenu {
-        id: menu
-
-        y: button.height + Theme.gapTiny
-
-        DefaultMenuItem {
-            objectName: "restartItem"
-            text: "Restart"
-            onTriggered: varkel_manager.RestartInBackground()
-        }
-
-        DefaultMenuItem {
-            objectName: "resetItem"
-            text: "Reset All Settings"
-            onTriggered: varkel_manager.ResetInBackground()
-        }
-    }
 
     Connections {
         target: varkel_manager

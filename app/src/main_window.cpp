@@ -6,6 +6,7 @@
 #include <QQuickItem>
 #include <QVBoxLayout>
 #include <QtQml>
+#include <memory>
 
 #include "VarkelCore/src/varkel_manager.h"
 #include "app/src/log_model.h"
@@ -44,6 +45,8 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   manager_->SetVMNowName(module_name);
 
   container_ = QWidget::createWindowContainer(view_);
+  winId();  // makes the window that the toolkit had put off
+  view_->rootContext()->setContextProperty("owner_window", windowHandle());
   view_->rootContext()->setContextProperty("varkel_manager", manager_);
   view_->setSource(QUrl("qrc:/Qml/main.qml"));
   container_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
@@ -56,7 +59,7 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   connect(
       view_, &QQuickWindow::sceneGraphInitialized, this, [this] { view_->requestActivate(); },
       Qt::QueuedConnection);
-  OwnLogWindow();
+  FillAfterFirstFrame();
 }
 
 // The view goes before the controller: the QML would otherwise evaluate its bindings once more, on null.
@@ -66,14 +69,17 @@ MainWindow::~MainWindow() {
   manager_ = nullptr;
 }
 
-// An owned window closes with its owner and does not keep the program running.
-void MainWindow::OwnLogWindow() {
-  const auto* root = view_->rootObject();
-  auto* log_window = root == nullptr ? nullptr : root->property("logWindow").value<QQuickWindow*>();
-  if (log_window != nullptr) {
-    winId();  // makes the window that the toolkit had put off
-    log_window->setTransientParent(windowHandle());
-  }
+// The QML waits with most of what it shows until its frame is on the screen, so that the window appears at
+// once. Queued: the frame may be told of by the thread that painted it.
+void MainWindow::FillAfterFirstFrame() {
+  const auto waiting = std::make_shared<QMetaObject::Connection>();
+  *waiting = connect(
+      view_, &QQuickWindow::frameSwapped, this,
+      [this, waiting] {
+        disconnect(*waiting);
+        if (view_->rootObject() != nullptr) view_->rootObject()->setProperty("shown", true);
+      },
+      Qt::QueuedConnection);
 }
 
 void MainWindow::LayOut() {
