@@ -20,13 +20,10 @@ Rectangle {
     property var notices: ({})
     property var ahead: [] // the types that loadAhead loads, held until they are used
     property var logWindow: null // made when it is first opened
-    readonly property bool busy: watch.connecting || varkel_manager.isReadingPage || varkel_manager.isWorking
 
     // What follows the first frame loads on another thread while that frame is made.
     function loadAhead() {
-        var files = ["pages/ConnectionBar", "pages/Body"].concat(table
-                ? ["rows/HeadingRow", "rows/TextPairRow", "rows/TextRow", "rows/SwitchRow", "rows/ComboRow"]
-                : ["pages/SmallSensorPage"]);
+        var files = ["pages/ConnectionBar", "pages/Body"];
         ahead = files.map(file => Qt.createComponent(file + ".qml", Component.Asynchronous));
     }
 
@@ -128,7 +125,7 @@ Rectangle {
                 varkel_manager.Stop();
             }
         } else {
-            watch.connecting = varkel_manager.ConnectLidar();
+            body.item.connecting = varkel_manager.ConnectLidar();
         }
     }
 
@@ -195,14 +192,6 @@ Rectangle {
         onAboutRequested: root.notice("AboutWindow").show()
     }
 
-    LoadingWidget {
-        objectName: "loadingBar"
-        anchors.left: parent.left
-        anchors.right: parent.right
-        anchors.bottom: topBar.bottom
-        running: root.busy
-    }
-
     TabWidget {
         id: tabs
 
@@ -225,23 +214,10 @@ Rectangle {
             return item ? item.pageOf(module) : null;
         }
 
-        anchors.left: root.table ? tabs.right : parent.left
+        anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: topBar.bottom
         anchors.bottom: parent.bottom
-    }
-
-    ModelCheck {
-        id: modelCheck
-    }
-
-    ConnectionWatch {
-        id: watch
-
-        onLost: {
-            root.printLog("The sensor does not answer any more, so the connection is closed.", "WARNING");
-            root.pressConnect();
-        }
     }
 
     Connections {
@@ -276,10 +252,9 @@ Rectangle {
         }
 
         function onPageReadFinished(module) {
-            if (root.modelCheckDue && module === 0 && varkel_manager.IsConnected) {
+            if (root.modelCheckDue && root.complete && module === 0 && varkel_manager.IsConnected) {
                 root.modelCheckDue = false;
-                root.callErrorInfoWindow(modelCheck.warning(varkel_manager.getLidarPN(),
-                                                            varkel_manager.getLidarSN(), model));
+                root.callErrorInfoWindow(body.item.modelWarning());
                 if (root.currentPage !== 0) {
                     root.readCurrentPage();
                 }

@@ -1,6 +1,9 @@
 #include "app/src/main_window.h"
 
+#include <QFontMetricsF>
+#include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QQmlComponent>
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -14,12 +17,25 @@
 
 namespace {
 
+constexpr char kView[] = "qrc:/Qml/main.qml";
 constexpr char kDefaultModel[] = "Quenta";
 constexpr char kDefaultTable[] = "./Config/varID/Quenta.csv";
 constexpr QSize kInitialSize(1150, 700);
 constexpr QSize kSmallestView(1300, 800);
 constexpr int kSpacing = 6;
 constexpr int kMargin = 11;
+
+// The first text of a font takes a millisecond. These are the fonts of the first frame's texts; another size than
+// the QML's only costs that time.
+void MakeFontsReady() {
+  const std::pair<int, QFont::Weight> kUsed[] = {{22, QFont::Bold}, {13, QFont::Bold}, {13, QFont::Normal}};
+  for (const auto& [pixels, weight] : kUsed) {
+    QFont font = QGuiApplication::font();
+    font.setPixelSize(pixels);
+    font.setWeight(weight);
+    QFontMetricsF(font).horizontalAdvance("Varkel");
+  }
+}
 
 }  // namespace
 
@@ -41,6 +57,9 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   view_ = new QQuickView;
   view_->setResizeMode(QQuickView::SizeRootObjectToView);
   view_->setColor(palette().color(QPalette::Window));
+  // QML's own thread loads the types while this one reads the table and makes the fonts ready.
+  const QQmlComponent types(view_->engine(), QUrl(kView), QQmlComponent::Asynchronous);
+  MakeFontsReady();
   manager_->InitConfigFileParser(kDefaultModel);
   manager_->SetVMNowName(module_name);
 
@@ -48,7 +67,7 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   winId();  // makes the window that the toolkit had put off
   view_->rootContext()->setContextProperty("owner_window", windowHandle());
   view_->rootContext()->setContextProperty("varkel_manager", manager_);
-  view_->setSource(QUrl("qrc:/Qml/main.qml"));
+  view_->setSource(QUrl(kView));
   container_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
   container_->setMinimumSize(kSmallestView);
   container_->setFocusPolicy(Qt::TabFocus);
