@@ -21,11 +21,19 @@ DefaultToolButton {
     }
 
     objectName: "restartButton"
-    text: "Restart ˅" // an arrow that the program's own font has: loading another takes milliseconds
+    text: "Restart"
+    rightPadding: arrow.width + 2 * Theme.gapSmall
     visible: available && varkel_manager.connectType === 0
     Accessible.name: "Restart or reset"
     onClicked: openMenu()
     Component.onCompleted: lookUp()
+
+    DownArrow {
+        id: arrow
+
+        x: button.width - width - Theme.gapSmall
+        y: (button.height - height) / 2
+    }
 
     Connections {
         target: varkel_manager

@@ -25,8 +25,8 @@ constexpr QSize kSmallestView(1300, 800);
 constexpr int kSpacing = 6;
 constexpr int kMargin = 11;
 
-// The first text of a font takes a millisecond. These are the fonts of the first frame's texts; another size than
-// the QML's only costs that time.
+// The first text of a font takes a millisecond. These are the fonts of the first frame's texts; another size
+// than the QML's only costs that time.
 void MakeFontsReady() {
   const std::pair<int, QFont::Weight> kUsed[] = {{22, QFont::Bold}, {13, QFont::Bold}, {13, QFont::Normal}};
   for (const auto& [pixels, weight] : kUsed) {

@@ -33,8 +33,8 @@ QString ModuleName(std::span<char* const> arguments);
 /// Registers a font file; returns its id, or -1 after a warning.
 int LoadApplicationFont(const QString& path, const QString& tag);
 
-/// Registers the program's own fonts, and gives the application's: of the regular one's family, or Qt's own after
-/// a warning.
+/// Registers the program's own fonts, and gives the application's: of the regular one's family, or Qt's own
+/// after a warning.
 QFont LoadFonts();
 
 }  // namespace startup

@@ -16,10 +16,12 @@ std::int64_t SharedClockUs();
 /// Resident memory in KiB.
 std::int64_t ResidentKiB();
 
-/// Runs the application until the window's first frame and the first one that `is_whole` calls whole have been
-/// shown and the events behind them are done. Prints "first_frame_us<tab>N" and "whole_us<tab>N", counted from
-/// the moment in `started_us`, and "resident_kib<tab>N". `is_whole` is asked while no other thread runs QML.
-int ReportFirstFrame(QQuickWindow& window, std::int64_t started_us,
-                     const std::function<bool()>& is_whole = [] { return true; });
+/// Runs the application until the window's first frame and the first one that `is_whole` calls whole have
+/// been shown and the events behind them are done. Prints "first_frame_us<tab>N" and "whole_us<tab>N",
+/// counted from the moment in `started_us`, and "resident_kib<tab>N". `is_whole` is asked while no other
+/// thread runs QML.
+int ReportFirstFrame(
+    QQuickWindow& window, std::int64_t started_us,
+    const std::function<bool()>& is_whole = [] { return true; });
 
 }  // namespace varkel::bench

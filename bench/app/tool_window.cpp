@@ -161,6 +161,6 @@ int main(int argc, char* argv[]) {
   if (what == "log") return MeasureLog(std::atoi(argument));
   Tool tool;
   QQuickView& view = *tool.window->view();
-  return varkel::bench::ReportFirstFrame(view, std::atoll(argument),
-                                         [&view] { return view.rootObject()->property("complete").toBool(); });
+  return varkel::bench::ReportFirstFrame(
+      view, std::atoll(argument), [&view] { return view.rootObject()->property("complete").toBool(); });
 }

@@ -1,11 +1,11 @@
 // Whole-process measures of the window, as lines "name<tab>number". Start and memory take turns with an empty
-// window, ahead of the machine's other work where that is allowed; of nine starts the quickest counts, and the
-// median of the memories.
+// window, ahead of the machine's other work where that is allowed; of nine starts the quickest counts, and
+// the median of the memories.
+#include <pthread.h>
+#include <sched.h>
 #include <QCoreApplication>
 #include <QProcess>
 #include <QStringList>
-#include <pthread.h>
-#include <sched.h>
 
 #include <algorithm>
 #include <cstdio>
