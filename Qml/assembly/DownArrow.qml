@@ -1,8 +1,8 @@
 import QtQuick 2.15
 import "."
 
-// Tells that something drops down. Two strokes: the program's own font has no such sign, and a canvas for each
-// would hold up the start.
+// Tells that something drops down. Two strokes: the program's own font has no such sign, and a canvas for
+// each would hold up the start.
 Item {
     id: arrow
 

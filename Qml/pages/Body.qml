@@ -68,7 +68,8 @@ Item {
         id: watch
 
         onLost: {
-            body.view.printLog("The sensor does not answer any more, so the connection is closed.", "WARNING");
+            body.view.printLog("The sensor does not answer any more, so the connection is closed.",
+                               "WARNING");
             body.view.pressConnect();
         }
     }
