@@ -3,7 +3,8 @@ import Varkel.Shell 1.0
 import "assembly"
 import "pages"
 
-// The main window's content. It turns what the controller says into pages, notices and log lines.
+// The main window's content. It turns what the controller says into pages, notices and log lines. The first
+// frame shows the bar and the list of pages; what fills them follows once that frame is on the screen.
 Rectangle {
     id: root
 
@@ -11,37 +12,56 @@ Rectangle {
     property var pageLists: []
     property int currentPage: 0
     property bool modelCheckDue: false
+    property bool shown: false // set when the first frame is on the screen
+    readonly property bool complete: topBar.complete && body.item !== null
+    readonly property string model: topBar.model
     readonly property bool table: varkel_manager.connectType === 0
     readonly property var tabTitles: pageTitles.concat(["Log", "Send Command"])
-    // Not a child: the program's window stays its owner, as the view that runs this is no window of its own.
-    readonly property LogWindow logWindow: LogWindow {
-        onByteFlowToggled: varkel_manager.SetLogBytesFlowStatus(on)
-        onFailed: root.callErrorInfoWindow(message)
+    property var notices: ({})
+    property var ahead: [] // the types that loadAhead loads, held until they are used
+    property var logWindow: null // made when it is first opened
+
+    // What follows the first frame loads on another thread while that frame is made.
+    function loadAhead() {
+        var files = ["pages/ConnectionBar", "pages/Body"];
+        ahead = files.map(file => Qt.createComponent(file + ".qml", Component.Asynchronous));
     }
-    readonly property bool busy: watch.connecting || varkel_manager.isReadingPage || varkel_manager.isWorking
+
+    // A notice is made when it is first needed.
+    function notice(type) {
+        if (!notices[type]) {
+            notices[type] = Qt.createComponent("assembly/" + type + ".qml").createObject(root);
+            notices[type].accepted.connect(function (context) {
+                if (context !== null) {
+                    saveModule(Number(context));
+                }
+            });
+        }
+        return notices[type];
+    }
 
     function callMessageWindow(msg, btn_text = "OK", module_name = "") {
         if (msg === "") {
             return;
         }
+        var message = notice("MessageWindow");
         if (btn_text === "Continue" && module_name !== "") {
-            messageWindow.notify("The " + msg + "set by the user was detected to be outside the range "
-                                 + "specified in the config file. Do you wish to continue?", btn_text,
-                                 module_name);
+            message.notify("The " + msg + "set by the user was detected to be outside the range "
+                           + "specified in the config file. Do you wish to continue?", btn_text, module_name);
         } else {
-            messageWindow.notify(msg, btn_text);
+            message.notify(msg, btn_text);
         }
     }
 
     function callErrorInfoWindow(msg) {
         if (msg !== "") {
-            errorWindow.notify(msg);
+            notice("ErrorInfoWindow").notify(msg);
         }
     }
 
     function callSuccessInfoWindow(msg) {
         if (msg !== "") {
-            successWindow.notify(msg);
+            notice("SuccessInfoWindow").notify(msg);
         }
     }
 
@@ -51,18 +71,31 @@ Rectangle {
         }
         switch (type) {
         case "ERROR":
-            root.logWindow.printError(msg);
+            log.append(LogModel.Error, msg);
             break;
         case "WARNING":
-            root.logWindow.printWarning(msg);
+            log.append(LogModel.Warning, msg);
             break;
         case "BYTES":
         case "BYTE":
-            root.logWindow.printBytes(msg);
+            log.append(LogModel.Bytes, msg);
             break;
         default:
-            root.logWindow.printInfo(msg);
+            log.append(LogModel.Info, msg);
         }
+    }
+
+    function openLog() {
+        if (!logWindow) {
+            // Its owner is the program's window, as the view that runs this is no window of its own.
+            logWindow = Qt.createComponent("assembly/LogWindow.qml").createObject(windows, {
+                "log": log,
+                "transientParent": owner_window
+            });
+            logWindow.byteFlowToggled.connect(on => varkel_manager.SetLogBytesFlowStatus(on));
+            logWindow.failed.connect(callErrorInfoWindow);
+        }
+        logWindow.present();
     }
 
     function choosePage(index) {
@@ -92,7 +125,7 @@ Rectangle {
                 varkel_manager.Stop();
             }
         } else {
-            watch.connecting = varkel_manager.ConnectLidar();
+            body.item.connecting = varkel_manager.ConnectLidar();
         }
     }
 
@@ -108,7 +141,7 @@ Rectangle {
     }
 
     function requestSave(module) {
-        var page = pages.pageOf(module);
+        var page = body.pageOf(module);
         page.outOfRangeNames = [];
         if (!varkel_manager.IsConnected) {
             callSuccessInfoWindow("Please connect to lidar first");
@@ -126,11 +159,28 @@ Rectangle {
     objectName: "mainView"
     color: Theme.window
 
+    onShownChanged: {
+        topBar.fill();
+        if (!Object.values(notices).some(notice => notice.visible)) {
+            topBar.takeFocus();
+        }
+        body.setSource("pages/Body.qml", { "view": root });
+        ahead = [];
+    }
+
     Component.onCompleted: {
+        loadAhead();
         pageLists = varkel_manager.level2List;
         pageTitles = varkel_manager.level1List;
         varkel_manager.setModuleIndexUse(0);
-        topBar.takeFocus();
+    }
+
+    LogModel {
+        id: log
+    }
+
+    QtObject {
+        id: windows
     }
 
     TopBar {
@@ -139,15 +189,7 @@ Rectangle {
         width: parent.width
         onConnectRequested: root.pressConnect()
         onModelChosen: root.changeModel(name)
-        onAboutRequested: aboutWindow.show()
-    }
-
-    LoadingWidget {
-        objectName: "loadingBar"
-        anchors.left: parent.left
-        anchors.right: parent.right
-        anchors.bottom: topBar.bottom
-        running: root.busy
+        onAboutRequested: root.notice("AboutWindow").show()
     }
 
     TabWidget {
@@ -164,81 +206,18 @@ Rectangle {
         onChosen: root.choosePage(index)
     }
 
-    ModelPages {
-        id: pages
-
-        objectName: "pages"
-        anchors.left: tabs.right
-        anchors.right: parent.right
-        anchors.top: topBar.bottom
-        anchors.bottom: parent.bottom
-        visible: root.table
-        titles: root.pageTitles
-        lists: root.pageLists
-        currentIndex: root.currentPage
-        onCancelRequested: {
-            varkel_manager.ClearSetMap();
-            varkel_manager.ReadPageInBackground(module);
-        }
-        onSaveRequested: root.requestSave(module)
-        onRefused: root.callErrorInfoWindow(message)
-        onLogRequested: root.logWindow.present()
-    }
-
     Loader {
+        id: body
+
+        // The page of this module, null while it has not been shown yet.
+        function pageOf(module) {
+            return item ? item.pageOf(module) : null;
+        }
+
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: topBar.bottom
         anchors.bottom: parent.bottom
-        active: !root.table
-        visible: active
-        sourceComponent: Zelto {
-            selectedModel: topBar.model
-            commands.history: varkel_manager.SendCommandHistory
-            commands.replyHeader: varkel_manager.SendKtcCommandReturnHeader
-            commands.replyPayload: varkel_manager.SendKtcCommandReturnPayload
-            commands.onSend: varkel_manager.SendCommandInBackground(code, payload)
-            onLogRequested: root.logWindow.present()
-        }
-    }
-
-    MessageWindow {
-        id: messageWindow
-
-        onAccepted: {
-            if (context !== null) {
-                root.saveModule(Number(context));
-            }
-        }
-    }
-
-    ErrorInfoWindow {
-        id: errorWindow
-    }
-
-    SuccessInfoWindow {
-        id: successWindow
-    }
-
-    AboutWindow {
-        id: aboutWindow
-    }
-
-    PageShortcuts {
-        onChosen: root.choosePage(index)
-    }
-
-    ModelCheck {
-        id: modelCheck
-    }
-
-    ConnectionWatch {
-        id: watch
-
-        onLost: {
-            root.printLog("The sensor does not answer any more, so the connection is closed.", "WARNING");
-            root.pressConnect();
-        }
     }
 
     Connections {
@@ -259,7 +238,7 @@ Rectangle {
         }
 
         function onSomeVarOutOfRange(var_name) {
-            var page = pages.pageOf(root.currentPage);
+            var page = body.pageOf(root.currentPage);
             if (page) {
                 page.markOutOfRange(var_name);
             }
@@ -273,10 +252,9 @@ Rectangle {
         }
 
         function onPageReadFinished(module) {
-            if (root.modelCheckDue && module === 0 && varkel_manager.IsConnected) {
+            if (root.modelCheckDue && root.complete && module === 0 && varkel_manager.IsConnected) {
                 root.modelCheckDue = false;
-                root.callErrorInfoWindow(modelCheck.warning(varkel_manager.getLidarPN(),
-                                                            varkel_manager.getLidarSN(), topBar.model));
+                root.callErrorInfoWindow(body.item.modelWarning());
                 if (root.currentPage !== 0) {
                     root.readCurrentPage();
                 }

@@ -45,24 +45,12 @@ T.ComboBox {
         Accessible.ignored: true
     }
 
-    indicator: Canvas {
+    indicator: DownArrow {
         id: arrow
 
         x: combo.width - width - Theme.gapSmall
         y: (combo.height - height) / 2
-        width: Theme.gapSmall + 2
-        height: Theme.gapTiny + 2
         visible: combo.enabled
-        onPaint: {
-            var context = getContext("2d");
-            context.reset();
-            context.moveTo(1, 1);
-            context.lineTo(width / 2, height - 1);
-            context.lineTo(width - 1, 1);
-            context.lineWidth = 1.5;
-            context.strokeStyle = Theme.textMuted;
-            context.stroke();
-        }
     }
 
     background: Rectangle {

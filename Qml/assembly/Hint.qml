@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "."
 
-// The tooltip of the control that it fills, below or beside it; made only while the pointer rests
+// The tooltip of the control that it fills, below or beside it; loaded only while the pointer rests
 // there, as pages have hundreds.
 Loader {
     id: hint
@@ -12,14 +12,5 @@ Loader {
 
     anchors.fill: parent
     active: shown && text.length > 0
-
-    sourceComponent: Item {
-        DefaultToolTip {
-            text: hint.text
-            beside: hint.beside
-
-            // Opened when complete, so that it heeds its delay.
-            Component.onCompleted: open()
-        }
-    }
+    source: "HintPlace.qml"
 }

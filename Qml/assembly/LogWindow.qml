@@ -1,34 +1,17 @@
 import QtQuick 2.15
-import QtQuick.Dialogs 1.3
 import QtQuick.Layouts 1.15
 import QtQuick.Window 2.15
 import Varkel.Shell 1.0
 import "."
 
-// The session's log in a window of its own. It gathers lines from the start, also while it is hidden.
+// The session's log in a window of its own.
 Window {
     id: logWindow
 
-    property alias log: logModel
+    property LogModel log
 
     signal byteFlowToggled(bool on)
     signal failed(string message)
-
-    function printInfo(message) {
-        logModel.append(LogModel.Info, message);
-    }
-
-    function printWarning(message) {
-        logModel.append(LogModel.Warning, message);
-    }
-
-    function printError(message) {
-        logModel.append(LogModel.Error, message);
-    }
-
-    function printBytes(message) {
-        logModel.append(LogModel.Bytes, message);
-    }
 
     function present() {
         show();
@@ -43,10 +26,6 @@ Window {
     minimumWidth: Theme.logWindowWidth / 2
     minimumHeight: Theme.logWindowHeight / 2
     color: Theme.window
-
-    LogModel {
-        id: logModel
-    }
 
     Shortcut {
         sequence: "Esc"
@@ -64,36 +43,31 @@ Window {
 
         LogBar {
             Layout.fillWidth: true
-            log: logModel
+            log: logWindow.log
             onByteFlowToggled: logWindow.byteFlowToggled(on)
-            onSaveRequested: saveDialog.active = true
+            onSaveRequested: question.ask({
+                "title": "Save the log",
+                "selectExisting": false,
+                "defaultSuffix": "txt",
+                "nameFilters": ["Text files (*.txt)", "All files (*)"]
+            })
         }
 
         LogList {
             Layout.fillWidth: true
             Layout.fillHeight: true
-            log: logModel
+            log: logWindow.log
         }
     }
 
-    Loader {
-        id: saveDialog
+    FileQuestion {
+        id: question
 
-        active: false
-        sourceComponent: FileDialog {
-            title: "Save the log"
-            selectExisting: false
-            defaultSuffix: "txt"
-            nameFilters: ["Text files (*.txt)", "All files (*)"]
-            onAccepted: {
-                var error = logModel.save(fileUrl);
-                if (error.length > 0) {
-                    logWindow.failed(error);
-                }
-                saveDialog.active = false;
+        onChosen: {
+            var error = logWindow.log.save(file);
+            if (error.length > 0) {
+                logWindow.failed(error);
             }
-            onRejected: saveDialog.active = false
-            Component.onCompleted: open()
         }
     }
 }

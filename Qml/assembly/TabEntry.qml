@@ -1,38 +1,39 @@
 import QtQuick 2.15
-import QtQuick.Templates 2.15 as T
 import "."
 
-// One page's entry in the list of pages.
-T.AbstractButton {
+// One page's entry in the list of pages. Made of plain items, as it stands in the window's first frame: the
+// controls' module is loaded after that.
+Item {
     id: entry
 
     property bool current: false
+    property string text
     property string shortcutText
+    property bool clickedLast: false
+    readonly property bool visualFocus: activeFocus && !clickedLast
+
+    signal clicked
 
     implicitHeight: Theme.tabHeight
-    leftPadding: Theme.gapLarge
-    rightPadding: Theme.gapSmall
-    hoverEnabled: true
-    focusPolicy: Qt.StrongFocus
+    activeFocusOnTab: true
 
     Accessible.role: Accessible.PageTab
     Accessible.name: text
     Accessible.selected: current
+    Accessible.focusable: true
+    Accessible.onPressAction: clicked()
 
     Keys.onReturnPressed: clicked()
     Keys.onEnterPressed: clicked()
+    Keys.onSpacePressed: clicked()
 
-    contentItem: BodyText {
-        text: entry.text
-        color: entry.current || entry.hovered ? Theme.text : Theme.textMuted
-        font.bold: entry.current
-        elide: Text.ElideRight
-        Accessible.ignored: true
-    }
+    onActiveFocusChanged: clickedLast = activeFocus && pointer.pressed
 
-    background: Rectangle {
+    Rectangle {
+        anchors.fill: parent
         color: entry.current ? Theme.window
-                             : entry.pressed ? Theme.button : entry.hovered ? Theme.raised : "transparent"
+                             : pointer.pressed ? Theme.button
+                                               : pointer.containsMouse ? Theme.raised : "transparent"
         border.width: entry.visualFocus ? Theme.line : 0
         border.color: Theme.borderFocus
 
@@ -44,8 +45,28 @@ T.AbstractButton {
         }
     }
 
+    BodyText {
+        anchors.fill: parent
+        anchors.leftMargin: Theme.gapLarge
+        anchors.rightMargin: Theme.gapSmall
+        text: entry.text
+        color: entry.current || pointer.containsMouse ? Theme.text : Theme.textMuted
+        font.bold: entry.current
+        elide: Text.ElideRight
+        Accessible.ignored: true
+    }
+
+    MouseArea {
+        id: pointer
+
+        anchors.fill: parent
+        hoverEnabled: true
+        onPressed: entry.forceActiveFocus(Qt.MouseFocusReason)
+        onClicked: entry.clicked()
+    }
+
     Hint {
         text: entry.shortcutText
-        shown: entry.hovered
+        shown: pointer.containsMouse
     }
 }

@@ -1,5 +1,4 @@
 import QtQuick 2.15
-import QtQuick.Templates 2.15 as T
 import Varkel.Shell 1.0
 import "."
 
@@ -25,7 +24,14 @@ Rectangle {
         contentHeight: column.height
         boundsBehavior: Flickable.StopAtBounds
         clip: true
-        T.ScrollBar.vertical: DefaultScrollBar {}
+
+        readonly property bool overflows: contentHeight > height && height > 0
+
+        onOverflowsChanged: {
+            if (overflows) {
+                scrollBar.setSource("ViewScrollBar.qml", { "view": flick });
+            }
+        }
 
         Column {
             id: column
@@ -47,6 +53,14 @@ Rectangle {
                 }
             }
         }
+    }
+
+    Loader {
+        id: scrollBar
+
+        anchors.right: parent.right
+        anchors.top: flick.top
+        anchors.bottom: flick.bottom
     }
 
     Rectangle {

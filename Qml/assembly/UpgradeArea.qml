@@ -1,5 +1,4 @@
 import QtQuick 2.15
-import QtQuick.Dialogs 1.3
 import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
 import "."
@@ -19,6 +18,15 @@ Item {
 
     signal fileChosen(url file)
     signal fileRefused(url file)
+
+    function ask() {
+        question.ask({
+            "title": "Choose an upgrade package",
+            "nameFilters": ["Upgrade packages (" + endings.map(function (ending) {
+                return "*" + ending;
+            }).join(" ") + ")", "All files (*)"]
+        });
+    }
 
     function offer(file) {
         var path = file.toString();
@@ -50,7 +58,7 @@ Item {
                 objectName: "attachButton"
                 text: "Attach File"
                 enabled: !area.upgrading
-                onClicked: dialog.active = true
+                onClicked: area.ask()
             }
 
             BodyText {
@@ -75,7 +83,7 @@ Item {
             height: Theme.dropHeight
             text: "Click to Upload or Drop Files Here"
             enabled: !area.upgrading
-            onClicked: dialog.active = true
+            onClicked: area.ask()
             onDropped: area.offer(file)
         }
 
@@ -97,21 +105,9 @@ Item {
         }
     }
 
-    Loader {
-        id: dialog
+    FileQuestion {
+        id: question
 
-        active: false
-        sourceComponent: FileDialog {
-            title: "Choose an upgrade package"
-            nameFilters: ["Upgrade packages (" + area.endings.map(function (ending) {
-                return "*" + ending;
-            }).join(" ") + ")", "All files (*)"]
-            onAccepted: {
-                dialog.active = false;
-                area.offer(fileUrl);
-            }
-            onRejected: dialog.active = false
-            Component.onCompleted: open()
-        }
+        onChosen: area.offer(file)
     }
 }

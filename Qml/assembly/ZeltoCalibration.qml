@@ -1,5 +1,4 @@
 import QtQuick 2.15
-import QtQuick.Dialogs 1.3
 import QtQuick.Layouts 1.15
 import "."
 
@@ -43,23 +42,15 @@ LabelledRow {
         objectName: "zeltoCalibrationDownload"
         text: "Download"
         tip: "Asks first for the folder to put it in"
-        onClicked: dialog.active = true
+        onClicked: question.ask({
+            "title": "Choose the folder for the calibration file",
+            "selectFolder": true
+        })
     }
 
-    Loader {
-        id: dialog
+    FileQuestion {
+        id: question
 
-        visible: false
-        active: false
-        sourceComponent: FileDialog {
-            title: "Choose the folder for the calibration file"
-            selectFolder: true
-            onAccepted: {
-                dialog.active = false;
-                row.save(fileUrl);
-            }
-            onRejected: dialog.active = false
-            Component.onCompleted: open()
-        }
+        onChosen: row.save(file)
     }
 }

@@ -1,5 +1,4 @@
 import QtQuick 2.15
-import QtQuick.Dialogs 1.3
 import QtQuick.Layouts 1.15
 import QtQuick.Templates 2.15 as T
 import Varkel.Shell 1.0
@@ -18,7 +17,14 @@ Flickable {
     // The downloads ask first where to: the operation log becomes one archive, others a file in a folder.
     function ask(name) {
         wantedLog = name;
-        dialog.active = true;
+        var archive = name === operationLog;
+        question.ask({
+            "title": archive ? "Save the operation log" : "Choose the folder for the log",
+            "selectFolder": !archive,
+            "selectExisting": !archive,
+            "defaultSuffix": "tar",
+            "nameFilters": archive ? ["Archives (*.tar)", "All files (*)"] : []
+        });
     }
 
     function download(target) {
@@ -88,25 +94,10 @@ Flickable {
         }
     }
 
-    Loader {
-        id: dialog
+    FileQuestion {
+        id: question
 
-        active: false
-        sourceComponent: FileDialog {
-            readonly property bool archive: page.wantedLog === page.operationLog
-
-            title: archive ? "Save the operation log" : "Choose the folder for the log"
-            selectFolder: !archive
-            selectExisting: !archive
-            defaultSuffix: "tar"
-            nameFilters: archive ? ["Archives (*.tar)", "All files (*)"] : []
-            onAccepted: {
-                dialog.active = false;
-                page.download(fileUrl);
-            }
-            onRejected: dialog.active = false
-            Component.onCompleted: open()
-        }
+        onChosen: page.download(file)
     }
 
     Connections {

@@ -2,8 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// The pages of the selected model, then the log page and the command page. A page is made when it is first
-// shown.
+// The pages of the selected model, then the log page and the command page.
 Item {
     id: pages
 
@@ -29,18 +28,12 @@ Item {
 
         model: pages.titles
 
-        Loader {
+        PageLoader {
             id: loader
 
             readonly property int module: index
-            readonly property bool current: index === pages.currentIndex
 
-            anchors.fill: parent
-            visible: current
-            active: false
-            onCurrentChanged: active = active || current
-            Component.onCompleted: active = current
-
+            current: index === pages.currentIndex
             sourceComponent: ModelPage {
                 module: loader.module
                 title: pages.titles[loader.module] || ""
@@ -52,14 +45,23 @@ Item {
         }
     }
 
-    LogPage {
-        anchors.fill: parent
-        visible: pages.currentIndex === pages.logIndex
-        onLogRequested: pages.logRequested()
+    PageLoader {
+        id: logPage
+
+        current: pages.currentIndex === pages.logIndex
+        source: "LogPage.qml"
     }
 
-    CommandPage {
-        anchors.fill: parent
-        visible: pages.currentIndex === pages.commandIndex
+    Connections {
+        target: logPage.item
+
+        function onLogRequested() {
+            pages.logRequested();
+        }
+    }
+
+    PageLoader {
+        current: pages.currentIndex === pages.commandIndex
+        source: "CommandPage.qml"
     }
 }

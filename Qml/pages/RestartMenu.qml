@@ -6,35 +6,33 @@ DefaultToolButton {
     id: button
 
     property bool available: false
+    property var menu: null
 
     function lookUp() {
         available = varkel_manager.CheckVarExistsInConfigFileByName("Restart")
                 || varkel_manager.CheckVarExistsInConfigFileByName("Reset");
     }
 
+    function openMenu() {
+        if (!menu) {
+            menu = Qt.createComponent("RestartEntries.qml").createObject(button);
+        }
+        menu.open();
+    }
+
     objectName: "restartButton"
-    text: "Restart ▾"
+    text: "Restart"
+    rightPadding: arrow.width + 2 * Theme.gapSmall
     visible: available && varkel_manager.connectType === 0
     Accessible.name: "Restart or reset"
-    onClicked: menu.open()
+    onClicked: openMenu()
     Component.onCompleted: lookUp()
 
-    DefaultMenu {
-        id: menu
+    DownArrow {
+        id: arrow
 
-        y: button.height + Theme.gapTiny
-
-        DefaultMenuItem {
-            objectName: "restartItem"
-            text: "Restart"
-            onTriggered: varkel_manager.RestartInBackground()
-        }
-
-        DefaultMenuItem {
-            objectName: "resetItem"
-            text: "Reset All Settings"
-            onTriggered: varkel_manager.ResetInBackground()
-        }
+        x: button.width - width - Theme.gapSmall
+        y: (button.height - height) / 2
     }
 
     Connections {

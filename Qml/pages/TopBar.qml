@@ -1,24 +1,23 @@
 import QtQuick 2.15
-import QtQuick.Layouts 1.15
 import "../assembly"
 
-// The head of the window: where the sensor is, which model it is, and the connection.
+// The head of the window: its name and, once filled, the connection.
 Rectangle {
     id: bar
 
-    readonly property alias model: modelCombo.selected
+    readonly property string model: connection.item ? connection.item.model : ""
+    readonly property bool complete: connection.item !== null
 
     signal connectRequested
     signal modelChosen(string name)
     signal aboutRequested
 
-    function takeFocus() {
-        fields.takeFocus();
+    function fill() {
+        connection.source = "ConnectionBar.qml";
     }
 
-    function pressConnect() {
-        fields.finish();
-        connectRequested();
+    function takeFocus() {
+        connection.item.takeFocus();
     }
 
     implicitHeight: Theme.topBarHeight
@@ -27,72 +26,45 @@ Rectangle {
     Accessible.role: Accessible.ToolBar
     Accessible.name: "Connection"
 
-    RowLayout {
-        anchors.fill: parent
+    BodyText {
+        id: title
+
+        anchors.left: parent.left
         anchors.leftMargin: Theme.gapLarge
-        anchors.rightMargin: Theme.gapLarge
+        anchors.bottom: parent.bottom
         anchors.bottomMargin: Theme.topBarInset
-        spacing: Theme.gap
+        height: Theme.controlHeight
+        text: "Varkel"
+        font.pixelSize: Theme.fontTitle
+        font.bold: true
+        Accessible.role: Accessible.Heading
+    }
 
-        BodyText {
-            Layout.alignment: Qt.AlignBottom
-            Layout.preferredHeight: Theme.controlHeight
-            Layout.rightMargin: Theme.gapSmall
-            text: "Varkel"
-            font.pixelSize: Theme.fontTitle
-            font.bold: true
-            Accessible.role: Accessible.Heading
+    Loader {
+        id: connection
+
+        anchors.left: title.right
+        anchors.leftMargin: Theme.gap + Theme.gapSmall
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.gapLarge
+        anchors.top: parent.top
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: Theme.topBarInset
+    }
+
+    Connections {
+        target: connection.item
+
+        function onConnectRequested() {
+            bar.connectRequested();
         }
 
-        ConnectionFields {
-            id: fields
-
-            Layout.alignment: Qt.AlignBottom
-            onAccepted: {
-                if (!varkel_manager.IsConnected) {
-                    bar.pressConnect();
-                }
-            }
+        function onModelChosen(name) {
+            bar.modelChosen(name);
         }
 
-        Item {
-            Layout.fillWidth: true
-        }
-
-        ConnectionLight {
-            objectName: "connectionLight"
-            Layout.alignment: Qt.AlignBottom
-            Layout.bottomMargin: (Theme.controlHeight - height) / 2
-            connected: varkel_manager.IsConnected
-        }
-
-        ModelCombo {
-            id: modelCombo
-
-            Layout.alignment: Qt.AlignBottom
-            onChosen: bar.modelChosen(name)
-        }
-
-        DefaultToolButton {
-            objectName: "connectButton"
-            Layout.alignment: Qt.AlignBottom
-            text: varkel_manager.IsConnected ? "Disconnect" : "Connect"
-            primary: !varkel_manager.IsConnected
-            enabled: !varkel_manager.IsDownloadLog
-            onClicked: bar.pressConnect()
-        }
-
-        RestartMenu {
-            Layout.alignment: Qt.AlignBottom
-        }
-
-        DefaultToolButton {
-            objectName: "aboutButton"
-            Layout.alignment: Qt.AlignBottom
-            implicitWidth: Theme.buttonWidth - Theme.margin
-            text: "About"
-            quiet: true
-            onClicked: bar.aboutRequested()
+        function onAboutRequested() {
+            bar.aboutRequested();
         }
     }
 

@@ -2,7 +2,6 @@
 #include <QDebug>
 #include <QDir>
 #include <QFileInfo>
-#include <QFontDatabase>
 #include <QIcon>
 #include <QStandardPaths>
 #include <optional>
@@ -28,22 +27,6 @@ void GoToInstallRoot() {
   const QString root = startup::InstallRoot(application_dir);
   QDir::setCurrent(root);
   qDebug() << "[Varkel] applicationDirPath:" << application_dir << "installRoot:" << root;
-}
-
-QFont LoadFonts() {
-  startup::LoadApplicationFont(startup::kBoldFont, "Roboto-Bold");
-  const int regular = startup::LoadApplicationFont(startup::kRegularFont, "Roboto-Regular");
-  QFont font;
-  if (regular >= 0) {
-    const QStringList families = QFontDatabase::applicationFontFamilies(regular);
-    if (families.isEmpty()) {
-      qWarning() << "[Varkel] applicationFontFamilies empty for"
-                 << "Roboto-Regular absolutePath:" << QFileInfo(startup::kRegularFont).absoluteFilePath();
-    } else {
-      font.setFamily(families.first());
-    }
-  }
-  return font;
 }
 
 void SetIdentity() {
@@ -84,7 +67,7 @@ int main(int argc, char* argv[]) {
   QApplication application(argc, argv);
   const auto plan = tour::PlanFromArguments(QCoreApplication::arguments());  // its folder is meant from here
   GoToInstallRoot();
-  const QFont font = LoadFonts();
+  const QFont font = startup::LoadFonts();
   QApplication::setPalette(palette);
   QApplication::setFont(font);
   SetIdentity();

@@ -1,11 +1,15 @@
 #include "app/src/main_window.h"
 
+#include <QFontMetricsF>
+#include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QQmlComponent>
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QVBoxLayout>
 #include <QtQml>
+#include <memory>
 
 #include "VarkelCore/src/varkel_manager.h"
 #include "app/src/log_model.h"
@@ -13,12 +17,25 @@
 
 namespace {
 
+constexpr char kView[] = "qrc:/Qml/main.qml";
 constexpr char kDefaultModel[] = "Quenta";
 constexpr char kDefaultTable[] = "./Config/varID/Quenta.csv";
 constexpr QSize kInitialSize(1150, 700);
 constexpr QSize kSmallestView(1300, 800);
 constexpr int kSpacing = 6;
 constexpr int kMargin = 11;
+
+// The first text of a font takes a millisecond. These are the fonts of the first frame's texts; another size
+// than the QML's only costs that time.
+void MakeFontsReady() {
+  const std::pair<int, QFont::Weight> kUsed[] = {{22, QFont::Bold}, {13, QFont::Bold}, {13, QFont::Normal}};
+  for (const auto& [pixels, weight] : kUsed) {
+    QFont font = QGuiApplication::font();
+    font.setPixelSize(pixels);
+    font.setWeight(weight);
+    QFontMetricsF(font).horizontalAdvance("Varkel");
+  }
+}
 
 }  // namespace
 
@@ -40,12 +57,17 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   view_ = new QQuickView;
   view_->setResizeMode(QQuickView::SizeRootObjectToView);
   view_->setColor(palette().color(QPalette::Window));
+  // QML's own thread loads the types while this one reads the table and makes the fonts ready.
+  const QQmlComponent types(view_->engine(), QUrl(kView), QQmlComponent::Asynchronous);
+  MakeFontsReady();
   manager_->InitConfigFileParser(kDefaultModel);
   manager_->SetVMNowName(module_name);
 
   container_ = QWidget::createWindowContainer(view_);
+  winId();  // makes the window that the toolkit had put off
+  view_->rootContext()->setContextProperty("owner_window", windowHandle());
   view_->rootContext()->setContextProperty("varkel_manager", manager_);
-  view_->setSource(QUrl("qrc:/Qml/main.qml"));
+  view_->setSource(QUrl(kView));
   container_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
   container_->setMinimumSize(kSmallestView);
   container_->setFocusPolicy(Qt::TabFocus);
@@ -56,7 +78,7 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   connect(
       view_, &QQuickWindow::sceneGraphInitialized, this, [this] { view_->requestActivate(); },
       Qt::QueuedConnection);
-  OwnLogWindow();
+  FillAfterFirstFrame();
 }
 
 // The view goes before the controller: the QML would otherwise evaluate its bindings once more, on null.
@@ -66,14 +88,17 @@ MainWindow::~MainWindow() {
   manager_ = nullptr;
 }
 
-// An owned window closes with its owner and does not keep the program running.
-void MainWindow::OwnLogWindow() {
-  const auto* root = view_->rootObject();
-  auto* log_window = root == nullptr ? nullptr : root->property("logWindow").value<QQuickWindow*>();
-  if (log_window != nullptr) {
-    winId();  // makes the window that the toolkit had put off
-    log_window->setTransientParent(windowHandle());
-  }
+// The QML waits with most of what it shows until its frame is on the screen, so that the window appears at
+// once. Queued: the frame may be told of by the thread that painted it.
+void MainWindow::FillAfterFirstFrame() {
+  const auto waiting = std::make_shared<QMetaObject::Connection>();
+  *waiting = connect(
+      view_, &QQuickWindow::frameSwapped, this,
+      [this, waiting] {
+        disconnect(*waiting);
+        if (view_->rootObject() != nullptr) view_->rootObject()->setProperty("shown", true);
+      },
+      Qt::QueuedConnection);
 }
 
 void MainWindow::LayOut() {

@@ -29,7 +29,7 @@ class MainWindow : public QMainWindow {
 
  private:
   void LayOut();
-  void OwnLogWindow();
+  void FillAfterFirstFrame();
 
   QWidget* central_widget_ = nullptr;
   QHBoxLayout* horizontal_layout_ = nullptr;

@@ -94,4 +94,20 @@ int LoadApplicationFont(const QString& path, const QString& tag) {
   return id;
 }
 
+QFont LoadFonts() {
+  LoadApplicationFont(kBoldFont, "Roboto-Bold");
+  const int regular = LoadApplicationFont(kRegularFont, "Roboto-Regular");
+  QFont font;
+  if (regular >= 0) {
+    const QStringList families = QFontDatabase::applicationFontFamilies(regular);
+    if (families.isEmpty()) {
+      qWarning() << "[Varkel] applicationFontFamilies empty for"
+                 << "Roboto-Regular absolutePath:" << QFileInfo(kRegularFont).absoluteFilePath();
+    } else {
+      font.setFamily(families.first());
+    }
+  }
+  return font;
+}
+
 }  // namespace startup

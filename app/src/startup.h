@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFont>
 #include <QPalette>
 #include <QString>
 #include <span>
@@ -31,5 +32,9 @@ QString ModuleName(std::span<char* const> arguments);
 
 /// Registers a font file; returns its id, or -1 after a warning.
 int LoadApplicationFont(const QString& path, const QString& tag);
+
+/// Registers the program's own fonts, and gives the application's: of the regular one's family, or Qt's own
+/// after a warning.
+QFont LoadFonts();
 
 }  // namespace startup

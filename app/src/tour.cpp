@@ -245,8 +245,8 @@ int Guide::Run() {
   if (!QDir().mkpath(plan_.folder)) {
     return Fail("the folder " + plan_.folder + " can't be made.");
   }
-  // A picture can only be taken of a window that has been painted.
-  WaitUntil([this] { return view_.isExposed() && view_.isSceneGraphInitialized(); }, kPaintMs);
+  // The window fills when its frame has been painted.
+  WaitUntil([this] { return view_.rootObject()->property("complete").toBool(); }, kPaintMs);
   if (!Connect()) {
     return 1;
   }

@@ -30,15 +30,22 @@ std::int64_t ResidentKiB() {
   return 0;
 }
 
-int ReportFirstFrame(QQuickWindow& window, std::int64_t started_us) {
+int ReportFirstFrame(QQuickWindow& window, std::int64_t started_us, const std::function<bool()>& is_whole) {
   std::int64_t shown_us = 0;
+  std::int64_t whole_us = 0;
+  bool paints_whole = false;
+  QObject::connect(
+      &window, &QQuickWindow::afterSynchronizing, &window, [&] { paints_whole = is_whole(); },
+      Qt::DirectConnection);
   QObject::connect(&window, &QQuickWindow::frameSwapped, &window, [&] {
-    if (shown_us != 0) return;
-    shown_us = SharedClockUs();
+    if (shown_us == 0) shown_us = SharedClockUs();
+    if (whole_us != 0 || !paints_whole) return;
+    whole_us = SharedClockUs();
     QTimer::singleShot(500, qGuiApp, [] { QGuiApplication::quit(); });
   });
   const int result = QGuiApplication::exec();
-  std::printf("first_frame_us\t%lld\nresident_kib\t%lld\n", static_cast<long long>(shown_us - started_us),
+  std::printf("first_frame_us\t%lld\nwhole_us\t%lld\nresident_kib\t%lld\n",
+              static_cast<long long>(shown_us - started_us), static_cast<long long>(whole_us - started_us),
               static_cast<long long>(ResidentKiB()));
   return result;
 }

@@ -2,6 +2,7 @@
 
 #include <QQuickWindow>
 #include <cstdint>
+#include <functional>
 
 /// What a program tells of itself once its window is on the screen.
 namespace varkel::bench {
@@ -15,8 +16,12 @@ std::int64_t SharedClockUs();
 /// Resident memory in KiB.
 std::int64_t ResidentKiB();
 
-/// Runs the application until the window's first frame has been shown and the events behind it are done:
-/// prints "first_frame_us<tab>N", counted from the moment in `started_us`, and "resident_kib<tab>N".
-int ReportFirstFrame(QQuickWindow& window, std::int64_t started_us);
+/// Runs the application until the window's first frame and the first one that `is_whole` calls whole have
+/// been shown and the events behind them are done. Prints "first_frame_us<tab>N" and "whole_us<tab>N",
+/// counted from the moment in `started_us`, and "resident_kib<tab>N". `is_whole` is asked while no other
+/// thread runs QML.
+int ReportFirstFrame(
+    QQuickWindow& window, std::int64_t started_us,
+    const std::function<bool()>& is_whole = [] { return true; });
 
 }  // namespace varkel::bench

@@ -1,13 +1,14 @@
 // The tool's own window, from its start-up on:
-//   tool_window start STARTED_US   until its first frame
+//   tool_window start STARTED_US   until its first frame, and until the first page is whole
 //   tool_window idle SECONDS       share of a core on a live page, without and with a sensor
 //   tool_window log SECONDS        the log window in a flood of 10,000 lines a second
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QProcess>
 #include <QQuickItem>
-#include <QTest>
+#include <QTimer>
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -31,6 +32,12 @@ void Print(const char* name, double value) {
   std::printf("%s\t%.3f\n", name, value);
 }
 
+void Wait(int duration_ms) {
+  QEventLoop loop;
+  QTimer::singleShot(duration_ms, &loop, &QEventLoop::quit);
+  loop.exec();
+}
+
 double CpuSeconds(clockid_t clock) {
   timespec time{};
   clock_gettime(clock, &time);
@@ -41,9 +48,9 @@ double CpuSeconds(clockid_t clock) {
 struct Tool {
   Tool() {
     QDir::setCurrent(startup::InstallRoot(QCoreApplication::applicationDirPath()));
-    startup::LoadApplicationFont(startup::kBoldFont, "Roboto-Bold");
-    startup::LoadApplicationFont(startup::kRegularFont, "Roboto-Regular");
+    const QFont font = startup::LoadFonts();
     QApplication::setPalette(startup::DarkPalette());
+    QApplication::setFont(font);
     manager = VarkelManager::GetInstance(true, kTable);
     window = std::make_unique<MainWindow>(nullptr, QString());
     window->show();
@@ -56,7 +63,7 @@ struct Tool {
 /// This process's share of a core, in percent.
 double CpuShare(int seconds) {
   const double before = CpuSeconds(CLOCK_PROCESS_CPUTIME_ID);
-  QTest::qWait(seconds * 1000);
+  Wait(seconds * 1000);
   return (CpuSeconds(CLOCK_PROCESS_CPUTIME_ID) - before) / seconds * 100;
 }
 
@@ -87,14 +94,14 @@ class Sensor {
 int MeasureIdle(int seconds) {
   const Sensor sensor;
   Tool tool;
-  QTest::qWait(2000);
-  QTest::keyClick(tool.window->view(), static_cast<Qt::Key>(Qt::Key_1 + kLivePage), Qt::ControlModifier);
-  QTest::qWait(1000);
+  Wait(2000);
+  QMetaObject::invokeMethod(tool.window->view()->rootObject(), "choosePage", Q_ARG(QVariant, kLivePage));
+  Wait(1000);
   const double without = CpuShare(seconds);
   tool.manager->set_ip_address("127.0.0.1");
   tool.manager->set_port(sensor.port());
   tool.manager->ConnectLidar();
-  QTest::qWait(3000);
+  Wait(3000);
   if (!tool.manager->IsConnected()) return EXIT_FAILURE;
   Print("idle_cpu_percent", without);
   Print("live_cpu_percent", CpuShare(seconds));
@@ -111,11 +118,12 @@ struct Longest {
 
 int MeasureLog(int seconds) {
   Tool tool;
-  QTest::qWait(1000);
-  auto* const log_window = tool.window->view()->rootObject()->property("logWindow").value<QQuickWindow*>();
+  Wait(1000);
+  QQuickItem* const root = tool.window->view()->rootObject();
+  QMetaObject::invokeMethod(root, "openLog");
+  auto* const log_window = root->property("logWindow").value<QQuickWindow*>();
   if (log_window == nullptr) return EXIT_FAILURE;
-  log_window->show();
-  QTest::qWait(500);
+  Wait(500);
   Longest frame;
   QObject::connect(log_window, &QQuickWindow::afterAnimating, log_window, [&] { frame.Begin(); });
   int frames = 0;
@@ -152,5 +160,7 @@ int main(int argc, char* argv[]) {
   if (what == "idle") return MeasureIdle(std::atoi(argument));
   if (what == "log") return MeasureLog(std::atoi(argument));
   Tool tool;
-  return varkel::bench::ReportFirstFrame(*tool.window->view(), std::atoll(argument));
+  QQuickView& view = *tool.window->view();
+  return varkel::bench::ReportFirstFrame(
+      view, std::atoll(argument), [&view] { return view.rootObject()->property("complete").toBool(); });
 }

@@ -17,7 +17,7 @@ class ConnectionTest : public QObject {
     QCOMPARE(light(), QColor("#00FF6B"));
     QCOMPARE(desk.Text("connectButton"), "Disconnect");
     QVERIFY(!desk.Find("modelCombo")->isEnabled());
-    QVERIFY(!desk.Notice("errorWindow")->property("visible").toBool());
+    QVERIFY(!desk.IsOpen("errorWindow"));
     desk.manager->setIsDownloadLog(true);
     QTRY_VERIFY(!desk.Find("connectButton")->isEnabled());
     desk.manager->setIsDownloadLog(false);
@@ -68,7 +68,7 @@ class ConnectionTest : public QObject {
       QVERIFY(desk.NoticeShows("errorWindow", warning));
     } else {
       QTRY_COMPARE(desk.Text("field_" + desk.Place(0, "SN")), sn);
-      QVERIFY(!desk.Notice("errorWindow")->property("visible").toBool());
+      QVERIFY(!desk.IsOpen("errorWindow"));
     }
   }
 

@@ -164,9 +164,9 @@ void HostileTextTest::NoticesAndLogLinesArePlain() {
   QCOMPARE(Faults(desk.view().contentItem()), QStringList());
   desk.Key(Qt::Key_Escape);
 
+  QMetaObject::invokeMethod(desk.view().rootObject(), "openLog");
   auto* const window = desk.view().rootObject()->property("logWindow").value<QQuickWindow*>();
   auto* const log = window->property("log").value<LogModel*>();
-  window->show();
   for (int i = 0; i < 3; ++i) emit desk.manager->sendLogMessage(megabyte, "BYTES");
   emit desk.manager->sendLogMessage(kTags, "ERROR");
   QTRY_COMPARE(log->rowCount(), 4);

@@ -18,7 +18,7 @@ class TourTest : public QObject {
     const tour::Plan plan{folder.filePath("new/pictures"), "127.0.0.1", QString::number(desk.sensor.port())};
     QCOMPARE(tour::Run(*desk.window, plan), 0);
     QVERIFY(!desk.manager->IsConnected());
-    QVERIFY(!desk.Notice("errorWindow")->property("visible").toBool());
+    QVERIFY(!desk.IsOpen("errorWindow"));
     const QDir pictures(plan.folder);
     const QStringList names = pictures.entryList({"*.png"});
     QCOMPARE(names.size(), desk.manager->level1List().size() + 2);

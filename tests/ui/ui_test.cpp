@@ -49,6 +49,9 @@ void User::Key(Qt::Key key, Qt::KeyboardModifiers modifiers) const {
 
 void User::Click(const QString& name) const {
   QQuickItem* const item = Find(name);
+  QSignalSpy painted(&view(), &QQuickWindow::frameSwapped);
+  view().update();
+  painted.wait();  // what was just made has its place from the next frame on
   const QPointF middle = item->mapToScene({item->width() / 2, item->height() / 2});
   QTest::mouseClick(&view(), Qt::LeftButton, Qt::NoModifier, middle.toPoint());
 }
@@ -102,6 +105,9 @@ Desk::Desk(std::vector<std::string> misbehaviours, const QString& start_model)
   sensor.Start();
   window->show();
   Use(*window->view());
+  if (!QTest::qWaitFor([this] { return view().rootObject()->property("complete").toBool(); })) {
+    qFatal("the window stays empty");
+  }
 }
 
 Desk::~Desk() {
@@ -121,23 +127,25 @@ QString Desk::Place(int page, const QString& label) const {
 }
 
 QObject* Desk::Notice(const QString& name) const {
-  auto* notice = view().rootObject()->findChild<QObject*>(name);
-  if (notice == nullptr) {
-    qFatal("no notice is named %s", qPrintable(name));
-  }
-  return notice;
+  return view().rootObject()->findChild<QObject*>(name);
+}
+
+bool Desk::IsOpen(const QString& name) const {
+  const QObject* const notice = Notice(name);
+  return notice != nullptr && notice->property("visible").toBool();
 }
 
 bool Desk::NoticeShows(const QString& name, const QString& text) const {
-  QObject* const notice = Notice(name);
   return QTest::qWaitFor([&] {
-    return notice->property("opened").toBool() && notice->property("message").toString().contains(text);
+    const QObject* const notice = Notice(name);
+    return notice != nullptr && notice->property("opened").toBool() &&
+           notice->property("message").toString().contains(text);
   });
 }
 
 bool Desk::Dismiss(const QString& name, Qt::Key key) const {
   Key(key);
-  return QTest::qWaitFor([&] { return !Notice(name)->property("visible").toBool(); });
+  return QTest::qWaitFor([&] { return !IsOpen(name); });
 }
 
 void Desk::ShowPage(int page) const {

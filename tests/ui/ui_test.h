@@ -45,7 +45,7 @@ class User {
   QQuickView* view_ = nullptr;
 };
 
-/// The program's window, a simulated sensor and a user.
+/// The program's window with its first page, a simulated sensor and a user.
 class Desk : public User {
  public:
   explicit Desk(std::vector<std::string> misbehaviours = {}, const QString& start_model = {});
@@ -53,8 +53,9 @@ class Desk : public User {
 
   /// Name of a variable's row without its prefix, "page_group_index", found by its label.
   QString Place(int page, const QString& label) const;
-  /// A notice window, which is no item; its `visible`, `message`, `waiting`.
+  /// A notice window, which is no item; its `visible`, `message`, `waiting`. Null before its first notice.
   QObject* Notice(const QString& name) const;
+  bool IsOpen(const QString& name) const;
   bool NoticeShows(const QString& name, const QString& text) const;
   /// Presses the key; true when no notice of that name shows any more.
   bool Dismiss(const QString& name, Qt::Key key = Qt::Key_Return) const;

@@ -1,0 +1,80 @@
+import QtQuick 2.15
+import "../assembly"
+
+// What follows the window's first frame, but for the bar: the model's pages beside their list or the small
+// sensors' page, and what goes on besides.
+Item {
+    id: body
+
+    property Item view // main.qml's
+    property alias connecting: watch.connecting
+
+    // The page of this module, null while it has not been shown yet.
+    function pageOf(module) {
+        return pages.pageOf(module);
+    }
+
+    // What does not fit about the model connected to; empty when all is well.
+    function modelWarning() {
+        return modelCheck.warning(varkel_manager.getLidarPN(), varkel_manager.getLidarSN(), view.model);
+    }
+
+    LoadingWidget {
+        objectName: "loadingBar"
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.bottom: parent.top
+        running: watch.connecting || varkel_manager.isReadingPage || varkel_manager.isWorking
+    }
+
+    ModelPages {
+        id: pages
+
+        objectName: "pages"
+        anchors.fill: parent
+        anchors.leftMargin: Theme.sideBarWidth
+        visible: body.view.table
+        titles: body.view.pageTitles
+        lists: body.view.pageLists
+        currentIndex: body.view.currentPage
+        onCancelRequested: {
+            varkel_manager.ClearSetMap();
+            varkel_manager.ReadPageInBackground(module);
+        }
+        onSaveRequested: body.view.requestSave(module)
+        onRefused: body.view.callErrorInfoWindow(message)
+        onLogRequested: body.view.openLog()
+    }
+
+    Loader {
+        readonly property bool wanted: !body.view.table
+
+        anchors.fill: parent
+        visible: wanted
+        onWantedChanged: {
+            if (wanted) {
+                setSource("SmallSensorPage.qml", { "view": body.view });
+            } else {
+                source = "";
+            }
+        }
+    }
+
+    ModelCheck {
+        id: modelCheck
+    }
+
+    ConnectionWatch {
+        id: watch
+
+        onLost: {
+            body.view.printLog("The sensor does not answer any more, so the connection is closed.",
+                               "WARNING");
+            body.view.pressConnect();
+        }
+    }
+
+    PageShortcuts {
+        onChosen: body.view.choosePage(index)
+    }
+}

@@ -1,0 +1,76 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import "../assembly"
+
+// Where the sensor is, which model it is, and the connection.
+RowLayout {
+    id: bar
+
+    readonly property alias model: modelCombo.selected
+
+    signal connectRequested
+    signal modelChosen(string name)
+    signal aboutRequested
+
+    function takeFocus() {
+        fields.takeFocus();
+    }
+
+    function pressConnect() {
+        fields.finish();
+        connectRequested();
+    }
+
+    spacing: Theme.gap
+
+    ConnectionFields {
+        id: fields
+
+        Layout.alignment: Qt.AlignBottom
+        onAccepted: {
+            if (!varkel_manager.IsConnected) {
+                bar.pressConnect();
+            }
+        }
+    }
+
+    Item {
+        Layout.fillWidth: true
+    }
+
+    ConnectionLight {
+        objectName: "connectionLight"
+        Layout.alignment: Qt.AlignBottom
+        Layout.bottomMargin: (Theme.controlHeight - height) / 2
+        connected: varkel_manager.IsConnected
+    }
+
+    ModelCombo {
+        id: modelCombo
+
+        Layout.alignment: Qt.AlignBottom
+        onChosen: bar.modelChosen(name)
+    }
+
+    DefaultToolButton {
+        objectName: "connectButton"
+        Layout.alignment: Qt.AlignBottom
+        text: varkel_manager.IsConnected ? "Disconnect" : "Connect"
+        primary: !varkel_manager.IsConnected
+        enabled: !varkel_manager.IsDownloadLog
+        onClicked: bar.pressConnect()
+    }
+
+    RestartMenu {
+        Layout.alignment: Qt.AlignBottom
+    }
+
+    DefaultToolButton {
+        objectName: "aboutButton"
+        Layout.alignment: Qt.AlignBottom
+        implicitWidth: Theme.buttonWidth - Theme.margin
+        text: "About"
+        quiet: true
+        onClicked: bar.aboutRequested()
+    }
+}

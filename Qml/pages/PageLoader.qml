@@ -1,0 +1,12 @@
+import QtQuick 2.15
+
+// Makes its page when it is first shown, and keeps it.
+Loader {
+    property bool current: false
+
+    anchors.fill: parent
+    visible: current
+    active: false
+    onCurrentChanged: active = active || current
+    Component.onCompleted: active = current
+}

@@ -1,0 +1,14 @@
+import QtQuick 2.15
+import "../assembly"
+
+// The small sensors' page, with the command console of the controller.
+Zelto {
+    property Item view // main.qml's
+
+    selectedModel: view.model
+    onLogRequested: view.openLog()
+    commands.history: varkel_manager.SendCommandHistory
+    commands.replyHeader: varkel_manager.SendKtcCommandReturnHeader
+    commands.replyPayload: varkel_manager.SendKtcCommandReturnPayload
+    commands.onSend: varkel_manager.SendCommandInBackground(code, payload)
+}
