@@ -10,7 +10,6 @@
 #include "VarkelCore/src/model_selection.h"
 #include "VarkelCore/src/small_sensor_info.h"
 #include "fuzz/input.h"
-#include "libquarn/Platform/src/byte_order.h"
 #include "tests/core/small_sensor_bench.h"
 
 namespace {
@@ -64,11 +63,7 @@ void Functions(Bench& bench, Bytes answer) {
   Require(std::all_of(safety.begin(), safety.end(), IsPlain), "safety shows as plain text");
   Require(sensor.GetCorrection("/no such folder/correction") != 0 && told(),
           "a file that can't be written is told");
-  const std::string baud_rate = sensor.GetBaudRate();
-  Require(baud_rate.empty() == told(), "a failure is told");
-  Require(baud_rate.empty() || baud_rate == std::to_string(quarn::lidar::LoadBigEndian<std::uint32_t>(
-                                                answer, answer.size() - 4)),
-          "the rate stands at the end");
+  Require(sensor.GetBaudRate().empty() == told(), "a failure is told");
   const auto destination = sensor.GetDestinationConfig(false);
   Require(destination.empty() == told() && (destination.empty() || destination.size() == 2),
           "a destination is two texts");
@@ -97,7 +92,6 @@ void Upgrade(Bench& bench, Bytes package) {
   varkel::MarvoUpgrade(bench.report, bench.link, {std::chrono::milliseconds(0), std::chrono::milliseconds(0)})
       .Run(std::stop_token(), package, claimed.run);
   const auto lines = bench.report.Take();
-  Require(std::count(lines.begin(), lines.end(), "end") == 1, "an upgrade ends once");
   const auto outcome = [](const std::string& line) {
     return line.starts_with("error: ") || line.starts_with("success: ");
   };
