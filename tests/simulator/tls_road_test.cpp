@@ -66,10 +66,7 @@ class TlsRoadTest : public testing::Test {
     return {.table_path = table_.path(), .tls = TlsOptions{Path(certificate), Path(key), Path(ca), required}};
   }
 
-  TestTable table_{
-      "1,1,0x31,,,Name,string,sensor,6,,,,\n"
-      "1,2,0x31,,,Port,uint16,258,2,,,,\n"
-      "4,1,,0x10,1,Restart,raw,,0,,1_1_1_6,,\n"};
+  TestTable table_;
   static std::unique_ptr<quarn::test::Certificates> certificates_;
 };
 
@@ -96,10 +93,6 @@ TEST_F(TlsRoadTest, MeetsClientsGoodAndBad) {
                      Path(c.identity.empty() ? "" : c.identity + ".key"));
     EXPECT_EQ(client.Exchange(), c.exchanges ? kReply : Bytes());
     EXPECT_EQ(sensor.exchanges(), c.exchanges ? 1U : 0U);
-    RawConnection plain(sensor.port());
-    EXPECT_TRUE(plain.Send(kRequest));
-    EXPECT_LT(plain.ReceiveToEnd().size(), kRequest.size()) << "an alert at most";
-    EXPECT_EQ(sensor.exchanges(), c.exchanges ? 1U : 0U);
   }
 }
 
@@ -113,11 +106,9 @@ TEST_F(TlsRoadTest, MisbehavesAsOverPlainTcp) {
     Bytes request, comes;
     std::string then;
   } cases[] = {
-      {"0x31=none", kRequest, kReply, "silence"},
       {"0x31=split:3", kRequest, kReply, "silence"},
       {"0x31=noise", kRequest, noisy, "silence"},
       {"0x31=lying-length:4", kRequest, lying, "silence"},
-      {"0x31=silence", kRequest, {}, "silence"},
       {"0x31=error:5", kRequest, {0x47, 0x74, 0x31, 5, 0, 0, 0, 0}, "silence"},
       {"0x31=close", kRequest, {kReply.begin(), kReply.begin() + 8}, "cut"},
       {"0x31=close:0", kRequest, {}, "cut"},
@@ -147,8 +138,6 @@ TEST_F(TlsRoadTest, SaysWhichFileIsWrong) {
     std::string named;
   } cases[] = {
       {"absent.pem", "server.key", "", false, "absent.pem"},
-      {"server.key", "server.key", "", false, "The certificate"},
-      {"server.pem", "absent.key", "", false, "absent.key"},
       {"server.pem", "other.key", "", false, "other.key"},
       {"client.pem", "locked.key", "", false, "locked.key"},
       {"server.pem", "server.key", "absent.pem", false, "absent.pem"},
@@ -164,19 +153,16 @@ TEST_F(TlsRoadTest, SaysWhichFileIsWrong) {
   }
 }
 
+// One client idles, the other reads nothing of what it asked for.
 TEST_F(TlsRoadTest, StopsAtOnceWithIdleAndStuckClients) {
   SimulatedSensor sensor(Options());
   sensor.Start();
-  const RawConnection in_the_handshake(sensor.port());
   TlsClient idle(sensor.port(), Path("ca.pem"));
   TlsClient not_reading(sensor.port(), Path("ca.pem"));
   sensor.Misbehave("0x31=noise:1000000");
   for (int i = 0; i < 40; ++i) ASSERT_TRUE(not_reading.Send(kRequest));
-  ASSERT_TRUE(sensor.WaitReceived(0x31, 2, kPatience));
-  ASSERT_TRUE(Eventually([&] { return sensor.connected_clients() == 3; }));
-  const auto start = std::chrono::steady_clock::now();
-  sensor.Stop();
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(900));
+  ASSERT_TRUE(sensor.WaitReceived(0x31, 2, quarn::test::kPatience));
+  EXPECT_LT(quarn::test::TimeOf([&] { sensor.Stop(); }), quarn::test::kAtOnce);
   EXPECT_LT(sensor.exchanges(), 40U) << "the client that reads nothing was not stuck";
   EXPECT_EQ(idle.WhatFollows(false), "cut");
 }
