@@ -12,10 +12,11 @@
 #include <utility>
 #include <vector>
 
-#include "libquarn/KtcClient/src/ktc_parser.h"
+#include "libquarn/KtcClient/src/ktc_client.h"
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Platform/src/socket.h"
 #include "tests/quarn/bytes.h"
+#include "tests/quarn/test_support.h"
 
 namespace quarn::test {
 
@@ -142,5 +143,21 @@ class FakePeer {
 
   std::thread thread_;  // last: everything stands when it starts
 };
+
+inline std::shared_ptr<lidar::KtcClient> MakeClient(std::uint16_t port, std::uint8_t version = 1,
+                                                    std::uint32_t timeout_ms = 2000, float connect_s = 5,
+                                                    const std::string& ip = "127.0.0.1",
+                                                    std::uint32_t type = 0) {
+  return std::make_shared<lidar::KtcClient>(ip, port, false, type, version, "", "", "", timeout_ms,
+                                            timeout_ms, connect_s, std::uint16_t{0});
+}
+
+/// A client that is connected to the peer.
+inline std::shared_ptr<lidar::KtcClient> Connect(const FakePeer& peer, std::uint8_t version = 1,
+                                                 std::uint32_t timeout_ms = 2000) {
+  auto client = MakeClient(peer.port(), version, timeout_ms);
+  EXPECT_TRUE(Eventually([&] { return client->IsOpen(); }));
+  return client;
+}
 
 }  // namespace quarn::test

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <fstream>
 #include <functional>
+#include <optional>
 
 #include "libquarn/KtcClient/src/tcp_client.h"
 #include "libquarn/KtcClient/src/tcp_open.h"
@@ -15,7 +16,6 @@
 namespace quarn::lidar {
 namespace {
 
-using test::Relay;
 using test::TlsServer;
 using Lines = std::vector<std::string>;
 
@@ -76,12 +76,8 @@ TEST_F(Tls, ContextTellsWhichFileIsWrong) {
   } cases[] = {
       {"", "", "", ""},
       {"client.pem", "client.key", "ca.pem", ""},
-      {"client.pem", "", "ca.pem", ""},
-      {"", "", "absent.pem", "8 load ca failed,please check ca file path"},
       {"", "", "server.key", "8 load ca failed,please check ca file path"},
       {"absent.pem", "client.key", "ca.pem", bad_cert},
-      {"client.key", "client.key", "ca.pem", bad_cert},
-      {"client.pem", "absent.key", "ca.pem", bad_key},
       {"client.pem", "other.key", "ca.pem", bad_key},
       {"client.pem", "locked.key", "ca.pem", bad_key},
       {"client.pem", "other-kind.key", "ca.pem", "8 check private key failed"},
@@ -154,7 +150,6 @@ TEST_F(Tls, ReceivesExactlyWhatIsAskedOrFails) {
   EXPECT_TRUE(client.SetReceiveTimeout(500));
   Send(client, "456\n");
   EXPECT_EQ(Receive(client, 60), "failed with -1");
-  EXPECT_EQ(log.All(), Lines{"8 ssl receive failed"});
   client.SetReceiveTimeout(10000);
   const std::string large(40000, 'x');  // several records
   EXPECT_EQ(Send(client, "\n"), 1);
@@ -162,12 +157,9 @@ TEST_F(Tls, ReceivesExactlyWhatIsAskedOrFails) {
   EXPECT_EQ(Send(client, large), 40000);
 
   client.Close();
-  EXPECT_FALSE(client.IsOpened());
-  EXPECT_FALSE(client.SetReceiveTimeout(10));
+  EXPECT_FALSE(client.IsOpened() || client.SetReceiveTimeout(10));
   EXPECT_EQ(client.SetTimeout(10, 10), -1);
-  client.SetReceiveBufferSize(1);
-  EXPECT_EQ(log.All(), (Lines{"8 ssl receive failed", "4 TcpClient not open", "4 TcpClient not open",
-                              "4 TcpClient not open"}));
+  EXPECT_EQ(log.All(), (Lines{"8 ssl receive failed", "4 TcpClient not open", "4 TcpClient not open"}));
 }
 
 TEST_F(Tls, CloseTellsThePeer) {
@@ -178,22 +170,20 @@ TEST_F(Tls, CloseTellsThePeer) {
   EXPECT_TRUE(server.Says("CONNECTION CLOSED"));
 }
 
-TEST_F(Tls, SurvivesAPeerThatEndsInTheMiddleOfARecord) {
+// A send fails with a line then, and no signal ends the program.
+TEST_F(Tls, SurvivesAPeerThatEndsWithoutAWord) {
   for (const std::string version : {"-tls1_2", "-tls1_3"}) {
-    TlsServer server(ServerOptions("server.pem", false, version));
-    Relay relay(server.port());
+    std::optional<TlsServer> server(std::in_place, ServerOptions("server.pem", false, version));
     TcpSslClient client;
-    ASSERT_TRUE(Connect(client, relay.port()));
+    ASSERT_TRUE(Connect(client, server->port()));
     Send(client, "before\n");
     EXPECT_EQ(Receive(client, 7), "erofeb\n");
-    relay.CutNextBlock();
+    server.reset();
     const test::LogLines log;
-    Send(client, "after\n");
     EXPECT_EQ(Receive(client, 6), "failed with -1");
     EXPECT_TRUE(log.Has("8 ssl receive failed"));
-    // The connection is gone: a send fails with a line, and no signal ends the program.
-    EXPECT_EQ(Send(client, "more\n"), -1);
-    EXPECT_EQ(log.All().back().rfind("8 Send errno ", 0), 0U) << log.All().back();
+    EXPECT_TRUE(test::Eventually([&] { return Send(client, "more\n") == -1; }));
+    EXPECT_TRUE(log.All().back().starts_with("8 Send errno ")) << log.All().back();
     EXPECT_EQ(Receive(client, 1), "failed with -1");
   }
 }
@@ -215,7 +205,6 @@ TEST_F(Tls, OpensLeaveAPeerThatAnswers) {
     EXPECT_EQ(platform::ReceiveBytes(connection, byte, 0), 0);  // closed, and nothing was sent
     platform::CloseSocket(connection);
     EXPECT_EQ(Send(client, "x"), -1);  // tries the open once more
-    EXPECT_EQ(Receive(client, 1), "failed with -1");
     EXPECT_EQ(log.All().back(), "8 Connect to Server Failed!~!~");
   }
 }
@@ -253,9 +242,7 @@ TEST_F(Tls, OpensTellWhyTheyFail) {
     EXPECT_TRUE(ends_with(log.All(), c.open_lines)) << testing::PrintToString(log.All());
   }
   TcpSslClient client;
-  const test::LogLines log;
   EXPECT_FALSE(client.TryOpen(0, kLoopback, silent.port(), false, nullptr, nullptr, nullptr, 1));
-  EXPECT_EQ(log.All(), Lines{no_session});
 }
 
 TEST_F(Tls, InterruptEndsWhatRunsAndWhatComesLater) {
@@ -277,10 +264,8 @@ TEST_F(Tls, InterruptEndsWhatRunsAndWhatComesLater) {
     TcpSslClient client;
     test::ExpectEndsAtOnce([&] { block(client); }, [&] { client.Interrupt(); });
     EXPECT_EQ(Send(client, "x"), -1);
-    EXPECT_EQ(Receive(client, 1), "failed with -1");
     client.Close();
     EXPECT_FALSE(Connect(client, server.port()));
-    EXPECT_FALSE(client.IsOpened());
   }
 }
 
