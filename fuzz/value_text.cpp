@@ -35,16 +35,9 @@ constexpr Type kTypes[] = {{"IP", 4, true},         {"MAC", 6, false},     {"HWV
                            {"int8", 1, true},       {"int16", 2, true},    {"int32", 4, false},
                            {"int64", 8, false},     {"float32", 4, false}, {"double", 8, false},
                            {"DT", 0, false},        {"raw", 0, false},     {"bool", 0, false}};
-constexpr float kCoefficients[] = {1.0F,
-                                   0.1F,
-                                   0.01F,
-                                   0.5F,
-                                   2.0F,
-                                   0.0F,
-                                   -1.0F,
-                                   1e-38F,
-                                   std::numeric_limits<float>::infinity(),
-                                   std::numeric_limits<float>::quiet_NaN()};
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
+constexpr float kCoefficients[] = {1, 0.1F, 0.01F, 0.5F, 2, 0, -1, 1e-38F, kInfinity, kNoNumber};
 
 std::optional<Vector> SentBytes(const Type& type, const std::string& text, float coefficient) {
   const auto codec = varkel::MakeStrParser(type.name);

@@ -83,8 +83,7 @@ class FakePeer {
       if (accepted == platform::kInvalidSocket) continue;
       ++connections_;
       SetConnection(accepted);
-      while (!stopping_ && Step(accepted)) {
-      }
+      while (!stopping_ && Step(accepted)) continue;
       SetConnection(platform::kInvalidSocket);
       platform::CloseSocket(accepted);
     }
@@ -104,9 +103,8 @@ class FakePeer {
     }
     const Answer answer = handler_(*request);
     std::span<const std::uint8_t> rest = answer.bytes;
-    while (!rest.empty()) {
-      const bool first = rest.size() == answer.bytes.size();
-      const auto part = answer.byte_by_byte ? rest.first(first ? 2 : 1) : rest;
+    for (std::size_t piece = 2; !rest.empty(); piece = 1) {
+      const auto part = answer.byte_by_byte ? rest.first(piece) : rest;
       const int sent = platform::SendBytes(connection, part, 0);
       if (sent <= 0) return false;
       rest = rest.subspan(static_cast<std::size_t>(sent));

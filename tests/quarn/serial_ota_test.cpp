@@ -60,27 +60,5 @@ TEST(OtaTransfer, AsksAgainForLostRepliesOnly) {
   }
 }
 
-TEST(OtaTransfer, ChangeModeTellsThePartition) {
-  const struct {
-    Bytes contents;  // what stands behind the command code
-    int result;
-    Partition partition;
-  } kCases[] = {{{12, 0, 0}, 0, Partition::kA},
-                {{12, 0, 1}, 0, Partition::kB},
-                {{12, 0, 1, 0}, -2, Partition::kA},
-                {{11, 0, 1}, -2, Partition::kA}};
-  for (const auto& c : kCases) {
-    ScriptedExchange exchange;
-    exchange.on_command = [&](const auto& /*command*/, Bytes& contents) {
-      contents = c.contents;
-      return 0;
-    };
-    Partition partition = Partition::kA;
-    EXPECT_EQ(ChangeMode(exchange, 4, partition), c.result);
-    EXPECT_EQ(partition, c.partition);
-    EXPECT_EQ(exchange.commands.front(), (ScriptedExchange::Command{3, {12, 4}}));
-  }
-}
-
 }  // namespace
 }  // namespace quarn::lidar

@@ -12,29 +12,12 @@ namespace quarn::lidar {
 namespace {
 
 using test::Bytes;
+using test::FreePort;
+using test::TakenPort;
 using Lines = std::vector<std::string>;
 
 const std::string kLoopback = "127.0.0.1";
 constexpr int kSecond_us = 1'000'000;
-
-/// Holds a datagram port of its own, without sharing it.
-struct TakenPort {
-  TakenPort() { platform::BindDatagramPort(socket, "", 0, ""); }
-  ~TakenPort() {
-    platform::CloseSocket(socket);
-    platform::CleanUpSockets();
-  }
-  TakenPort(const TakenPort&) = delete;
-  TakenPort& operator=(const TakenPort&) = delete;
-  std::uint16_t port() const { return platform::LocalPort(socket); }
-
-  const bool started = platform::StartUpSockets();
-  const platform::SocketHandle socket = platform::CreateUdpSocket();
-};
-
-std::uint16_t FreePort() {
-  return TakenPort().port();
-}
 
 /// Sends from the loopback interface, also to groups.
 struct Sender {
@@ -45,7 +28,6 @@ struct Sender {
   int Send(const Bytes& bytes) {
     return source.Send(bytes.data(), static_cast<std::uint16_t>(bytes.size()), 0);
   }
-
   SocketSource source{0, kLoopback, ""};
 };
 
@@ -61,8 +43,7 @@ Bytes Next(SocketSource& source, UdpPacket& packet, std::uint16_t length = kMaxP
 // What is there already, without patience for more.
 bool IsIdle(SocketSource& source) {
   UdpPacket packet;
-  return source.Receive(packet, kMaxPacketSize, 0, 0) <= 0 &&
-         source.Receive(packet, kMaxPacketSize, 0, 0) <= 0;
+  return source.Receive(packet, 10, 0, 0) <= 0 && source.Receive(packet, 10, 0, 0) <= 0;
 }
 
 TEST(SocketSource, IdleSourceFailsOnceAndThenWaits) {
@@ -92,9 +73,8 @@ TEST(SocketSource, DrainsAStreamWithoutWaiting) {
   for (const std::uint8_t i : Bytes{1, 2, 3}) {
     // The first is found by waiting, the others without: a negative time would fail a wait.
     EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, i == 1 ? kSecond_us : -1), 3);
-    EXPECT_EQ((Bytes{packet.data[0], packet.data[1], packet.data[2]}), (Bytes{i, i, 7}));
+    EXPECT_EQ(packet.data[1], i);
     EXPECT_EQ(packet.sender_ip, platform::ParseIpV4(kLoopback));
-    EXPECT_NE(packet.sender_port, 0);
     EXPECT_FALSE(packet.timed_out);
   }
   EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, -1), -1);
@@ -142,26 +122,20 @@ TEST(SocketSource, TellsWhatItsOpenMeets) {
   const std::string bind_failed = "8 SocketSource::Open(), bind failed, errno: ";
   const std::string bad_group = "8 Multicast IP error, set correct multicast ip address or keep it empty";
   const struct {
-    std::string local, group, line;  // begins so
+    std::string local, group;
     std::uint16_t port;
-    bool opens;
-  } cases[] = {
-      {"", "", "", 0, true},
-      {kLoopback, "", bind_failed, taken.port(), false},
-      {"127.0.0", "", bind_failed, 0, false},
-      {"", "239.1.2", bad_group, 0, true},
-      {kLoopback, "127.0.0.1", bad_group, 0, true},  // no group
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::to_string(c.port) + " " + c.local + " " + c.group);
+    std::string line;  // the last one begins so
+  } kCases[] = {{"", "", 0, "2 SocketSource::Open succeed, sock:"},
+                {kLoopback, "", taken.port(), bind_failed},
+                {"127.0.0", "", 0, bind_failed},
+                {"", "239.1.2", 0, bad_group},
+                {kLoopback, "127.0.0.1", 0, bad_group}};  // no group
+  for (const auto& c : kCases) {
     const test::LogLines log;
     SocketSource source(c.port, c.local, c.group);
-    EXPECT_EQ(source.Open(), c.opens);
-    const std::string last = log.All().back();
-    EXPECT_TRUE(last.starts_with(c.line.empty() ? "2 SocketSource::Open succeed, sock:" : c.line)) << last;
-    EXPECT_EQ(source.IsOpened(), c.opens);
-    UdpPacket packet;
-    EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 0), -1);  // a closed one tries its open again
+    EXPECT_EQ(source.Open(), c.line != bind_failed);
+    EXPECT_EQ(source.IsOpened(), c.line != bind_failed);
+    EXPECT_TRUE(log.All().back().starts_with(c.line)) << log.All().back();
   }
 }
 

@@ -20,20 +20,10 @@ using quarn::test::TimeOf;
 
 const char kLoopback[] = "127.0.0.1";
 
-std::uint16_t FreePort() {
-  quarn::platform::StartUpSockets();
-  const quarn::platform::SocketHandle socket = quarn::platform::CreateUdpSocket();
-  quarn::platform::BindDatagramPort(socket, "", 0, "");
-  const std::uint16_t port = quarn::platform::LocalPort(socket);
-  quarn::platform::CloseSocket(socket);
-  quarn::platform::CleanUpSockets();
-  return port;
-}
-
 TEST(DatagramStream, ArrivesWholeAtItsRateAndStopsAtOnce) {
   constexpr std::uint64_t kCount = 300;
   constexpr double kRate = 1500;
-  const std::uint16_t port = FreePort();
+  const std::uint16_t port = quarn::test::FreePort();
   SocketSource source(port, kLoopback, "");
   ASSERT_TRUE(source.Open());
   StreamTally tally;
