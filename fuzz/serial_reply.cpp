@@ -3,12 +3,10 @@
 // Input: options, then pieces of the stream: 0 nothing came in time, 251 a good reply (code, size, contents),
 // 252 the same with one byte changed (position, mask), 253 the same cut short (size left), any other number
 // so many bytes.
-#include <limits>
 #include <utility>
 
 #include "fuzz/input.h"
 #include "libquarn/Source/src/reply_assembler.h"
-#include "libquarn/Source/src/serial_client.h"
 #include "libquarn/Source/src/serial_stream_splitter.h"
 
 namespace {
@@ -108,43 +106,6 @@ void SplitStream(const std::vector<Vector>& pieces, Bytes stream, std::size_t ot
   Require(SplitOf(Cut(stream, other_size)) == split, "pieces do not matter");
 }
 
-class ScriptedSource : public quarn::lidar::Source {
- public:
-  explicit ScriptedSource(const std::vector<Vector>& pieces) : pieces_(pieces) {}
-
-  bool Open() override { return true; }
-  bool IsOpened() override { return true; }
-  int Send(const std::uint8_t* /*data*/, std::uint16_t length, int /*flags*/) override { return length; }
-  void SetReceiveBufferSize(std::uint32_t /*size*/) override {}
-  int Receive(quarn::lidar::UdpPacket& packet, std::uint16_t length, int /*flags*/,
-              int /*timeout_us*/) override {
-    if (next_ == pieces_.size()) return -1;
-    const Bytes whole = pieces_[next_++];
-    const Bytes piece = whole.first(std::min<std::size_t>(length, whole.size()));
-    std::copy(piece.begin(), piece.end(), packet.data.begin());
-    return static_cast<int>(piece.size());
-  }
-
- private:
-  const std::vector<Vector>& pieces_;
-  std::size_t next_ = 0;
-};
-
-void Exchange(ReplyKind kind, const std::vector<Vector>& pieces) {
-  const auto line = std::make_shared<ScriptedSource>(pieces);
-  quarn::lidar::SerialClient client(line, line);
-  if (kind == ReplyKind::kCommand) {
-    Vector frame;
-    const int result = client.QueryFrame(1, {}, frame, std::numeric_limits<std::uint32_t>::max());
-    Require(result == 0 ? CheckReply(kind, frame) : frame.empty(), "an exchange gives a reply or nothing");
-  } else {
-    quarn::lidar::OtaReply reply{0xEE, 0xEE};
-    const int result = client.ExchangeOta(1, 2, {}, 3, reply);
-    Require(result == 0 || (reply.command == 0xEE && reply.status == 0xEE),
-            "a failed exchange leaves the status");
-  }
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -157,7 +118,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const Vector& piece : pieces) stream.insert(stream.end(), piece.begin(), piece.end());
   Assemble(kind, pieces);
   SplitStream(pieces, stream, other_size);
-  Exchange(kind, pieces);
   stream.resize(std::min<std::size_t>(stream.size(), 300));
   AssembleBehindNoise(kind, stream, other_size);
   return 0;

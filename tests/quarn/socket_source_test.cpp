@@ -96,13 +96,11 @@ TEST(SocketSource, SendsOnceItKnowsWhereAndClosesWhenASendFails) {
   EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1);
   EXPECT_EQ(log.All(), (Lines{"4 SocketSource::IsOpened(), port " + port + ", sock -1 is not open",
                               "8 SocketSource::Send, port " + port + ", sock -1 is not open"}));
-  ASSERT_TRUE(first.Open());
-  ASSERT_TRUE(second.Open());
-  for (const std::string ip : {"", "sensor"}) {
-    EXPECT_TRUE(ip.empty() || (first.SetClient(kLoopback, ports[1]) && !first.SetClient(ip, ports[1])));
-    EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1);
-    EXPECT_EQ(log.All().back(), "8 SocketSource::Send, client ip is empty");
-  }
+  ASSERT_TRUE(first.Open() && second.Open());
+  EXPECT_TRUE(first.SetClient(kLoopback, ports[1]));
+  EXPECT_FALSE(first.SetClient("sensor", ports[1]));
+  EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1);
+  EXPECT_EQ(log.All().back(), "8 SocketSource::Send, client ip is empty");
   EXPECT_TRUE(first.SetClient(kLoopback, ports[1]));
   EXPECT_EQ(first.Send(bytes.data(), 1, 0), 1);
   UdpPacket packet;
@@ -111,7 +109,6 @@ TEST(SocketSource, SendsOnceItKnowsWhereAndClosesWhenASendFails) {
 
   EXPECT_EQ(first.Send(bytes.data(), 65535, 0), -1);
   EXPECT_TRUE(log.All().rbegin()[1].starts_with("8 SocketSource::Send, errno:")) << log.All().rbegin()[1];
-  EXPECT_EQ(log.All().back(), "2 SocketSource::Close()");
   EXPECT_FALSE(first.IsOpened());
   EXPECT_EQ(first.Receive(packet, kMaxPacketSize, 0, 0), -1);
   EXPECT_TRUE(first.IsOpened()) << "a receive opens again";
@@ -164,24 +161,22 @@ TEST(SocketSource, ReceivesItsGroupAndNoOther) {
   EXPECT_TRUE(IsIdle(other));
 }
 
-TEST(SocketSource, BurstWaitsForABusyReader) {
+TEST(SocketSource, ReceiveBufferTakesABurst) {
   const std::uint16_t port = FreePort();
   const test::LogLines log;
   SocketSource source(port, kLoopback, "");
   ASSERT_TRUE(source.Open());
   const std::string granted = log.All().front();
   ASSERT_TRUE(granted.starts_with("2 OS current udp socket recv buff size is: ")) << granted;
-  const auto burst_of = [&](int count) {
-    Sender sender(kLoopback, port);
-    for (int i = 0; i < count; ++i) EXPECT_EQ(sender.Send(Bytes(1400)), 1400);
+  const bool large = std::stol(granted.substr(granted.rfind(' '))) >= 4'000'000;
+  Sender sender(kLoopback, port);
+  for (const bool least : {false, true}) {  // the system's least, which is far less than the burst
+    if (least) source.SetReceiveBufferSize(1);
+    for (int i = 0; i < 500; ++i) EXPECT_EQ(sender.Send(Bytes(1400)), 1400);
     int received = 0;
     for (UdpPacket packet; source.Receive(packet, kMaxPacketSize, 0, 0) > 0;) ++received;
-    return received;
-  };
-  const bool large = std::stol(granted.substr(granted.rfind(' '))) >= 4'000'000;
-  EXPECT_TRUE(burst_of(500) == 500 || !large);  // not every machine grants so much
-  source.SetReceiveBufferSize(1);               // the system's least
-  EXPECT_LT(burst_of(100), 100);
+    EXPECT_TRUE(least ? received < 500 : received == 500 || !large) << received;
+  }
 }
 
 }  // namespace

@@ -21,54 +21,42 @@ using Lines = std::vector<std::string>;
 
 const char kLoopback[] = "127.0.0.1";
 
-/// The certificates of all tests, made once.
-class Tls : public testing::Test {
- protected:
-  static void SetUpTestSuite() { certificates_ = std::make_unique<test::Certificates>(); }
-  static void TearDownTestSuite() { certificates_.reset(); }
+// Null for an empty name, as transports take it.
+const char* Path(const std::string& name) {
+  static std::vector<std::unique_ptr<std::string>> kept;
+  if (name.empty()) return nullptr;
+  return kept.emplace_back(std::make_unique<std::string>(test::Certificate(name)))->c_str();
+}
 
-  // Null for an empty name, as transports take it.
-  static const char* Path(const std::string& name) {
-    static std::vector<std::unique_ptr<std::string>> kept;
-    return name.empty() ? nullptr
-                        : kept.emplace_back(std::make_unique<std::string>(*certificates_ / name))->c_str();
+std::vector<std::string> ServerOptions(const std::string& cert = "server.pem", bool demand_identity = false,
+                                       const std::string& version = "-no_tls1_1") {
+  std::vector<std::string> options = {"-cert", Path(cert), "-key", Path("server.key"), version};
+  if (demand_identity) {
+    options.insert(options.end(), {"-CAfile", Path("ca.pem"), "-Verify", "1", "-verify_return_error"});
   }
+  return options;
+}
 
-  static std::vector<std::string> ServerOptions(const std::string& cert = "server.pem",
-                                                bool demand_identity = false,
-                                                const std::string& version = "-no_tls1_1") {
-    std::vector<std::string> options = {"-cert", Path(cert), "-key", Path("server.key"), version};
-    if (demand_identity) {
-      options.insert(options.end(), {"-CAfile", Path("ca.pem"), "-Verify", "1", "-verify_return_error"});
-    }
-    return options;
-  }
+bool Connect(TcpSslClient& client, std::uint16_t port, const std::string& identity = "",
+             const std::string& ca = "ca.pem") {
+  const bool named = !identity.empty();
+  return client.CreateContext(Path(named ? identity + ".pem" : ""), Path(named ? identity + ".key" : ""),
+                              Path(ca)) &&
+         client.StartSession(tcp_open(kLoopback, port)) && client.SetTimeout(10000, 10000) == 0;
+}
 
-  static bool Connect(TcpSslClient& client, std::uint16_t port, const std::string& identity = "",
-                      const std::string& ca = "ca.pem") {
-    const bool named = !identity.empty();
-    return client.CreateContext(Path(named ? identity + ".pem" : ""), Path(named ? identity + ".key" : ""),
-                                Path(ca)) &&
-           client.StartSession(tcp_open(kLoopback, port)) && client.SetTimeout(10000, 10000) == 0;
-  }
+int Send(TcpSslClient& client, const std::string& text) {
+  return client.Send(reinterpret_cast<const std::uint8_t*>(text.data()),
+                     static_cast<std::uint16_t>(text.size()), 0);
+}
 
-  static int Send(TcpSslClient& client, const std::string& text) {
-    return client.Send(reinterpret_cast<const std::uint8_t*>(text.data()),
-                       static_cast<std::uint16_t>(text.size()), 0);
-  }
+std::string Receive(TcpSslClient& client, std::uint32_t size) {
+  std::string text(size, '\0');
+  const int received = client.Receive(reinterpret_cast<std::uint8_t*>(text.data()), size, 0);
+  return received == static_cast<int>(size) ? text : "failed with " + std::to_string(received);
+}
 
-  static std::string Receive(TcpSslClient& client, std::uint32_t size) {
-    std::string text(size, '\0');
-    const int received = client.Receive(reinterpret_cast<std::uint8_t*>(text.data()), size, 0);
-    return received == static_cast<int>(size) ? text : "failed with " + std::to_string(received);
-  }
-
-  static std::unique_ptr<test::Certificates> certificates_;
-};
-
-std::unique_ptr<test::Certificates> Tls::certificates_;
-
-TEST_F(Tls, ContextTellsWhichFileIsWrong) {
+TEST(Tls, ContextTellsWhichFileIsWrong) {
   const std::string bad_cert = "8 load cert file failed,please check cert file path";
   const std::string bad_key = "8 load private key file failed,please check private key file path";
   const struct {
@@ -96,7 +84,7 @@ TEST_F(Tls, ContextTellsWhichFileIsWrong) {
   }
 }
 
-TEST_F(Tls, MeetsPeersGoodAndBad) {
+TEST(Tls, MeetsPeersGoodAndBad) {
   const std::string success = "2 TcpSslClient::Open() success!";
   const std::string refused = "8 connect ssl failed";
   const std::string unverified = "8 verify ssl failed";
@@ -134,7 +122,7 @@ TEST_F(Tls, MeetsPeersGoodAndBad) {
   }
 }
 
-TEST_F(Tls, ReceivesExactlyWhatIsAskedOrFails) {
+TEST(Tls, ReceivesExactlyWhatIsAskedOrFails) {
   TlsServer server(ServerOptions());
   TcpSslClient client;
   ASSERT_TRUE(Connect(client, server.port()));
@@ -162,7 +150,7 @@ TEST_F(Tls, ReceivesExactlyWhatIsAskedOrFails) {
   EXPECT_EQ(log.All(), (Lines{"8 ssl receive failed", "4 TcpClient not open", "4 TcpClient not open"}));
 }
 
-TEST_F(Tls, CloseTellsThePeer) {
+TEST(Tls, CloseTellsThePeer) {
   TlsServer server(ServerOptions());
   TcpSslClient client;
   ASSERT_TRUE(Connect(client, server.port()));
@@ -171,7 +159,7 @@ TEST_F(Tls, CloseTellsThePeer) {
 }
 
 // A send fails with a line then, and no signal ends the program.
-TEST_F(Tls, SurvivesAPeerThatEndsWithoutAWord) {
+TEST(Tls, SurvivesAPeerThatEndsWithoutAWord) {
   for (const std::string version : {"-tls1_2", "-tls1_3"}) {
     std::optional<TlsServer> server(std::in_place, ServerOptions("server.pem", false, version));
     TcpSslClient client;
@@ -188,7 +176,7 @@ TEST_F(Tls, SurvivesAPeerThatEndsWithoutAWord) {
   }
 }
 
-TEST_F(Tls, OpensLeaveAPeerThatAnswers) {
+TEST(Tls, OpensLeaveAPeerThatAnswers) {
   for (const bool plain : {false, true}) {
     const auto peer = platform::TcpListener::Listen(kLoopback, 0);
     const std::string port = std::to_string(peer->port());
@@ -209,7 +197,7 @@ TEST_F(Tls, OpensLeaveAPeerThatAnswers) {
   }
 }
 
-TEST_F(Tls, OpensTellWhyTheyFail) {
+TEST(Tls, OpensTellWhyTheyFail) {
   const test::SilentAddress silent;
   const std::string no_session = "8 connect ssl failed";
   const std::string no_ca = "8 load ca failed,please check ca file path";
@@ -235,7 +223,7 @@ TEST_F(Tls, OpensTellWhyTheyFail) {
   }
 }
 
-TEST_F(Tls, InterruptEndsWhatRunsAndWhatComesLater) {
+TEST(Tls, InterruptEndsWhatRunsAndWhatComesLater) {
   const test::SilentAddress silent;
   const auto mute = platform::TcpListener::Listen(kLoopback, 0);
   TlsServer server(ServerOptions());
