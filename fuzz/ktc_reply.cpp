@@ -89,13 +89,7 @@ void Others(unsigned which, std::uint8_t version, std::uint8_t cmd, fuzz::Input&
   const Line line(input, true);
   const auto& client = fuzz::OpenClient(version);
   quarn::lidar::KtcSerialClient tunnel(client);
-  if (which == 0) {
-    quarn::lidar::FovAngles starts{};
-    quarn::lidar::FovAngles ends{};
-    int count = 0;
-    client->QueryMultiFov(starts, ends, count);
-    Require(count >= 0 && count <= 5, "five fields of view at most");
-  } else if (which == 1) {
+  if (which <= 1) {
     Vector frame;
     const bool good = tunnel.QueryFrame(cmd, {}, frame, 0) == 0;
     Require(good ? CheckReply(quarn::lidar::ReplyKind::kCommand, frame) : frame.empty(),

@@ -32,28 +32,6 @@ constexpr std::string_view kHeader =
     "GroupID,Index,Get,Set,SetIndex,VarName,Permission,VarType,DefaultValue,Options,Unit,Coefficient,"
     "SetCoefficient,OptionDescription,FunctionModule,VarLen,TimerUpdate,GetCmdPayload\n";
 
-/// A file without a disk.
-class MemoryFile {
- public:
-  MemoryFile() : handle_(memfd_create("table", 0)), path_("/proc/self/fd/" + std::to_string(handle_)) {
-    Require(handle_ >= 0, "there is a memory file");
-  }
-  ~MemoryFile() { close(handle_); }
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-
-  void Write(std::string_view bytes) const {
-    Require(ftruncate(handle_, 0) == 0 &&
-                std::cmp_equal(pwrite(handle_, bytes.data(), bytes.size(), 0), bytes.size()),
-            "the memory file takes the table");
-  }
-  const std::string& path() const { return path_; }
-
- private:
-  const int handle_;
-  const std::string path_;
-};
-
 void CheckCatalogue(ConfigParser& catalogue) {
   for (const auto& [var_id, var] : catalogue.var_map()) {
     Require(catalogue.FindById(var_id) == var.get() && catalogue.FindByName(var->var_name) != nullptr,
@@ -120,8 +98,13 @@ void ReadAndSave(ConfigParser& catalogue, Bytes answer) {
   fuzz::Script() = {};
 }
 
-void Load(const std::string& path, Bytes answer) {
-  ConfigParser catalogue(path);
+// The table goes through a file without a disk.
+void Load(const std::string& table, Bytes answer) {
+  static const int file = memfd_create("table", 0);
+  Require(
+      ftruncate(file, 0) == 0 && std::cmp_equal(pwrite(file, table.data(), table.size(), 0), table.size()),
+      "the memory file takes the table");
+  ConfigParser catalogue("/proc/self/fd/" + std::to_string(file));
   try {
     Require(catalogue.ExtractConfigInfo(), "the file is open");
   } catch (const std::exception&) {
@@ -135,13 +118,9 @@ void Load(const std::string& path, Bytes answer) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const MemoryFile file;
-  static const auto quiet =
-      qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
-  static_cast<void>(quiet);
+  qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
   std::string table(reinterpret_cast<const char*>(data), size);
   if (!table.empty() && table.front() >= '0' && table.front() <= '9') table.insert(0, kHeader);
-  file.Write(table);
-  Load(file.path(), Bytes(data, size % 256));
+  Load(table, Bytes(data, size % 256));
   return 0;
 }

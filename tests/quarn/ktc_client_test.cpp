@@ -154,7 +154,7 @@ TEST(QueryCommand, TakesALargePayloadAndRefusesALargeRequest) {
   EXPECT_EQ(client->QueryCommand({}, result, 0x31), 0);
   EXPECT_EQ(result, large);
   EXPECT_TRUE(log.Has("4 KtcClient::QueryCommand, warning, nPayLoadLen too large:200000"));
-  EXPECT_EQ(client->QueryCommand(Bytes(65528), result, 0x31), -1);
+  EXPECT_EQ(client->QueryCommand(Bytes(65600), result, 0x31), -1);
   EXPECT_EQ(client->LastReturnCode(), KtcClient::kNotSent);
   EXPECT_TRUE(log.Has("4 send failure, 0."));
   EXPECT_EQ(peer.Requests().size(), 1U);

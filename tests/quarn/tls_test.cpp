@@ -138,12 +138,7 @@ TEST(Tls, ReceivesExactlyWhatIsAskedOrFails) {
   EXPECT_TRUE(client.SetReceiveTimeout(500));
   Send(client, "456\n");
   EXPECT_EQ(Receive(client, 60), "failed with -1");
-  client.SetReceiveTimeout(10000);
-  const std::string large(40000, 'x');  // several records
-  EXPECT_EQ(Send(client, "\n"), 1);
-  EXPECT_EQ(Receive(client, 1), "\n");
-  EXPECT_EQ(Send(client, large), 40000);
-
+  EXPECT_EQ(Send(client, std::string(40000, 'x')), 40000);  // several records
   client.Close();
   EXPECT_FALSE(client.IsOpened() || client.SetReceiveTimeout(10));
   EXPECT_EQ(client.SetTimeout(10, 10), -1);
