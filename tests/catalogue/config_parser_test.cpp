@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <stdexcept>
+#include <tuple>
 
 #include "tests/catalogue/table_file.h"
 
@@ -65,17 +66,16 @@ TEST(ConfigParser, FillsARecordFromItsRow) {
       "0x070x21uint16Motor speed (rpm)600600");
   EXPECT_THAT((std::vector{var.index, var.set_index, var.permission, var.component_type}),
               ElementsAre(12, 4, 1, 3));
-  EXPECT_THAT((std::vector{var.coefficient, var.set_coefficient}), ElementsAre(0.5F, 0.25F));
-  EXPECT_EQ(var.var_len, 2U);
-  EXPECT_TRUE(var.timer_update);
+  EXPECT_EQ(std::tuple(var.coefficient, var.set_coefficient, var.var_len, var.timer_update),
+            std::tuple(0.5F, 0.25F, 2U, true));
   EXPECT_EQ(table.catalogue.FindByName("Motor speed"), &var);
   EXPECT_EQ(table.output, "");
 
   const VarInfo& bare = table["1-1"];
+  EXPECT_EQ(std::tuple(bare.coefficient, bare.set_coefficient, bare.var_len, bare.timer_update),
+            std::tuple(1.0F, 1.0F, 0U, false))
+      << "an update of 2 is not 1";
   EXPECT_EQ(bare.set_index, -1);
-  EXPECT_THAT((std::vector{bare.coefficient, bare.set_coefficient}), ElementsAre(1.0F, 1.0F));
-  EXPECT_EQ(bare.var_len, 0U);
-  EXPECT_FALSE(bare.timer_update) << "2 is not 1";
 }
 
 TEST(ConfigParser, ReadsTheNotationsOfCells) {

@@ -5,13 +5,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "libquarn/KtcClient/src/ktc_client.h"
 #include "simulator/src/simulated_sensor.h"
-#include "tests/quarn/test_support.h"
+#include "tests/quarn/fake_peer.h"
 
 namespace varkel::sim {
 
@@ -19,17 +17,11 @@ using Bytes = std::vector<std::uint8_t>;
 
 using quarn::test::Eventually;
 
-/// A connected client, or null.
-inline std::unique_ptr<quarn::lidar::KtcClient> Connect(const SimulatedSensor& sensor, std::uint8_t version,
-                                                        std::uint32_t patience_ms = 400) {
-  auto client = std::make_unique<quarn::lidar::KtcClient>("127.0.0.1", sensor.port(), false, 0, version, "",
-                                                          "", "", patience_ms, patience_ms, 5.0F, 0);
-  return Eventually([&] { return client->IsOpen(); }) ? std::move(client) : nullptr;
-}
-
-/// The path of a model's real table.
-inline std::string ModelTable(const std::string& model) {
-  return VARKEL_TABLES "/" + model + ".csv";
+/// A connected client.
+inline auto Connect(const SimulatedSensor& sensor, std::uint8_t version, std::uint32_t patience_ms = 400) {
+  auto client = quarn::test::MakeClient(sensor.port(), version, patience_ms);
+  EXPECT_TRUE(Eventually([&] { return client->IsOpen(); }));
+  return client;
 }
 
 /// A small sensor's table in a file that goes with the object.
