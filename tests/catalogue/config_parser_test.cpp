@@ -99,11 +99,9 @@ TEST(ConfigParser, ReadsTheNotationsOfCells) {
     const Loaded table({"Index=1;Get=7;GetCmdPayload=" + c.payload + ";Options=" + c.options +
                         ";OptionDescription=" + c.description});
     const VarInfo& var = table["1-1"];
-    EXPECT_EQ(var.get_cmd_payload, c.digits);
-    EXPECT_EQ(var.get_cmd_payload_bytes, c.bytes);
-    EXPECT_EQ(var.options, c.values);
-    EXPECT_EQ(var.option_num, static_cast<int>(c.values.size()));
-    EXPECT_EQ(std::make_pair(var.range_min, var.range_max), c.range);
+    EXPECT_EQ(std::pair(var.get_cmd_payload, var.get_cmd_payload_bytes), std::pair(c.digits, c.bytes));
+    EXPECT_EQ(std::pair(var.options, std::size_t(var.option_num)), std::pair(c.values, c.values.size()));
+    EXPECT_EQ(std::pair(var.range_min, var.range_max), c.range);
     EXPECT_EQ(var.option_labels, c.labels);
   }
 }

@@ -17,8 +17,10 @@ using test::FromHex;
 using test::Joined;
 using State = ReplyAssembler::State;
 
-auto Table(const std::string& heading) {
-  return test::PageTable(QUARN_SERIAL_PAGE, heading);
+auto Table(const std::string& heading, std::size_t rows) {
+  auto table = test::PageTable(QUARN_SERIAL_PAGE, heading);
+  EXPECT_EQ(table.size(), rows);
+  return table;
 }
 
 std::uint32_t Number(const std::string& hex) {
@@ -34,29 +36,19 @@ Bytes GoodReply() {
 }
 
 TEST(SerialFrames, MatchTheProtocolPage) {
-  const auto commands = Table("| Code | Payload | Nonce | Command frame |");
-  ASSERT_EQ(commands.size(), 4U);
-  for (const auto& row : commands) {
-    EXPECT_EQ(EncodeCommandFrame(FromHex(row[0])[0], FromHex(row[1]), Number(row[2])), FromHex(row[3]))
-        << row[3];
+  for (const auto& row : Table("| Code | Payload | Nonce | Command frame |", 4)) {
+    EXPECT_EQ(EncodeCommandFrame(FromHex(row[0])[0], FromHex(row[1]), Number(row[2])), FromHex(row[3]));
   }
-  const auto firmware = Table("| Type | First | Second | Data | Firmware frame |");
-  ASSERT_EQ(firmware.size(), 4U);
-  for (const auto& row : firmware) {
+  for (const auto& row : Table("| Type | First | Second | Data | Firmware frame |", 4)) {
     EXPECT_EQ(EncodeOtaFrame(FromHex(row[0])[0], Number(row[1]), Number(row[2]), FromHex(row[3])),
-              FromHex(row[4]))
-        << row[4];
+              FromHex(row[4]));
   }
-  const auto good = Table("| Kind | Code | Body | Good reply |");
-  ASSERT_EQ(good.size(), 5U);
-  for (const auto& row : good) {
+  for (const auto& row : Table("| Kind | Code | Body | Good reply |", 5)) {
     const Bytes reply = FromHex(row[3]);
     EXPECT_TRUE(CheckReply(static_cast<ReplyKind>(Number(row[0])), reply)) << row[3];
     EXPECT_TRUE(std::ranges::equal(ReplyBody(reply), FromHex(row[2]))) << row[3];
   }
-  const auto refused = Table("| Fault | Kind | Refused reply |");
-  ASSERT_EQ(refused.size(), 7U);
-  for (const auto& row : refused) {
+  for (const auto& row : Table("| Fault | Kind | Refused reply |", 7)) {
     EXPECT_FALSE(CheckReply(static_cast<ReplyKind>(Number(row[1])), FromHex(row[2]))) << row[0];
   }
 }

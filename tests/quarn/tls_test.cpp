@@ -196,17 +196,15 @@ TEST(Tls, OpensTellWhyTheyFail) {
   const test::SilentAddress silent;
   const std::string no_session = "8 connect ssl failed";
   const std::string no_ca = "8 load ca failed,please check ca file path";
+  const std::string refused = "8 connect errno:" + std::to_string(test::kConnectionRefused);
   const struct {
     std::string ip;
     std::uint16_t port;
     std::string ca, of_try, of_open;  // lines; a system refuses a connection at once or later
-  } cases[] = {
-      {"1.2.3", 80, "", "8 tcp_try_open inet_pton error:1.2.3", "8 tcp_open inet_pton error:1.2.3"},
-      {kLoopback, test::ClosedPort(), "", "",
-       "8 connect errno:" + std::to_string(test::kConnectionRefused) + ", Connection refused"},
-      {kLoopback, 80, "absent.pem", no_ca, "8 create SSL_CTX failed"},
-      {kLoopback, silent.port(), "", no_session, ""},
-  };
+  } cases[] = {{"1.2.3", 80, "", "8 tcp_try_open inet_pton error:1.2.3", "8 tcp_open inet_pton error:1.2.3"},
+               {kLoopback, test::ClosedPort(), "", "", refused + ", Connection refused"},
+               {kLoopback, 80, "absent.pem", no_ca, "8 create SSL_CTX failed"},
+               {kLoopback, silent.port(), "", no_session, ""}};
   for (const auto& c : cases) {
     TcpSslClient client;
     const test::LogLines log;

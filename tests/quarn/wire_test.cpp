@@ -19,8 +19,10 @@ using test::Bytes;
 using test::Counting;
 using test::FromHex;
 
-auto PageTable(const std::string& heading) {
-  return test::PageTable(QUARN_PROTOCOL_PAGE, heading);
+auto Table(const std::string& heading, std::size_t rows) {
+  auto table = test::PageTable(QUARN_PROTOCOL_PAGE, heading);
+  EXPECT_EQ(table.size(), rows);
+  return table;
 }
 
 std::vector<float> Floats(const std::string& text) {
@@ -29,9 +31,7 @@ std::vector<float> Floats(const std::string& text) {
 }
 
 TEST(KtcFrames, MatchTheProtocolPage) {
-  const auto rows = PageTable("| Version | Command | Payload | Frame |");
-  ASSERT_EQ(rows.size(), 6U);
-  for (const auto& row : rows) {
+  for (const auto& row : Table("| Version | Command | Payload | Frame |", 6)) {
     const KtcParser parser(static_cast<std::uint8_t>(std::stoi(row[0])));
     Bytes frame = Counting(40);  // what stood there before must not shine through
     EXPECT_TRUE(parser.KtcStreamEncode(FromHex(row[2]), frame, FromHex(row[1])[0]));
@@ -108,9 +108,7 @@ TEST(KtcFilestream, NumbersAndCutsPieces) {
   EXPECT_TRUE(frames.empty());
   EXPECT_TRUE(KtcParser(1).KtcFilestreamSend(Bytes(1024), 0x0A, frames));
   EXPECT_EQ(frames.size(), 1U);
-  const auto rows = PageTable("| Command | File | Frames |");
-  ASSERT_EQ(rows.size(), 2U);
-  for (const auto& row : rows) {
+  for (const auto& row : Table("| Command | File | Frames |", 2)) {
     frames.clear();
     EXPECT_TRUE(Ktc_1_0_parser().KtcFilestreamSend(FromHex(row[1]), FromHex(row[0])[0], frames));
     frames.resize(1);
@@ -134,27 +132,18 @@ TEST(Crc32Mpeg2, CheckValueAndPieces) {
 }
 
 TEST(ChannelFov, MatchesTheProtocolPage) {
-  const auto writes = PageTable("| Channel | Start angles in degrees | Payload of command 22 |");
-  ASSERT_EQ(writes.size(), 2U);
-  for (const auto& row : writes) {
+  for (const auto& row : Table("| Channel | Start angles in degrees | Payload of command 22 |", 2)) {
     FovAngles starts{};
     std::ranges::copy(Floats(row[1]), starts.begin());
     EXPECT_EQ(EncodeChannelFov(static_cast<std::uint8_t>(std::stoi(row[0])), starts), FromHex(row[2]));
   }
-  const auto reads = PageTable("| Payload of the reply to 23 | Pairs read |");
-  ASSERT_EQ(reads.size(), 4U);
-  for (const auto& row : reads) {
+  for (const auto& row : Table("| Payload of the reply to 23 | Pairs read |", 4)) {
     const std::vector<float> pairs = Floats(row[1]);
-    FovAngles starts;
-    FovAngles ends;
-    starts.fill(-1);
-    ends.fill(-2);
-    ASSERT_EQ(DecodeMultiFov(FromHex(row[0]), starts, ends), static_cast<int>(pairs.size() / 2)) << row[0];
-    for (std::size_t i = 0; i < kMaxFovs; ++i) {
-      const bool read = 2 * i < pairs.size();
-      EXPECT_EQ(starts[i], read ? pairs[2 * i] : -1) << row[0];
-      EXPECT_EQ(ends[i], read ? pairs[2 * i + 1] : -2) << row[0];
-    }
+    FovAngles angles[] = {{-1, -1, -1, -1, -1}, {-1, -1, -1, -1, -1}};  // starts and ends
+    FovAngles expected[] = {angles[0], angles[1]};
+    for (std::size_t i = 0; i < pairs.size(); ++i) expected[i % 2].at(i / 2) = pairs[i];
+    EXPECT_EQ(DecodeMultiFov(FromHex(row[0]), angles[0], angles[1]), static_cast<int>(pairs.size() / 2));
+    EXPECT_TRUE(std::ranges::equal(angles, expected)) << row[0];
   }
 }
 
