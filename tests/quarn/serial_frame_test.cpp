@@ -65,11 +65,11 @@ TEST(SerialFrames, LengthsWrapNoncesDifferAndPortsGetTheirPrefix) {
 
 // Whatever the pieces, with and without noise ahead; what follows the reply is no part of it.
 TEST(ReplyAssembler, TakesEverySplitWithAndWithoutNoise) {
-  Bytes stump = GoodReply();
-  stump.resize(12);
   const Bytes reply = GoodReply();
-  for (const Bytes& noise :
-       {Bytes{}, Text("$"), Text("$LDCMD"), stump, Text("$LD$LDOTA,\x05"), Bytes(5000, 0xEE)}) {
+  // One stump claims bytes up to behind the true tag, the other up to within it.
+  const Bytes stumps[] = {{reply.begin(), reply.begin() + 12}, {reply.begin(), reply.begin() + 18}};
+  for (const Bytes& noise : {Bytes{}, Text("$"), Text("$LDCMD"), stumps[0], stumps[1], Text("$LD$LDOTA,\x05"),
+                             Bytes(5000, 0xEE)}) {
     const Bytes stream = Joined({noise, reply, Bytes(100, 0x24)});
     const std::size_t end = noise.size() + reply.size();
     for (const std::size_t piece : {std::size_t{1}, std::size_t{7}, end, stream.size()}) {
