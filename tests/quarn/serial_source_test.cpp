@@ -109,23 +109,19 @@ TEST(SerialSource, TellsRepliesAndDataApart) {
 }
 
 TEST(SerialSource, PulledLineAndCloseEndAReceiveAtOnce) {
-  for (const bool automatic : {true, false}) {
-    for (const bool pull : {true, false}) {
-      PseudoTerminal line;
-      SerialSource source(line.name(), 9600, 115200);
-      source.SetAutoReceive(automatic);
-      ASSERT_TRUE(source.Open());
-      ASSERT_TRUE(line.Write(Bytes{'$', 'L', 'D', 'C', 'M', 'D', ',', 5}));  // in the middle of a reply
-      EXPECT_EQ(Collect(source, 8).size(), 8U);
-      auto receiving = std::async(std::launch::async, [&source] {
-        UdpPacket packet;
-        return source.Receive(packet, kMaxPacketSize, 0, kPatienceUs);
-      });
-      pull ? line.Pull() : source.Close();
-      EXPECT_EQ(receiving.wait_for(test::kAtOnce), std::future_status::ready);
-      EXPECT_EQ(receiving.get(), -1);
-      EXPECT_FALSE(source.IsOpened());
-    }
+  for (const auto& [automatic, pull] :
+       {std::pair(true, true), {true, false}, {false, true}, {false, false}}) {
+    PseudoTerminal line;
+    SerialSource source(line.name(), 9600, 115200);
+    source.SetAutoReceive(automatic);
+    ASSERT_TRUE(source.Open());
+    ASSERT_TRUE(line.Write(Bytes{'$', 'L', 'D', 'C', 'M', 'D', ',', 5}));  // in the middle of a reply
+    EXPECT_EQ(Collect(source, 8).size(), 8U);
+    auto receiving = std::async(std::launch::async, [&source] { return Collect(source, 1).size(); });
+    pull ? line.Pull() : source.Close();
+    EXPECT_EQ(receiving.wait_for(test::kAtOnce), std::future_status::ready);
+    EXPECT_EQ(receiving.get(), 0U);
+    EXPECT_FALSE(source.IsOpened());
   }
 }
 

@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <iterator>
 #include <sstream>
 
 #include "tests/simulator/sensor_rig.h"
@@ -57,36 +54,6 @@ TEST(SimulatedSensor, MisbehavesByName) {
     }
   }
 }
-
-#ifdef VARKEL_MAKE_PACKAGE
-int MakePackage(const std::string& arguments) {
-  return std::system((std::string(VARKEL_MAKE_PACKAGE) + " " + arguments).c_str());
-}
-
-TEST(SimulatedSensor, RunsTheFirmwareOfThePackageToolAfterARestart) {
-  for (const std::string arguments : {"3.5.0.256 2024-11-05 100", "3.5.0.1 2024-13-05 100", "3.5.0.1"}) {
-    EXPECT_NE(MakePackage(arguments + " >/dev/null 2>&1"), 0) << arguments;
-  }
-  const std::string file = testing::TempDir() + "sim_make_package.patch";
-  ASSERT_EQ(MakePackage("3.5.0.1 2024-11-05 3000 > " + file), 0);
-  std::ifstream stream(file, std::ios::binary);
-  const Bytes package{std::istreambuf_iterator<char>(stream), {}};
-  std::filesystem::remove(file);
-  ASSERT_EQ(package.size(), 3000U);
-  SimulatedSensor sensor(
-      {.table_path = VARKEL_TABLES "/Quenta.csv", .restart_time = std::chrono::milliseconds(1)});
-  sensor.Start();
-  const auto client = Connect(sensor, 1, 2000);
-  std::string command = "0x60";
-  std::atomic<std::uint32_t> progress{0};
-  ASSERT_EQ(client->TransferFileByCmdText(package, command, progress), 0);
-  EXPECT_EQ(sensor.ReceivedPackage(), package);
-  EXPECT_NE(sensor.ValueText("Firmware Version"), "3.5.0.1 (2024-11-05)");
-  Bytes result;
-  ASSERT_EQ(client->QueryCommand({}, result, 0x10), 0);
-  EXPECT_TRUE(Eventually([&] { return sensor.ValueText("Firmware Version") == "3.5.0.1 (2024-11-05)"; }));
-}
-#endif
 
 }  // namespace
 }  // namespace varkel::sim
