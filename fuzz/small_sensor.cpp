@@ -4,7 +4,6 @@
 #include "VarkelCore/src/small_sensor.h"
 
 #include <stop_token>
-#include <utility>
 
 #include "VarkelCore/src/marvo_upgrade.h"
 #include "VarkelCore/src/model_selection.h"

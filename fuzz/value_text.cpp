@@ -4,7 +4,6 @@
 // text as well.
 #include "VarkelCore/src/value_text.h"
 
-#include <array>
 #include <bit>
 #include <limits>
 #include <optional>

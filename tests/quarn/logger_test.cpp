@@ -9,7 +9,6 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace log_lib {
 namespace {

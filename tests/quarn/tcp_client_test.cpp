@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <functional>
-#include <future>
 
 #include "tests/quarn/fake_peer.h"
 #include "tests/quarn/test_support.h"

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
-#include <fstream>
+#include <array>
 #include <functional>
 #include <optional>
 
