@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -20,8 +21,8 @@ void LogFiftyLines(int thread) {
 }
 
 TEST(Logger, WritesLevelPlaceAndTextOnStop) {
-  const std::filesystem::path folder = testing::TempDir() + "varkel_logger_test";
-  std::filesystem::remove_all(folder);
+  const std::filesystem::path folder =
+      testing::TempDir() + "varkel_logger_test" + std::to_string(std::random_device()());
   Logger& logger = Logger::GetInstance();
   QUARN_LOG(kError, "before the start");
   ASSERT_TRUE(logger.Start((folder / "log.txt").string()));
