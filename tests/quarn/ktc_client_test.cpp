@@ -126,7 +126,7 @@ void MeetFlood(bool from_the_start) {
   const auto listener = platform::TcpListener::Listen("127.0.0.1", 0);
   const auto flood = std::async(std::launch::async, [&] {
     const platform::SocketHandle connection = listener->Accept(5000);
-    const Bytes noise(4096, 0x66);
+    const Bytes noise(1 << 18, 0x66);  // faster than the client reads
     Bytes request(64);
     int moved = from_the_start ? 1 : platform::ReceiveBytes(connection, request, 0);
     while (moved > 0) moved = platform::SendBytes(connection, noise, 0);
