@@ -4,6 +4,7 @@
 #include <atomic>
 #include <memory>
 #include <thread>
+#include <utility>
 
 #include "libquarn/KtcClient/src/transport_factory.h"
 
@@ -51,6 +52,21 @@ std::shared_ptr<quarn::lidar::KtcClient> Connect(std::uint8_t version) {
 TransportScript& Script() {
   static TransportScript script;
   return script;
+}
+
+void AnswerWith(std::function<Vector(Bytes request)> answer, std::size_t block) {
+  const auto waiting = std::make_shared<Vector>();
+  Script().send = [waiting, answer = std::move(answer)](Bytes request) {
+    *waiting = answer(request);
+    return static_cast<int>(request.size());
+  };
+  Script().receive = [waiting, block](std::span<std::uint8_t> buffer) {
+    const Bytes piece = Bytes(*waiting).first(std::min({buffer.size(), block, waiting->size()}));
+    std::copy(piece.begin(), piece.end(), buffer.begin());
+    const auto count = static_cast<int>(piece.size());
+    waiting->erase(waiting->begin(), waiting->begin() + count);
+    return count;
+  };
 }
 
 const std::shared_ptr<quarn::lidar::KtcClient>& OpenClient(std::uint8_t version) {

@@ -3,13 +3,10 @@
 // Input: options, then pieces of the stream: 0 nothing came in time, 251 a good reply (code, size, contents),
 // 252 the same with one byte changed (position, mask), 253 the same cut short (size left), any other number
 // so many bytes.
-#include <limits>
 #include <utility>
 
 #include "fuzz/input.h"
-#include "libquarn/Platform/src/hex_text.h"
 #include "libquarn/Source/src/reply_assembler.h"
-#include "libquarn/Source/src/serial_client.h"
 #include "libquarn/Source/src/serial_stream_splitter.h"
 
 namespace {
@@ -18,17 +15,8 @@ using fuzz::Bytes;
 using fuzz::Require;
 using fuzz::Same;
 using fuzz::Vector;
-using quarn::lidar::CheckReply;
 using quarn::lidar::ReplyAssembler;
 using quarn::lidar::ReplyKind;
-
-constexpr std::uint32_t kNonce = 0x01020304;
-
-Vector GoodReply(ReplyKind kind, fuzz::Input& input) {
-  const std::uint8_t code = input.Byte();
-  const Bytes rest = input.Take(input.Byte());
-  return quarn::lidar::EncodeReplyFrame(kind, code, rest, kNonce);
-}
 
 std::vector<Vector> ReadPieces(ReplyKind kind, fuzz::Input& input) {
   std::vector<Vector> pieces;
@@ -39,7 +27,8 @@ std::vector<Vector> ReadPieces(ReplyKind kind, fuzz::Input& input) {
       pieces.emplace_back(raw.begin(), raw.end());
       continue;
     }
-    Vector reply = GoodReply(kind, input);
+    const std::uint8_t code = input.Byte();
+    Vector reply = quarn::lidar::EncodeReplyFrame(kind, code, input.Take(input.Byte()), 0x01020304);
     if (what == 252) {
       const std::size_t position = input.Number<std::uint16_t>() % reply.size();
       reply[position] = static_cast<std::uint8_t>(reply[position] ^ input.Byte());
@@ -51,73 +40,39 @@ std::vector<Vector> ReadPieces(ReplyKind kind, fuzz::Input& input) {
   return pieces;
 }
 
-Vector Joined(const std::vector<Vector>& pieces) {
-  Vector all;
-  for (const Vector& piece : pieces) all.insert(all.end(), piece.begin(), piece.end());
-  return all;
-}
-
 std::vector<Vector> Cut(Bytes bytes, std::size_t size) {
   std::vector<Vector> pieces;
-  for (; !bytes.empty(); bytes = bytes.subspan(std::min(size, bytes.size()))) {
+  for (; !bytes.empty(); bytes = bytes.subspan(pieces.back().size())) {
     const Bytes piece = bytes.first(std::min(size, bytes.size()));
     pieces.emplace_back(piece.begin(), piece.end());
   }
   return pieces;
 }
 
-// ---- The check
-
-void CheckOneBlock(ReplyKind kind, Bytes block) {
-  if (!CheckReply(kind, block)) return;
-  const Bytes body = quarn::lidar::ReplyBody(block);
-  Require(body.size() >= 2 && block.size() == quarn::lidar::ReplySize(body[0]),
-          "a good reply has its length");
-  Vector changed(block.begin(), block.end());
-  changed.back() ^= 1U;
-  Require(!CheckReply(kind, changed), "the trailer counts");
-  changed.back() ^= 1U;
-  changed[8] ^= 0x10U;
-  Require(!CheckReply(kind, changed), "the CRC covers the body");
-  Require(!CheckReply(kind, block.first(block.size() - 1)), "a cut reply is none");
-}
-
-// ---- The assembly
-
-void CheckAssembled(ReplyKind kind, const ReplyAssembler& assembler, ReplyAssembler::State state,
-                    Bytes stream) {
-  const auto text = [](Bytes bytes) {
-    return std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  };
-  const Bytes block = assembler.block();
-  Require(text(stream).find(text(block)) != std::string_view::npos, "a block is a part of the stream");
-  Require((state == ReplyAssembler::State::kPassed) <= CheckReply(kind, block), "what passed is a reply");
-}
-
 void Assemble(ReplyKind kind, const std::vector<Vector>& pieces) {
-  const Vector stream = Joined(pieces);
   ReplyAssembler assembler(kind);
+  const auto check = [&](ReplyAssembler::State state) {
+    Require(state != ReplyAssembler::State::kPassed || CheckReply(kind, assembler.block()),
+            "what passed is a reply");
+    return state;
+  };
   for (const Vector& piece : pieces) {
-    const auto state = assembler.Add(piece);
-    CheckAssembled(kind, assembler, state, stream);
-    Require(assembler.block().size() <= quarn::lidar::kMaxReplyBlock ||
-                state != ReplyAssembler::State::kIncomplete,
+    Require(check(assembler.Add(piece)) != ReplyAssembler::State::kIncomplete ||
+                assembler.block().size() <= quarn::lidar::kMaxReplyBlock,
             "what waits for more is a block at most");
   }
-  const auto state = assembler.Finish();
-  Require(state != ReplyAssembler::State::kIncomplete, "an end decides");
-  CheckAssembled(kind, assembler, state, stream);
+  Require(check(assembler.Finish()) != ReplyAssembler::State::kIncomplete, "an end decides");
 }
 
 // Noise that holds neither a tag's beginning nor a trailer's, and a reply that broke off, never hide a reply,
 // whatever the pieces.
-void AssembleBehindNoise(ReplyKind kind, Bytes noise, std::size_t piece_size) {
-  Vector stream(noise.begin(), noise.end());
-  std::replace(stream.begin(), stream.end(), std::uint8_t{'$'}, std::uint8_t{0});
-  std::replace(stream.begin(), stream.end(), std::uint8_t{0xEE}, std::uint8_t{0});
-  const Bytes contents = Bytes(stream).first(std::min<std::size_t>(stream.size(), 200));
-  const Vector reply = quarn::lidar::EncodeReplyFrame(kind, 2, contents, kNonce);
+void AssembleBehindNoise(ReplyKind kind, Vector noise, std::size_t piece_size) {
+  std::replace(noise.begin(), noise.end(), std::uint8_t{'$'}, std::uint8_t{0});
+  std::replace(noise.begin(), noise.end(), std::uint8_t{0xEE}, std::uint8_t{0});
+  const Bytes contents = Bytes(noise).first(std::min<std::size_t>(noise.size(), 200));
+  const Vector reply = quarn::lidar::EncodeReplyFrame(kind, 2, contents, 1);
   const Bytes stump = Bytes(reply).first(noise.size() * piece_size % reply.size());
+  Vector stream = noise;
   stream.insert(stream.end(), stump.begin(), stump.end());
   stream.insert(stream.end(), reply.begin(), reply.end());
   ReplyAssembler assembler(kind);
@@ -126,9 +81,7 @@ void AssembleBehindNoise(ReplyKind kind, Bytes noise, std::size_t piece_size) {
           "a reply behind noise is found");
 }
 
-// ---- The split of the stream
-
-/// Every byte that came out, with 0 for data, 1 within a reply, 2 at a reply's beginning.
+/// Every byte that came out of the split, with 0 for data, 1 within a reply, 2 at a reply's beginning.
 using Labelled = std::vector<std::pair<std::uint8_t, int>>;
 
 Labelled SplitOf(const std::vector<Vector>& pieces) {
@@ -143,65 +96,14 @@ Labelled SplitOf(const std::vector<Vector>& pieces) {
   return bytes;
 }
 
-void SplitStream(const std::vector<Vector>& pieces, std::size_t other_size) {
-  const Vector stream = Joined(pieces);
+void SplitStream(const std::vector<Vector>& pieces, Bytes stream, std::size_t other_size) {
   const Labelled split = SplitOf(pieces);
   Require(split.size() <= stream.size() && stream.size() - split.size() < quarn::lidar::kSerialTagSize,
           "no more than the beginning of a tag is kept back");
-  std::size_t left = 0;
-  for (std::size_t i = 0; i < split.size(); ++i) {
-    const auto [byte, place] = split[i];
-    Require(byte == stream[i], "every byte comes out once and in order");
-    if (place == 2) {
-      Require(left == 0 && i + 7 < stream.size() + 1, "replies do not overlap");
-      left = i + 7 < stream.size() ? quarn::lidar::ReplySize(stream[i + 7]) : stream.size() - i;
-    }
-    Require((place != 0) == (left > 0), "a reply is as long as it says");
-    if (left > 0) --left;
-  }
+  Require(std::equal(split.begin(), split.end(), stream.begin(),
+                     [](const auto& labelled, std::uint8_t byte) { return labelled.first == byte; }),
+          "every byte comes out once and in order");
   Require(SplitOf(Cut(stream, other_size)) == split, "pieces do not matter");
-}
-
-// ---- The client
-
-class ScriptedSource : public quarn::lidar::Source {
- public:
-  explicit ScriptedSource(const std::vector<Vector>& pieces) : pieces_(pieces) {}
-
-  bool Open() override { return true; }
-  bool IsOpened() override { return true; }
-  int Send(const std::uint8_t* /*data*/, std::uint16_t length, int /*flags*/) override { return length; }
-  void SetReceiveBufferSize(std::uint32_t /*size*/) override {}
-  int Receive(quarn::lidar::UdpPacket& packet, std::uint16_t length, int /*flags*/,
-              int /*timeout_us*/) override {
-    if (next_ == pieces_.size()) return -1;
-    const Bytes whole = pieces_[next_++];
-    const Bytes piece = whole.first(std::min<std::size_t>(length, whole.size()));
-    std::copy(piece.begin(), piece.end(), packet.data.begin());
-    return static_cast<int>(piece.size());
-  }
-
- private:
-  const std::vector<Vector>& pieces_;
-  std::size_t next_ = 0;
-};
-
-void Exchange(ReplyKind kind, const std::vector<Vector>& pieces) {
-  const auto line = std::make_shared<ScriptedSource>(pieces);
-  quarn::lidar::SerialClient client(line, line);
-  std::string log;
-  client.SetLogCallback([&log](const std::string& text) { log = text; });
-  if (kind == ReplyKind::kCommand) {
-    Vector frame;
-    const int result = client.QueryFrame(1, {}, frame, std::numeric_limits<std::uint32_t>::max());
-    Require(result == 0 ? CheckReply(kind, frame) : frame.empty(), "an exchange gives a reply or nothing");
-    Require(result != 0 || log == "RECV: " + quarn::lidar::HexLine(frame), "the log shows what came");
-  } else {
-    quarn::lidar::OtaReply reply{0xEE, 0xEE};
-    const int result = client.ExchangeOta(1, 2, {}, 3, reply);
-    Require(result == 0 || (reply.command == 0xEE && reply.status == 0xEE),
-            "a failed exchange leaves the status");
-  }
 }
 
 }  // namespace
@@ -212,11 +114,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const ReplyKind kind = (options & 1U) == 0 ? ReplyKind::kCommand : ReplyKind::kOta;
   const std::size_t other_size = 1 + options / 2;
   const std::vector<Vector> pieces = ReadPieces(kind, input);
-  for (const Vector& piece : pieces) CheckOneBlock(kind, piece);
+  Vector stream;
+  for (const Vector& piece : pieces) stream.insert(stream.end(), piece.begin(), piece.end());
   Assemble(kind, pieces);
-  const Vector stream = Joined(pieces);
-  AssembleBehindNoise(kind, Bytes(stream).first(std::min<std::size_t>(stream.size(), 300)), other_size);
-  SplitStream(pieces, other_size);
-  Exchange(kind, pieces);
+  SplitStream(pieces, stream, other_size);
+  stream.resize(std::min<std::size_t>(stream.size(), 300));
+  AssembleBehindNoise(kind, stream, other_size);
   return 0;
 }

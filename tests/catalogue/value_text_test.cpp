@@ -12,21 +12,20 @@ namespace {
 
 using quarn::test::FromHex;
 
-TEST(ValueText, ShowsEveryType) {
+TEST(ValueText, ShowsEveryTypeOrSaysWhyNot) {
+  using enum ValueFault;
   const struct {
     const char* var_type;
     const char* hex;
     float coefficient;
     const char* text;
+    ValueFault fault = kNone;
   } kCases[] = {
       {"IP", "C0 A8 01 C9", 1, "192.168.1.201"},
       {"MAC", "00 10 1A FF 05 A0", 1, "00:010:1A:FF:05:A0"},
-      {"MAC", "0A 0F 11 00 00 01 FF FF", 1, "0A:0F:11:00:00:01"},
       {"HWVER", "51 4D 42 00 00 00 00 00 02 01 00 FF 00 00 04 A3", 1, "QMB 2.1.0.255 (1187)"},
       {"SWVER_YMD", "03 04 0C 00 07 E8 09 02", 1, "3.4.12.0 (2024-09-02)"},
-      {"SWVER_YMD", "00 00 00 00 00 00 00 00", 1, "0.0.0.0 (0000-00-00)"},
       {"string", "53 4E 20 31 00 00", 1, "SN 1"},
-      {"string", "00 00", 1, ""},
       {"uint8", "FF", 1, "255"},
       {"int8", "FF", 1, "-1"},
       {"uint16", "04 B4", 0.01F, "12.04"},
@@ -35,40 +34,26 @@ TEST(ValueText, ShowsEveryType) {
       {"uint64", "FF FF FF FF FF FF FF FF", 1, "18446744073709551615"},
       {"int64", "FF FF FF FF FF FF FF DB", 1, "-37"},
       {"uint16", "01 02 03", 1, "515"},
-      {"int32", "FF 00", 1, "-256"},
-      {"uint64", "01 00 00 00 00 00 00 00 02", 1, "2"},
       {"float32", "3F 80 00 00", 1, "1.00"},
-      {"float32", "01 3F 80 00 00", 1, "1.00"},
       {"float32", "FF 80 00 00", 1, "-inf"},
       {"double", "3F F0 00 00 00 00 00 00", 0.5F, "0.50"},
       {"DT", "00 00 0E 11", 1, "1 h 0 min 1 s"},
       {"DT", "FF FF FF FF", 1, "1193046 h 28 min 15 s"},
+      {"MAC", "00 10 1A FF 05", 1, "", kMacSize},
+      {"HWVER", "51 4D 42", 1, "", kVersionSize},
+      {"SWVER_YMD", "03 04 0C 00 07 E8 09 02 00", 1, "", kVersionSize},
+      {"float32", "3F 80 00", 1, "", kNumberSize},
+      {"double", "3F F0 00 00 00 00 00", 1, "", kNumberSize},
+      {"DT", "", 1, "", kEmpty},
+      {"raw", "20", 1, "", kUnsupportedType},
+      {"Uint8", "20", 1, "", kUnsupportedType},
   };
   for (const auto& c : kCases) {
     const ValueText value = BytesToText(c.var_type, FromHex(c.hex), c.coefficient);
-    EXPECT_EQ(value.fault, ValueFault::kNone) << c.var_type << " " << c.hex;
+    EXPECT_EQ(value.fault, c.fault) << c.var_type << " " << c.hex;
     EXPECT_STREQ(value.text.c_str(), c.text) << c.var_type << " " << c.hex;
   }
   EXPECT_EQ(BytesToText("string", FromHex("41 00 42 00"), 1).text.size(), 3U) << "only padding is dropped";
-}
-
-TEST(ValueText, TellsWhyAFieldCannotBeShown) {
-  using enum ValueFault;
-  const struct {
-    const char* var_type;
-    std::size_t size;
-    ValueFault fault;
-  } kCases[] = {
-      {"MAC", 5, kMacSize},           {"HWVER", 15, kVersionSize},    {"HWVER", 17, kVersionSize},
-      {"SWVER_YMD", 7, kVersionSize}, {"SWVER_YMD", 9, kVersionSize}, {"float32", 3, kNumberSize},
-      {"double", 7, kNumberSize},     {"uint8", 0, kEmpty},           {"DT", 0, kEmpty},
-      {"raw", 1, kUnsupportedType},   {"Uint8", 1, kUnsupportedType}, {"", 1, kUnsupportedType},
-  };
-  for (const auto& c : kCases) {
-    const ValueText value = BytesToText(c.var_type, std::vector<std::uint8_t>(c.size, 0x20), 1);
-    EXPECT_EQ(value.fault, c.fault) << c.var_type << " of " << c.size;
-    EXPECT_EQ(value.text, "") << c.var_type << " of " << c.size;
-  }
 }
 
 TEST(ValueText, HoldsTheLargestNumbers) {

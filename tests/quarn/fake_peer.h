@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -12,10 +11,11 @@
 #include <utility>
 #include <vector>
 
-#include "libquarn/KtcClient/src/ktc_parser.h"
+#include "libquarn/KtcClient/src/ktc_client.h"
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Platform/src/socket.h"
 #include "tests/quarn/bytes.h"
+#include "tests/quarn/test_support.h"
 
 namespace quarn::test {
 
@@ -82,8 +82,7 @@ class FakePeer {
       if (accepted == platform::kInvalidSocket) continue;
       ++connections_;
       SetConnection(accepted);
-      while (!stopping_ && Step(accepted)) {
-      }
+      while (!stopping_ && Step(accepted)) continue;
       SetConnection(platform::kInvalidSocket);
       platform::CloseSocket(accepted);
     }
@@ -103,9 +102,8 @@ class FakePeer {
     }
     const Answer answer = handler_(*request);
     std::span<const std::uint8_t> rest = answer.bytes;
-    while (!rest.empty()) {
-      const bool first = rest.size() == answer.bytes.size();
-      const auto part = answer.byte_by_byte ? rest.first(first ? 2 : 1) : rest;
+    for (std::size_t piece = 2; !rest.empty(); piece = 1) {
+      const auto part = answer.byte_by_byte ? rest.first(piece) : rest;
       const int sent = platform::SendBytes(connection, part, 0);
       if (sent <= 0) return false;
       rest = rest.subspan(static_cast<std::size_t>(sent));
@@ -142,5 +140,21 @@ class FakePeer {
 
   std::thread thread_;  // last: everything stands when it starts
 };
+
+inline std::shared_ptr<lidar::KtcClient> MakeClient(std::uint16_t port, std::uint8_t version = 1,
+                                                    std::uint32_t timeout_ms = 2000, float connect_s = 5,
+                                                    const std::string& ip = "127.0.0.1",
+                                                    std::uint32_t type = 0) {
+  return std::make_shared<lidar::KtcClient>(ip, port, false, type, version, "", "", "", timeout_ms,
+                                            timeout_ms, connect_s, std::uint16_t{0});
+}
+
+/// A client that is connected to the peer.
+inline std::shared_ptr<lidar::KtcClient> Connect(const FakePeer& peer, std::uint8_t version = 1,
+                                                 std::uint32_t timeout_ms = 2000) {
+  auto client = MakeClient(peer.port(), version, timeout_ms);
+  EXPECT_TRUE(Eventually([&] { return client->IsOpen(); }));
+  return client;
+}
 
 }  // namespace quarn::test

@@ -6,12 +6,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <vector>
-
-#include "tests/quarn/test_support.h"
 
 namespace log_lib {
 namespace {
@@ -23,8 +21,8 @@ void LogFiftyLines(int thread) {
 }
 
 TEST(Logger, WritesLevelPlaceAndTextOnStop) {
-  const std::filesystem::path folder = testing::TempDir() + "varkel_logger_test";
-  std::filesystem::remove_all(folder);
+  const std::filesystem::path folder =
+      testing::TempDir() + "varkel_logger_test" + std::to_string(std::random_device()());
   Logger& logger = Logger::GetInstance();
   QUARN_LOG(kError, "before the start");
   ASSERT_TRUE(logger.Start((folder / "log.txt").string()));
@@ -39,23 +37,18 @@ TEST(Logger, WritesLevelPlaceAndTextOnStop) {
   std::ifstream file(folder / "log.txt");
   const std::string text{std::istreambuf_iterator<char>(file), {}};
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 102);
-  for (const std::string part :
-       {" debug tests/quarn/logger_test:", " line 49 of thread 1, 100%\n", " error "}) {
-    EXPECT_NE(text.find(part), std::string::npos) << text.substr(0, 200);
+  for (const std::string& part :
+       {std::string(" debug tests/quarn/logger_test:"), std::string(" line 49 of thread 1, 100%\n"),
+        " braces {} and " + std::string(5000, 'x') + "\n",
+        std::string(" one\\n2026-01-01 forged\\x1b[2J\n")}) {
+    EXPECT_NE(text.find(part), std::string::npos) << part;
   }
-  EXPECT_NE(text.find(" braces {} and " + std::string(5000, 'x') + "\n"), std::string::npos);
-  EXPECT_NE(text.find(" one\\n2026-01-01 forged\\x1b[2J\n"), std::string::npos);
   EXPECT_FALSE(logger.Start(folder.string())) << "a folder";
   file.close();
   std::filesystem::remove_all(folder);
 }
 
-TEST(Logger, HandsMessagesToTheTapAndSurvivesIt) {
-  {
-    const quarn::test::LogLines lines;
-    QUARN_LOG(kWarning, "seen %d", 1);
-    EXPECT_EQ(lines.All(), std::vector<std::string>{"4 seen 1"});
-  }
+TEST(Logger, SurvivesATapThatThrows) {
   Logger::GetInstance().SetTap([](int, const std::string&) { throw std::runtime_error("tap"); });
   EXPECT_NO_THROW(QUARN_LOG(kWarning, "thrown at"));
   Logger::GetInstance().SetTap({});

@@ -12,29 +12,12 @@ namespace quarn::lidar {
 namespace {
 
 using test::Bytes;
+using test::FreePort;
+using test::TakenPort;
 using Lines = std::vector<std::string>;
 
 const std::string kLoopback = "127.0.0.1";
 constexpr int kSecond_us = 1'000'000;
-
-/// Holds a datagram port of its own, without sharing it.
-struct TakenPort {
-  TakenPort() { platform::BindDatagramPort(socket, "", 0, ""); }
-  ~TakenPort() {
-    platform::CloseSocket(socket);
-    platform::CleanUpSockets();
-  }
-  TakenPort(const TakenPort&) = delete;
-  TakenPort& operator=(const TakenPort&) = delete;
-  std::uint16_t port() const { return platform::LocalPort(socket); }
-
-  const bool started = platform::StartUpSockets();
-  const platform::SocketHandle socket = platform::CreateUdpSocket();
-};
-
-std::uint16_t FreePort() {
-  return TakenPort().port();
-}
 
 /// Sends from the loopback interface, also to groups.
 struct Sender {
@@ -45,15 +28,14 @@ struct Sender {
   int Send(const Bytes& bytes) {
     return source.Send(bytes.data(), static_cast<std::uint16_t>(bytes.size()), 0);
   }
-
   SocketSource source{0, kLoopback, ""};
 };
 
 // The next datagram; a read that finds none yet is tried again, as the tool's readers do.
-Bytes Next(SocketSource& source, UdpPacket& packet) {
+Bytes Next(SocketSource& source, UdpPacket& packet, std::uint16_t length = kMaxPacketSize) {
   int received = 0;
   for (int attempt = 0; attempt < 3 && received <= 0; ++attempt) {
-    received = source.Receive(packet, kMaxPacketSize, 0, kSecond_us);
+    received = source.Receive(packet, length, 0, kSecond_us);
   }
   return {packet.data.begin(), packet.data.begin() + std::max(received, 0)};
 }
@@ -61,8 +43,7 @@ Bytes Next(SocketSource& source, UdpPacket& packet) {
 // What is there already, without patience for more.
 bool IsIdle(SocketSource& source) {
   UdpPacket packet;
-  return source.Receive(packet, kMaxPacketSize, 0, 0) <= 0 &&
-         source.Receive(packet, kMaxPacketSize, 0, 0) <= 0;
+  return source.Receive(packet, 10, 0, 0) <= 0 && source.Receive(packet, 10, 0, 0) <= 0;
 }
 
 TEST(SocketSource, IdleSourceFailsOnceAndThenWaits) {
@@ -73,13 +54,9 @@ TEST(SocketSource, IdleSourceFailsOnceAndThenWaits) {
   EXPECT_LT(test::TimeOf([&] { EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 60 * kSecond_us), -1); }),
             test::kAtOnce);
   EXPECT_FALSE(packet.timed_out);
-  for (int i = 0; i < 2; ++i) {  // and goes on waiting
-    packet.timed_out = false;
-    const auto elapsed =
-        test::TimeOf([&] { EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 50'000), 0); });
-    EXPECT_GE(elapsed.count(), 49);
-    EXPECT_TRUE(packet.timed_out);
-  }
+  EXPECT_GE(test::TimeOf([&] { EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 50'000), 0); }).count(),
+            49);
+  EXPECT_TRUE(packet.timed_out);
   EXPECT_TRUE(log.All().empty());
   EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, -1), -1);
   EXPECT_EQ(log.All(), Lines{"4 Select timeout error"});
@@ -92,23 +69,18 @@ TEST(SocketSource, DrainsAStreamWithoutWaiting) {
   UdpPacket packet;
   EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 0), -1);  // now it waits
   Sender sender(kLoopback, port);
-  for (std::uint8_t i = 1; i <= 3; ++i) {
-    EXPECT_EQ(sender.Send({i, i, 7}), 3);
-  }
-  for (std::uint8_t i = 1; i <= 3; ++i) {
+  for (const std::uint8_t i : Bytes{1, 2, 3}) EXPECT_EQ(sender.Send({i, i, 7}), 3);
+  for (const std::uint8_t i : Bytes{1, 2, 3}) {
     // The first is found by waiting, the others without: a negative time would fail a wait.
     EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, i == 1 ? kSecond_us : -1), 3);
-    EXPECT_EQ((Bytes{packet.data[0], packet.data[1], packet.data[2]}), (Bytes{i, i, 7}));
+    EXPECT_EQ(packet.data[1], i);
     EXPECT_EQ(packet.sender_ip, platform::ParseIpV4(kLoopback));
-    EXPECT_NE(packet.sender_port, 0);
     EXPECT_FALSE(packet.timed_out);
   }
   EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, -1), -1);
   for (const std::uint16_t length : {std::uint16_t{10}, std::uint16_t{65535}}) {
     EXPECT_EQ(sender.Send(Bytes(9000, 0x5A)), 9000);
-    int received = -1;
-    EXPECT_TRUE(test::Eventually([&] { return (received = source.Receive(packet, length, 0, 1000)) > 0; }));
-    EXPECT_EQ(received, std::min<int>(length, kMaxPacketSize));
+    EXPECT_EQ(Next(source, packet, length).size(), std::min<std::size_t>(length, kMaxPacketSize));
     EXPECT_TRUE(IsIdle(source));  // the rest is gone
   }
 }
@@ -124,13 +96,11 @@ TEST(SocketSource, SendsOnceItKnowsWhereAndClosesWhenASendFails) {
   EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1);
   EXPECT_EQ(log.All(), (Lines{"4 SocketSource::IsOpened(), port " + port + ", sock -1 is not open",
                               "8 SocketSource::Send, port " + port + ", sock -1 is not open"}));
-  ASSERT_TRUE(first.Open());
-  ASSERT_TRUE(second.Open());
-  for (const std::string ip : {"", "sensor"}) {
-    EXPECT_TRUE(ip.empty() || (first.SetClient(kLoopback, ports[1]) && !first.SetClient(ip, ports[1])));
-    EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1);
-    EXPECT_EQ(log.All().back(), "8 SocketSource::Send, client ip is empty");
-  }
+  ASSERT_TRUE(first.Open() && second.Open());
+  EXPECT_TRUE(first.SetClient(kLoopback, ports[1]));
+  EXPECT_FALSE(first.SetClient("sensor", ports[1]));
+  EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1);
+  EXPECT_EQ(log.All().back(), "8 SocketSource::Send, client ip is empty");
   EXPECT_TRUE(first.SetClient(kLoopback, ports[1]));
   EXPECT_EQ(first.Send(bytes.data(), 1, 0), 1);
   UdpPacket packet;
@@ -138,8 +108,7 @@ TEST(SocketSource, SendsOnceItKnowsWhereAndClosesWhenASendFails) {
   EXPECT_EQ(packet.sender_port, ports[0]);
 
   EXPECT_EQ(first.Send(bytes.data(), 65535, 0), -1);
-  EXPECT_EQ(log.All().rbegin()[1].rfind("8 SocketSource::Send, errno:", 0), 0U) << log.All().rbegin()[1];
-  EXPECT_EQ(log.All().back(), "2 SocketSource::Close()");
+  EXPECT_TRUE(log.All().rbegin()[1].starts_with("8 SocketSource::Send, errno:")) << log.All().rbegin()[1];
   EXPECT_FALSE(first.IsOpened());
   EXPECT_EQ(first.Receive(packet, kMaxPacketSize, 0, 0), -1);
   EXPECT_TRUE(first.IsOpened()) << "a receive opens again";
@@ -150,28 +119,20 @@ TEST(SocketSource, TellsWhatItsOpenMeets) {
   const std::string bind_failed = "8 SocketSource::Open(), bind failed, errno: ";
   const std::string bad_group = "8 Multicast IP error, set correct multicast ip address or keep it empty";
   const struct {
-    std::string local, group, line;  // begins so
+    std::string local, group;
     std::uint16_t port;
-    bool opens;
-  } cases[] = {
-      {"", "", "", 0, true},
-      {kLoopback, "", "", 0, true},
-      {"", "", bind_failed, taken.port(), false},
-      {kLoopback, "", bind_failed, taken.port(), false},
-      {"127.0.0", "", bind_failed, 0, false},
-      {"", "239.1.2", bad_group, 0, true},
-      {kLoopback, "127.0.0.1", bad_group, 0, true},  // no group
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::to_string(c.port) + " " + c.local + " " + c.group);
+    std::string line;  // the last one begins so
+  } kCases[] = {{"", "", 0, "2 SocketSource::Open succeed, sock:"},
+                {kLoopback, "", taken.port(), bind_failed},
+                {"127.0.0", "", 0, bind_failed},
+                {"", "239.1.2", 0, bad_group},
+                {kLoopback, "127.0.0.1", 0, bad_group}};  // no group
+  for (const auto& c : kCases) {
     const test::LogLines log;
     SocketSource source(c.port, c.local, c.group);
-    EXPECT_EQ(source.Open(), c.opens);
-    const std::string last = log.All().back();
-    EXPECT_TRUE(last.starts_with(c.line.empty() ? "2 SocketSource::Open succeed, sock:" : c.line)) << last;
-    EXPECT_EQ(source.IsOpened(), c.opens);
-    UdpPacket packet;
-    EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 0), -1);  // a closed one tries its open again
+    EXPECT_EQ(source.Open(), c.line != bind_failed);
+    EXPECT_TRUE(log.All().back().starts_with(c.line)) << log.All().back();
+    EXPECT_EQ(source.IsOpened(), c.line != bind_failed);
   }
 }
 
@@ -200,31 +161,22 @@ TEST(SocketSource, ReceivesItsGroupAndNoOther) {
   EXPECT_TRUE(IsIdle(other));
 }
 
-TEST(SocketSource, BurstWaitsForABusyReader) {
+TEST(SocketSource, ReceiveBufferTakesABurst) {
   const std::uint16_t port = FreePort();
   const test::LogLines log;
   SocketSource source(port, kLoopback, "");
   ASSERT_TRUE(source.Open());
   const std::string granted = log.All().front();
-  ASSERT_EQ(granted.rfind("2 OS current udp socket recv buff size is: ", 0), 0U) << granted;
-  const auto burst_of = [&](int count) {
-    Sender sender(kLoopback, port);
-    for (int i = 0; i < count; ++i) {
-      EXPECT_EQ(sender.Send(Bytes(1400)), 1400);
-    }
+  ASSERT_TRUE(granted.starts_with("2 OS current udp socket recv buff size is: ")) << granted;
+  const bool large = std::stol(granted.substr(granted.rfind(' '))) >= 4'000'000;
+  Sender sender(kLoopback, port);
+  for (const bool least : {false, true}) {  // the system's least, which is far less than the burst
+    if (least) source.SetReceiveBufferSize(1);
+    for (int i = 0; i < 500; ++i) EXPECT_EQ(sender.Send(Bytes(1400)), 1400);
     int received = 0;
-    for (UdpPacket packet; source.Receive(packet, kMaxPacketSize, 0, 0) > 0;) {
-      ++received;
-    }
-    return received;
-  };
-  source.SetReceiveBufferSize(1);  // the system's least, which is far less than the burst
-  EXPECT_LT(burst_of(100), 100);
-  if (std::stol(granted.substr(granted.rfind(' '))) < 4'000'000) {
-    GTEST_SKIP() << "this machine grants no large receive buffer";
+    for (UdpPacket packet; source.Receive(packet, kMaxPacketSize, 0, 0) > 0;) ++received;
+    EXPECT_TRUE(least ? received < 500 : received == 500 || !large) << received;
   }
-  ASSERT_TRUE(source.Open());
-  EXPECT_EQ(burst_of(500), 500);
 }
 
 }  // namespace

@@ -19,8 +19,10 @@ using test::Bytes;
 using test::Counting;
 using test::FromHex;
 
-auto PageTable(const std::string& heading) {
-  return test::PageTable(QUARN_PROTOCOL_PAGE, heading);
+auto Table(const std::string& heading, std::size_t rows) {
+  auto table = test::PageTable(QUARN_PROTOCOL_PAGE, heading);
+  EXPECT_EQ(table.size(), rows);
+  return table;
 }
 
 std::vector<float> Floats(const std::string& text) {
@@ -29,9 +31,7 @@ std::vector<float> Floats(const std::string& text) {
 }
 
 TEST(KtcFrames, MatchTheProtocolPage) {
-  const auto rows = PageTable("| Version | Command | Payload | Frame |");
-  ASSERT_EQ(rows.size(), 6U);
-  for (const auto& row : rows) {
+  for (const auto& row : Table("| Version | Command | Payload | Frame |", 6)) {
     const KtcParser parser(static_cast<std::uint8_t>(std::stoi(row[0])));
     Bytes frame = Counting(40);  // what stood there before must not shine through
     EXPECT_TRUE(parser.KtcStreamEncode(FromHex(row[2]), frame, FromHex(row[1])[0]));
@@ -39,110 +39,76 @@ TEST(KtcFrames, MatchTheProtocolPage) {
   }
 }
 
-TEST(KtcFrames, DescribeTheirHeadersAndCarryLongPayloads) {
+TEST(KtcFrames, KnowTheirVersionsAndCarryLongPayloads) {
   for (const std::uint8_t version : Bytes{1, 2}) {
-    const KtcParser holder(version);
-    const GeneralKtcParser& parser = *holder.parser();
+    const KtcParser parser(version);
     Bytes frame;
     parser.KtcStreamEncode(Counting(300), frame, 0x40);
-    Bytes header(frame.begin(), frame.end() - 300);
-    EXPECT_EQ(test::Joined({header, Counting(300)}), frame);
-    EXPECT_EQ(parser.GetHeaderSize(), header.size());
-    EXPECT_EQ(parser.GetHeaderIdentifier0(), header[0]);
-    EXPECT_EQ(parser.GetHeaderIdentifier1(), header[1]);
-    EXPECT_EQ(parser.GetCmd() + parser.GetReturnCode() + parser.GetPayloadLength(), 0U);
-    EXPECT_EQ(header[parser.layout().cmd], 0x40);
-    EXPECT_EQ(LoadBigEndian<std::uint32_t>(header, parser.layout().payload_length), 300U);
+    const std::size_t header = parser.parser()->GetHeaderSize();
+    ASSERT_EQ(frame.size(), header + 300);
+    EXPECT_EQ(parser.parser()->GetHeaderIdentifier0(), frame[0]);
+    EXPECT_EQ(parser.parser()->GetHeaderIdentifier1(), frame[1]);
+    EXPECT_EQ(LoadBigEndian<std::uint32_t>(frame, header - 4), 300U);
   }
-  for (const std::uint8_t version : Bytes{0, 3, 255}) {
-    const KtcParser parser(version);
-    Bytes out = {9};
-    std::vector<Bytes> frames;
-    EXPECT_EQ(parser.parser(), nullptr);
-    EXPECT_FALSE(parser.KtcStreamEncode({}, out, 1));
-    EXPECT_FALSE(parser.KtcStreamDecode(1, 0, {1, 2}, 0, 1, out));
-    EXPECT_FALSE(parser.KtcFilestreamSend(Bytes{1}, 1, frames));
-    EXPECT_EQ(out, Bytes{9});
-  }
+  Bytes out;
+  EXPECT_EQ(KtcParser(3).parser(), nullptr);
+  EXPECT_FALSE(KtcParser(3).KtcStreamEncode({}, out, 1));
 }
 
 TEST(KtcStreamDecode, Version1NeverReadsOutside) {
   const Bytes in = Counting(10);
   constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
-  constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
   const struct {
     std::int32_t offset, length;
     bool ok;
     Bytes out;
-  } kCases[] = {
-      {2, 3, true, {in[2], in[3], in[4]}},
-      {0, 10, true, in},
-      {10, 0, true, {}},
-      {8, 4, false, {0xEE}},
-      {kMax, 0, false, {0xEE}},
-      {-2, 4, true, {}},
-      {4, -2, true, {}},
-      {kMax, kMax, true, {}},  // the 32-bit sum wraps to -2
-      {kMin, kMin, true, {}},  // and here to 0
-  };
-  const Ktc_1_0_parser parser;
+  } kCases[] = {{2, 3, true, {in[2], in[3], in[4]}},
+                {10, 0, true, {}},
+                {8, 4, false, {0xEE}},
+                {kMax, 0, false, {0xEE}},
+                {-2, 4, true, {}},
+                {4, -2, true, {}},
+                {kMax, kMax, true, {}}};  // the 32-bit sum wraps to -2
   for (const auto& c : kCases) {
     Bytes out = {0xEE};
-    EXPECT_EQ(parser.KtcStreamDecode(0, 0, in, c.offset, c.length, out), c.ok) << c.offset << " " << c.length;
+    EXPECT_EQ(Ktc_1_0_parser().KtcStreamDecode(0, 0, in, c.offset, c.length, out), c.ok);
     EXPECT_EQ(out, c.out) << c.offset << " " << c.length;
   }
-  Bytes same = in;
-  EXPECT_TRUE(parser.KtcStreamDecode(0, 0, same, 7, 3, same));
-  EXPECT_EQ(same, (Bytes{in[7], in[8], in[9]}));
 }
 
 TEST(KtcStreamDecode, Version2ActsOnTheStatus) {
   const struct {
     Bytes in, out;
     std::uint8_t status, byte;
-    bool ok, told;
-  } kCases[] = {
-      {{5, 6}, {5, 6}, 1, 0, true, true},    {{}, {}, 9, 0, true, true},
-      {{}, {0xEE}, 2, 0, true, false},       {{5}, {5}, 8, 0, false, false},
-      {{}, {0xEE}, 10, 0, true, false},      {{}, {0xEE, 7}, 10, 7, false, false},
-      {{1}, {0xEE, 0}, 10, 0, false, false}, {{1}, {0xEE}, 0, 1, true, true},
-      {{1}, {0xEE}, 11, 1, true, true},
-  };
-  const Ktc_2_0_parser parser;
+    bool ok;
+  } kCases[] = {{{5, 6}, {5, 6}, 1, 0, true},  {{}, {0xEE}, 2, 0, true},       {{5}, {5}, 8, 0, false},
+                {{}, {0xEE, 7}, 10, 7, false}, {{1}, {0xEE, 0}, 10, 0, false}, {{1}, {0xEE}, 11, 1, true}};
   for (const auto& c : kCases) {
     Bytes out = {0xEE};
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(parser.KtcStreamDecode(c.status, c.byte, c.in, -1, 99, out), c.ok) << int{c.status};
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              c.told ? "Ktc_2_0_parser::KtcStreamDecode success!\n" : "");
+    EXPECT_EQ(Ktc_2_0_parser().KtcStreamDecode(c.status, c.byte, c.in, -1, 99, out), c.ok) << int{c.status};
     EXPECT_EQ(out, c.out) << int{c.status};
   }
 }
 
 TEST(KtcFilestream, NumbersAndCutsPieces) {
-  for (const std::size_t size : {1U, 1024U, 1025U, 2049U}) {
-    const Bytes file = Counting(size);
-    std::vector<Bytes> frames = {{0xAA}};  // what stood there stays
-    ASSERT_TRUE(KtcParser(1).KtcFilestreamSend(file, 0x0A, frames));
-    const std::size_t total = (size + 1023) / 1024;
-    ASSERT_EQ(frames.size(), 1 + total);
-    for (std::size_t k = 1; k <= total; ++k) {
-      const std::size_t begin = 1024 * (k - 1);
-      const auto data = std::span(file).subspan(begin, std::min<std::size_t>(1024, size - begin));
-      const auto frame = std::span(frames[k]);
-      EXPECT_TRUE(std::ranges::equal(frame.subspan(8 + 16), data));
-      const std::size_t fields[] = {16 + data.size(), 0, k, total, Crc32Mpeg2(data)};
-      for (std::size_t i = 0; i < std::size(fields); ++i) {
-        EXPECT_EQ(LoadBigEndian<std::uint32_t>(frame, 4 + 4 * i), fields[i]) << i;
-      }
+  const Bytes file = Counting(2049);
+  std::vector<Bytes> frames;
+  ASSERT_TRUE(KtcParser(1).KtcFilestreamSend(file, 0x0A, frames));
+  ASSERT_EQ(frames.size(), 3U);
+  for (std::size_t k = 1; k <= 3; ++k) {
+    const auto data = std::span(file).subspan(1024 * (k - 1)).first(k < 3 ? 1024 : 1);
+    EXPECT_TRUE(std::ranges::equal(std::span(frames[k - 1]).subspan(8 + 16), data));
+    const std::size_t fields[] = {16 + data.size(), 0, k, 3, Crc32Mpeg2(data)};
+    for (std::size_t i = 0; i < std::size(fields); ++i) {
+      EXPECT_EQ(LoadBigEndian<std::uint32_t>(frames[k - 1], 4 + 4 * i), fields[i]) << i;
     }
   }
-  std::vector<Bytes> frames;
-  EXPECT_TRUE(KtcParser(2).KtcFilestreamSend(Counting(3000), 0x0A, frames));
+  frames.clear();
+  EXPECT_TRUE(KtcParser(2).KtcFilestreamSend(file, 0x0A, frames));
   EXPECT_TRUE(frames.empty());
-  const auto rows = PageTable("| Command | File | Frames |");
-  ASSERT_EQ(rows.size(), 2U);
-  for (const auto& row : rows) {
+  EXPECT_TRUE(KtcParser(1).KtcFilestreamSend(Bytes(1024), 0x0A, frames));
+  EXPECT_EQ(frames.size(), 1U);
+  for (const auto& row : Table("| Command | File | Frames |", 2)) {
     frames.clear();
     EXPECT_TRUE(Ktc_1_0_parser().KtcFilestreamSend(FromHex(row[1]), FromHex(row[0])[0], frames));
     frames.resize(1);
@@ -150,11 +116,11 @@ TEST(KtcFilestream, NumbersAndCutsPieces) {
   }
 }
 
-// Whatever the sizes, in one piece, in two, and byte by byte.
-TEST(Crc32Mpeg2, CheckValueAndEverySize) {
+// In one piece, in two, and byte by byte.
+TEST(Crc32Mpeg2, CheckValueAndPieces) {
   const std::string digits = "123456789";
   EXPECT_EQ(Crc32Mpeg2(Bytes(digits.begin(), digits.end())), 0x0376E6E7U);
-  const Bytes bytes = Counting(300);
+  const Bytes bytes = Counting(100);
   std::uint32_t crc = Crc32Mpeg2({});
   EXPECT_EQ(crc, 0xFFFFFFFFU);
   for (std::size_t size = 1; size <= bytes.size(); ++size) {
@@ -166,27 +132,18 @@ TEST(Crc32Mpeg2, CheckValueAndEverySize) {
 }
 
 TEST(ChannelFov, MatchesTheProtocolPage) {
-  const auto writes = PageTable("| Channel | Start angles in degrees | Payload of command 22 |");
-  ASSERT_EQ(writes.size(), 2U);
-  for (const auto& row : writes) {
+  for (const auto& row : Table("| Channel | Start angles in degrees | Payload of command 22 |", 2)) {
     FovAngles starts{};
     std::ranges::copy(Floats(row[1]), starts.begin());
     EXPECT_EQ(EncodeChannelFov(static_cast<std::uint8_t>(std::stoi(row[0])), starts), FromHex(row[2]));
   }
-  const auto reads = PageTable("| Payload of the reply to 23 | Pairs read |");
-  ASSERT_EQ(reads.size(), 4U);
-  for (const auto& row : reads) {
+  for (const auto& row : Table("| Payload of the reply to 23 | Pairs read |", 4)) {
     const std::vector<float> pairs = Floats(row[1]);
-    FovAngles starts;
-    FovAngles ends;
-    starts.fill(-1);
-    ends.fill(-2);
-    ASSERT_EQ(DecodeMultiFov(FromHex(row[0]), starts, ends), static_cast<int>(pairs.size() / 2)) << row[0];
-    for (std::size_t i = 0; i < kMaxFovs; ++i) {
-      const bool read = 2 * i < pairs.size();
-      EXPECT_EQ(starts[i], read ? pairs[2 * i] : -1) << row[0];
-      EXPECT_EQ(ends[i], read ? pairs[2 * i + 1] : -2) << row[0];
-    }
+    FovAngles angles[] = {{-1, -1, -1, -1, -1}, {-1, -1, -1, -1, -1}};  // starts and ends
+    FovAngles expected[] = {angles[0], angles[1]};
+    for (std::size_t i = 0; i < pairs.size(); ++i) expected[i % 2].at(i / 2) = pairs[i];
+    EXPECT_EQ(DecodeMultiFov(FromHex(row[0]), angles[0], angles[1]), static_cast<int>(pairs.size() / 2));
+    EXPECT_TRUE(std::ranges::equal(angles, expected)) << row[0];
   }
 }
 

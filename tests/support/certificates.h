@@ -9,7 +9,7 @@
 
 namespace quarn::test {
 
-/// What certificates.sh makes, for the life of a test suite.
+/// What certificates.sh makes.
 class Certificates {
  public:
 #ifdef VARKEL_CERTIFICATES
@@ -35,5 +35,11 @@ class Certificates {
  private:
   std::string folder_;
 };
+
+/// The path of one of them; they are made once for all tests of the program.
+inline std::string Certificate(const std::string& name) {
+  static const Certificates made;
+  return made / name;
+}
 
 }  // namespace quarn::test
