@@ -13,7 +13,7 @@ namespace varkel::test {
 struct Fault {
   std::string kind;    ///< a name of kKinds; empty for none
   std::size_t at = 1;  ///< the disturbed exchange, counted from 1, or the place in Operation::points
-  std::vector<FaultBench::Answered> steps;  ///< the counted exchanges when nothing disturbs them
+  std::vector<std::size_t> steps;  ///< the counted exchanges' payload bytes when nothing disturbs them
 };
 
 /// The simulator's rules by the names of the table. LATE stands for more than the client's patience.
