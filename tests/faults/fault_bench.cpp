@@ -75,7 +75,6 @@ Lines FaultBench::Told() const {
     const bool is_about_settings = line.contains(QLatin1String("The connection settings can't be saved"));
     if (!line.startsWith(QLatin1String("INFO")) && !is_about_settings) told.push_back(line.toStdString());
   }
-  std::sort(told.begin(), told.end());
   return told;
 }
 

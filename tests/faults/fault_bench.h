@@ -30,7 +30,7 @@ class FaultBench : public Bench {
   bool ReadsAPage();
   bool ShowsWhatTheSensorHas(int page) const;
 
-  /// In order: "error: text", "success: text", and the log's lines but for information.
+  /// "error: text", "success: text", and the log's lines but for information.
   Lines Told() const;
   void Forget();        ///< what was told and counted so far
   bool IsBusy() const;  ///< a flag of an operation is up

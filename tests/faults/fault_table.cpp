@@ -3,6 +3,7 @@
 #include <QVariantList>
 #include <array>
 #include <map>
+#include <tuple>
 #include <utility>
 
 #include "tests/core/marvo_sample.h"
@@ -80,11 +81,19 @@ std::string Must(bool holds, const char* what) {
   return holds ? std::string() : what;
 }
 
-/// One exchange, and what is told for its code.
+/// A frame that is disturbed once is sent again, but for a refusal and a broken line.
+bool Heals(Way way, const std::vector<Point>& points, const Fault& fault) {
+  const bool repeats = way == kOtaCarried || way == kOtaLine;
+  return repeats && !points[fault.at - 1].nth.empty() && fault.kind != "error" && fault.kind != "close";
+}
+
+/// One exchange, or one of several like it, and what is told for its code.
 Operation Simple(std::string name, std::string model, std::function<void(Bench&)> start, Way way,
-                 std::string success, std::string error) {
-  return {std::move(name), std::move(model), std::move(start),
-          [=](auto& fault) { return Told(CodeOf(way, fault), success, error); }};
+                 std::string success, std::string error, const std::vector<Point>& points = {}) {
+  const auto expected = [=](const Fault& fault) {
+    return Told(Heals(way, points, fault) ? kFine : CodeOf(way, fault), success, error);
+  };
+  return {std::move(name), std::move(model), std::move(start), expected, points};
 }
 
 // The network
@@ -169,18 +178,14 @@ Operation Save(const char* name, int page, const std::vector<std::pair<const cha
 }
 
 /// A console shows a refusal that a serial frame brings as it shows any other reply.
-Operation Console(const char* model, std::pair<const char*, const char*> command, const std::string& error,
-                  Way way, std::vector<Point> points) {
-  const auto send = [command](auto& bench) {
-    bench.manager->SendCommandInBackground(command.first, command.second);
+Operation Console(const char* model, const char* code, const char* payload, const std::string& error, Way way,
+                  const std::vector<Point>& points = {}) {
+  const auto send = [=](auto& bench) { bench.manager->SendCommandInBackground(code, payload); };
+  Operation op = Simple("console", model, send, way, "", error + " command header and payload.", points);
+  op.expected = [way, simple = op.expected](auto& fault) {
+    const bool shown = way != kQuery && (fault.kind == "wrong-echo" || fault.kind == "error");
+    return shown ? Lines{} : simple(fault);
   };
-  Operation op = Simple("console", model, send, way, "", error + " command header and payload.");
-  if (way == kGet || way == kLine) {
-    op.expected = [failed = op.expected](auto& fault) {
-      return fault.kind == "wrong-echo" || fault.kind == "error" ? Lines{} : failed(fault);
-    };
-  }
-  op.points = std::move(points);
   op.patience_ms = way == kQuery ? 4000 : 5000;
   op.check = [](auto& bench, bool success) {
     return Must(bench.manager->getSendKtcCommandReturnHeader().isEmpty() != success,
@@ -261,20 +266,11 @@ std::string Arrived(Bench& bench, bool success, std::size_t files) {
   return Must(!success || device.firmware.Received().size() == files, "the firmware did not come");
 }
 
-/// A frame that is disturbed once is sent again, but for a refusal and a broken line.
-bool Heals(const Point& point, const Fault& fault) {
-  return !point.nth.empty() && fault.kind != "error" && fault.kind != "close";
-}
-
 Operation SerialUpgrade(const char* model, const std::vector<Point>& points, Way way) {
-  Operation op{"zelto upgrade", model};
-  op.start = [](auto& bench) { bench.manager->ZeltoUpgradeLidar(bench.Package(kFirmware)); };
-  op.expected = [points, way](const Fault& fault) {
-    return Told(Heals(points[fault.at - 1], fault) ? kFine : CodeOf(way, fault),
-                "Upgrade package transmitted successfully. The lidar will automatically reboot.",
-                "Upgrade package transfer failed or is terminated. error:%");
-  };
-  op.points = points;
+  const auto start = [](auto& bench) { bench.manager->ZeltoUpgradeLidar(bench.Package(kFirmware)); };
+  Operation op = Simple("zelto upgrade", model, start, way,
+                        "Upgrade package transmitted successfully. The lidar will automatically reboot.",
+                        "Upgrade package transfer failed or is terminated. error:%", points);
   op.patience_ms = way == kOtaLine ? 30000 : 5000;
   op.disconnects = Ends::kAlways;
   op.check = [](auto& bench, bool success) { return Arrived(bench, success, 1); };
@@ -282,32 +278,25 @@ Operation SerialUpgrade(const char* model, const std::vector<Point>& points, Way
 }
 
 Operation MarvoUpgrade() {
-  struct Step {
-    Point point;
-    Way way;
-    const char* failed;
-  };
-  static const std::vector<Step> steps = {
-      {{"0x00013900", "#1"}, kCode, "set baudrate failed"},
-      {{"ldcmd-set:12"}, kSet, "change mode failed"},
-      {{"0x00013900", "#2"}, kCode, "set upgrade baudrate failed"},
-      {{"ota:17"}, kOtaCarried, "BMB_APP_B failed, error=%"},
-      {{"ota:18", "#2"}, kOtaCarried, "BMB_APP_B failed, error=%"},
-      {{"ota:19"}, kOtaCarried, "BMB_APP_B failed, error=%"},
-      {{"ota:19", "#4"}, kOtaCarried, "TMB_PARAM failed, error=%"},
-  };
+  static const std::vector<std::tuple<Point, Way, const char*>> steps = {
+      {Point{"0x00013900", "#1"}, kCode, "set baudrate failed"},
+      {Point{"ldcmd-set:12"}, kSet, "change mode failed"},
+      {Point{"0x00013900", "#2"}, kCode, "set upgrade baudrate failed"},
+      {Point{"ota:17"}, kOtaCarried, "BMB_APP_B failed, error=%"},
+      {Point{"ota:18", "#2"}, kOtaCarried, "BMB_APP_B failed, error=%"},
+      {Point{"ota:19"}, kOtaCarried, "BMB_APP_B failed, error=%"},
+      {Point{"ota:19", "#4"}, kOtaCarried, "TMB_PARAM failed, error=%"}};
   Operation op{"marvo upgrade", "Marvo-KTC"};
+  for (const auto& step : steps) op.points.push_back(std::get<Point>(step));
   op.start = [](auto& bench) { bench.manager->MarvoUpgradeLidar(bench.Package(FullMarvoPackage())); };
-  op.expected = [](const Fault& fault) {
-    const Step& step = steps[fault.at - 1];
-    const bool healed = step.way == kOtaCarried && Heals(step.point, fault);
+  op.expected = [points = op.points](const Fault& fault) {
+    const auto& [point, way, failed] = steps[fault.at - 1];
     // A refusal of the mode has the form of another partition; the sensor is not ready then.
-    const bool refused = step.way == kSet && fault.kind == "error";
-    return Told(healed ? kFine : CodeOf(step.way, fault),
+    const bool refused = way == kSet && fault.kind == "error";
+    return Told(Heals(way, points, fault) ? kFine : CodeOf(way, fault),
                 "Marvo upgrade completed. The lidar will automatically reboot.",
-                std::string("Marvo upgrade: ") + (refused ? "BMB_APP_A failed, error=9" : step.failed));
+                std::string("Marvo upgrade: ") + (refused ? "BMB_APP_A failed, error=9" : failed));
   };
-  for (const Step& step : steps) op.points.push_back(step.point);
   op.patience_ms = 5000;
   op.disconnects = Ends::kOnSuccess;
   op.check = [](auto& bench, bool success) { return Arrived(bench, success, 4); };
@@ -317,35 +306,12 @@ Operation MarvoUpgrade() {
 // Small sensors
 
 constexpr char kTunnelled[] = "0x0002244C";  ///< what every serial command begins with inside KTC
-constexpr char kSerialNumber[] = "Zelto-KTC get SN failed, ret:";
-constexpr char kPbl[] = "get pbl version error, ret:";
 
 /// The baud rate that goes out need not be answered.
 Operation SmallConnect(const char* model) {
   Operation op{"connect", model,         [](auto& bench) { bench.manager->ConnectLidar(); },
                Nothing,   {{"*", "#1"}}, 5000};
   op.connects = true;
-  return op;
-}
-
-/// What is asked in the background after a connection.
-Operation Info(const char* model, Point point, const std::string& prefix, Way way) {
-  Operation op = SmallConnect(model);
-  op.name = "information";
-  op.points = {std::move(point)};
-  if (way == kLine) op.patience_ms = 1000;
-  op.expected = [prefix, way](const Fault& fault) {
-    const int code = CodeOf(way, fault);
-    if (code == kFine) return Lines{};
-    Lines lines = {"ERROR " + prefix + std::to_string(code)};
-    if (prefix != kSerialNumber) return lines;
-    if (fault.kind == "error") return Lines{"ERROR Zelto-KTC SN invalid after validation"};  // it is empty
-    if (fault.kind == "close") lines.push_back("ERROR " + prefix + "-1");  // the next round's
-    return lines;
-  };
-  op.info = prefix == kSerialNumber ? "Zelto-KTC" : prefix;
-  op.over = [](auto& bench) { return bench.pbl_queries > 0 || !bench.Told().empty(); };
-  if (op.model == "Marvo-KTC") op.over = {};
   return op;
 }
 
@@ -402,8 +368,6 @@ Operation Call(const Function& function, const std::string& command, Way way) {
 
 std::vector<Operation> Operations() {
   const std::string kAsk = "Query Serial command fail. Please ";
-  const std::string kAskInKtc = kAsk + "check BytesFlow in Log Window. Please input right Serial";
-  const std::pair<const char*, const char*> safety = {"02", "08"};
   const std::vector<Point> frames = {{"ota:1"}, {"ota:2"}, {"ota:2", "#2"}, {"ota:3"}};
   const std::vector<Point> pieces = {{"0x83", "#1"}, {"0x83", "#2"}, {"0x83", "#3"}, {"0x10"}};
   std::vector<Operation> all = {
@@ -419,7 +383,7 @@ std::vector<Operation> Operations() {
            {"0x20", "0x21"}),
       Save("save fields of view", 5, {}, 1, {"0x22"}),
       Save("save safety", 7, {{"Heartbeat Period", "700"}}, 1, {"0x01000102"}),
-      Console("Quenta", {"0x07", ""}, "Query ktc command fail. Please input right ktc", kQuery, {}),
+      Console("Quenta", "0x07", "", "Query ktc command fail. Please input right ktc", kQuery),
       Restart(false),
       Restart(true),
       Download("Fault Log"),
@@ -429,12 +393,8 @@ std::vector<Operation> Operations() {
                      [](auto& bench) { bench.manager->UpgradeLidar(bench.Package(kFirmware), 6, 1, 0); }),
       SmallConnect("Zelto-KTC"),
       SmallConnect("Marvo-KTC"),
-      Info("Zelto-KTC", {"ldcmd-get:10"}, kSerialNumber, kGet),
-      Info("Zelto-KTC", {"ldcmd-get:15"}, kPbl, kGet),
-      Info("Marvo-KTC", {"ldcmd-get:15", "#1"}, "Failed to get BMB FPGA version, ret:", kGet),
-      Info("Marvo-KTC", {"ldcmd-get:15", "#3"}, "Failed to get BMB MCU version, ret:", kGet),
-      Console("Zelto-KTC", safety, kAskInKtc, kGet, {{"ldcmd-get:8"}}),
-      Console("Zelto-KTC", safety, kAskInKtc, kTunnel, {{kTunnelled}}),
+      Console("Zelto-KTC", "02", "08", kAsk + "check BytesFlow in Log Window. Please input right Serial",
+              kGet, {{"ldcmd-get:8"}}),
       SerialUpgrade("Zelto-KTC", frames, kOtaCarried),
       SerialUpgrade("Zelto-KTC", {{kTunnelled}}, kOtaTunnel),
       NetworkUpgrade("junction box", "Marvo-KTC", pieces,
@@ -443,9 +403,7 @@ std::vector<Operation> Operations() {
                        bench.manager->ZeltoUpgradeLidar(bench.Package(kFirmware));
                      }),
       MarvoUpgrade(),
-      Info("Zelto", {"ldcmd-get:10"}, kSerialNumber, kLine),
-      Info("Zelto", {"ldcmd-get:15"}, kPbl, kLine),
-      Console("Zelto", safety, kAsk + "input right Serial", kLine, {{"ldcmd-get:8"}}),
+      Console("Zelto", "02", "08", kAsk + "input right Serial", kLine, {{"ldcmd-get:8"}}),
       SerialUpgrade("Zelto", frames, kOtaLine)};
   for (const Function& function : kFunctions) {
     all.push_back(Call(function, function.command, function.way));

@@ -44,8 +44,7 @@ struct Operation {
   bool connects = false;  ///< begins without a connection
   bool restarts = false;  ///< the sensor goes whether it answers or not
   enum class Ends { kNever, kOnSuccess, kAlways } disconnects = Ends::kNever;
-  bool alone = false;  ///< two at once get in each other's way
-  std::string info{};  ///< which failure of the information read in the background it is about
+  bool alone = false;                       ///< two at once get in each other's way
   std::function<bool(FaultBench&)> over{};  ///< none: it is connected, or says that it ended
   /// What else must hold in the end; else a complaint. `success`: no error notice is due.
   std::function<std::string(FaultBench&, bool success)> check{};
