@@ -5,7 +5,6 @@
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QScopeGuard>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <csignal>
@@ -164,7 +163,8 @@ class HostileFilesTest : public QObject {
     const QTemporaryDir folder;
     const QTemporaryDir programs;
     const QString path = folder.filePath("logs.tar");
-    const QDir parts(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) + "/operation_log");
+    QDir parts(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) + "/operation_log");
+    parts.removeRecursively();  // an earlier run's
     const QByteArray search_path = qgetenv("PATH");
     Put(path, kOld);
     Put(programs.filePath("tar"), "#!/bin/sh\n" + tar.toUtf8());
