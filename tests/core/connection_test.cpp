@@ -24,9 +24,9 @@ class ConnectionTest : public QObject {
       VarkelManager& manager = *bench.manager;
       const QString rs485 = manager.serial_port_485();
       const bool lines = texts[0] == "Zelto";
-      if (!texts[1].isEmpty())
-        lines ? manager.set_serial_port_485(texts[1]) : manager.set_ip_address(texts[1]);
+      const QString first = !texts[1].isEmpty() ? texts[1] : rs485;
       const QString second = texts[2] == "same" ? rs485 : texts[2];
+      lines ? manager.set_serial_port_485(first) : manager.set_ip_address(first);
       lines ? manager.set_serial_port_232(second) : manager.set_port(second);
       QVERIFY(manager.ConnectLidar());
       QCOMPARE(bench.NextError(), "Connection Failed. Please check your " + texts[3] + ".");

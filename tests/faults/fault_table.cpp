@@ -89,7 +89,8 @@ bool Heals(Way way, const std::vector<Point>& points, const Fault& fault) {
 
 /// One exchange, or one of several like it, and what is told for its code.
 Operation Simple(std::string name, std::string model, std::function<void(Bench&)> start, Way way,
-                 std::string success, std::string error, const std::vector<Point>& points = {}) {
+                 const std::string& success, const std::string& error,
+                 const std::vector<Point>& points = {}) {
   const auto expected = [=](const Fault& fault) {
     return Told(Heals(way, points, fault) ? kFine : CodeOf(way, fault), success, error);
   };
