@@ -1,4 +1,7 @@
 #include "VarkelCore/src/serial_connection.h"
+
+#include <QElapsedTimer>
+
 #include "tests/core/core_test.h"
 #include "tests/core/small_sensor_bench.h"
 
@@ -131,6 +134,25 @@ class ConnectionTest : public QObject {
     stop.request_stop();
     QVERIFY(!connection.InitSerial(stop.get_token(), settings));
     QVERIFY(report.Take().empty() && !connection.is_connecting() && !connection.CheckLidarConnection());
+  }
+
+  void ClosingNeverWaitsForASilentSensor() {
+    const std::function<void(Bench&)> moments[] = {
+        [](auto& bench) { bench.manager->Stop(), bench.manager->ConnectLidar(); },
+        [](auto& bench) { bench.manager->CheckConnectionInBackground(); },
+        [](auto& bench) { bench.Edit("Subnet Mask", "255.255.0.0"), bench.manager->RunInBackground(2); }};
+    for (const auto& begin : moments) {
+      Bench bench;
+      QVERIFY(bench.ConnectOn());
+      bench.Misbehave("*=silence");
+      bench.sensor->ClearReceived();
+      begin(bench);
+      QTRY_VERIFY(!bench.sensor->Received().empty());
+      QElapsedTimer timer;
+      timer.start();
+      bench.manager.reset();
+      QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+    }
   }
 
   void StartModelIsTheOnlyOne() {
