@@ -1,41 +1,45 @@
+#include "VarkelCore/src/serial_connection.h"
+
 #include <QElapsedTimer>
-#include <QTemporaryDir>
 
 #include "tests/core/core_test.h"
-#include "tests/support/silent_address.h"
+#include "tests/core/small_sensor_bench.h"
 
 namespace {
 
 class ConnectionTest : public QObject {
   Q_OBJECT
  private slots:
-  void EitherProbeCommandWillDo() {
-    for (const char* misbehaviour : {"0x08=error:3", "0x07=error:3"}) {
-      Bench bench({misbehaviour});
-      QSignalSpy map_changed(bench.manager.get(), &VarkelManager::myMapChanged);
-      QVERIFY(bench.Connect());
-      QCOMPARE(map_changed.count(), 1);
-      QVERIFY(!bench.manager->GetIsConnectingLidar());
-      QCOMPARE(bench.log, QStringList{"INFO Lidar connected"});
-      QVERIFY(bench.errors.isEmpty());
-    }
-  }
-
   void FailuresAreReported() {
-    const QStringList cases[] = {{"127.0.0.1", "1", "TCP connection failed."},
-                                 {"sensor", "2", "TCP connection failed."},
-                                 {"127.0.0.1", "", "Lidar has No KTC reply."},  // the sensor's own port
-                                 {"127.0.0.1", "ktc", "invalid stoi argument"},
-                                 {"127.0.0.1", "99999999999", "stoi argument out of range"}};
+    // Where the attempt goes, what the user is to check, and why. "same": one port for both lines.
+    const QStringList cases[] = {
+        {"Quenta", "127.0.0.1", "1", "network settings", "TCP connection failed."},
+        {"Quenta", "sensor", "2", "network settings", "TCP connection failed."},
+        {"Quenta", "127.0.0.1", "ktc", "network settings", "invalid stoi argument"},
+        {"Quenta", "127.0.0.1", "99999999999", "network settings", "stoi argument out of range"},
+        {"Zelto-KTC", "127.0.0.1", "1", "network settings", "TCP connection failed."},
+        {"Zelto-KTC", "127.0.0.1", "ktc", "network settings", "invalid stoi argument"},
+        {"Zelto", "/dev/none", "/dev/none", "RS485 serial port", "RS485 serial open fail"},
+        {"Zelto", "", "/dev/none", "UART serial port", "UART serial open fail"},
+        {"Zelto", "", "same", "UART serial port", "UART serial open fail"}};
     for (const QStringList& texts : cases) {
-      Bench bench({"0x07=error:3", "0x08=error:3"});
-      bench.manager->set_ip_address(texts[0]);
-      if (!texts[1].isEmpty()) bench.manager->set_port(texts[1]);
-      QVERIFY(bench.manager->ConnectLidar());
-      QCOMPARE(bench.NextError(), "Connection Failed. Please check your network settings.");
-      QTRY_COMPARE(bench.log, QStringList{"ERROR Connection Error: " + texts[2]});
-      QVERIFY(!bench.manager->IsConnected());
-      QTRY_VERIFY(!bench.manager->GetIsConnectingLidar());
+      Bench bench({}, texts[0].toStdString());
+      VarkelManager& manager = *bench.manager;
+      const QString rs485 = manager.serial_port_485();
+      const bool lines = texts[0] == "Zelto";
+      const QString first = !texts[1].isEmpty() ? texts[1] : rs485;
+      const QString second = texts[2] == "same" ? rs485 : texts[2];
+      lines ? manager.set_serial_port_485(first) : manager.set_ip_address(first);
+      lines ? manager.set_serial_port_232(second) : manager.set_port(second);
+      QVERIFY(manager.ConnectLidar());
+      QCOMPARE(bench.NextError(), "Connection Failed. Please check your " + texts[3] + ".");
+      QTRY_COMPARE(bench.log, QStringList{"ERROR Connection Error: " + texts[4]});
+      QTRY_VERIFY(!manager.GetIsConnectingLidar());
+      QVERIFY(!manager.IsConnected());
+      if (!lines) continue;
+      manager.set_serial_port_485(rs485);
+      manager.set_serial_port_232(QString::fromStdString(bench.on_lines->uart_path()));
+      QTRY_VERIFY(bench.Connect());  // the line that did open is free again
     }
   }
 
@@ -49,36 +53,25 @@ class ConnectionTest : public QObject {
 
   void DisconnectForgetsTheSerialNumber() {
     Bench bench;
+    QSignalSpy connected_changed(bench.manager.get(), &VarkelManager::isConnectedChanged);
+    QSignalSpy map_changed(bench.manager.get(), &VarkelManager::myMapChanged);
     QVERIFY(bench.Connect());
+    QCOMPARE(map_changed.count(), 1);
+    QCOMPARE(bench.log, QStringList{"INFO Lidar connected"});
     bench.manager->GetLidarModuleInfo(0);
     QCOMPARE(bench.manager->getLidarSN(), QString::fromStdString(bench.sensor->ValueText("SN")));
     bench.Edit("Subnet Mask", "255.255.0.0");
     QCOMPARE(bench.manager->getSetMapSize(), 1);
-    QSignalSpy connected_changed(bench.manager.get(), &VarkelManager::isConnectedChanged);
-    QSignalSpy map_changed(bench.manager.get(), &VarkelManager::myMapChanged);
     bench.manager->Stop();
     QCOMPARE(bench.manager->getLidarSN(), "xxxxxxxx");
     QCOMPARE(bench.manager->getSetMapSize(), 0);
     QVERIFY(!bench.manager->IsConnected());
-    QCOMPARE(connected_changed.count(), 1);
-    QCOMPARE(map_changed.count(), 1);
+    QCOMPARE(connected_changed.count(), 2);
+    QCOMPARE(map_changed.count(), 3);
     QCOMPARE(bench.log.last(), "INFO Lidar disconnected");
     QTRY_COMPARE(bench.sensor->connected_clients(), 0U);
     QVERIFY(!bench.manager->CheckLidarConnection());
     QVERIFY(bench.Connect());
-  }
-
-  void CheckTellsALostSensor() {
-    Bench bench;
-    QVERIFY(bench.Connect());
-    bench.sensor->Misbehave("0x07=error:1");
-    QVERIFY(bench.manager->CheckLidarConnection());
-    bench.sensor->Misbehave("0x08=error:1");
-    QSignalSpy checked(bench.manager.get(), &VarkelManager::connectionCheckFinished);
-    bench.manager->CheckConnectionInBackground();
-    QVERIFY(checked.wait());
-    QCOMPARE(checked.first().first().toBool(), false);
-    QVERIFY(bench.manager->IsConnected());  // the check only tells
   }
 
   void ByteFlowLeavesProbesOut() {
@@ -93,85 +86,90 @@ class ConnectionTest : public QObject {
     QVERIFY2(bench.log[2].startsWith("BYTES RECV: "), qPrintable(bench.log[2]));
   }
 
+  void SmallSensorInsideKtc() {
+    Bench bench({"0x07=error:3"}, "Marvo-KTC");  // either command proves that it is there
+    bench.manager->set_baud_rate("3125000");
+    QVERIFY(bench.Connect());
+    const auto rate = bench.sensor->Received(0xFF).front().payload;
+    QCOMPARE(rate, (std::vector<std::uint8_t>{0, 1, 0x39, 0x00, 0x2F, 0xAF, 0x08}));
+    bench.manager->SetLogBytesFlowStatus(true);
+    QVERIFY(bench.manager->CheckLidarConnection());
+    for (const bool silent : {true, false}) {
+      QCOMPARE(bench.manager->ZeltoGetDestinationConfig(silent).size(), 2);
+      QTRY_COMPARE(bench.log.filter("BYTES SEND: 47 74 08").size(), silent ? 0 : 1);
+    }
+    bench.manager->Stop();
+    QVERIFY(!bench.manager->CheckLidarConnection());
+  }
+
+  void SmallSensorOnLines() {
+    Bench bench({}, "Zelto");
+    VarkelManager& manager = *bench.manager;
+    manager.set_baud_rate("3125000");
+    for (int round = 0; round < 2; ++round) {
+      QVERIFY(bench.Connect());
+      QCOMPARE(bench.on_lines->rs485_rate(), 3125000U);
+      QCOMPARE(bench.on_lines->uart_rate(), 9600U);
+      manager.ZeltoSetStandby(1);  // needs KTC
+      QCOMPARE(bench.NextError(), "lidar is not connected, or lidar is upgrade");
+      QCOMPARE(manager.connectType(), 2);  // hosts rely on the switch, also when the function is refused
+      manager.SendCommand("02", "0A 01");  // the serial number
+      QVERIFY2(bench.errors.isEmpty(), qPrintable(bench.errors.join('\n')));
+      QVERIFY(manager.getSendKtcCommandReturnHeader().startsWith("24 4C 44 43 4D 44 2C "));
+      QVERIFY(manager.CheckLidarConnection());
+      manager.Stop();
+      QCOMPARE(manager.connectType(), 1);
+      QVERIFY(!manager.CheckLidarConnection());
+    }
+  }
+
+  void StopThatComesWithTheLinesLeavesNoneOpen() {
+    Bench bench({}, "Zelto");
+    varkel::test::RecordedReport report;
+    varkel::SerialConnection connection(report, {});
+    varkel::ConnectionSettings settings;
+    settings.serial_port_485 = bench.on_lines->rs485_path();
+    settings.serial_port_232 = bench.on_lines->uart_path();
+    std::stop_source stop;
+    stop.request_stop();
+    QVERIFY(!connection.InitSerial(stop.get_token(), settings));
+    QVERIFY(report.Take().empty() && !connection.is_connecting() && !connection.CheckLidarConnection());
+  }
+
+  void ClosingNeverWaitsForASilentSensor() {
+    const std::function<void(Bench&)> moments[] = {
+        [](auto& bench) { bench.manager->Stop(), bench.manager->ConnectLidar(); },
+        [](auto& bench) { bench.manager->CheckConnectionInBackground(); },
+        [](auto& bench) { bench.Edit("Subnet Mask", "255.255.0.0"), bench.manager->RunInBackground(2); }};
+    for (const auto& begin : moments) {
+      Bench bench;
+      QVERIFY(bench.ConnectOn());
+      bench.Misbehave("*=silence");
+      bench.sensor->ClearReceived();
+      begin(bench);
+      QTRY_VERIFY(!bench.sensor->Received().empty());
+      QElapsedTimer timer;
+      timer.start();
+      bench.manager.reset();
+      QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+    }
+  }
+
   void StartModelIsTheOnlyOne() {
     Bench bench;
     QSignalSpy list_changed(bench.manager.get(), &VarkelManager::lidarModelListChanged);
-    bench.manager->SetVMNowName("");
-    bench.manager->SetVMNowName("no such model");
-    QCOMPARE(list_changed.count(), 0);
     QSignalSpy type_changed(bench.manager.get(), &VarkelManager::connectTypeChanged);
-    bench.manager->SetVMNowName("Zelto");
-    QCOMPARE(list_changed.count(), 1);
-    QCOMPARE(type_changed.count(), 1);
-    QCOMPARE(bench.manager->connectType(), 1);
-    QCOMPARE(bench.manager->LidarModelList(), QVariantList{"Zelto"});
-    Bench host;
-    host.manager->SetVMNowName("Marvo-KTC");  // in no list, but a host may ask for it
-    QCOMPARE(host.manager->connectType(), 2);
-    QCOMPARE(host.manager->LidarModelList(), QVariantList{"Marvo-KTC"});
-  }
-
-  /// With a silent sensor an exchange takes four seconds: whatever waits for one is found out here.
-  void CallsOfTheWindowReturnAtOnce() {
-    Bench bench;
-    VarkelManager& manager = *bench.manager;
-    QVERIFY(bench.ConnectOn(1));
-    bench.sensor->Misbehave("*=silence");
-    bench.Edit("Subnet Mask", "255.255.0.0");
-    const QTemporaryDir folder;
-    const std::vector<std::pair<const char*, std::function<void()>>> calls = {
-        {"read", [&] { manager.ReadPageInBackground(2); }},
-        {"save", [&] { manager.RunInBackground(2); }},
-        {"check", [&] { manager.CheckConnectionInBackground(); }},
-        {"command", [&] { manager.SendCommandInBackground("07", ""); }},
-        {"restart", [&] { manager.RestartInBackground(); }},
-        {"reset", [&] { manager.ResetInBackground(); }},
-        {"download", [&] { manager.DownloadLog(QUrl::fromLocalFile(folder.path()), "Fault Log"); }},
-        {"disconnect", [&] { manager.Stop(); }}};
-    for (const auto& [name, call] : calls) {
-      QElapsedTimer timer;
-      timer.start();
-      call();
-      QVERIFY2(timer.elapsed() < 500, name);
+    for (const char* name : {"", "no such model"}) bench.manager->SetVMNowName(name);
+    QCOMPARE(list_changed.count(), 0);
+    int changes = 0;
+    // The latter is in no list, but a host may ask for it.
+    for (const auto& [name, type] : {std::pair{"Zelto", 1}, {"Marvo-KTC", 2}}) {
+      bench.manager->SetVMNowName(name);
+      QCOMPARE(list_changed.count(), ++changes);
+      QCOMPARE(type_changed.count(), changes);
+      QCOMPARE(bench.manager->connectType(), type);
+      QCOMPARE(bench.manager->LidarModelList(), QVariantList{name});
     }
-  }
-
-  /// How far things got when the user closes the window.
-  void ClosingNeverWaitsForTheSensor_data() {
-    const Table<QString> row("moment");
-    for (const char* moment : {"connecting", "probing", "refreshing", "reading", "checking", "saving"}) {
-      row(moment, moment);
-    }
-  }
-  void ClosingNeverWaitsForTheSensor() {
-    QFETCH(QString, moment);
-    Bench bench;
-    VarkelManager& manager = *bench.manager;
-    const quarn::test::SilentAddress silent;
-    if (moment == "connecting") {
-      manager.set_port(QString::number(silent.port()));
-      manager.ConnectLidar();
-      QTRY_VERIFY(manager.GetIsConnectingLidar());
-    } else if (moment == "probing") {
-      bench.sensor->Misbehave("*=silence");
-      manager.ConnectLidar();
-      QVERIFY(bench.sensor->WaitReceived(7, 1, std::chrono::seconds(5)));
-    } else {
-      QVERIFY(bench.ConnectOn(1));
-      if (moment != "refreshing") bench.sensor->Misbehave("*=silence");
-      bench.sensor->ClearReceived();
-      if (moment == "reading") manager.ReadPageInBackground(0);
-      if (moment == "checking") manager.CheckConnectionInBackground();
-      if (moment == "saving") {
-        bench.Edit("Subnet Mask", "255.255.0.0");
-        manager.RunInBackground(2);
-      }
-      QTRY_VERIFY(bench.sensor->exchanges() > 0);
-    }
-    QElapsedTimer timer;
-    timer.start();
-    bench.manager.reset();
-    QVERIFY2(timer.elapsed() < 1000, qPrintable(QString("closing took %1 ms").arg(timer.elapsed())));
   }
 };
 

@@ -7,18 +7,12 @@
 #include <QElapsedTimer>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QTest>
 #include <csignal>
 #include <utility>
 
 #include "VarkelCore/src/connection_settings.h"
 #include "VarkelCore/src/whole_file.h"
 #include "tests/core/core_test.h"
-
-using Make = std::function<void(const QByteArray& path)>;
-using Write = std::function<bool(const QString& path)>;  // false when it could not
-Q_DECLARE_METATYPE(Make)
-Q_DECLARE_METATYPE(Write)
 
 namespace {
 
@@ -57,185 +51,166 @@ QByteArray Content(const QString& path) {
   return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("missing");
 }
 
+QStringList Files(const QString& folder) {
+  return QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot);
+}
+
 class HostileFilesTest : public QObject {
   Q_OBJECT
  private slots:
-  void SettingsThatAreNone_data();
-  void SettingsThatAreNone();
-  void UserHearsOfSettingsThatAreNone();
-  void OldContentOutlivesTheWriter_data();
-  void OldContentOutlivesTheWriter();
-  void OldArchiveOutlivesAFailure_data();
-  void OldArchiveOutlivesAFailure();
-  void NamesStayInTheFolder_data();
-  void NamesStayInTheFolder();
+  void SettingsThatAreNone() {
+    const struct {
+      std::function<void(const QByteArray& path)> make;
+      const char* why;
+    } cases[] = {{[](const auto& path) { mkdir(path, 0700); }, "no regular file"},
+                 {[](const auto& path) { QCOMPARE(symlink(path, path), 0); }, "no regular file"},
+                 {[](const auto& path) { mkfifo(path, 0600); }, "no regular file"},  // nobody fills it
+                 {[](const auto& path) {
+                    Put(path, kOld);
+                    QFile::resize(path, 100'000'000);
+                  },
+                  "100000000 bytes"},
+                 {[](const auto& path) {
+                    Put(path, kOld);
+                    chmod(path, 0);
+                  },
+                  "Permission denied"}};
+    for (const auto& [make, why] : cases) {
+      if (geteuid() == 0 && *why == 'P') continue;  // who may read everything
+      const QTemporaryDir folder;
+      const QString path = folder.filePath("settings.ini");
+      make(path.toUtf8());
+      QElapsedTimer clock;
+      clock.start();
+      std::string fault;
+      const varkel::SettingsFile file(path);
+      const varkel::ConnectionSettings settings = file.Load(&fault);
+      QCOMPARE(settings.ip_address, std::string("192.168.1.201"));
+      QVERIFY2(fault.find(why) != std::string::npos, fault.c_str());
+      fault = file.Save(settings);
+      QVERIFY2(fault.find(why) != std::string::npos, fault.c_str());
+      QVERIFY(clock.elapsed() < 1000);
+      QCOMPARE(Files(folder.path()).size(), 1);
+    }
+  }
+
+  void UserHearsOfSettingsThatAreNone() {
+    const QString path = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +
+                         "/VelmoraDataFiles/RecvSettings.ini";
+    QFile::remove(path);
+    QVERIFY(QDir().mkpath(path));
+    Bench bench;
+    const QString why = path + ": it is no regular file.";
+    QTRY_VERIFY(bench.log.contains("WARNING The defaults stand in for the settings of " + why));
+    QVERIFY(bench.Connect());
+    QVERIFY(bench.log.contains("WARNING The connection settings can't be saved to " + why));
+    QVERIFY(QDir().rmdir(path));
+  }
+
+  void OldContentOutlivesTheWriter() {
+    const std::function<bool(const QString& path)> writers[] = {
+        [](auto& path) {
+          return varkel::SettingsFile(path).Save({.ip_address = std::string(kTooMuch, '1')}).empty();
+        },
+        [](auto& path) {
+          const std::vector<std::uint8_t> bytes(kTooMuch);
+          return varkel::WriteWholeFile(path, bytes) == varkel::WriteResult::kWritten;
+        }};
+    for (const auto& write : writers) {
+      const QTemporaryDir folder;
+      const QString path = folder.filePath("file");
+      Put(path, kOld);
+      auto full = std::make_unique<FullDisk>(kLimit);
+      const bool written = write(path);
+      full.reset();
+      QVERIFY(!written);
+      QCOMPARE(Content(path), QByteArray(kOld));
+      QCOMPARE(Files(folder.path()), QStringList{"file"});
+
+      const pid_t writer = fork();
+      if (writer == 0) {  // dies in the middle of a write
+        const rlimit no_dump{};
+        setrlimit(RLIMIT_CORE, &no_dump);
+        const FullDisk deadly(kLimit, SIG_DFL);
+        write(path);
+        _exit(0);
+      }
+      int status = 0;
+      QCOMPARE(waitpid(writer, &status, 0), writer);
+      QVERIFY(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ);
+      QCOMPARE(Content(path), QByteArray(kOld));
+      QVERIFY(write(path));  // what the dead writer left behind is in nobody's way
+      QVERIFY(std::cmp_greater_equal(Content(path).size(), kTooMuch));
+    }
+  }
+
+  void OldArchiveOutlivesAFailure_data() {
+    // `tar` is a script in place of the program, "-": there is none. `disk`: bytes that a file may have.
+    const Table<QString, int, QString> row("tar", "disk", "name");
+    row("no tar", "-", 0, "logs.tar");
+    row("tar fails", "echo half > \"$2\"; exit 2", 0, "logs.tar");
+    row("tar dies", "echo half > \"$2\"; kill -9 $$", 0, "logs.tar");
+    row("no such folder", "", 0, "missing/logs.tar");
+    row("no room for the archive", "", 2 * kLimit, "logs.tar");
+    row("no room for the parts", "", 64, "logs.tar");
+  }
+  void OldArchiveOutlivesAFailure() {
+    QFETCH(QString, tar);
+    QFETCH(int, disk);
+    QFETCH(QString, name);
+    Bench bench;
+    QVERIFY(bench.ConnectOn());
+    const QTemporaryDir folder;
+    const QTemporaryDir programs;
+    const QString path = folder.filePath("logs.tar");
+    QDir parts(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) + "/operation_log");
+    parts.removeRecursively();  // an earlier run's
+    const QByteArray search_path = qgetenv("PATH");
+    Put(path, kOld);
+    Put(programs.filePath("tar"), "#!/bin/sh\n" + tar.toUtf8());
+    if (tar.size() > 1) QFile::setPermissions(programs.filePath("tar"), QFile::ReadOwner | QFile::ExeOwner);
+    if (!tar.isEmpty()) qputenv("PATH", programs.path().toUtf8());
+    auto full = disk > 0 ? std::make_unique<FullDisk>(disk) : nullptr;
+    bench.manager->DownloadOperationLog(QUrl::fromLocalFile(folder.filePath(name)));
+    const QString error = bench.NextError();
+    full.reset();
+    qputenv("PATH", search_path);
+    QCOMPARE(error, QString("Operation log download failed."));
+    QVERIFY(!bench.manager->IsDownloadLog());
+    QCOMPARE(Content(path), QByteArray(kOld));
+    QCOMPARE(Files(folder.path()), QStringList{"logs.tar"});
+    if (disk == 0) QCOMPARE(parts.entryList(QDir::Files).size(), 4);  // what came stays for a look
+    QCOMPARE(bench.manager->DownloadOperationLog(QUrl::fromLocalFile(path)), 0);
+    QCOMPARE(bench.NextSuccess(), QString("Operation log download successful."));
+    QVERIFY(Content(path).size() > 2 * kLimit);  // in place of the old one
+  }
+
+  // A name comes from the table, the file from the sensor: it is found in the folder, and nowhere else.
+  void NamesStayInTheFolder() {
+    const QString letters = QString::fromUtf8("é😀");  // 2 and 4 bytes
+    const std::pair<QString, QString> cases[] = {
+        {"Event Log", "Event Log"},
+        {"/etc/passwd Log", "_etc_passwd Log"},
+        {"C:\\Windows Log", "C__Windows Log"},
+        {"a*?\"<>| Log", "a______ Log"},
+        {".hidden Log", "_hidden Log"},
+        {QString::fromUtf8("gnp\xE2\x80\xAE.exe\n\x1B Log"), "gnp_.exe__ Log"},
+        {letters.repeated(100), letters.repeated(30)},
+        {"../../up Log", "_._.._up Log"}};
+    for (const auto& [name, part] : cases) QCOMPARE(varkel::FileNamePart(name), part);
+    const auto& [name, part] = *std::rbegin(cases);
+    const QTemporaryDir folder;
+    QVERIFY(QDir(folder.path()).mkpath("a/b"));
+    Put(folder.filePath("table.csv"), Content("Config/varID/Quenta.csv").replace("Fault Log", name.toUtf8()));
+    Bench bench;
+    QVERIFY(bench.Connect());
+    bench.manager->InitConfigFileParser(QDir("Config/varID").relativeFilePath(folder.filePath("table")));
+    QCOMPARE(bench.manager->DownloadLog(QUrl::fromLocalFile(folder.filePath("a/b")), name), 0);
+    QCOMPARE(bench.NextSuccess(), name + " download successful.");
+    const QStringList files = Files(folder.filePath("a/b"));
+    QVERIFY2(files.size() == 1 && files[0].startsWith(part + '_'), qPrintable(files.join(' ')));
+  }
 };
-
-void HostileFilesTest::SettingsThatAreNone_data() {
-  QTest::addColumn<Make>("make");
-  QTest::addColumn<QString>("why");
-  QTest::newRow("directory") << Make([](const QByteArray& path) { mkdir(path, 0700); }) << "no regular file";
-  QTest::newRow("link to itself") << Make([](const QByteArray& path) { QCOMPARE(symlink(path, path), 0); })
-                                  << "no regular file";
-  QTest::newRow("pipe that nobody fills")
-      << Make([](const QByteArray& path) { mkfifo(path, 0600); }) << "no regular file";
-  QTest::newRow("100 MB") << Make([](const QByteArray& path) {
-    Put(path, kOld);
-    QVERIFY(QFile::resize(path, 100'000'000));
-  }) << "it has 100000000 bytes";
-  if (geteuid() == 0) return;  // who may read everything
-  QTest::newRow("not readable") << Make([](const QByteArray& path) {
-    Put(path, kOld);
-    chmod(path, 0);
-  }) << "Permission denied";
-}
-
-void HostileFilesTest::SettingsThatAreNone() {
-  QFETCH(Make, make);
-  QFETCH(QString, why);
-  const QTemporaryDir folder;
-  const QString path = folder.filePath("settings.ini");
-  make(path.toUtf8());
-  QElapsedTimer clock;
-  clock.start();
-  std::string fault;
-  const varkel::SettingsFile file(path);
-  const varkel::ConnectionSettings settings = file.Load(&fault);
-  QCOMPARE(settings.ip_address, std::string("192.168.1.201"));
-  QCOMPARE(int{settings.udp_port}, 2368);
-  QVERIFY2(fault.find(why.toStdString()) != std::string::npos, fault.c_str());
-  fault = file.Save(settings);
-  QVERIFY2(fault.find(why.toStdString()) != std::string::npos, fault.c_str());
-  QVERIFY(clock.elapsed() < 1000);
-  QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size(), 1);
-}
-
-void HostileFilesTest::UserHearsOfSettingsThatAreNone() {
-  const QString path = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +
-                       "/VelmoraDataFiles/RecvSettings.ini";
-  QFile::remove(path);
-  QVERIFY(QDir().mkpath(path));
-  Bench bench;
-  QTRY_VERIFY(bench.log.contains("WARNING The defaults stand in for the settings of " + path +
-                                 ": it is no regular file."));
-  QVERIFY(bench.Connect());
-  QVERIFY(bench.log.contains("WARNING The connection settings can't be saved to " + path +
-                             ": it is no regular file."));
-  QVERIFY(QDir().rmdir(path));
-}
-
-void HostileFilesTest::OldContentOutlivesTheWriter_data() {
-  QTest::addColumn<Write>("write");
-  QTest::newRow("settings") << Write([](const QString& path) {
-    return varkel::SettingsFile(path).Save({.ip_address = std::string(kTooMuch, '1')}).empty();
-  });
-  QTest::newRow("bytes from the sensor") << Write([](const QString& path) {
-    return varkel::WriteWholeFile(path, std::vector<std::uint8_t>(kTooMuch)) == varkel::WriteResult::kWritten;
-  });
-}
-
-void HostileFilesTest::OldContentOutlivesTheWriter() {
-  QFETCH(Write, write);
-  const QTemporaryDir folder;
-  const QString path = folder.filePath("file");
-  Put(path, kOld);
-  auto full = std::make_unique<FullDisk>(kLimit);
-  const bool written = write(path);
-  full.reset();
-  QVERIFY(!written);
-  QCOMPARE(Content(path), QByteArray(kOld));
-  QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"file"});
-
-  const pid_t writer = fork();
-  if (writer == 0) {  // dies in the middle of a write
-    const rlimit no_dump{};
-    setrlimit(RLIMIT_CORE, &no_dump);
-    const FullDisk deadly(kLimit, SIG_DFL);
-    write(path);
-    _exit(0);
-  }
-  int status = 0;
-  QCOMPARE(waitpid(writer, &status, 0), writer);
-  QVERIFY(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ);
-  QCOMPARE(Content(path), QByteArray(kOld));
-  QVERIFY(write(path));  // what the dead writer left behind is in nobody's way
-  QVERIFY(std::cmp_greater_equal(Content(path).size(), kTooMuch));
-}
-
-void HostileFilesTest::OldArchiveOutlivesAFailure_data() {
-  QTest::addColumn<QByteArray>("tar");  // a script in place of the program
-  QTest::addColumn<int>("disk");        // bytes that a file may have, 0 for any number
-  QTest::newRow("tar dies half-way") << QByteArray("echo half > \"$2\"; kill -9 $$") << 0;
-  QTest::newRow("no room for the archive") << QByteArray() << 2 * kLimit;
-  QTest::newRow("no room for the parts") << QByteArray() << 64;
-}
-
-void HostileFilesTest::OldArchiveOutlivesAFailure() {
-  QFETCH(QByteArray, tar);
-  QFETCH(int, disk);
-  Bench bench;
-  bench.manager->setModuleIndexUse(-1);
-  QVERIFY(bench.Connect());
-  const QTemporaryDir folder;
-  const QString path = folder.filePath("logs.tar");
-  const QByteArray programs = qgetenv("PATH");
-  Put(path, kOld);
-  if (!tar.isEmpty()) {
-    Put(folder.filePath("tar"), "#!/bin/sh\n" + tar);
-    QFile::setPermissions(folder.filePath("tar"), QFile::ReadOwner | QFile::ExeOwner);
-    qputenv("PATH", folder.path().toUtf8() + ':' + programs);
-  }
-  auto full = disk > 0 ? std::make_unique<FullDisk>(disk) : nullptr;
-  bench.manager->DownloadOperationLog(QUrl::fromLocalFile(path));
-  const QString error = bench.NextError();
-  full.reset();
-  qputenv("PATH", programs);
-  QCOMPARE(error, QString("Operation log download failed."));
-  QFile::remove(folder.filePath("tar"));
-  QCOMPARE(Content(path), QByteArray(kOld));
-  QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"logs.tar"});
-  QCOMPARE(bench.manager->DownloadOperationLog(QUrl::fromLocalFile(path)), 0);
-  QCOMPARE(bench.NextSuccess(), QString("Operation log download successful."));
-  QVERIFY(Content(path).size() > 2 * kLimit);  // in place of the old one
-}
-
-void HostileFilesTest::NamesStayInTheFolder_data() {
-  QTest::addColumn<QString>("name");
-  QTest::addColumn<QString>("part");
-  const auto row = [](const char* name, const char* part) {
-    QTest::newRow(name) << QString::fromUtf8(name) << QString::fromUtf8(part);
-  };
-  row("Event Log", "Event Log");
-  row("../../up Log", "_._.._up Log");
-  row("/etc/passwd Log", "_etc_passwd Log");
-  row("C:\\Windows Log", "C__Windows Log");
-  row("\\\\host\\share Log", "__host_share Log");
-  row("a*?\"<>| Log", "a______ Log");
-  row(".hidden Log", "_hidden Log");
-  row("gnp\xE2\x80\xAE.exe\n\x1B Log", "gnp_.exe__ Log");
-  const QString letters = QString::fromUtf8("é😀");  // 2 and 4 bytes
-  QTest::newRow("over-long") << letters.repeated(100) << letters.repeated(30);
-}
-
-// The name comes from the table, the file from the sensor: it is found in the folder, and nowhere else.
-void HostileFilesTest::NamesStayInTheFolder() {
-  QFETCH(QString, name);
-  QFETCH(QString, part);
-  QCOMPARE(varkel::FileNamePart(name), part);
-  const QTemporaryDir folder;
-  QVERIFY(QDir(folder.path()).mkpath("a/b"));
-  QByteArray table = Content("Config/varID/Quenta.csv");
-  table.replace("Fault Log", '"' + name.toUtf8().replace('"', "\"\"") + '"');
-  Put(folder.filePath("table.csv"), table);
-  Bench bench;
-  QVERIFY(bench.Connect());
-  bench.manager->InitConfigFileParser(QDir("Config/varID").relativeFilePath(folder.filePath("table")));
-  QCOMPARE(bench.manager->DownloadLog(QUrl::fromLocalFile(folder.filePath("a/b")), name), 0);
-  QCOMPARE(bench.NextSuccess(), name + " download successful.");
-  const QStringList files = QDir(folder.filePath("a/b")).entryList(QDir::Files | QDir::Hidden);
-  QCOMPARE(files.size(), 1);
-  QVERIFY2(files.first().startsWith(part + '_'), qPrintable(files.first()));
-}
 
 const RegisterTest<HostileFilesTest> registered;
 

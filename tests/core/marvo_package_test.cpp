@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <tuple>
 
 #include "tests/core/marvo_sample.h"
 
@@ -45,25 +46,21 @@ TEST(MarvoPackage, NeedsItsHeaderAndMagic) {
 }
 
 TEST(MarvoPackage, SendsTheApplicationOfTheOtherPartition) {
-  struct Case {
-    std::uint8_t flags;
-    Partition running;
-    const char* names;
-  };
-  const std::vector<Case> cases = {{31, Partition::kA, "BMB_APP_B:2 BMB_FPGA:1 TMB_FPGA:0 TMB_PARAM:3 "},
-                                   {31, Partition::kB, "BMB_APP_A:2 BMB_FPGA:1 TMB_FPGA:0 TMB_PARAM:3 "},
-                                   {1, Partition::kA, ""},
-                                   {1, Partition::kB, "BMB_APP_A:2 "},
-                                   {24, Partition::kA, "TMB_FPGA:0 TMB_PARAM:3 "},
-                                   {0xE0, Partition::kB, ""}};
-  for (const Case& c : cases) {
+  const std::tuple<std::uint8_t, Partition, const char*> cases[] = {
+      {31, Partition::kA, "BMB_APP_B:2 BMB_FPGA:1 TMB_FPGA:0 TMB_PARAM:3 "},
+      {31, Partition::kB, "BMB_APP_A:2 BMB_FPGA:1 TMB_FPGA:0 TMB_PARAM:3 "},
+      {1, Partition::kA, ""},
+      {1, Partition::kB, "BMB_APP_A:2 "},
+      {24, Partition::kA, "TMB_FPGA:0 TMB_PARAM:3 "},
+      {0xE0, Partition::kB, ""}};
+  for (const auto& [flags, running, expected] : cases) {
     OtaPackageHeader header;
-    ParseMarvoPackage(MarvoPackage(c.flags, {}, 0), header);
+    ParseMarvoPackage(MarvoPackage(flags, {}, 0), header);
     std::string names;
-    for (const OtaComponent& component : ComponentsToSend(header, c.running)) {
+    for (const OtaComponent& component : ComponentsToSend(header, running)) {
       names += component.name + ":" + std::to_string(component.type) + " ";
     }
-    EXPECT_EQ(names, c.names) << int{c.flags};
+    EXPECT_EQ(names, expected) << int{flags};
   }
 }
 

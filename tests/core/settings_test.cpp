@@ -46,22 +46,19 @@ class SettingsTest : public QObject {
   void SettersOfTheFace() {
     Bench bench;
     VarkelManager& manager = *bench.manager;
-    manager.setUdpPort("70000");
-    manager.setUdpPort("x");
-    QCOMPARE(bench.NextError(), "invalid stoi argument");
-    QCOMPARE(bench.log.last(), "ERROR invalid stoi argument");
-    manager.setUdpPort("99999999999");
-    QCOMPARE(bench.NextError(), "stoi argument out of range");
+    QSignalSpy error_changed(&manager, &VarkelManager::errorMessageChanged);
+    QSignalSpy download_changed(&manager, &VarkelManager::isDownloadLogChanged);
+    for (const char* port : {"70000", "x", "99999999999"}) manager.setUdpPort(port);
+    QCOMPARE(bench.errors, (QStringList{"invalid stoi argument", "stoi argument out of range"}));
+    QCOMPARE(bench.log.last(), "ERROR stoi argument out of range");
     QCOMPARE(manager.udpPort(), "4464");
     manager.set_baud_rate("x");
     QCOMPARE(manager.baud_rate(), "0");
-    QSignalSpy error_changed(&manager, &VarkelManager::errorMessageChanged);
+    error_changed.clear();
     manager.setErrorMsg("");
+    QCOMPARE(manager.errorMessage(), "");
     QCOMPARE(error_changed.count(), 0);
-    QSignalSpy download_changed(&manager, &VarkelManager::isDownloadLogChanged);
-    manager.setIsDownloadLog(false);
-    QCOMPARE(download_changed.count(), 0);
-    manager.setIsDownloadLog(true);
+    for (const bool on : {false, true}) manager.setIsDownloadLog(on);
     QCOMPARE(download_changed.count(), 1);
   }
 };

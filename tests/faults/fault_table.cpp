@@ -2,11 +2,8 @@
 
 #include <QVariantList>
 #include <array>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
+#include <tuple>
 #include <utility>
 
 #include "tests/core/marvo_sample.h"
@@ -14,16 +11,6 @@
 namespace varkel::test {
 
 namespace {
-
-/// What the sample maker writes under that name.
-std::vector<std::uint8_t> SampleMarvoPackage(const std::string& name) {
-  const std::string path = "marvo-sample-" + name + ".bin";
-  if (std::system(("'" MARVO_SAMPLE_MAKER "' " + name + " " + path).c_str()) != 0) return {};
-  std::ifstream file(path, std::ios::binary);
-  const std::vector<std::uint8_t> package(std::istreambuf_iterator<char>(file), {});
-  std::filesystem::remove(path);
-  return package;
-}
 
 using Ends = Operation::Ends;
 using Bench = FaultBench;
@@ -60,7 +47,7 @@ int CodeOf(Way way, const Fault& fault) {
   const int code = row == codes.end() ? kFine : row->second.at(way);
   if (code != kHalf) return code;
   constexpr std::size_t kHeader = 8;
-  return fault.at <= fault.steps.size() && fault.steps[fault.at - 1].size >= kHeader ? -3 : -2;
+  return fault.at <= fault.steps.size() && fault.steps[fault.at - 1] >= kHeader ? -3 : -2;
 }
 
 /// How exchange number `index` of a network operation ends when number `fault.at` is disturbed.
@@ -73,10 +60,9 @@ int CodeAt(const Fault& fault, std::size_t index) {
 }
 
 bool IsFineTo(const Fault& fault, std::size_t last) {
-  for (std::size_t index = 1; index <= last; ++index) {
-    if (CodeAt(fault, index) != kFine) return false;
-  }
-  return true;
+  bool fine = true;
+  for (std::size_t index = 1; index <= last; ++index) fine &= CodeAt(fault, index) == kFine;
+  return fine;
 }
 
 Lines Nothing(const Fault&) {
@@ -95,11 +81,20 @@ std::string Must(bool holds, const char* what) {
   return holds ? std::string() : what;
 }
 
-/// One exchange, and what is told for its code.
+/// A frame that is disturbed once is sent again, but for a refusal and a broken line.
+bool Heals(Way way, const std::vector<Point>& points, const Fault& fault) {
+  const bool repeats = way == kOtaCarried || way == kOtaLine;
+  return repeats && !points[fault.at - 1].nth.empty() && fault.kind != "error" && fault.kind != "close";
+}
+
+/// One exchange, or one of several like it, and what is told for its code.
 Operation Simple(std::string name, std::string model, std::function<void(Bench&)> start, Way way,
-                 std::string success, std::string error) {
-  return {std::move(name), std::move(model), std::move(start),
-          [=](auto& fault) { return Told(CodeOf(way, fault), success, error); }};
+                 const std::string& success, const std::string& error,
+                 const std::vector<Point>& points = {}) {
+  const auto expected = [=](const Fault& fault) {
+    return Told(Heals(way, points, fault) ? kFine : CodeOf(way, fault), success, error);
+  };
+  return {std::move(name), std::move(model), std::move(start), expected, points};
 }
 
 // The network
@@ -118,17 +113,17 @@ Operation Connect() {
   return op;
 }
 
-/// Its answer is what it tells.
+/// The window's check; its answer stands for what is told.
 Operation Probe() {
   Operation op = Connect();
   op.name = "probe";
   op.connects = false;
   op.start = [](auto& bench) { bench.manager->CheckConnectionInBackground(); };
   op.expected = [connected = op.expected](auto& fault) {
-    return connected(fault).empty() ? Lines{"alive"} : Lines{};
+    return connected(fault).empty() ? Lines{"success: alive"} : Lines{};
   };
   op.over = [](auto& bench) {
-    if (bench.ended > 0 && std::exchange(bench.alive, false)) bench.told = {"alive"};
+    if (bench.ended > 0 && std::exchange(bench.alive, false)) bench.successes.append("alive");
     return bench.ended > 0;
   };
   return op;
@@ -152,17 +147,12 @@ Operation Refresh() {
   return op;
 }
 
-struct Edit {
-  const char* var_name;
-  const char* text;
-};
-
 /// `reads` exchanges bring the page up to date, then the commands go out.
-Operation Save(const char* name, int page, const std::vector<Edit>& edits, std::size_t reads,
-               const std::vector<std::string>& commands) {
+Operation Save(const char* name, int page, const std::vector<std::pair<const char*, const char*>>& edits,
+               std::size_t reads, const std::vector<std::string>& commands) {
   Operation op{name, "Quenta"};
   op.start = [page, edits](auto& bench) {
-    for (const Edit& edit : edits) bench.Edit(edit.var_name, edit.text);
+    for (const auto& [var_name, text] : edits) bench.Edit(var_name, text);
     if (edits.empty()) bench.manager->SetMultiFovConfig(0, QStringLiteral("10"));
     bench.manager->RunInBackground(page);
   };
@@ -172,43 +162,31 @@ Operation Save(const char* name, int page, const std::vector<Edit>& edits, std::
       const std::string& command = commands[i];
       if (code == kFine || (command == "0x21" && code == -2)) continue;
       if (command == "0x22") return Told(code, "", "Set Failed: set channel fov failed");
-      Lines lines = Told(code, "", "Set Failed: " + command + " SET  ret_code: %");
-      lines.insert(lines.end(),
-                   {"WARNING SET [" + command + "] FAILED", "error: SET [" + command + "] FAILED"});
-      return lines;
+      const std::string failed = "SET [" + command + "] FAILED";
+      return Lines{"WARNING " + failed, "error: " + failed,
+                   Told(code, "", "Set Failed: " + command + " SET  ret_code: %").front()};
     }
-    return Told(kFine,
-                "Set Lidar Successfully\nNote that if you have changed the TCP-related settings, you will "
-                "need to restart the lidar for it to work.",
-                "");
+    return Lines{
+        "success: Set Lidar Successfully\nNote that if you have changed the TCP-related settings, you will "
+        "need to restart the lidar for it to work."};
   };
   op.check = [edits, commands](auto& bench, bool success) {
     bool marked = bench.manager->getSetMapSize() == (success ? 0 : static_cast<int>(commands.size()));
-    for (const Edit& edit : edits) marked &= bench.IsEdited(edit.var_name) != success;
+    for (const auto& [var_name, text] : edits) marked &= bench.IsEdited(var_name) != success;
     return Must(marked, "the marks of unsaved edits are wrong");
   };
   return op;
 }
 
-constexpr char kSerialConsole[] =
-    "Query Serial command fail. Please input right Serial command header and payload.";
-constexpr char kTunnelConsole[] =
-    "Query Serial command fail. Please check BytesFlow in Log Window. Please input right Serial command "
-    "header and payload.";
-
 /// A console shows a refusal that a serial frame brings as it shows any other reply.
-Operation Console(const char* model, std::pair<const char*, const char*> command, const char* error, Way way,
-                  std::vector<Point> points) {
-  const auto send = [command](auto& bench) {
-    bench.manager->SendCommandInBackground(command.first, command.second);
+Operation Console(const char* model, const char* code, const char* payload, const std::string& error, Way way,
+                  const std::vector<Point>& points = {}) {
+  const auto send = [=](auto& bench) { bench.manager->SendCommandInBackground(code, payload); };
+  Operation op = Simple("console", model, send, way, "", error + " command header and payload.", points);
+  op.expected = [way, simple = op.expected](auto& fault) {
+    const bool shown = way != kQuery && (fault.kind == "wrong-echo" || fault.kind == "error");
+    return shown ? Lines{} : simple(fault);
   };
-  Operation op = Simple("console", model, send, way, "", error);
-  if (way == kGet || way == kLine) {
-    op.expected = [failed = op.expected](auto& fault) {
-      return fault.kind == "wrong-echo" || fault.kind == "error" ? Lines{} : failed(fault);
-    };
-  }
-  op.points = std::move(points);
   op.patience_ms = way == kQuery ? 4000 : 5000;
   op.check = [](auto& bench, bool success) {
     return Must(bench.manager->getSendKtcCommandReturnHeader().isEmpty() != success,
@@ -289,21 +267,11 @@ std::string Arrived(Bench& bench, bool success, std::size_t files) {
   return Must(!success || device.firmware.Received().size() == files, "the firmware did not come");
 }
 
-/// A frame that is disturbed once is sent again, but for a refusal and a broken line.
-bool Heals(const Fault& fault) {
-  return fault.kind != "error" && fault.kind != "close";
-}
-
 Operation SerialUpgrade(const char* model, const std::vector<Point>& points, Way way) {
-  Operation op{"zelto upgrade", model};
-  op.start = [](auto& bench) { bench.manager->ZeltoUpgradeLidar(bench.Package(kFirmware)); };
-  op.expected = [points, way](const Fault& fault) {
-    const bool once = !points[fault.at - 1].nth.empty();
-    return Told(once && Heals(fault) ? kFine : CodeOf(way, fault),
-                "Upgrade package transmitted successfully. The lidar will automatically reboot.",
-                "Upgrade package transfer failed or is terminated. error:%");
-  };
-  op.points = points;
+  const auto start = [](auto& bench) { bench.manager->ZeltoUpgradeLidar(bench.Package(kFirmware)); };
+  Operation op = Simple("zelto upgrade", model, start, way,
+                        "Upgrade package transmitted successfully. The lidar will automatically reboot.",
+                        "Upgrade package transfer failed or is terminated. error:%", points);
   op.patience_ms = way == kOtaLine ? 30000 : 5000;
   op.disconnects = Ends::kAlways;
   op.check = [](auto& bench, bool success) { return Arrived(bench, success, 1); };
@@ -311,33 +279,25 @@ Operation SerialUpgrade(const char* model, const std::vector<Point>& points, Way
 }
 
 Operation MarvoUpgrade() {
-  struct Step {
-    Point point;
-    Way way;
-    const char* failed;
-  };
-  static const std::vector<Step> steps = {
-      {{"0x00013900", "#1"}, kCode, "set baudrate failed"},
-      {{"ldcmd-set:12"}, kSet, "change mode failed"},
-      {{"0x00013900", "#2"}, kCode, "set upgrade baudrate failed"},
-      {{"ota:17"}, kOtaCarried, "BMB_APP_B failed, error=%"},
-      {{"ota:18", "#3"}, kOtaCarried, "BMB_APP_B failed, error=%"},
-      {{"ota:19"}, kOtaCarried, "BMB_APP_B failed, error=%"},
-      {{"ota:19", "#4"}, kOtaCarried, "TMB_PARAM failed, error=%"},
-  };
-  static const std::vector<std::uint8_t> package = SampleMarvoPackage("full");
+  static const std::vector<std::tuple<Point, Way, const char*>> steps = {
+      {Point{"0x00013900", "#1"}, kCode, "set baudrate failed"},
+      {Point{"ldcmd-set:12"}, kSet, "change mode failed"},
+      {Point{"0x00013900", "#2"}, kCode, "set upgrade baudrate failed"},
+      {Point{"ota:17"}, kOtaCarried, "BMB_APP_B failed, error=%"},
+      {Point{"ota:18", "#2"}, kOtaCarried, "BMB_APP_B failed, error=%"},
+      {Point{"ota:19"}, kOtaCarried, "BMB_APP_B failed, error=%"},
+      {Point{"ota:19", "#4"}, kOtaCarried, "TMB_PARAM failed, error=%"}};
   Operation op{"marvo upgrade", "Marvo-KTC"};
-  op.start = [](auto& bench) { bench.manager->MarvoUpgradeLidar(bench.Package(package)); };
-  op.expected = [](const Fault& fault) {
-    const Step& step = steps[fault.at - 1];
-    const bool healed = step.way == kOtaCarried && !step.point.nth.empty() && Heals(fault);
-    std::string failed = step.failed;
+  for (const auto& step : steps) op.points.push_back(std::get<Point>(step));
+  op.start = [](auto& bench) { bench.manager->MarvoUpgradeLidar(bench.Package(FullMarvoPackage())); };
+  op.expected = [points = op.points](const Fault& fault) {
+    const auto& [point, way, failed] = steps[fault.at - 1];
     // A refusal of the mode has the form of another partition; the sensor is not ready then.
-    if (step.way == kSet && fault.kind == "error") failed = "BMB_APP_A failed, error=9";
-    return Told(healed ? kFine : CodeOf(step.way, fault),
-                "Marvo upgrade completed. The lidar will automatically reboot.", "Marvo upgrade: " + failed);
+    const bool refused = way == kSet && fault.kind == "error";
+    return Told(Heals(way, points, fault) ? kFine : CodeOf(way, fault),
+                "Marvo upgrade completed. The lidar will automatically reboot.",
+                std::string("Marvo upgrade: ") + (refused ? "BMB_APP_A failed, error=9" : failed));
   };
-  for (const Step& step : steps) op.points.push_back(step.point);
   op.patience_ms = 5000;
   op.disconnects = Ends::kOnSuccess;
   op.check = [](auto& bench, bool success) { return Arrived(bench, success, 4); };
@@ -347,7 +307,6 @@ Operation MarvoUpgrade() {
 // Small sensors
 
 constexpr char kTunnelled[] = "0x0002244C";  ///< what every serial command begins with inside KTC
-constexpr char kSerialNumber[] = "Zelto-KTC get SN failed, ret:";
 
 /// The baud rate that goes out need not be answered.
 Operation SmallConnect(const char* model) {
@@ -357,34 +316,31 @@ Operation SmallConnect(const char* model) {
   return op;
 }
 
-/// What is asked in the background after a connection.
-Operation Info(const char* model, Point point, const std::string& prefix, Way way) {
-  Operation op = SmallConnect(model);
-  op.name = "information";
-  op.points = {std::move(point)};
-  if (way == kLine) op.patience_ms = 1000;
-  op.expected = [prefix, way](const Fault& fault) {
-    const int code = CodeOf(way, fault);
-    if (code == kFine) return Lines{};
-    Lines lines = {"ERROR " + prefix + std::to_string(code)};
-    if (prefix != kSerialNumber) return lines;
-    if (fault.kind == "error") return Lines{"ERROR Zelto-KTC SN invalid after validation"};  // it is empty
-    if (fault.kind == "close") lines.push_back("ERROR " + prefix + "-1");  // the next round's
-    return lines;
-  };
-  op.info = prefix == kSerialNumber ? "Zelto-KTC" : prefix;
-  op.over = [](auto& bench) { return bench.pbl_queries > 0 || !bench.told.empty(); };
-  if (op.model == "Marvo-KTC") op.over = {};
-  return op;
-}
-
 struct Function {
   const char* name;
   QVariantList arguments;
   const char* command;
-  std::string error;
   Way way;
+  std::string what;
   std::string success{};
+};
+
+const std::vector<Function> kFunctions = {
+    {"ZeltoSetStandby", {1}, "ldcmd-set:11", kSet, "set lidar mode"},
+    {"ZeltoSetSpinRate", {20}, "ldcmd-set:10", kSet, "set lidar spin rate"},
+    {"ZeltoSetReturnMode", {1}, "ldcmd-set:9", kSet, "set lidar return mode"},
+    {"ZeltoGetCorrection", {"FILE"}, "ldcmd-get:7", kGet, "get calibration"},
+    {"ZeltoGetLidarFunctionSafety", {}, "ldcmd-get:8", kGet, "get function safety"},
+    {"MarvoSetIMURange", {5, 3}, "ldcmd-get:11", kGet, "set IMU range", "IMU range set successfully"},
+    {"ZeltoGetBaudRate", {}, "0xFF", kCode, "get baud rate"},
+    {"ZeltoSetBaudRateFromUI", {"9600"}, "0x00013900", kCode, "set baud rate", "set baud rate successful"},
+    {"ZeltoGetDestinationConfig", {}, "0x08", kCode, "get destination config"},
+    {"ZeltoSetDestinationIPandPort",
+     {"10.0.0.5", 2000},
+     "0x20",
+     kCode,
+     "set destination IP and port",
+     "set destination IP and port successful"},
 };
 
 /// A fault makes a notice and a log line.
@@ -399,7 +355,7 @@ Operation Call(const Function& function, const std::string& command, Way way) {
     int code = CodeOf(way, fault);
     if (command == "0x08" && fault.kind == "less") code = -2;   // no room for the port
     if (command == "0x08" && fault.kind == "close") code = -3;  // half of 18 bytes
-    Lines lines = Told(code, function.success, function.error);
+    Lines lines = Told(code, function.success, function.what + " error, ret:%");
     if (code != kFine) lines.push_back("ERROR" + lines.front().substr(lines.front().find(' ')));
     return lines;
   };
@@ -409,38 +365,12 @@ Operation Call(const Function& function, const std::string& command, Way way) {
   return op;
 }
 
-const std::vector<Function> kFunctions = {
-    {"ZeltoSetStandby", {1}, "ldcmd-set:11", "set lidar mode error, ret:%", kSet},
-    {"ZeltoSetSpinRate", {20}, "ldcmd-set:10", "set lidar spin rate error, ret:%", kSet},
-    {"ZeltoSetReturnMode", {1}, "ldcmd-set:9", "set lidar return mode error, ret:%", kSet},
-    {"ZeltoGetCorrection", {"FILE"}, "ldcmd-get:7", "get calibration error, ret:%", kGet},
-    {"ZeltoGetLidarFunctionSafety", {}, "ldcmd-get:8", "get function safety error, ret:%", kGet},
-    {"MarvoSetIMURange",
-     {5, 3},
-     "ldcmd-get:11",
-     "set IMU range error, ret:%",
-     kGet,
-     "IMU range set successfully"},
-    {"ZeltoGetBaudRate", {}, "0xFF", "get baud rate error, ret:%", kCode},
-    {"ZeltoSetBaudRateFromUI",
-     {"115200"},
-     "0x00013900",
-     "set baud rate error, ret:%",
-     kCode,
-     "set baud rate successful"},
-    {"ZeltoGetDestinationConfig", {}, "0x08", "get destination config error, ret:%", kCode},
-    {"ZeltoSetDestinationIPandPort",
-     {"10.0.0.5", 2000},
-     "0x20",
-     "set destination IP and port error, ret:%",
-     kCode,
-     "set destination IP and port successful"},
-};
-
 }  // namespace
 
 std::vector<Operation> Operations() {
+  const std::string kAsk = "Query Serial command fail. Please ";
   const std::vector<Point> frames = {{"ota:1"}, {"ota:2"}, {"ota:2", "#2"}, {"ota:3"}};
+  const std::vector<Point> pieces = {{"0x83", "#1"}, {"0x83", "#2"}, {"0x83", "#3"}, {"0x10"}};
   std::vector<Operation> all = {
       Connect(),
       Probe(),
@@ -454,8 +384,7 @@ std::vector<Operation> Operations() {
            {"0x20", "0x21"}),
       Save("save fields of view", 5, {}, 1, {"0x22"}),
       Save("save safety", 7, {{"Heartbeat Period", "700"}}, 1, {"0x01000102"}),
-      Console("Quenta", {"0x07", ""},
-              "Query ktc command fail. Please input right ktc command header and payload.", kQuery, {}),
+      Console("Quenta", "0x07", "", "Query ktc command fail. Please input right ktc", kQuery),
       Restart(false),
       Restart(true),
       Download("Fault Log"),
@@ -465,25 +394,18 @@ std::vector<Operation> Operations() {
                      [](auto& bench) { bench.manager->UpgradeLidar(bench.Package(kFirmware), 6, 1, 0); }),
       SmallConnect("Zelto-KTC"),
       SmallConnect("Marvo-KTC"),
-      Info("Zelto-KTC", {"ldcmd-get:10"}, kSerialNumber, kGet),
-      Info("Zelto-KTC", {"ldcmd-get:15"}, "get pbl version error, ret:", kGet),
-      Info("Marvo-KTC", {"ldcmd-get:15", "#1"}, "Failed to get BMB FPGA version, ret:", kGet),
-      Info("Marvo-KTC", {"ldcmd-get:15", "#3"}, "Failed to get BMB MCU version, ret:", kGet),
-      Console("Zelto-KTC", {"02", "08"}, kTunnelConsole, kGet, {{"ldcmd-get:8"}}),
-      Console("Zelto-KTC", {"02", "08"}, kTunnelConsole, kTunnel, {{kTunnelled}}),
+      Console("Zelto-KTC", "02", "08", kAsk + "check BytesFlow in Log Window. Please input right Serial",
+              kGet, {{"ldcmd-get:8"}}),
       SerialUpgrade("Zelto-KTC", frames, kOtaCarried),
       SerialUpgrade("Zelto-KTC", {{kTunnelled}}, kOtaTunnel),
-      NetworkUpgrade("junction box", "Marvo-KTC", {{"0x83", "#1"}, {"0x83", "#2"}, {"0x83", "#3"}, {"0x10"}},
+      NetworkUpgrade("junction box", "Marvo-KTC", pieces,
                      [](auto& bench) {
                        bench.manager->ZeltoSetUpgradeMode(2);
                        bench.manager->ZeltoUpgradeLidar(bench.Package(kFirmware));
                      }),
       MarvoUpgrade(),
-      Info("Zelto", {"ldcmd-get:10"}, kSerialNumber, kLine),
-      Info("Zelto", {"ldcmd-get:15"}, "get pbl version error, ret:", kLine),
-      Console("Zelto", {"02", "08"}, kSerialConsole, kLine, {{"ldcmd-get:8"}}),
-      SerialUpgrade("Zelto", frames, kOtaLine),
-  };
+      Console("Zelto", "02", "08", kAsk + "input right Serial", kLine, {{"ldcmd-get:8"}}),
+      SerialUpgrade("Zelto", frames, kOtaLine)};
   for (const Function& function : kFunctions) {
     all.push_back(Call(function, function.command, function.way));
     if (function.way != kCode) all.push_back(Call(function, kTunnelled, kTunnel));

@@ -13,7 +13,7 @@ namespace varkel::test {
 struct Fault {
   std::string kind;    ///< a name of kKinds; empty for none
   std::size_t at = 1;  ///< the disturbed exchange, counted from 1, or the place in Operation::points
-  std::vector<FaultBench::Answered> steps;  ///< the counted exchanges when nothing disturbs them
+  std::vector<std::size_t> steps;  ///< the counted exchanges' payload bytes when nothing disturbs them
 };
 
 /// The simulator's rules by the names of the table. LATE stands for more than the client's patience.
@@ -44,8 +44,7 @@ struct Operation {
   bool connects = false;  ///< begins without a connection
   bool restarts = false;  ///< the sensor goes whether it answers or not
   enum class Ends { kNever, kOnSuccess, kAlways } disconnects = Ends::kNever;
-  bool alone = false;  ///< two at once get in each other's way
-  std::string info{};  ///< which failure of the information read in the background it is about
+  bool alone = false;                       ///< two at once get in each other's way
   std::function<bool(FaultBench&)> over{};  ///< none: it is connected, or says that it ended
   /// What else must hold in the end; else a complaint. `success`: no error notice is due.
   std::function<std::string(FaultBench&, bool success)> check{};
