@@ -143,6 +143,23 @@ bool VarkelManager::Private::CanUpgradeSmallSensor() const {
          link.Exchange();
 }
 
+bool VarkelManager::Private::StartUpgrade(const std::shared_ptr<QFile>& package, const SendPackage& send) {
+  const qint64 size = package->size();
+  if (!upgrade.Begin(static_cast<std::size_t>(size))) return false;
+  workers.Start([this, package, size, send](const std::stop_token& stop) {
+    const QByteArray content = package->readAll();
+    if (content.size() != size) {  // half a package must not reach the sensor
+      upgrade.Run().end();
+      const std::string text = "The upgrade package can't be read whole, so nothing was sent.";
+      Error(text);
+      Log(text, "INFO");
+      return;
+    }
+    send(stop, {content.begin(), content.end()});
+  });
+  return true;
+}
+
 void VarkelManager::Private::UpgradeSmallSensor(const std::stop_token& stop,
                                                 const std::vector<std::uint8_t>& package) {
   static constexpr int kJunctionBox = 2;

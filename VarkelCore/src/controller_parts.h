@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFile>
 #include <QString>
 #include <atomic>
 #include <functional>
@@ -47,7 +48,8 @@ struct VarkelManager::Private : varkel::UserReport {
 
   /// Raises a signal on the user interface's thread.
   void Emit(void (VarkelManager::*notify)());
-  /// Reads a page, but no more of a silent sensor's once `replaced` answers true; false when a guard forbids it.
+  /// Reads a page, but no more of a silent sensor's once `replaced` answers true; false when a guard forbids
+  /// it.
   bool ReadPage(int module, const std::function<bool()>& replaced);
   void RefreshRound(const std::stop_token& stop);
   bool IsBusy() const { return upgrade.is_upgrading() || downloading_log; }
@@ -78,6 +80,10 @@ struct VarkelManager::Private : varkel::UserReport {
   void SetSerialNumberUnknown();
   void EndConnections();
   bool CanUpgradeSmallSensor() const;
+  using SendPackage = std::function<void(const std::stop_token&, const std::vector<std::uint8_t>&)>;
+  /// Claims the upgrade, reads the opened file on a worker and hands it to `send`; a file that can't be read
+  /// whole ends the upgrade. False when one runs already.
+  bool StartUpgrade(const std::shared_ptr<QFile>& package, const SendPackage& send);
   void UpgradeSmallSensor(const std::stop_token& stop, const std::vector<std::uint8_t>& package);
   std::optional<varkel::CommandConsole::Road> ConsoleRoad();
 

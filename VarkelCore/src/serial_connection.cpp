@@ -50,6 +50,7 @@ bool SerialConnection::InitSerial(const std::stop_token& stop, const ConnectionS
   uart->SetReceiveType(SerialSource::kCommandType);
   uart->SetAutoReceive(false);
   if (!uart->Open()) {
+    rs485->Close();  // ahead of the notice: whoever hears it may connect again at once
     return FailLine("Connection Failed. Please check your UART serial port.",
                     "Connection Error: UART serial open fail");
   }

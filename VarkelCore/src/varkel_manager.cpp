@@ -57,15 +57,6 @@ std::shared_ptr<QFile> OpenPackage(const QUrl& file_url) {
   return file->open(QIODevice::ReadOnly) ? file : nullptr;
 }
 
-std::vector<std::uint8_t> ReadPackage(QFile& file) {
-  const QByteArray content = file.readAll();
-  return {content.begin(), content.end()};
-}
-
-std::size_t SizeOf(const QFile& file) {
-  return static_cast<std::size_t>(file.size());
-}
-
 }  // namespace
 
 // Life
@@ -546,11 +537,11 @@ int VarkelManager::UpgradeLidar(const QUrl& fileUrl, int level1, int level2, int
   const VarInfo* var = varkel::VariableAt(*catalogue, level1, level2, level3);
   const std::string command = var == nullptr ? std::string() : varkel::UpgradeCommandText(*var);
   if (command.empty()) return 0;
-  if (!d_->upgrade.Begin(SizeOf(*package))) return -1;
-  d_->workers.Start([this, client, package, command](const std::stop_token& stop) {
-    d_->upgrade.SendOverNetwork(stop, *client, ReadPackage(*package), command);
-  });
-  return 0;
+  const auto send = [this, client, command](const std::stop_token& stop,
+                                            const std::vector<std::uint8_t>& bytes) {
+    d_->upgrade.SendOverNetwork(stop, *client, bytes, command);
+  };
+  return d_->StartUpgrade(package, send) ? 0 : -1;
 }
 
 int VarkelManager::ZeltoUpgradeLidar(const QUrl& fileUrl) {
@@ -560,10 +551,10 @@ int VarkelManager::ZeltoUpgradeLidar(const QUrl& fileUrl) {
   }
   const auto package = OpenPackage(fileUrl);
   if (!package) return 0;
-  if (!d_->upgrade.Begin(SizeOf(*package))) return -1;
-  d_->workers.Start(
-      [this, package](const std::stop_token& stop) { d_->UpgradeSmallSensor(stop, ReadPackage(*package)); });
-  return 0;
+  const auto send = [this](const std::stop_token& stop, const std::vector<std::uint8_t>& bytes) {
+    d_->UpgradeSmallSensor(stop, bytes);
+  };
+  return d_->StartUpgrade(package, send) ? 0 : -1;
 }
 
 int VarkelManager::MarvoUpgradeLidar(const QUrl& fileUrl) {
@@ -572,16 +563,15 @@ int VarkelManager::MarvoUpgradeLidar(const QUrl& fileUrl) {
     return -1;
   }
   const auto package = OpenPackage(fileUrl);
-  if (!package || SizeOf(*package) < varkel::kMarvoHeaderSize) {
+  if (!package || package->size() < static_cast<qint64>(varkel::kMarvoHeaderSize)) {
     setErrorMsg(package ? QStringLiteral("Upgrade package too small")
                         : QStringLiteral("Failed to open upgrade file"));
     return -1;
   }
-  if (!d_->upgrade.Begin(SizeOf(*package))) return -1;
-  d_->workers.Start([this, package](const std::stop_token& stop) {
-    d_->marvo.Run(stop, ReadPackage(*package), d_->upgrade.Run());
-  });
-  return 0;
+  const auto send = [this](const std::stop_token& stop, const std::vector<std::uint8_t>& bytes) {
+    d_->marvo.Run(stop, bytes, d_->upgrade.Run());
+  };
+  return d_->StartUpgrade(package, send) ? 0 : -1;
 }
 
 bool VarkelManager::IsUpgrading() const {

@@ -43,6 +43,13 @@ class FirmwareUpgradeTest : public QObject {
     QCOMPARE(bench_->sensor->Received(0x60).size(), 2U);
   }
 
+  void PackageThatCannotBeReadWholeIsNotSent() {
+    QCOMPARE(Upgrade(QUrl::fromLocalFile("/proc/self/status")), 0);  // gives more bytes than it announces
+    QCOMPARE(bench_->NextError(), "The upgrade package can't be read whole, so nothing was sent.");
+    QVERIFY(!bench_->manager->IsUpgrading());
+    QVERIFY(bench_->sensor->Received(0x60).empty());
+  }
+
   void RefusalsOfTheEntry() {
     QCOMPARE(Upgrade(QUrl::fromLocalFile(folder_.filePath("missing.patch"))), 0);
     QCOMPARE(bench_->manager->UpgradeLidar(Package("x"), 0, 0, 0), 0);  // a row that takes no package
