@@ -12,6 +12,7 @@ Rectangle {
     property var pageLists: []
     property int currentPage: 0
     property bool modelCheckDue: false
+    property bool saving: false
     property bool shown: false // set when the first frame is on the screen
     readonly property bool complete: topBar.complete && body.item !== null
     readonly property string model: topBar.model
@@ -137,6 +138,7 @@ Rectangle {
 
     // The page is read again when the save has ended.
     function saveModule(module) {
+        saving = true;
         varkel_manager.RunInBackground(module);
     }
 
@@ -262,6 +264,7 @@ Rectangle {
         }
 
         function onPageWriteFinished(module) {
+            root.saving = false;
             varkel_manager.ReadPageInBackground(module);
         }
 

@@ -37,6 +37,7 @@ Item {
         titles: body.view.pageTitles
         lists: body.view.pageLists
         currentIndex: body.view.currentPage
+        saving: body.view.saving
         onCancelRequested: {
             varkel_manager.ClearSetMap();
             varkel_manager.ReadPageInBackground(module);

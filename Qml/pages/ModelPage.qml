@@ -11,6 +11,7 @@ Item {
     property string title
     property var entries: []
     property bool connected: false
+    property bool saving: false
     property var outOfRangeNames: []
     property bool stale: false
     readonly property bool hasUpgrade: entries.some(function (entry) {
@@ -149,6 +150,7 @@ Item {
         anchors.right: parent.right
         anchors.bottom: parent.bottom
         module: page.module
+        saving: page.saving
         visible: !page.hasUpgrade
         onCancelled: page.cancelRequested()
         onSaved: page.saveRequested()

@@ -9,6 +9,7 @@ Item {
     property var titles: []
     property var lists: []
     property int currentIndex: 0
+    property bool saving: false
     readonly property int logIndex: titles.length
     readonly property int commandIndex: titles.length + 1
 
@@ -38,6 +39,7 @@ Item {
                 module: loader.module
                 title: pages.titles[loader.module] || ""
                 entries: pages.lists[loader.module] || []
+                saving: pages.saving
                 onCancelRequested: pages.cancelRequested(loader.module)
                 onSaveRequested: pages.saveRequested(loader.module)
                 onRefused: pages.refused(message)

@@ -8,6 +8,7 @@ Rectangle {
 
     property int module: 0
     property int edits: 0
+    property bool saving: false // nothing else is saved meanwhile
 
     signal cancelled
     signal saved
@@ -48,6 +49,7 @@ Rectangle {
             objectName: "saveButton_" + footer.module
             text: "Save"
             primary: true
+            enabled: !footer.saving
             hint: "Writes the changes to the sensor"
             onClicked: footer.saved()
         }
