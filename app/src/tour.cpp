@@ -231,7 +231,9 @@ bool Guide::VisitSmallSensor() {
       return placeholder.exactMatch(row.toMap().value("value").toString());
     });
   };
-  WaitUntil([&] { return is_filled() && !manager_->isWorking(); }, kReadMs);
+  // The connection is told when the versions have come, and the page asks for the destination then.
+  const auto is_quiet = [this] { return !Find("loadingBar")->isVisible() && !manager_->isWorking(); };
+  WaitUntil([&] { return is_filled() && is_quiet(); }, kReadMs);
   QTextStream out(stdout);
   for (const QVariant& row : rows()) {
     out << row.toMap().value("label").toString() << ": " << row.toMap().value("value").toString() << '\n';
