@@ -144,17 +144,15 @@ void ClosingsTest::CloseOne(int number) {
   package.close();
 
   if (on_lines) lines_.Start();
-  const QString first_place = on_lines ? QString::fromStdString(lines_.rs485_path()) : "127.0.0.1";
-  const QString second_place = on_lines ? QString::fromStdString(lines_.uart_path())
-                                        : QString::number(network_.at(operation[0])->port());
-  const QStringList arguments = {operation[0],
-                                 first_place,
-                                 second_place,
-                                 operation[1],
-                                 QString::number(random_.bounded(latest_ms)),
-                                 Pick(QStringList{"close", "disconnect", "model", "reconnect"}),
-                                 QString::number(random_.bounded(300)),
-                                 folder.path()};
+  const QString ending = Pick(QStringList{"close", "disconnect", "model", "reconnect"});
+  QStringList arguments{operation[0]};
+  if (on_lines) {
+    arguments << QString::fromStdString(lines_.rs485_path()) << QString::fromStdString(lines_.uart_path());
+  } else {
+    arguments << "127.0.0.1" << QString::number(network_.at(operation[0])->port());
+  }
+  arguments << operation[1] << QString::number(random_.bounded(latest_ms)) << ending
+            << QString::number(random_.bounded(300)) << folder.path();
   const QString what = QString("%1: %2 %3").arg(number).arg(arguments.join(' '), rule);
   QProcess tool;
   auto environment = QProcessEnvironment::systemEnvironment();

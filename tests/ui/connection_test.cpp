@@ -58,7 +58,7 @@ class ConnectionTest : public QObject {
       desk.sensor.SetValue("SN", serial_number);
       QVERIFY(desk.Connect());
       QVERIFY2(warning == nullptr || desk.Dismiss("errorWindow", warning), warning);
-      QVERIFY(!desk.Notice("errorWindow")->property("visible").toBool());
+      QVERIFY(!desk.IsOpen("errorWindow"));
       desk.Press("connectButton");
       QTRY_VERIFY(!desk.manager->IsConnected());
     }

@@ -2,7 +2,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 
 #include "app/src/log_model.h"
 #include "app/src/plain_text.h"
@@ -91,10 +90,9 @@ class HostileTextTest : public QObject {
   void EveryPageShowsPlainText() {
     Desk desk;  // ahead of the table, which no sensor would serve
     desk.sensor.SetValue("SN", "<b>Qu</b>\u202E\n<i>");
-    const QTemporaryDir folder;
-    WriteHostileTable(folder.path());
+    WriteHostileTable(desk.folder.path());
     const QString before = QDir::currentPath();
-    QDir::setCurrent(folder.path());
+    QDir::setCurrent(desk.folder.path());
     desk.manager->InitConfigFileParser("Quenta");
     QDir::setCurrent(before);
     for (int page = 0; page < desk.manager->level1List().size(); ++page) {

@@ -6,7 +6,6 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 #include <csignal>
 
 #include "app/src/log_model.h"
@@ -109,8 +108,7 @@ class LogTest : public QObject {
     const QRegularExpression line("^\\d\\d:\\d\\d:\\d\\d\\.\\d{3} WARN  <b>48 °C</b>\n$");
     desk.Click("logCopyButton");
     QVERIFY(line.match(QGuiApplication::clipboard()->text()).hasMatch());
-    const QTemporaryDir folder;
-    const QString path = folder.filePath("log.txt");
+    const QString path = desk.folder.filePath("log.txt");
     const auto save = [&](const QString& to) { return desk.log->save(QUrl::fromLocalFile(to)); };
     const auto saved = [&] {
       QFile file(path);
@@ -118,7 +116,7 @@ class LogTest : public QObject {
     };
     QCOMPARE(save(path), "");
     QVERIFY(saved());
-    QVERIFY(save(folder.filePath("no/such.txt")).contains("could not be written"));
+    QVERIFY(save(desk.folder.filePath("no/such.txt")).contains("could not be written"));
 
     // A full disk, for which the largest size of a file stands in: the log saved before is still there.
     std::signal(SIGXFSZ, SIG_IGN);

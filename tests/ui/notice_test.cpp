@@ -9,13 +9,12 @@ class NoticeTest : public QObject {
     Desk desk;
     const char* const texts[] = {"one", "two", "two", "three"};
     for (const char* text : texts) desk.manager->setErrorMsg(text);
-    QObject* const window = desk.Notice("errorWindow");
     for (const char* text : texts) {
-      QTRY_VERIFY(window->property("opened").toBool() && desk.Find("noticeAcceptButton")->hasActiveFocus());
-      QCOMPARE(window->property("message"), text);
+      QVERIFY(desk.NoticeShows("errorWindow", text));
+      QTRY_VERIFY(desk.Find("noticeAcceptButton")->hasActiveFocus());
       desk.Key(Qt::Key_Return);
     }
-    QTRY_VERIFY(!window->property("visible").toBool());
+    QTRY_VERIFY(!desk.IsOpen("errorWindow"));
   }
 
   void AboutAndRestartMenu() {

@@ -2,7 +2,6 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <algorithm>
 
 #include "tests/core/marvo_sample.h"
@@ -48,15 +47,6 @@ class SmallDesk : public Desk {
     return std::all_of(buttons.begin(), buttons.end(),
                        [&](const QString& name) { return Find(name)->isEnabled() == enabled; });
   }
-  void DropFile(const QString& file_name, const std::vector<std::uint8_t>& content) const {
-    QFile file(folder.filePath(file_name));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(reinterpret_cast<const char*>(content.data()), static_cast<qint64>(content.size()));
-    file.close();
-    Drop(QUrl::fromLocalFile(file.fileName()));
-  }
-
-  QTemporaryDir folder;
   SmallSensorDevice& device;
 };
 
@@ -233,6 +223,7 @@ class SmallSensorPageTest : public QObject {
                  {"Marvo-KTC", 1, transmitted},
                  {"Marvo-KTC", 0, "Marvo upgrade completed. The lidar will automatically reboot."}};
     const auto package = varkel::test::FullMarvoPackage();
+    const QByteArray content(reinterpret_cast<const char*>(package.data()), static_cast<int>(package.size()));
     for (const auto& [model, mode, notice] : cases) {
       SmallDesk desk(model);
       // The controller keeps the mode that it was told last, so one that no page shows must not last there.
@@ -244,12 +235,12 @@ class SmallSensorPageTest : public QObject {
       if (mode == 1) desk.Choose("zeltoUpgradeMode", 1);
       QVERIFY(desk.Connect());
       QTest::ignoreMessage(QtDebugMsg, "Rejected, need a *.bin or *.patch file");
-      desk.DropFile("firmware.bin.zip", package);
+      desk.Drop("firmware.bin.zip");
       QCOMPARE(desk.Text("upgradeFileName"), "Rejected, need a *.bin or *.patch file");
       QVERIFY(!desk.Has("upgradeProgress") && !desk.Has("upgradeNote"));
       const QString file_name = mode == 0 ? "new one.patch" : "firmware.bin";
       desk.sensor.Misbehave("ota:2=late:100");
-      desk.DropFile(file_name, package);
+      desk.Drop(file_name, content);
       QTRY_VERIFY(desk.Has("upgradeProgress") && desk.Has("upgradeNote"));
       QVERIFY(!desk.Find("attachButton")->isEnabled() && !desk.Find("zeltoUpgradeMode")->isEnabled());
       if (model == QString("Zelto-KTC")) QTRY_VERIFY(desk.Text("upgradeProgress") > "10.00%");

@@ -82,14 +82,16 @@ void Desk::Key(Qt::Key key, Qt::KeyboardModifiers modifiers) const {
 
 void Desk::Click(const QString& name) const {
   QQuickItem* const item = Find(name);
+  QSignalSpy painted(&view(), &QQuickWindow::frameSwapped);
+  view().update();
+  painted.wait();  // what was just made has its place from the next frame on
+  WaitFor([item] { return item->isEnabled(); }, "%s stays disabled", name);
   const QPointF middle = item->mapToScene({item->width() / 2, item->height() / 2});
   QTest::mouseClick(&view(), Qt::LeftButton, Qt::NoModifier, middle.toPoint());
 }
 
 void Desk::Press(const QString& name) const {
-  QQuickItem* const button = Find(name);
-  button->forceActiveFocus(Qt::TabFocusReason);
-  WaitFor([button] { return button->isEnabled(); }, "%s stays disabled", name);
+  Find(name)->forceActiveFocus(Qt::TabFocusReason);
   Click(name);
 }
 
@@ -113,8 +115,12 @@ void Desk::Enter(const QString& name, const QString& text) const {
   Key(Qt::Key_Return);
 }
 
-void Desk::Drop(const QUrl& file) const {
-  QMetaObject::invokeMethod(Find("upgradeDrop"), "dropped", Q_ARG(QUrl, file));
+void Desk::Drop(const QString& file_name, const QByteArray& content) const {
+  QFile file(folder.filePath(file_name));
+  if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) qFatal("no package");
+  file.close();
+  QMetaObject::invokeMethod(Find("upgradeDrop"), "dropped",
+                            Q_ARG(QUrl, QUrl::fromLocalFile(file.fileName())));
 }
 
 void Desk::ShowPage(int page) const {
@@ -130,21 +136,22 @@ void Desk::OpenLog() {
   if (!QTest::qWaitForWindowExposed(view_)) qFatal("the log does not open");
 }
 
-QObject* Desk::Notice(const QString& name) const {
-  return root->findChild<QObject*>(name);
+bool Desk::IsOpen(const QString& name) const {
+  const QObject* const notice = Notice(name);
+  return notice != nullptr && notice->property("visible").toBool();
 }
 
 bool Desk::NoticeShows(const QString& name, const QString& text) const {
-  const QObject* const notice = Notice(name);
   return QTest::qWaitFor([&] {
-    return notice->property("opened").toBool() && notice->property("message").toString().contains(text);
+    return IsOpen(name) && Notice(name)->property("opened").toBool() &&
+           Notice(name)->property("message").toString().contains(text);
   });
 }
 
 bool Desk::Dismiss(const QString& name, const QString& text, Qt::Key key) const {
   if (!NoticeShows(name, text)) return false;
   Key(key);
-  return QTest::qWaitFor([&] { return !Notice(name)->property("visible").toBool(); });
+  return QTest::qWaitFor([&] { return !IsOpen(name); });
 }
 
 void Desk::Dial(std::uint16_t port) const {

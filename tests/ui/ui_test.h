@@ -2,6 +2,7 @@
 
 #include <QQuickItem>
 #include <QQuickView>
+#include <QTemporaryDir>
 #include <memory>
 
 #include "VarkelCore/src/varkel_manager.h"
@@ -32,8 +33,9 @@ class Desk {
   QQuickWindow& view() const { return *view_; }
 
   void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const;
+  /// Clicks a control once it is ready for that.
   void Click(const QString& name) const;
-  /// Scrolls the button into view and clicks it, once it is ready for that.
+  /// The same, scrolled into view.
   void Press(const QString& name) const;
   /// Steps by key to the combo box's entry.
   void Choose(const QString& name, int index) const;
@@ -41,16 +43,18 @@ class Desk {
   void Type(const QString& name, const QString& text) const;
   /// Type and Enter.
   void Enter(const QString& name, const QString& text) const;
-  /// Drops a firmware package.
-  void Drop(const QUrl& file) const;
+  /// Drops a firmware package of that content, which lies in the folder.
+  void Drop(const QString& file_name, const QByteArray& content = {}) const;
   void ShowPage(int page) const;
   /// Opens the log window; from then on the user looks at that.
   void OpenLog();
 
-  /// A notice window, which is no item; its `visible`, `opened`, `message`.
-  QObject* Notice(const QString& name) const;
+  /// A notice window, which is no item; its `visible`, `opened`, `message`. May be null before its first
+  /// notice.
+  QObject* Notice(const QString& name) const { return root->findChild<QObject*>(name); }
+  bool IsOpen(const QString& name) const;
   bool NoticeShows(const QString& name, const QString& text) const;
-  /// NoticeShows, and the key ends it; false when a notice of that name still shows then.
+  /// NoticeShows, and the key ends it; false when a notice of that name is still open then.
   bool Dismiss(const QString& name, const QString& text, Qt::Key key = Qt::Key_Return) const;
 
   /// Types where the sensor is, or another port of this machine, and presses Enter.
@@ -60,7 +64,8 @@ class Desk {
 
   varkel::sim::SimulatedSensor sensor;
   varkel::sim::SimulatedSmallSensor lines;  ///< that of model "Zelto"
-  VarkelManager* manager;                   ///< the window's
+  QTemporaryDir folder;
+  VarkelManager* manager;  ///< the window's
   std::unique_ptr<MainWindow> window;
   QQuickItem* root = nullptr;  ///< the window's
 
