@@ -27,6 +27,14 @@ int main(int argc, char** argv) {
   manager.set_serial_port_485(arguments[2]);
   manager.set_serial_port_232(arguments[3]);
 
+  QTimer timer;
+  timer.setSingleShot(true);
+  std::function<void()> next;
+  QObject::connect(&timer, &QTimer::timeout, [&next] { std::exchange(next, {})(); });
+  const auto after = [&](int duration_ms, std::function<void()> step) {
+    next = std::move(step);
+    timer.start(duration_ms);
+  };
   QElapsedTimer clock;  // since the closing began
   double waited_ms = 0;
   const auto close = [&] {
@@ -40,7 +48,7 @@ int main(int argc, char** argv) {
     ending == "model" ? manager.InitConfigFileParser(model == "Quenta" ? "Zelto-KTC" : "Quenta")
                       : manager.Stop();
     if (ending == "reconnect") manager.ConnectLidar();
-    QTimer::singleShot(arguments[7].toInt(), close);
+    after(arguments[7].toInt(), close);
   };
   bool begun = false;
   const auto begin = [&] {
@@ -50,14 +58,13 @@ int main(int argc, char** argv) {
     for (const Operation& known : OperationsOf(model, arguments[8])) {
       if (known.name == operation) known.start(manager);
     }
-    QTimer::singleShot(arguments[5].toInt(), end);
+    after(arguments[5].toInt(), end);
   };
   const auto retry = [&] {
-    if (!begun) manager.ConnectLidar();
+    if (!begun) after(kRetryMs, [&] { manager.ConnectLidar(); });
   };
   QObject::connect(&manager, &VarkelManager::isConnectedChanged, begin);
-  QObject::connect(&manager, &VarkelManager::errorMessageChanged,
-                   [&] { QTimer::singleShot(kRetryMs, retry); });
+  QObject::connect(&manager, &VarkelManager::errorMessageChanged, retry);
   manager.ConnectLidar();
   if (operation == "connect") begin();
   const int code = QApplication::exec();

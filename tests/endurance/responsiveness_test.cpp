@@ -35,7 +35,9 @@ class Heartbeat {
     longest_ms_ = 0;
     work();
     Beat();
-    QTimer::singleShot(CountOf("VARKEL_WATCH_MS", 300), &loop, &QEventLoop::quit);
+    QTimer end;
+    QObject::connect(&end, &QTimer::timeout, &loop, &QEventLoop::quit);
+    end.start(CountOf("VARKEL_WATCH_MS", 300));
     loop.exec();
     return longest_ms_;
   }
