@@ -20,7 +20,6 @@ Item {
     }
 
     onChosenChanged: follow()
-    onLabelsChanged: Qt.callLater(follow)
     onChosenLabelChanged: follow()
     Component.onCompleted: follow()
 
@@ -32,6 +31,7 @@ Item {
         visible: choice.row.writable
         Accessible.name: choice.row.label
         model: choice.labels
+        onModelChanged: choice.follow() // a new model takes the current entry away
         unlisted: choice.row.valueText
         marked: choice.row.edited
         faulty: choice.row.outOfRange

@@ -1,3 +1,6 @@
+#include <QApplication>
+#include <QElapsedTimer>
+
 #include "tests/support/silent_address.h"
 #include "tests/ui/ui_test.h"
 
@@ -10,14 +13,12 @@ class ConnectionTest : public QObject {
     Desk desk;
     const auto light = [&desk] { return desk.Property("connectionLight", "color").value<QColor>(); };
     QCOMPARE(desk.Text("connectButton"), "Connect");
-    desk.sensor.SetValue("SN", "QU-first-light");
     QVERIFY(desk.Connect());
     const QString serial_number = "field_" + desk.Place(0, "SN");
-    QTRY_COMPARE(desk.Text(serial_number), "QU-first-light");
+    QTRY_COMPARE(desk.Text(serial_number), QString::fromStdString(desk.sensor.ValueText("SN")));
     QCOMPARE(light(), QColor("#00FF6B"));
     QCOMPARE(desk.Text("connectButton"), "Disconnect");
     QVERIFY(!desk.Find("modelCombo")->isEnabled());
-    QVERIFY(!desk.IsOpen("errorWindow"));
     desk.manager->setIsDownloadLog(true);
     QTRY_VERIFY(!desk.Find("connectButton")->isEnabled());
     desk.manager->setIsDownloadLog(false);
@@ -28,78 +29,93 @@ class ConnectionTest : public QObject {
     QVERIFY(desk.Find("modelCombo")->isEnabled());
   }
 
-  void RefusedPort() {
+  void RefusedPortAndImpatientUser() {
+    const quarn::test::SilentAddress silent;
     Desk desk;
     const std::uint16_t port = desk.sensor.port();
     desk.sensor.Stop();
     desk.Dial(port);
-    QVERIFY(desk.NoticeShows("errorWindow", "Connection Failed. Please check your network settings."));
-    QVERIFY(desk.Dismiss("errorWindow"));
+    QVERIFY(desk.Dismiss("errorWindow", "Connection Failed. Please check your network settings."));
     QCOMPARE(desk.manager->errorMessage(), "");
     QTRY_VERIFY(!desk.Has("loadingBar"));
-  }
-
-  void ImpatientUser() {
-    const quarn::test::SilentAddress silent;
-    Desk desk;
     desk.Dial(silent.port());
     QTRY_VERIFY(desk.manager->GetIsConnectingLidar());
     desk.Click("connectButton");
     QVERIFY(desk.NoticeShows("errorWindow", "Is Connecting Lidar... Please wait."));
   }
 
-  void WrongModelIsReported_data() {
-    const Table<QString, QString, QString> row("pn", "sn", "warning");
-    row("name in the part number", "X-Quenta-1", "123", "");
-    row("two letters in the serial number", "123", "Qu7", "");
-    row("neither", "A", "QU123", "a mismatch is detected between the lidar model");
-    row("one empty", "", "Qu7", "There is a problem with the PN or SN code");
-    row("both empty", "", "", "Empty PN or SN code detected.");
-  }
   void WrongModelIsReported() {
-    QFETCH(QString, pn);
-    QFETCH(QString, sn);
-    QFETCH(QString, warning);
+    const struct {
+      const char *part_number, *serial_number, *warning;
+    } cases[] = {{"X-Quenta-1", "123", nullptr},
+                 {"123", "Qu7", nullptr},
+                 {"A", "QU123", "a mismatch is detected between the lidar model"},
+                 {"", "Qu7", "There is a problem with the PN or SN code"},
+                 {"", "", "Empty PN or SN code detected."}};
     Desk desk;
-    desk.sensor.SetValue("PN", pn.toStdString());
-    desk.sensor.SetValue("SN", sn.toStdString());
-    QVERIFY(desk.Connect());
-    if (!warning.isEmpty()) {
-      QVERIFY(desk.NoticeShows("errorWindow", warning));
-    } else {
-      QTRY_COMPARE(desk.Text("field_" + desk.Place(0, "SN")), sn);
+    for (const auto& [part_number, serial_number, warning] : cases) {
+      desk.sensor.SetValue("PN", part_number);
+      desk.sensor.SetValue("SN", serial_number);
+      QVERIFY(desk.Connect());
+      QVERIFY2(warning == nullptr || desk.Dismiss("errorWindow", warning), warning);
       QVERIFY(!desk.IsOpen("errorWindow"));
+      desk.Press("connectButton");
+      QTRY_VERIFY(!desk.manager->IsConnected());
     }
   }
 
   void ModelChangeBringsItsFieldsAndPages() {
+    const struct {
+      const char* model;
+      QStringList shown, hidden;
+    } cases[] = {{"Zelto", {"zeltoPage", "rs485Field", "uartField"}, {"ipField", "restartButton", "tab_0"}},
+                 {"Zelto-KTC", {"zeltoPage", "rs485Field", "ipField"}, {"restartButton", "tab_0"}},
+                 {"Quenta", {"page_0", "restartButton", "ipField"}, {"zeltoPage", "rs485Field"}}};
     Desk desk;
-    const auto choose = [&desk](const QString& model) {
-      desk.Choose("modelCombo", desk.Property("modelCombo", "model").toStringList().indexOf(model));
-    };
     desk.ShowPage(2);
-    choose("Zelto");
-    QTRY_VERIFY(desk.Has("zeltoPage") && desk.Has("rs485Field") && desk.Has("uartField"));
-    for (const char* name : {"ipField", "restartButton", "page_2", "tab_0"}) QVERIFY2(!desk.Has(name), name);
-    choose("Zelto-KTC");
-    QTRY_VERIFY(desk.Has("ipField") && desk.Has("rs485Field"));
-    QCOMPARE(desk.Property("zeltoPage", "selectedModel"), "Zelto-KTC");
-    choose("Quenta");
-    QTRY_VERIFY(desk.Has("page_0"));
-    QVERIFY(!desk.Has("zeltoPage") && desk.Has("restartButton"));
+    for (const auto& [model, shown, hidden] : cases) {
+      desk.Choose("modelCombo", desk.Property("modelCombo", "model").toStringList().indexOf(model));
+      for (const QString& name : shown) QTRY_VERIFY2(desk.Has(name), qPrintable(name));
+      for (const QString& name : hidden) QVERIFY2(!desk.Has(name), qPrintable(name));
+    }
     desk.Type("udpPortField", "70000");
     desk.Key(Qt::Key_Tab);
     QTRY_COMPARE(desk.Text("udpPortField"), "4464");  // what is kept of it
+    for (const char* start_model : {"Zelto-KTC", "Nobody"}) {
+      const Desk other(start_model);
+      const bool known = QString(start_model) != "Nobody";
+      QCOMPARE(other.Find("modelCombo")->isEnabled(), !known);  // the only one
+      QCOMPARE(other.Property("modelCombo", "displayText"), known ? start_model : "Quenta");
+    }
   }
 
-  void StartModelIsFixed() {
-    const Desk desk({}, "Zelto-KTC");
-    QVERIFY(desk.Has("zeltoPage"));
-    QVERIFY(!desk.Find("modelCombo")->isEnabled());
-    QCOMPARE(desk.Property("modelCombo", "displayText"), "Zelto-KTC");
-    const Desk unknown({}, "Nobody");
-    QVERIFY(unknown.Find("modelCombo")->isEnabled());
-    QCOMPARE(unknown.Property("modelCombo", "displayText"), "Quenta");
+  void ClosingEndsEverythingWithinASecond() {
+    const quarn::test::SilentAddress silent;
+    const std::function<bool(Desk&)> moments[] = {
+        [](Desk& desk) {
+          desk.OpenLog();
+          return true;
+        },
+        [&silent](Desk& desk) {
+          desk.Dial(silent.port());
+          return QTest::qWaitFor([&desk] { return desk.manager->GetIsConnectingLidar(); });
+        },
+        [](Desk& desk) {
+          if (!desk.Connect()) return false;
+          desk.sensor.Misbehave("*=silence");
+          desk.Key(Qt::Key_3, Qt::ControlModifier);
+          return desk.sensor.WaitReceived(0x08, 1, std::chrono::seconds(5));
+        }};
+    for (const auto& begin : moments) {
+      Desk desk;
+      QVERIFY(begin(desk));
+      QElapsedTimer timer;
+      timer.start();
+      QMetaObject::invokeMethod(desk.window.get(), "close", Qt::QueuedConnection);
+      QApplication::exec();
+      desk.window.reset();
+      QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+    }
   }
 };
 const RegisterTest<ConnectionTest> registration;

@@ -5,9 +5,12 @@
 
 namespace {
 
-constexpr int kStatusPage = 1;
 constexpr int kNetworkPage = 2;
+constexpr int kTimeSyncPage = 3;
 constexpr int kScanPage = 4;
+constexpr int kFovPage = 5;
+constexpr int kUpgradePage = 6;
+constexpr std::uint8_t kSetDestination = 0x20;
 
 class PageTest : public QObject {
   Q_OBJECT
@@ -38,51 +41,37 @@ class PageTest : public QObject {
       QVERIFY2(desk.Find(name)->hasActiveFocus(), name);
     }
     desk.Find("tab_9")->forceActiveFocus(Qt::TabFocusReason);
-    qreal last_y = 0;
-    do {
+    for (qreal last_y = 0; desk.view().activeFocusItem()->objectName() != "saveButton_2";) {
       desk.Key(Qt::Key_Tab);
       const qreal y = desk.view().activeFocusItem()->mapToScene({}).y();
       QVERIFY2(y >= last_y, qPrintable(desk.view().activeFocusItem()->objectName()));
       last_y = y;
-    } while (desk.view().activeFocusItem()->objectName() != "saveButton_2");
-  }
-
-  void LiveRowsMove() {
-    Desk desk;
-    QVERIFY(desk.Connect());
-    desk.ShowPage(kStatusPage);
-    const QString place = desk.Place(kStatusPage, "Motor Current (mA)");
-    QVERIFY(desk.Property("row_" + place, "live").toBool());
-    const QString before = desk.Text("field_" + place);
-    QTRY_VERIFY_WITH_TIMEOUT(desk.Text("field_" + place) != before, 10000);
-    QVERIFY(!desk.manager->isReadingPage());
+    }
   }
 
   void ARoundTouchesOnlyTheRowsThatChanged() {
-    constexpr int kTimeSyncPage = 3;
     Desk desk;
     QVERIFY(desk.Connect());
     desk.ShowPage(kTimeSyncPage);
-    const std::vector<std::string> live = {"PTP Master Offset", "PTP Path Delay", "PTP Lock Time",
-                                           "GPS Satellites"};
-    for (const std::string& name : live)
+    for (const char* name : {"PTP Master Offset", "PTP Path Delay", "PTP Lock Time", "GPS Satellites"}) {
       desk.sensor.SetValue(name, desk.sensor.ValueText(name));  // it stops moving
+    }
     QSignalSpy rounds(desk.manager, &VarkelManager::myTimerMapChanged);
     const auto wait_two_rounds = [&rounds] { return rounds.wait() && rounds.wait(); };
     QVERIFY(wait_two_rounds());
 
     std::map<QString, std::unique_ptr<QSignalSpy>> refreshes;
     for (const QVariant& row : desk.manager->level2List()[kTimeSyncPage].toList()) {
-      const QVariantList entry = row.toList();
-      if (entry[4].toInt() < 0) continue;
-      const QString name =
-          QString("row_%1_%2_%3").arg(kTimeSyncPage).arg(entry[3].toInt()).arg(entry[4].toInt());
-      refreshes[name] = std::make_unique<QSignalSpy>(desk.Find(name), SIGNAL(refreshed()));
+      if (row.toList()[4].toInt() < 0) continue;
+      const QString place = desk.Place(kTimeSyncPage, row.toList()[0].toString());
+      refreshes[place] = std::make_unique<QSignalSpy>(desk.Find("row_" + place), SIGNAL(refreshed()));
     }
+    const QString changed = desk.Place(kTimeSyncPage, "GPS Satellites");
+    QVERIFY(desk.Property("row_" + changed, "live").toBool());
     desk.sensor.SetValue("GPS Satellites", "3");
     QVERIFY(wait_two_rounds() && wait_two_rounds());
-    const QString changed = "row_" + desk.Place(kTimeSyncPage, "GPS Satellites");
-    for (const auto& [name, spy] : refreshes) QCOMPARE(spy->size(), name == changed ? 1 : 0);
+    QCOMPARE(desk.Text("field_" + changed), "3");
+    for (const auto& [place, spy] : refreshes) QCOMPARE(spy->size(), place == changed ? 1 : 0);
   }
 
   void SlowPageShowsThatItIsBusy() {
@@ -100,21 +89,16 @@ class PageTest : public QObject {
     Desk desk;
     for (int page = 0; page < desk.manager->level1List().size(); ++page) {
       desk.ShowPage(page);
-      bool upgrade = false;
       for (const QVariant& row : desk.manager->level2List()[page].toList()) {
         const QVariantList entry = row.toList();
-        const int kind = entry[1].toInt();
         const QString group = QString("%1_%2").arg(page).arg(entry[3].toInt());
-        const bool heading = entry[4].toInt() < 0;
-        const QString name = heading ? "heading_" + group : "row_" + group + '_' + entry[4].toString();
-        upgrade = upgrade || kind == 4;
+        const bool is_heading = entry[4].toInt() < 0;
+        const QString name = is_heading ? "heading_" + group : "row_" + group + '_' + entry[4].toString();
         QCOMPARE(desk.Property(name, "label"), entry[0]);
-        if (kind != 4 && !heading) QCOMPARE(desk.Find(name)->height(), kind == 5 ? 80.0 : 35.0);
       }
-      QCOMPARE(desk.Has(QString("saveButton_%1").arg(page)), !upgrade);
+      QCOMPARE(desk.Has(QString("saveButton_%1").arg(page)), page != kUpgradePage);
     }
     desk.ShowPage(kScanPage);
-    QVERIFY(desk.Has("switch_" + desk.Place(kScanPage, "Sync Angle (deg)")));
     QCOMPARE(desk.Property("field_" + desk.Place(kScanPage, "Spin Rate"), "displayText"), "600 rpm (10 Hz)");
   }
 
@@ -133,14 +117,92 @@ class PageTest : public QObject {
     QCOMPARE(desk.manager->getSetMapSize(), 0);
   }
 
-  void SensorTextIsNoMarkup() {
+  void EditIsMarkedSavedAndUnmarked() {
     Desk desk;
-    desk.sensor.SetValue("SN", "<b>Qu</b>");
+    desk.Click("saveButton_0");
+    QVERIFY(desk.Dismiss("successWindow", "Please connect to lidar first", Qt::Key_Escape));
     QVERIFY(desk.Connect());
-    QTRY_COMPARE(desk.Text("field_" + desk.Place(0, "SN")), "<b>Qu</b>");
-    desk.manager->setErrorMsg("<img src=x>");
-    QVERIFY(desk.NoticeShows("errorWindow", "<img src=x>"));
-    QCOMPARE(desk.Property("noticeText", "textFormat").toInt(), 0);  // Text.PlainText
+    desk.ShowPage(kNetworkPage);
+    desk.Click("saveButton_2");
+    QVERIFY(desk.Dismiss("successWindow", "Nothing to be saved"));
+    const QString place = desk.Place(kNetworkPage, "Destination Port");
+    const auto edited = [&] { return desk.Property("row_" + place, "edited").toBool(); };
+    desk.Enter("field_" + place, desk.Text("field_" + place));
+    QVERIFY(!edited());
+    desk.Enter("field_" + place, "2400");
+    QVERIFY(edited());
+    QCOMPARE(desk.Text("editCount_2"), "1 change not saved yet");
+    desk.Click("cancelButton_2");
+    QTRY_COMPARE(desk.Text("field_" + place), "2368");
+    QVERIFY(!edited());
+    QCOMPARE(desk.Text("editCount_2"), "No changes");
+
+    desk.Enter("field_" + place, "80");  // the table says 1024 to 65535
+    desk.Click("saveButton_2");
+    QVERIFY(desk.Dismiss("messageWindow",
+                         "The Destination Port set by the user was detected to be outside the range "
+                         "specified in the config file. Do you wish to continue?",
+                         Qt::Key_Escape));
+    QVERIFY(desk.Property("row_" + place, "outOfRange").toBool());
+    QVERIFY(desk.sensor.Received(kSetDestination).empty());
+    desk.Click("saveButton_2");
+    QVERIFY(desk.NoticeShows("messageWindow", "Destination Port"));
+    desk.Click("noticeAcceptButton");
+    QVERIFY(desk.Dismiss("successWindow", "Set Lidar Successfully"));
+    QCOMPARE(desk.sensor.ValueText("Destination Port"), "80");
+    QTRY_VERIFY(!edited());
+    QCOMPARE(desk.Text("field_" + place), "80");
+  }
+
+  void ComboAndSwitch() {
+    Desk desk;
+    QVERIFY(desk.Connect());
+    desk.ShowPage(kScanPage);
+    const QString direction = desk.Place(kScanPage, "Spin Direction");
+    const QString angle = desk.Place(kScanPage, "Sync Angle (deg)");
+    desk.Choose("field_" + direction, 1);
+    QVERIFY(desk.Property("row_" + direction, "edited").toBool());
+    desk.Click("switch_" + angle);
+    QVERIFY(!desk.Property("switch_" + angle, "checked").toBool());
+    QVERIFY(!desk.Find("field_" + angle)->isEnabled());
+    QCOMPARE(desk.Text("field_" + angle), "0");
+    desk.Click("saveButton_4");
+    QVERIFY(desk.NoticeShows("successWindow", "Set Lidar Successfully"));
+    QCOMPARE(desk.sensor.ValueText("Spin Direction"), "1");
+    QCOMPARE(desk.sensor.ValueText("Sync Angle"), "0");
+  }
+
+  void FieldOfViewBoxes() {
+    Desk desk;
+    desk.ShowPage(kFovPage);
+    const QString box = "fov_" + desk.Place(kFovPage, "Channel Field of View") + "_";
+    QCOMPARE(desk.Text(box + "0"), "0.0");
+    QCOMPARE(desk.Text(box + "9"), "360.0");
+    desk.Enter(box + "1", "42.5");
+    desk.Enter(box + "6", "90");
+    QCOMPARE(desk.Text(box + "6"), "90.0");
+    QCOMPARE(desk.manager->FovList().value(1), "42.5");
+    desk.Enter(box + "1", "361");
+    QVERIFY(desk.NoticeShows("errorWindow", "Input value of fov is invalid"));
+    QCOMPARE(desk.Text(box + "1"), "42.5");
+  }
+
+  void UpgradeTakesPatchFilesAndForbidsDisconnecting() {
+    Desk desk;
+    QVERIFY(desk.Connect());
+    desk.ShowPage(kUpgradePage);
+    desk.Drop("firmware.patch.bin");
+    QVERIFY(desk.Dismiss("errorWindow", "Upgrade package rejected: it has to be a .patch file"));
+    QCOMPARE(desk.Text("upgradeFileName") + desk.Text("upgradeProgress"), "0.00%");
+    desk.Drop("new one.patch", "VARKEL-SIM FIRMWARE 4.1.2.9 2027-03-04\n" + QByteArray(20000, 'x'));
+    QTRY_VERIFY(desk.manager->IsUpgrading());
+    QCOMPARE(desk.Text("upgradeFileName"), "new one.patch");
+    QVERIFY(!desk.Find("attachButton")->isEnabled());
+    desk.Click("connectButton");
+    QVERIFY(desk.Dismiss("errorWindow", "Disconnect REJECTED. Lidar is upgrading."));
+    QVERIFY(desk.NoticeShows("successWindow", "Upgrade package transmitted successfully."));
+    QTRY_COMPARE(desk.Text("upgradeProgress"), "100.00%");
+    QCOMPARE(desk.Property("upgradeProgress", "fillColor").value<QColor>(), QColor("green"));
   }
 };
 const RegisterTest<PageTest> registration;

@@ -1,359 +1,294 @@
-#include <QFileInfo>
-#include <QQmlContext>
-#include <QQmlEngine>
+#include <QDir>
+#include <QFile>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <algorithm>
 
+#include "tests/core/marvo_sample.h"
 #include "tests/ui/ui_test.h"
 
 namespace {
 
-using Call = QPair<QString, QVariantList>;
+using varkel::sim::SmallSensorDevice;
+using varkel::sim::SmallSensorItems;
 
-/// A controller that notes what the page asks of it and answers when the test says so.
-class StandIn : public QObject {
-  Q_OBJECT
-  Q_PROPERTY(bool IsConnected MEMBER connected NOTIFY isConnectedChanged)
-  Q_PROPERTY(int connectType MEMBER type NOTIFY connectTypeChanged)
-  Q_PROPERTY(bool IsUpgrading MEMBER upgrading NOTIFY isUpgradingChanged)
-  Q_PROPERTY(bool isWorking READ IsWorking NOTIFY isWorkingChanged)
-  Q_PROPERTY(int upgradeProgress MEMBER progress)
-  Q_PROPERTY(int upgradeProgressTotalLen MEMBER total)
-  Q_PROPERTY(QVariantList ZeltoLidarInfo MEMBER info NOTIFY zeltoLidarInfoChanged)
-  Q_PROPERTY(QVariantList ZeltoLidarVersionInfo MEMBER versions NOTIFY zeltoLidarInfoChanged)
-
+/// The window with the page of a small sensor, and that sensor.
+class SmallDesk : public Desk {
  public:
-  Q_INVOKABLE void CallInBackground(const QString& operation, const QVariantList& arguments) {
-    calls.append({operation, arguments});
-    ++waiting;
-    emit isWorkingChanged();
-  }
-  Q_INVOKABLE void ZeltoSetUpgradeMode(int mode) { calls.append({"ZeltoSetUpgradeMode", {mode}}); }
-  Q_INVOKABLE void ZeltoUpgradeLidar(const QUrl& file) { calls.append({"ZeltoUpgradeLidar", {file}}); }
-  Q_INVOKABLE void MarvoUpgradeLidar(const QUrl& file) { calls.append({"MarvoUpgradeLidar", {file}}); }
+  explicit SmallDesk(const QString& model)
+      : Desk(model), device(model == "Zelto" ? lines.device() : sensor.device()) {}
 
-  bool IsWorking() const { return waiting > 0; }
-  void Answer(const QString& operation, const QVariant& result = {}) {
-    --waiting;
-    emit isWorkingChanged();
-    emit callFinished(operation, result);
+  QString Destination() const {
+    return Text("zeltoDestinationIpField") + ':' + Text("zeltoDestinationPortField");
   }
-  void Connect(bool on) {
-    connected = on;
-    emit isConnectedChanged();
+  /// What the sensor has been set to.
+  QMap<QString, int> Held() const {
+    const SmallSensorItems items = device.state.Items();
+    return {{"standby", items.standby},
+            {"spin rate", items.spin_rate},
+            {"last return", items.last_return},
+            {"angular range", items.angular_range},
+            {"acceleration range", items.accel_range},
+            {"baud rate", static_cast<int>(items.baud_rate)},
+            {QString::fromStdString(sensor.ValueText("Destination IP")),
+             std::stoi(sensor.ValueText("Destination Port"))}};
   }
-  QVector<Call> TakeCalls() { return std::exchange(calls, {}); }
-
-  bool connected = false;
-  int type = 2;
-  bool upgrading = false;
-  int waiting = 0;
-  int progress = 0;
-  int total = 0;
-  QVariantList info;
-  QVariantList versions;
-  QVector<Call> calls;
-
- signals:
-  void isConnectedChanged();
-  void connectTypeChanged();
-  void isUpgradingChanged();
-  void isWorkingChanged();
-  void zeltoLidarInfoChanged();
-  void callFinished(QString operation, QVariant result);
-};
-
-QVariantMap Row(const QString& label, const QString& value) {
-  return {{"label", label}, {"value", value}};
-}
-
-/// The page alone, with a user.
-class Bench : public User {
- public:
-  explicit Bench(const QString& model) {
-    PrepareQml();
-    page.rootContext()->setContextProperty("varkel_manager", &controller);
-    page.setResizeMode(QQuickView::SizeRootObjectToView);
-    page.setInitialProperties({{"selectedModel", model}});
-    page.setSource(QUrl("qrc:/Qml/assembly/Zelto.qml"));
-    page.resize(1300, 1600);
-    page.show();
-    Use(page);
-    controller.TakeCalls();
+  void Set(const QString& control, const QString& value) const {
+    if (!control.endsWith("Combo")) return Type(control, value);
+    Choose(control, Property(control, "model").toStringList().indexOf(value));
   }
-  void SelectModel(const QString& model) { page.rootObject()->setProperty("selectedModel", model); }
-  void SaveCalibration(const QUrl& folder) {
-    QMetaObject::invokeMethod(Find("zeltoCalibrationRow"), "save", Q_ARG(QVariant, folder));
+  void Wait() const {
+    if (!QTest::qWaitFor([this] { return !manager->isWorking(); }, 15000)) qFatal("a call takes too long");
   }
-  /// What the press asks of the controller.
-  QVector<Call> CallsOf(const QString& button) {
-    controller.TakeCalls();
-    Press(button);
-    return controller.TakeCalls();
+  bool AllButtons(bool enabled) const {
+    const QStringList buttons = {"zeltoBaudRateGet",  "zeltoBaudRateSave",        "zeltoStandbySave",
+                                 "zeltoSpinRateSave", "zeltoReturnModeSave",      "zeltoImuRangeSave",
+                                 "zeltoSafetyGet",    "zeltoCalibrationDownload", "zeltoDestinationSave"};
+    return std::all_of(buttons.begin(), buttons.end(),
+                       [&](const QString& name) { return Find(name)->isEnabled() == enabled; });
   }
-
-  StandIn controller;
-  QQuickView page;
+  SmallSensorDevice& device;
 };
 
 class SmallSensorPageTest : public QObject {
   Q_OBJECT
  private slots:
-  void RowsOfTheModels_data() {
-    const Table<bool, bool, QStringList> row("imu", "destination", "modes");
-    row("Zelto", false, false, {"APP+FPGA", "PBL"});
-    row("Zelto-KTC", false, true, {"APP+FPGA", "PBL"});
-    row("Marvo-KTC", true, true, {"Lidar", "Junction Box"});
-  }
-  void RowsOfTheModels() {
-    QFETCH(bool, imu);
-    Bench bench(imu ? "Zelto" : "Marvo-KTC");
-    QCOMPARE(bench.Has("zeltoImuRangeSave"), !imu);
-    bench.SelectModel(QTest::currentDataTag());
-    QCOMPARE(bench.Has("zeltoImuRangeSave"), imu);
-    QTEST(bench.Has("zeltoDestinationSave"), "destination");
-    QTEST(bench.Property("zeltoUpgradeMode", "model").toStringList(), "modes");
-  }
-
-  void ListsFollowTheSensor() {
-    Bench bench("Marvo-KTC");
-    bench.controller.info = {Row("Serial Number", "<b>M1</b>"), Row("UDP Port", "xx")};
-    bench.controller.versions = {Row("BMB FPGA Version", "1.2")};
-    emit bench.controller.zeltoLidarInfoChanged();
-    QCOMPARE(bench.Text("zeltoInfo_0"), "<b>M1</b>");
-    QCOMPARE(bench.Text("zeltoVersion_0"), "1.2");
-    QQuickItem* const port = bench.Find("zeltoInfo_1");
-    QCOMPARE(port->parentItem()->parentItem()->property("text"), "UDP Port");
-    bench.controller.info[1] = Row("UDP Port", "2368");
-    emit bench.controller.zeltoLidarInfoChanged();
-    QCOMPARE(bench.Find("zeltoInfo_1"), port);  // the same field, so that a selection lasts
-    QCOMPARE(bench.Text("zeltoInfo_1"), "2368");
-  }
-
-  void ButtonsCallTheSensor() {
+  void ModelsHaveTheirRowsAndInformation() {
     const struct {
-      const char* button;
-      Call call;
-      QMap<QString, QPair<int, const char*>> choices = {};  ///< by combo: index and text
-    } cases[] = {
-        {"zeltoStandbySave", {"ZeltoSetStandby", {1}}, {{"zeltoStandbyCombo", {1, "Standby"}}}},
-        {"zeltoStandbySave", {"ZeltoSetStandby", {0}}, {{"zeltoStandbyCombo", {0, "In Operation"}}}},
-        {"zeltoSpinRateSave", {"ZeltoSetSpinRate", {1}}, {{"zeltoSpinRateCombo", {1, "10hz"}}}},
-        {"zeltoReturnModeSave", {"ZeltoSetReturnMode", {1}}, {{"zeltoReturnModeCombo", {1, "Last"}}}},
-        {"zeltoImuRangeSave",
-         {"MarvoSetIMURange", {5, 3}},
-         {{"zeltoAngularRangeCombo", {5, "±4000 dps"}}, {"zeltoAccelerationRangeCombo", {3, "±2g"}}}},
-        {"zeltoImuRangeSave",
-         {"MarvoSetIMURange", {4, 0}},
-         {{"zeltoAngularRangeCombo", {4, "±125 dps"}}, {"zeltoAccelerationRangeCombo", {0, "±16g"}}}},
-        {"zeltoSafetyGet", {"ZeltoGetLidarFunctionSafety", {}}},
-        {"zeltoBaudRateGet", {"ZeltoGetBaudRate", {}}}};
-    Bench bench("Marvo-KTC");
-    const QStringList all{"zeltoBaudRateGet",  "zeltoBaudRateSave",        "zeltoStandbySave",
-                          "zeltoSpinRateSave", "zeltoReturnModeSave",      "zeltoImuRangeSave",
-                          "zeltoSafetyGet",    "zeltoCalibrationDownload", "zeltoDestinationSave"};
-    const auto enabled = [&](const QString& button) { return bench.Find(button)->isEnabled(); };
-    for (const auto& [button, call, choices] : cases) {
-      for (const QString& combo : choices.keys()) {
-        bench.Choose(combo, choices[combo].first);
-        QCOMPARE(bench.Property(combo, "displayText").toString(), choices[combo].second);
+      const char* model;
+      bool imu, destination;
+      QStringList modes;
+      const char* version;
+    } cases[] = {{"Zelto", false, false, {"APP+FPGA", "PBL"}, "1.0.3.0"},
+                 {"Zelto-KTC", false, true, {"APP+FPGA", "PBL"}, "1.0.3.0"},
+                 {"Marvo-KTC", true, true, {"Lidar", "Junction Box"}, "1.4.2.0"}};
+    for (const auto& [model, imu, destination, modes, version] : cases) {
+      SmallDesk desk(model);
+      QCOMPARE(desk.Has("zeltoImuRangeSave"), imu);
+      QCOMPARE(desk.Has("zeltoDestinationSave"), destination);
+      QCOMPARE(desk.Property("zeltoUpgradeMode", "model").toStringList(), modes);
+      const std::string serial_number =
+          destination ? desk.sensor.ValueText("SN") : desk.device.state.Items().serial_number;
+      const QQuickItem* const field = desk.Find("zeltoInfo_0");
+      for (const bool ends_by_user : {true, false}) {
+        QTRY_COMPARE(desk.Text("zeltoInfo_0"), "xxxxxxxx");
+        if (destination) QCOMPARE(desk.Destination(), ":");
+        QVERIFY(desk.Connect());
+        QTRY_COMPARE(desk.Text("zeltoInfo_0"), QString::fromStdString(serial_number));
+        QTRY_COMPARE_WITH_TIMEOUT(desk.Text("zeltoVersion_0"), version, 10000);
+        if (destination) QTRY_COMPARE(desk.Destination(), "192.168.1.100:2368");
+        QSignalSpy checked(desk.manager, &VarkelManager::connectionCheckFinished);
+        desk.manager->CheckConnectionInBackground();
+        QVERIFY(checked.wait() && checked[0][0].toBool());
+        if (ends_by_user) {
+          desk.Press("connectButton");
+        } else {
+          desk.lines.Stop();
+          desk.sensor.Stop();
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(!desk.manager->IsConnected(), 15000);
       }
-      QCOMPARE(bench.CallsOf(button), QVector<Call>{call});
-      QVERIFY(std::none_of(all.begin(), all.end(), enabled));  // until the sensor has answered
-      bench.controller.Answer(call.first);
-      QVERIFY(std::all_of(all.begin(), all.end(), enabled));
+      QCOMPARE(desk.Find("zeltoInfo_0"), field);  // the same one, so that a selection lasts
     }
   }
 
-  void BaudRateIsReadAndWritten() {
-    Bench bench("Zelto-KTC");
-    QVERIFY(bench.CallsOf("zeltoBaudRateSave").isEmpty());  // the field is empty
-    bench.Press("zeltoBaudRateGet");
-    bench.controller.Answer("ZeltoGetBaudRate", "3125000");
-    QCOMPARE(bench.Text("zeltoBaudRateField"), "3125000");
-    bench.Type("zeltoBaudRateField", "9600");
-    bench.Press("zeltoBaudRateGet");
-    bench.controller.Answer("ZeltoGetBaudRate", "");  // failed
-    QCOMPARE(bench.Text("zeltoBaudRateField"), "9600");
-    QCOMPARE(bench.CallsOf("zeltoBaudRateSave"), (QVector<Call>{{"ZeltoSetBaudRateFromUI", {"9600"}}}));
-  }
-
-  void FaultsAreListed() {
-    Bench bench("Zelto");
-    const auto shown = [&](const QVariantList& answer) {
-      bench.Press("zeltoSafetyGet");
-      bench.controller.Answer("ZeltoGetLidarFunctionSafety", answer);
-      return bench.Text("zeltoFaultState") + ' ' +
-             bench.Property("zeltoFaultCodeCombo", "displayText").toString() + ' ' +
-             bench.Property("zeltoFaultCodeCombo", "model").toStringList().join(',');
-    };
-    QCOMPARE(bench.Text("zeltoFaultState"), "Normal");
-    QCOMPARE(shown({"Shutdown", "0x12", "0x1f"}), "Shutdown 0x12 0x12,0x1f");
-    QCOMPARE(shown({}), "Shutdown 0x12 0x12,0x1f");  // failed
-    QCOMPARE(shown({"Warning"}), "Warning None None");
-  }
-
-  void CalibrationGoesIntoTheChosenFolder() {
+  void ControlsReachTheSensor() {
     const struct {
-      QUrl folder;
-      const char* path;
-      int result = 0;
-    } cases[] = {{QUrl("file:///home/me"), "/home/me"},
-                 {QUrl::fromLocalFile("/tmp/100% ä #1"), "/tmp/100% ä #1"},
-                 {QUrl("file:///"), ""},
-                 {QUrl("file:///C:/data/"), "C:/data"},
-                 {QUrl("file://server/share"), "//server/share"},
-                 {QUrl("file:///home/me"), "/home/me", -2}};
-    Bench bench("Zelto");
-    for (const auto& [folder, path, result] : cases) {
-      bench.SaveCalibration(folder);
-      const Call call = bench.controller.TakeCalls().value(0);
-      QCOMPARE(call.first, "ZeltoGetCorrection");
-      const QFileInfo file(call.second.value(0).toString());
-      QCOMPARE(file.filePath(), QString(path) + "/" + file.fileName());
-      QVERIFY(QRegularExpression("^correction_20\\d{6}-\\d{6}\\.bin$").match(file.fileName()).hasMatch());
-      bench.controller.Answer("ZeltoGetCorrection", result);
-      QCOMPARE(bench.Text("zeltoCalibrationOutcome"), result == 0 ? "Saved as " + file.fileName() : "");
+      const char* button;
+      QMap<QString, QString> inputs;
+      QMap<QString, int> held;
+      const char* notice = nullptr;
+    } cases[] = {{"zeltoStandbySave", {{"zeltoStandbyCombo", "Standby"}}, {{"standby", 1}}},
+                 {"zeltoStandbySave", {{"zeltoStandbyCombo", "In Operation"}}, {{"standby", 0}}},
+                 {"zeltoSpinRateSave", {{"zeltoSpinRateCombo", "10hz"}}, {{"spin rate", 1}}},
+                 {"zeltoReturnModeSave", {{"zeltoReturnModeCombo", "Last"}}, {{"last return", 1}}},
+                 {"zeltoImuRangeSave",
+                  {{"zeltoAngularRangeCombo", "±4000 dps"}, {"zeltoAccelerationRangeCombo", "±2g"}},
+                  {{"angular range", 8}, {"acceleration range", 3}},
+                  "IMU range set successfully"},
+                 {"zeltoBaudRateSave",
+                  {{"zeltoBaudRateField", "3125000"}},
+                  {{"baud rate", 3125000}},
+                  "set baud rate successful"},
+                 {"zeltoDestinationSave",
+                  {{"zeltoDestinationIpField", "10.1.2.3"}, {"zeltoDestinationPortField", "5000"}},
+                  {{"10.1.2.3", 5000}},
+                  "set destination IP and port successful"}};
+    SmallDesk desk("Marvo-KTC");
+    QVERIFY(desk.Connect());
+    QTRY_VERIFY(desk.Destination() != ":");
+    for (const auto& [button, inputs, held, notice] : cases) {
+      for (const QString& control : inputs.keys()) desk.Set(control, inputs[control]);
+      desk.Press(button);
+      QVERIFY2(notice == nullptr || desk.Dismiss("successWindow", notice), button);
+      for (const QString& item : held.keys()) QTRY_COMPARE(desk.Held().value(item, -1), held[item]);
+    }
+    for (const char* port : {"70000", "99999999999", "xx", "23a", ""}) {
+      desk.Set("zeltoDestinationPortField", port);
+      desk.Press("zeltoDestinationSave");
+      QVERIFY2(desk.Dismiss("errorWindow", "set destination IP and port error"), port);
+    }
+    QCOMPARE(desk.Held().value("10.1.2.3"), 5000);
+    desk.Set("zeltoBaudRateField", "");
+    desk.Press("zeltoBaudRateSave");
+    QVERIFY(!desk.manager->isWorking());
+  }
+
+  void AnswersAreShownAndFailuresChangeNothing() {
+    SmallDesk desk("Marvo-KTC");
+    const auto shown_after = [&](const char* misbehaviour, std::uint8_t state,
+                                 std::vector<std::uint16_t> codes) {
+      desk.device.state.Change([&](SmallSensorItems& items) {
+        items.baud_rate = 115200 + state;
+        items.safety_state = state;
+        items.fault_codes = std::move(codes);
+      });
+      desk.sensor.Misbehave(misbehaviour);
+      for (const char* button : {"zeltoBaudRateGet", "zeltoSafetyGet"}) desk.Press(button);
+      desk.Wait();
+      return desk.Text("zeltoBaudRateField") + ' ' + desk.Text("zeltoFaultState") + ' ' +
+             desk.Property("zeltoFaultCodeCombo", "model").toStringList().join(',');
+    };
+    QVERIFY(desk.Connect());
+    QCOMPARE(desk.Text("zeltoFaultState"), "Normal");
+    QCOMPARE(shown_after("*=none", 2, {0x12, 0x101}), "115202 Shutdown 0x0012,0x0101");
+    QCOMPARE(shown_after("*=none", 1, {}), "115201 Warning None");
+    QCOMPARE(shown_after("*=error", 2, {0x12}), "115201 Warning None");
+
+    const auto save_calibration = [&] {
+      QMetaObject::invokeMethod(desk.Find("zeltoCalibrationRow"), "save",
+                                Q_ARG(QVariant, QUrl::fromLocalFile(desk.folder.filePath("100% ä #1"))));
+      desk.Wait();
+      return desk.Text("zeltoCalibrationOutcome");
+    };
+    QVERIFY(QDir(desk.folder.path()).mkdir("100% ä #1"));
+    QCOMPARE(save_calibration(), "");
+    desk.sensor.Behave();
+    const QString outcome = save_calibration();
+    QVERIFY(QRegularExpression("^Saved as correction_20\\d{6}-\\d{6}\\.bin$").match(outcome).hasMatch());
+    QFile saved(desk.folder.filePath("100% ä #1/" + outcome.mid(9)));
+    QVERIFY(saved.open(QIODevice::ReadOnly));
+    const QByteArray content = saved.readAll();
+    QCOMPARE(std::vector<std::uint8_t>(content.begin(), content.end()), desk.device.state.Items().correction);
+    const std::pair<const char*, const char*> places[] = {{"file:///C:/data", "C:/data"},
+                                                          {"file://server/share", "//server/share"},
+                                                          {"file:///home/me", "/home/me"}};
+    for (const auto& [url, path] : places) {
+      QVariant local;
+      QMetaObject::invokeMethod(desk.Find("zeltoCalibrationRow"), "localPath", Q_RETURN_ARG(QVariant, local),
+                                Q_ARG(QVariant, QUrl(url)));
+      QCOMPARE(local, path);
     }
   }
 
   void DestinationIsReadAnew() {
-    const Call query{"ZeltoGetDestinationConfig", {true}};
-    Bench bench("Zelto-KTC");
-    StandIn& controller = bench.controller;
-    const auto shown = [&] {
-      return bench.Text("zeltoDestinationIpField") + ':' + bench.Text("zeltoDestinationPortField");
-    };
-    controller.Connect(true);
-    QCOMPARE(controller.TakeCalls(), QVector<Call>{query});
-    controller.Answer(query.first, QVariantList{"10.0.0.7", "2368"});
-    QCOMPARE(shown(), "10.0.0.7:2368");
-    emit controller.connectTypeChanged();
-    QCOMPARE(controller.TakeCalls(), QVector<Call>{query});
-    controller.Answer(query.first, QVariantList{"10.0.0.7"});  // an entry is missing
-    QCOMPARE(shown(), "xx.xx.xx.xx:xx");
-    bench.SelectModel("Marvo-KTC");
-    QVERIFY(controller.TakeCalls().contains(query));
-    bench.Type("zeltoDestinationPortField", "77");  // stays until the user is done
-    controller.Answer(query.first, QVariantList{"10.0.0.8", "2369"});
-    QCOMPARE(shown(), "10.0.0.8:77");
-    bench.Key(Qt::Key_Escape);
-    QCOMPARE(shown(), "10.0.0.8:2369");
-    bench.SelectModel("Zelto");
-    QVERIFY(!controller.TakeCalls().contains(query));
-    bench.SelectModel("Zelto-KTC");
-    QCOMPARE(shown(), ":");
-    controller.Answer(query.first, QVariantList{"10.0.0.8", "2369"});
-    bench.Type("zeltoDestinationPortField", "7");
-    controller.TakeCalls();
-    controller.Connect(false);
-    QVERIFY(controller.TakeCalls().isEmpty());
-    QCOMPARE(shown(), ":");
+    SmallDesk desk("Zelto-KTC");
+    const auto ask = [&] { emit desk.manager->connectTypeChanged(); };
+    QVERIFY(desk.Connect());
+    QTRY_COMPARE(desk.Destination(), "192.168.1.100:2368");
+    desk.Type("zeltoDestinationPortField", "77");  // stays until the user is done
+    desk.sensor.SetValue("Destination Port", "2369");
+    ask();
+    desk.Wait();
+    QCOMPARE(desk.Destination(), "192.168.1.100:77");
+    desk.Key(Qt::Key_Escape);
+    QCOMPARE(desk.Destination(), "192.168.1.100:2369");
+    desk.sensor.Misbehave("*=error");
+    ask();
+    QTRY_COMPARE(desk.Destination(), "xx.xx.xx.xx:xx");
+    desk.sensor.Behave();
+    ask();
+    ask();
+    emit desk.manager->callFinished("ZeltoGetDestinationConfig", QVariantList{"9.9.9.9", "9"});
+    QCOMPARE(desk.Destination(), "xx.xx.xx.xx:xx");  // the newer question is still open
+    QTRY_COMPARE(desk.Destination(), "192.168.1.100:2369");
+    desk.Wait();
+    desk.sensor.Misbehave("*=silence");
+    ask();
+    desk.Type("zeltoDestinationPortField", "7");
+    desk.manager->Stop();
+    desk.Wait();
+    QCOMPARE(desk.Destination(), ":");  // also when the call fails now
   }
 
-  void OnlyTheLastDestinationAnswerCounts() {
-    Bench bench("Zelto-KTC");
-    const auto shown_after = [&bench](const QVariantList& answer) {
-      bench.controller.Answer("ZeltoGetDestinationConfig", answer);
-      return bench.Text("zeltoDestinationIpField");
-    };
-    for (const bool on : {true, false}) bench.controller.Connect(on);
-    QCOMPARE(shown_after({"10.0.0.7", "1"}), "");  // not connected any more
-    for (const bool on : {true, false, true}) bench.controller.Connect(on);
-    QCOMPARE(shown_after({}), "");  // the newer question is still open
-    QCOMPARE(shown_after({"10.0.0.8", "2"}), "10.0.0.8");
-  }
-
-  void DestinationIsWritten() {
-    // The controller refuses 70000; what is no port at all goes to it as -1.
-    const std::pair<const char*, int> cases[] = {{"2368", 2368}, {"70000", 70000}, {"99999999999", -1},
-                                                 {"xx", -1},     {"23a", -1},      {"", -1}};
-    for (const auto& [port, sent] : cases) {
-      Bench bench("Zelto-KTC");
-      bench.Type("zeltoDestinationIpField", "10.1.2.3");
-      bench.Type("zeltoDestinationPortField", port);
-      QCOMPARE(bench.CallsOf("zeltoDestinationSave"),
-               (QVector<Call>{{"ZeltoSetDestinationIPandPort", {"10.1.2.3", sent}}}));
+  void PackageGoesToItsUpgrade() {
+    const QString transmitted = "Upgrade package transmitted successfully.";
+    const struct {
+      const char* model;
+      int mode;
+      QString notice;
+    } cases[] = {{"Zelto", 0, transmitted},
+                 {"Zelto", 1, transmitted},
+                 {"Zelto-KTC", 1, transmitted},
+                 {"Marvo-KTC", 1, transmitted},
+                 {"Marvo-KTC", 0, "Marvo upgrade completed. The lidar will automatically reboot."}};
+    const auto package = varkel::test::FullMarvoPackage();
+    const QByteArray content(reinterpret_cast<const char*>(package.data()), static_cast<int>(package.size()));
+    for (const auto& [model, mode, notice] : cases) {
+      SmallDesk desk(model);
+      // The controller keeps the mode that it was told last, so one that no page shows must not last there.
+      desk.Choose("zeltoUpgradeMode", 1);
+      for (const char* name : {"Quenta", model}) {
+        QMetaObject::invokeMethod(desk.root, "changeModel", Q_ARG(QVariant, QString(name)));
+      }
+      QCOMPARE(desk.Property("zeltoUpgradeMode", "currentIndex").toInt(), 0);
+      if (mode == 1) desk.Choose("zeltoUpgradeMode", 1);
+      QVERIFY(desk.Connect());
+      QTest::ignoreMessage(QtDebugMsg, "Rejected, need a *.bin or *.patch file");
+      desk.Drop("firmware.bin.zip");
+      QCOMPARE(desk.Text("upgradeFileName"), "Rejected, need a *.bin or *.patch file");
+      QVERIFY(!desk.Has("upgradeProgress") && !desk.Has("upgradeNote"));
+      const QString file_name = mode == 0 ? "new one.patch" : "firmware.bin";
+      desk.sensor.Misbehave("ota:2=late:100");
+      desk.Drop(file_name, content);
+      QTRY_VERIFY(desk.Has("upgradeProgress") && desk.Has("upgradeNote"));
+      QVERIFY(!desk.Find("attachButton")->isEnabled() && !desk.Find("zeltoUpgradeMode")->isEnabled());
+      if (model == QString("Zelto-KTC")) QTRY_VERIFY(desk.Text("upgradeProgress") > "10.00%");
+      QCOMPARE(desk.Text("upgradeFileName"), file_name);
+      QVERIFY(desk.NoticeShows("successWindow", notice));
+      QTRY_VERIFY(!desk.Has("upgradeProgress"));
+      const auto received = desk.device.firmware.Received();
+      if (model != QString("Marvo-KTC")) {
+        QCOMPARE(received.size(), 1U);
+        QVERIFY(received[0].bytes == package && static_cast<int>(received[0].purpose) == mode);
+      } else if (mode == 1) {
+        QVERIFY(received.empty() && desk.sensor.ReceivedPackage() == package);
+      } else {
+        QVERIFY(!received.empty() && received[0].is_component);
+      }
     }
   }
 
-  void PackageGoesToItsUpgrade_data() {
-    const Table<QString, int, int, QString> row("model", "mode", "told", "entry");
-    row("Zelto, first mode", "Zelto", 0, 0, "ZeltoUpgradeLidar");
-    row("Zelto-KTC, PBL", "Zelto-KTC", 1, 1, "ZeltoUpgradeLidar");
-    row("Marvo-KTC, Lidar", "Marvo-KTC", 0, 0, "MarvoUpgradeLidar");
-    row("Marvo-KTC, Junction Box", "Marvo-KTC", 1, 2, "ZeltoUpgradeLidar");
-  }
-  void PackageGoesToItsUpgrade() {
-    QFETCH(QString, model);
-    QFETCH(int, mode);
-    QFETCH(int, told);
-    QFETCH(QString, entry);
-    Bench bench(model);
-    bench.Choose("zeltoUpgradeMode", 1 - mode);
-    bench.controller.TakeCalls();
-    bench.Choose("zeltoUpgradeMode", mode);
-    QCOMPARE(bench.controller.TakeCalls(), (QVector<Call>{{"ZeltoSetUpgradeMode", {told}}}));
-    QTest::ignoreMessage(QtDebugMsg, "Rejected, need a *.bin or *.patch file");
-    bench.Drop(QUrl("file:///tmp/firmware.bin.zip"));
-    QCOMPARE(bench.Text("upgradeFileName"), "Rejected, need a *.bin or *.patch file");
-    const QUrl files[] = {QUrl("file:///tmp/new one.bin"), QUrl("file:///tmp/b.patch")};
-    for (const QUrl& file : files) bench.Drop(file);
-    QCOMPARE(bench.controller.calls, (QVector<Call>{{entry, {files[0]}}, {entry, {files[1]}}}));
-    QCOMPARE(bench.Text("upgradeFileName"), "b.patch");
-  }
-
-  // The controller keeps the mode that it was told last, so a choice that is no longer shown must not last
-  // there.
-  void ModeBeginsAnewWithThePage() {
-    Bench bench("Zelto");
-    bench.Choose("zeltoUpgradeMode", 1);
-    bench.controller.TakeCalls();
-    bench.SelectModel("Zelto-KTC");  // the same choice of modes
-    QVERIFY(bench.controller.calls.isEmpty());
-    QCOMPARE(bench.Property("zeltoUpgradeMode", "displayText"), "PBL");
-    bench.SelectModel("Marvo-KTC");
-    QCOMPARE(bench.controller.calls.last(), (Call{"ZeltoSetUpgradeMode", {0}}));
-    QCOMPARE(bench.Property("zeltoUpgradeMode", "displayText"), "Lidar");
-  }
-
-  void ProgressShowsOnlyWhileUpgrading() {
-    Bench bench("Zelto");
-    StandIn& controller = bench.controller;
-    QVERIFY(!bench.Has("upgradeProgress") && !bench.Has("upgradeNote"));
-    controller.upgrading = true;
-    controller.total = 400;
-    emit controller.isUpgradingChanged();
-    QVERIFY(bench.Has("upgradeProgress") && bench.Has("upgradeNote"));
-    QVERIFY(!bench.Find("attachButton")->isEnabled() && !bench.Find("zeltoUpgradeMode")->isEnabled());
-    QCOMPARE(bench.Text("upgradeProgress"), "0.00%");
-    controller.progress = 133;
-    QTRY_COMPARE(bench.Text("upgradeProgress"), "33.25%");
-    controller.progress = 401;  // the last block was a short one
-    QTRY_COMPARE(bench.Text("upgradeProgress"), "100.00%");
-    QCOMPARE(bench.Property("upgradeProgress", "fillColor").value<QColor>(), QColor("green"));
-    controller.upgrading = false;
-    emit controller.isUpgradingChanged();
-    QVERIFY(!bench.Has("upgradeProgress") && !bench.Has("upgradeNote"));
+  void SilentSensorKeepsTheWindowAlive() {
+    SmallDesk desk("Marvo-KTC");
+    QVERIFY(desk.Connect());
+    desk.Wait();
+    QVERIFY(desk.AllButtons(true));
+    desk.sensor.Misbehave("ldcmd-set:10=silence");
+    desk.Press("zeltoSpinRateSave");
+    QTRY_VERIFY(desk.Has("loadingBar"));
+    QVERIFY(desk.AllButtons(false));
+    desk.Type("zeltoBaudRateField", "9600");  // the window takes keys meanwhile
+    QCOMPARE(desk.Text("zeltoBaudRateField"), "9600");
+    desk.Click("connectButton");
+    QTRY_VERIFY(!desk.manager->IsConnected());  // a silent sensor can be walked away from
+    QTRY_VERIFY(desk.AllButtons(true));
   }
 
   void TabFollowsTheEye() {
-    Bench bench("Marvo-KTC");
-    bench.controller.info = {Row("Serial Number", "M1")};
-    emit bench.controller.zeltoLidarInfoChanged();
-    bench.page.resize(1300, 400);
-    auto* const content = bench.page.rootObject()->property("contentItem").value<QQuickItem*>();
-    bench.Find("zeltoInfo_0")->forceActiveFocus(Qt::TabFocusReason);
+    const SmallDesk desk("Marvo-KTC");
+    const QQuickItem* const page = desk.Find("zeltoPage");
+    auto* const content = page->property("contentItem").value<QQuickItem*>();
+    desk.Find("zeltoInfo_0")->forceActiveFocus(Qt::TabFocusReason);
     QPointF last;
     int visited = 0;
-    for (; bench.page.activeFocusItem()->objectName() != "sendButton"; ++visited) {
-      bench.Key(Qt::Key_Tab);
-      const QQuickItem* const item = bench.page.activeFocusItem();
+    for (; desk.view().activeFocusItem()->objectName() != "sendButton"; ++visited) {
+      desk.Key(Qt::Key_Tab);
+      const QQuickItem* const item = desk.view().activeFocusItem();
       const QPointF at = item->mapToItem(content, {});
       const bool onward = at.y() > last.y() + 5 || (at.y() > last.y() - 5 && at.x() > last.x());
-      const qreal top = item->mapToScene({}).y();
-      const bool in_view = top >= 0 && top + item->height() <= bench.page.height();
-      QVERIFY2(onward && in_view, qPrintable(item->objectName()));
+      const qreal top = item->mapToItem(page, {}).y();
+      QVERIFY2(onward && top >= 0 && top + item->height() <= page->height(), qPrintable(item->objectName()));
       last = at;
     }
     QVERIFY(visited > 20);

@@ -2,18 +2,24 @@
 
 #include <QQuickItem>
 #include <QQuickView>
+#include <QTemporaryDir>
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "VarkelCore/src/varkel_manager.h"
 #include "app/src/main_window.h"
 #include "simulator/src/simulated_sensor.h"
+#include "simulator/src/simulated_small_sensor.h"
 #include "tests/support/qt_test.h"
 
-/// A user of a view, who finds controls by name.
-class User {
+/// The program's window, a simulated sensor and a user, who finds controls by name.
+class Desk {
  public:
+  /// With a start model the sensor is one of that model.
+  explicit Desk(const QString& start_model = {});
+  ~Desk();
+  Desk(const Desk&) = delete;
+  Desk& operator=(const Desk&) = delete;
+
   /// The visible control of that name in the view or in a notice above it; fails the test when there is none.
   QQuickItem* Find(const QString& name) const;
   bool Has(const QString& name) const;
@@ -21,10 +27,15 @@ class User {
     return Find(name)->property(property);
   }
   QString Text(const QString& name) const { return Property(name, "text").toString(); }
+  /// Name of a variable's row without its prefix, "page_group_index", found by its label.
+  QString Place(int page, const QString& label) const;
+  /// The window that the user looks at.
+  QQuickWindow& view() const { return *view_; }
 
   void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const;
+  /// Clicks a control once it is ready for that.
   void Click(const QString& name) const;
-  /// Scrolls the button into view and clicks it, once it is ready for that.
+  /// The same, scrolled into view.
   void Press(const QString& name) const;
   /// Steps by key to the combo box's entry.
   void Choose(const QString& name, int index) const;
@@ -32,41 +43,33 @@ class User {
   void Type(const QString& name, const QString& text) const;
   /// Type and Enter.
   void Enter(const QString& name, const QString& text) const;
-  /// Drops a firmware package.
-  void Drop(const QUrl& file) const;
+  /// Drops a firmware package of that content, which lies in the folder.
+  void Drop(const QString& file_name, const QByteArray& content = {}) const;
+  void ShowPage(int page) const;
+  /// Opens the log window; from then on the user looks at that.
+  void OpenLog();
 
-  QQuickView& view() const { return *view_; }
-
- protected:
-  /// Waits until the view takes keys.
-  void Use(QQuickView& view);
-
- private:
-  QQuickView* view_ = nullptr;
-};
-
-/// The program's window with its first page, a simulated sensor and a user.
-class Desk : public User {
- public:
-  explicit Desk(std::vector<std::string> misbehaviours = {}, const QString& start_model = {});
-  ~Desk();
-
-  /// Name of a variable's row without its prefix, "page_group_index", found by its label.
-  QString Place(int page, const QString& label) const;
-  /// A notice window, which is no item; its `visible`, `message`, `waiting`. Null before its first notice.
-  QObject* Notice(const QString& name) const;
+  /// A notice window, which is no item; its `visible`, `opened`, `message`. May be null before its first
+  /// notice.
+  QObject* Notice(const QString& name) const { return root->findChild<QObject*>(name); }
   bool IsOpen(const QString& name) const;
   bool NoticeShows(const QString& name, const QString& text) const;
-  /// Presses the key; true when no notice of that name shows any more.
-  bool Dismiss(const QString& name, Qt::Key key = Qt::Key_Return) const;
+  /// NoticeShows, and the key ends it; false when a notice of that name is still open then.
+  bool Dismiss(const QString& name, const QString& text, Qt::Key key = Qt::Key_Return) const;
 
-  void ShowPage(int page) const;
-  /// Types address and port, by default the sensor's, and presses Enter.
+  /// Types where the sensor is, or another port of this machine, and presses Enter.
   void Dial(std::uint16_t port = 0) const;
   /// Dial, and wait for the first page.
   bool Connect() const;
 
   varkel::sim::SimulatedSensor sensor;
+  varkel::sim::SimulatedSmallSensor lines;  ///< that of model "Zelto"
+  QTemporaryDir folder;
   VarkelManager* manager;  ///< the window's
   std::unique_ptr<MainWindow> window;
+  QQuickItem* root = nullptr;  ///< the window's
+
+ private:
+  QQuickWindow* view_ = nullptr;
+  const bool on_lines_;
 };

@@ -1,0 +1,137 @@
+#include <sys/resource.h>
+
+#include <QAbstractItemModelTester>
+#include <QClipboard>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QGuiApplication>
+#include <QRegularExpression>
+#include <csignal>
+
+#include "app/src/log_model.h"
+#include "tests/ui/ui_test.h"
+
+namespace {
+
+/// A desk whose user looks at the log.
+class LogDesk : public Desk {
+ public:
+  LogDesk() {
+    OpenLog();
+    log = view().property("log").value<LogModel*>();
+  }
+  QString Line(int row) const {
+    const auto text = [&](const char* role) {
+      return log->index(row).data(log->roleNames().key(role)).toString();
+    };
+    return text("levelName") + ' ' + text("message");
+  }
+  QStringList Lines(const char* pattern = "") const {
+    QStringList all;
+    for (int row = 0; row < log->rowCount(); ++row) all << Line(row);
+    return all.filter(QRegularExpression(pattern));
+  }
+  void Say(const char* text, const char* type = "INFO") const { emit manager->sendLogMessage(text, type); }
+
+  LogModel* log = nullptr;
+};
+
+class LogTest : public QObject {
+  Q_OBJECT
+ private slots:
+  void LinesComeByLevel() {
+    const std::pair<const char*, const char*> lines[] = {{"a", "INFO"},  {"b", "ERROR"}, {"c", "WARNING"},
+                                                         {"d", "BYTES"}, {"e", "BYTE"},  {"f", "other"},
+                                                         {"", "INFO"}};
+    const LogDesk desk;
+    for (const auto& [text, type] : lines) desk.Say(text, type);
+    const QStringList all = {"INFO a", "ERROR b", "WARN c", "BYTES d", "BYTES e", "INFO f"};
+    QTRY_COMPARE(desk.Lines(), all);
+    desk.Click("logFilterInfo");
+    QCOMPARE(desk.Lines(), all.mid(1, 4));
+    desk.Click("logFilterInfo");
+    QCOMPARE(desk.Lines(), all);
+  }
+
+  void ByteFlowPauseAndClear() {
+    const LogDesk desk;
+    desk.manager->set_ip_address("127.0.0.1");
+    desk.manager->set_port(QString::number(desk.sensor.port()));
+    desk.manager->ConnectLidar();
+    QTRY_COMPARE(desk.Lines("INFO Lidar connected").size(), 1);
+    QVERIFY(desk.Lines("^BYTES").isEmpty());
+    desk.Click("byteFlowSwitch");
+    desk.manager->ReadPageInBackground(0);
+    QTRY_VERIFY(!desk.Lines("^BYTES").isEmpty());
+    desk.manager->Stop();
+    desk.Click("logPauseButton");
+    const int shown = desk.log->rowCount();
+    desk.Say("held back");
+    QTRY_VERIFY(desk.log->waiting() > 0);
+    QTest::qWait(100);
+    QCOMPARE(desk.log->rowCount(), shown);
+    desk.Click("logPauseButton");
+    QCOMPARE(desk.Lines("held back").size(), 1);
+    desk.Say("too late");
+    desk.Click("logClearButton");
+    desk.Say("new");
+    QTRY_COMPARE(desk.Lines(), QStringList("INFO new"));
+  }
+
+  void FloodKeepsTheNewestLinesAndTheWindowAlive() {
+    const LogDesk desk;
+    const QAbstractItemModelTester tester(desk.log);
+    desk.Click("logFilterBytes");
+    for (int batch = 1; batch <= 24; ++batch) {
+      QElapsedTimer timer;
+      timer.start();
+      for (int i = 0; i < 250; ++i) {
+        desk.Say(QByteArray::number(batch).constData(), "INFO");
+        desk.Say(QByteArray("7E 00 FF ").repeated(20).constData(), "BYTES");
+      }
+      const int count = std::min(5000, batch * 250);
+      QTRY_COMPARE(desk.Line(count - 1), QString("INFO %1").arg(batch));
+      QCOMPARE(desk.log->rowCount(), count);
+      QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+    }
+    QCOMPARE(desk.Line(0), "INFO 5");
+    desk.Click("logFilterBytes");
+    QCOMPARE(desk.log->rowCount(), 10000);
+  }
+
+  void CopiesAndSavesTheLinesShown() {
+    const LogDesk desk;
+    desk.Say("<b>48 °C</b>\n", "WARNING");
+    desk.Say("FE AE", "BYTES");
+    desk.Click("logFilterBytes");
+    QTRY_COMPARE(desk.log->rowCount(), 1);
+    const QRegularExpression line("^\\d\\d:\\d\\d:\\d\\d\\.\\d{3} WARN  <b>48 °C</b>\n$");
+    desk.Click("logCopyButton");
+    QVERIFY(line.match(QGuiApplication::clipboard()->text()).hasMatch());
+    const QString path = desk.folder.filePath("log.txt");
+    const auto save = [&](const QString& to) { return desk.log->save(QUrl::fromLocalFile(to)); };
+    const auto saved = [&] {
+      QFile file(path);
+      return file.open(QIODevice::ReadOnly) && line.match(file.readAll()).hasMatch();
+    };
+    QCOMPARE(save(path), "");
+    QVERIFY(saved());
+    QVERIFY(save(desk.folder.filePath("no/such.txt")).contains("could not be written"));
+
+    // A full disk, for which the largest size of a file stands in: the log saved before is still there.
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit size{};
+    getrlimit(RLIMIT_FSIZE, &size);
+    const rlimit full{8, size.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    const QString error = save(path);
+    setrlimit(RLIMIT_FSIZE, &size);
+    QVERIFY2(error.contains("could not be written"), qPrintable(error));
+    QVERIFY(saved());
+  }
+};
+const RegisterTest<LogTest> registration;
+
+}  // namespace
+
+#include "log_test.moc"
