@@ -148,9 +148,11 @@ class PageTest : public QObject {
     desk.Click("saveButton_2");
     QVERIFY(desk.NoticeShows("messageWindow", "Destination Port"));
     desk.Click("noticeAcceptButton");
+    QVERIFY(!desk.Property("saveButton_2", "enabled").toBool());  // while this save runs
     QVERIFY(desk.Dismiss("successWindow", "Set Lidar Successfully"));
     QCOMPARE(desk.sensor.ValueText("Destination Port"), "80");
     QTRY_VERIFY(!edited());
+    QVERIFY(desk.Property("saveButton_2", "enabled").toBool());
     QCOMPARE(desk.Text("field_" + place), "80");
   }
 
@@ -170,6 +172,17 @@ class PageTest : public QObject {
     QVERIFY(desk.NoticeShows("successWindow", "Set Lidar Successfully"));
     QCOMPARE(desk.sensor.ValueText("Spin Direction"), "1");
     QCOMPARE(desk.sensor.ValueText("Sync Angle"), "0");
+  }
+
+  void AnotherModelTakesThePageAwayAtOnce() {
+    Desk desk;
+    QVERIFY(desk.Connect());
+    desk.ShowPage(kScanPage);
+    desk.manager->Stop();
+    for (const char* model : {"Zelto-KTC", "Quenta"}) {
+      QMetaObject::invokeMethod(desk.root, "changeModel", Q_ARG(QVariant, model));
+    }
+    desk.ShowPage(kScanPage);  // a call into a row that is gone would be a warning, which fails the program
   }
 
   void FieldOfViewBoxes() {
