@@ -2,7 +2,6 @@
 
 #include <QAbstractItemModelTester>
 #include <QClipboard>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
 #include <QRegularExpression>
@@ -78,13 +77,11 @@ class LogTest : public QObject {
     QTRY_COMPARE(desk.Lines(), QStringList("INFO new"));
   }
 
-  void FloodKeepsTheNewestLinesAndTheWindowAlive() {
+  void FloodKeepsTheNewestLines() {
     const LogDesk desk;
     const QAbstractItemModelTester tester(desk.log);
     desk.Click("logFilterBytes");
     for (int batch = 1; batch <= 24; ++batch) {
-      QElapsedTimer timer;
-      timer.start();
       for (int i = 0; i < 250; ++i) {
         desk.Say(QByteArray::number(batch).constData(), "INFO");
         desk.Say(QByteArray("7E 00 FF ").repeated(20).constData(), "BYTES");
@@ -92,7 +89,6 @@ class LogTest : public QObject {
       const int count = std::min(5000, batch * 250);
       QTRY_COMPARE(desk.Line(count - 1), QString("INFO %1").arg(batch));
       QCOMPARE(desk.log->rowCount(), count);
-      QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
     }
     QCOMPARE(desk.Line(0), "INFO 5");
     desk.Click("logFilterBytes");
