@@ -74,4 +74,11 @@ done
 "$package" 3.5.0.1 2024-11-05 3000 >"$work/first" && "$package" 3.5.0.1 2024-11-05 3000 >"$work/second"
 cmp "$work/first" "$work/second" && [ "$(wc -c <"$work/first")" -eq 3000 ] || fail "the package tool"
 [ "$(head -n 1 "$work/first")" = "VARKEL-SIM FIRMWARE 3.5.0.1 2024-11-05" ] || fail "the package's first line"
+
+marvo=$(dirname "$0")/../../simulator/tools/make-marvo-package.sh
+for name in $("$marvo" --list); do
+  "$marvo" "$name" "$work/$name" || fail "make-marvo-package.sh $name"
+done
+[ "$(head -c 4 "$work/full") $(wc -c <"$work/full")" = "QRNA 11800" ] || fail "the whole sample package"
+[ "$(wc -c <"$work/too-small") $(wc -c <"$work/cut-off")" = "55 9000" ] || fail "the broken sample packages"
 echo PASSED
