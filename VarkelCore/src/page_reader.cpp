@@ -116,10 +116,10 @@ std::size_t PageReader::ReadGroups(ConfigParser& catalogue, quarn::lidar::KtcCli
   bool answered = true;
   for (const ReadGroup& group : groups) {
     if (!go_on(answered)) break;
-    answered = false;
     try {
       answered = GetInfoFromLidarWithSameCmd(catalogue, client, group.vars, FovRead::kTable);
     } catch (const std::exception& error) {
+      answered = false;
       std::cout << operation << "(): ERROR " << error.what() << ". get_cmd and payload = " << group.key
                 << std::endl;
     }
