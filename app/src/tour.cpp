@@ -14,6 +14,7 @@
 #include <QVariant>
 #include <algorithm>
 #include <functional>
+#include <memory>
 
 #include "VarkelCore/src/varkel_manager.h"
 #include "app/src/main_window.h"
@@ -25,6 +26,7 @@ constexpr int kConnectMs = 15000;
 constexpr int kReadMs = 20000;
 constexpr int kPaintMs = 5000;
 constexpr int kLiveRounds = 2;
+constexpr int kFramesToSettle = 12;
 
 // Runs the event loop until `done` or the time is over; whether it was done.
 bool WaitUntil(const std::function<bool()>& done, int timeout_ms) {
@@ -69,6 +71,7 @@ class Guide {
   bool VisitSmallSensor();
   bool Visit(int page, const QString& title);
   void WaitForLiveRounds(int page);
+  void WaitForFrames() const;
   void PrintRows(int page, const QString& title) const;
   void TakeNotices() const;
   bool Photograph(const QString& name);
@@ -191,7 +194,23 @@ void Guide::TakeNotices() const {
   }
 }
 
+// What has just been told reaches the picture with the next frame, what is drawn by hand with the one after,
+// and a colour takes some more to change.
+void Guide::WaitForFrames() const {
+  const auto frames =
+      std::make_shared<int>(0);  // a frame that another thread painted may be told of later still
+  const auto counter =
+      QObject::connect(&view_, &QQuickWindow::frameSwapped, manager_, [view = &view_, frames] {
+        ++*frames;
+        view->update();
+      });
+  view_.update();
+  WaitUntil([&] { return *frames >= kFramesToSettle; }, kPaintMs);
+  QObject::disconnect(counter);
+}
+
 bool Guide::Photograph(const QString& name) {
+  WaitForFrames();
   QString file_name = name;
   file_name.replace(QRegExp("[^A-Za-z0-9._-]+"), "_");
   const QString path = QDir(plan_.folder).filePath(file_name + ".png");
