@@ -16,7 +16,7 @@ timed_build() {
 }
 
 timed_build build:nothing
-touch VarkelCore/src/page_reader.cpp
+touch VarkelCore/src/pages/page_reader.cpp
 timed_build build:source
 touch VarkelCore/src/varkel_manager.h
 timed_build build:header

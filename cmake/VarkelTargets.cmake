@@ -30,6 +30,10 @@ endif()
 # Headers are included by their path from the project's root, so that an include names its layer.
 function(varkel_settings target)
   target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR})
+  varkel_warnings(${target})
+endfunction()
+
+function(varkel_warnings target)
   target_compile_options(${target} PRIVATE "$<$<COMPILE_LANGUAGE:CXX>:${VARKEL_WARNINGS}>")
 endfunction()
 
@@ -39,6 +43,27 @@ function(varkel_library name)
   add_library(${name} STATIC ${ARG_SOURCES})
   target_link_libraries(${name} PUBLIC ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE_DEPENDS})
   varkel_settings(${name})
+endfunction()
+
+# varkel_layer(NAME (FOLDER folder | HEADERS headers...) SOURCES ... [DEPENDS public...] [PRIVATE_DEPENDS ...])
+# A library whose headers only those targets can include, by their path from the project's root, that depend on it: it
+# hands on a folder of links to them instead of the root. An include against the direction of the layers fails to
+# compile. Where links can't be made the root serves.
+function(varkel_layer name)
+  cmake_parse_arguments(ARG "" "FOLDER" "HEADERS;SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
+  set(root ${CMAKE_BINARY_DIR}/include/${name})
+  foreach(path ${ARG_FOLDER} ${ARG_HEADERS})
+    get_filename_component(parent ${root}/${path} DIRECTORY)
+    file(MAKE_DIRECTORY ${parent})
+    file(CREATE_LINK ${CMAKE_SOURCE_DIR}/${path} ${root}/${path} RESULT failure SYMBOLIC)
+    if(failure)
+      set(root ${CMAKE_SOURCE_DIR})
+    endif()
+  endforeach()
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE_DEPENDS})
+  target_include_directories(${name} PUBLIC ${root})
+  varkel_warnings(${name})
 endfunction()
 
 # varkel_program(NAME SOURCES ... DEPENDS ...)

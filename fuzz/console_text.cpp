@@ -3,8 +3,8 @@
 // Input: a line with the command, a line with the payload, then the reply.
 #include <stdexcept>
 
-#include "VarkelCore/src/command_console.h"
-#include "VarkelCore/src/command_text.h"
+#include "VarkelCore/src/actions/command_console.h"
+#include "VarkelCore/src/catalogue/command_text.h"
 #include "fuzz/input.h"
 #include "tests/core/small_sensor_bench.h"
 

@@ -1,7 +1,7 @@
 // The Marvo firmware package: header and every component.
 //
 // Input: the package; one that lacks the header's magic gets it.
-#include "VarkelCore/src/marvo_package.h"
+#include "VarkelCore/src/upgrade/marvo_package.h"
 
 #include "fuzz/input.h"
 

@@ -10,12 +10,12 @@
 #include <string_view>
 #include <utility>
 
-#include "VarkelCore/src/page_description.h"
-#include "VarkelCore/src/page_reader.h"
-#include "VarkelCore/src/page_writer.h"
-#include "VarkelCore/src/range_check.h"
-#include "VarkelCore/src/table_check.h"
-#include "VarkelCore/src/value_editor.h"
+#include "VarkelCore/src/pages/page_description.h"
+#include "VarkelCore/src/pages/page_reader.h"
+#include "VarkelCore/src/pages/page_writer.h"
+#include "VarkelCore/src/pages/range_check.h"
+#include "VarkelCore/src/catalogue/table_check.h"
+#include "VarkelCore/src/pages/value_editor.h"
 #include "fuzz/input.h"
 #include "fuzz/scripted_transport.h"
 #include "tests/core/small_sensor_bench.h"

@@ -1,13 +1,13 @@
 // What a small sensor answers, taken apart by each function, and a firmware package under way to it.
 //
 // Input: options, the code of every exchange, then the answer that every exchange gives.
-#include "VarkelCore/src/small_sensor.h"
+#include "VarkelCore/src/small_sensor/small_sensor.h"
 
 #include <stop_token>
 
-#include "VarkelCore/src/marvo_upgrade.h"
-#include "VarkelCore/src/model_selection.h"
-#include "VarkelCore/src/small_sensor_info.h"
+#include "VarkelCore/src/upgrade/marvo_upgrade.h"
+#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/small_sensor/small_sensor_info.h"
 #include "fuzz/input.h"
 #include "tests/core/small_sensor_bench.h"
 

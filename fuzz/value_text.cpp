@@ -2,7 +2,7 @@
 //
 // Input: the type, the coefficient, for coefficient 255 its four bytes, then the field's bytes, which are the
 // text as well.
-#include "VarkelCore/src/value_text.h"
+#include "VarkelCore/src/values/value_text.h"
 
 #include <bit>
 #include <limits>
@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "VarkelCore/src/str_parser.h"
+#include "VarkelCore/src/values/str_parser.h"
 #include "fuzz/input.h"
 #include "libquarn/KtcClient/src/channel_fov.h"
 #include "libquarn/Platform/src/text_number.h"

@@ -5,7 +5,7 @@
 #include <iostream>
 #include <utility>
 
-#include "VarkelCore/src/sensor_restart.h"
+#include "VarkelCore/src/actions/sensor_restart.h"
 
 using varkel::ConfigParser;
 using varkel::VarInfo;

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "VarkelCore/src/csv_table.h"
+#include "VarkelCore/src/catalogue/csv_table.h"
 
 namespace varkel::bench {
 namespace {

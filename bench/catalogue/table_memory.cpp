@@ -12,7 +12,7 @@
 #include <new>
 #include <stdexcept>
 
-#include "VarkelCore/src/config_parser.h"
+#include "VarkelCore/src/catalogue/config_parser.h"
 #include "bench/catalogue/big_table.h"
 
 namespace {

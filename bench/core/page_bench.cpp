@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "VarkelCore/src/page_reader.h"
-#include "VarkelCore/src/value_text.h"
-#include "VarkelCore/src/variable_map_cache.h"
+#include "VarkelCore/src/pages/page_reader.h"
+#include "VarkelCore/src/values/value_text.h"
+#include "VarkelCore/src/pages/variable_map_cache.h"
 
 namespace {
 

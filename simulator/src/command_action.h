@@ -1,6 +1,6 @@
 #pragma once
 
-#include "VarkelCore/src/config_parser.h"
+#include "VarkelCore/src/catalogue/config_parser.h"
 
 namespace varkel::sim {
 

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "VarkelCore/src/command_text.h"
+#include "VarkelCore/src/catalogue/command_text.h"
 #include "libquarn/Platform/src/byte_order.h"
 #include "simulator/src/sensor_log.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "VarkelCore/src/config_parser.h"
+#include "VarkelCore/src/catalogue/config_parser.h"
 #include "simulator/src/command_action.h"
 #include "simulator/src/command_key.h"
 #include "simulator/src/exchange_log.h"

@@ -1,6 +1,6 @@
 #include "simulator/src/command_key.h"
 
-#include "VarkelCore/src/command_text.h"
+#include "VarkelCore/src/catalogue/command_text.h"
 #include "libquarn/Platform/src/byte_order.h"
 
 namespace varkel::sim {

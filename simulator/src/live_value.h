@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "VarkelCore/src/var_info.h"
+#include "VarkelCore/src/catalogue/var_info.h"
 
 namespace varkel::sim {
 

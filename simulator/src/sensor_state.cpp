@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "VarkelCore/src/command_text.h"
-#include "VarkelCore/src/value_text.h"
+#include "VarkelCore/src/catalogue/command_text.h"
+#include "VarkelCore/src/values/value_text.h"
 #include "simulator/src/field_bytes.h"
 
 namespace varkel::sim {

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "VarkelCore/src/config_parser.h"
-#include "VarkelCore/src/var_info.h"
+#include "VarkelCore/src/catalogue/config_parser.h"
+#include "VarkelCore/src/catalogue/var_info.h"
 #include "simulator/src/clock.h"
 #include "simulator/src/live_value.h"
 

@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "VarkelCore/src/config_parser.h"
+#include "VarkelCore/src/catalogue/config_parser.h"
 #include "simulator/src/byte_stream.h"
 #include "simulator/src/command_handler.h"
 #include "simulator/src/firmware_store.h"

@@ -1,4 +1,4 @@
-#include "VarkelCore/src/command_text.h"
+#include "VarkelCore/src/catalogue/command_text.h"
 
 #include <gtest/gtest.h>
 

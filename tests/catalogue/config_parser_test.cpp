@@ -1,4 +1,4 @@
-#include "VarkelCore/src/config_parser.h"
+#include "VarkelCore/src/catalogue/config_parser.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "VarkelCore/src/csv_table.h"
+#include "VarkelCore/src/catalogue/csv_table.h"
 
 #include <gmock/gmock.h>
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <set>
 
-#include "VarkelCore/src/command_text.h"
-#include "VarkelCore/src/config_parser.h"
-#include "VarkelCore/src/table_check.h"
+#include "VarkelCore/src/catalogue/command_text.h"
+#include "VarkelCore/src/catalogue/config_parser.h"
+#include "VarkelCore/src/catalogue/table_check.h"
 
 namespace varkel {
 namespace {

@@ -1,4 +1,4 @@
-#include "VarkelCore/src/table_check.h"
+#include "VarkelCore/src/catalogue/table_check.h"
 
 #include <gtest/gtest.h>
 

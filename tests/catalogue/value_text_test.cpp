@@ -1,4 +1,4 @@
-#include "VarkelCore/src/value_text.h"
+#include "VarkelCore/src/values/value_text.h"
 
 #include <gtest/gtest.h>
 

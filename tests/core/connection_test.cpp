@@ -1,4 +1,4 @@
-#include "VarkelCore/src/serial_connection.h"
+#include "VarkelCore/src/session/serial_connection.h"
 
 #include <QElapsedTimer>
 

@@ -1,4 +1,4 @@
-#include "VarkelCore/src/event_queue.h"
+#include "VarkelCore/src/tasks/event_queue.h"
 
 #include <numeric>
 #include <thread>

@@ -10,8 +10,8 @@
 #include <csignal>
 #include <utility>
 
-#include "VarkelCore/src/connection_settings.h"
-#include "VarkelCore/src/whole_file.h"
+#include "VarkelCore/src/session/connection_settings.h"
+#include "VarkelCore/src/tasks/whole_file.h"
 #include "tests/core/core_test.h"
 
 namespace {

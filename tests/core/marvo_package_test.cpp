@@ -1,4 +1,4 @@
-#include "VarkelCore/src/marvo_package.h"
+#include "VarkelCore/src/upgrade/marvo_package.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "VarkelCore/src/marvo_upgrade.h"
+#include "VarkelCore/src/upgrade/marvo_upgrade.h"
 
 #include <gtest/gtest.h>
 

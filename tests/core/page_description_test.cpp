@@ -1,9 +1,9 @@
-#include "VarkelCore/src/page_description.h"
+#include "VarkelCore/src/pages/page_description.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "VarkelCore/src/model_selection.h"
+#include "VarkelCore/src/catalogue/model_selection.h"
 #include "tests/core/core_test.h"
 
 namespace {

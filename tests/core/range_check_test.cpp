@@ -1,4 +1,4 @@
-#include "VarkelCore/src/range_check.h"
+#include "VarkelCore/src/pages/range_check.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -2,7 +2,7 @@
 #include <QSettings>
 #include <QTemporaryDir>
 
-#include "VarkelCore/src/connection_settings.h"
+#include "VarkelCore/src/session/connection_settings.h"
 #include "tests/core/core_test.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "VarkelCore/src/small_sensor.h"
+#include "VarkelCore/src/small_sensor/small_sensor.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 #include <fstream>
 #include <iterator>
 
-#include "VarkelCore/src/model_selection.h"
-#include "VarkelCore/src/small_sensor_info.h"
+#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/small_sensor/small_sensor_info.h"
 #include "tests/core/small_sensor_bench.h"
 
 namespace varkel {

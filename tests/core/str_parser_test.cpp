@@ -1,4 +1,4 @@
-#include "VarkelCore/src/str_parser.h"
+#include "VarkelCore/src/values/str_parser.h"
 
 #include <stdexcept>
 

@@ -9,7 +9,7 @@
 #include <future>
 #include <iostream>
 
-#include "VarkelCore/src/lidar_connection.h"
+#include "VarkelCore/src/session/lidar_connection.h"
 #include "simulator/src/simulated_sensor.h"
 #include "simulator/src/simulated_small_sensor.h"
 #include "tests/core/marvo_sample.h"

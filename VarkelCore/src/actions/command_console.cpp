@@ -1,0 +1,164 @@
+#include "VarkelCore/src/actions/command_console.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <algorithm>
+#include <charconv>
+#include <iostream>
+#include <optional>
+#include <span>
+#include <system_error>
+#include <utility>
+
+namespace varkel {
+
+namespace {
+
+constexpr std::size_t kHeaderSize = 8;
+/// The longest wait for a reply to a serial command.
+constexpr std::uint32_t kSerialTimeoutMs = 5000;
+/// Nonce, CRC and trailer of a serial reply frame.
+constexpr std::size_t kSerialTail = 10;
+
+std::string WithoutHexPrefix(const std::string& text) {
+  return text.rfind("0x", 0) == 0 || text.rfind("0X", 0) == 0 ? text.substr(2) : text;
+}
+
+/// One byte in base 16; a text that holds anything else, or a larger number, is told apart on the console.
+std::optional<std::uint8_t> ReadByte(const std::string& digits) {
+  std::uint8_t value = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
+  if (error == std::errc::result_out_of_range) {
+    std::cout << "Out_of_range" << std::endl;
+    return std::nullopt;
+  }
+  if (error != std::errc() || end != digits.data() + digits.size()) {
+    std::cout << "Invalid_argument" << std::endl;
+    return std::nullopt;
+  }
+  return value;
+}
+
+std::vector<std::string> PayloadPieces(const std::string& text) {
+  std::vector<std::string> pieces;
+  if (text.empty()) return pieces;
+  std::size_t begin = 0;
+  for (std::size_t end = 0; end != std::string::npos; begin = end + 1) {
+    end = text.find(' ', begin);
+    pieces.push_back(WithoutHexPrefix(text.substr(begin, end - begin)));
+  }
+  return pieces;
+}
+
+std::string Joined(const std::vector<std::string>& pieces) {
+  std::string text;
+  for (const std::string& piece : pieces) text += (text.empty() ? "" : " ") + piece;
+  return text;
+}
+
+std::string UpperHex(std::span<const std::uint8_t> bytes) {
+  return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()))
+      .toHex(' ')
+      .toUpper()
+      .toStdString();
+}
+
+}  // namespace
+
+CommandConsole::Road CommandConsole::OverKtc(std::shared_ptr<quarn::lidar::KtcClient> client) {
+  return {[client = std::move(client)](std::uint8_t code, std::span<const std::uint8_t> payload,
+                                       std::vector<std::uint8_t>& reply) {
+            return client->QueryCommand(payload, reply, code, true);
+          },
+          "Query ktc command fail. Please input right ktc command header and payload.",
+          "Incorrect KTC header was entered. Parsing failed.",
+          "Incorrect KTC payload was entered. Parsing failed."};
+}
+
+CommandConsole::Road CommandConsole::OverSerial(std::shared_ptr<quarn::lidar::SerialExchange> exchange,
+                                                bool behind_ktc) {
+  return {[exchange = std::move(exchange)](std::uint8_t code, std::span<const std::uint8_t> payload,
+                                           std::vector<std::uint8_t>& reply) {
+            const int result = exchange->QueryFrame(code, payload, reply, kSerialTimeoutMs);
+            if (result == 0) reply.resize(reply.size() - std::min(reply.size(), kSerialTail));
+            return result;
+          },
+          behind_ktc ? "Query Serial command fail. Please check BytesFlow in Log Window. Please input right "
+                       "Serial command header and payload."
+                     : "Query Serial command fail. Please input right Serial command header and payload.",
+          "Incorrect Serial header was entered. Parsing failed.",
+          "Incorrect Serial payload was entered. Parsing failed."};
+}
+
+CommandConsole::Outcome CommandConsole::Send(const Road& road, const std::string& command,
+                                             const std::string& payload, std::uint8_t& code) {
+  Record record;
+  record.time = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toStdString();
+  record.command = WithoutHexPrefix(command);
+  const std::vector<std::string> pieces = PayloadPieces(payload);
+  record.payload = Joined(pieces);
+
+  const std::optional<std::uint8_t> command_code = ReadByte(record.command);
+  if (!command_code) {
+    report_.Error(road.bad_header);
+    return Outcome::kRefused;
+  }
+  code = *command_code;
+  std::vector<std::uint8_t> bytes;
+  for (const std::string& piece : pieces) {
+    const std::optional<std::uint8_t> byte = ReadByte(piece);
+    if (!byte) {
+      report_.Error(road.bad_payload);
+      return Outcome::kRefused;
+    }
+    bytes.push_back(*byte);
+  }
+
+  std::vector<std::uint8_t> reply;
+  if (road.query(code, bytes, reply) != 0 || reply.size() < kHeaderSize) {
+    std::cout << "query command failed!" << std::endl;
+    SetReplyTexts({}, {});
+    report_.Error(road.query_failed);
+    return Outcome::kFailed;
+  }
+  ShowReply(reply);
+  const std::lock_guard lock(mutex_);
+  history_.push_front(std::move(record));
+  if (history_.size() > kHistorySize) history_.pop_back();
+  return Outcome::kSent;
+}
+
+void CommandConsole::ShowReply(const std::vector<std::uint8_t>& reply) {
+  const std::span<const std::uint8_t> bytes(reply);
+  const auto payload = bytes.subspan(kHeaderSize);
+  SetReplyTexts(UpperHex(bytes.first(kHeaderSize)),
+                UpperHex(payload.first(std::min(payload.size(), kShownPayload))));
+  if (payload.size() > kShownPayload) {
+    report_.Error(
+        "WARNING: This return payload is too long, only the first 1024 bytes are displayed. For a complete "
+        "payload please use the log bytes flow function.");
+  }
+}
+
+void CommandConsole::SetReplyTexts(std::string header, std::string payload) {
+  const std::lock_guard lock(mutex_);
+  return_header_ = std::move(header);
+  return_payload_ = std::move(payload);
+}
+
+std::string CommandConsole::return_header() const {
+  const std::lock_guard lock(mutex_);
+  return return_header_;
+}
+
+std::string CommandConsole::return_payload() const {
+  const std::lock_guard lock(mutex_);
+  return return_payload_;
+}
+
+std::vector<CommandConsole::Record> CommandConsole::history() const {
+  const std::lock_guard lock(mutex_);
+  return {history_.begin(), history_.end()};
+}
+
+}  // namespace varkel

@@ -1,0 +1,68 @@
+#include "VarkelCore/src/actions/sensor_restart.h"
+
+#include <exception>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "VarkelCore/src/session/ktc_connect.h"
+#include "VarkelCore/src/catalogue/named_command.h"
+
+namespace varkel {
+
+namespace {
+
+struct Action {
+  std::initializer_list<const char*> names;
+  const char* word;            ///< in the messages about the table
+  const char* error_prefix;    ///< ahead of an exception's text
+  const char* failure_prefix;  ///< ahead of the sensor's code
+  const char* failure_suffix;
+};
+
+int Query(const VarInfo& var, quarn::lidar::KtcClient& client) {
+  const ActionRequest request = MakeActionRequest(var);
+  std::vector<std::uint8_t> reply;
+  const auto failure = QueryTableCommand(client, request.command, request.payload, reply);
+  return failure == 0 ? -1 : failure.value_or(0);
+}
+
+int Send(const Action& action, const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
+         UserReport& report) {
+  const std::string word = action.word;
+  try {
+    const VarInfo* var = FindNamed(catalogue, action.names);
+    if (var == nullptr) {
+      report.Error("Can not find " + word + " name");
+      return -1;
+    }
+    if (ActionCommandText(*var).empty()) {
+      report.Error("Can not find " + word + " command");
+      return -1;
+    }
+    const int code = Query(*var, client);
+    if (code != 0) report.Error(action.failure_prefix + std::to_string(code) + action.failure_suffix);
+    return code;
+  } catch (const std::exception& error) {
+    report.Error(action.error_prefix + std::string(error.what()));
+    return -1;
+  }
+}
+
+}  // namespace
+
+int RestartSensor(const ConfigParser& catalogue, quarn::lidar::KtcClient& client, UserReport& report) {
+  return Send({{"Restart", "restart"},
+               "restart",
+               "Restart error: ",
+               "Auto reboot failed, ret_code: ",
+               ". Please reboot lidar manually."},
+              catalogue, client, report);
+}
+
+int ResetSensor(const ConfigParser& catalogue, quarn::lidar::KtcClient& client, UserReport& report) {
+  return Send({{"Reset", "reset"}, "reset", "retset error: ", "Reset failed, ret_code: ", "."}, catalogue,
+              client, report);
+}
+
+}  // namespace varkel

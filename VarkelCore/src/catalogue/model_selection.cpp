@@ -1,0 +1,84 @@
+#include "VarkelCore/src/catalogue/model_selection.h"
+
+#include <algorithm>
+#include <cctype>
+#include <exception>
+#include <filesystem>
+#include <system_error>
+#include <tuple>
+#include <utility>
+
+namespace varkel {
+
+namespace {
+
+std::string LowerCase(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return text;
+}
+
+bool PrecedesWithoutCase(const std::string& a, const std::string& b) {
+  return std::make_tuple(LowerCase(a), a) < std::make_tuple(LowerCase(b), b);
+}
+
+}  // namespace
+
+ConnectType ConnectTypeOf(const std::string& model_name) {
+  if (model_name == kZelto) return kSerialLines;
+  if (model_name == kZeltoKtc || model_name == kMarvoKtc) return kKtcToSmallSensor;
+  return kNetwork;
+}
+
+std::vector<std::string> ListModels(const std::string& folder) {
+  std::vector<std::string> models;
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    if (!entry->is_regular_file()) continue;
+    const std::string file_name = entry->path().filename().string();
+    const std::string base_name = file_name.substr(0, file_name.find('.'));
+    if (base_name != kMarvoKtc) models.push_back(base_name);
+  }
+  std::sort(models.begin(), models.end(), PrecedesWithoutCase);
+  return models;
+}
+
+bool IsHostModel(const std::string& model_name, const std::string& folder) {
+  std::error_code error;
+  return model_name == kMarvoKtc &&
+         std::filesystem::is_regular_file(folder + "/" + model_name + ".csv", error);
+}
+
+std::string ModelSelection::Select(const std::string& model_name) {
+  const std::string path = std::string(kTableFolder) + "/" + model_name + ".csv";
+  auto loaded = std::make_shared<ConfigParser>(path);
+  std::string fault;
+  try {
+    if (!loaded->ExtractConfigInfo()) fault = "the file can't be opened";
+  } catch (const std::exception& error) {
+    fault = error.what();
+    const std::string row = loaded->RowBeingRead();
+    if (!row.empty()) fault += " (" + row + ")";
+  }
+  if (!fault.empty()) {
+    loaded = std::make_shared<ConfigParser>(std::string());
+    fault = "Can't load the model table " + path + ": " + fault;
+  }
+  const std::lock_guard lock(mutex_);
+  catalogue_ = std::move(loaded);
+  model_name_ = model_name;
+  return fault;
+}
+
+ModelSelection::Catalogue ModelSelection::catalogue() const {
+  const std::lock_guard lock(mutex_);
+  return catalogue_;
+}
+
+std::string ModelSelection::model_name() const {
+  const std::lock_guard lock(mutex_);
+  return model_name_;
+}
+
+}  // namespace varkel

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "VarkelCore/src/catalogue/command_text.h"
+#include "VarkelCore/src/catalogue/config_parser.h"
+
+namespace varkel {
+
+/// The first variable that bears one of the names, or null. Tables spell names like "Restart" in two ways.
+const VarInfo* FindNamed(const ConfigParser& catalogue, std::initializer_list<const char*> names);
+
+/// The command of an action row (restart, a log): its get command, or its set command when it has no other.
+const std::string& ActionCommandText(const VarInfo& var);
+
+/// The command that carries a firmware package: the row's set command. An upgrade row may name it as its get
+/// command; any other row without a set command takes no package (empty).
+std::string UpgradeCommandText(const VarInfo& var);
+
+/// A ready request of an action row; a four-byte code stands in the payload already.
+struct ActionRequest {
+  Command command;
+  std::vector<std::uint8_t> payload;
+};
+
+/// `extra` goes behind the row's own payload. Raises the conversion errors of text_number.h for a command
+/// that is no number.
+ActionRequest MakeActionRequest(const VarInfo& var, std::initializer_list<std::uint8_t> extra = {});
+
+}  // namespace varkel

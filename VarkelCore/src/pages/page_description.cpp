@@ -1,0 +1,163 @@
+#include "VarkelCore/src/pages/page_description.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace varkel {
+
+namespace {
+
+QString Text(const std::string& text) {
+  return QString::fromStdString(text);
+}
+
+/// The switch half of a switch row is linked to itself: it stands at the position that it switches.
+bool IsRow(const VarInfo& var) {
+  return !var.has_switch;
+}
+
+bool IsSwitched(const VarInfo& var) {
+  return var.component_type == kSwitch && var.switch_var != nullptr;
+}
+
+std::vector<std::size_t> RowsByPosition(const ConfigParser::VarList& group, const ModulePlace& place) {
+  const auto position = [&](std::size_t index) {
+    const auto found = group[index]->module_places.find(place);
+    return found == group[index]->module_places.end() ? 0 : found->second;
+  };
+  std::vector<std::size_t> rows;
+  for (std::size_t i = 0; i < group.size(); ++i) {
+    if (IsRow(*group[i])) rows.push_back(i);
+  }
+  std::stable_sort(rows.begin(), rows.end(),
+                   [&](std::size_t a, std::size_t b) { return position(a) < position(b); });
+  return rows;
+}
+
+QVariantMap MapOf(const VarInfo& var, const PendingEdits& edits) {  // with the value lock held
+  QVariantList options;
+  QVariantList labels;
+  for (const std::int32_t option : var.options) {
+    const auto label = var.option_labels.find(option);
+    options.append(option);
+    labels.append(label == var.option_labels.end() ? QString::number(option) : Text(label->second));
+  }
+  return {
+      {QStringLiteral("var_id"), Text(var.var_id)},
+      {QStringLiteral("get_cmd"), Text(var.get_cmd)},
+      {QStringLiteral("set_cmd"), Text(var.set_cmd)},
+      {QStringLiteral("var_type"), Text(var.var_type)},
+      {QStringLiteral("var_name"), Text(var.var_name)},
+      {QStringLiteral("unit"), Text(var.unit)},
+      {QStringLiteral("get_start_pos"), var.get_start_pos},
+      {QStringLiteral("set_start_pos"), var.set_start_pos},
+      {QStringLiteral("offset"), var.var_len},
+      {QStringLiteral("permission"), var.permission},
+      {QStringLiteral("default_val"), Text(var.default_val)},
+      {QStringLiteral("current_val"), Text(var.current_val)},
+      {QStringLiteral("switch_index"), Text(SwitchValue(var))},
+      {QStringLiteral("visible"), IsRow(var)},
+      {QStringLiteral("option_num"), var.option_num},
+      {QStringLiteral("type"), var.component_type},
+      {QStringLiteral("varname_value_to_option"), labels},
+      {QStringLiteral("options"), options},
+      {QStringLiteral("edited"), IsShownEdited(var, edits)},
+      {QStringLiteral("range_min"), var.range_min},
+      {QStringLiteral("range_max"), var.range_max},
+  };
+}
+
+bool EndsInLog(const std::string& name) {
+  return QString::fromStdString(name).endsWith(QStringLiteral("log"), Qt::CaseInsensitive);
+}
+
+bool IsOperationLog(const std::string& name) {
+  return name == "Operation Log" || name == "operation log";
+}
+
+}  // namespace
+
+std::string SwitchValue(const VarInfo& var) {
+  return IsSwitched(var) ? var.switch_var->current_val : std::string();
+}
+
+bool IsShownEdited(const VarInfo& var, const PendingEdits& edits) {
+  return edits.IsEdited(var.var_id) || (IsSwitched(var) && edits.IsEdited(var.switch_var->var_id)) ||
+         (var.component_type == kFieldOfView && edits.IsPending(var.set_cmd));
+}
+
+QVariantList PageTitles(const ConfigParser& catalogue) {
+  QVariantList titles;
+  for (const auto& module : catalogue.module_titles()) {
+    titles.append(module.empty() ? QString() : Text(module.front()));
+  }
+  return titles;
+}
+
+QVariantList PageRows(const ConfigParser& catalogue) {
+  QVariantList pages;
+  const auto& modules = catalogue.module_vars();
+  for (std::size_t m = 0; m < modules.size(); ++m) {
+    const int page = static_cast<int>(m);
+    QVariantList rows;
+    for (std::size_t g = 0; g < modules[m].size(); ++g) {
+      const int group = static_cast<int>(g);
+      const QString heading = Text(catalogue.module_titles()[m][g + 1]);
+      rows.append(QVariant(QVariantList{heading, static_cast<int>(kTwoTexts), page, group, -1}));
+      for (const std::size_t index : RowsByPosition(modules[m][g], {page, group})) {
+        const VarInfo& var = *modules[m][g][index];
+        rows.append(QVariant(QVariantList{Text(var.var_name + var.unit), var.component_type, page, group,
+                                          static_cast<int>(index)}));
+      }
+    }
+    pages.append(QVariant(rows));
+  }
+  return pages;
+}
+
+QVariantMap VariableMap(const ConfigParser& catalogue, const VarInfo& var, const PendingEdits& edits) {
+  const auto lock = catalogue.LockValues();
+  return MapOf(var, edits);
+}
+
+QString ValueMark(const ConfigParser& catalogue, const VarInfo& var) {
+  const auto lock = catalogue.LockValues();
+  return IsSwitched(var) ? Text(var.current_val + '\n' + SwitchValue(var)) : Text(var.current_val);
+}
+
+QVariantList VariableMaps(const ConfigParser& catalogue, const PendingEdits& edits) {
+  const auto lock = catalogue.LockValues();
+  QVariantList modules;
+  for (const auto& module : catalogue.module_vars()) {
+    QVariantList groups;
+    for (const auto& group : module) {
+      QVariantList vars;
+      for (const VarInfo* var : group) vars.append(MapOf(*var, edits));
+      groups.append(QVariant(vars));
+    }
+    modules.append(QVariant(groups));
+  }
+  return modules;
+}
+
+QVariantList DownloadableLogs(const ConfigParser& catalogue) {
+  QVariantList names;
+  for (const VarInfo* var : catalogue.standalone_vars()) {
+    if (!var->get_cmd.empty() && EndsInLog(var->var_name) && !IsOperationLog(var->var_name)) {
+      names.append(Text(var->var_name));
+    }
+  }
+  return names;
+}
+
+VarInfo* VariableAt(const ConfigParser& catalogue, int page, int group, int index) {
+  if (page < 0 || group < 0 || index < 0) return nullptr;
+  const auto& modules = catalogue.module_vars();
+  const auto m = static_cast<std::size_t>(page);
+  const auto g = static_cast<std::size_t>(group);
+  const auto i = static_cast<std::size_t>(index);
+  if (m >= modules.size() || g >= modules[m].size() || i >= modules[m][g].size()) return nullptr;
+  return modules[m][g][i];
+}
+
+}  // namespace varkel

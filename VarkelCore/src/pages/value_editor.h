@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+
+#include "VarkelCore/src/catalogue/config_parser.h"
+#include "VarkelCore/src/values/fov_table.h"
+#include "VarkelCore/src/values/pending_edits.h"
+#include "VarkelCore/src/tasks/user_report.h"
+
+namespace varkel {
+
+/// Records the user's edits: the new text becomes the variable's value and its set command is pending until
+/// the page is saved. Nothing is sent.
+class ValueEditor {
+ public:
+  /// How the text of an edit is to be read.
+  enum EditType : int {
+    kValue = 1,        ///< the new value itself
+    kSwitchValue = 2,  ///< the new value of the variable's switch
+    kOptionIndex = 3,  ///< the decimal index of one of the variable's options
+  };
+
+  ValueEditor(PendingEdits& edits, UserReport& report) : edits_(edits), report_(report) {}
+
+  /// Edits the variable at [page][group][index]; places that don't exist are ignored. An option index that is
+  /// no number raises the conversion errors of text_number.h.
+  void SetText(const ConfigParser& catalogue, int type, int page, int group, int index,
+               const std::string& text) const;
+
+  /// Stores one angle of the field of view (index 0 to 4: starts, 5 to 9: ends) and marks its set command.
+  /// False, and nothing stored, when the text is no number from 0 to 360.
+  bool SetFov(FovTable& fov, int index, const std::string& degrees) const;
+
+ private:
+  void Assign(const ConfigParser& catalogue, VarInfo& var, const std::string& text) const;
+
+  PendingEdits& edits_;
+  UserReport& report_;
+};
+
+}  // namespace varkel

@@ -1,0 +1,122 @@
+#include "VarkelCore/src/session/connection_settings.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QMap>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QVariant>
+#include <utility>
+#include <vector>
+
+#include "VarkelCore/src/tasks/whole_file.h"
+
+namespace varkel {
+
+namespace {
+
+constexpr int kLockTimeMs = 500;                  // the window waits
+constexpr qint64 kLargestFile = qint64{1} << 20;  // the six keys take a few hundred bytes
+
+/// Why what stands at `path` can't be the settings file; empty when it can, or when there is nothing.
+QString Obstacle(const QString& path) {
+  const QFileInfo info(path);
+  if (!info.exists() && !info.isSymLink()) return {};
+  if (!info.isFile()) return QStringLiteral("it is no regular file");
+  if (info.size() > kLargestFile) return QStringLiteral("it has %1 bytes").arg(info.size());
+  QFile file(path);
+  return file.open(QIODevice::ReadOnly) ? QString() : file.errorString();
+}
+
+std::string Sentence(const char* beginning, const QString& path, const QString& why) {
+  return beginning + path.toStdString() + ": " + why.toStdString() + '.';
+}
+
+void ReadText(const QSettings& file, const QString& key, std::string& text) {
+  if (file.contains(key)) text = file.value(key).toString().toStdString();
+}
+
+template <typename Number>
+void ReadNumber(const QSettings& file, const QString& key, Number& number) {
+  if (file.contains(key)) number = static_cast<Number>(file.value(key).toInt());
+}
+
+using Values = QMap<QString, QVariant>;
+
+Values AllValues(const QSettings& file) {
+  Values values;
+  for (const QString& key : file.allKeys()) values.insert(key, file.value(key));
+  return values;
+}
+
+/// The file's content with the settings put in, as a file beside it; its path, empty when it can't be
+/// written. QSettings takes a full disk for success: what it has written is read back, under another name, as
+/// it remembers the values of the first one.
+QString WriteDraft(const ConnectionSettings& settings, const QString& path) {
+  const QString unproven = path + QStringLiteral(".new");
+  QString draft = path + QStringLiteral(".proven");
+  QFile old(path);
+  const QByteArray content = old.open(QIODevice::ReadOnly) ? old.readAll() : QByteArray();
+  const std::vector<std::uint8_t> bytes(content.begin(), content.end());
+  if (WriteWholeFile(unproven, bytes) != WriteResult::kWritten) return {};
+  Values values;
+  {
+    QSettings file(unproven, QSettings::IniFormat);
+    file.setValue(QStringLiteral("device_ip_address"), QString::fromStdString(settings.ip_address));
+    file.setValue(QStringLiteral("ktc_port"), QString::fromStdString(settings.port));
+    file.setValue(QStringLiteral("rs485_com"), QString::fromStdString(settings.serial_port_485));
+    file.setValue(QStringLiteral("rs232_com"), QString::fromStdString(settings.serial_port_232));
+    file.setValue(QStringLiteral("point_cloud_baudrate"), QString::number(settings.baud_rate));
+    file.sync();
+    values = AllValues(file);
+  }
+  if (MoveOver(unproven, draft) && AllValues(QSettings(draft, QSettings::IniFormat)) == values) return draft;
+  QFile::remove(unproven);
+  QFile::remove(draft);
+  return {};
+}
+
+}  // namespace
+
+SettingsFile::SettingsFile()
+    : SettingsFile(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +
+                   QStringLiteral("/VelmoraDataFiles/RecvSettings.ini")) {}
+
+SettingsFile::SettingsFile(QString path) : path_(std::move(path)) {}
+
+ConnectionSettings SettingsFile::Load(std::string* fault) const {
+  ConnectionSettings settings;
+  if (const QString obstacle = Obstacle(path_); !obstacle.isEmpty()) {
+    if (fault != nullptr) *fault = Sentence("The defaults stand in for the settings of ", path_, obstacle);
+    return settings;
+  }
+  const QSettings file(path_, QSettings::IniFormat);
+  ReadText(file, QStringLiteral("device_ip_address"), settings.ip_address);
+  ReadText(file, QStringLiteral("ktc_port"), settings.port);
+  ReadText(file, QStringLiteral("rs485_com"), settings.serial_port_485);
+  ReadText(file, QStringLiteral("rs232_com"), settings.serial_port_232);
+  ReadNumber(file, QStringLiteral("point_cloud_baudrate"), settings.baud_rate);
+  ReadNumber(file, QStringLiteral("udp_port"), settings.udp_port);
+  return settings;
+}
+
+std::string SettingsFile::Save(const ConnectionSettings& settings) const {
+  const auto fault = [this](const QString& why) {
+    return Sentence("The connection settings can't be saved to ", path_, why);
+  };
+  if (const QString obstacle = Obstacle(path_); !obstacle.isEmpty()) return fault(obstacle);
+  const QFileInfo old(path_);
+  const QString target = old.exists() ? old.canonicalFilePath() : path_;  // a link stays one
+  QDir().mkpath(old.path());
+  QLockFile lock(path_ + QStringLiteral(".lock"));  // the one that QSettings takes, in the host viewer too
+  if (!lock.tryLock(kLockTimeMs)) return fault(QStringLiteral("it is in use or protected"));
+  const QString draft = WriteDraft(settings, target);
+  if (old.exists()) QFile::setPermissions(draft, old.permissions());
+  if (!draft.isEmpty() && MoveOver(draft, target)) return {};
+  QFile::remove(draft);
+  return fault(QStringLiteral("the disk is full, or it is protected"));
+}
+
+}  // namespace varkel

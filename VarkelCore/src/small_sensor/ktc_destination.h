@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "VarkelCore/src/session/small_sensor_link.h"
+
+namespace varkel {
+
+/// Where a sensor in the network sends its data.
+struct Destination {
+  std::string ip;  ///< dotted decimal
+  std::uint16_t port = 0;
+};
+
+/// Asks the sensor (KTC command 0x08): 0 or an error code; a reply that is too short is
+/// SerialExchange::kWrongReply.
+int ReadDestination(SmallSensorLink& link, bool silent, Destination& destination);
+
+/// Tells the sensor (KTC command 0x20): 0 or an error code. An address that is not four decimal bytes, or a
+/// port beyond 65535, is refused with SerialExchange::kNotSent.
+int WriteDestination(SmallSensorLink& link, const std::string& ip, int port);
+
+}  // namespace varkel
