@@ -10,13 +10,15 @@
 #include <exception>
 #include <utility>
 
-#include "VarkelCore/src/session/ktc_connect.h"
 #include "VarkelCore/src/catalogue/named_command.h"
+#include "VarkelCore/src/session/exchange.h"
 #include "VarkelCore/src/tasks/whole_file.h"
 
 namespace varkel {
 
 namespace {
+
+using Bytes = std::vector<std::uint8_t>;
 
 constexpr int kTarTimeMs = 30000;
 
@@ -73,11 +75,9 @@ void LogDownload::FetchLog(const ConfigParser& catalogue, quarn::lidar::KtcClien
   if (ActionCommandText(*var).empty()) return Fail("Can not find " + type + " command");
 
   const ActionRequest request = MakeActionRequest(*var);
-  std::vector<std::uint8_t> log;
-  if (const auto failure = QueryTableCommand(client, request.command, request.payload, log)) {
-    return Fail(type + " download failed. return code: " + std::to_string(*failure));
-  }
-  switch (WriteWholeFile(target, ReplyContent(request.command, log))) {
+  const ExchangeResult log = QueryTableCommand(client, request.command, request.payload);
+  if (!log) return Fail(type + " download failed. return code: " + std::to_string(log.error()));
+  switch (WriteWholeFile(target, ReplyContent(request.command, *log))) {
     case WriteResult::kNotOpened:
       return Fail(type + ": Failed to open file.");
     case WriteResult::kNotWritten:
@@ -127,11 +127,11 @@ bool LogDownload::FetchOperationLog(const VarInfo& var, quarn::lidar::KtcClient&
   bool whole = true;
   for (const OperationLogPart& part : kOperationLogParts) {
     const ActionRequest request = MakeActionRequest(var, {part.selector[0], part.selector[1]});
-    std::vector<std::uint8_t> log;
-    whole &= !QueryTableCommand(client, request.command, request.payload, log);
+    const ExchangeResult log = QueryTableCommand(client, request.command, request.payload);
+    whole &= log.has_value();
     const QString file = QLatin1String(part.prefix) + stamp + QStringLiteral(".bin");
-    whole &=
-        WriteWholeFile(folder.filePath(file), ReplyContent(request.command, log)) == WriteResult::kWritten;
+    whole &= WriteWholeFile(folder.filePath(file), ReplyContent(request.command, log.value_or(Bytes()))) ==
+             WriteResult::kWritten;
     files.append(file);
   }
   // A set of parts that is not whole is never packed: an archive would be taken for a complete one.

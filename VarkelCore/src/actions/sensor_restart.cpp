@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "VarkelCore/src/session/ktc_connect.h"
 #include "VarkelCore/src/catalogue/named_command.h"
+#include "VarkelCore/src/session/exchange.h"
 
 namespace varkel {
 
@@ -22,9 +22,8 @@ struct Action {
 
 int Query(const VarInfo& var, quarn::lidar::KtcClient& client) {
   const ActionRequest request = MakeActionRequest(var);
-  std::vector<std::uint8_t> reply;
-  const auto failure = QueryTableCommand(client, request.command, request.payload, reply);
-  return failure == 0 ? -1 : failure.value_or(0);
+  const ExchangeResult result = QueryTableCommand(client, request.command, request.payload);
+  return result ? 0 : result.error();
 }
 
 int Send(const Action& action, const ConfigParser& catalogue, quarn::lidar::KtcClient& client,

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "VarkelCore/src/catalogue/command_text.h"
-#include "VarkelCore/src/session/ktc_connect.h"
+#include "VarkelCore/src/session/exchange.h"
 #include "VarkelCore/src/values/value_text.h"
 #include "libquarn/Platform/src/logger.h"
 
@@ -132,11 +132,13 @@ bool PageReader::Query(quarn::lidar::KtcClient& client, const VarInfo& first, co
                        std::vector<std::uint8_t>& reply) const {
   const Command command = ParseCommandText(first.get_cmd);
   const std::vector<std::uint8_t> request = RequestPayload(command, first.get_cmd_payload_bytes);
-  if (QueryTableCommand(client, command, request, reply)) {
+  ExchangeResult result = QueryTableCommand(client, command, request);
+  if (!result) {
     qDebug() << operation << "(): try get" << Text(first.var_name)
              << "FAILED, cmd sent =" << Text(first.get_cmd) << "-- QueryCommand()'s ret =" << -1;
     return false;
   }
+  reply = std::move(*result);
   if (reply.empty()) {
     qDebug() << operation << "(): try get" << Text(first.var_name)
              << ", but get no return msg from lidar. cmd sent = " << Text(first.get_cmd);

@@ -8,13 +8,12 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 #include <unordered_set>
 #include <utility>
 
 #include "VarkelCore/src/catalogue/command_text.h"
-#include "VarkelCore/src/session/ktc_connect.h"
+#include "VarkelCore/src/session/exchange.h"
 #include "VarkelCore/src/values/str_parser.h"
 #include "libquarn/Platform/src/text_number.h"
 
@@ -174,19 +173,18 @@ SetRequest PageWriter::Write(ConfigParser& catalogue, quarn::lidar::KtcClient& c
   qDebug().noquote() << kRun << "(): QueryCommand send cmd:    " << Text(set_cmd);
   qDebug().noquote() << kRun << "(): QueryCommand send payload:" << Hex(payload)
                      << ", length =" << payload.size();
-  std::vector<std::uint8_t> result;
-  const std::optional<int> failure = QueryTableCommand(client, command, payload, result);
-  if (!failure) {
-    qDebug().noquote() << kRun << "(): QueryCommand SUCCESS, get result =" << Hex(result);
+  const ExchangeResult result = QueryTableCommand(client, command, payload);
+  if (result) {
+    qDebug().noquote() << kRun << "(): QueryCommand SUCCESS, get result =" << Hex(*result);
     ReportSent(catalogue, set_cmd);
     return request;
   }
-  qDebug().noquote() << kRun << "(): QueryCommand FAILED, get result =" << Hex(result);
-  if (set_cmd == kAddressSetCommand && *failure == quarn::lidar::KtcClient::kNoHeader) return request;
+  qDebug().noquote() << kRun << "(): QueryCommand FAILED, get result =" << Hex({});
+  if (set_cmd == kAddressSetCommand && result.error() == quarn::lidar::KtcClient::kNoHeader) return request;
   const std::string warning = "SET [" + set_cmd + "] FAILED";
   targets_.report.Log(warning, "WARNING");
   targets_.report.Error(warning);
-  throw std::invalid_argument(set_cmd + " SET  ret_code: " + std::to_string(*failure));
+  throw std::invalid_argument(set_cmd + " SET  ret_code: " + std::to_string(result.error()));
 }
 
 void PageWriter::ReportSent(const ConfigParser& catalogue, const std::string& set_cmd) const {

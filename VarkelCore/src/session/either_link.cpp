@@ -1,5 +1,6 @@
 #include "VarkelCore/src/session/either_link.h"
 
+#include "VarkelCore/src/session/exchange.h"
 #include "VarkelCore/src/session/ktc_connect.h"
 
 namespace varkel {
@@ -16,7 +17,10 @@ int EitherLink::QueryKtc(std::uint8_t command, std::span<const std::uint8_t> pay
   const auto client = network_.usable_client();
   if (!client) return quarn::lidar::SerialExchange::kNotSent;
   const auto quiet = silent ? std::make_unique<ByteLog::Quiet>(network_.byte_log()) : nullptr;
-  return QueryForCode(*client, command, payload, reply);
+  auto result = QueryKtcCommand(*client, command, payload);
+  if (!result) return result.error();
+  reply = std::move(*result);
+  return 0;
 }
 
 }  // namespace varkel

@@ -4,7 +4,6 @@
 #include <iostream>
 
 #include "libquarn/Platform/src/text_number.h"
-#include "libquarn/Source/src/ktc_serial_client.h"
 
 namespace varkel {
 
@@ -53,22 +52,6 @@ bool AnswersKtc(KtcClient& client) {
     if (client.QueryCommand({}, reply, command) == 0) return true;
   }
   return false;
-}
-
-std::optional<int> QueryTableCommand(KtcClient& client, const Command& command,
-                                     std::span<const std::uint8_t> payload,
-                                     std::vector<std::uint8_t>& reply) {
-  if (const auto failure = client.Query(payload, reply, command.code)) return failure;
-  return AnswersAnother(command, reply) ? std::optional(0) : std::nullopt;
-}
-
-int QueryForCode(KtcClient& client, std::uint8_t command, std::span<const std::uint8_t> payload,
-                 std::vector<std::uint8_t>& reply) {
-  constexpr int kWithoutCode = -1;
-  const auto failure = client.Query(payload, reply, command);
-  if (failure) return *failure != 0 ? *failure : kWithoutCode;
-  // A serial command's late reply comes under the same command byte.
-  return quarn::lidar::CarriesSerialFrame(command, reply) ? kWithoutCode : 0;
 }
 
 }  // namespace varkel

@@ -35,13 +35,4 @@ void AttemptTcp(const std::string& function, const std::stop_token& stop, UserRe
 /// Whether the sensor answers KTC: command 7, or else command 8.
 bool AnswersKtc(quarn::lidar::KtcClient& client);
 
-/// One exchange of a table's command: nothing on success, else why it failed: the sensor's code or the
-/// client's negative one, 0 when another command was answered.
-std::optional<int> QueryTableCommand(quarn::lidar::KtcClient& client, const Command& command,
-                                     std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& reply);
-
-/// One exchange: 0, or the code that tells why it failed: the sensor's own, else the client's negative one.
-int QueryForCode(quarn::lidar::KtcClient& client, std::uint8_t command, std::span<const std::uint8_t> payload,
-                 std::vector<std::uint8_t>& reply);
-
 }  // namespace varkel

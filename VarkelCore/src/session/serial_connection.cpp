@@ -5,8 +5,9 @@
 #include <stdexcept>
 #include <utility>
 
-#include "VarkelCore/src/session/ktc_connect.h"
 #include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/session/exchange.h"
+#include "VarkelCore/src/session/ktc_connect.h"
 #include "VarkelCore/src/tasks/worker_threads.h"
 #include "libquarn/Platform/src/text_number.h"
 
@@ -187,7 +188,10 @@ int SerialConnection::QueryKtc(std::uint8_t command, std::span<const std::uint8_
   const auto client = ktc_client();
   if (!client) return SerialExchange::kNotSent;
   const auto quiet = silent ? std::make_unique<ByteLog::Quiet>(byte_log_) : nullptr;
-  return QueryForCode(*client, command, payload, reply);
+  auto result = QueryKtcCommand(*client, command, payload);
+  if (!result) return result.error();
+  reply = std::move(*result);
+  return 0;
 }
 
 std::shared_ptr<quarn::lidar::KtcClient> SerialConnection::OpenClient(const std::stop_token& stop,

@@ -204,7 +204,7 @@ std::optional<std::int32_t> KtcClient::Query(std::span<const std::uint8_t> paylo
   const std::shared_ptr<ClientBase> transport = Transport();
   if (!transport || !transport->IsOpened()) {
     QUARN_LOG(log_lib::kError, "Client is not open, cannot send command.");
-    return last_return_code_;
+    return kNotSent;
   }
   const std::lock_guard lock(command_mutex_);
   const auto start = Clock::now();
