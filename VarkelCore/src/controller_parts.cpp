@@ -12,8 +12,6 @@ using varkel::VarInfo;
 
 namespace {
 
-constexpr char kUnknownSerialNumber[] = "xxxxxxxx";
-
 QString Text(const std::string& text) {
   return QString::fromStdString(text);
 }
@@ -122,7 +120,7 @@ void VarkelManager::Private::SetSerialNumberUnknown() {
   const auto catalogue = selection.catalogue();
   if (!catalogue) return;
   for (const auto& [var_id, var] : catalogue->var_map()) {
-    if (var->var_name == "SN") catalogue->SetCurrentValue(*var, kUnknownSerialNumber);
+    if (var->var_name == "SN") catalogue->SetCurrentValue(*var, varkel::kUnknownText);
   }
 }
 
@@ -181,10 +179,10 @@ void VarkelManager::Private::UpgradeSmallSensor(const std::stop_token& stop,
   varkel::SendOverSerial(stop, *exchange, package, upgrade_mode, *this, upgrade.Run());
 }
 
-std::optional<varkel::CommandConsole::Road> VarkelManager::Private::ConsoleRoad() {
+std::optional<varkel::CommandConsole::Channel> VarkelManager::Private::ConsoleChannel() {
   if (connect_type == varkel::kNetwork) {
     auto client = IdleClient();
-    return client ? std::optional(varkel::CommandConsole::OverKtc(std::move(client))) : std::nullopt;
+    return client ? std::optional(varkel::CommandConsole::KtcChannel(std::move(client))) : std::nullopt;
   }
   // By what stands: a function that was refused over the lines has made the controller a KTC one.
   auto exchange = link.Exchange();
@@ -193,7 +191,7 @@ std::optional<varkel::CommandConsole::Road> VarkelManager::Private::ConsoleRoad(
     Error("lidar is not connected, or lidar is upgrade");
     return std::nullopt;
   }
-  return varkel::CommandConsole::OverSerial(std::move(exchange), over_ktc);
+  return varkel::CommandConsole::SerialChannel(std::move(exchange), over_ktc);
 }
 
 std::shared_ptr<quarn::lidar::KtcClient> VarkelManager::Private::IdleClient() const {
@@ -235,10 +233,10 @@ void VarkelManager::Private::Write(quarn::lidar::KtcClient& client, int module) 
 void VarkelManager::Private::Send(const std::string& command, const std::string& payload) {
   static constexpr std::uint8_t kRestartCommand = 0x10;
   static constexpr std::uint8_t kResetCommand = 0x25;
-  const auto road = ConsoleRoad();
-  if (!road) return;
+  const auto channel = ConsoleChannel();
+  if (!channel) return;
   std::uint8_t code = 0;
-  const auto outcome = console.Send(*road, command, payload, code);
+  const auto outcome = console.Send(*channel, command, payload, code);
   if (outcome == varkel::CommandConsole::Outcome::kRefused) return;
   Emit(&VarkelManager::sendCommandHistoryChanged);
   if (outcome != varkel::CommandConsole::Outcome::kSent) return;
@@ -278,8 +276,8 @@ void VarkelManager::Private::ReportRangeFault(const ConfigParser& catalogue, con
 }
 
 void VarkelManager::Private::FetchOperationLog(quarn::lidar::KtcClient& client, const ConfigParser& catalogue,
-                                               const QString& archive) {
-  const bool whole = logs.DownloadOperationLog(catalogue, client, archive);
+                                               const QString& archive, const std::stop_token& stop) {
+  const bool whole = logs.DownloadOperationLog(catalogue, client, archive, stop);
   events.Post([this, whole] { emit face->downloadOperationLogFinished(whole); });
 }
 
@@ -308,13 +306,13 @@ void VarkelManager::Private::SetDownloading(bool running) {
 }
 
 int VarkelManager::Private::Download(
-    std::function<void(quarn::lidar::KtcClient&, const ConfigParser&)> work) {
+    std::function<void(quarn::lidar::KtcClient&, const ConfigParser&, const std::stop_token&)> work) {
   auto client = IdleClient();
   auto catalogue = selection.catalogue();
   if (!client || !catalogue) return -1;
   SetDownloading(true);  // at once, so that a second click is refused
   workers.Start([client = std::move(client), catalogue = std::move(catalogue),
-                 work = std::move(work)](const std::stop_token&) { work(*client, *catalogue); });
+                 work = std::move(work)](const std::stop_token& stop) { work(*client, *catalogue, stop); });
   return 0;
 }
 

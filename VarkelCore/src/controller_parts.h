@@ -11,29 +11,29 @@
 #include <vector>
 
 #include "VarkelCore/src/actions/command_console.h"
-#include "VarkelCore/src/session/connection_settings.h"
-#include "VarkelCore/src/session/either_link.h"
-#include "VarkelCore/src/tasks/event_queue.h"
-#include "VarkelCore/src/upgrade/firmware_upgrade.h"
-#include "VarkelCore/src/values/fov_table.h"
-#include "VarkelCore/src/session/lidar_connection.h"
 #include "VarkelCore/src/actions/log_download.h"
-#include "VarkelCore/src/upgrade/marvo_upgrade.h"
 #include "VarkelCore/src/catalogue/model_selection.h"
 #include "VarkelCore/src/pages/page_read_queue.h"
 #include "VarkelCore/src/pages/page_reader.h"
-#include "VarkelCore/src/tasks/page_refresher.h"
 #include "VarkelCore/src/pages/page_writer.h"
-#include "VarkelCore/src/values/pending_edits.h"
 #include "VarkelCore/src/pages/range_check.h"
+#include "VarkelCore/src/pages/value_editor.h"
+#include "VarkelCore/src/pages/variable_map_cache.h"
+#include "VarkelCore/src/session/connection_settings.h"
+#include "VarkelCore/src/session/either_link.h"
+#include "VarkelCore/src/session/lidar_connection.h"
 #include "VarkelCore/src/session/serial_connection.h"
 #include "VarkelCore/src/small_sensor/small_sensor.h"
 #include "VarkelCore/src/small_sensor/small_sensor_info.h"
+#include "VarkelCore/src/tasks/event_queue.h"
+#include "VarkelCore/src/tasks/page_refresher.h"
 #include "VarkelCore/src/tasks/user_report.h"
-#include "VarkelCore/src/pages/value_editor.h"
-#include "VarkelCore/src/pages/variable_map_cache.h"
-#include "VarkelCore/src/varkel_manager.h"
 #include "VarkelCore/src/tasks/worker_threads.h"
+#include "VarkelCore/src/upgrade/firmware_upgrade.h"
+#include "VarkelCore/src/upgrade/marvo_upgrade.h"
+#include "VarkelCore/src/values/fov_table.h"
+#include "VarkelCore/src/values/pending_edits.h"
+#include "VarkelCore/src/varkel_manager.h"
 
 /// What stands behind the controller's face: one object a capability, and how they meet. Known to
 /// varkel_manager.cpp alone.
@@ -65,11 +65,13 @@ struct VarkelManager::Private : varkel::UserReport {
   void ReportRangeFault(const varkel::ConfigParser& catalogue, const varkel::VarInfo& var,
                         varkel::RangeFault fault);
   void FetchOperationLog(quarn::lidar::KtcClient& client, const varkel::ConfigParser& catalogue,
-                         const QString& archive);
+                         const QString& archive, const std::stop_token& stop);
   int RestartNow();
   int ResetNow();
   void SetDownloading(bool running);
-  int Download(std::function<void(quarn::lidar::KtcClient&, const varkel::ConfigParser&)> work);
+  int Download(
+      std::function<void(quarn::lidar::KtcClient&, const varkel::ConfigParser&, const std::stop_token&)>
+          work);
   /// Runs `work` on a worker, with isWorking raised; `finished` follows on the user interface's thread.
   void InBackground(std::function<void()> work, std::function<void()> finished);
   void ReportConversion(const std::function<void()>& operation);
@@ -85,7 +87,7 @@ struct VarkelManager::Private : varkel::UserReport {
   /// whole ends the upgrade. False when one runs already.
   bool StartUpgrade(const std::shared_ptr<QFile>& package, const SendPackage& send);
   void UpgradeSmallSensor(const std::stop_token& stop, const std::vector<std::uint8_t>& package);
-  std::optional<varkel::CommandConsole::Road> ConsoleRoad();
+  std::optional<varkel::CommandConsole::Channel> ConsoleChannel();
 
   VarkelManager* const face;
 

@@ -10,11 +10,11 @@
 #include <vector>
 
 #include "VarkelCore/src/background_calls.h"
-#include "VarkelCore/src/controller_parts.h"
-#include "VarkelCore/src/upgrade/marvo_package.h"
 #include "VarkelCore/src/catalogue/named_command.h"
-#include "VarkelCore/src/pages/page_description.h"
 #include "VarkelCore/src/catalogue/table_check.h"
+#include "VarkelCore/src/controller_parts.h"
+#include "VarkelCore/src/pages/page_description.h"
+#include "VarkelCore/src/upgrade/marvo_package.h"
 #include "libquarn/Platform/src/text_number.h"
 
 using varkel::VarInfo;
@@ -156,16 +156,23 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   emit lidarClearModel();
   emit lidarModelChanged();
   emit lidarShowModel();
-  std::vector<std::string> warnings = varkel::CheckSetPayloads(*d_->selection.catalogue());
+  const auto catalogue = d_->selection.catalogue();
+  std::vector<std::string> warnings = varkel::CheckSetPayloads(*catalogue);
   for (std::string& finding : warnings) {
     finding.insert(0, "The model table of " + model + " puts fields at wrong places: ");
   }
+  for (const std::string& warning : catalogue->load_warnings()) {
+    warnings.push_back("The model table of " + model + ": " + warning);
+  }
+  std::vector<std::string> errors;
+  for (const VarInfo* var : catalogue->VarsWithoutSwitch()) errors.push_back(varkel::MissingSwitchText(*var));
   // Later: at the start the table is loaded before the window that shows this.
-  d_->events.PostLater([d = d_.get(), fault, warnings = std::move(warnings)] {
+  d_->events.PostLater([d = d_.get(), fault, errors = std::move(errors), warnings = std::move(warnings)] {
     if (!fault.empty()) {
       d->Log(fault, "ERROR");
       d->Error(fault);
     }
+    for (const std::string& error : errors) d->Log(error, "ERROR");
     for (const std::string& warning : warnings) d->Log(warning, "WARNING");
   });
 }
@@ -498,21 +505,23 @@ void VarkelManager::ResetInBackground() {
 }
 
 int VarkelManager::DownloadOperationLog(const QUrl& fileUrl) {
-  return d_->Download([this, archive = fileUrl.toLocalFile()](auto& client, const auto& catalogue) {
-    d_->FetchOperationLog(client, catalogue, archive);
-  });
+  return d_->Download(
+      [this, archive = fileUrl.toLocalFile()](auto& client, const auto& catalogue, const auto& stop) {
+        d_->FetchOperationLog(client, catalogue, archive, stop);
+      });
 }
 
 int VarkelManager::DownloadOperationLogThread(const QUrl& fileUrl) {
   const auto client = d_->connection.usable_client();
   const auto catalogue = d_->selection.catalogue();
   if (!client || !catalogue) return -1;
-  d_->FetchOperationLog(*client, *catalogue, fileUrl.toLocalFile());
+  d_->FetchOperationLog(*client, *catalogue, fileUrl.toLocalFile(), {});
   return 0;
 }
 
 int VarkelManager::DownloadLog(const QUrl& fileUrl, const QString& type) {
-  return d_->Download([this, folder = fileUrl.toLocalFile(), type](auto& client, const auto& catalogue) {
+  return d_->Download([this, folder = fileUrl.toLocalFile(), type](auto& client, const auto& catalogue,
+                                                                   const auto& /*stop*/) {
     d_->logs.DownloadLog(catalogue, client, folder, type);
     d_->Emit(&VarkelManager::downloadFinished);
   });
