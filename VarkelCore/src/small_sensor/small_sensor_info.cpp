@@ -7,8 +7,9 @@
 #include <optional>
 #include <span>
 
-#include "VarkelCore/src/small_sensor/ktc_destination.h"
 #include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/var_info.h"
+#include "VarkelCore/src/small_sensor/ktc_destination.h"
 #include "VarkelCore/src/tasks/worker_threads.h"
 #include "libquarn/Source/src/sensor_requests.h"
 
@@ -23,7 +24,6 @@ using Bytes = std::vector<std::uint8_t>;
 /// The line also carries the user's commands.
 constexpr std::chrono::milliseconds kPeriod{1000};
 
-constexpr char kUnknown[] = "xxxxxxxx";
 constexpr char kUnknownAddress[] = "xx.xx.xx.xx";
 
 constexpr char kSerialNumber[] = "Serial Number";
@@ -80,14 +80,14 @@ void SmallSensorInfo::Reset() {
 }
 
 void SmallSensorInfo::FillPlaceholders() {
-  info_ = {{kSerialNumber, kUnknown}};
+  info_ = {{kSerialNumber, kUnknownText}};
   if (ConnectTypeOf(model_name_) == kKtcToSmallSensor) {
     info_.push_back({kDestinationIp, kUnknownAddress});
     info_.push_back({kDestinationPort, "xx"});
   }
-  versions_ = {{kPbl, kUnknown}};
+  versions_ = {{kPbl, kUnknownText}};
   if (model_name_ == kMarvoKtc) {
-    versions_ = {{kBmbFpga, kUnknown}, {kTmbFpga, kUnknown}, {kBmbMcu, kUnknown}};
+    versions_ = {{kBmbFpga, kUnknownText}, {kTmbFpga, kUnknownText}, {kBmbMcu, kUnknownText}};
   }
   failures_.clear();
   pbl_asked_ = false;
@@ -168,7 +168,7 @@ void SmallSensorInfo::ReadMarvoVersions() {
 void SmallSensorInfo::ReadVersion(const char* label, std::uint8_t which, const char* failure) {
   const auto exchange = link_.Exchange();
   if (!exchange) return;
-  std::string version = kUnknown;
+  std::string version = kUnknownText;
   const int code = QueryVersion(*exchange, which, version);
   LogFailure(label, code == 0 ? "" : failure + std::to_string(code));
   Show(versions_, label, version);
