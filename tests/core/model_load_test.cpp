@@ -20,7 +20,8 @@ class ModelLoadTest : public QObject {
         {"ERROR config file error, Please check the configuration of type 2 of X"},
         {"WARNING The model table",
          "puts fields at wrong places: set command 0x45, \"X\" (13-2): uint8 takes 1"},
-        {"WARNING The model table", ": variable 13-2 \"X\", row ", "Coefficient \"0,5\" is a number only at"}};
+        {"WARNING The model table", ": variable 13-2 \"X\", row ",
+         "Coefficient \"0,5\" is a number only at"}};
     QTRY_VERIFY(!bench.log.isEmpty());
     for (const QStringList& text : texts) {
       const QStringList lines = bench.log.filter(text.last());
