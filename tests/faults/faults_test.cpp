@@ -223,7 +223,9 @@ TEST(LateReply, OfACarriedCommandAnswersNoOtherOne) {
   const std::vector<std::uint8_t> safety = {quarn::lidar::kFunctionSafetyItem};
   EXPECT_EQ(carried.QueryCommand(quarn::lidar::kGetRequest, safety, reply, kTimeoutMs), -3);
   const auto baud_rate = [&] {
-    return QueryForCode(*client, quarn::lidar::kKtcExtensionCmd, quarn::lidar::kGetBaudRatePayload, reply);
+    const auto result =
+        varkel::QueryKtcCommand(*client, quarn::lidar::kKtcExtensionCmd, quarn::lidar::kGetBaudRatePayload);
+    return result ? 0 : result.error();
   };
   EXPECT_EQ(baud_rate(), -1);
   EXPECT_EQ(baud_rate(), 0);

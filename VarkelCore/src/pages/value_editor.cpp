@@ -21,7 +21,7 @@ void ValueEditor::SetText(const ConfigParser& catalogue, int type, int page, int
       break;
     case kSwitchValue:
       if (var->switch_var == nullptr) {
-        report_.Error("config file error, Please check the configuration of type 2 of " + var->var_name);
+        report_.Error(MissingSwitchText(*var));
       } else {
         Assign(catalogue, *var->switch_var, text);
       }

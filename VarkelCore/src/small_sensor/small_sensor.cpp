@@ -8,9 +8,9 @@
 #include <optional>
 #include <string_view>
 
-#include "VarkelCore/src/small_sensor/ktc_destination.h"
 #include "VarkelCore/src/catalogue/model_selection.h"
-#include "VarkelCore/src/tasks/whole_file.h"
+#include "VarkelCore/src/small_sensor/ktc_destination.h"
+#include "VarkelCore/src/tasks/atomic_file.h"
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Source/src/ktc_serial_client.h"
 #include "libquarn/Source/src/sensor_requests.h"
@@ -115,7 +115,7 @@ int SmallSensor::GetCorrection(const std::string& path) {
   Bytes data;
   const int code = ReadCorrection(*exchange, data);
   if (!Report(code, "get calibration error, ret:")) return code;
-  if (WriteWholeFile(QString::fromStdString(path), data) != WriteResult::kWritten) {
+  if (WriteAtomically(QString::fromStdString(path), data) != WriteResult::kWritten) {
     const std::string text = "create calibration file fail, save correction file error";
     report_.Error(text);
     report_.Log(text, "ERROR");

@@ -6,8 +6,9 @@
 #include <optional>
 #include <span>
 
-#include "VarkelCore/src/small_sensor/ktc_destination.h"
 #include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/var_info.h"
+#include "VarkelCore/src/small_sensor/ktc_destination.h"
 #include "libquarn/Source/src/sensor_requests.h"
 
 namespace varkel {
@@ -18,7 +19,6 @@ using quarn::lidar::kReplyValue;
 using quarn::lidar::SerialExchange;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr char kUnknown[] = "xxxxxxxx";
 constexpr char kUnknownAddress[] = "xx.xx.xx.xx";
 
 constexpr char kSerialNumber[] = "Serial Number";
@@ -72,14 +72,14 @@ void SmallSensorInfo::Reset() {
 }
 
 void SmallSensorInfo::FillPlaceholders() {
-  info_ = {{kSerialNumber, kUnknown}};
+  info_ = {{kSerialNumber, kUnknownText}};
   if (ConnectTypeOf(model_name_) == kKtcToSmallSensor) {
     info_.push_back({kDestinationIp, kUnknownAddress});
     info_.push_back({kDestinationPort, "xx"});
   }
-  versions_ = {{kPbl, kUnknown}};
+  versions_ = {{kPbl, kUnknownText}};
   if (model_name_ == kMarvoKtc) {
-    versions_ = {{kBmbFpga, kUnknown}, {kTmbFpga, kUnknown}, {kBmbMcu, kUnknown}};
+    versions_ = {{kBmbFpga, kUnknownText}, {kTmbFpga, kUnknownText}, {kBmbMcu, kUnknownText}};
   }
   failures_.clear();
   version_tries_.clear();
@@ -138,7 +138,7 @@ void SmallSensorInfo::ReadDestinationRow(const Query& query) {
 void SmallSensorInfo::ReadVersion(const Query& query, const Version& version) {
   const bool is_pbl = version.which == kPblIndex;
   if (is_pbl) SetGettingPbl(true);
-  std::string text = kUnknown;
+  std::string text = kUnknownText;
   const int code = QueryVersion(*query.channel.serial_exchange(), version.which, text);
   if (!query.stop.stop_requested()) {
     const std::lock_guard lock(mutex_);
