@@ -4,6 +4,7 @@
 #include <exception>
 #include <utility>
 
+#include "libquarn/KtcClient/src/ktc_commands.h"
 #include "libquarn/KtcClient/src/transport_factory.h"
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Platform/src/hex_text.h"
@@ -29,7 +30,6 @@ constexpr std::uint32_t kSuspiciousPayload = 10240;
 constexpr std::size_t kPayloadBlock = std::size_t{64} * 1024;
 
 constexpr std::size_t kMaxFrame = 0xFFFF;
-constexpr std::uint8_t kExtendedCmd = 0xFF;
 constexpr std::size_t kShortCommandText = 4;  // "0x" and the two digits of a command byte
 
 const char* PathOrNull(const std::string& path) {
@@ -401,7 +401,7 @@ void KtcClient::SetCurrentTimeouts(std::uint32_t receive_ms, std::uint32_t send_
 int KtcClient::TransferFile(std::span<const std::uint8_t> data, std::uint32_t code, bool extended,
                             std::atomic<std::uint32_t>& progress) {
   SetCurrentTimeouts(kTransferTimeoutMs, kTransferTimeoutMs);
-  const std::uint8_t cmd = extended ? kExtendedCmd : static_cast<std::uint8_t>(code);
+  const std::uint8_t cmd = extended ? kKtcExtensionCmd : static_cast<std::uint8_t>(code);
   std::vector<std::vector<std::uint8_t>> frames;
   parser_.KtcFilestreamSend(data, cmd, frames);
   const int result = SendPieces(frames, code, extended, progress);
@@ -411,7 +411,7 @@ int KtcClient::TransferFile(std::span<const std::uint8_t> data, std::uint32_t co
 
 int KtcClient::SendPieces(std::span<const std::vector<std::uint8_t>> frames, std::uint32_t code,
                           bool extended, std::atomic<std::uint32_t>& progress) {
-  const std::uint8_t cmd = extended ? kExtendedCmd : static_cast<std::uint8_t>(code);
+  const std::uint8_t cmd = extended ? kKtcExtensionCmd : static_cast<std::uint8_t>(code);
   std::vector<std::uint8_t> payload(extended ? sizeof(code) : 0);
   if (extended) {
     StoreBigEndian(payload, 0, code);

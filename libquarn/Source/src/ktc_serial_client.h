@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "libquarn/KtcClient/src/ktc_client.h"
+#include "libquarn/KtcClient/src/ktc_commands.h"
 #include "libquarn/Source/src/serial_exchange.h"
 #include "libquarn/Source/src/serial_frame.h"
 
@@ -31,11 +32,11 @@ class KtcSerialClient : public SerialExchange {
   const std::shared_ptr<KtcClient> client_;
 };
 
-/// The KTC command for what is behind the sensor's network side, and its payloads.
-inline constexpr std::uint8_t kKtcExtensionCmd = 0xFF;
+/// What the payloads of kKtcExtensionCmd begin with that concern the serial line: a carried frame, and the
+/// query of the line's baud rate.
 inline constexpr std::array<std::uint8_t, 2> kTunnelPrefix = {0x00, 0x02};
 inline constexpr std::array<std::uint8_t, 2> kGetBaudRatePayload = {0x00, 0x01};
-/// Puts the serial line behind the network to that rate.
+/// Sets the serial line's rate, in baud.
 std::vector<std::uint8_t> SetBaudRatePayload(std::uint32_t baud_rate);
 
 /// Whether the payload under this command is a serial frame, as one of KtcSerialClient's is.
