@@ -9,6 +9,7 @@
 
 #include "VarkelCore/src/ktc_connect.h"
 #include "VarkelCore/src/worker_threads.h"
+#include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/Platform/src/text_number.h"
 
 namespace varkel {
@@ -16,8 +17,6 @@ namespace varkel {
 namespace {
 
 using quarn::lidar::KtcClient;
-
-constexpr std::uint32_t kExchangeTimeoutMs = 4000;
 
 }  // namespace
 
@@ -85,7 +84,7 @@ std::shared_ptr<KtcClient> LidarConnection::usable_client() const {
 
 std::shared_ptr<KtcClient> LidarConnection::OpenClient(const std::stop_token& stop,
                                                        const ConnectionSettings& settings) {
-  auto client = MakeKtcClient(settings, kExchangeTimeoutMs);
+  auto client = MakeKtcClient(settings, quarn::lidar::Timeouts().exchange_ms);
   {
     const std::lock_guard lock(mutex_);
     client_ = client;

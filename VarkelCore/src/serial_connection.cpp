@@ -8,6 +8,7 @@
 #include "VarkelCore/src/ktc_connect.h"
 #include "VarkelCore/src/model_selection.h"
 #include "VarkelCore/src/worker_threads.h"
+#include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/Platform/src/text_number.h"
 
 namespace varkel {
@@ -23,8 +24,6 @@ using quarn::lidar::SerialSource;
 constexpr std::uint32_t kRs485CommandRate = 115200;
 constexpr std::uint32_t kUartCommandRate = 9600;
 constexpr std::uint32_t kUartDataRate = 3125000;
-
-constexpr std::uint32_t kExchangeTimeoutMs = 5000;
 
 }  // namespace
 
@@ -192,7 +191,7 @@ int SerialConnection::QueryKtc(std::uint8_t command, std::span<const std::uint8_
 
 std::shared_ptr<quarn::lidar::KtcClient> SerialConnection::OpenClient(const std::stop_token& stop,
                                                                       const ConnectionSettings& settings) {
-  auto client = MakeKtcClient(settings, kExchangeTimeoutMs);
+  auto client = MakeKtcClient(settings, quarn::lidar::Timeouts().small_exchange_ms);
   {
     const std::lock_guard lock(mutex_);
     ktc_client_ = client;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "libquarn/KtcClient/src/ktc_commands.h"
+#include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/KtcClient/src/transport_factory.h"
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Platform/src/hex_text.h"
@@ -21,7 +22,6 @@ constexpr std::uint32_t kConnectAttemptSeconds = 1;
 
 constexpr std::uint32_t kDrainTimeoutMs = 50;
 constexpr std::size_t kDrainBlock = 1500;
-constexpr std::uint32_t kTransferTimeoutMs = 60000;
 
 // A longer payload is taken all the same, but no command of a sensor answers with one.
 constexpr std::uint32_t kSuspiciousPayload = 10240;
@@ -400,7 +400,7 @@ void KtcClient::SetCurrentTimeouts(std::uint32_t receive_ms, std::uint32_t send_
 
 int KtcClient::TransferFile(std::span<const std::uint8_t> data, std::uint32_t code, bool extended,
                             std::atomic<std::uint32_t>& progress) {
-  SetCurrentTimeouts(kTransferTimeoutMs, kTransferTimeoutMs);
+  SetCurrentTimeouts(Timeouts().transfer_ms, Timeouts().transfer_ms);
   const std::uint8_t cmd = extended ? kKtcExtensionCmd : static_cast<std::uint8_t>(code);
   std::vector<std::vector<std::uint8_t>> frames;
   parser_.KtcFilestreamSend(data, cmd, frames);

@@ -15,7 +15,7 @@ namespace quarn::lidar {
 
 /// Commands a small sensor whose serial frames travel inside KTC: command 0xFF, the two bytes 00 02, then the
 /// whole frame, in the request as in the reply. Commands wait as long as the KTC client does, firmware frames
-/// `kOtaTimeoutMs`; the client's log callback shows the bytes. Thread-safe.
+/// `SensorTimeouts::ota_ms`; the client's log callback shows the bytes. Thread-safe.
 class KtcSerialClient : public SerialExchange {
  public:
   explicit KtcSerialClient(std::shared_ptr<KtcClient> client) : client_(std::move(client)) {}
