@@ -5,10 +5,12 @@
 #include <cmath>
 #include <limits>
 #include <regex>
+#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
 
+#include "libquarn/Platform/src/ipv4.h"
 #include "simulator/src/raw_number.h"
 
 namespace varkel::sim {
@@ -53,27 +55,20 @@ void RequireSize(const std::string& text, std::size_t length, std::size_t size) 
   }
 }
 
-/// Byte values joined by `separator`.
-Bytes SeparatedBytes(const std::string& text, char separator, int base) {
-  Bytes bytes;
-  std::string_view rest = text;
-  while (true) {
-    const std::size_t end = rest.find(separator);
-    bytes.push_back(static_cast<std::uint8_t>(Digits(text, rest.substr(0, end), base, 0xFF)));
-    if (end == std::string_view::npos) return bytes;
-    rest.remove_prefix(end + 1);
-  }
-}
-
 Bytes IpBytes(const std::string& text, std::size_t length) {
-  Bytes bytes = SeparatedBytes(text, '.', 10);
-  RequireSize(text, length, bytes.size());
-  return bytes;
+  const auto address = quarn::lidar::ParseIpv4(text);
+  if (!address) Refuse(text, "is no IP version 4 address");
+  RequireSize(text, length, address->size());
+  return {address->begin(), address->end()};
 }
 
 /// The shown form, hexadecimal; what follows the six bytes in a longer field is never shown.
 Bytes MacBytes(const std::string& text, std::size_t length) {
-  Bytes bytes = SeparatedBytes(text, ':', 16);
+  Bytes bytes;
+  std::istringstream parts(text);
+  for (std::string part; std::getline(parts, part, ':');) {
+    bytes.push_back(static_cast<std::uint8_t>(Digits(text, part, 16, 0xFF)));
+  }
   if (bytes.size() != kMacSize) Refuse(text, "has not the six parts of a MAC address");
   if (length < kMacSize) RequireSize(text, length, kMacSize);
   bytes.resize(length);

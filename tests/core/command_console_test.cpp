@@ -44,7 +44,7 @@ class CommandConsoleTest : public QObject {
 
   void HistoryKeepsTheLastTenThatWereAnswered() {
     for (int i = 0; i < 11; ++i) bench_->manager->SendCommand("0x52", QString("01 0%1").arg(i, 0, 16));
-    bench_->Misbehave("0x52=error:2");
+    bench_->AddFault("0x52=error:2");
     bench_->manager->SendCommand("0x52", "01 0b");
     QCOMPARE(bench_->manager->getSendKtcCommandReturnHeader(), "");  // of the failed one
     const QVariantList history = bench_->manager->SendCommandHistory();

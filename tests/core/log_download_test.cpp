@@ -39,7 +39,7 @@ class LogDownloadTest : public QObject {
     VarkelManager& manager = *bench_->manager;
     QSignalSpy finished(&manager, &VarkelManager::downloadFinished);
     QSignalSpy running(&manager, &VarkelManager::isDownloadLogChanged);
-    bench_->Misbehave("0x62=late:500");
+    bench_->AddFault("0x62=late:500");
     QCOMPARE(manager.DownloadLog(Target(), "Event Log"), 0);
     QVERIFY(manager.IsDownloadLog());
     const int beside[] = {manager.DownloadLog(Target(), "Event Log"),

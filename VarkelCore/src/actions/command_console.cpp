@@ -12,13 +12,12 @@
 #include <system_error>
 #include <utility>
 
+#include "libquarn/KtcClient/src/sensor_timeouts.h"
 namespace varkel {
 
 namespace {
 
 constexpr std::size_t kHeaderSize = 8;
-/// The longest wait for a reply to a serial command.
-constexpr std::uint32_t kSerialTimeoutMs = 5000;
 /// Nonce, CRC and trailer of a serial reply frame.
 constexpr std::size_t kSerialTail = 10;
 
@@ -89,7 +88,8 @@ CommandConsole::Channel CommandConsole::SerialChannel(std::shared_ptr<quarn::lid
                                                       bool over_ktc) {
   return {[exchange = std::move(exchange)](std::uint8_t code, std::span<const std::uint8_t> payload,
                                            std::vector<std::uint8_t>& reply) {
-            const int result = exchange->QueryFrame(code, payload, reply, kSerialTimeoutMs);
+            const int result =
+                exchange->QueryFrame(code, payload, reply, quarn::lidar::Timeouts().small_exchange_ms);
             if (result == 0) reply.resize(reply.size() - std::min(reply.size(), kSerialTail));
             return result;
           },

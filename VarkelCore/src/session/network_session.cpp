@@ -4,12 +4,9 @@
 
 #include "VarkelCore/src/session/ktc_connect.h"
 #include "VarkelCore/src/session/session_makers.h"
+#include "libquarn/KtcClient/src/sensor_timeouts.h"
 
 namespace varkel {
-
-namespace {
-constexpr std::uint32_t kExchangeTimeoutMs = 4000;
-}
 
 SessionResult ConnectNetworkSensor(const std::stop_token& stop, const ConnectionSettings& settings,
                                    const SessionContext& context, SensorSession::Periodic periodic) {
@@ -22,7 +19,7 @@ SessionResult ConnectNetworkSensor(const std::stop_token& stop, const Connection
     return std::make_shared<SensorSession>(SensorSession::KtcPeer::kNetworkSensor, connection.client,
                                            connection.byte_log, context.activity, std::move(periodic));
   };
-  return ConnectKtc("VarkelManager::Init", stop, settings, kExchangeTimeoutMs, context, probe);
+  return ConnectKtc("VarkelManager::Init", stop, settings, quarn::lidar::Timeouts().exchange_ms, context, probe);
 }
 
 }  // namespace varkel

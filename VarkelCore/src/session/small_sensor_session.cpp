@@ -2,13 +2,10 @@
 
 #include "VarkelCore/src/session/ktc_connect.h"
 #include "VarkelCore/src/session/session_makers.h"
+#include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/Source/src/ktc_serial_client.h"
 
 namespace varkel {
-
-namespace {
-constexpr std::uint32_t kExchangeTimeoutMs = 5000;
-}
 
 SessionResult ConnectSmallSensor(const std::stop_token& stop, const ConnectionSettings& settings,
                                  const SessionContext& context, SensorSession::Periodic periodic) {
@@ -22,7 +19,7 @@ SessionResult ConnectSmallSensor(const std::stop_token& stop, const ConnectionSe
     return std::make_shared<SensorSession>(SensorSession::KtcPeer::kSmallSensor, connection.client,
                                            connection.byte_log, context.activity, std::move(periodic));
   };
-  return ConnectKtc("VarkelManager::InitKtcForSerial", stop, settings, kExchangeTimeoutMs, context,
+  return ConnectKtc("VarkelManager::InitKtcForSerial", stop, settings, quarn::lidar::Timeouts().small_exchange_ms, context,
                     set_line_rate);
 }
 

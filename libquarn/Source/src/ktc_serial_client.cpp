@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/Platform/src/byte_order.h"
 
 namespace quarn::lidar {
@@ -19,7 +20,8 @@ int KtcSerialClient::QueryFrame(std::uint8_t code, std::span<const std::uint8_t>
 int KtcSerialClient::ExchangeOta(std::uint32_t first, std::uint32_t second,
                                  std::span<const std::uint8_t> data, std::uint8_t type, OtaReply& reply) {
   std::vector<std::uint8_t> frame;
-  const int result = Tunnel(ReplyKind::kOta, EncodeOtaFrame(type, first, second, data), kOtaTimeoutMs, frame);
+  const int result =
+      Tunnel(ReplyKind::kOta, EncodeOtaFrame(type, first, second, data), Timeouts().ota_ms, frame);
   if (result == 0) {
     reply = ReadOtaReply(frame);
   }

@@ -62,7 +62,7 @@ SensorOptions Options(const TestTable& table, const std::string& ca = "", bool r
           .restart_time = std::chrono::milliseconds(0)};
 }
 
-TEST(TlsRoad, MeetsClientsGoodAndBad) {
+TEST(TlsTransport, MeetsClientsGoodAndBad) {
   const TestTable table;
   const struct {
     std::string ca, identity, client_ca;
@@ -87,7 +87,7 @@ TEST(TlsRoad, MeetsClientsGoodAndBad) {
   }
 }
 
-TEST(TlsRoad, MisbehavesAsOverPlainTcp) {
+TEST(TlsTransport, FailsAsOverPlainTcp) {
   const TestTable table;
   Bytes noisy = Noise(5);
   noisy.insert(noisy.end(), kReply.begin(), kReply.end());
@@ -112,11 +112,11 @@ TEST(TlsRoad, MisbehavesAsOverPlainTcp) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.rule + " " + std::to_string(c.request[2]));
     TlsClient client(sensor.port(), Path("ca.pem"));
-    sensor.Misbehave(c.rule);
+    sensor.AddFault(c.rule);
     ASSERT_TRUE(client.Send(c.request));
     EXPECT_EQ(client.Receive(c.comes.size()), c.comes);
     EXPECT_EQ(client.WhatFollows(c.then == "silence"), c.then);
-    sensor.Behave();
+    sensor.ClearFaults();
     EXPECT_EQ(client.Exchange(), c.then == "silence" ? kReply : Bytes());
   }
 }

@@ -1,4 +1,4 @@
-#include "simulator/src/misbehaviour.h"
+#include "simulator/src/fault_rules.h"
 
 #include <algorithm>
 #include <charconv>
@@ -20,14 +20,15 @@ constexpr std::int64_t kDefaultError = 1;
 constexpr std::int64_t kLongestDelay = 600'000;
 constexpr std::int64_t kMostBytes = 1'000'000;
 constexpr std::int64_t kBiggestLie = 0x7FFFFFFF;
+constexpr std::size_t kWholeReply = std::numeric_limits<std::size_t>::max();
 
 enum class Argument { kNone, kOptional, kRequired };
 
 [[noreturn]] void Refuse(const std::string& rule, const std::string& reason) {
-  throw std::invalid_argument("The misbehaviour \"" + rule + "\" " + reason + ".");
+  throw std::invalid_argument("The fault rule \"" + rule + "\" " + reason + ".");
 }
 
-/// Decimal, or hexadecimal behind "0x".
+/// Decimal, or hexadecimal after "0x".
 std::optional<std::int64_t> Number(std::string_view digits) {
   const bool hexadecimal = digits.starts_with("0x") || digits.starts_with("0X");
   if (hexadecimal) digits.remove_prefix(2);
@@ -38,7 +39,7 @@ std::optional<std::int64_t> Number(std::string_view digits) {
   return value;
 }
 
-/// Cuts `text` at the first `separator`; what stands behind it is returned, nothing when there is none.
+/// Cuts `text` at the first `separator` and returns what follows it; nullopt if there is none.
 std::optional<std::string> CutAt(std::string& text, char separator) {
   const std::size_t position = text.find(separator);
   if (position == std::string::npos) return std::nullopt;
@@ -77,7 +78,7 @@ std::optional<CommandKey> KeyOfRule(std::string command) {
 
 }  // namespace
 
-struct Misbehaviours::KindInfo {
+struct FaultRules::KindInfo {
   const char* name;
   Kind kind;
   Argument argument;
@@ -85,7 +86,7 @@ struct Misbehaviours::KindInfo {
   std::int64_t max;
 };
 
-const Misbehaviours::KindInfo& Misbehaviours::FindKind(const std::string& rule, const std::string& name) {
+const FaultRules::KindInfo& FaultRules::FindKind(const std::string& rule, const std::string& name) {
   static const std::vector<KindInfo> kKinds = {
       {"late", Kind::kLate, Argument::kRequired, 0, kLongestDelay},
       {"split", Kind::kSplit, Argument::kOptional, 1, kMostBytes},
@@ -93,9 +94,11 @@ const Misbehaviours::KindInfo& Misbehaviours::FindKind(const std::string& rule, 
       {"wrong-echo", Kind::kWrongEcho, Argument::kOptional, 0, 0xFF},
       {"error", Kind::kError, Argument::kOptional, 1, 0xFF},
       {"lying-length", Kind::kLyingLength, Argument::kRequired, -kBiggestLie, kBiggestLie},
+      {"clamp", Kind::kClamp, Argument::kRequired, -kBiggestLie, kBiggestLie},
       {"silence", Kind::kSilence, Argument::kNone, 0, 0},
       {"close", Kind::kClose, Argument::kOptional, 0, kMostBytes},
       {"pull", Kind::kClose, Argument::kOptional, 0, kMostBytes},
+      {"drop", Kind::kDrop, Argument::kNone, 0, 0},
       {"none", Kind::kNone, Argument::kNone, 0, 0},
   };
   const auto found =
@@ -106,7 +109,7 @@ const Misbehaviours::KindInfo& Misbehaviours::FindKind(const std::string& rule, 
   Refuse(rule, "has an unknown kind; there are " + known);
 }
 
-Misbehaviours::Rule Misbehaviours::Parse(const std::string& text) {
+FaultRules::Rule FaultRules::Parse(const std::string& text) {
   std::string command = text;
   std::optional<std::string> kind = CutAt(command, '=');
   if (!kind || command.empty()) Refuse(text, "has not the form COMMAND=KIND[:ARGUMENT][#N]");
@@ -119,8 +122,7 @@ Misbehaviours::Rule Misbehaviours::Parse(const std::string& text) {
   if (command != "*") {
     rule.command = KeyOfRule(command);
     if (!rule.command) {
-      Refuse(text,
-             "names a command that is no number, nor one behind ldcmd:, ldcmd-get:, ldcmd-set: or ota:");
+      Refuse(text, "names a command that is no number, nor one after ldcmd:, ldcmd-get:, ldcmd-set: or ota:");
     }
   }
   if (argument.has_value() ? info.argument == Argument::kNone : info.argument == Argument::kRequired) {
@@ -134,13 +136,13 @@ Misbehaviours::Rule Misbehaviours::Parse(const std::string& text) {
   }
   if (only) {
     const std::optional<std::int64_t> number = Number(*only);
-    if (!number || *number < 1) Refuse(text, "needs a number from 1 on behind \"#\"");
+    if (!number || *number < 1) Refuse(text, "needs a number from 1 on after \"#\"");
     rule.only = static_cast<std::uint64_t>(*number);
   }
   return rule;
 }
 
-void Misbehaviours::Add(const std::string& text) {
+void FaultRules::Add(const std::string& text) {
   Rule rule = Parse(text);
   const std::lock_guard<std::mutex> lock(mutex_);
   std::erase_if(rules_, [&](const Rule& other) {
@@ -149,19 +151,19 @@ void Misbehaviours::Add(const std::string& text) {
   if (rule.kind != Kind::kNone) rules_.push_back(rule);
 }
 
-void Misbehaviours::Clear() {
+void FaultRules::Clear() {
   const std::lock_guard<std::mutex> lock(mutex_);
   rules_.clear();
 }
 
-bool Misbehaviours::Matches(const Rule& rule, const CommandKey& key) {
+bool FaultRules::Matches(const Rule& rule, const CommandKey& key) {
   if (!rule.command) return true;
   // A rule for the plain command 0xFF holds for all four-byte commands, one for an item for get and set.
   return rule.command->family == key.family && rule.command->code == key.code &&
          (!rule.command->extended_code || rule.command->extended_code == key.extended_code);
 }
 
-void Misbehaviours::Apply(const Rule& rule, const CommandKey& key, ReplyPlan& plan) {
+void FaultRules::Apply(const Rule& rule, const CommandKey& key, ReplyPlan& plan) {
   switch (rule.kind) {
     case Kind::kLate:
       plan.delay = std::chrono::milliseconds(rule.argument.value_or(0));
@@ -181,6 +183,9 @@ void Misbehaviours::Apply(const Rule& rule, const CommandKey& key, ReplyPlan& pl
     case Kind::kLyingLength:
       plan.length_lie = rule.argument.value_or(0);
       break;
+    case Kind::kClamp:
+      plan.clamp = rule.argument;
+      break;
     case Kind::kSilence:
       plan.silent = true;
       break;
@@ -188,20 +193,24 @@ void Misbehaviours::Apply(const Rule& rule, const CommandKey& key, ReplyPlan& pl
       plan.closes = true;
       if (rule.argument) plan.close_after = static_cast<std::size_t>(*rule.argument);
       break;
+    case Kind::kDrop:
+      plan.closes = true;
+      plan.close_after = kWholeReply;
+      break;
     case Kind::kNone:
       break;
   }
 }
 
-ReplyPlan Misbehaviours::Next(const CommandKey& key) {
+ReplyPlan FaultRules::Next(const CommandKey& key) {
   return Decide(key, false);
 }
 
-ReplyPlan Misbehaviours::NextCarried(const CommandKey& key) {
+ReplyPlan FaultRules::NextCarried(const CommandKey& key) {
   return Decide(key, true);
 }
 
-ReplyPlan Misbehaviours::Decide(const CommandKey& key, bool is_carried) {
+ReplyPlan FaultRules::Decide(const CommandKey& key, bool is_carried) {
   ReplyPlan plan;
   const std::lock_guard<std::mutex> lock(mutex_);
   for (Rule& rule : rules_) {

@@ -16,33 +16,46 @@ namespace varkel::sim {
 struct ReplyPlan {
   std::chrono::milliseconds delay{0};
   std::optional<std::size_t> piece_size;  ///< bytes sent at a time
-  std::size_t noise_size = 0;             ///< bytes ahead of the header
+  std::size_t noise_size = 0;             ///< bytes before the header
   std::optional<std::uint8_t> echo;       ///< command code in the reply
   std::optional<std::uint8_t> error;      ///< return code in place of an answer
   std::int64_t length_lie = 0;            ///< added to the announced payload length
+  std::optional<std::int64_t> clamp;      ///< the largest raw number that a write stores
   bool silent = false;
-  bool closes = false;                     ///< ends the connection in the middle of the reply
-  std::optional<std::size_t> close_after;  ///< bytes sent before closing; none: half of the reply
+  bool closes = false;                     ///< ends the connection during or after the reply
+  std::optional<std::size_t> close_after;  ///< bytes sent before closing; nullopt: half of the reply
 };
 
-/// The rules by which the sensor misbehaves. Thread-safe.
-class Misbehaviours {
+/// The faults that the sensor shows on purpose. Thread-safe.
+class FaultRules {
  public:
-  /// Adds a rule, or takes back those of a command ("none"). The form is COMMAND=KIND[:ARGUMENT][#N];
-  /// the kinds stand at SimulatedSensor::Misbehave. Raises std::invalid_argument with a sentence.
+  /// Adds a rule, or removes those of a command ("none"). The form is COMMAND=KIND[:ARGUMENT][#N];
+  /// the kinds are listed at SimulatedSensor::AddFault. Raises std::invalid_argument with a sentence.
   void Add(const std::string& text);
   void Clear();
 
-  /// What the rules make of the next exchange of that command; counts the exchange.
+  /// The plan for the next exchange of that command; counts the exchange.
   ReplyPlan Next(const CommandKey& key);
-  /// The same for a request that another one carried, for which the rules of every command counted already.
+  /// The same for a request that another one carried: the rules for every command have counted it already.
   ReplyPlan NextCarried(const CommandKey& key);
 
  private:
-  enum class Kind { kLate, kSplit, kNoise, kWrongEcho, kError, kLyingLength, kSilence, kClose, kNone };
+  enum class Kind {
+    kLate,
+    kSplit,
+    kNoise,
+    kWrongEcho,
+    kError,
+    kLyingLength,
+    kClamp,
+    kSilence,
+    kClose,
+    kDrop,
+    kNone
+  };
   struct KindInfo;
   struct Rule {
-    std::optional<CommandKey> command;  ///< none: every command
+    std::optional<CommandKey> command;  ///< nullopt: every command
     Kind kind = Kind::kNone;
     std::optional<std::int64_t> argument;
     std::uint64_t only = 0;  ///< 0, or the number of the only exchange concerned

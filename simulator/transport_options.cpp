@@ -1,4 +1,4 @@
-#include "simulator/road_options.h"
+#include "simulator/transport_options.h"
 
 #include <CLI/CLI.hpp>
 #include <charconv>
