@@ -49,6 +49,7 @@ struct KtcClient::Reply {
   std::array<std::uint8_t, kMaxKtcHeaderSize> header{};
   std::size_t header_size = 0;  // as far as it was read
   std::uint32_t payload_length = 0;
+  bool peer_had_left = false;  // before the request
   std::vector<std::uint8_t> payload;
 
   std::span<const std::uint8_t> Header() const { return std::span(header).first(header_size); }
@@ -230,7 +231,9 @@ std::optional<std::int32_t> KtcClient::Query(std::span<const std::uint8_t> paylo
   const auto elapsed = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
   QUARN_LOG(log_lib::kTiming, "exec time: %fms",
             static_cast<double>(static_cast<float>(elapsed.count()) / 1000.0F));
-  return ok ? std::nullopt : std::optional(last_return_code_.load());
+  if (ok) return std::nullopt;
+  // The system still takes a request for a peer that has closed the connection, but nobody gets it.
+  return reply.peer_had_left ? kNotSent : last_return_code_.load();
 }
 
 // Up to and with the reply's checked header.
@@ -238,7 +241,7 @@ bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> pa
                          std::uint32_t receive_timeout_ms, Reply& reply) {
   std::vector<std::uint8_t> frame;
   parser_.KtcStreamEncode(payload, frame, cmd);
-  if (!DrainStaleInput(transport)) {
+  if (!DrainStaleInput(transport, reply)) {
     return false;
   }
   if (receive_timeout_ms != 0) {
@@ -253,14 +256,17 @@ bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> pa
 }
 
 // Removes what an earlier, abandoned exchange left behind. False when there is no end to it.
-bool KtcClient::DrainStaleInput(ClientBase& transport) {
+bool KtcClient::DrainStaleInput(ClientBase& transport, Reply& reply) {
   std::array<std::uint8_t, kDrainBlock> stale;
   const auto limit = Clock::now() + kLongestNoise;
   transport.SetTimeout(kDrainTimeoutMs, kDrainTimeoutMs);
   bool ends = true;
-  while (ends && transport.Receive(stale.data(), static_cast<std::uint32_t>(stale.size()), 0) > 0) {
+  int received = 1;
+  while (ends && received > 0) {
+    received = transport.Receive(stale.data(), static_cast<std::uint32_t>(stale.size()), 0);
     ends = Clock::now() < limit;
   }
+  reply.peer_had_left = received == 0;
   transport.SetTimeout(current_receive_timeout_ms_, current_send_timeout_ms_);
   if (!ends) {
     QUARN_LOG(log_lib::kWarning, "the sensor sends without pause, the request is not sent.");

@@ -129,7 +129,7 @@ class KtcClient {
   // With command_mutex_ held.
   bool Exchange(ClientBase& transport, std::span<const std::uint8_t> payload, std::uint8_t cmd,
                 std::uint32_t receive_timeout_ms, Reply& reply);
-  bool DrainStaleInput(ClientBase& transport);
+  bool DrainStaleInput(ClientBase& transport, Reply& reply);
   bool SendRequest(ClientBase& transport, std::span<const std::uint8_t> frame);
   bool ReadHeader(ClientBase& transport, Reply& reply);
   bool CheckHeader(const Reply& reply, std::uint8_t cmd);
