@@ -1,6 +1,5 @@
 #include "VarkelCore/src/controller_parts.h"
 
-#include <QDebug>
 #include <exception>
 #include <iostream>
 #include <utility>
@@ -11,8 +10,6 @@ using varkel::ConfigParser;
 using varkel::VarInfo;
 
 namespace {
-
-constexpr char kUnknownSerialNumber[] = "xxxxxxxx";
 
 QString Text(const std::string& text) {
   return QString::fromStdString(text);
@@ -32,7 +29,7 @@ VarkelManager::Private::Private(VarkelManager* face_in, bool flag, std::string c
                          }}),
       serial(*this, {[this] { info.Start(); }, [this] { info.ReadMarvoVersions(); },
                      [this] { Emit(&VarkelManager::isConnectedChanged); }}),
-      reader({*this, edits, fov, [this] { Emit(&VarkelManager::fovConfigChanged); }}),
+      reader({*this, [this] { Emit(&VarkelManager::fovConfigChanged); }}),
       refresher([this](const std::stop_token& stop) { RefreshRound(stop); }),
       page_reads(
           workers,
@@ -68,26 +65,26 @@ void VarkelManager::Private::Emit(void (VarkelManager::*notify)()) {
 
 bool VarkelManager::Private::ReadPage(int module, const std::function<bool()>& replaced) {
   const auto client = connection.usable_client();
-  const auto catalogue = selection.catalogue();
-  if (connect_type != varkel::kNetwork || !client || IsBusy() || !catalogue) return false;
-  if (module < 0 || static_cast<std::size_t>(module) >= catalogue->module_vars().size()) return false;
-  const auto groups = varkel::GroupByGetCommand(varkel::ReadableVars(*catalogue, module));
+  const auto model = selection.model();
+  if (connect_type != varkel::kNetwork || !client || IsBusy() || !model) return false;
+  if (module < 0 || static_cast<std::size_t>(module) >= model->catalogue->module_vars().size()) return false;
+  const auto groups = varkel::GroupByGetCommand(varkel::ReadableVars(*model->catalogue, module));
   // Who waits for another page need not wait for each time-out of a silent sensor.
   const auto go_on = [&](bool answered) { return connection.is_connected() && (answered || !replaced()); };
-  reader.ReadGroups(*catalogue, *client, groups, "VarkelManager::GetLidarModuleInfo", go_on);
+  reader.ReadGroups(*model, *client, groups, "VarkelManager::GetLidarModuleInfo", go_on);
   return true;
 }
 
 void VarkelManager::Private::RefreshRound(const std::stop_token& stop) {
   const auto client = connection.client();
-  const auto catalogue = selection.catalogue();
-  if (!client || !catalogue || IsBusy()) return;
+  const auto model = selection.model();
+  if (!client || !model || IsBusy()) return;
   std::vector<VarInfo*> live;
-  for (VarInfo* var : varkel::ReadableVars(*catalogue, module_index_use)) {
+  for (VarInfo* var : varkel::ReadableVars(*model->catalogue, module_index_use)) {
     if (var->timer_update) live.push_back(var);
   }
   const auto groups = varkel::GroupByGetCommand(live);
-  const std::size_t read = reader.ReadGroups(*catalogue, *client, groups, "VarkelManager::updatePagesTimer",
+  const std::size_t read = reader.ReadGroups(*model, *client, groups, "VarkelManager::updatePagesTimer",
                                              [&stop](bool) { return !stop.stop_requested(); });
   if (read > 0) Emit(&VarkelManager::myTimerMapChanged);
 }
@@ -118,21 +115,16 @@ QString VarkelManager::Private::PageValue(const std::string& var_name) const {
   return {};
 }
 
-void VarkelManager::Private::SetSerialNumberUnknown() {
-  const auto catalogue = selection.catalogue();
-  if (!catalogue) return;
-  for (const auto& [var_id, var] : catalogue->var_map()) {
-    if (var->var_name == "SN") catalogue->SetCurrentValue(*var, kUnknownSerialNumber);
-  }
-}
-
 /// Ends whatever connection stands: a host may have selected another kind of model meanwhile.
 void VarkelManager::Private::EndConnections() {
   connection.Interrupt();  // whoever waits for the sensor returns, so that the joins are short
   serial.Interrupt();
   refresher.Stop();
   info.Stop();
-  if (connect_type != varkel::kSerialLines) SetSerialNumberUnknown();
+  if (const auto model = selection.model()) {
+    if (connect_type != varkel::kSerialLines) model->values.SerialNumberUnknown();
+    connect_type == varkel::kNetwork ? model->values.Disconnected() : model->values.SensorChanged();
+  }
   info.Reset();
   connection.Drop();
   serial.Drop();
@@ -226,8 +218,7 @@ bool VarkelManager::Private::CanWrite(int module) const {
 }
 
 void VarkelManager::Private::Write(quarn::lidar::KtcClient& client, int module) {
-  const auto catalogue = selection.catalogue();
-  writer.Run(*catalogue, client, module);
+  writer.Run(*selection.model(), client, module);
   Emit(&VarkelManager::editsChanged);
   Emit(&VarkelManager::myMapChanged);
 }
@@ -245,35 +236,6 @@ void VarkelManager::Private::Send(const std::string& command, const std::string&
   if (code == kRestartCommand || code == kResetCommand) {
     events.Post([this] { face->Stop(); });
     Success(code == kRestartCommand ? "Lidar restart." : "Lidar reset.");
-  }
-}
-
-void VarkelManager::Private::ReportRangeFault(const ConfigParser& catalogue, const VarInfo& var,
-                                              varkel::RangeFault fault) {
-  static constexpr char kOperation[] = "VarkelManager::CheckModuleVarsWithinRange";
-  const QString name = Text(var.var_name);
-  const auto warn = [&](const char* ending) {
-    Log("Detected that the user set " + var.var_name + ending, "WARNING");
-    events.Post([this, name] { emit face->someVarOutOfRange(name); });
-  };
-  switch (fault) {
-    case varkel::RangeFault::kOutOfRange:
-      warn(" is out of range");
-      qDebug() << kOperation << ": detected that" << name << "is out of range";
-      break;
-    case varkel::RangeFault::kIpFormat:
-      warn(" has invalid IP format");
-      qDebug() << kOperation << ": detected that" << name
-               << "has invalid IP format:" << Text(catalogue.CurrentValue(var));
-      break;
-    case varkel::RangeFault::kMacFormat:
-      warn(" has invalid MAC format");
-      qDebug() << kOperation << ": detected that" << name
-               << "has invalid MAC format:" << Text(catalogue.CurrentValue(var));
-      break;
-    case varkel::RangeFault::kNotANumber:  // the check has written why
-    case varkel::RangeFault::kNone:
-      break;
   }
 }
 

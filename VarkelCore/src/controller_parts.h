@@ -11,29 +11,27 @@
 #include <vector>
 
 #include "VarkelCore/src/actions/command_console.h"
-#include "VarkelCore/src/session/connection_settings.h"
-#include "VarkelCore/src/session/either_link.h"
-#include "VarkelCore/src/tasks/event_queue.h"
-#include "VarkelCore/src/upgrade/firmware_upgrade.h"
-#include "VarkelCore/src/values/fov_table.h"
-#include "VarkelCore/src/session/lidar_connection.h"
 #include "VarkelCore/src/actions/log_download.h"
-#include "VarkelCore/src/upgrade/marvo_upgrade.h"
-#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/model_names.h"
+#include "VarkelCore/src/pages/page_check.h"
 #include "VarkelCore/src/pages/page_read_queue.h"
 #include "VarkelCore/src/pages/page_reader.h"
-#include "VarkelCore/src/tasks/page_refresher.h"
 #include "VarkelCore/src/pages/page_writer.h"
-#include "VarkelCore/src/values/pending_edits.h"
-#include "VarkelCore/src/pages/range_check.h"
+#include "VarkelCore/src/pages/value_editor.h"
+#include "VarkelCore/src/session/connection_settings.h"
+#include "VarkelCore/src/session/either_link.h"
+#include "VarkelCore/src/session/lidar_connection.h"
 #include "VarkelCore/src/session/serial_connection.h"
 #include "VarkelCore/src/small_sensor/small_sensor.h"
 #include "VarkelCore/src/small_sensor/small_sensor_info.h"
+#include "VarkelCore/src/tasks/event_queue.h"
+#include "VarkelCore/src/tasks/page_refresher.h"
 #include "VarkelCore/src/tasks/user_report.h"
-#include "VarkelCore/src/pages/value_editor.h"
-#include "VarkelCore/src/pages/variable_map_cache.h"
-#include "VarkelCore/src/varkel_manager.h"
 #include "VarkelCore/src/tasks/worker_threads.h"
+#include "VarkelCore/src/upgrade/firmware_upgrade.h"
+#include "VarkelCore/src/upgrade/marvo_upgrade.h"
+#include "VarkelCore/src/values/model_selection.h"
+#include "VarkelCore/src/varkel_manager.h"
 
 /// What stands behind the controller's face: one object a capability, and how they meet. Known to
 /// varkel_manager.cpp alone.
@@ -62,8 +60,6 @@ struct VarkelManager::Private : varkel::UserReport {
   bool CanWrite(int module) const;
   void Write(quarn::lidar::KtcClient& client, int module);
   void Send(const std::string& command, const std::string& payload);
-  void ReportRangeFault(const varkel::ConfigParser& catalogue, const varkel::VarInfo& var,
-                        varkel::RangeFault fault);
   void FetchOperationLog(quarn::lidar::KtcClient& client, const varkel::ConfigParser& catalogue,
                          const QString& archive);
   int RestartNow();
@@ -77,7 +73,6 @@ struct VarkelManager::Private : varkel::UserReport {
                                 const QString& search_type) const;
   /// The value of the first variable on the pages with that name.
   QString PageValue(const std::string& var_name) const;
-  void SetSerialNumberUnknown();
   void EndConnections();
   bool CanUpgradeSmallSensor() const;
   using SendPackage = std::function<void(const std::stop_token&, const std::vector<std::uint8_t>&)>;
@@ -106,9 +101,6 @@ struct VarkelManager::Private : varkel::UserReport {
   std::atomic<int> connect_type = varkel::kNetwork;
   std::atomic<bool> downloading_log = false;
   varkel::ModelSelection selection;
-  varkel::PendingEdits edits;
-  varkel::VariableMapCache maps;  // the window's thread
-  varkel::FovTable fov;
   varkel::EventQueue events;
   varkel::LidarConnection connection;
   varkel::SerialConnection serial;
@@ -121,8 +113,12 @@ struct VarkelManager::Private : varkel::UserReport {
   varkel::MarvoUpgrade marvo{*this, link};
   std::atomic<int> upgrade_mode = 0;
   const varkel::PageReader reader;
-  const varkel::ValueEditor editor{edits, *this};
-  const varkel::PageWriter writer{{reader, edits, fov, *this}};
+  const varkel::ValueEditor editor{*this};
+  const varkel::PageWriter writer{{reader, *this}};
+  const varkel::PageCheck page_check{
+      {*this, [this](const std::string& var_name) {
+         events.Post([this, name = QString::fromStdString(var_name)] { emit face->someVarOutOfRange(name); });
+       }}};
   varkel::CommandConsole console{*this};
   const varkel::LogDownload logs{*this, [this](bool running) { SetDownloading(running); }};
   varkel::FirmwareUpgrade upgrade{

@@ -10,11 +10,11 @@
 #include <vector>
 
 #include "VarkelCore/src/background_calls.h"
-#include "VarkelCore/src/controller_parts.h"
-#include "VarkelCore/src/upgrade/marvo_package.h"
 #include "VarkelCore/src/catalogue/named_command.h"
-#include "VarkelCore/src/pages/page_description.h"
 #include "VarkelCore/src/catalogue/table_check.h"
+#include "VarkelCore/src/controller_parts.h"
+#include "VarkelCore/src/pages/page_description.h"
+#include "VarkelCore/src/upgrade/marvo_package.h"
 #include "libquarn/Platform/src/text_number.h"
 
 using varkel::VarInfo;
@@ -149,7 +149,6 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   const std::string model = model_name.toStdString();
   d_->connect_type = varkel::ConnectTypeOf(model);
   const std::string fault = d_->selection.Select(model);
-  d_->edits.Clear();
   d_->info.SetModel(model);
   emit zeltoLidarInfoChanged();
   emit connectTypeChanged();
@@ -211,6 +210,7 @@ int VarkelManager::connectType() const {
 
 bool VarkelManager::ConnectLidar() {
   if (GetIsConnectingLidar()) return false;
+  if (const auto model = d_->selection.model()) model->values.SensorChanged();
   d_->workers.Start([this, settings = d_->settings, type = d_->connect_type.load(),
                      model = d_->selection.model_name()](const std::stop_token& stop) {
     switch (type) {
@@ -257,11 +257,10 @@ void VarkelManager::Stop() {
     std::cout << "stop error\n" << std::flush;
   }
   d_->connect_type = varkel::ConnectTypeOf(d_->selection.model_name());  // the next connection is the model's
-  if (type == varkel::kNetwork) d_->edits.Clear();
   emit isConnectedChanged();
   if (type == varkel::kNetwork) {
     emit myMapChanged();
-    d_->fov.ResetOnDisconnect();
+    emit fovConfigChanged();
   } else {
     emit zeltoLidarInfoChanged();
   }
@@ -295,27 +294,29 @@ void VarkelManager::StartGetConfigFile() {
 // Reading
 
 QVariantList VarkelManager::myMap() const {
-  const auto catalogue = d_->selection.catalogue();
-  return catalogue ? varkel::VariableMaps(*catalogue, d_->edits) : QVariantList();
+  const auto model = d_->selection.model();
+  return model ? varkel::VariableMaps(*model) : QVariantList();
 }
 
 QVariantMap VarkelManager::variableMap(int module, int group, int index) const {
-  const auto catalogue = d_->selection.catalogue();
-  if (!catalogue) return {};
-  const VarInfo* var = varkel::VariableAt(*catalogue, module, group, index);
-  return var != nullptr ? d_->maps.Map(catalogue, *var, d_->edits) : QVariantMap();
+  const auto model = d_->selection.model();
+  if (!model) return {};
+  const VarInfo* var = varkel::VariableAt(*model->catalogue, module, group, index);
+  return var != nullptr ? varkel::VariableMap(*model, *var) : QVariantMap();
 }
 
 QString VarkelManager::valueMark(int module, int group, int index) const {
-  const auto catalogue = d_->selection.catalogue();
-  if (!catalogue) return {};
-  const VarInfo* var = varkel::VariableAt(*catalogue, module, group, index);
-  return var != nullptr ? varkel::ValueMark(*catalogue, *var) : QString();
+  const auto model = d_->selection.model();
+  if (!model) return {};
+  const VarInfo* var = varkel::VariableAt(*model->catalogue, module, group, index);
+  return var != nullptr ? varkel::ValueMark(*model, *var) : QString();
 }
 
 QVariantList VarkelManager::FovList() const {
+  const auto model = d_->selection.model();
   QVariantList texts;
-  for (const float degrees : d_->fov.Get()) texts.append(QString::number(degrees, 'f', 1));
+  for (const float degrees : model ? model->values.Fov() : varkel::kDefaultFov)
+    texts.append(QString::number(degrees, 'f', 1));
   return texts;
 }
 
@@ -337,12 +338,12 @@ bool VarkelManager::isReadingPage() const {
 
 bool VarkelManager::UpdateSingleVarInfo(const QString& qs_var_info, const QString& search_type) {
   const auto client = d_->connection.usable_client();
-  const auto catalogue = d_->selection.catalogue();
-  if (!client || !catalogue) return false;
-  VarInfo* const var = d_->searchVarPtr(*catalogue, qs_var_info, search_type);
+  const auto model = d_->selection.model();
+  if (!client || !model) return false;
+  VarInfo* const var = d_->searchVarPtr(*model->catalogue, qs_var_info, search_type);
   if (var == nullptr || var->get_cmd.empty()) return false;
   try {
-    return d_->reader.GetInfoFromLidar(*catalogue, *client, *var);
+    return d_->reader.GetInfoFromLidar(*model, *client, *var);
   } catch (const std::exception& error) {
     qDebug() << "VarkelManager::UpdateSingleVarInfo" << error.what();
     return false;
@@ -385,20 +386,22 @@ void VarkelManager::setSuccessMsg(const QString& str) {
 // Writing
 
 void VarkelManager::SetText(int type, int level1, int level2, int level3, const QString& text) {
-  const auto catalogue = d_->selection.catalogue();
-  if (!catalogue) return;
-  d_->ReportConversion(
-      [&] { d_->editor.SetText(*catalogue, type, level1, level2, level3, text.toStdString()); });
+  const auto model = d_->selection.model();
+  if (!model) return;
+  d_->ReportConversion([&] { d_->editor.SetText(*model, type, level1, level2, level3, text.toStdString()); });
   emit editsChanged();
 }
 
 void VarkelManager::ClearSetMap() {
-  d_->edits.Clear();
+  const auto model = d_->selection.model();
+  const bool angles_went_back = model && model->values.Cancel();
   emit editsChanged();
+  if (angles_went_back) emit fovConfigChanged();
 }
 
 int VarkelManager::getSetMapSize() {
-  return static_cast<int>(d_->edits.command_count());
+  const auto model = d_->selection.model();
+  return model ? static_cast<int>(model->values.pending_count()) : 0;
 }
 
 void VarkelManager::Run(int module) {
@@ -418,7 +421,9 @@ void VarkelManager::RunInBackground(int module) {
 }
 
 void VarkelManager::SetMultiFovConfig(int index, const QString& fov) {
-  if (d_->editor.SetFov(d_->fov, index, fov.toStdString())) {
+  const auto model = d_->selection.model();
+  if (!model) return;
+  if (d_->editor.SetFov(*model, index, fov.toStdString())) {
     emit editsChanged();
     return;
   }
@@ -427,24 +432,23 @@ void VarkelManager::SetMultiFovConfig(int index, const QString& fov) {
 }
 
 bool VarkelManager::CheckVarIsWithinRange(const QString& qs_var_info, const QString& search_type) {
-  const auto catalogue = d_->selection.catalogue();
-  if (!catalogue) return true;
-  return varkel::IsWithinRange(*catalogue, d_->searchVarPtr(*catalogue, qs_var_info, search_type),
-                               qs_var_info);
+  const auto model = d_->selection.model();
+  if (!model) return true;
+  const VarInfo* var = d_->searchVarPtr(*model->catalogue, qs_var_info, search_type);
+  return d_->page_check.CheckVarIsWithinRange(*model, var, qs_var_info.toStdString());
 }
 
 bool VarkelManager::CheckModuleVarsWithinRange(int module) {
-  const auto catalogue = d_->selection.catalogue();
-  if (!d_->CanWrite(module)) return true;
-  bool within = true;
-  for (const auto& group : catalogue->module_vars()[static_cast<std::size_t>(module)]) {
-    for (const VarInfo* var : group) {
-      const varkel::RangeFault fault = varkel::JudgePageValue(*catalogue, *var);
-      within &= fault == varkel::RangeFault::kNone;
-      d_->ReportRangeFault(*catalogue, *var, fault);
-    }
-  }
-  return within;
+  const auto model = d_->selection.model();
+  return !model || d_->page_check.CheckModuleVarsWithinRange(*model, module);
+}
+
+QStringList VarkelManager::unreadFields(int module) const {
+  const auto model = d_->selection.model();
+  QStringList names;
+  if (!model || !d_->CanWrite(module)) return names;
+  for (const std::string& name : varkel::UnreadFields(*model, module)) names.append(Text(name));
+  return names;
 }
 
 // Console

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 #include <QVariant>
 #include <QVariantList>
@@ -206,6 +207,9 @@ class VarkelManager : public QObject {
   Q_INVOKABLE QVariantMap variableMap(int module, int group, int index) const;
   /// The values in that map, as one text: a row whose mark is the same has nothing new to show.
   Q_INVOKABLE QString valueMark(int module, int group, int index) const;
+  /// Names of the fields that saving the page would write although they were neither edited nor ever read
+  /// from this sensor: what the user should be asked about first.
+  Q_INVOKABLE QStringList unreadFields(int module) const;
 
  private:
   struct Private;

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/model_names.h"
 #include "VarkelCore/src/session/exchange.h"
 #include "VarkelCore/src/session/ktc_connect.h"
 #include "VarkelCore/src/tasks/worker_threads.h"

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "VarkelCore/src/catalogue/config_parser.h"
+#include "VarkelCore/src/values/value_store.h"
+
+namespace varkel {
+
+/// A loaded sensor model: its table and its values. The operation that works on one keeps it alive, also when
+/// another model is selected meanwhile.
+struct Model {
+  Model(std::string model_name, std::shared_ptr<ConfigParser> table, ValueStore::Listener values_changed = {})
+      : name(std::move(model_name)),
+        catalogue(std::move(table)),
+        values(catalogue, std::move(values_changed)) {}
+
+  const std::string name;
+  const std::shared_ptr<ConfigParser> catalogue;
+  ValueStore values;
+};
+
+/// The selected model. Thread-safe.
+class ModelSelection {
+ public:
+  /// `values_changed` listens to the values of every model that is selected; see ValueStore.
+  explicit ModelSelection(ValueStore::Listener values_changed = {})
+      : values_changed_(std::move(values_changed)) {}
+
+  /// Loads the model's table and publishes it with fresh values. When that fails an empty catalogue is
+  /// published, and the result says file, fault and, where there is one, the variable; it is empty on
+  /// success.
+  std::string Select(const std::string& model_name);
+
+  /// Null until the first selection.
+  std::shared_ptr<Model> model() const;
+  std::shared_ptr<ConfigParser> catalogue() const;
+  std::string model_name() const;
+
+ private:
+  const ValueStore::Listener values_changed_;
+  mutable std::mutex mutex_;
+  std::shared_ptr<Model> model_;
+};
+
+}  // namespace varkel
