@@ -10,12 +10,14 @@
 #include <string_view>
 #include <system_error>
 
-#include "libquarn/Platform/src/ipv4.h"
+#include "libquarn/Platform/src/byte_text.h"
 #include "simulator/src/raw_number.h"
 
 namespace varkel::sim {
 namespace {
 
+using quarn::lidar::ByteTextFault;
+using quarn::lidar::ReadByteText;
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t kMacSize = 6;
@@ -56,20 +58,16 @@ void RequireSize(const std::string& text, std::size_t length, std::size_t size) 
 }
 
 Bytes IpBytes(const std::string& text, std::size_t length) {
-  const auto address = quarn::lidar::ParseIpv4(text);
-  if (!address) Refuse(text, "is no IP version 4 address");
-  RequireSize(text, length, address->size());
-  return {address->begin(), address->end()};
+  auto [fault, bytes] = ReadByteText(text, quarn::lidar::kIpv4Text);
+  if (fault != ByteTextFault::kNone) Refuse(text, "is no IP address");
+  RequireSize(text, length, bytes.size());
+  return bytes;
 }
 
 /// The shown form, hexadecimal; what follows the six bytes in a longer field is never shown.
 Bytes MacBytes(const std::string& text, std::size_t length) {
-  Bytes bytes;
-  std::istringstream parts(text);
-  for (std::string part; std::getline(parts, part, ':');) {
-    bytes.push_back(static_cast<std::uint8_t>(Digits(text, part, 16, 0xFF)));
-  }
-  if (bytes.size() != kMacSize) Refuse(text, "has not the six parts of a MAC address");
+  auto [fault, bytes] = ReadByteText(text, {':', kMacSize, 16});
+  if (fault != ByteTextFault::kNone) Refuse(text, "is no MAC address");
   if (length < kMacSize) RequireSize(text, length, kMacSize);
   bytes.resize(length);
   return bytes;

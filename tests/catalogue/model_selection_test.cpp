@@ -1,4 +1,4 @@
-#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/model_names.h"
 
 #include <gmock/gmock.h>
 

@@ -382,11 +382,6 @@ std::string ConfigParser::CurrentValue(const VarInfo& var) const {
   return var.current_val;
 }
 
-void ConfigParser::SetCurrentValue(VarInfo& var, std::string text) {
-  const auto lock = LockValues();
-  var.current_val = std::move(text);
-}
-
 VarInfo* ConfigParser::FindById(const std::string& var_id) const {
   const auto found = var_map_.find(var_id);
   return found == var_map_.end() ? nullptr : found->second.get();

@@ -63,7 +63,6 @@ class ConfigParser {
   /// Guards current_val, var_len and set_start_pos of all records.
   std::unique_lock<std::mutex> LockValues() const { return std::unique_lock<std::mutex>(value_mutex_); }
   std::string CurrentValue(const VarInfo& var) const;
-  void SetCurrentValue(VarInfo& var, std::string text);
 
   VarInfo* FindById(const std::string& var_id) const;
   /// The first variable of that name in file order.

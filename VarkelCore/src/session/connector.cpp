@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/model_names.h"
 
 namespace varkel {
 

@@ -1,12 +1,10 @@
 #include "VarkelCore/src/small_sensor/ktc_destination.h"
 
-#include <charconv>
 #include <limits>
-#include <optional>
-#include <system_error>
 #include <vector>
 
 #include "libquarn/Platform/src/byte_order.h"
+#include "libquarn/Platform/src/byte_text.h"
 
 namespace varkel {
 
@@ -19,22 +17,6 @@ constexpr std::uint8_t kWriteCommand = 0x20;
 constexpr std::size_t kAddressOffset = 12;
 constexpr std::size_t kAddressSize = 4;
 constexpr std::size_t kPortOffset = kAddressOffset + kAddressSize;
-
-std::optional<std::vector<std::uint8_t>> ReadAddress(const std::string& text) {
-  std::vector<std::uint8_t> bytes;
-  const char* at = text.data();
-  const char* const text_end = at + text.size();
-  while (bytes.size() < kAddressSize) {
-    std::uint8_t value = 0;
-    const auto [end, error] = std::from_chars(at, text_end, value);
-    if (error != std::errc()) return std::nullopt;
-    bytes.push_back(value);
-    const bool last = bytes.size() == kAddressSize;
-    if (last ? end != text_end : end == text_end || *end != '.') return std::nullopt;
-    at = last ? end : end + 1;
-  }
-  return bytes;
-}
 
 }  // namespace
 
@@ -54,13 +36,12 @@ tl::expected<Destination, int> ReadDestination(SmallSensorChannel& channel,
 }
 
 int WriteDestination(SmallSensorChannel& channel, const std::string& ip, int port) {
-  auto payload = ReadAddress(ip);
+  auto [fault, payload] = quarn::lidar::ReadByteText(ip, quarn::lidar::kIpv4Text);
   const bool is_port = port >= 0 && port <= std::numeric_limits<std::uint16_t>::max();
-  if (!payload || !is_port) return SerialExchange::kNotSent;
-  payload->resize(kAddressSize + sizeof(std::uint16_t));
-  quarn::lidar::StoreBigEndian(*payload, kAddressSize, static_cast<std::uint16_t>(port));
-  const ExchangeResult reply =
-      channel.QueryKtc(kWriteCommand, *payload, SmallSensorChannel::Logged::kYes);
+  if (fault != quarn::lidar::ByteTextFault::kNone || !is_port) return SerialExchange::kNotSent;
+  payload.resize(kAddressSize + sizeof(std::uint16_t));
+  quarn::lidar::StoreBigEndian(payload, kAddressSize, static_cast<std::uint16_t>(port));
+  const ExchangeResult reply = channel.QueryKtc(kWriteCommand, payload, SmallSensorChannel::Logged::kYes);
   return reply ? 0 : reply.error();
 }
 

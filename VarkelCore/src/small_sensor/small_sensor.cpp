@@ -8,7 +8,7 @@
 #include <optional>
 #include <string_view>
 
-#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/model_names.h"
 #include "VarkelCore/src/small_sensor/ktc_destination.h"
 #include "VarkelCore/src/tasks/atomic_file.h"
 #include "libquarn/Platform/src/byte_order.h"

@@ -6,7 +6,7 @@
 #include <optional>
 #include <span>
 
-#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/model_names.h"
 #include "VarkelCore/src/catalogue/var_info.h"
 #include "VarkelCore/src/small_sensor/ktc_destination.h"
 #include "libquarn/Source/src/sensor_requests.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/model_names.h"
 #include "VarkelCore/src/catalogue/named_command.h"
 #include "VarkelCore/src/upgrade/marvo_package.h"
 #include "VarkelCore/src/upgrade/network_upgrade.h"

@@ -50,6 +50,7 @@ struct KtcClient::Reply {
   std::array<std::uint8_t, kMaxKtcHeaderSize> header{};
   std::size_t header_size = 0;  // as far as it was read
   std::uint32_t payload_length = 0;
+  bool peer_had_left = false;  // before the request
   std::vector<std::uint8_t> payload;
 
   std::span<const std::uint8_t> Header() const { return std::span(header).first(header_size); }
@@ -191,33 +192,40 @@ bool KtcClient::IsConnectTimeOver(Clock::time_point start) const {
 
 int KtcClient::QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result,
                             std::uint8_t cmd, bool with_header) {
-  return Query(payload, result, cmd, with_header) ? -1 : 0;
+  return Perform(payload, result, cmd, with_header, 0) ? 0 : -1;
 }
 
-std::optional<std::int32_t> KtcClient::Query(std::span<const std::uint8_t> payload,
-                                             std::vector<std::uint8_t>& result, std::uint8_t cmd,
-                                             bool with_header, std::uint32_t receive_timeout_ms) {
+KtcClient::Result KtcClient::Query(std::span<const std::uint8_t> payload, std::uint8_t cmd,
+                                   std::uint32_t receive_timeout_ms) {
+  std::vector<std::uint8_t> reply;
+  return Perform(payload, reply, cmd, false, receive_timeout_ms).map([&] { return std::move(reply); });
+}
+
+tl::expected<void, std::int32_t> KtcClient::Perform(std::span<const std::uint8_t> payload,
+                                                    std::vector<std::uint8_t>& result, std::uint8_t cmd,
+                                                    bool with_header, std::uint32_t receive_timeout_ms) {
   const std::shared_ptr<ClientBase> transport = Transport();
   if (!transport || !transport->IsOpened()) {
     QUARN_LOG(log_lib::kError, "Client is not open, cannot send command.");
-    return kNotSent;
+    return tl::unexpected(kNotSent);
   }
   const std::lock_guard lock(command_mutex_);
   const auto start = Clock::now();
-  bool ok = false;
+  tl::expected<void, std::int32_t> outcome;
   try {
-    ok = ExchangeWhole(*transport, payload, result, cmd, with_header, receive_timeout_ms);
+    outcome = ExchangeWhole(*transport, payload, result, cmd, with_header, receive_timeout_ms);
   } catch (const std::exception& error) {  // out of memory, above all
     QUARN_LOG(log_lib::kError, "KtcClient::QueryCommand, %s", error.what());
     last_return_code_ = kNoPayload;
+    outcome = tl::unexpected(kNoPayload);
   }
   const auto elapsed = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
   QUARN_LOG(log_lib::kTiming, "exec time: %fms",
             static_cast<double>(static_cast<float>(elapsed.count()) / 1000.0F));
-  return ok ? std::nullopt : std::optional(last_return_code_.load());
+  return outcome;
 }
 
-bool KtcClient::ExchangeWhole(ClientBase& transport, std::span<const std::uint8_t> payload,
+tl::expected<void, std::int32_t> KtcClient::ExchangeWhole(ClientBase& transport, std::span<const std::uint8_t> payload,
                               std::vector<std::uint8_t>& result, std::uint8_t cmd, bool with_header,
                               std::uint32_t receive_timeout_ms) {
   Reply reply;
@@ -239,7 +247,11 @@ bool KtcClient::ExchangeWhole(ClientBase& transport, std::span<const std::uint8_
   } else {
     PassToLog("RECV: ret_code is " + std::to_string(last_return_code_.load()));
   }
-  return ok;
+  if (ok) return {};
+  // The system still takes a request for a peer that has closed the connection, but nobody gets it.
+  if (reply.peer_had_left) return tl::unexpected(kNotSent);
+  const std::int32_t code = last_return_code_;
+  return tl::unexpected(code != 0 ? code : kOtherReply);
 }
 
 // Up to the reply's header, checked.
@@ -247,7 +259,7 @@ bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> pa
                          std::uint32_t receive_timeout_ms, Reply& reply) {
   std::vector<std::uint8_t> frame;
   parser_.KtcStreamEncode(payload, frame, cmd);
-  if (!DrainStaleInput(transport)) {
+  if (!DrainStaleInput(transport, reply)) {
     return false;
   }
   if (receive_timeout_ms != 0) {
@@ -262,14 +274,17 @@ bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> pa
 }
 
 // Removes what an earlier, abandoned exchange left behind. False when there is no end to it.
-bool KtcClient::DrainStaleInput(ClientBase& transport) {
+bool KtcClient::DrainStaleInput(ClientBase& transport, Reply& reply) {
   std::array<std::uint8_t, kDrainBlock> stale;
   const auto limit = Clock::now() + limits_.longest_noise;
   transport.SetTimeout(kDrainTimeoutMs, kDrainTimeoutMs);
   bool ends = true;
-  while (ends && transport.Receive(stale.data(), static_cast<std::uint32_t>(stale.size()), 0) > 0) {
+  int received = 1;
+  while (ends && received > 0) {
+    received = transport.Receive(stale.data(), static_cast<std::uint32_t>(stale.size()), 0);
     ends = Clock::now() < limit;
   }
+  reply.peer_had_left = received == 0;
   transport.SetTimeout(current_receive_timeout_ms_, current_send_timeout_ms_);
   if (!ends) {
     QUARN_LOG(log_lib::kWarning, "the sensor sends without pause, the request is not sent.");

@@ -14,6 +14,7 @@
 #include <stop_token>
 #include <string>
 #include <thread>
+#include <tl/expected.hpp>
 #include <vector>
 
 #include "libquarn/KtcClient/src/channel_fov.h"
@@ -42,9 +43,9 @@ struct KtcLimits {
 /// `TransferFileByCmdText` throws. Whoever runs an operation keeps the client alive until it returns.
 class KtcClient {
  public:
-  /// What `LastReturnCode` says besides the sensor's own codes (1 to 255; 0 when the wrong command or the
-  /// wrong identifier came back).
-  static constexpr std::int32_t kNoHeader = -2;  ///< the reply's header did not come, or only noise did
+  /// Why an exchange failed, besides the sensor's own codes (1 to 255).
+  static constexpr std::int32_t kOtherReply = -1;  ///< the reply answers another command; 0 in `LastReturnCode`
+  static constexpr std::int32_t kNoHeader = -2;    ///< the reply's header did not come, or only noise did
   /// The reply's payload did not come whole, came too slowly or is too large.
   static constexpr std::int32_t kNoPayload = -3;
   static constexpr std::int32_t kNotSent = -4;  ///< the request did not go out whole
@@ -74,12 +75,12 @@ class KtcClient {
   int QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result, std::uint8_t cmd,
                    bool with_header = false);
 
-  /// The same: nothing on success, else why this exchange failed. `LastReturnCode` may meanwhile tell of
-  /// another thread's. The reply is awaited for `receive_timeout_ms`, or for the client's own time-out when
-  /// that is 0.
-  std::optional<std::int32_t> Query(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result,
-                                    std::uint8_t cmd, bool with_header = false,
-                                    std::uint32_t receive_timeout_ms = 0);
+  /// What an exchange came to: the reply's payload, or why there is none: the sensor's code, or one of those above.
+  using Result = tl::expected<std::vector<std::uint8_t>, std::int32_t>;
+
+  /// One exchange. The reply is awaited for `receive_timeout_ms`, or for the client's own time-out when that is 0.
+  /// `LastReturnCode` may meanwhile be another thread's.
+  Result Query(std::span<const std::uint8_t> payload, std::uint8_t cmd, std::uint32_t receive_timeout_ms = 0);
 
   /// Sends `data` as numbered pieces of 1024 bytes, each answered before the next goes out, with time-outs of
   /// a minute: 0, or -1 at the first piece that fails. The command is the low byte of `code`; `extended`
@@ -138,13 +139,17 @@ class KtcClient {
   std::string LidarIp() const;
   std::shared_ptr<ClientBase> Transport() const;
 
+  tl::expected<void, std::int32_t> Perform(std::span<const std::uint8_t> payload,
+                                           std::vector<std::uint8_t>& result, std::uint8_t cmd,
+                                           bool with_header, std::uint32_t receive_timeout_ms);
+
   // With command_mutex_ held.
-  bool ExchangeWhole(ClientBase& transport, std::span<const std::uint8_t> payload,
+  tl::expected<void, std::int32_t> ExchangeWhole(ClientBase& transport, std::span<const std::uint8_t> payload,
                      std::vector<std::uint8_t>& result, std::uint8_t cmd, bool with_header,
                      std::uint32_t receive_timeout_ms);
   bool Exchange(ClientBase& transport, std::span<const std::uint8_t> payload, std::uint8_t cmd,
                 std::uint32_t receive_timeout_ms, Reply& reply);
-  bool DrainStaleInput(ClientBase& transport);
+  bool DrainStaleInput(ClientBase& transport, Reply& reply);
   bool SendRequest(ClientBase& transport, std::span<const std::uint8_t> frame);
   bool ReadHeader(ClientBase& transport, Reply& reply);
   bool CheckHeader(const Reply& reply, std::uint8_t cmd);

@@ -1,25 +1,19 @@
 #include "libquarn/Platform/src/ipv4.h"
 
-#include <charconv>
-#include <system_error>
+#include <algorithm>
+
+#include "libquarn/Platform/src/byte_text.h"
+
 
 namespace quarn::lidar {
 
 std::optional<Ipv4> ParseIpv4(std::string_view text) {
+  const ByteText read = ReadByteText(text, kIpv4Text);
+  if (!read) return std::nullopt;
   Ipv4 address{};
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  for (std::size_t i = 0; i < address.size(); ++i) {
-    if (i > 0 && (at == end || *at++ != '.')) {
-      return std::nullopt;
-    }
-    const auto [stop, error] = std::from_chars(at, end, address[i]);
-    if (error != std::errc{} || (*at == '0' && stop - at > 1)) {
-      return std::nullopt;
-    }
-    at = stop;
-  }
-  return at == end ? std::optional(address) : std::nullopt;
+  std::copy(read.bytes.begin(), read.bytes.end(), address.begin());
+  // Leading zeros are read as octal elsewhere: such a text must not name another host here.
+  return FormatIpv4(address) == text ? std::optional(address) : std::nullopt;
 }
 
 std::string FormatIpv4(std::span<const std::uint8_t, 4> address) {

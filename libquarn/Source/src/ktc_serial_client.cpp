@@ -35,9 +35,9 @@ int KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint8_t> reques
   }
   std::vector<std::uint8_t> payload(kTunnelPrefix.begin(), kTunnelPrefix.end());
   payload.insert(payload.end(), request.begin(), request.end());
-  std::vector<std::uint8_t> reply;
-  if (const auto failure = client_->Query(payload, reply, kKtcExtensionCmd, false, timeout_ms)) {
-    switch (const std::int32_t code = *failure) {
+  const KtcClient::Result reply = client_->Query(payload, kKtcExtensionCmd, timeout_ms);
+  if (!reply) {
+    switch (const std::int32_t code = reply.error()) {
       case KtcClient::kNotSent:
         return kNotSent;
       case KtcClient::kNoHeader:
@@ -47,12 +47,12 @@ int KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint8_t> reques
         return code > 0 ? code : kWrongReply;
     }
   }
-  if (reply.size() < kTunnelPrefix.size() ||
-      !std::equal(kTunnelPrefix.begin(), kTunnelPrefix.end(), reply.begin())) {
+  if (reply->size() < kTunnelPrefix.size() ||
+      !std::equal(kTunnelPrefix.begin(), kTunnelPrefix.end(), reply->begin())) {
     return kWrongReply;
   }
   const std::span<const std::uint8_t> block =
-      std::span<const std::uint8_t>(reply).subspan(kTunnelPrefix.size());
+      std::span<const std::uint8_t>(*reply).subspan(kTunnelPrefix.size());
   if (!CheckReply(kind, block)) {
     return kWrongReply;
   }

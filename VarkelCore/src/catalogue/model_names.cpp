@@ -1,12 +1,10 @@
-#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/model_names.h"
 
 #include <algorithm>
 #include <cctype>
-#include <exception>
 #include <filesystem>
 #include <system_error>
 #include <tuple>
-#include <utility>
 
 namespace varkel {
 
@@ -55,37 +53,6 @@ bool IsHostModel(const std::string& model_name, const std::string& folder) {
   std::error_code error;
   return model_name == kMarvoKtc &&
          std::filesystem::is_regular_file(folder + "/" + model_name + ".csv", error);
-}
-
-std::string ModelSelection::Select(const std::string& model_name) {
-  const std::string path = std::string(kTableFolder) + "/" + model_name + ".csv";
-  auto loaded = std::make_shared<ConfigParser>(path);
-  std::string fault;
-  try {
-    if (!loaded->ExtractConfigInfo()) fault = "the file can't be opened";
-  } catch (const std::exception& error) {
-    fault = error.what();
-    const std::string row = loaded->RowBeingRead();
-    if (!row.empty()) fault += " (" + row + ")";
-  }
-  if (!fault.empty()) {
-    loaded = std::make_shared<ConfigParser>(std::string());
-    fault = "Can't load the model table " + path + ": " + fault;
-  }
-  const std::lock_guard lock(mutex_);
-  catalogue_ = std::move(loaded);
-  model_name_ = model_name;
-  return fault;
-}
-
-ModelSelection::Catalogue ModelSelection::catalogue() const {
-  const std::lock_guard lock(mutex_);
-  return catalogue_;
-}
-
-std::string ModelSelection::model_name() const {
-  const std::lock_guard lock(mutex_);
-  return model_name_;
 }
 
 }  // namespace varkel

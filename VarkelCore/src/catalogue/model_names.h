@@ -1,11 +1,7 @@
 #pragma once
 
-#include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
-
-#include "VarkelCore/src/catalogue/config_parser.h"
 
 namespace varkel {
 
@@ -28,24 +24,5 @@ std::vector<std::string> ListModels(const std::string& folder = kTableFolder);
 
 /// Whether it is the model that only a host program selects, and its table exists.
 bool IsHostModel(const std::string& model_name, const std::string& folder = kTableFolder);
-
-/// The selected model and its catalogue. Thread-safe; whoever took the catalogue keeps it alive.
-class ModelSelection {
- public:
-  using Catalogue = std::shared_ptr<ConfigParser>;
-
-  /// Loads the model's table and publishes it. When that fails an empty catalogue is published, and the
-  /// result says file, fault and, where there is one, the variable; it is empty on success.
-  std::string Select(const std::string& model_name);
-
-  /// Null until the first selection.
-  Catalogue catalogue() const;
-  std::string model_name() const;
-
- private:
-  mutable std::mutex mutex_;
-  Catalogue catalogue_;
-  std::string model_name_;
-};
 
 }  // namespace varkel
