@@ -5,9 +5,9 @@
 
 #include <stop_token>
 
-#include "VarkelCore/src/upgrade/marvo_upgrade.h"
 #include "VarkelCore/src/catalogue/model_selection.h"
 #include "VarkelCore/src/small_sensor/small_sensor_info.h"
+#include "VarkelCore/src/upgrade/marvo_upgrade.h"
 #include "fuzz/input.h"
 #include "tests/core/small_sensor_bench.h"
 

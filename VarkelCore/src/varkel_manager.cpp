@@ -10,11 +10,11 @@
 #include <vector>
 
 #include "VarkelCore/src/background_calls.h"
-#include "VarkelCore/src/controller_parts.h"
-#include "VarkelCore/src/upgrade/marvo_package.h"
 #include "VarkelCore/src/catalogue/named_command.h"
-#include "VarkelCore/src/pages/page_description.h"
 #include "VarkelCore/src/catalogue/table_check.h"
+#include "VarkelCore/src/controller_parts.h"
+#include "VarkelCore/src/pages/page_description.h"
+#include "VarkelCore/src/upgrade/marvo_package.h"
 #include "libquarn/Platform/src/text_number.h"
 
 using varkel::VarInfo;

@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "VarkelCore/src/pages/page_reader.h"
-#include "VarkelCore/src/values/value_text.h"
 #include "VarkelCore/src/pages/variable_map_cache.h"
+#include "VarkelCore/src/values/value_text.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "VarkelCore/src/catalogue/config_parser.h"
+#include "VarkelCore/src/tasks/user_report.h"
 #include "VarkelCore/src/values/fov_table.h"
 #include "VarkelCore/src/values/pending_edits.h"
-#include "VarkelCore/src/tasks/user_report.h"
 #include "libquarn/KtcClient/src/ktc_client.h"
 
 namespace varkel {

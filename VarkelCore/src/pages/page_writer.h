@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "VarkelCore/src/catalogue/config_parser.h"
-#include "VarkelCore/src/values/fov_table.h"
 #include "VarkelCore/src/pages/page_reader.h"
-#include "VarkelCore/src/values/pending_edits.h"
 #include "VarkelCore/src/tasks/user_report.h"
+#include "VarkelCore/src/values/fov_table.h"
+#include "VarkelCore/src/values/pending_edits.h"
 #include "libquarn/KtcClient/src/ktc_client.h"
 
 namespace varkel {

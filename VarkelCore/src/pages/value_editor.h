@@ -3,9 +3,9 @@
 #include <string>
 
 #include "VarkelCore/src/catalogue/config_parser.h"
+#include "VarkelCore/src/tasks/user_report.h"
 #include "VarkelCore/src/values/fov_table.h"
 #include "VarkelCore/src/values/pending_edits.h"
-#include "VarkelCore/src/tasks/user_report.h"
 
 namespace varkel {
 

@@ -8,8 +8,8 @@
 #include <optional>
 #include <string_view>
 
-#include "VarkelCore/src/small_sensor/ktc_destination.h"
 #include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/small_sensor/ktc_destination.h"
 #include "VarkelCore/src/tasks/whole_file.h"
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Source/src/ktc_serial_client.h"

@@ -7,8 +7,8 @@
 #include <optional>
 #include <span>
 
-#include "VarkelCore/src/small_sensor/ktc_destination.h"
 #include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/small_sensor/ktc_destination.h"
 #include "VarkelCore/src/tasks/worker_threads.h"
 #include "libquarn/Source/src/sensor_requests.h"
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "VarkelCore/src/upgrade/serial_upgrade.h"
 #include "VarkelCore/src/tasks/user_report.h"
+#include "VarkelCore/src/upgrade/serial_upgrade.h"
 #include "libquarn/KtcClient/src/ktc_client.h"
 
 namespace varkel {

@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "VarkelCore/src/upgrade/marvo_package.h"
-#include "VarkelCore/src/upgrade/serial_upgrade.h"
 #include "VarkelCore/src/session/small_sensor_link.h"
 #include "VarkelCore/src/tasks/user_report.h"
+#include "VarkelCore/src/upgrade/marvo_package.h"
+#include "VarkelCore/src/upgrade/serial_upgrade.h"
 
 namespace varkel {
 
