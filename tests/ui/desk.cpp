@@ -47,7 +47,6 @@ Desk::Desk(const QString& start_model)
   window->show();
   view_ = window->view();
   root = window->view()->rootObject();
-  view_->requestActivate();
   if (!QTest::qWaitForWindowActive(&view())) qFatal("the window does not open");
   WaitFor([this] { return root->property("complete").toBool(); }, "the window stays empty");
 }
