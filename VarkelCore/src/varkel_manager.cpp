@@ -119,11 +119,10 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
       creation_flag(flag),
       config_file_path(std::move(path)),
       settings(settings_file.Load(&settings_fault)),
-      report(events, {[this](const QString& text, const QString& type) {
-                        emit manager.sendLogMessage(text, type);
-                      },
-                      [this](const QString& text) { manager.setErrorMsg(text); },
-                      [this](const QString& text) { manager.setSuccessMsg(text); }}),
+      report(events,
+             {[this](const QString& text, const QString& type) { emit manager.sendLogMessage(text, type); },
+              [this](const QString& text) { manager.setErrorMsg(text); },
+              [this](const QString& text) { manager.setSuccessMsg(text); }}),
       activity({Emit(&VarkelManager::isUpgradingChanged), Emit(&VarkelManager::isDownloadLogChanged)}),
       background(workers, events, [this] { emit manager.isWorkingChanged(); }),
       reader({report, Emit(&VarkelManager::fovConfigChanged)}),
@@ -131,7 +130,7 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
       page_reads(
           workers,
           [this](int module, const std::function<bool()>& replaced) {
-            if (reading.ReadPage(module, replaced)) Emit(&VarkelManager::myMapChanged)();
+            if (reading.ReadPage(module, replaced)) Emit (&VarkelManager::myMapChanged)();
           },
           [this](int module) {
             events.Post([this, module] {
@@ -159,7 +158,8 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
                  return RestartSensor(catalogue, session, report);
                },
                [this](const auto& session) { Disconnect(session); }}),
-      small_sensor(report, activity, [this] { return connection.session(); }, connect_type),
+      small_sensor(
+          report, activity, [this] { return connection.session(); }, connect_type),
       small_sensor_functions(small_sensor, background),
       small_sensor_info(
           report, activity,
@@ -167,15 +167,15 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
       connector(connection, workers, {report, log_bytes, activity},
                 {{kPageRefreshPeriod,
                   [this](SensorSession& session, const std::stop_token& stop) {
-                    if (reading.RefreshShownPage(session, stop)) Emit(&VarkelManager::myTimerMapChanged)();
+                    if (reading.RefreshShownPage(session, stop)) Emit (&VarkelManager::myTimerMapChanged)();
                   }},
                  {SmallSensorInfo::kPeriod,
                   [this](SensorSession& session, const std::stop_token& stop) {
                     small_sensor_info.Round(session, stop);
                   }}},
                 {[this] {
-                   Emit(&VarkelManager::myMapChanged)();
-                   Emit(&VarkelManager::isConnectedChanged)();
+                   Emit (&VarkelManager::myMapChanged)();
+                   Emit (&VarkelManager::isConnectedChanged)();
                  },
                  Emit(&VarkelManager::isConnectedChanged)}) {}
 
@@ -545,11 +545,9 @@ void VarkelManager::SendCommand(const QString& cmd_qs, const QString& payload_qs
   d_->console.Send(cmd_qs.toStdString(), payload_qs.toStdString());
 }
 void VarkelManager::SendCommandInBackground(const QString& cmd_qs, const QString& payload_qs) {
-  d_->background.Start(
-      [this, command = cmd_qs.toStdString(), payload = payload_qs.toStdString()] {
-        d_->console.Send(command, payload);
-      },
-      [] {});
+  d_->background.Start([this, command = cmd_qs.toStdString(),
+                        payload = payload_qs.toStdString()] { d_->console.Send(command, payload); },
+                       [] {});
 }
 
 // Restart, reset, logs

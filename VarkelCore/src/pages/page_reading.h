@@ -22,8 +22,8 @@ class PageReading {
   /// The page whose live variables RefreshShownPage reads.
   void set_shown_module(int module) { shown_module_ = module; }
 
-  /// Reads a page, but no more of a silent sensor's once `replaced` answers true. False, and nothing read, without a
-  /// network sensor's session, beside an upgrade or a download, or when there is no such page.
+  /// Reads a page, but no more of a silent sensor's once `replaced` answers true. False, and nothing read,
+  /// without a network sensor's session, beside an upgrade or a download, or when there is no such page.
   bool ReadPage(int module, const std::function<bool()>& replaced) const;
 
   /// One round of a session: reads the live variables of the shown page. True when there were any.

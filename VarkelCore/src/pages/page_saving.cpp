@@ -5,7 +5,8 @@ namespace varkel {
 std::optional<PageSaving::Save> PageSaving::Prepare(int module) const {
   Save save{models_.model(), connection_.session(), module};
   if (!save.model || !MayWrite(save.session)) return std::nullopt;
-  const bool is_page = module >= 0 && static_cast<std::size_t>(module) < save.model->catalogue->module_vars().size();
+  const bool is_page =
+      module >= 0 && static_cast<std::size_t>(module) < save.model->catalogue->module_vars().size();
   return is_page ? std::optional(std::move(save)) : std::nullopt;
 }
 

@@ -23,8 +23,8 @@ class PageSaving {
     int module = 0;
   };
 
-  /// What saving the page takes; nullopt when it can't be saved now. Refusals are reported, but not that there is no
-  /// such page.
+  /// What saving the page takes; nullopt when it can't be saved now. Refusals are reported, but not that
+  /// there is no such page.
   std::optional<Save> Prepare(int module) const;
   /// Saves it on the calling thread; every outcome is reported.
   void Run(const Save& save) const;
