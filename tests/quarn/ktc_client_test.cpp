@@ -176,16 +176,15 @@ TEST(QueryCommand, EndsWhatIsTooSlowOrTooLargeOrCannotBeKept) {
     const auto client = MakeClient(peer.port(), 1, 20000, 5, "127.0.0.1", 0, c.limits);
     ASSERT_TRUE(test::Eventually([&] { return client->IsOpen(); }));
     const test::LogLines log;
-    Bytes result;
-    EXPECT_EQ(client->Query({}, result, 0x31), c.line.empty() ? std::nullopt : std::optional(-3));
-    EXPECT_EQ(result.size(), c.line.empty() ? c.sent : 0);
+    const KtcClient::Result reply = client->Query({}, 0x31);
+    EXPECT_EQ(reply ? 0 : reply.error(), c.line.empty() ? 0 : KtcClient::kNoPayload);
+    EXPECT_EQ(reply ? reply->size() : 0, c.line.empty() ? c.sent : 0);
     EXPECT_EQ(log.Has("4 the sensor's reply " + c.line), !c.line.empty());
   }
   FakePeer peer(1, FakePeer::Echo);
   const auto client = Connect(peer);
   client->SetLogCallback([](const std::string&) { throw std::bad_alloc(); });
-  Bytes result;
-  EXPECT_EQ(client->Query({}, result, 0x31), KtcClient::kNoPayload);
+  EXPECT_EQ(client->Query({}, 0x31).error(), KtcClient::kNoPayload);
 }
 
 TEST(QueryCommand, ThreadsNeverMix) {

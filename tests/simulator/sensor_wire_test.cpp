@@ -61,7 +61,7 @@ TEST(SimulatedSensor, RefusesClampsAndDrops) {
   sensor.Start();
   auto client = Connect(sensor, 1);
   Bytes reply;
-  EXPECT_EQ(client->Query(Bytes{9, 9}, reply, 0x41), 7);
+  EXPECT_EQ(client->Query(Bytes{9, 9}, 0x41).error(), 7);
   EXPECT_EQ(sensor.ValueText("Port"), "258");
   EXPECT_EQ(client->QueryCommand(Bytes{9, 9}, reply, 0x41), 0);
   EXPECT_EQ(sensor.ValueText("Port"), "300");
