@@ -18,7 +18,7 @@ constexpr long kResidentAllowanceKib = 4096;
 void Measure(Bench& bench, const std::string& name, int count, const std::function<bool()>& step) {
   const auto step_and_forget = [&] {
     const bool done = step();
-    bench.sensor->ClearReceived();  // what was written down for the test itself is no growth of the tool
+    bench.sensor->ClearReceived();  // what was recorded by the bench itself is no growth of the tool
     for (QStringList* texts : {&bench.errors, &bench.successes, &bench.log}) texts->clear();
     return done;
   };
