@@ -45,7 +45,7 @@ void Console(const std::string& command, const std::string& payload, Bytes reply
   if (outcome != Outcome::kSent) {
     Require(bench.queries == (outcome == Outcome::kRefused ? 0 : 1) && bench.report.Take().size() == 1 &&
                 bench.console.history().empty() && bench.console.return_header().empty(),
-            "a text that is refused or fails is told once and shows nothing");
+            "a text that is refused or fails is reported once and shows nothing");
     return;
   }
   Require(reply.size() >= 8, "a reply has a header");

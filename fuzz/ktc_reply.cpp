@@ -1,7 +1,7 @@
 // The KTC reply path as the client reads it: any bytes in any split, silences and broken lines in between.
 //
 // Input: options, command, then what the transport delivers: 0 a silence, 255 a broken line, any other
-// number a block of so many bytes. A silence ends what stood in the line ahead of the request.
+// number a block of so many bytes. A silence ends what was in the line before the request.
 #include <atomic>
 #include <utility>
 

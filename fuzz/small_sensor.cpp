@@ -62,12 +62,12 @@ void Functions(Bench& bench, const std::string& answer) {
   bench.report.Take();
   const auto safety = sensor.GetLidarFunctionSafety();
   Require(safety.empty() == told() && std::all_of(safety.begin(), safety.end(), IsPlain),
-          "safety shows as plain text or is told");
+          "safety shows as plain text or is reported");
   Require(sensor.GetCorrection("/no such folder/correction") != 0 && told(),
-          "a file that can't be written is told");
-  Require(sensor.GetBaudRate().empty() == told(), "a failure is told");
+          "a file that can't be written is reported");
+  Require(sensor.GetBaudRate().empty() == told(), "a failure is reported");
   const auto destination = sensor.GetDestinationConfig(false);
-  Require(destination.empty() == told(), "a failure is told");
+  Require(destination.empty() == told(), "a failure is reported");
   Require(
       destination.empty() || sensor.SetDestinationIPandPort(destination.at(0), std::stoi(destination.at(1))),
       "a destination that was read can be set");

@@ -92,25 +92,17 @@ TEST(SocketSource, SendsOnceItKnowsWhereAndClosesWhenASendFails) {
   SocketSource first(ports[0], kLoopback, "");
   SocketSource second(ports[1], kLoopback, "");
   const Bytes bytes(65535, 42);  // larger than a datagram
-  const std::string port = std::to_string(ports[0]);
-  const test::LogLines log;
-  EXPECT_FALSE(first.IsOpened());
-  EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1);
-  EXPECT_EQ(log.All(), (Lines{"4 SocketSource::IsOpened(), port " + port + ", sock -1 is not open",
-                              "8 SocketSource::Send, port " + port + ", sock -1 is not open"}));
+  EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1) << "closed";
   ASSERT_TRUE(first.Open() && second.Open());
   EXPECT_TRUE(first.SetClient(kLoopback, ports[1]));
   EXPECT_FALSE(first.SetClient("sensor", ports[1]));
-  EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1);
-  EXPECT_EQ(log.All().back(), "8 SocketSource::Send, client ip is empty");
+  EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1) << "a bad address leaves no destination";
   EXPECT_TRUE(first.SetClient(kLoopback, ports[1]));
   EXPECT_EQ(first.Send(bytes.data(), 1, 0), 1);
   UdpPacket packet;
   EXPECT_EQ(Next(second, packet), Bytes{42});
   EXPECT_EQ(packet.sender_port, ports[0]);
-
   EXPECT_EQ(first.Send(bytes.data(), 65535, 0), -1);
-  EXPECT_TRUE(log.All().rbegin()[1].starts_with("8 SocketSource::Send, errno:")) << log.All().rbegin()[1];
   EXPECT_FALSE(first.IsOpened());
   EXPECT_EQ(first.Receive(packet, kMaxPacketSize, 0, 0), -1);
   EXPECT_TRUE(first.IsOpened()) << "a receive opens again";
@@ -163,21 +155,24 @@ TEST(SocketSource, ReceivesItsGroupAndNoOther) {
   EXPECT_TRUE(IsIdle(other));
 }
 
+// The datagrams of a burst wait in the buffer that the system granted: one and a half times the usual one
+// here.
 TEST(SocketSource, ReceiveBufferTakesABurst) {
   const std::uint16_t port = FreePort();
   const test::LogLines log;
   SocketSource source(port, kLoopback, "");
   ASSERT_TRUE(source.Open());
-  const std::string granted = log.All().front();
-  ASSERT_TRUE(granted.starts_with("2 OS current udp socket recv buff size is: ")) << granted;
-  const bool large = std::stol(granted.substr(granted.rfind(' '))) >= 4'000'000;
+  const std::string line = log.All().front();
+  ASSERT_TRUE(line.starts_with("2 OS current udp socket recv buff size is: ")) << line;
+  constexpr int kDatagramMemory = 2304;  // what a system keeps for 1400 bytes
+  const int fits = static_cast<int>(std::stol(line.substr(line.rfind(' '))) * 7 / 10 / kDatagramMemory);
   Sender sender(kLoopback, port);
-  for (const bool least : {false, true}) {  // the system's least, which is far less than the burst
+  for (const bool least : {false, true}) {
     if (least) source.SetReceiveBufferSize(1);
-    for (int i = 0; i < 500; ++i) EXPECT_EQ(sender.Send(Bytes(1400)), 1400);
+    for (int i = 0; i < fits; ++i) EXPECT_EQ(sender.Send(Bytes(1400)), 1400);
     int received = 0;
     for (UdpPacket packet; source.Receive(packet, kMaxPacketSize, 0, 0) > 0;) ++received;
-    EXPECT_TRUE(least ? received < 500 : received == 500 || !large) << received;
+    EXPECT_EQ(received == fits, !least) << received << " of " << fits;
   }
 }
 

@@ -24,5 +24,5 @@ struct Figures {
 /// How long this thread has waited for a core since it began: that is the machine's doing, not the tool's.
 double WaitedForCoreMs();
 
-/// A count from the environment, or the small one of an ordinary test run.
+/// A count from the environment, or the given one.
 int CountOf(const char* variable, int otherwise);

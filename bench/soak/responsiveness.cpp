@@ -6,8 +6,8 @@
 #include <QTimer>
 #include <iostream>
 
-#include "tests/endurance/figures.h"
-#include "tests/endurance/operations.h"
+#include "bench/soak/figures.h"
+#include "bench/soak/operations.h"
 #include "tests/support/silent_address.h"
 #include "tests/ui/desk.h"
 
@@ -144,4 +144,4 @@ const RegisterTest<ResponsivenessTest> registration;
 
 }  // namespace
 
-#include "responsiveness_test.moc"
+#include "responsiveness.moc"

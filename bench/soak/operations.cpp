@@ -1,4 +1,4 @@
-#include "tests/endurance/operations.h"
+#include "bench/soak/operations.h"
 
 std::vector<Operation> OperationsOf(const QString& model, const QString& folder) {
   const auto in_folder = [folder](const char* name) { return QUrl::fromLocalFile(folder + '/' + name); };

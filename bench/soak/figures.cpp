@@ -1,4 +1,4 @@
-#include "tests/endurance/figures.h"
+#include "bench/soak/figures.h"
 
 #include <malloc.h>
 #include <unistd.h>

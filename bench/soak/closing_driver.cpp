@@ -5,8 +5,8 @@
 #include <iostream>
 
 #include "app/src/main_window.h"
-#include "tests/endurance/figures.h"
-#include "tests/endurance/operations.h"
+#include "bench/soak/figures.h"
+#include "bench/soak/operations.h"
 
 // Arguments: model, the two places of its sensor (address and port, or two lines), operation or "connect",
 // milliseconds until the ending, the ending, milliseconds until the closing, a folder for files.

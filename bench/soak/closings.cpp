@@ -9,13 +9,12 @@
 #include <future>
 #include <iostream>
 
-#include "VarkelCore/src/session/lidar_connection.h"
+#include "bench/soak/figures.h"
+#include "bench/soak/operations.h"
 #include "simulator/src/simulated_sensor.h"
 #include "simulator/src/simulated_small_sensor.h"
 #include "tests/core/marvo_sample.h"
 #include "tests/core/small_sensor_bench.h"
-#include "tests/endurance/figures.h"
-#include "tests/endurance/operations.h"
 #include "tests/support/qt_test.h"
 
 namespace {
@@ -187,4 +186,4 @@ void ClosingsTest::CloseOne(int number) {
 
 }  // namespace
 
-#include "closings_test.moc"
+#include "closings.moc"
