@@ -14,6 +14,7 @@
 #include <thread>
 #include <utility>
 
+#include "VarkelCore/src/session/exchange.h"
 #include "VarkelCore/src/session/ktc_connect.h"
 #include "libquarn/Source/src/ktc_serial_client.h"
 #include "libquarn/Source/src/sensor_requests.h"
