@@ -14,7 +14,7 @@
 #include "VarkelCore/src/pages/page_reader.h"
 #include "VarkelCore/src/pages/page_writer.h"
 #include "VarkelCore/src/pages/range_check.h"
-#include "VarkelCore/src/catalogue/table_check.h"
+#include "VarkelCore/src/catalogue/table_lint.h"
 #include "VarkelCore/src/pages/value_editor.h"
 #include "fuzz/input.h"
 #include "fuzz/scripted_transport.h"
@@ -62,7 +62,6 @@ void Describe(const ConfigParser& catalogue, const varkel::PendingEdits& edits) 
   }
   Require(VariableMaps(catalogue, edits).size() == pages.size(), "each page has its variables");
   DownloadableLogs(catalogue);
-  CheckSetPayloads(catalogue);
 }
 
 void ReadAndSave(ConfigParser& catalogue, Bytes answer) {
@@ -105,10 +104,12 @@ void Load(const std::string& table, Bytes answer) {
       ftruncate(file, 0) == 0 && std::cmp_equal(pwrite(file, table.data(), table.size(), 0), table.size()),
       "the memory file takes the table");
   ConfigParser catalogue("/proc/self/fd/" + std::to_string(file));
+  const auto findings = varkel::LintTable(catalogue.path());
   try {
     Require(catalogue.ExtractConfigInfo(), "the file is open");
   } catch (const std::exception&) {
     catalogue.RowBeingRead();
+    Require(!findings.empty(), "a table that does not load has a fault");
     return;
   }
   CheckCatalogue(catalogue);

@@ -11,7 +11,7 @@
 
 #include "VarkelCore/src/background_calls.h"
 #include "VarkelCore/src/catalogue/named_command.h"
-#include "VarkelCore/src/catalogue/table_check.h"
+#include "VarkelCore/src/catalogue/table_lint.h"
 #include "VarkelCore/src/controller_parts.h"
 #include "VarkelCore/src/pages/page_description.h"
 #include "VarkelCore/src/upgrade/marvo_package.h"
@@ -157,9 +157,10 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   emit lidarModelChanged();
   emit lidarShowModel();
   const auto catalogue = d_->selection.catalogue();
-  std::vector<std::string> warnings = varkel::CheckSetPayloads(*catalogue);
-  for (std::string& finding : warnings) {
-    finding.insert(0, "The model table of " + model + " puts fields at wrong places: ");
+  std::vector<std::string> warnings;
+  for (const varkel::TableFinding& finding : varkel::LintTable(catalogue->path())) {
+    if (!finding.misplaces_written_field) continue;
+    warnings.push_back("The model table of " + model + " puts fields at wrong places: " + finding.text);
   }
   for (const std::string& warning : catalogue->load_warnings()) {
     warnings.push_back("The model table of " + model + ": " + warning);
