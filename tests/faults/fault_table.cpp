@@ -36,7 +36,7 @@ int CodeOf(Way way, const Fault& fault) {
   static const std::map<std::string, std::array<int, 9>> codes = {
       {"noise", {kFine, kFine, kFine, -2, -2, kFine, kFine, -2, kFine}},
       {"late", {-2, -2, -3, -3, -3, -2, kUnknown, kUnknown, kUnknown}},
-      {"wrong-echo", {0, -1, -2, -2, -2, -2, -2, -2, -2}},
+      {"wrong-echo", {-1, -1, -2, -2, -2, -2, -2, -2, -2}},
       {"error", {7, 7, 7, 7, -2, -2, 7, 7, 7}},
       {"more", {-3, -3, -3, -2, -2, -2, -3, -2, -2}},
       {"less", {kFine, kFine, -2, -2, -2, -2, -2, -2, -2}},
@@ -56,7 +56,7 @@ int CodeAt(const Fault& fault, std::size_t index) {
   if (index == fault.at) return CodeOf(kQuery, fault);
   const bool next = index == fault.at + 1;
   if (fault.kind == "close") return next ? -2 : -4;
-  return fault.kind == "late" && next ? 0 : kFine;  // the late reply is taken for the next one's
+  return fault.kind == "late" && next ? -1 : kFine;  // the late reply is taken for the next one's
 }
 
 bool IsFineTo(const Fault& fault, std::size_t last) {
@@ -207,6 +207,12 @@ Operation Restart(bool reset) {
   return op;
 }
 
+/// What the log says of a download's query.
+Lines WithCode(const std::string& query, int code) {
+  if (code == kFine || code == kUnknown) return {};
+  return {"ERROR " + query + ": the query failed with code " + std::to_string(code) + '.'};
+}
+
 std::string WholeFile(Bench& bench, bool success) {
   return Must(bench.files() == (success ? 1U : 0U), "a file that is not whole, or none");
 }
@@ -217,6 +223,11 @@ Operation Download(const std::string& log) {
   };
   Operation op = Simple("download " + log, "Quenta", start, kQuery, log + " download successful.",
                         log + " download failed. return code: -1");
+  op.expected = [expected = op.expected, log](const Fault& fault) {
+    Lines lines = expected(fault);
+    for (const std::string& line : WithCode(log, CodeOf(kQuery, fault))) lines.push_back(line);
+    return lines;
+  };
   op.check = WholeFile;
   return op;
 }
@@ -226,7 +237,13 @@ Operation OperationLog() {
   op.start = [](auto& bench) { bench.manager->DownloadOperationLog(bench.File("log.tar")); };
   op.expected = [](const Fault& fault) {
     const bool fine = IsFineTo(fault, fault.steps.size());
-    return Told(fine ? kFine : -1, "Operation log download successful.", "Operation log download failed.");
+    Lines lines =
+        Told(fine ? kFine : -1, "Operation log download successful.", "Operation log download failed.");
+    for (std::size_t part = 1; part <= fault.steps.size(); ++part) {
+      const Lines code = WithCode("Operation log part " + std::to_string(part), CodeAt(fault, part));
+      lines.insert(lines.end(), code.begin(), code.end());
+    }
+    return lines;
   };
   op.alone = true;
   op.check = WholeFile;
