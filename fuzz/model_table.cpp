@@ -10,11 +10,11 @@
 #include <string_view>
 #include <utility>
 
+#include "VarkelCore/src/catalogue/table_lint.h"
 #include "VarkelCore/src/pages/page_description.h"
 #include "VarkelCore/src/pages/page_reader.h"
 #include "VarkelCore/src/pages/page_writer.h"
 #include "VarkelCore/src/pages/range_check.h"
-#include "VarkelCore/src/catalogue/table_lint.h"
 #include "VarkelCore/src/pages/value_editor.h"
 #include "fuzz/input.h"
 #include "fuzz/scripted_transport.h"

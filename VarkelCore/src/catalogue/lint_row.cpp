@@ -59,8 +59,9 @@ class RowLint {
       : row_(row), pages_(pages), report_(report) {}
 
   void Run() {
-    for (const char* column : {"Index", "SetIndex", "Permission", "VarLen", "TimerUpdate"})
+    for (const char* column : {"Index", "SetIndex", "Permission", "VarLen", "TimerUpdate"}) {
       CheckInteger(column);
+    }
     for (const char* column : {"Get", "Set"}) CheckCommand(column);
     for (const char* column : {"Coefficient", "SetCoefficient"}) CheckCoefficient(column);
     CheckType();
@@ -85,8 +86,9 @@ class RowLint {
     if (cell.empty() || (TakesWholePayload() && column == std::string_view("VarLen"))) return;
     try {
       IntCell(cell, 0);
-      if (!IsWholeNumber(cell))
+      if (!IsWholeNumber(cell)) {
         Warning(column, Quoted(cell) + " is a number only at its beginning; drop the rest.");
+      }
     } catch (const std::exception&) {
       Error(column, Quoted(cell) + " is no whole number of 32 bits; write one.");
     }
@@ -131,10 +133,11 @@ class RowLint {
     const auto length = Length();
     if (!length || TakesWholePayload() || (type->min_size <= *length && *length <= type->max_size)) return;
     std::string sizes = std::to_string(type->min_size);
-    if (type->max_size == kAnySize)
+    if (type->max_size == kAnySize) {
       sizes += " or more";
-    else if (type->max_size != type->min_size)
+    } else if (type->max_size != type->min_size) {
       sizes += " to " + std::to_string(type->max_size);
+    }
     const std::string text = row_.Name() + ": " + row_["VarType"] + " takes " + sizes +
                              " bytes, but VarLen is " + std::to_string(*length) +
                              "; correct the one or the other.";

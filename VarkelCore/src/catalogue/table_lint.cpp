@@ -95,7 +95,7 @@ void CheckDuplicates(const Rows& rows, LintReport& report) {
 }
 
 /// The fields of one command lie one after the other in the order of their indexes.
-void CheckOrder(const std::string& command, std::vector<const LintRow*> fields, bool writes,
+void CheckOrder(const std::string& command, const std::vector<const LintRow*>& fields, bool writes,
                 LintReport& report) {
   const char* const column = writes ? "SetIndex" : "Index";
   std::vector<std::pair<std::int64_t, const LintRow*>> order;
@@ -138,8 +138,9 @@ void CheckCommands(const Rows& rows, LintReport& report) {
   for (const bool writes : {false, true}) {
     std::map<std::string, std::vector<const LintRow*>> commands;
     for (const LintRow& row : rows) {
-      if (const std::string& command = row[writes ? "Set" : "Get"]; !command.empty())
+      if (const std::string& command = row[writes ? "Set" : "Get"]; !command.empty()) {
         commands[command].push_back(&row);
+      }
     }
     for (const auto& [command, fields] : commands) {
       CheckOrder(command, fields, writes, report);
@@ -172,8 +173,9 @@ class TableReader {
  private:
   void Take(const CsvRow& csv) {
     LintRow row{csv.line(), {}};
-    for (std::size_t i = 0; i < table_.header().size(); ++i)
+    for (std::size_t i = 0; i < table_.header().size(); ++i) {
       row.cells.try_emplace(table_.header()[i], csv.Cell(i));
+    }
     if (row["GroupID"].empty() || row["Index"].empty()) {
       report_.Warning(row.line, row["GroupID"].empty() ? "GroupID" : "Index",
                       "The row is skipped: GroupID or Index is empty; fill both in.");
