@@ -9,6 +9,7 @@
 #include <iostream>
 #include <thread>
 
+#include "VarkelCore/src/session/exchange.h"
 #include "VarkelCore/src/session/ktc_connect.h"
 #include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/Source/src/ktc_serial_client.h"
