@@ -217,6 +217,34 @@ bool VarkelManager::Private::CanWrite(int module) const {
   return catalogue && module >= 0 && static_cast<std::size_t>(module) < catalogue->module_vars().size();
 }
 
+void VarkelManager::Private::ShowChanges() {
+  const auto model = selection.model();
+  if (!model) return;
+  const auto changes = model->values.TakeChanges();
+  for (const auto& [module, rows] : page_models) rows->ShowChanges(changes);
+}
+
+void VarkelManager::Private::Refuse(const VarInfo& var, const std::string& verdict) {
+  events.Post([this, model = selection.model(), &var, verdict = Text(verdict)] {
+    emit face->someVarOutOfRange(Text(var.var_name));
+    if (model != selection.model()) return;
+    for (const auto& [module, rows] : page_models) rows->SetVerdict(var, verdict);
+  });
+}
+
+varkel::PageModel* VarkelManager::Private::PageModelOf(int module) {
+  if (!CanWrite(module)) return nullptr;
+  varkel::PageModel*& rows = page_models[module];
+  // A parent keeps QML from deleting it.
+  if (rows == nullptr) rows = new varkel::PageModel(selection.model(), module, face);
+  return rows;
+}
+
+void VarkelManager::Private::DropPageModels() {
+  for (const auto& [module, rows] : page_models) rows->deleteLater();
+  page_models.clear();
+}
+
 void VarkelManager::Private::Write(quarn::lidar::KtcClient& client, int module) {
   writer.Run(*selection.model(), client, module);
   Emit(&VarkelManager::editsChanged);

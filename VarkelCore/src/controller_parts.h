@@ -4,6 +4,7 @@
 #include <QString>
 #include <atomic>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -14,6 +15,7 @@
 #include "VarkelCore/src/actions/log_download.h"
 #include "VarkelCore/src/catalogue/model_names.h"
 #include "VarkelCore/src/pages/page_check.h"
+#include "VarkelCore/src/pages/page_model.h"
 #include "VarkelCore/src/pages/page_read_queue.h"
 #include "VarkelCore/src/pages/page_reader.h"
 #include "VarkelCore/src/pages/page_writer.h"
@@ -58,6 +60,13 @@ struct VarkelManager::Private : varkel::UserReport {
   /// The client for saving; a refusal is reported.
   std::shared_ptr<quarn::lidar::KtcClient> ClientForWriting();
   bool CanWrite(int module) const;
+  /// Hands what the values' events touched to the rows. The user interface's thread only.
+  void ShowChanges();
+  /// The page check does not pass a variable: the row and whoever listens learn why.
+  void Refuse(const varkel::VarInfo& var, const std::string& verdict);
+  varkel::PageModel* PageModelOf(int module);
+  /// The rows of the model before; they go once the events that may use them have run.
+  void DropPageModels();
   void Write(quarn::lidar::KtcClient& client, int module);
   void Send(const std::string& command, const std::string& payload);
   void FetchOperationLog(quarn::lidar::KtcClient& client, const varkel::ConfigParser& catalogue,
@@ -95,12 +104,14 @@ struct VarkelManager::Private : varkel::UserReport {
   QString error_message;
   QString success_message;
   std::string vm_now_name;
+  std::map<int, varkel::PageModel*>
+      page_models;  ///< the selected model's, made when asked for; face's children
 
   // Shared with workers: atomics and classes that guard themselves.
   std::atomic<int> module_index_use = 0;
   std::atomic<int> connect_type = varkel::kNetwork;
   std::atomic<bool> downloading_log = false;
-  varkel::ModelSelection selection;
+  varkel::ModelSelection selection{[this] { events.Post([this] { ShowChanges(); }); }};
   varkel::EventQueue events;
   varkel::LidarConnection connection;
   varkel::SerialConnection serial;
@@ -116,9 +127,7 @@ struct VarkelManager::Private : varkel::UserReport {
   const varkel::ValueEditor editor{*this};
   const varkel::PageWriter writer{{reader, *this}};
   const varkel::PageCheck page_check{
-      {*this, [this](const std::string& var_name) {
-         events.Post([this, name = QString::fromStdString(var_name)] { emit face->someVarOutOfRange(name); });
-       }}};
+      {*this, [this](const varkel::VarInfo& var, const std::string& verdict) { Refuse(var, verdict); }}};
   varkel::CommandConsole console{*this};
   const varkel::LogDownload logs{*this, [this](bool running) { SetDownloading(running); }};
   varkel::FirmwareUpgrade upgrade{

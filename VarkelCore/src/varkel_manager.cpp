@@ -149,6 +149,7 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   const std::string model = model_name.toStdString();
   d_->connect_type = varkel::ConnectTypeOf(model);
   const std::string fault = d_->selection.Select(model);
+  d_->DropPageModels();
   d_->info.SetModel(model);
   emit zeltoLidarInfoChanged();
   emit connectTypeChanged();
@@ -441,6 +442,10 @@ bool VarkelManager::CheckVarIsWithinRange(const QString& qs_var_info, const QStr
 bool VarkelManager::CheckModuleVarsWithinRange(int module) {
   const auto model = d_->selection.model();
   return !model || d_->page_check.CheckModuleVarsWithinRange(*model, module);
+}
+
+QObject* VarkelManager::pageModel(int module) {
+  return d_->PageModelOf(module);
 }
 
 QStringList VarkelManager::unreadFields(int module) const {

@@ -210,6 +210,9 @@ class VarkelManager : public QObject {
   /// Names of the fields that saving the page would write although they were neither edited nor ever read
   /// from this sensor: what the user should be asked about first.
   Q_INVOKABLE QStringList unreadFields(int module) const;
+  /// The rows of a page as a list model (PageModel); null when there is no such page. This object owns it; it
+  /// is another one after another model has been selected.
+  Q_INVOKABLE QObject* pageModel(int module);
 
  private:
   struct Private;
