@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <regex>
+#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>

@@ -70,16 +70,6 @@ class PageDescriptionTest : public QObject {
     QCOMPARE(mode["option_num"], 2);
   }
 
-  void ModelsAreListedWithoutTheHostsModel() {
-    QTemporaryDir models;
-    for (const char* name : {"b.csv", "A.csv", "a.old.csv", "Marvo-KTC.csv"}) {
-      QVERIFY(QFile(models.filePath(name)).open(QIODevice::WriteOnly));
-    }
-    QVERIFY(QDir(models.path()).mkdir("folder.csv"));
-    QCOMPARE(varkel::ListModels(models.path().toStdString()), (std::vector<std::string>{"A", "a", "b"}));
-    QVERIFY(varkel::ListModels("./no such folder").empty());
-  }
-
   void FailedLoadLeavesNoPagesAndSaysWhere() {
     Bench bench;
     bench.manager->InitConfigFileParser("../../no-model");

@@ -88,7 +88,7 @@ class PageWritingTest : public QObject {
   }
 
   void AddressesGoLastAndNeedNoAnswer() {
-    bench_->Misbehave("0x21=close:0");  // a sensor that moved to its new address is gone
+    bench_->AddFault("0x21=close:0");  // a sensor that moved to its new address is gone
     bench_->Edit("Sensor IP", "192.168.1.77");
     bench_->Edit("Destination Port", "3000");
     bench_->Edit("VLAN ID", "7");
@@ -112,7 +112,7 @@ class PageWritingTest : public QObject {
   }
 
   void RefusalKeepsTheEdits() {
-    bench_->Misbehave("0x45=error:5");
+    bench_->AddFault("0x45=error:5");
     bench_->Edit("Operating Mode", "1", 3);  // 0x41, ahead of the refused command
     bench_->Edit("Sync Angle", "180");       // 0x45
     bench_->Edit("Minimum Range", "1");      // 0x43, behind it
@@ -121,7 +121,7 @@ class PageWritingTest : public QObject {
     QCOMPARE(bench_->sensor->ValueText("Operating Mode"), std::string("1"));
     QVERIFY(bench_->sensor->Received(0x43).empty());
     QCOMPARE(bench_->manager->getSetMapSize(), 4);
-    bench_->Behave();
+    bench_->ClearFaults();
     QVERIFY(Saves(4));
     QCOMPARE(bench_->sensor->ValueText("Sync Angle"), std::string("180"));
     QCOMPARE(bench_->manager->getSetMapSize(), 1);
@@ -270,7 +270,7 @@ class PageWritingTest : public QObject {
   }
 
   void EditMadeDuringTheSaveStaysPending() {
-    bench_->Misbehave("0x43=late:500");
+    bench_->AddFault("0x43=late:500");
     bench_->Edit("Intensity Threshold", "20");
     bench_->Edit("Noise Filter Level", "3");
     bench_->manager->RunInBackground(4);

@@ -20,6 +20,11 @@ bool PrecedesWithoutCase(const std::string& a, const std::string& b) {
   return std::make_tuple(LowerCase(a), a) < std::make_tuple(LowerCase(b), b);
 }
 
+/// Spreadsheet programs put ".~lock.Quenta.csv#" or "~$Quenta.csv" beside a table that they have open.
+bool IsLockFile(const std::string& base_name) {
+  return base_name.empty() || base_name.starts_with("~$");
+}
+
 }  // namespace
 
 ConnectType ConnectTypeOf(const std::string& model_name) {
@@ -33,12 +38,14 @@ std::vector<std::string> ListModels(const std::string& folder) {
   std::error_code error;
   for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
-    if (!entry->is_regular_file()) continue;
+    std::error_code unreadable;  // a link that leads to itself, for one
+    if (!entry->is_regular_file(unreadable)) continue;
     const std::string file_name = entry->path().filename().string();
     const std::string base_name = file_name.substr(0, file_name.find('.'));
-    if (base_name != kMarvoKtc) models.push_back(base_name);
+    if (base_name != kMarvoKtc && !IsLockFile(base_name)) models.push_back(base_name);
   }
   std::sort(models.begin(), models.end(), PrecedesWithoutCase);
+  models.erase(std::unique(models.begin(), models.end()), models.end());
   return models;
 }
 

@@ -17,11 +17,12 @@ inline constexpr char kTableFolder[] = "./Config/varID";
 
 ConnectType ConnectTypeOf(const std::string& model_name);
 
-/// The models that a user can choose: base names of the folder's files, sorted without regard to case,
-/// without "Marvo-KTC", which only a host program selects. An unreadable folder has none.
+/// The models that a user can choose: the base names of the folder's regular files, each once, sorted without
+/// regard to case. Hidden files, lock files and "Marvo-KTC", which only a host program selects, are left out.
+/// Empty for an unreadable folder.
 std::vector<std::string> ListModels(const std::string& folder = kTableFolder);
 
-/// Whether it is the model that only a host program selects, and its table is there.
+/// Whether it is the model that only a host program selects, and its table exists.
 bool IsHostModel(const std::string& model_name, const std::string& folder = kTableFolder);
 
 }  // namespace varkel

@@ -21,7 +21,7 @@ void ValueEditor::SetText(Model& model, int type, int page, int group, int index
       break;
     case kSwitchValue:
       if (var->switch_var == nullptr) {
-        report_.Error("config file error, Please check the configuration of type 2 of " + var->var_name);
+        report_.Error(MissingSwitchText(*var));
       } else {
         model.values.Edit(*var->switch_var, text);
       }

@@ -4,28 +4,53 @@
 #include <utility>
 
 #include "VarkelCore/src/catalogue/model_names.h"
+#include "VarkelCore/src/catalogue/table_check.h"
 
 namespace varkel {
 
-std::string ModelSelection::Select(const std::string& model_name) {
+namespace {
+
+/// Why the table can't be loaded; empty on success.
+std::string Load(ConfigParser& catalogue) {
+  try {
+    if (catalogue.ExtractConfigInfo()) return {};
+    return "the file can't be opened";
+  } catch (const std::exception& error) {
+    const std::string row = catalogue.RowBeingRead();
+    return error.what() + (row.empty() ? std::string() : " (" + row + ")");
+  }
+}
+
+LoadReport ReportOn(const ConfigParser& catalogue, const std::string& model_name) {
+  LoadReport report;
+  const std::string table = "The model table of " + model_name;
+  for (const std::string& finding : CheckSetPayloads(catalogue)) {
+    report.warnings.push_back(table + " puts fields at wrong places: " + finding);
+  }
+  for (const std::string& warning : catalogue.load_warnings()) {
+    report.warnings.push_back(table + ": " + warning);
+  }
+  for (const VarInfo* var : catalogue.VarsWithoutSwitch()) report.errors.push_back(MissingSwitchText(*var));
+  return report;
+}
+
+}  // namespace
+
+LoadReport ModelSelection::Select(const std::string& model_name) {
   const std::string path = std::string(kTableFolder) + "/" + model_name + ".csv";
   auto loaded = std::make_shared<ConfigParser>(path);
-  std::string fault;
-  try {
-    if (!loaded->ExtractConfigInfo()) fault = "the file can't be opened";
-  } catch (const std::exception& error) {
-    fault = error.what();
-    const std::string row = loaded->RowBeingRead();
-    if (!row.empty()) fault += " (" + row + ")";
-  }
-  if (!fault.empty()) {
+  LoadReport report;
+  if (const std::string fault = Load(*loaded); fault.empty()) {
+    report = ReportOn(*loaded, model_name);
+  } else {
     loaded = std::make_shared<ConfigParser>(std::string());
-    fault = "Can't load the model table " + path + ": " + fault;
+    report.fault = "Can't load the model table " + path + ": " + fault;
+    report.errors.push_back(report.fault);
   }
   auto model = std::make_shared<Model>(model_name, std::move(loaded), values_changed_);
   const std::lock_guard lock(mutex_);
   model_ = std::move(model);
-  return fault;
+  return report;
 }
 
 std::shared_ptr<Model> ModelSelection::model() const {

@@ -3,6 +3,8 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "VarkelCore/src/catalogue/config_parser.h"
 #include "VarkelCore/src/values/value_store.h"
@@ -22,6 +24,13 @@ struct Model {
   ValueStore values;
 };
 
+/// What a load found out about a table, as sentences for the log.
+struct LoadReport {
+  std::string fault;  ///< why there is no table: file, fault and, where there is one, the variable; else empty
+  std::vector<std::string> errors;
+  std::vector<std::string> warnings;
+};
+
 /// The selected model. Thread-safe.
 class ModelSelection {
  public:
@@ -29,10 +38,8 @@ class ModelSelection {
   explicit ModelSelection(ValueStore::Listener values_changed = {})
       : values_changed_(std::move(values_changed)) {}
 
-  /// Loads the model's table and publishes it with fresh values. When that fails an empty catalogue is
-  /// published, and the result says file, fault and, where there is one, the variable; it is empty on
-  /// success.
-  std::string Select(const std::string& model_name);
+  /// Loads the model's table and publishes it with fresh values; an empty catalogue when that fails.
+  LoadReport Select(const std::string& model_name);
 
   /// Null until the first selection.
   std::shared_ptr<Model> model() const;
