@@ -35,8 +35,8 @@ tools/install-packages.sh
 tools/build.sh release
 bin=$root/build/release/bin
 
-tool=("$bin/varkel")
-[ "$model" = Quenta ] || tool+=("-moduleVM=$model")
+arguments=()
+[ "$model" = Quenta ] || arguments+=("-moduleVM=$model")
 if [ "$simulator" = yes ]; then
   # The tool gets a documents folder of its own, so that your connection settings stay as they are.
   home=$root/build/release/simulated-home
@@ -68,13 +68,13 @@ fi
 
 if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
   echo "Varkel: press \"Connect\" to read the sensor's pages."
-  "${tool[@]}"
+  "$bin/varkel" "${arguments[@]}"
 elif [ "$simulator" = yes ]; then
   pictures=$root/screenshots
   mkdir -p "$pictures"
   rm -f "$pictures"/*.png
   echo "No display: running under a virtual screen, screenshots go to $pictures"
-  xvfb-run --auto-servernum --server-args='-screen 0 1920x1080x24' "${tool[@]}" --tour "$pictures"
+  tools/virtual-screen.sh "$bin/varkel-tour" "$pictures" "${arguments[@]}"
   echo "Screenshots:"
   ls -1 "$pictures"
 else

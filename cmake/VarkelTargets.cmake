@@ -75,9 +75,14 @@ function(varkel_program name)
 endfunction()
 
 # varkel_register_test(NAME [arguments of the program...])
+# varkel_register_test(NAME COMMAND command...): NAME need not be a target
 # Tests run in the build tree's root (an install root, so ./Config/varID is there) with a home of their own.
 function(varkel_register_test name)
-  add_test(NAME ${name} COMMAND ${name} ${ARGN} WORKING_DIRECTORY ${CMAKE_BINARY_DIR})
+  cmake_parse_arguments(ARG "" "" "COMMAND" ${ARGN})
+  if(NOT ARG_COMMAND)
+    set(ARG_COMMAND ${name} ${ARGN})
+  endif()
+  add_test(NAME ${name} COMMAND ${ARG_COMMAND} WORKING_DIRECTORY ${CMAKE_BINARY_DIR})
   set(home ${CMAKE_BINARY_DIR}/test-home/${name})
   file(MAKE_DIRECTORY ${home}/run)
   file(CHMOD ${home}/run PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)

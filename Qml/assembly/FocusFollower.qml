@@ -28,6 +28,7 @@ Item {
 
     Connections {
         target: follower.Window.window
+        enabled: follower.enabled
 
         function onActiveFocusItemChanged() {
             var item = follower.Window.activeFocusItem;

@@ -2,6 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import QtQuick.Templates 2.15 as T
 import "."
+import "../small_sensor"
 
 // The page of the small serial sensors, which have no table-driven pages.
 Flickable {
@@ -33,19 +34,19 @@ Flickable {
             width: column.width
             title: "Lidar Info"
 
-            ZeltoTable {
+            InfoTable {
                 width: column.width
                 fieldName: "zeltoInfo"
                 entries: varkel_manager.ZeltoLidarInfo
             }
         }
 
-        ZeltoFunctions {
+        FunctionSection {
             width: column.width
             selectedModel: page.selectedModel
         }
 
-        ZeltoUpgrade {
+        UpgradeSection {
             width: column.width
             selectedModel: page.selectedModel
         }

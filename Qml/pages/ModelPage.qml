@@ -1,6 +1,5 @@
 import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
-import QtQuick.Window 2.15
 import "../assembly"
 
 // One page of the model's table: a row per entry of its list and, below, Cancel and Save.
@@ -105,15 +104,6 @@ Item {
         clip: true
         T.ScrollBar.vertical: DefaultScrollBar {}
 
-        function reveal(item) {
-            var y = item.mapToItem(flick.contentItem, 0, 0).y;
-            if (y < contentY) {
-                contentY = Math.max(0, y - Theme.gap);
-            } else if (y + item.height > contentY + height) {
-                contentY = Math.min(contentHeight - height, y + item.height - height + Theme.gap);
-            }
-        }
-
         Column {
             id: column
 
@@ -168,19 +158,8 @@ Item {
         }
     }
 
-    // A field that gets the focus by key may lie outside the view.
-    Connections {
-        target: page.Window.window
+    FocusFollower {
+        view: flick
         enabled: page.visible
-
-        function onActiveFocusItemChanged() {
-            var item = page.Window.activeFocusItem;
-            for (var ancestor = item; ancestor; ancestor = ancestor.parent) {
-                if (ancestor === column) {
-                    flick.reveal(item);
-                    return;
-                }
-            }
-        }
     }
 }

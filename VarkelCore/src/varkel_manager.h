@@ -12,10 +12,10 @@
 
 /// The one controller that QML talks to: a thin face over the classes that connect, read, write and load.
 ///
-/// Lives on the window's thread, which calls everything here. Workers run on threads of their own; their reports reach
-/// this object through an event queue, so every signal is emitted on the window's thread, in the order in which it was
-/// raised. The destructor interrupts and joins all
-/// workers, also those that wait for a silent sensor, within a fraction of a second.
+/// Lives on the window's thread, which calls everything here. Workers run on threads of their own; their
+/// reports reach this object through an event queue, so every signal is emitted on the window's thread, in
+/// the order in which it was raised. The destructor interrupts and joins all workers, also those that wait
+/// for a silent sensor, within a fraction of a second.
 class VarkelManager : public QObject {
   Q_OBJECT
 
@@ -138,18 +138,19 @@ class VarkelManager : public QObject {
   void editsChanged();
 
  public:
-  // Hosts address what follows by number: new ones are added at the end. All are called on the window's thread. Those
-  // that exchange something with the sensor wait for it, up to 5 s with a silent one; the window uses the calls at the
-  // end, which never wait. Failures are reported as errorMessage and sendLogMessage.
+  // Hosts address what follows by number: new ones are added at the end. All are called on the window's
+  // thread. Those that exchange something with the sensor wait for it, up to 5 s with a silent one; the
+  // window uses the calls at the end, which never wait. Failures are reported as errorMessage and
+  // sendLogMessage.
 
   // Model and connection
 
-  /// Selects a model and loads its table; pending edits of the model before are dropped. zeltoLidarInfoChanged,
-  /// connectTypeChanged, lidarClearModel, lidarModelChanged and lidarShowModel follow at once, in this order. A table that
-  /// can't be loaded leaves no pages and is reported.
+  /// Selects a model and loads its table; pending edits of the model before are dropped.
+  /// zeltoLidarInfoChanged, connectTypeChanged, lidarClearModel, lidarModelChanged and lidarShowModel follow
+  /// at once, in this order. A table that can't be loaded leaves no pages and is reported.
   Q_INVOKABLE void InitConfigFileParser(const QString& model_name = QStringLiteral("Quenta"));
-  /// Starts to connect with the present settings, which are saved. False while an attempt runs. isConnectedChanged follows
-  /// a success, errorMessageChanged a failure.
+  /// Starts to connect with the present settings, which are saved. False while an attempt runs.
+  /// isConnectedChanged follows a success, errorMessageChanged a failure.
   Q_INVOKABLE bool ConnectLidar();
   /// Asks the sensor whether it answers, with up to two exchanges. Changes nothing.
   Q_INVOKABLE bool CheckLidarConnection();
@@ -157,13 +158,15 @@ class VarkelManager : public QObject {
   // Writing
 
   /// Saves the edits of a page with one command for each that is pending; the address command is the last.
-  /// successMessageChanged or errorMessageChanged, editsChanged, myMapChanged and sendCommandHistoryChanged follow.
+  /// successMessageChanged or errorMessageChanged, editsChanged, myMapChanged and sendCommandHistoryChanged
+  /// follow.
   Q_INVOKABLE void Run(int module);
-  /// Disconnects, or ends the attempt that runs: edits of pages are dropped, whoever waits for the sensor returns.
-  /// isConnectedChanged follows, then myMapChanged and fovConfigChanged, or zeltoLidarInfoChanged for a small sensor.
+  /// Disconnects, or ends the attempt that runs: edits of pages are dropped, whoever waits for the sensor
+  /// returns. isConnectedChanged follows, then myMapChanged and fovConfigChanged, or zeltoLidarInfoChanged
+  /// for a small sensor.
   Q_INVOKABLE void Stop();
-  /// Edits the variable at [level1 page][level2 group][level3 index]. `type` 1: `text` is its value, 2: the value of its
-  /// switch, 3: the index of one of its options. Nothing is sent. editsChanged follows.
+  /// Edits the variable at [level1 page][level2 group][level3 index]. `type` 1: `text` is its value, 2: the
+  /// value of its switch, 3: the index of one of its options. Nothing is sent. editsChanged follows.
   Q_INVOKABLE void SetText(int type, int level1, int level2, int level3, const QString& text);
   /// Takes all edits back: their variables show what the sensor reported last. editsChanged follows, and
   /// fovConfigChanged when angles went back.
@@ -182,8 +185,8 @@ class VarkelManager : public QObject {
   Q_INVOKABLE QString getSendKtcCommandReturnHeader() const;
   /// The last reply's payload in hexadecimal, its first 1024 bytes.
   Q_INVOKABLE QString getSendKtcCommandReturnPayload() const;
-  /// Restarts the sensor: 0, and the connection is ended; -1 without a connection, beside an upgrade or a download, or
-  /// when the table has no such command; else the sensor's code.
+  /// Restarts the sensor: 0, and the connection is ended; -1 without a connection, beside an upgrade or a
+  /// download, or when the table has no such command; else the sensor's code.
   Q_INVOKABLE int Restart();
   /// Resets all settings of the sensor; results as Restart, but the connection stays.
   Q_INVOKABLE int Reset();
@@ -191,29 +194,31 @@ class VarkelManager : public QObject {
   // Upgrades: each sends the package from a worker. isUpgradingChanged follows at once and at the end, with
   // upgradeProgress in between; then successMessageChanged or errorMessageChanged.
 
-  /// By the upgrade row at [level1][level2][level3]. 0 when it was started, or when the file can't be used or the row has
-  /// no command; -1 without a connection or beside an upgrade or a download. The sensor is restarted 10 s after success.
+  /// By the upgrade row at [level1][level2][level3]. 0 when it was started, or when the file can't be used or
+  /// the row has no command; -1 without a connection or beside an upgrade or a download. The sensor is
+  /// restarted 10 s after success.
   Q_INVOKABLE int UpgradeLidar(const QUrl& fileUrl, int level1, int level2, int level3);
-  /// A small sensor, in the mode of ZeltoSetUpgradeMode. 0 when it was started or the file can't be used; -1 when refused.
+  /// A small sensor, in the mode of ZeltoSetUpgradeMode. 0 when it was started or the file can't be used; -1
+  /// when refused.
   Q_INVOKABLE int ZeltoUpgradeLidar(const QUrl& fileUrl);
   /// A Marvo sensor: 0 when it was started, else -1.
   Q_INVOKABLE int MarvoUpgradeLidar(const QUrl& fileUrl);
 
   // Log downloads. isDownloadLogChanged follows at once and at the end.
 
-  /// The operation log, packed into the archive `fileUrl`, on a worker: 0, or -1 without a connection or beside an
-  /// upgrade or a download. downloadOperationLogFinished follows a started one.
+  /// The operation log, packed into the archive `fileUrl`, on a worker: 0, or -1 without a connection or
+  /// beside an upgrade or a download. downloadOperationLogFinished follows a started one.
   Q_INVOKABLE int DownloadOperationLog(const QUrl& fileUrl);
   /// The same on the calling thread.
   Q_INVOKABLE int DownloadOperationLogThread(const QUrl& fileUrl);
-  /// The log of the variable named `type` into the folder `fileUrl`, on a worker; results as DownloadOperationLog.
-  /// downloadFinished follows a started one.
+  /// The log of the variable named `type` into the folder `fileUrl`, on a worker; results as
+  /// DownloadOperationLog. downloadFinished follows a started one.
   Q_INVOKABLE int DownloadLog(const QUrl& fileUrl, const QString& type);
 
   // Reading
 
-  /// Reads a page of a network sensor, one exchange for each get command; myMapChanged follows. Does nothing without a
-  /// connection, beside an upgrade or a download, or for a page that does not exist.
+  /// Reads a page of a network sensor, one exchange for each get command; myMapChanged follows. Does nothing
+  /// without a connection, beside an upgrade or a download, or for a page that does not exist.
   Q_INVOKABLE void GetLidarModuleInfo(int module);
   /// Reads one variable, found by "var_name" or "name", "var_id" or "id"; true when its value was refreshed.
   Q_INVOKABLE bool UpdateSingleVarInfo(const QString& qs_var_info,
@@ -221,13 +226,16 @@ class VarkelManager : public QObject {
 
   // Checks
 
-  /// Whether the variable's value is within its range; true for one without a range and for one that does not exist.
+  /// Whether the variable's value is within its range; true for one without a range and for one that does not
+  /// exist.
   Q_INVOKABLE bool CheckVarIsWithinRange(const QString& qs_var_info,
                                          const QString& search_type = QStringLiteral("var_name"));
-  /// Whether all values of the page may be sent. someVarOutOfRange and a log line follow for each that may not.
+  /// Whether all values of the page may be sent. someVarOutOfRange and a log line follow for each that may
+  /// not.
   Q_INVOKABLE bool CheckModuleVarsWithinRange(int module);
-  /// Edits one angle of the field of view in degrees: index 0 to 4 starts, 5 to 9 ends; others are ignored. editsChanged
-  /// follows; for a text that is no number from 0 to 360 errorMessageChanged and fovConfigChanged.
+  /// Edits one angle of the field of view in degrees: index 0 to 4 starts, 5 to 9 ends; others are ignored.
+  /// editsChanged follows; for a text that is no number from 0 to 360 errorMessageChanged and
+  /// fovConfigChanged.
   Q_INVOKABLE void SetMultiFovConfig(int index, const QString& fov);
 
   // Notices and state
@@ -251,12 +259,14 @@ class VarkelManager : public QObject {
   /// The page that is shown: its live variables are read continuously while connected.
   Q_INVOKABLE void setModuleIndexUse(int module);
 
-  // Small sensors. The first five make the connection type 2, whatever the model; the others refuse with another one.
+  // Small sensors. The first five make the connection type 2, whatever the model; the others refuse with
+  // another one.
 
   Q_INVOKABLE void ZeltoSetStandby(int standby);  ///< any number but 0 is standby
   Q_INVOKABLE void ZeltoSetSpinRate(int rate);    ///< its low byte is sent
   Q_INVOKABLE void ZeltoSetReturnMode(int mode);  ///< 0 strongest, else last
-  /// Writes the correction data to the file `path`: 0, -1 when refused or not written, else the sensor's code.
+  /// Writes the correction data to the file `path`: 0, -1 when refused or not written, else the sensor's
+  /// code.
   Q_INVOKABLE int ZeltoGetCorrection(const QString& path);
   /// The state's text, then fault codes as "0x" and four digits; empty after a failure.
   Q_INVOKABLE QVariantList ZeltoGetLidarFunctionSafety();
@@ -264,8 +274,8 @@ class VarkelManager : public QObject {
   Q_INVOKABLE QString ZeltoGetBaudRate();
   /// Sets it from decimal text; successMessageChanged follows.
   Q_INVOKABLE void ZeltoSetBaudRateFromUI(const QString& baudRateStr);
-  /// Address and port that the sensor sends its points to, as texts; empty after a failure. `silent` keeps the exchange
-  /// out of the byte log.
+  /// Address and port that the sensor sends its points to, as texts; empty after a failure. `silent` keeps
+  /// the exchange out of the byte log.
   Q_INVOKABLE QVariantList ZeltoGetDestinationConfig(bool silent = false);
   /// Sets them; true, and successMessageChanged follows, when the sensor took them.
   Q_INVOKABLE bool ZeltoSetDestinationIPandPort(const QString& ip, int port);
@@ -281,8 +291,8 @@ class VarkelManager : public QObject {
 
   // The window's own calls, which never wait for the sensor.
 
-  /// GetLidarModuleInfo on a worker; pageReadFinished follows. While a read runs, the last request for another page is
-  /// remembered and done next.
+  /// GetLidarModuleInfo on a worker; pageReadFinished follows. While a read runs, the last request for
+  /// another page is remembered and done next.
   Q_INVOKABLE void ReadPageInBackground(int module);
   /// CheckLidarConnection on a worker; connectionCheckFinished follows. Does nothing while one runs.
   Q_INVOKABLE void CheckConnectionInBackground();
@@ -298,8 +308,8 @@ class VarkelManager : public QObject {
   Q_INVOKABLE QVariantMap variableMap(int module, int group, int index) const;
   /// Text, switch and origin of that map as one text: a row whose mark is the same has nothing new to show.
   Q_INVOKABLE QString valueMark(int module, int group, int index) const;
-  /// Names of the fields that saving the page would write although they were neither edited nor ever read from this
-  /// sensor: what the user should be asked about first.
+  /// Names of the fields that saving the page would write although they were neither edited nor ever read
+  /// from this sensor: what the user should be asked about first.
   Q_INVOKABLE QStringList unreadFields(int module) const;
   /// The rows of a page as a list model (PageModel); null when there is no such page. This object owns it; it
   /// is another one after another model has been selected.

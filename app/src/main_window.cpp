@@ -12,6 +12,7 @@
 #include <memory>
 
 #include "VarkelCore/src/varkel_manager.h"
+#include "app/src/keyboard_focus.h"
 #include "app/src/log_model.h"
 #include "app/src/plain_text.h"
 
@@ -73,6 +74,7 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   container_->setFocusPolicy(Qt::TabFocus);
   horizontal_layout_3d_->addWidget(container_);
   container_->setFocus();
+  PassKeyboardOn(*windowHandle(), *view_);
   // The keys go to the view from the start; asked for earlier, before it is on the screen, this has no
   // effect.
   connect(

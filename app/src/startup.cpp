@@ -1,11 +1,11 @@
 #include "app/src/startup.h"
 
+#include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <algorithm>
-#include <string_view>
 
 namespace startup {
 
@@ -69,18 +69,13 @@ QString InstallRoot(const QString& application_dir) {
   return parent.absolutePath();
 }
 
-QString ModuleName(std::span<char* const> arguments) {
-  constexpr std::string_view kPrefix = "-moduleVM=";
-  for (std::size_t i = 1; i < arguments.size(); ++i) {
-    const std::string_view argument(arguments[i]);
-    if (argument.starts_with(kPrefix)) {
-      return QString::fromLocal8Bit(arguments[i] + kPrefix.size());
-    }
-  }
-  return {};
+void SetIdentity() {
+  QCoreApplication::setOrganizationName("QuarnTech");
+  QCoreApplication::setOrganizationDomain("quarntech.example");
+  QCoreApplication::setApplicationVersion(VARKEL_VERSION);
 }
 
-int LoadApplicationFont(const QString& path, const QString& tag) {
+int loadApplicationFont(const QString& path, const QString& tag) {
   const QFileInfo file(path);
   if (!file.exists() || !file.isFile()) {
     qWarning() << "[Varkel] Font file missing:" << tag << "absolutePath:" << file.absoluteFilePath();
@@ -95,8 +90,8 @@ int LoadApplicationFont(const QString& path, const QString& tag) {
 }
 
 QFont LoadFonts() {
-  LoadApplicationFont(kBoldFont, "Roboto-Bold");
-  const int regular = LoadApplicationFont(kRegularFont, "Roboto-Regular");
+  loadApplicationFont(kBoldFont, "Roboto-Bold");
+  const int regular = loadApplicationFont(kRegularFont, "Roboto-Regular");
   QFont font;
   if (regular >= 0) {
     const QStringList families = QFontDatabase::applicationFontFamilies(regular);

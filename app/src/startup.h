@@ -3,11 +3,10 @@
 #include <QFont>
 #include <QPalette>
 #include <QString>
-#include <span>
 
 #include "libquarn/Platform/src/screen_metrics.h"
 
-/// What the program settles before its window opens. All of it but LoadApplicationFont works without a
+/// What the program settles before its window opens. All of it but loadApplicationFont works without a
 /// window.
 namespace startup {
 
@@ -26,12 +25,11 @@ double ScaleFactor(const quarn::platform::ScreenMetrics& metrics);
 /// program's folder itself; the parent when neither has them, with a warning.
 QString InstallRoot(const QString& application_dir);
 
-/// The model after the first "-moduleVM=" among the arguments behind the program's name; empty when there is
-/// none.
-QString ModuleName(std::span<char* const> arguments);
+/// Tells Qt whose program this is and which version.
+void SetIdentity();
 
 /// Registers a font file; returns its id, or -1 after a warning.
-int LoadApplicationFont(const QString& path, const QString& tag);
+int loadApplicationFont(const QString& path, const QString& tag);
 
 /// Registers the program's own fonts, and gives the application's: of the regular one's family, or Qt's own
 /// after a warning.

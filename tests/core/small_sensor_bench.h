@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "VarkelCore/src/upgrade/serial_upgrade.h"
 #include "VarkelCore/src/session/small_sensor_link.h"
 #include "VarkelCore/src/tasks/user_report.h"
+#include "VarkelCore/src/upgrade/serial_upgrade.h"
 #include "tests/support/scripted_exchange.h"
 
 namespace varkel::test {

@@ -9,7 +9,7 @@
 #include "tests/endurance/figures.h"
 #include "tests/endurance/operations.h"
 #include "tests/support/silent_address.h"
-#include "tests/ui/ui_test.h"
+#include "tests/ui/desk.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include <QElapsedTimer>
 
 #include "tests/support/silent_address.h"
-#include "tests/ui/ui_test.h"
+#include "tests/ui/desk.h"
 
 namespace {
 

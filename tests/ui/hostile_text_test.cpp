@@ -4,7 +4,7 @@
 
 #include "app/src/log_model.h"
 #include "app/src/plain_text.h"
-#include "tests/ui/ui_test.h"
+#include "tests/ui/desk.h"
 
 namespace {
 

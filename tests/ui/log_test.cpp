@@ -8,7 +8,7 @@
 #include <csignal>
 
 #include "app/src/log_model.h"
-#include "tests/ui/ui_test.h"
+#include "tests/ui/desk.h"
 
 namespace {
 

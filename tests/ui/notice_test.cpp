@@ -1,4 +1,4 @@
-#include "tests/ui/ui_test.h"
+#include "tests/ui/desk.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <QSignalSpy>
 #include <map>
 
-#include "tests/ui/ui_test.h"
+#include "tests/ui/desk.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "tests/core/marvo_sample.h"
-#include "tests/ui/ui_test.h"
+#include "tests/ui/desk.h"
 
 namespace {
 

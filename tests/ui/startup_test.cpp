@@ -2,12 +2,11 @@
 
 #include <QDir>
 #include <QFile>
-#include <QImage>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
-#include "app/src/tour.h"
-#include "tests/ui/ui_test.h"
+#include "app/src/arguments.h"
+#include "tests/support/qt_test.h"
 
 namespace {
 
@@ -63,23 +62,17 @@ class StartupTest : public QObject {
     for (auto [arguments, name] : cases) {
       std::vector<char*> pointers;
       for (QByteArray& argument : arguments) pointers.push_back(argument.data());
-      QCOMPARE(startup::ModuleName(pointers), name);
+      QCOMPARE(arguments::ModuleName(pointers), name);
     }
-    QVERIFY(!tour::PlanFromArguments({"varkel", "--tour"}));
-    QVERIFY(!tour::PlanFromArguments({"varkel", "--connect", "1.2.3.4:5"}));
-    const auto plan = tour::PlanFromArguments({"varkel", "--connect", "1.2.3.4:5", "--tour", "shots"});
-    QVERIFY(plan);
-    QCOMPARE(plan->folder + ' ' + plan->host + ' ' + plan->port,
-             QDir::current().absoluteFilePath("shots") + " 1.2.3.4 5");
   }
 
   void MissingFont() {
     const QRegularExpression warning("Font file missing: \"Tag\" absolutePath: .*(nowhere.ttf|fonts)");
     for (const char* path : {"nowhere.ttf", "fonts"}) {  // the latter is a folder
       QTest::ignoreMessage(QtWarningMsg, warning);
-      QCOMPARE(startup::LoadApplicationFont(path, "Tag"), -1);
+      QCOMPARE(startup::loadApplicationFont(path, "Tag"), -1);
     }
-    QVERIFY(startup::LoadApplicationFont(startup::kRegularFont, "Tag") >= 0);
+    QVERIFY(startup::loadApplicationFont(startup::kRegularFont, "Tag") >= 0);
   }
 
   void PaletteLeavesSomeRolesAlone() {
@@ -88,24 +81,6 @@ class StartupTest : public QObject {
     for (const auto role : {QPalette::Shadow, QPalette::Link, QPalette::LinkVisited, QPalette::ToolTipText}) {
       QCOMPARE(palette.color(role), QPalette().color(role));
     }
-  }
-
-  void TourPhotographsEveryPageUnlessThereIsNoSensor() {
-    Desk desk;
-    desk.sensor.SetValue("SN", "");  // ends in a warning, which must not stay in the pictures
-    const tour::Plan plan{desk.folder.filePath("new/pictures"), "127.0.0.1",
-                          QString::number(desk.sensor.port())};
-    QCOMPARE(tour::Run(*desk.window, plan), 0);
-    QVERIFY(!desk.manager->IsConnected());
-    QVERIFY(!desk.IsOpen("errorWindow"));
-    const QDir pictures(plan.folder);
-    const QStringList names = pictures.entryList({"*.png"});
-    QCOMPARE(names.size(), desk.manager->level1List().size() + 2);
-    const QImage first(pictures.filePath(names[0]));
-    QCOMPARE(first.size(), desk.view().size());
-    QVERIFY(first != QImage(pictures.filePath(names[1])));
-    desk.sensor.Stop();
-    QCOMPARE(tour::Run(*desk.window, plan), 1);
   }
 };
 const RegisterTest<StartupTest> registration;

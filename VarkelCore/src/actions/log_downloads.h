@@ -11,7 +11,8 @@
 
 namespace varkel {
 
-/// Starts log downloads, one at a time, from the sensor that is connected at the start. Called from one thread.
+/// Starts log downloads, one at a time, from the sensor that is connected at the start. Called from one
+/// thread.
 class LogDownloads {
  public:
   using Catalogue = std::shared_ptr<const ConfigParser>;
@@ -25,7 +26,8 @@ class LogDownloads {
   LogDownloads(const SensorConnection& connection, Activity& activity, WorkerThreads& workers,
                UserReport& report, Events events);
 
-  // 0 when the download was started on a worker, -1 without an open KTC client or beside an upgrade or a download.
+  // 0 when the download was started on a worker, -1 without an open KTC client or beside an upgrade or a
+  // download.
 
   int StartLog(const Catalogue& catalogue, const QString& folder, const QString& type);
   int StartOperationLog(const Catalogue& catalogue, const QString& archive);

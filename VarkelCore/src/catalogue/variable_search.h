@@ -6,12 +6,12 @@
 
 namespace varkel {
 
-/// The variable with this identifier (`search_type` "var_id" or "id") or name ("var_name" or "name"); null when there is
-/// none. Another kind of search finds nothing and is named on standard output.
+/// The variable with this identifier (`search_type` "var_id" or "id") or name ("var_name" or "name"); null
+/// when there is none. Another kind of search finds nothing and is named on standard output.
 VarInfo* searchVarPtr(const ConfigParser& catalogue, const std::string& key, const std::string& search_type);
 
-/// Whether a variable has this name, either with each word's first letter in upper case or all in lower case: tables
-/// spell names like "Restart" in two ways.
+/// Whether a variable has this name, either with each word's first letter in upper case or all in lower case:
+/// tables spell names like "Restart" in two ways.
 bool HasVariableNamed(const ConfigParser& catalogue, const std::string& name);
 
 /// The text of the first variable on the pages with exactly this name; empty without one.

@@ -6,8 +6,8 @@
 
 namespace varkel {
 
-/// The long operations that other work has to wait for: a firmware upgrade and a log download. One object for the tool,
-/// since an upgrade goes on being one while its connection is lost. Thread-safe.
+/// The long operations that other work has to wait for: a firmware upgrade and a log download. One object for
+/// the tool, since an upgrade goes on being one while its connection is lost. Thread-safe.
 class Activity {
  public:
   /// Called after the flag has changed, on the thread that changed it.

@@ -5,7 +5,8 @@
 
 namespace varkel {
 
-/// Whether the user wants the bytes of exchanges in the log pane; one for the tool, whatever it is connected to.
+/// Whether the user wants the bytes of exchanges in the log pane; one for the tool, whatever it is connected
+/// to.
 using ByteLogSwitch = std::atomic<bool>;
 
 /// Decides for one session whether the bytes of an exchange go to the log pane. Thread-safe.

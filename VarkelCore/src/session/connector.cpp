@@ -18,19 +18,21 @@ bool Connector::Start(int connect_type, const ConnectionSettings& settings) {
   if (connection_.is_connecting()) return false;
   switch (connect_type) {
     case kNetwork:
-      Attempt([this, settings](const auto& stop) {
-        return ConnectNetworkSensor(stop, settings, context_, rounds_.pages);
-      }, events_.network_sensor_connected);
+      Attempt([this, settings](
+                  const auto& stop) { return ConnectNetworkSensor(stop, settings, context_, rounds_.pages); },
+              events_.network_sensor_connected);
       return true;
     case kSerialLines:
-      Attempt([this, settings](const auto&) {
-        return OpenSerialLines(settings, context_, rounds_.small_sensor_info);
-      }, events_.small_sensor_connected);
+      Attempt([this, settings](
+                  const auto&) { return OpenSerialLines(settings, context_, rounds_.small_sensor_info); },
+              events_.small_sensor_connected);
       return true;
     case kKtcToSmallSensor:
-      Attempt([this, settings](const auto& stop) {
-        return ConnectSmallSensor(stop, settings, context_, rounds_.small_sensor_info);
-      }, events_.small_sensor_connected);
+      Attempt(
+          [this, settings](const auto& stop) {
+            return ConnectSmallSensor(stop, settings, context_, rounds_.small_sensor_info);
+          },
+          events_.small_sensor_connected);
       return true;
     default:
       return false;

@@ -26,7 +26,8 @@ class Connector {
   Connector(SensorConnection& connection, WorkerThreads& workers, SessionContext context, Rounds rounds,
             Events events);
 
-  /// Starts an attempt over the connection type (one of ConnectType); false while one runs, or for another number.
+  /// Starts an attempt over the connection type (one of ConnectType); false while one runs, or for another
+  /// number.
   bool Start(int connect_type, const ConnectionSettings& settings);
 
  private:

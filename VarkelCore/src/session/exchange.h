@@ -9,8 +9,9 @@
 
 namespace varkel {
 
-/// What one exchange with the sensor came to: the reply's payload, or the code that says why there is none. Positive
-/// codes are the sensor's own, negative ones the client's (KtcClient::kOtherReply and its neighbours).
+/// What one exchange with the sensor came to: the reply's payload, or the code that says why there is none.
+/// Positive codes are the sensor's own, negative ones the client's (KtcClient::kOtherReply and its
+/// neighbours).
 using ExchangeResult = quarn::lidar::KtcClient::Result;
 
 /// One exchange of a table's command. The payload of a reply to a four-byte command begins with that code.

@@ -25,9 +25,10 @@ constexpr std::uint8_t kProtocolVersion = 1;
 constexpr float kConnectTimeoutS = 0.0F;  // one try
 constexpr std::uint8_t kProbeCommands[] = {7, 8};
 
-/// Connects in the background. The low 16 bits of the settings' port count; a port that is no number raises the
-/// conversion errors of text_number.h.
-std::shared_ptr<KtcClient> StartClient(const ConnectionSettings& settings, std::uint32_t exchange_timeout_ms) {
+/// Connects in the background. The low 16 bits of the settings' port count; a port that is no number raises
+/// the conversion errors of text_number.h.
+std::shared_ptr<KtcClient> StartClient(const ConnectionSettings& settings,
+                                       std::uint32_t exchange_timeout_ms) {
   const auto port = static_cast<std::uint16_t>(quarn::lidar::TextToInt(settings.port));
   return std::make_shared<KtcClient>(settings.ip_address, port, false, kPlainTcp, kProtocolVersion, "", "",
                                      "", exchange_timeout_ms, exchange_timeout_ms, kConnectTimeoutS,

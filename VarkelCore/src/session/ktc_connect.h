@@ -18,9 +18,9 @@ struct KtcConnection {
   std::shared_ptr<ByteLog> byte_log;
 };
 
-/// Connects to the settings' address once and hands the open client to `finish`, which raises what is wrong with the
-/// sensor. `function` is how the trace on standard output names the caller, `exchange_timeout_ms` the client's time-out
-/// for sending and receiving. A stop ends every wait at once.
+/// Connects to the settings' address once and hands the open client to `finish`, which raises what is wrong
+/// with the sensor. `function` is how the trace on standard output names the caller, `exchange_timeout_ms`
+/// the client's time-out for sending and receiving. A stop ends every wait at once.
 SessionResult ConnectKtc(const char* function, const std::stop_token& stop,
                          const ConnectionSettings& settings, std::uint32_t exchange_timeout_ms,
                          const SessionContext& context,

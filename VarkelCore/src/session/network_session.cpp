@@ -19,7 +19,8 @@ SessionResult ConnectNetworkSensor(const std::stop_token& stop, const Connection
     return std::make_shared<SensorSession>(SensorSession::KtcPeer::kNetworkSensor, connection.client,
                                            connection.byte_log, context.activity, std::move(periodic));
   };
-  return ConnectKtc("VarkelManager::Init", stop, settings, quarn::lidar::Timeouts().exchange_ms, context, probe);
+  return ConnectKtc("VarkelManager::Init", stop, settings, quarn::lidar::Timeouts().exchange_ms, context,
+                    probe);
 }
 
 }  // namespace varkel

@@ -38,7 +38,8 @@ bool SensorConnection::is_connecting() const {
   return attempt_ != nullptr;
 }
 
-/// Puts `next` in the place of the attempt that is under way, which is asked to stop, and takes the session away.
+/// Puts `next` in the place of the attempt that is under way, which is asked to stop, and takes the session
+/// away.
 std::shared_ptr<SensorSession> SensorConnection::Take(const Attempt& next) {
   Attempt earlier;
   std::shared_ptr<SensorSession> leaving;

@@ -26,12 +26,12 @@ class SensorConnection {
   SensorConnection(const SensorConnection&) = delete;
   SensorConnection& operator=(const SensorConnection&) = delete;
 
-  /// One attempt from beginning to end, on the calling worker's thread. An earlier attempt or session is ended first.
-  /// When the attempt itself is ended, or `stop` is requested, nothing is reported.
+  /// One attempt from beginning to end, on the calling worker's thread. An earlier attempt or session is
+  /// ended first. When the attempt itself is ended, or `stop` is requested, nothing is reported.
   void Connect(const std::stop_token& stop, const Maker& make, const Outcome& outcome);
 
-  /// Leaves neither a session nor an attempt. Whoever waits for the sensor returns at once; after this call no round
-  /// of the session's periodic thread runs.
+  /// Leaves neither a session nor an attempt. Whoever waits for the sensor returns at once; after this call
+  /// no round of the session's periodic thread runs.
   void End();
 
   /// The session for the length of an operation; null without one.

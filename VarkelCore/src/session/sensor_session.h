@@ -18,9 +18,9 @@
 
 namespace varkel {
 
-/// One connection to one sensor, from the moment it is established until it ends. It is made whole and then never
-/// changes; whoever works with the sensor holds it for the length of the operation and so never meets another sensor.
-/// Thread-safe.
+/// One connection to one sensor, from the moment it is established until it ends. It is made whole and then
+/// never changes; whoever works with the sensor holds it for the length of the operation and so never meets
+/// another sensor. Thread-safe.
 class SensorSession : public SmallSensorChannel {
  public:
   /// Work that a session does again and again while it lives. The round must not keep the session alive.
@@ -50,13 +50,13 @@ class SensorSession : public SmallSensorChannel {
   SensorSession(const SensorSession&) = delete;
   SensorSession& operator=(const SensorSession&) = delete;
 
-  /// Ends the session for good: whoever waits for the sensor returns at once, the periodic thread is joined, serial
-  /// ports are closed. May be called more than once, but not from the periodic round.
+  /// Ends the session for good: whoever waits for the sensor returns at once, the periodic thread is joined,
+  /// serial ports are closed. May be called more than once, but not from the periodic round.
   void End();
   bool has_ended() const { return stop_.stop_requested(); }
 
-  /// Asks the sensor whether it answers KTC (commands 7 and 8); over lines, whether both are still open. Blocks for
-  /// two exchanges at most.
+  /// Asks the sensor whether it answers KTC (commands 7 and 8); over lines, whether both are still open.
+  /// Blocks for two exchanges at most.
   bool Answers();
 
   /// Whether the pages of the model's table are this sensor's.

@@ -26,8 +26,8 @@ struct SessionContext {
   const Activity& activity;
 };
 
-// The three ways to a session. Each blocks until the session is made or can't be; a stop ends the attempt at once, and
-// what it then returns counts for nothing.
+// The three ways to a session. Each blocks until the session is made or can't be; a stop ends the attempt at
+// once, and what it then returns counts for nothing.
 
 /// KTC over TCP to a sensor in the network, which has to answer a KTC command.
 SessionResult ConnectNetworkSensor(const std::stop_token& stop, const ConnectionSettings& settings,

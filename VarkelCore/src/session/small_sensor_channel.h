@@ -9,8 +9,8 @@
 
 namespace varkel {
 
-/// What the functions of a small sensor need of its session. Every call may come from any thread; whoever took an
-/// exchange keeps it for the length of an operation.
+/// What the functions of a small sensor need of its session. Every call may come from any thread; whoever
+/// took an exchange keeps it for the length of an operation.
 class SmallSensorChannel {
  public:
   virtual ~SmallSensorChannel() = default;
@@ -28,7 +28,8 @@ class SmallSensorChannel {
   }
 
   enum class Logged { kYes, kNo };
-  /// One KTC command; SerialExchange::kNotSent without a KTC client. `logged` says whether the byte log may show it.
+  /// One KTC command; SerialExchange::kNotSent without a KTC client. `logged` says whether the byte log may
+  /// show it.
   virtual ExchangeResult QueryKtc(std::uint8_t command, std::span<const std::uint8_t> payload,
                                   Logged logged) = 0;
 

@@ -19,8 +19,8 @@ SessionResult ConnectSmallSensor(const std::stop_token& stop, const ConnectionSe
     return std::make_shared<SensorSession>(SensorSession::KtcPeer::kSmallSensor, connection.client,
                                            connection.byte_log, context.activity, std::move(periodic));
   };
-  return ConnectKtc("VarkelManager::InitKtcForSerial", stop, settings, quarn::lidar::Timeouts().small_exchange_ms, context,
-                    set_line_rate);
+  return ConnectKtc("VarkelManager::InitKtcForSerial", stop, settings,
+                    quarn::lidar::Timeouts().small_exchange_ms, context, set_line_rate);
 }
 
 }  // namespace varkel

@@ -49,7 +49,8 @@ void BackgroundFunctions::readCorrection(const QString& path) {
 
 void BackgroundFunctions::readSafety() {
   Ask<QStringList>(
-      safeties_, [this] { return Texts(sensor_.GetLidarFunctionSafety()); }, &BackgroundFunctions::safetyRead);
+      safeties_, [this] { return Texts(sensor_.GetLidarFunctionSafety()); },
+      &BackgroundFunctions::safetyRead);
 }
 
 void BackgroundFunctions::readBaudRate() {

@@ -10,9 +10,9 @@
 
 namespace varkel {
 
-/// The functions of a small sensor for its page, which never waits: each runs on a worker, failures are reported as
-/// notices. Of several calls of one function that are under way only the last one's answer is given. Lives on the
-/// window's thread.
+/// The functions of a small sensor for its page, which never waits: each runs on a worker, failures are
+/// reported as notices. Of several calls of one function that are under way only the last one's answer is
+/// given. Lives on the window's thread.
 class BackgroundFunctions : public QObject {
   Q_OBJECT
 
@@ -34,9 +34,9 @@ class BackgroundFunctions : public QObject {
   Q_INVOKABLE void readDestination(bool silent);
 
  signals:
-  void correctionRead(int code);               ///< 0 when the file was written
-  void safetyRead(QStringList texts);          ///< the state, then fault codes; empty after a failure
-  void baudRateRead(QString text);             ///< decimal; empty after a failure
+  void correctionRead(int code);                ///< 0 when the file was written
+  void safetyRead(QStringList texts);           ///< the state, then fault codes; empty after a failure
+  void baudRateRead(QString text);              ///< decimal; empty after a failure
   void destinationRead(QStringList ipAndPort);  ///< empty after a failure
 
  private:

@@ -141,8 +141,8 @@ std::vector<std::string> SmallSensor::GetLidarFunctionSafety() {
 std::string SmallSensor::GetBaudRate() {
   const Channel channel = ReadyIfKtc("GetBaudRate is only supported in KTC serial mode", kNotReadyForKtc);
   if (!channel) return {};
-  const ExchangeResult reply =
-      channel->QueryKtc(kKtcExtensionCmd, quarn::lidar::kGetBaudRatePayload, SmallSensorChannel::Logged::kYes);
+  const ExchangeResult reply = channel->QueryKtc(kKtcExtensionCmd, quarn::lidar::kGetBaudRatePayload,
+                                                 SmallSensorChannel::Logged::kYes);
   int code = reply ? 0 : reply.error();
   if (reply && reply->size() < sizeof(std::uint32_t)) code = SerialExchange::kWrongReply;
   if (!Report(code, "get baud rate error, ret:")) return {};
@@ -198,9 +198,9 @@ void SmallSensor::SetImuRange(int angular_range_index, int accel_range_index) {
       ReadyIfKtc("Marvo IMU range setting is only supported in KTC_SERIAL mode", kNotReady);
   if (!channel) return;
   Bytes body;
-  int code = GetItem(*channel->ktc_exchange(),
-                     {quarn::lidar::kImuRangeItem, kAngularCodes[angular], kAccelCodes[accel]},
-                     kImuReplySize, body);
+  int code =
+      GetItem(*channel->ktc_exchange(),
+              {quarn::lidar::kImuRangeItem, kAngularCodes[angular], kAccelCodes[accel]}, kImuReplySize, body);
   if (code == 0 && body.size() != kImuReplySize) code = SerialExchange::kWrongReply;
   if (Report(code, "set IMU range error, ret:")) report_.Success("IMU range set successfully");
 }

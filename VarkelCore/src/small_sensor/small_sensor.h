@@ -27,10 +27,7 @@ class SmallSensor {
   /// `connect_type` is the controller's; everything outlives this object.
   SmallSensor(UserReport& report, const Activity& activity, CurrentChannel channel,
               std::atomic<int>& connect_type)
-      : report_(report),
-        activity_(activity),
-        channel_(std::move(channel)),
-        connect_type_(connect_type) {}
+      : report_(report), activity_(activity), channel_(std::move(channel)), connect_type_(connect_type) {}
 
   void SetStandby(int standby);  ///< any number but 0 is standby
   void SetSpinRate(int rate);    ///< its low byte

@@ -46,8 +46,8 @@ class SmallSensorInfo {
   /// Puts the placeholders back.
   void Reset();
 
-  /// One round of a session: serial number, and the destination where there is one; then the versions that are not
-  /// known yet. Does nothing while an upgrade runs. A round that is stopped reports nothing.
+  /// One round of a session: serial number, and the destination where there is one; then the versions that
+  /// are not known yet. Does nothing while an upgrade runs. A round that is stopped reports nothing.
   void Round(SmallSensorChannel& channel, const std::stop_token& stop);
 
   std::vector<InfoRow> Info() const;

@@ -21,8 +21,8 @@ class PeriodicThread {
 
   /// Asks the round to end without waiting for it.
   void RequestStop();
-  /// Asks the round to end and joins the thread; may be called more than once and from several threads, but not from
-  /// the round itself. The caller interrupts whatever the round may wait for.
+  /// Asks the round to end and joins the thread; may be called more than once and from several threads, but
+  /// not from the round itself. The caller interrupts whatever the round may wait for.
   void Stop();
 
  private:

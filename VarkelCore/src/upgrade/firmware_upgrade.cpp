@@ -38,14 +38,16 @@ int FirmwareUpgrade::StartFromRow(const Session& session, const Catalogue& catal
   const std::string command = var == nullptr ? std::string() : UpgradeCommandText(*var);
   const auto package = OpenWithContent(path);
   if (!package || command.empty()) return 0;
-  Start(session, package, [this, session, catalogue, command](const auto& stop, const auto& bytes, const auto& run) {
-    SendOverNetwork(stop, *session->ktc_client(), bytes, command, report_, run,
-                    [&] { return host_.restart(*session, *catalogue); });
-  });
+  Start(session, package,
+        [this, session, catalogue, command](const auto& stop, const auto& bytes, const auto& run) {
+          SendOverNetwork(stop, *session->ktc_client(), bytes, command, report_, run,
+                          [&] { return host_.restart(*session, *catalogue); });
+        });
   return 0;
 }
 
-int FirmwareUpgrade::StartSmallSensor(const Session& session, const Catalogue& catalogue, const QString& path) {
+int FirmwareUpgrade::StartSmallSensor(const Session& session, const Catalogue& catalogue,
+                                      const QString& path) {
   if (!session || session->has_ended() || connect_type_ == kNetwork || activity_.is_upgrading()) {
     report_.Error("lidar is not connected, or lidar is upgrade");
     return -1;
@@ -114,7 +116,8 @@ void FirmwareUpgrade::Start(const Session& session, const std::shared_ptr<Packag
 }
 
 UpgradeRun FirmwareUpgrade::Claimed(const Session& session) {
-  return {progress_, total_, [this] { activity_.EndUpgrade(); }, [this, session] { host_.disconnect(session); }};
+  return {progress_, total_, [this] { activity_.EndUpgrade(); },
+          [this, session] { host_.disconnect(session); }};
 }
 
 }  // namespace varkel

@@ -18,9 +18,9 @@
 
 namespace varkel {
 
-/// Starts firmware upgrades: checks what they need, claims the one upgrade that may run, and sends the package from a
-/// worker to the session that was there at the start, whatever is connected later. Called from one thread; progress may
-/// be read from any.
+/// Starts firmware upgrades: checks what they need, claims the one upgrade that may run, and sends the
+/// package from a worker to the session that was there at the start, whatever is connected later. Called from
+/// one thread; progress may be read from any.
 class FirmwareUpgrade {
  public:
   using Session = std::shared_ptr<SensorSession>;
@@ -38,8 +38,9 @@ class FirmwareUpgrade {
   FirmwareUpgrade(UserReport& report, Activity& activity, WorkerThreads& workers,
                   const std::atomic<int>& connect_type, Host host);
 
-  /// The upgrade of the row `var` of a sensor's table. 0 when it was started, or when there is nothing to send: the
-  /// row has no upgrade command, or the file can't be used. -1 without a connection or beside another operation.
+  /// The upgrade of the row `var` of a sensor's table. 0 when it was started, or when there is nothing to
+  /// send: the row has no upgrade command, or the file can't be used. -1 without a connection or beside
+  /// another operation.
   int StartFromRow(const Session& session, const Catalogue& catalogue, const VarInfo* var,
                    const QString& path);
 
@@ -52,11 +53,14 @@ class FirmwareUpgrade {
   /// 0 application and FPGA, 1 PBL, 2 junction box.
   void set_mode(int mode) { mode_ = mode; }
 
-  int progress() const { return static_cast<int>(progress_.load()); }  ///< blocks of 1024 bytes, done or under way
+  int progress() const {
+    return static_cast<int>(progress_.load());
+  }                                     ///< blocks of 1024 bytes, done or under way
   int total() const { return total_; }  ///< blocks in all; 1 before the first upgrade
 
  private:
-  using Send = std::function<void(const std::stop_token&, const std::vector<std::uint8_t>&, const UpgradeRun&)>;
+  using Send =
+      std::function<void(const std::stop_token&, const std::vector<std::uint8_t>&, const UpgradeRun&)>;
 
   std::shared_ptr<PackageFile> OpenWithContent(const QString& path);
   void Start(const Session& session, const std::shared_ptr<PackageFile>& package, Send send);

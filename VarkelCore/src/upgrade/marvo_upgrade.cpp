@@ -22,8 +22,8 @@ constexpr char kInfo[] = "INFO";
 
 }  // namespace
 
-void MarvoUpgrade::Run(const std::stop_token& stop, SmallSensorChannel& channel, std::span<const std::uint8_t> package,
-                       const UpgradeRun& run) const {
+void MarvoUpgrade::Run(const std::stop_token& stop, SmallSensorChannel& channel,
+                       std::span<const std::uint8_t> package, const UpgradeRun& run) const {
   UpgradeEnd end(run.end);
   if (!SleepUnlessStopped(stop, pauses_.settle)) return;
   const std::optional<OtaPackageHeader> header = Parse(package);
@@ -87,8 +87,8 @@ bool MarvoUpgrade::SetBaudRate(SmallSensorChannel& channel, std::uint32_t baud_r
       .has_value();
 }
 
-bool MarvoUpgrade::Send(SmallSensorChannel& channel, std::span<const std::uint8_t> package, const OtaComponent& component,
-                        const UpgradeRun& run, UpgradeEnd& end) const {
+bool MarvoUpgrade::Send(SmallSensorChannel& channel, std::span<const std::uint8_t> package,
+                        const OtaComponent& component, const UpgradeRun& run, UpgradeEnd& end) const {
   const std::span<const std::uint8_t> data = Extract(package, component);
   if (data.empty()) {
     Fail(end, "Marvo upgrade: failed to extract " + component.name);

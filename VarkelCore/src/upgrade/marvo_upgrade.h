@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "VarkelCore/src/session/small_sensor_channel.h"
+#include "VarkelCore/src/tasks/user_report.h"
 #include "VarkelCore/src/upgrade/marvo_package.h"
 #include "VarkelCore/src/upgrade/settle_time.h"
 #include "VarkelCore/src/upgrade/upgrade_run.h"
-#include "VarkelCore/src/session/small_sensor_channel.h"
-#include "VarkelCore/src/tasks/user_report.h"
 
 namespace varkel {
 
@@ -39,10 +39,10 @@ class MarvoUpgrade {
   std::optional<OtaPackageHeader> Parse(std::span<const std::uint8_t> package) const;
   /// The partition that the sensor runs from, when it is ready to be written to.
   std::optional<quarn::lidar::Partition> Prepare(const std::stop_token& stop, SmallSensorChannel& channel,
-                                                   UpgradeEnd& end) const;
+                                                 UpgradeEnd& end) const;
   static bool SetBaudRate(SmallSensorChannel& channel, std::uint32_t baud_rate);
-  bool Send(SmallSensorChannel& channel, std::span<const std::uint8_t> package,
-            const OtaComponent& component, const UpgradeRun& run, UpgradeEnd& end) const;
+  bool Send(SmallSensorChannel& channel, std::span<const std::uint8_t> package, const OtaComponent& component,
+            const UpgradeRun& run, UpgradeEnd& end) const;
   std::span<const std::uint8_t> Extract(std::span<const std::uint8_t> package,
                                         const OtaComponent& component) const;
   void Fail(UpgradeEnd& end, const std::string& text) const;

@@ -26,7 +26,8 @@ struct Model {
 
 /// What a load found out about a table, as sentences for the log.
 struct LoadReport {
-  std::string fault;  ///< why there is no table: file, fault and, where there is one, the variable; else empty
+  std::string
+      fault;  ///< why there is no table: file, fault and, where there is one, the variable; else empty
   std::vector<std::string> errors;
   std::vector<std::string> warnings;
 };

@@ -225,9 +225,11 @@ tl::expected<void, std::int32_t> KtcClient::Perform(std::span<const std::uint8_t
   return outcome;
 }
 
-tl::expected<void, std::int32_t> KtcClient::ExchangeWhole(ClientBase& transport, std::span<const std::uint8_t> payload,
-                              std::vector<std::uint8_t>& result, std::uint8_t cmd, bool with_header,
-                              std::uint32_t receive_timeout_ms) {
+tl::expected<void, std::int32_t> KtcClient::ExchangeWhole(ClientBase& transport,
+                                                          std::span<const std::uint8_t> payload,
+                                                          std::vector<std::uint8_t>& result, std::uint8_t cmd,
+                                                          bool with_header,
+                                                          std::uint32_t receive_timeout_ms) {
   Reply reply;
   bool ok = Exchange(transport, payload, cmd, receive_timeout_ms, reply);
   if (ok && reply.payload_length > 0) {

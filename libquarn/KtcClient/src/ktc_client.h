@@ -44,8 +44,9 @@ struct KtcLimits {
 class KtcClient {
  public:
   /// Why an exchange failed, besides the sensor's own codes (1 to 255).
-  static constexpr std::int32_t kOtherReply = -1;  ///< the reply answers another command; 0 in `LastReturnCode`
-  static constexpr std::int32_t kNoHeader = -2;    ///< the reply's header did not come, or only noise did
+  static constexpr std::int32_t kOtherReply =
+      -1;                                        ///< the reply answers another command; 0 in `LastReturnCode`
+  static constexpr std::int32_t kNoHeader = -2;  ///< the reply's header did not come, or only noise did
   /// The reply's payload did not come whole, came too slowly or is too large.
   static constexpr std::int32_t kNoPayload = -3;
   static constexpr std::int32_t kNotSent = -4;  ///< the request did not go out whole
@@ -75,11 +76,12 @@ class KtcClient {
   int QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result, std::uint8_t cmd,
                    bool with_header = false);
 
-  /// What an exchange came to: the reply's payload, or why there is none: the sensor's code, or one of those above.
+  /// What an exchange came to: the reply's payload, or why there is none: the sensor's code, or one of those
+  /// above.
   using Result = tl::expected<std::vector<std::uint8_t>, std::int32_t>;
 
-  /// One exchange. The reply is awaited for `receive_timeout_ms`, or for the client's own time-out when that is 0.
-  /// `LastReturnCode` may meanwhile be another thread's.
+  /// One exchange. The reply is awaited for `receive_timeout_ms`, or for the client's own time-out when that
+  /// is 0. `LastReturnCode` may meanwhile be another thread's.
   Result Query(std::span<const std::uint8_t> payload, std::uint8_t cmd, std::uint32_t receive_timeout_ms = 0);
 
   /// Sends `data` as numbered pieces of 1024 bytes, each answered before the next goes out, with time-outs of
@@ -145,8 +147,8 @@ class KtcClient {
 
   // With command_mutex_ held.
   tl::expected<void, std::int32_t> ExchangeWhole(ClientBase& transport, std::span<const std::uint8_t> payload,
-                     std::vector<std::uint8_t>& result, std::uint8_t cmd, bool with_header,
-                     std::uint32_t receive_timeout_ms);
+                                                 std::vector<std::uint8_t>& result, std::uint8_t cmd,
+                                                 bool with_header, std::uint32_t receive_timeout_ms);
   bool Exchange(ClientBase& transport, std::span<const std::uint8_t> payload, std::uint8_t cmd,
                 std::uint32_t receive_timeout_ms, Reply& reply);
   bool DrainStaleInput(ClientBase& transport, Reply& reply);

@@ -4,7 +4,6 @@
 
 #include "libquarn/Platform/src/byte_text.h"
 
-
 namespace quarn::lidar {
 
 std::optional<Ipv4> ParseIpv4(std::string_view text) {

@@ -1,4 +1,4 @@
-#include "app/src/tour.h"
+#include "tools/tour/tour.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -83,7 +83,7 @@ class Guide {
 };
 
 int Guide::Fail(const QString& sentence) const {
-  QTextStream(stderr) << "varkel: " << sentence << '\n';
+  QTextStream(stderr) << "varkel-tour: " << sentence << '\n';
   return 1;
 }
 
@@ -281,23 +281,6 @@ int Guide::Run() {
 }
 
 }  // namespace
-
-std::optional<Plan> PlanFromArguments(const QStringList& arguments) {
-  const auto value = [&arguments](const QString& option) {
-    const int at = arguments.indexOf(option, 1);
-    return at > 0 ? arguments.value(at + 1) : QString();
-  };
-  Plan plan;
-  plan.folder = value("--tour");
-  if (plan.folder.isEmpty()) {
-    return std::nullopt;
-  }
-  plan.folder = QDir::current().absoluteFilePath(plan.folder);
-  const QString address = value("--connect");
-  plan.host = address.section(':', 0, 0);
-  plan.port = address.section(':', 1, 1);
-  return plan;
-}
 
 int Run(MainWindow& window, const Plan& plan) {
   return Guide(window, plan).Run();

@@ -1,5 +1,5 @@
 import QtQuick 2.15
-import "."
+import "../assembly"
 
 // Asks the sensor for something. It rests while the sensor is busy with another call, and dims so slowly that a
 // quick answer does not make the page flicker. Its tip stands beside it, off the button of the next row.

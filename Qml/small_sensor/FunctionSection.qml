@@ -1,5 +1,5 @@
 import QtQuick 2.15
-import "."
+import "../assembly"
 
 // What a small sensor can be told and asked, one row each. Rows that the model does not have are hidden.
 Section {
@@ -9,11 +9,11 @@ Section {
 
     title: "Lidar Function"
 
-    ZeltoBaudRate {
+    BaudRateRow {
         width: section.width
     }
 
-    ZeltoChoice {
+    ChoiceRow {
         width: section.width
         text: "Standby Mode"
         controlName: "zeltoStandby"
@@ -21,7 +21,7 @@ Section {
         choices: ["In Operation", "Standby"]
     }
 
-    ZeltoChoice {
+    ChoiceRow {
         width: section.width
         text: "Spin Rate"
         controlName: "zeltoSpinRate"
@@ -29,7 +29,7 @@ Section {
         choices: ["5hz", "10hz"]
     }
 
-    ZeltoChoice {
+    ChoiceRow {
         width: section.width
         text: "Return Mode"
         controlName: "zeltoReturnMode"
@@ -37,20 +37,20 @@ Section {
         choices: ["Strongest", "Last"]
     }
 
-    ZeltoImuRange {
+    ImuRangeRow {
         width: section.width
         visible: section.selectedModel === "Marvo-KTC"
     }
 
-    ZeltoCalibration {
+    CalibrationRow {
         width: section.width
     }
 
-    ZeltoSafety {
+    SafetyRows {
         width: section.width
     }
 
-    ZeltoDestination {
+    DestinationRows {
         width: section.width
         selectedModel: section.selectedModel
     }

@@ -1,6 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
-import "."
+import "../assembly"
 
 // Names a control of a row that has several.
 BodyText {

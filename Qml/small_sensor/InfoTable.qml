@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
-import "."
+import "../assembly"
 
 // What the sensor says of itself: names and values, the values to select and copy. A refresh changes the
 // values in place, so that a selection lasts.

@@ -1,6 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
-import "."
+import "../assembly"
 
 // The ranges of the inertial unit: rotation and acceleration.
 LabelledRow {
@@ -28,7 +28,7 @@ LabelledRow {
         model: ["±16g", "±8g", "±4g", "±2g"]
     }
 
-    ZeltoSaveButton {
+    SaveButton {
         objectName: "zeltoImuRangeSave"
         onClicked: varkel_manager.CallInBackground("MarvoSetIMURange",
                                                    [angular.currentIndex, acceleration.currentIndex])

@@ -1,6 +1,6 @@
-import "."
+import "../assembly"
 
-ZeltoButton {
+SensorButton {
     text: "Save"
     primary: true
     tip: "Writes it to the sensor"

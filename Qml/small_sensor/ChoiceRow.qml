@@ -1,6 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
-import "."
+import "../assembly"
 
 // A setting with named values, which the sensor takes but does not tell.
 LabelledRow {
@@ -19,7 +19,7 @@ LabelledRow {
         model: row.choices
     }
 
-    ZeltoSaveButton {
+    SaveButton {
         objectName: row.controlName + "Save"
         onClicked: varkel_manager.CallInBackground(row.operation, [combo.currentIndex])
     }

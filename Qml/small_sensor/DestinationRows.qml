@@ -1,6 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
-import "."
+import "../assembly"
 
 // Where the sensor sends its points: read anew whenever the connection or the model changes.
 Column {
@@ -41,7 +41,7 @@ Column {
     visible: isOffered()
     onSelectedModelChanged: refresh()
 
-    ZeltoCall {
+    SensorCall {
         id: query
 
         operation: "ZeltoGetDestinationConfig"
@@ -61,7 +61,7 @@ Column {
         width: destination.width
         text: "Destination"
 
-        ZeltoCaption {
+        ControlCaption {
             text: "Destination IP"
         }
 
@@ -78,7 +78,7 @@ Column {
     LabelledRow {
         width: destination.width
 
-        ZeltoCaption {
+        ControlCaption {
             text: "UDP Port"
         }
 
@@ -91,7 +91,7 @@ Column {
             hint: "Port that the sensor sends its points to"
         }
 
-        ZeltoSaveButton {
+        SaveButton {
             objectName: "zeltoDestinationSave"
             onClicked: varkel_manager.CallInBackground("ZeltoSetDestinationIPandPort",
                                                        [ip.text, destination.portNumber()])

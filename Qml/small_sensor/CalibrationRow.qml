@@ -1,6 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
-import "."
+import "../assembly"
 
 // The sensor's correction data, put into a file of the chosen folder.
 LabelledRow {
@@ -22,7 +22,7 @@ LabelledRow {
     objectName: "zeltoCalibrationRow"
     text: "Lidar Calibration File"
 
-    ZeltoCall {
+    SensorCall {
         id: download
 
         operation: "ZeltoGetCorrection"
@@ -38,7 +38,7 @@ LabelledRow {
         elide: Text.ElideMiddle
     }
 
-    ZeltoButton {
+    SensorButton {
         objectName: "zeltoCalibrationDownload"
         text: "Download"
         tip: "Asks first for the folder to put it in"

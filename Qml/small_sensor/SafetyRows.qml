@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
-import "."
+import "../assembly"
 
 // The sensor's own judgement of its health, read on demand: a state, and the codes of its faults.
 Column {
@@ -10,7 +10,7 @@ Column {
     property string faultState: "Normal"
     property var codes: ["None"]
 
-    ZeltoCall {
+    SensorCall {
         id: query
 
         operation: "ZeltoGetLidarFunctionSafety"
@@ -26,7 +26,7 @@ Column {
         width: safety.width
         text: "Function Safety"
 
-        ZeltoCaption {
+        ControlCaption {
             text: "Fault State"
         }
 
@@ -39,7 +39,7 @@ Column {
             elide: Text.ElideRight
         }
 
-        ZeltoGetButton {
+        GetButton {
             objectName: "zeltoSafetyGet"
             onClicked: query.start([])
         }
@@ -48,7 +48,7 @@ Column {
     LabelledRow {
         width: safety.width
 
-        ZeltoCaption {
+        ControlCaption {
             text: "Fault Code"
         }
 

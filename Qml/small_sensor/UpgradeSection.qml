@@ -1,6 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
-import "."
+import "../assembly"
 
 // The sensor's firmware: its versions, which part of it a package is for, and the package's transfer.
 Section {
@@ -31,7 +31,7 @@ Section {
 
     title: "Upgrade"
 
-    ZeltoTable {
+    InfoTable {
         width: section.width
         fieldName: "zeltoVersion"
         entries: varkel_manager.ZeltoLidarVersionInfo

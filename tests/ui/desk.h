@@ -73,3 +73,7 @@ class Desk {
   QQuickWindow* view_ = nullptr;
   const bool on_lines_;
 };
+
+/// How often QML has complained since the first desk. What it complains about is a fault, whichever test was
+/// running.
+int QmlWarnings();

@@ -1,8 +1,8 @@
 import QtQuick 2.15
-import "."
+import "../assembly"
 
 // Without a tip, which would cover "Save" beside it.
-ZeltoButton {
+SensorButton {
     text: "Get"
     Accessible.description: "Reads it from the sensor"
 }

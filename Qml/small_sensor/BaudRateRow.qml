@@ -1,11 +1,11 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
-import "."
+import "../assembly"
 
 LabelledRow {
     text: "Baud Rate"
 
-    ZeltoCall {
+    SensorCall {
         id: query
 
         operation: "ZeltoGetBaudRate"
@@ -25,12 +25,12 @@ LabelledRow {
         hint: "Bits a second on the sensor's serial line"
     }
 
-    ZeltoGetButton {
+    GetButton {
         objectName: "zeltoBaudRateGet"
         onClicked: query.start([])
     }
 
-    ZeltoSaveButton {
+    SaveButton {
         objectName: "zeltoBaudRateSave"
         onClicked: {
             if (field.text.length > 0) {

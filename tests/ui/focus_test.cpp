@@ -1,0 +1,80 @@
+#include <QProcess>
+
+#include "tests/ui/desk.h"
+
+namespace {
+
+/// A desk whose user has hands: real events of the X server, which reach the window by way of the window
+/// manager.
+class RealDesk : public Desk {
+ public:
+  static void Do(const QStringList& arguments) {
+    QProcess xdotool;
+    xdotool.start("xdotool", arguments);
+    const auto has_ended = [&] { return xdotool.state() == QProcess::NotRunning; };
+    if (!QTest::qWaitFor(has_ended, 15000) || xdotool.exitCode() != 0) qFatal("xdotool fails");
+  }
+
+  static void RealKey(const char* key) { Do({"key", key}); }
+
+  /// `shift` pixels beside the middle: clicks at one place in short order would be double clicks.
+  void RealClick(const QString& name, int shift = 0) const {
+    const QQuickItem* const item = Find(name);
+    const QPoint at = item->mapToGlobal({item->width() / 2 + shift, item->height() / 2}).toPoint();
+    Do({"mousemove", QString::number(at.x()), QString::number(at.y()), "click", "1"});
+  }
+
+  bool HasKeyboard() const {
+    return QTest::qWaitFor([this] { return QGuiApplication::focusWindow() == &view(); });
+  }
+};
+
+class FocusTest : public QObject {
+  Q_OBJECT
+ private slots:
+  void ClickedFieldsGetTheKeys() {
+    const RealDesk desk;
+    desk.RealClick("tab_9");
+    for (int click = 0; click < 50; ++click) {
+      const QString field = click % 2 == 0 ? "commandCodeField" : "commandPayloadField";
+      const QString text = QString::number(click % 10) + desk.Text(field);
+      desk.RealClick(field);
+      RealDesk::Do({"key", "Home", text.left(1)});
+      QTRY_VERIFY2(desk.Text(field) == text, qPrintable(QString("key %1").arg(click)));
+    }
+  }
+
+  void ReturnEndsTheNoticeThatAClickHasBrought() {
+    const RealDesk desk;
+    for (int notice = 0; notice < 20; ++notice) {
+      desk.RealClick("saveButton_0", notice % 2 == 0 ? -20 : 20);
+      QVERIFY(desk.NoticeShows("successWindow", "Please connect to lidar first"));
+      RealDesk::RealKey("Return");
+      QTRY_VERIFY2(!desk.IsOpen("successWindow"), qPrintable(QString("notice %1").arg(notice)));
+    }
+  }
+
+  void KeysComeBackFromAnotherWindow() {
+    const RealDesk desk;
+    desk.RealClick("tab_9");
+    desk.RealClick("commandCodeField");
+    for (int round = 0; round < 10; ++round) {
+      QMetaObject::invokeMethod(desk.root, "openLog");
+      auto* const log = desk.root->property("logWindow").value<QQuickWindow*>();
+      QVERIFY(QTest::qWaitForWindowActive(log));
+      if (round % 2 == 0) {
+        RealDesk::RealKey("Escape");
+      } else {
+        RealDesk::Do({"windowactivate", QString::number(desk.window->winId())});
+      }
+      QVERIFY2(desk.HasKeyboard(), qPrintable(QString("round %1").arg(round)));
+      RealDesk::RealKey("a");
+      QTRY_COMPARE(desk.Text("commandCodeField"), QString(round + 1, 'a'));
+    }
+  }
+};
+const RegisterTest<FocusTest> registration;
+
+}  // namespace
+
+#include "focus_test.moc"
