@@ -23,26 +23,28 @@ enum Option : unsigned { kEcho = 1, kKtcFails = 2, kOtaFails = 4, kMarvo = 8 };
 
 struct Bench {
   Bench(unsigned options, int code, Bytes answer) {
-    link.ktc->on_command = [=](const auto& command, Vector& contents) {
+    channel->ktc->on_command = [=](const auto& command, Vector& contents) {
       contents.assign(answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(
                                                            std::min<std::size_t>(answer.size(), 255)));
       if ((options & kEcho) != 0 && !contents.empty()) contents[0] = command.payload.front();
       return code;
     };
-    link.ktc->on_ota = [=, this](const auto& frame, quarn::lidar::OtaReply& reply) {
-      const std::size_t number = link.ktc->frames.size();
+    channel->ktc->on_ota = [=, this](const auto& frame, quarn::lidar::OtaReply& reply) {
+      const std::size_t number = channel->ktc->frames.size();
       reply = {frame.type, 0};
       if ((options & kOtaFails) != 0 && number < answer.size()) reply = {answer[number], answer[number]};
       return (options & kOtaFails) != 0 && number % 7 == 0 ? code : 0;
     };
-    link.on_ktc = [=](const auto& /*request*/, Vector& reply) {
+    channel->on_ktc = [=](const auto& /*request*/, Vector& reply) {
       reply.assign(answer.begin(), answer.end());
       return (options & kKtcFails) != 0 ? 1 : 0;
     };
   }
 
   varkel::test::RecordedReport report;
-  varkel::test::ScriptedLink link;
+  std::shared_ptr<varkel::test::ScriptedChannel> channel = std::make_shared<varkel::test::ScriptedChannel>();
+  varkel::Activity activity{{[] {}, [] {}}};
+  std::atomic<int> connect_type = varkel::kKtcToSmallSensor;
 };
 
 bool IsPlain(const std::string& text) {
@@ -50,8 +52,8 @@ bool IsPlain(const std::string& text) {
 }
 
 void Functions(Bench& bench, const std::string& answer) {
-  varkel::SmallSensor sensor(bench.report, bench.link,
-                             {[] { return false; }, [] { return varkel::kKtcToSmallSensor; }, [](int) {}});
+  varkel::SmallSensor sensor(
+      bench.report, bench.activity, [&] { return bench.channel; }, bench.connect_type);
   const auto told = [&bench] { return !bench.report.Take().empty(); };
   sensor.SetStandby(1);
   sensor.SetSpinRate(600);
@@ -74,10 +76,9 @@ void Functions(Bench& bench, const std::string& answer) {
 }
 
 void Information(Bench& bench, const std::string& model) {
-  varkel::SmallSensorInfo info(bench.report, bench.link, {[] { return false; }, [] {}, [] {}});
+  varkel::SmallSensorInfo info(bench.report, bench.activity, {[] {}, [] {}});
   info.SetModel(model);
-  info.Round(std::stop_token());
-  info.ReadMarvoVersions();
+  info.Round(*bench.channel, std::stop_token());
   for (const auto& rows : {info.Info(), info.Versions()}) {
     for (const auto& row : rows) Require(IsPlain(row.value), "information shows as plain text");
   }
@@ -86,8 +87,8 @@ void Information(Bench& bench, const std::string& model) {
 void Upgrade(Bench& bench, Bytes package) {
   bench.report.Take();
   const varkel::test::ClaimedRun claimed(bench.report);
-  varkel::MarvoUpgrade(bench.report, bench.link, {std::chrono::milliseconds(0), std::chrono::milliseconds(0)})
-      .Run(std::stop_token(), package, claimed.run);
+  varkel::MarvoUpgrade(bench.report, {std::chrono::milliseconds(0), std::chrono::milliseconds(0)})
+      .Run(std::stop_token(), *bench.channel, package, claimed.run);
   const auto lines = bench.report.Take();
   Require(std::count(lines.begin(), lines.end(), "end") == 1, "an upgrade ends once");
 }

@@ -1,5 +1,7 @@
 #include "bench/soak/operations.h"
 
+#include "VarkelCore/src/small_sensor/background_functions.h"
+
 std::vector<Operation> OperationsOf(const QString& model, const QString& folder) {
   const auto in_folder = [folder](const char* name) { return QUrl::fromLocalFile(folder + '/' + name); };
   const QUrl package = in_folder("package");
@@ -20,18 +22,17 @@ std::vector<Operation> OperationsOf(const QString& model, const QString& folder)
             {"upgrade", [=](auto& manager) { manager.UpgradeLidar(package, 6, 1, 0); }}};
   }
   const auto functions = [folder](VarkelManager& manager) {
-    const std::pair<const char*, QVariantList> calls[] = {
-        {"ZeltoGetLidarFunctionSafety", {}},
-        {"ZeltoSetStandby", {1}},
-        {"ZeltoSetSpinRate", {1}},
-        {"ZeltoSetReturnMode", {1}},
-        {"ZeltoGetBaudRate", {}},
-        {"ZeltoSetBaudRateFromUI", {"3000000"}},
-        {"MarvoSetIMURange", {1, 1}},
-        {"ZeltoGetCorrection", {folder + "/correction.bin"}},
-        {"ZeltoGetDestinationConfig", {false}},
-        {"ZeltoSetDestinationIPandPort", {"1.2.3.4", 5}}};
-    for (const auto& [name, arguments] : calls) manager.CallInBackground(name, arguments);
+    auto* const sensor = qobject_cast<varkel::BackgroundFunctions*>(manager.smallSensor());
+    sensor->readSafety();
+    sensor->setStandby(1);
+    sensor->setSpinRate(1);
+    sensor->setReturnMode(1);
+    sensor->readBaudRate();
+    sensor->setBaudRate("3000000");
+    sensor->setImuRange(1, 1);
+    sensor->readCorrection(folder + "/correction.bin");
+    sensor->readDestination(false);
+    sensor->setDestination("1.2.3.4", 5);
   };
   const auto box_upgrade = [package](VarkelManager& manager) {
     manager.ZeltoSetUpgradeMode(2);

@@ -10,7 +10,6 @@
 #include <thread>
 
 #include "VarkelCore/src/session/exchange.h"
-#include "VarkelCore/src/session/ktc_connect.h"
 #include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/Source/src/ktc_serial_client.h"
 #include "libquarn/Source/src/sensor_requests.h"
@@ -130,7 +129,8 @@ TEST(Faults, ALateReplyAnswersNoOtherCommand) {
   sensor.Start();
   constexpr std::uint32_t kTimeoutMs = 1000;
   const auto client =
-      MakeKtcClient({.ip_address = "127.0.0.1", .port = std::to_string(sensor.port())}, kTimeoutMs);
+      std::make_shared<quarn::lidar::KtcClient>("127.0.0.1", sensor.port(), false, 0U, std::uint8_t{1}, "",
+                                                "", "", kTimeoutMs, kTimeoutMs, 0.0F, std::uint16_t{0});
   while (!client->IsOpen()) std::this_thread::yield();
   std::vector<std::uint8_t> reply;
   quarn::lidar::KtcSerialClient carried(client);

@@ -1,8 +1,8 @@
 #include "tests/faults/operations.h"
 
 #include <QFile>
-#include <QVariantList>
 
+#include "VarkelCore/src/small_sensor/background_functions.h"
 #include "tests/core/marvo_sample.h"
 
 namespace varkel::test {
@@ -25,8 +25,12 @@ Start Console(const char* code, const char* payload) {
   return [=](auto& fixture) { fixture.manager->SendCommandInBackground(code, payload); };
 }
 
-Start Call(const char* name, const QVariantList& arguments = {}) {
-  return [=](auto& fixture) { fixture.manager->CallInBackground(QLatin1String(name), arguments); };
+/// A function of the small sensor.
+template <typename Function, typename... Arguments>
+Start Call(Function function, Arguments... arguments) {
+  return [=](auto& fixture) {
+    (qobject_cast<BackgroundFunctions*>(fixture.manager->smallSensor())->*function)(arguments...);
+  };
 }
 
 void UpgradeSmallSensor(Fixture& fixture) {
@@ -118,13 +122,23 @@ std::vector<Operation> Operations() {
       {"console", "Zelto-KTC", Console("02", "08"), {{"ldcmd-get:8", ""}}},
       {"safety",
        "Marvo-KTC",
-       Call("ZeltoGetLidarFunctionSafety"),
+       Call(&BackgroundFunctions::readSafety),
        {{"ldcmd-get:8", ""}, {kTunnelled, ""}},
        1,
        true},
-      {"standby", "Zelto-KTC", Call("ZeltoSetStandby", {1}), {{"ldcmd-set:11", ""}}, 1, true},
-      {"baud rate", "Marvo-KTC", Call("ZeltoSetBaudRateFromUI", {"9600"}), {{"0x00013900", ""}}, 1, true},
-      {"destination", "Zelto-KTC", Call("ZeltoGetDestinationConfig"), {{"0x08", ""}}, 1, true},
+      {"standby", "Zelto-KTC", Call(&BackgroundFunctions::setStandby, 1), {{"ldcmd-set:11", ""}}, 1, true},
+      {"baud rate",
+       "Marvo-KTC",
+       Call(&BackgroundFunctions::setBaudRate, "9600"),
+       {{"0x00013900", ""}},
+       1,
+       true},
+      {"destination",
+       "Zelto-KTC",
+       Call(&BackgroundFunctions::readDestination, false),
+       {{"0x08", ""}},
+       1,
+       true},
       {"upgrade", "Zelto-KTC", UpgradeSmallSensor, {{"ota:1", ""}, {"ota:2", "#2"}, {kTunnelled, ""}}},
       {"box upgrade", "Marvo-KTC", box_upgrade, {{"0x83", "#1"}, {"0x83", "#3"}}, 1, true, false, true},
       {"marvo upgrade", "Marvo-KTC", marvo_upgrade, {{"ldcmd-set:12", ""}, {"ota:18", "#2"}, {"ota:19", ""}}},

@@ -120,10 +120,9 @@ TEST(QueryCommand, EndsOnASensorThatSendsWithoutPause) {
   const auto client = MakeClient(listener->port(), 1, 2000, 5, "127.0.0.1", 0,
                                  {.longest_noise = std::chrono::milliseconds(300)});
   EXPECT_TRUE(test::Eventually([&] { return client->IsOpen(); }));
-  Bytes result;
   // A busy machine may interrupt the flood for long enough that the request goes out.
-  const auto failure = client->Query({}, result, 0x31);
-  EXPECT_TRUE(failure == KtcClient::kNotSent || failure == KtcClient::kNoHeader);
+  const KtcClient::Result reply = client->Query({}, 0x31);
+  EXPECT_TRUE(!reply && (reply.error() == KtcClient::kNotSent || reply.error() == KtcClient::kNoHeader));
 }
 
 TEST(QueryCommand, TakesALargePayloadAndRefusesALargeRequest) {

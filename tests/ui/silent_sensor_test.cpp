@@ -2,7 +2,7 @@
 #include <QFile>
 #include <QSignalSpy>
 
-#include "tests/ui/ui_test.h"
+#include "tests/ui/desk.h"
 
 Q_DECLARE_METATYPE(std::function<void(Desk&)>)
 
@@ -31,7 +31,7 @@ class SilentSensorTest : public QObject {
     row("disconnect", "Quenta", [](auto& desk) { desk.Click("connectButton"); });
     row("upgrade on lines", "Zelto", [](auto& desk) { desk.manager->ZeltoUpgradeLidar(Package(desk)); });
     row("function inside KTC", "Marvo-KTC",
-        [](auto& desk) { desk.manager->CallInBackground("ZeltoGetLidarFunctionSafety", {}); });
+        [](auto& desk) { QMetaObject::invokeMethod(desk.manager->smallSensor(), "readSafety"); });
     row("upgrade inside KTC", "Marvo-KTC",
         [](auto& desk) { desk.manager->MarvoUpgradeLidar(Package(desk)); });
   }
