@@ -19,14 +19,15 @@ using varkel::CommandConsole;
 /// A console with its sensor: what it sent last, and what it said.
 struct Bench {
   CommandConsole::Outcome Send(const std::string& command, const std::string& payload) {
-    const CommandConsole::Road road = {[this](std::uint8_t /*code*/, Bytes sent_payload, Vector& answer) {
-                                         ++queries;
-                                         sent.assign(sent_payload.begin(), sent_payload.end());
-                                         answer.assign(reply.begin(), reply.end());
-                                         return reply.empty() ? -1 : 0;
-                                       },
-                                       "failed", "header", "payload"};
-    return console.Send(road, command, payload, code);
+    const CommandConsole::Channel channel = {
+        [this](std::uint8_t /*code*/, Bytes sent_payload, Vector& answer) {
+          ++queries;
+          sent.assign(sent_payload.begin(), sent_payload.end());
+          answer.assign(reply.begin(), reply.end());
+          return reply.empty() ? -1 : 0;
+        },
+        "failed", "header", "payload"};
+    return console.Send(channel, command, payload, code);
   }
 
   const Bytes reply;

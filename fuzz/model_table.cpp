@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <QtGlobal>
+#include <memory>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -14,8 +15,8 @@
 #include "VarkelCore/src/pages/page_description.h"
 #include "VarkelCore/src/pages/page_reader.h"
 #include "VarkelCore/src/pages/page_writer.h"
-#include "VarkelCore/src/pages/range_check.h"
 #include "VarkelCore/src/pages/value_editor.h"
+#include "VarkelCore/src/values/range_check.h"
 #include "fuzz/input.h"
 #include "fuzz/scripted_transport.h"
 #include "tests/core/small_sensor_bench.h"
@@ -44,7 +45,8 @@ void CheckCatalogue(ConfigParser& catalogue) {
   }
 }
 
-void Describe(const ConfigParser& catalogue, const varkel::PendingEdits& edits) {
+void Describe(const varkel::Model& model) {
+  const ConfigParser& catalogue = *model.catalogue;
   PageTitles(catalogue);
   const QVariantList pages = PageRows(catalogue);
   for (const QVariant& page : pages) {
@@ -53,19 +55,19 @@ void Describe(const ConfigParser& catalogue, const varkel::PendingEdits& edits) 
       const VarInfo* var = VariableAt(catalogue, row[2].toInt(), row[3].toInt(), row[4].toInt());
       Require((row[4].toInt() < 0) == (var == nullptr), "a row leads to its variable");
       if (var == nullptr) continue;
-      const QVariantMap map = VariableMap(catalogue, *var, edits);
+      const QVariantMap map = VariableMap(model, *var);
       Require(map["options"].toList().size() == map["varname_value_to_option"].toList().size(),
               "each option has its label");
-      IsWithinRange(catalogue, var, "");
+      JudgeValue(catalogue, *var);
       JudgePageValue(catalogue, *var);
     }
   }
-  Require(VariableMaps(catalogue, edits).size() == pages.size(), "each page has its variables");
+  Require(VariableMaps(model).size() == pages.size(), "each page has its variables");
   DownloadableLogs(catalogue);
   CheckSetPayloads(catalogue);
 }
 
-void ReadAndSave(ConfigParser& catalogue, Bytes answer) {
+void ReadAndSave(varkel::Model& model, Bytes answer) {
   fuzz::AnswerWith([answer](Bytes request) {
     Vector reply;
     quarn::lidar::KtcParser(1).KtcStreamEncode(Vector(answer.begin(), answer.end()), reply, request[2]);
@@ -73,28 +75,27 @@ void ReadAndSave(ConfigParser& catalogue, Bytes answer) {
   });
   quarn::lidar::KtcClient& client = *fuzz::OpenClient(1);
   varkel::test::RecordedReport report;
-  varkel::PendingEdits edits;
-  varkel::FovTable fov;
-  const varkel::PageReader reader({report, edits, fov, [] {}});
-  const varkel::PageWriter writer({reader, edits, fov, report});
-  const varkel::ValueEditor editor(edits, report);
+  const ConfigParser& catalogue = *model.catalogue;
+  const varkel::PageReader reader({report, [] {}});
+  const varkel::PageWriter writer({reader, report});
+  const varkel::ValueEditor editor(report);
   const int pages = static_cast<int>(catalogue.module_vars().size());
   for (int page = 0; page < pages; ++page) {
     const auto groups = GroupByGetCommand(ReadableVars(catalogue, page));
-    reader.ReadGroups(catalogue, client, groups, "fuzz", [](bool) { return true; });
+    reader.ReadGroups(model, client, groups, "fuzz", [](bool) { return true; });
     const auto& module = catalogue.module_vars()[static_cast<std::size_t>(page)];
     for (int group = 0; std::cmp_less(group, module.size()); ++group) {
       const int count = static_cast<int>(module[static_cast<std::size_t>(group)].size());
       for (int index = 0; index < count; ++index) {
         const VarInfo* var = VariableAt(catalogue, page, group, index);
-        editor.SetText(catalogue, varkel::ValueEditor::kValue, page, group, index, var->default_val + "0");
-        editor.SetText(catalogue, varkel::ValueEditor::kSwitchValue, page, group, index, "1");
-        editor.SetText(catalogue, varkel::ValueEditor::kOptionIndex, page, group, index, "1");
+        editor.SetText(model, varkel::ValueEditor::kValue, page, group, index, var->default_val + "0");
+        editor.SetText(model, varkel::ValueEditor::kSwitchValue, page, group, index, "1");
+        editor.SetText(model, varkel::ValueEditor::kOptionIndex, page, group, index, "1");
       }
     }
   }
-  Describe(catalogue, edits);
-  for (int page = 0; page < pages; ++page) writer.Run(catalogue, client, page);
+  Describe(model);
+  for (int page = 0; page < pages; ++page) writer.Run(model, client, page);
   fuzz::Script() = {};
 }
 
@@ -104,15 +105,16 @@ void Load(const std::string& table, Bytes answer) {
   Require(
       ftruncate(file, 0) == 0 && std::cmp_equal(pwrite(file, table.data(), table.size(), 0), table.size()),
       "the memory file takes the table");
-  ConfigParser catalogue("/proc/self/fd/" + std::to_string(file));
+  const auto catalogue = std::make_shared<ConfigParser>("/proc/self/fd/" + std::to_string(file));
   try {
-    Require(catalogue.ExtractConfigInfo(), "the file is open");
+    Require(catalogue->ExtractConfigInfo(), "the file is open");
   } catch (const std::exception&) {
-    catalogue.RowBeingRead();
+    catalogue->RowBeingRead();
     return;
   }
-  CheckCatalogue(catalogue);
-  ReadAndSave(catalogue, answer);
+  CheckCatalogue(*catalogue);
+  varkel::Model model("fuzz", catalogue);
+  ReadAndSave(model, answer);
 }
 
 }  // namespace

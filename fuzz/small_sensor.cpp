@@ -5,7 +5,7 @@
 
 #include <stop_token>
 
-#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/model_names.h"
 #include "VarkelCore/src/small_sensor/small_sensor_info.h"
 #include "VarkelCore/src/upgrade/marvo_upgrade.h"
 #include "fuzz/input.h"

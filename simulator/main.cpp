@@ -16,10 +16,10 @@
 #include <utility>
 #include <vector>
 
-#include "simulator/road_options.h"
 #include "simulator/src/datagram_stream.h"
 #include "simulator/src/simulated_sensor.h"
 #include "simulator/src/simulated_small_sensor.h"
+#include "simulator/transport_options.h"
 
 namespace {
 
@@ -148,9 +148,10 @@ int Run(int argc, char** argv) {
   app.add_option("--rs485-link", lines.rs485_link, "Where to put a link to the RS485 line of Zelto");
   app.add_option("--uart-link", lines.uart_link, "Where to put a link to the UART line of Zelto");
   app.add_option(
-         "--misbehave", options.misbehaviours,
+         "--fault", options.faults,
          "COMMAND=KIND[:ARGUMENT][#N], e.g. 0x07=silence or 0x12=late:1500; kinds: late, split, noise, "
-         "wrong-echo, error, lying-length, silence, close. A small sensor's frames are ldcmd:ITEM (or "
+         "wrong-echo, error, lying-length, clamp, silence, close, drop. A small sensor's frames are "
+         "ldcmd:ITEM (or "
          "ldcmd-get:, "
          "ldcmd-set:) and ota:TYPE, e.g. ota:2=error:7#3. Repeatable")
       ->allow_extra_args(false);
@@ -174,7 +175,7 @@ int Run(int argc, char** argv) {
   const std::unique_ptr<DatagramStream> stream = StartStream(datagrams);
   if (stream) std::printf("sending datagrams to %s\n", datagrams.to.c_str());
   if (model == kSerialModel) {
-    lines.misbehaviours = options.misbehaviours;
+    lines.faults = options.faults;
     lines.watcher = options.serial_watcher;
     lines.data_period = kDataPeriod;
     SimulatedSmallSensor sensor(std::move(lines));

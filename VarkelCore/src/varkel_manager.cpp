@@ -1,39 +1,42 @@
 #include "VarkelCore/src/varkel_manager.h"
 
-#include <QDebug>
-#include <QFile>
+#include <atomic>
 #include <exception>
 #include <iostream>
-#include <memory>
-#include <optional>
 #include <utility>
 #include <vector>
 
-#include "VarkelCore/src/background_calls.h"
-#include "VarkelCore/src/catalogue/named_command.h"
-#include "VarkelCore/src/catalogue/table_check.h"
-#include "VarkelCore/src/controller_parts.h"
+#include "VarkelCore/src/actions/config_file_query.h"
+#include "VarkelCore/src/actions/console_commands.h"
+#include "VarkelCore/src/actions/log_downloads.h"
+#include "VarkelCore/src/actions/sensor_restart.h"
+#include "VarkelCore/src/catalogue/model_names.h"
+#include "VarkelCore/src/catalogue/variable_search.h"
+#include "VarkelCore/src/pages/page_check.h"
 #include "VarkelCore/src/pages/page_description.h"
-#include "VarkelCore/src/upgrade/marvo_package.h"
+#include "VarkelCore/src/pages/page_read_queue.h"
+#include "VarkelCore/src/pages/page_reading.h"
+#include "VarkelCore/src/pages/page_saving.h"
+#include "VarkelCore/src/pages/value_editor.h"
+#include "VarkelCore/src/session/connection_settings.h"
+#include "VarkelCore/src/session/connector.h"
+#include "VarkelCore/src/small_sensor/background_functions.h"
+#include "VarkelCore/src/small_sensor/small_sensor_info.h"
+#include "VarkelCore/src/tasks/background_work.h"
+#include "VarkelCore/src/tasks/signal_report.h"
+#include "VarkelCore/src/upgrade/firmware_upgrade.h"
+#include "VarkelCore/src/values/model_selection.h"
 #include "libquarn/Platform/src/text_number.h"
 
-using varkel::VarInfo;
+using namespace varkel;
 
 namespace {
 
-constexpr std::uint8_t kConfigFileCommand = 116;
+/// Bounds the load on the sensor.
+constexpr std::chrono::milliseconds kPageRefreshPeriod{100};
 
 QString Text(const std::string& text) {
   return QString::fromStdString(text);
-}
-
-/// Two spellings under which tables may carry a name: words with a capital first letter, and lower case.
-std::vector<std::string> CaseForms(const QString& name) {
-  QString capitalised = name;
-  for (int i = 0; i < capitalised.size(); ++i) {
-    if (i == 0 || capitalised[i - 1].isSpace()) capitalised[i] = capitalised[i].toUpper();
-  }
-  return {capitalised.toStdString(), name.toLower().toStdString()};
 }
 
 QVariantList TextList(const std::vector<std::string>& texts) {
@@ -42,22 +45,139 @@ QVariantList TextList(const std::vector<std::string>& texts) {
   return list;
 }
 
-QVariantList RowMaps(const std::vector<varkel::InfoRow>& rows) {
+QVariantList RowMaps(const std::vector<InfoRow>& rows) {
   QVariantList maps;
-  for (const varkel::InfoRow& row : rows) {
+  for (const InfoRow& row : rows) {
     maps.append(
         QVariantMap{{QStringLiteral("label"), Text(row.label)}, {QStringLiteral("value"), Text(row.value)}});
   }
   return maps;
 }
 
-/// A firmware package, opened; null when it can't be. Large ones, on slow disks, are read on a worker.
-std::shared_ptr<QFile> OpenPackage(const QUrl& file_url) {
-  auto file = std::make_shared<QFile>(file_url.toLocalFile());
-  return file->open(QIODevice::ReadOnly) ? file : nullptr;
-}
-
 }  // namespace
+
+/// The controller's collaborators, in an order in which each needs only earlier ones.
+struct VarkelManager::Parts {
+  Parts(VarkelManager& face, bool flag, std::string path);
+
+  /// Raises a signal on the window's thread.
+  std::function<void()> Emit(void (VarkelManager::*notify)()) {
+    return [this, notify] { events.Post([this, notify] { std::invoke(notify, manager); }); };
+  }
+  /// Disconnects that session's sensor, unless it has been already.
+  void Disconnect(const std::shared_ptr<SensorSession>& session) {
+    events.Post([this, session] {
+      if (connection.session() == session) manager.Stop();
+    });
+  }
+
+  VarkelManager& manager;
+  const bool creation_flag;
+  const std::string config_file_path;
+
+  // The window's thread only.
+  const SettingsFile settings_file;
+  std::string settings_fault;  ///< why the settings are the defaults
+  ConnectionSettings settings;
+  QString error_message;
+  QString success_message;
+  QString vm_now_name;
+
+  // Shared with workers: atomics and classes that guard themselves.
+  EventQueue events;
+  SignalReport report;
+  std::atomic<int> connect_type = kNetwork;
+  ByteLogSwitch log_bytes = false;
+  std::atomic<bool> checking = false;
+  ModelSelection models;
+  Activity activity;
+  WorkerThreads workers;
+  BackgroundWork background;
+  SensorConnection connection;
+
+  const PageReader reader;
+  PageReading reading;
+  PageReadQueue page_reads;
+  const ValueEditor editor;
+  const PageCheck page_check;
+  const PageWriter writer;
+  const PageSaving saving;
+
+  ConsoleCommands console;
+  LogDownloads downloads;
+  FirmwareUpgrade upgrade;
+
+  SmallSensor small_sensor;
+  BackgroundFunctions small_sensor_functions;
+  SmallSensorInfo small_sensor_info;
+
+  Connector connector;
+};
+
+VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
+    : manager(face),
+      creation_flag(flag),
+      config_file_path(std::move(path)),
+      settings(settings_file.Load(&settings_fault)),
+      report(events,
+             {[this](const QString& text, const QString& type) { emit manager.sendLogMessage(text, type); },
+              [this](const QString& text) { manager.setErrorMsg(text); },
+              [this](const QString& text) { manager.setSuccessMsg(text); }}),
+      activity({Emit(&VarkelManager::isUpgradingChanged), Emit(&VarkelManager::isDownloadLogChanged)}),
+      background(workers, events, [this] { emit manager.isWorkingChanged(); }),
+      reader({report, Emit(&VarkelManager::fovConfigChanged)}),
+      reading(connection, models, connect_type, reader),
+      page_reads(
+          workers,
+          [this](int module, const std::function<bool()>& replaced) {
+            if (reading.ReadPage(module, replaced)) Emit (&VarkelManager::myMapChanged)();
+          },
+          [this](int module) {
+            events.Post([this, module] {
+              emit manager.isReadingPageChanged();
+              emit manager.pageReadFinished(module);
+            });
+          }),
+      editor(report),
+      page_check({report,
+                  [this](const std::string& name) {
+                    events.Post([this, name = Text(name)] { emit manager.someVarOutOfRange(name); });
+                  }}),
+      writer({reader, report}),
+      saving(connection, models, activity, writer, report),
+      console(connection, activity, connect_type, report,
+              {Emit(&VarkelManager::sendCommandHistoryChanged),
+               [this](const auto& session) { Disconnect(session); }}),
+      downloads(connection, activity, workers, report,
+                {Emit(&VarkelManager::downloadFinished),
+                 [this](bool complete) {
+                   events.Post([this, complete] { emit manager.downloadOperationLogFinished(complete); });
+                 }}),
+      upgrade(report, activity, workers, connect_type,
+              {[this](SensorSession& session, const ConfigParser& catalogue) {
+                 return RestartSensor(catalogue, session, report);
+               },
+               [this](const auto& session) { Disconnect(session); }}),
+      small_sensor(
+          report, activity, [this] { return connection.session(); }, connect_type),
+      small_sensor_functions(small_sensor, background),
+      small_sensor_info(
+          report, activity,
+          {Emit(&VarkelManager::zeltoLidarInfoChanged), Emit(&VarkelManager::isGetPBLVersionChanged)}),
+      connector(connection, workers, {report, log_bytes, activity},
+                {{kPageRefreshPeriod,
+                  [this](SensorSession& session, const std::stop_token& stop) {
+                    if (reading.RefreshShownPage(session, stop)) Emit (&VarkelManager::myTimerMapChanged)();
+                  }},
+                 {SmallSensorInfo::kPeriod,
+                  [this](SensorSession& session, const std::stop_token& stop) {
+                    small_sensor_info.Round(session, stop);
+                  }}},
+                {[this] {
+                   Emit (&VarkelManager::myMapChanged)();
+                   Emit (&VarkelManager::isConnectedChanged)();
+                 },
+                 Emit(&VarkelManager::isConnectedChanged)}) {}
 
 // Life
 
@@ -67,10 +187,10 @@ VarkelManager* VarkelManager::GetInstance(bool flag, const std::string& config_p
 }
 
 VarkelManager::VarkelManager(bool flag, const std::string& config_path)
-    : d_(std::make_unique<Private>(this, flag, config_path)) {
+    : d_(std::make_unique<Parts>(*this, flag, config_path)) {
   emit initInfoChanged();
   if (d_->settings_fault.empty()) return;
-  // Told when the event loop runs: by then the user interface listens.
+  // Reported when the event loop runs: by then the user interface listens.
   QMetaObject::invokeMethod(this, "sendLogMessage", Qt::QueuedConnection,
                             Q_ARG(QString, Text(d_->settings_fault)),
                             Q_ARG(QString, QStringLiteral("WARNING")));
@@ -79,17 +199,14 @@ VarkelManager::VarkelManager(bool flag, const std::string& config_path)
 VarkelManager::~VarkelManager() {
   d_->events.Close();
   d_->workers.RequestStop();
-  d_->connection.Interrupt();
-  d_->serial.Interrupt();
+  d_->connection.End();
   d_->workers.StopAndJoin();
-  d_->refresher.Stop();
-  d_->info.Stop();
 }
 
 void VarkelManager::SetVMNowName(const QString& name) {
-  if (name.isEmpty() || !(LidarModelList().contains(name) || varkel::IsHostModel(name.toStdString()))) return;
+  if (name.isEmpty() || !(LidarModelList().contains(name) || IsHostModel(name.toStdString()))) return;
   InitConfigFileParser(name);
-  d_->vm_now_name = name.toStdString();
+  d_->vm_now_name = name;
   emit lidarModelListChanged();
 }
 
@@ -104,13 +221,11 @@ void VarkelManager::set_ip_address(const QString& text) {
 QString VarkelManager::udpPort() const {
   return QString::number(d_->settings.udp_port);
 }
-
 void VarkelManager::setUdpPort(const QString& text) {
-  d_->ReportConversion([this, &text] {
+  d_->report.Guard([this, &text] {
     d_->settings.udp_port = static_cast<std::uint16_t>(quarn::lidar::TextToInt(text.toStdString()));
   });
 }
-
 QString VarkelManager::port() const {
   return Text(d_->settings.port);
 }
@@ -139,69 +254,53 @@ void VarkelManager::set_baud_rate(const QString& text) {
 // Model
 
 QVariantList VarkelManager::LidarModelList() const {
-  if (!d_->vm_now_name.empty()) return {Text(d_->vm_now_name)};
-  QVariantList models;
-  for (const std::string& model : varkel::ListModels()) models.append(Text(model));
-  return models;
+  return d_->vm_now_name.isEmpty() ? TextList(ListModels()) : QVariantList{d_->vm_now_name};
 }
 
 void VarkelManager::InitConfigFileParser(const QString& model_name) {
   const std::string model = model_name.toStdString();
-  d_->connect_type = varkel::ConnectTypeOf(model);
-  const std::string fault = d_->selection.Select(model);
-  d_->edits.Clear();
-  d_->info.SetModel(model);
+  d_->connect_type = ConnectTypeOf(model);
+  const LoadReport loaded = d_->models.Select(model);
+  d_->small_sensor_info.SetModel(model);
   emit zeltoLidarInfoChanged();
   emit connectTypeChanged();
   emit lidarClearModel();
   emit lidarModelChanged();
   emit lidarShowModel();
-  std::vector<std::string> warnings = varkel::CheckSetPayloads(*d_->selection.catalogue());
-  for (std::string& finding : warnings) {
-    finding.insert(0, "The model table of " + model + " puts fields at wrong places: ");
-  }
   // Later: at the start the table is loaded before the window that shows this.
-  d_->events.PostLater([d = d_.get(), fault, warnings = std::move(warnings)] {
-    if (!fault.empty()) {
-      d->Log(fault, "ERROR");
-      d->Error(fault);
-    }
-    for (const std::string& warning : warnings) d->Log(warning, "WARNING");
+  d_->events.PostLater([this, loaded] {
+    if (!loaded.fault.empty()) d_->report.Error(loaded.fault);
+    for (const std::string& error : loaded.errors) d_->report.Log(error, "ERROR");
+    for (const std::string& warning : loaded.warnings) d_->report.Log(warning, "WARNING");
   });
 }
 
 QVariantList VarkelManager::level1List() const {
-  const auto catalogue = d_->selection.catalogue();
-  return catalogue ? varkel::PageTitles(*catalogue) : QVariantList();
+  const auto catalogue = d_->models.catalogue();
+  return catalogue ? PageTitles(*catalogue) : QVariantList();
 }
-
 QVariantList VarkelManager::level2List() const {
-  const auto catalogue = d_->selection.catalogue();
-  return catalogue ? varkel::PageRows(*catalogue) : QVariantList();
+  const auto catalogue = d_->models.catalogue();
+  return catalogue ? PageRows(*catalogue) : QVariantList();
 }
-
 QVariantList VarkelManager::logRepeaterModel() const {
-  const auto catalogue = d_->selection.catalogue();
-  return catalogue ? varkel::DownloadableLogs(*catalogue) : QVariantList();
+  const auto catalogue = d_->models.catalogue();
+  return catalogue ? DownloadableLogs(*catalogue) : QVariantList();
 }
-
 bool VarkelManager::CheckVarExistsInConfigFileByName(const QString& qs_var_info) {
-  const auto catalogue = d_->selection.catalogue();
-  if (qs_var_info.isEmpty() || !catalogue) return false;
-  for (const std::string& form : CaseForms(qs_var_info)) {
-    if (catalogue->FindByName(form) != nullptr) return true;
-  }
-  return false;
+  const auto catalogue = d_->models.catalogue();
+  return catalogue && HasVariableNamed(*catalogue, qs_var_info.toStdString());
 }
-
 QString VarkelManager::getLidarSN() {
-  return d_->PageValue("SN");
+  const auto catalogue = d_->models.catalogue();
+  return catalogue ? Text(PageValue(*catalogue, "SN")) : QString();
 }
 QString VarkelManager::getLidarPN() {
-  return d_->PageValue("PN");
+  const auto catalogue = d_->models.catalogue();
+  return catalogue ? Text(PageValue(*catalogue, "PN")) : QString();
 }
 QString VarkelManager::getVMNowName() {
-  return Text(d_->vm_now_name);
+  return d_->vm_now_name;
 }
 int VarkelManager::connectType() const {
   return d_->connect_type;
@@ -210,28 +309,16 @@ int VarkelManager::connectType() const {
 // Connection
 
 bool VarkelManager::ConnectLidar() {
-  if (GetIsConnectingLidar()) return false;
-  d_->workers.Start([this, settings = d_->settings, type = d_->connect_type.load(),
-                     model = d_->selection.model_name()](const std::stop_token& stop) {
-    switch (type) {
-      case varkel::kSerialLines:
-        d_->serial.InitSerial(stop, settings);
-        break;
-      case varkel::kKtcToSmallSensor:
-        d_->serial.InitKtcForSerial(stop, settings, model);
-        break;
-      default:
-        d_->connection.Init(stop, settings);
-    }
-  });
+  if (!d_->connector.Start(d_->connect_type, d_->settings)) return false;
+  if (const auto model = d_->models.model()) model->values.SensorChanged();
   const std::string fault = d_->settings_file.Save(d_->settings);
-  if (!fault.empty()) d_->Log(fault, "WARNING");
+  if (!fault.empty()) d_->report.Log(fault, "WARNING");
   return true;
 }
 
 bool VarkelManager::CheckLidarConnection() {
-  return d_->serial.is_connected() ? d_->serial.CheckLidarConnection()
-                                   : d_->connection.CheckLidarConnection();
+  const auto session = d_->connection.session();
+  return session && session->Answers();
 }
 
 void VarkelManager::CheckConnectionInBackground() {
@@ -247,21 +334,25 @@ void VarkelManager::CheckConnectionInBackground() {
 
 void VarkelManager::Stop() {
   const int type = d_->connect_type;
-  if (type != varkel::kNetwork && type != varkel::kSerialLines && type != varkel::kKtcToSmallSensor) {
+  if (type != kNetwork && type != kSerialLines && type != kKtcToSmallSensor) {
     emit sendLogMessage(QStringLiteral("connect type is not support"), QStringLiteral("INFO"));
     return;
   }
   try {
-    d_->EndConnections();
+    d_->connection.End();
   } catch (const std::exception&) {
     std::cout << "stop error\n" << std::flush;
   }
-  d_->connect_type = varkel::ConnectTypeOf(d_->selection.model_name());  // the next connection is the model's
-  if (type == varkel::kNetwork) d_->edits.Clear();
+  d_->small_sensor_info.Reset();
+  if (const auto model = d_->models.model()) {
+    if (type != kSerialLines) model->values.SerialNumberUnknown();
+    type == kNetwork ? model->values.Disconnected() : model->values.SensorChanged();
+  }
+  d_->connect_type = ConnectTypeOf(d_->models.model_name());  // the next connection is the model's
   emit isConnectedChanged();
-  if (type == varkel::kNetwork) {
+  if (type == kNetwork) {
     emit myMapChanged();
-    d_->fov.ResetOnDisconnect();
+    emit fovConfigChanged();
   } else {
     emit zeltoLidarInfoChanged();
   }
@@ -269,98 +360,67 @@ void VarkelManager::Stop() {
 }
 
 bool VarkelManager::GetIsConnectingLidar() {
-  return d_->connection.is_connecting() || d_->serial.is_connecting();
+  return d_->connection.is_connecting();
 }
 bool VarkelManager::IsConnected() const {
-  return d_->link.is_connected();
+  return d_->connection.session() != nullptr;
 }
 void VarkelManager::SetLogBytesFlowStatus(bool flag) {
-  d_->connection.set_log_bytes(flag);
-  d_->serial.set_log_bytes(flag);
+  d_->log_bytes = flag;
 }
-
 void VarkelManager::StartGetConfigFile() {
-  d_->workers.Start([this](const std::stop_token&) {
-    const auto client = d_->connection.client();
-    if (!client) return;
-    std::vector<std::uint8_t> discarded;
-    const int result = client->QueryCommand({}, discarded, kConfigFileCommand, false);
-    // The two texts are the wrong way round; scripts that read them count on it.
-    std::cout << (result != 0 ? "[SUCCESS]: Get config file from lidar success! \n"
-                              : "[FAILED]: Get config file from lidar failed! \n")
-              << std::flush;
-  });
+  const auto session = d_->connection.session();
+  if (session) d_->workers.Start([session](const std::stop_token&) { QueryConfigFile(*session); });
 }
 
 // Reading
 
 QVariantList VarkelManager::myMap() const {
-  const auto catalogue = d_->selection.catalogue();
-  return catalogue ? varkel::VariableMaps(*catalogue, d_->edits) : QVariantList();
+  const auto model = d_->models.model();
+  return model ? VariableMaps(*model) : QVariantList();
 }
 
 QVariantMap VarkelManager::variableMap(int module, int group, int index) const {
-  const auto catalogue = d_->selection.catalogue();
-  if (!catalogue) return {};
-  const VarInfo* var = varkel::VariableAt(*catalogue, module, group, index);
-  return var != nullptr ? d_->maps.Map(catalogue, *var, d_->edits) : QVariantMap();
-}
-
-QString VarkelManager::valueMark(int module, int group, int index) const {
-  const auto catalogue = d_->selection.catalogue();
-  if (!catalogue) return {};
-  const VarInfo* var = varkel::VariableAt(*catalogue, module, group, index);
-  return var != nullptr ? varkel::ValueMark(*catalogue, *var) : QString();
+  const auto model = d_->models.model();
+  const VarInfo* var = model ? VariableAt(*model->catalogue, module, group, index) : nullptr;
+  return var != nullptr ? VariableMap(*model, *var) : QVariantMap();
 }
 
 QVariantList VarkelManager::FovList() const {
+  const auto model = d_->models.model();
   QVariantList texts;
-  for (const float degrees : d_->fov.Get()) texts.append(QString::number(degrees, 'f', 1));
+  for (const float degrees : model ? model->values.Fov() : kDefaultFov) {
+    texts.append(QString::number(degrees, 'f', 1));
+  }
   return texts;
 }
 
 void VarkelManager::GetLidarModuleInfo(int module) {
-  if (d_->ReadPage(module, [] { return false; })) emit myMapChanged();
+  if (d_->reading.ReadPage(module, [] { return false; })) emit myMapChanged();
 }
-
 void VarkelManager::ReadPageInBackground(int module) {
   d_->page_reads.Request(module);
   emit isReadingPageChanged();
 }
-
 bool VarkelManager::isWorking() const {
-  return d_->works_running > 0;
+  return d_->background.is_running();
 }
 bool VarkelManager::isReadingPage() const {
   return d_->page_reads.is_reading();
 }
-
 bool VarkelManager::UpdateSingleVarInfo(const QString& qs_var_info, const QString& search_type) {
-  const auto client = d_->connection.usable_client();
-  const auto catalogue = d_->selection.catalogue();
-  if (!client || !catalogue) return false;
-  VarInfo* const var = d_->searchVarPtr(*catalogue, qs_var_info, search_type);
-  if (var == nullptr || var->get_cmd.empty()) return false;
-  try {
-    return d_->reader.GetInfoFromLidar(*catalogue, *client, *var);
-  } catch (const std::exception& error) {
-    qDebug() << "VarkelManager::UpdateSingleVarInfo" << error.what();
-    return false;
-  }
+  return d_->reading.UpdateSingleVarInfo(qs_var_info.toStdString(), search_type.toStdString());
 }
-
 bool VarkelManager::isTimerUpdate(int i, int j, int k) {
-  const auto catalogue = d_->selection.catalogue();
-  if (!catalogue) return false;
-  const VarInfo* var = varkel::VariableAt(*catalogue, i, j, k);
+  const auto catalogue = d_->models.catalogue();
+  const VarInfo* var = catalogue ? VariableAt(*catalogue, i, j, k) : nullptr;
   return var != nullptr && var->timer_update;
 }
-
 void VarkelManager::UpdateUI() {
   emit myMapChanged();
 }
 void VarkelManager::setModuleIndexUse(int module) {
-  d_->module_index_use = module;
+  d_->reading.set_shown_module(module);
 }
 
 // Notices
@@ -371,12 +431,10 @@ QString VarkelManager::errorMessage() const {
 QString VarkelManager::successMessage() const {
   return d_->success_message;
 }
-
 void VarkelManager::setErrorMsg(const QString& str) {
   d_->error_message = str;
   if (!d_->error_message.isEmpty()) emit errorMessageChanged();
 }
-
 void VarkelManager::setSuccessMsg(const QString& str) {
   d_->success_message = str;
   if (!d_->success_message.isEmpty()) emit successMessageChanged();
@@ -385,40 +443,62 @@ void VarkelManager::setSuccessMsg(const QString& str) {
 // Writing
 
 void VarkelManager::SetText(int type, int level1, int level2, int level3, const QString& text) {
-  const auto catalogue = d_->selection.catalogue();
-  if (!catalogue) return;
-  d_->ReportConversion(
-      [&] { d_->editor.SetText(*catalogue, type, level1, level2, level3, text.toStdString()); });
+  const auto model = d_->models.model();
+  if (!model) return;
+  d_->report.Guard([&] { d_->editor.SetText(*model, type, level1, level2, level3, text.toStdString()); });
   emit editsChanged();
 }
 
 void VarkelManager::ClearSetMap() {
-  d_->edits.Clear();
+  const auto model = d_->models.model();
+  const bool angles_went_back = model && model->values.Cancel();
   emit editsChanged();
+  if (angles_went_back) emit fovConfigChanged();
 }
 
 int VarkelManager::getSetMapSize() {
-  return static_cast<int>(d_->edits.command_count());
+  const auto model = d_->models.model();
+  return model ? static_cast<int>(model->values.pending_count()) : 0;
 }
 
 void VarkelManager::Run(int module) {
-  if (!d_->selection.catalogue()) return;
-  const auto client = d_->ClientForWriting();
-  if (client && d_->CanWrite(module)) d_->Write(*client, module);
+  const auto save = d_->saving.Prepare(module);
+  if (!save) return;
+  d_->saving.Run(*save);
+  AnnounceSave();
 }
 
 void VarkelManager::RunInBackground(int module) {
-  const auto client = d_->selection.catalogue() ? d_->ClientForWriting() : nullptr;
-  if (!client || !d_->CanWrite(module)) {
+  const auto save = d_->saving.Prepare(module);
+  if (!save) {
     emit pageWriteFinished(module);
     return;
   }
-  d_->InBackground([this, client, module] { d_->Write(*client, module); },
-                   [this, module] { emit pageWriteFinished(module); });
+  d_->background.Start([this, save] { d_->saving.Run(*save); },
+                       [this, module] {
+                         AnnounceSave();
+                         emit pageWriteFinished(module);
+                       });
+}
+
+void VarkelManager::AnnounceSave() {
+  emit sendCommandHistoryChanged();
+  emit editsChanged();
+  emit myMapChanged();
+}
+
+QStringList VarkelManager::unreadFields(int module) const {
+  const auto model = d_->models.model();
+  QStringList names;
+  if (!model) return names;
+  for (const std::string& name : UnreadFields(*model, module)) names.append(Text(name));
+  return names;
 }
 
 void VarkelManager::SetMultiFovConfig(int index, const QString& fov) {
-  if (d_->editor.SetFov(d_->fov, index, fov.toStdString())) {
+  const auto model = d_->models.model();
+  if (!model) return;
+  if (d_->editor.SetFov(*model, index, fov.toStdString())) {
     emit editsChanged();
     return;
   }
@@ -427,35 +507,27 @@ void VarkelManager::SetMultiFovConfig(int index, const QString& fov) {
 }
 
 bool VarkelManager::CheckVarIsWithinRange(const QString& qs_var_info, const QString& search_type) {
-  const auto catalogue = d_->selection.catalogue();
-  if (!catalogue) return true;
-  return varkel::IsWithinRange(*catalogue, d_->searchVarPtr(*catalogue, qs_var_info, search_type),
-                               qs_var_info);
+  const auto model = d_->models.model();
+  if (!model) return true;
+  const std::string key = qs_var_info.toStdString();
+  const VarInfo* var = searchVarPtr(*model->catalogue, key, search_type.toStdString());
+  return d_->page_check.CheckVarIsWithinRange(*model, var, key);
 }
 
 bool VarkelManager::CheckModuleVarsWithinRange(int module) {
-  const auto catalogue = d_->selection.catalogue();
-  if (!d_->CanWrite(module)) return true;
-  bool within = true;
-  for (const auto& group : catalogue->module_vars()[static_cast<std::size_t>(module)]) {
-    for (const VarInfo* var : group) {
-      const varkel::RangeFault fault = varkel::JudgePageValue(*catalogue, *var);
-      within &= fault == varkel::RangeFault::kNone;
-      d_->ReportRangeFault(*catalogue, *var, fault);
-    }
-  }
-  return within;
+  const auto model = d_->models.model();
+  return !model || d_->page_check.CheckModuleVarsWithinRange(*model, module);
 }
 
 // Console
 
 int VarkelManager::CommandLogCnt() const {
-  return static_cast<int>(d_->console.history().size());
+  return static_cast<int>(d_->console.console().history().size());
 }
 
 QVariantList VarkelManager::SendCommandHistory() const {
   QVariantList records;
-  for (const auto& record : d_->console.history()) {
+  for (const auto& record : d_->console.console().history()) {
     records.append(QVariantMap{{QStringLiteral("record_time"), Text(record.time)},
                                {QStringLiteral("send_cmd_history"), Text(record.command)},
                                {QStringLiteral("send_payload_history"), Text(record.payload)}});
@@ -464,118 +536,75 @@ QVariantList VarkelManager::SendCommandHistory() const {
 }
 
 QString VarkelManager::getSendKtcCommandReturnHeader() const {
-  return Text(d_->console.return_header());
+  return Text(d_->console.console().return_header());
 }
 QString VarkelManager::getSendKtcCommandReturnPayload() const {
-  return Text(d_->console.return_payload());
+  return Text(d_->console.console().return_payload());
 }
-
 void VarkelManager::SendCommand(const QString& cmd_qs, const QString& payload_qs) {
-  d_->Send(cmd_qs.toStdString(), payload_qs.toStdString());
+  d_->console.Send(cmd_qs.toStdString(), payload_qs.toStdString());
 }
-
 void VarkelManager::SendCommandInBackground(const QString& cmd_qs, const QString& payload_qs) {
-  d_->InBackground([this, command = cmd_qs.toStdString(),
-                    payload = payload_qs.toStdString()] { d_->Send(command, payload); },
-                   [] {});
+  d_->background.Start([this, command = cmd_qs.toStdString(),
+                        payload = payload_qs.toStdString()] { d_->console.Send(command, payload); },
+                       [] {});
 }
 
 // Restart, reset, logs
 
 int VarkelManager::Restart() {
-  return d_->RestartNow();
+  const auto session = d_->connection.session();
+  const auto catalogue = d_->models.catalogue();
+  if (!session || !catalogue) return -1;
+  const int code = RestartSensor(*catalogue, *session, d_->report);
+  if (code == 0) d_->Disconnect(session);
+  return code;
 }
+
 int VarkelManager::Reset() {
-  return d_->ResetNow();
+  const auto session = d_->connection.session();
+  const auto catalogue = d_->models.catalogue();
+  return session && catalogue ? ResetSensor(*catalogue, *session, d_->report) : -1;
 }
 
 void VarkelManager::RestartInBackground() {
-  d_->InBackground([this] { d_->RestartNow(); }, [] {});
+  d_->background.Start([this] { Restart(); }, [] {});
 }
-
 void VarkelManager::ResetInBackground() {
-  d_->InBackground([this] { d_->ResetNow(); }, [] {});
+  d_->background.Start([this] { Reset(); }, [] {});
 }
-
 int VarkelManager::DownloadOperationLog(const QUrl& fileUrl) {
-  return d_->Download([this, archive = fileUrl.toLocalFile()](auto& client, const auto& catalogue) {
-    d_->FetchOperationLog(client, catalogue, archive);
-  });
+  return d_->downloads.StartOperationLog(d_->models.catalogue(), fileUrl.toLocalFile());
 }
-
 int VarkelManager::DownloadOperationLogThread(const QUrl& fileUrl) {
-  const auto client = d_->connection.usable_client();
-  const auto catalogue = d_->selection.catalogue();
-  if (!client || !catalogue) return -1;
-  d_->FetchOperationLog(*client, *catalogue, fileUrl.toLocalFile());
-  return 0;
+  return d_->downloads.DownloadOperationLog(d_->models.catalogue(), fileUrl.toLocalFile());
 }
-
 int VarkelManager::DownloadLog(const QUrl& fileUrl, const QString& type) {
-  return d_->Download([this, folder = fileUrl.toLocalFile(), type](auto& client, const auto& catalogue) {
-    d_->logs.DownloadLog(catalogue, client, folder, type);
-    d_->Emit(&VarkelManager::downloadFinished);
-  });
+  return d_->downloads.StartLog(d_->models.catalogue(), fileUrl.toLocalFile(), type);
 }
-
 bool VarkelManager::IsDownloadLog() const {
-  return d_->downloading_log;
+  return d_->activity.is_downloading();
 }
-
 void VarkelManager::setIsDownloadLog(bool running) {
-  d_->SetDownloading(running);
+  d_->activity.SetDownloading(running);
 }
 
 // Upgrades
 
 int VarkelManager::UpgradeLidar(const QUrl& fileUrl, int level1, int level2, int level3) {
-  const auto client = d_->connection.client();
-  const auto catalogue = d_->selection.catalogue();
-  if (!client || !client->IsOpen() || d_->IsBusy() || !catalogue) return -1;
-  const auto package = OpenPackage(fileUrl);
-  if (!package) return 0;
-  const VarInfo* var = varkel::VariableAt(*catalogue, level1, level2, level3);
-  const std::string command = var == nullptr ? std::string() : varkel::UpgradeCommandText(*var);
-  if (command.empty()) return 0;
-  const auto send = [this, client, command](const std::stop_token& stop,
-                                            const std::vector<std::uint8_t>& bytes) {
-    d_->upgrade.SendOverNetwork(stop, *client, bytes, command);
-  };
-  return d_->StartUpgrade(package, send) ? 0 : -1;
+  const auto catalogue = d_->models.catalogue();
+  const VarInfo* var = catalogue ? VariableAt(*catalogue, level1, level2, level3) : nullptr;
+  return d_->upgrade.StartFromRow(d_->connection.session(), catalogue, var, fileUrl.toLocalFile());
 }
-
 int VarkelManager::ZeltoUpgradeLidar(const QUrl& fileUrl) {
-  if (!d_->CanUpgradeSmallSensor()) {
-    setErrorMsg(QStringLiteral("lidar is not connected, or lidar is upgrade"));
-    return -1;
-  }
-  const auto package = OpenPackage(fileUrl);
-  if (!package) return 0;
-  const auto send = [this](const std::stop_token& stop, const std::vector<std::uint8_t>& bytes) {
-    d_->UpgradeSmallSensor(stop, bytes);
-  };
-  return d_->StartUpgrade(package, send) ? 0 : -1;
+  return d_->upgrade.StartSmallSensor(d_->connection.session(), d_->models.catalogue(),
+                                      fileUrl.toLocalFile());
 }
-
 int VarkelManager::MarvoUpgradeLidar(const QUrl& fileUrl) {
-  if (!d_->CanUpgradeSmallSensor() || !d_->link.KtcExchange()) {
-    setErrorMsg(QStringLiteral("lidar is not connected, or lidar is upgrading"));
-    return -1;
-  }
-  const auto package = OpenPackage(fileUrl);
-  if (!package || package->size() < static_cast<qint64>(varkel::kMarvoHeaderSize)) {
-    setErrorMsg(package ? QStringLiteral("Upgrade package too small")
-                        : QStringLiteral("Failed to open upgrade file"));
-    return -1;
-  }
-  const auto send = [this](const std::stop_token& stop, const std::vector<std::uint8_t>& bytes) {
-    d_->marvo.Run(stop, bytes, d_->upgrade.Run());
-  };
-  return d_->StartUpgrade(package, send) ? 0 : -1;
+  return d_->upgrade.StartMarvo(d_->connection.session(), fileUrl.toLocalFile());
 }
-
 bool VarkelManager::IsUpgrading() const {
-  return d_->upgrade.is_upgrading();
+  return d_->activity.is_upgrading();
 }
 int VarkelManager::upgradeProgress() const {
   return d_->upgrade.progress();
@@ -584,59 +613,50 @@ int VarkelManager::upgradeProgressTotalLen() const {
   return d_->upgrade.total();
 }
 
-// Small serial sensors
+// Small sensors
 
+QObject* VarkelManager::smallSensor() const {
+  return &d_->small_sensor_functions;
+}
 QVariantList VarkelManager::ZeltoLidarInfo() const {
-  return RowMaps(d_->info.Info());
+  return RowMaps(d_->small_sensor_info.Info());
 }
 QVariantList VarkelManager::ZeltoLidarVersionInfo() const {
-  return RowMaps(d_->info.Versions());
+  return RowMaps(d_->small_sensor_info.Versions());
 }
 bool VarkelManager::isGetPBLVersion() const {
-  return d_->info.is_getting_pbl_version();
+  return d_->small_sensor_info.is_getting_pbl_version();
 }
-
 void VarkelManager::ZeltoSetStandby(int standby) {
-  d_->small.SetStandby(standby);
+  d_->small_sensor.SetStandby(standby);
 }
 void VarkelManager::ZeltoSetSpinRate(int rate) {
-  d_->small.SetSpinRate(rate);
+  d_->small_sensor.SetSpinRate(rate);
 }
 void VarkelManager::ZeltoSetReturnMode(int mode) {
-  d_->small.SetReturnMode(mode);
+  d_->small_sensor.SetReturnMode(mode);
 }
 int VarkelManager::ZeltoGetCorrection(const QString& path) {
-  return d_->small.GetCorrection(path.toStdString());
+  return d_->small_sensor.GetCorrection(path.toStdString());
 }
 QVariantList VarkelManager::ZeltoGetLidarFunctionSafety() {
-  return TextList(d_->small.GetLidarFunctionSafety());
+  return TextList(d_->small_sensor.GetLidarFunctionSafety());
 }
 QString VarkelManager::ZeltoGetBaudRate() {
-  return Text(d_->small.GetBaudRate());
+  return Text(d_->small_sensor.GetBaudRate());
 }
 void VarkelManager::ZeltoSetBaudRateFromUI(const QString& baudRateStr) {
-  d_->small.SetBaudRate(baudRateStr.toStdString());
+  d_->small_sensor.SetBaudRate(baudRateStr.toStdString());
 }
 QVariantList VarkelManager::ZeltoGetDestinationConfig(bool silent) {
-  return TextList(d_->small.GetDestinationConfig(silent));
+  return TextList(d_->small_sensor.GetDestinationConfig(silent));
 }
 bool VarkelManager::ZeltoSetDestinationIPandPort(const QString& ip, int port) {
-  return d_->small.SetDestinationIPandPort(ip.toStdString(), port);
+  return d_->small_sensor.SetDestinationIPandPort(ip.toStdString(), port);
 }
 void VarkelManager::ZeltoSetUpgradeMode(int mode) {
-  d_->upgrade_mode = mode;
+  d_->upgrade.set_mode(mode);
 }
 void VarkelManager::MarvoSetIMURange(int angularRangeIndex, int accelRangeIndex) {
-  d_->small.SetImuRange(angularRangeIndex, accelRangeIndex);
-}
-
-void VarkelManager::CallInBackground(const QString& operation, const QVariantList& arguments) {
-  const auto found = varkel::BackgroundCalls().find(operation);
-  if (found == varkel::BackgroundCalls().end()) {
-    emit callFinished(operation, {});
-    return;
-  }
-  auto result = std::make_shared<QVariant>();
-  d_->InBackground([this, call = found->second, arguments, result] { *result = call(*this, arguments); },
-                   [this, operation, result] { emit callFinished(operation, *result); });
+  d_->small_sensor.SetImuRange(angularRangeIndex, accelRangeIndex);
 }

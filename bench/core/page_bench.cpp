@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "VarkelCore/src/pages/page_description.h"
 #include "VarkelCore/src/pages/page_reader.h"
-#include "VarkelCore/src/pages/variable_map_cache.h"
 #include "VarkelCore/src/values/value_text.h"
 
 namespace {
@@ -44,10 +44,11 @@ class Page {
         table << "1," << i << ",0x05,,,Variable " << i << ",0,uint32,0,,mV,0.1,,,1_1_" << i << "_0,4,1,\n";
       }
     }
-    catalogue_ = std::make_shared<ConfigParser>(path.string());
-    catalogue_->ExtractConfigInfo();
+    const auto catalogue = std::make_shared<ConfigParser>(path.string());
+    catalogue->ExtractConfigInfo();
     std::filesystem::remove(path);
-    group_ = varkel::GroupByGetCommand(varkel::ReadableVars(*catalogue_, 0)).at(0).vars;
+    model_ = std::make_shared<varkel::Model>("bench", catalogue);
+    group_ = varkel::GroupByGetCommand(varkel::ReadableVars(*catalogue, 0)).at(0).vars;
   }
 
   /// The next reply: every value another one, or the first `changed` of them.
@@ -55,12 +56,12 @@ class Page {
     for (std::size_t i = 0; i < changed; ++i) ++reply_[i * kFieldSize + 3];
   }
 
-  const std::shared_ptr<ConfigParser>& catalogue() const { return catalogue_; }
+  varkel::Model& model() const { return *model_; }
   const std::vector<VarInfo*>& group() const { return group_; }
   std::span<const std::uint8_t> reply() const { return reply_; }
 
  private:
-  std::shared_ptr<ConfigParser> catalogue_;
+  std::shared_ptr<varkel::Model> model_;
   std::vector<VarInfo*> group_;
   std::vector<std::uint8_t> reply_;
 };
@@ -68,15 +69,13 @@ class Page {
 void BM_PageUpdate(benchmark::State& state) {
   Page page(static_cast<std::size_t>(state.range(0)));
   NoReport report;
-  const varkel::PendingEdits edits;
-  varkel::FovTable fov;
-  const varkel::PageReader reader({report, edits, fov, [] {}});
-  varkel::VariableMapCache maps;
+  const varkel::PageReader reader({report, [] {}});
   for (auto _ : state) {
     page.Move(page.group().size());
-    reader.StoreReply(*page.catalogue(), page.group(), page.reply());
+    reader.StoreReply(page.model(), page.group(), page.reply(), page.model().values.Now());
+    page.model().values.TakeChanges();
     for (const VarInfo* var : page.group()) {
-      benchmark::DoNotOptimize(maps.Map(page.catalogue(), *var, edits));
+      benchmark::DoNotOptimize(varkel::VariableMap(page.model(), *var));
     }
   }
 }

@@ -10,7 +10,6 @@
 
 #include "libquarn/KtcClient/src/crc32_mpeg2.h"
 #include "libquarn/KtcClient/src/ktc_parser.h"
-#include "libquarn/Platform/src/hex_text.h"
 
 namespace quarn::lidar {
 namespace {
@@ -46,15 +45,7 @@ void BM_Decode(benchmark::State& state) {
   SetBytes(state);
 }
 
-void BM_HexLine(benchmark::State& state) {
-  const Bytes payload(static_cast<std::size_t>(state.range(0)), 0x5A);
-  for ([[maybe_unused]] auto _ : state) {
-    benchmark::DoNotOptimize(HexLine(payload).data());
-  }
-  SetBytes(state);
-}
-
-// What the others are measured by: one allocation and one copy of the same bytes.
+// The reference of the others: one allocation and one copy of the same bytes.
 void BM_AllocateAndCopy(benchmark::State& state) {
   const Bytes payload(static_cast<std::size_t>(state.range(0)), 0x5A);
   for ([[maybe_unused]] auto _ : state) {
@@ -69,7 +60,6 @@ void BM_AllocateAndCopy(benchmark::State& state) {
 BENCHMARK(BM_AllocateAndCopy)->Arg(64)->Arg(1024)->Arg(65000);
 BENCHMARK(BM_Encode)->Arg(64)->Arg(1024)->Arg(65000);
 BENCHMARK(BM_Decode)->Arg(64)->Arg(1024)->Arg(65000);
-BENCHMARK(BM_HexLine)->Arg(64)->Arg(1024)->Arg(65000);
 
 void BM_Crc(benchmark::State& state) {
   const Bytes data(static_cast<std::size_t>(state.range(0)), 0x5A);

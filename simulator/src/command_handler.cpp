@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "VarkelCore/src/catalogue/command_text.h"
+#include "libquarn/KtcClient/src/ktc_commands.h"
 #include "libquarn/Platform/src/byte_order.h"
 #include "simulator/src/sensor_log.h"
 
@@ -15,8 +16,8 @@ namespace {
 
 const CommandKey kProbe{0x07, std::nullopt};
 const CommandKey kSecondProbe{0x08, std::nullopt};
-const CommandKey kWriteFieldOfView{0x22, std::nullopt};
-const CommandKey kReadFieldOfView{0x23, std::nullopt};
+const CommandKey kWriteFieldOfView{quarn::lidar::kWriteChannelFovCmd, std::nullopt};
+const CommandKey kReadFieldOfView{quarn::lidar::kQueryMultiFovCmd, std::nullopt};
 
 bool Contains(const std::vector<std::size_t>& sizes, std::size_t size) {
   return std::find(sizes.begin(), sizes.end(), size) != sizes.end();
@@ -104,21 +105,22 @@ void CommandHandler::TakePackagesUnder(std::uint8_t command) {
   routes_[{command, std::nullopt, CommandFamily::kKtc}].action = CommandAction::kUpgrade;
 }
 
-Reply CommandHandler::Handle(const ReceivedRequest& request) {
+Reply CommandHandler::Handle(const ReceivedRequest& request, std::optional<std::int64_t> clamp) {
   const std::span<const std::uint8_t> payload(request.payload);
   const CommandKey key = KeyOfRequest(request);
   if (const Route* const route = FindRoute(key)) {
-    return Run(*route, key, key.extended_code ? payload.subspan(kExtendedCodeSize) : payload);
+    return Run(*route, key, key.extended_code ? payload.subspan(kExtendedCodeSize) : payload, clamp);
   }
   const CommandKey plain{request.command, std::nullopt};
-  if (const Route* const route = FindRoute(plain)) return Run(*route, plain, payload);
+  if (const Route* const route = FindRoute(plain)) return Run(*route, plain, payload, clamp);
   return {kUnknownCommand, {}};
 }
 
-Reply CommandHandler::Run(const Route& route, const CommandKey& key, std::span<const std::uint8_t> payload) {
+Reply CommandHandler::Run(const Route& route, const CommandKey& key, std::span<const std::uint8_t> payload,
+                          std::optional<std::int64_t> clamp) {
   if (route.action != CommandAction::kNone) return RunAction(route, key, payload);
   if (Contains(route.get_sizes, payload.size())) return Read(route, key);
-  if (!route.set_cmd.empty()) return Write(route, key, payload);
+  if (!route.set_cmd.empty()) return Write(route, key, payload, clamp);
   return {kWrongPayloadSize, {}};
 }
 
@@ -155,10 +157,10 @@ Reply CommandHandler::Read(const Route& route, const CommandKey& key) const {
   return Success(key, std::move(payload));
 }
 
-Reply CommandHandler::Write(const Route& route, const CommandKey& key,
-                            std::span<const std::uint8_t> payload) {
+Reply CommandHandler::Write(const Route& route, const CommandKey& key, std::span<const std::uint8_t> payload,
+                            std::optional<std::int64_t> clamp) {
   if (key == kWriteFieldOfView) return WriteFieldOfView(route, payload);
-  return state_.Write(route.set_cmd, payload) ? Success(key) : Reply{kWrongPayloadSize, {}};
+  return state_.Write(route.set_cmd, payload, clamp) ? Success(key) : Reply{kWrongPayloadSize, {}};
 }
 
 Reply CommandHandler::WriteFieldOfView(const Route& route, std::span<const std::uint8_t> payload) {

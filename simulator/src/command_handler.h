@@ -24,7 +24,7 @@ struct Reply {
   bool restarts = false;  ///< the sensor restarts once the reply is out
 };
 
-/// Answers every command of a model's table, and the two commands with which a client looks whether a
+/// Answers every command of a model's table, and the two commands with which a client checks that a
 /// sensor is there. Thread-safe.
 class CommandHandler {
  public:
@@ -32,10 +32,11 @@ class CommandHandler {
   /// number.
   CommandHandler(std::shared_ptr<const ConfigParser> model, SensorState& state, FirmwareStore& firmware);
 
-  /// Makes a command that the table lacks take firmware packages. Ahead of the first Handle.
+  /// Makes a command that the table lacks take firmware packages. Before the first Handle.
   void TakePackagesUnder(std::uint8_t command);
 
-  Reply Handle(const ReceivedRequest& request);
+  /// A write stores raw numbers of at most `clamp`, if there is one.
+  Reply Handle(const ReceivedRequest& request, std::optional<std::int64_t> clamp = std::nullopt);
 
  private:
   /// What the table says about one command. A command may be read and written.
@@ -51,10 +52,12 @@ class CommandHandler {
   void AddWrites();
   Route& RouteOf(const std::string& command);
   const Route* FindRoute(const CommandKey& key) const;
-  Reply Run(const Route& route, const CommandKey& key, std::span<const std::uint8_t> payload);
+  Reply Run(const Route& route, const CommandKey& key, std::span<const std::uint8_t> payload,
+            std::optional<std::int64_t> clamp);
   Reply RunAction(const Route& route, const CommandKey& key, std::span<const std::uint8_t> payload);
   Reply Read(const Route& route, const CommandKey& key) const;
-  Reply Write(const Route& route, const CommandKey& key, std::span<const std::uint8_t> payload);
+  Reply Write(const Route& route, const CommandKey& key, std::span<const std::uint8_t> payload,
+              std::optional<std::int64_t> clamp);
   Reply WriteFieldOfView(const Route& route, std::span<const std::uint8_t> payload);
 
   const std::shared_ptr<const ConfigParser> model_;

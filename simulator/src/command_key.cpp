@@ -1,14 +1,10 @@
 #include "simulator/src/command_key.h"
 
 #include "VarkelCore/src/catalogue/command_text.h"
+#include "libquarn/KtcClient/src/ktc_commands.h"
 #include "libquarn/Platform/src/byte_order.h"
 
 namespace varkel::sim {
-namespace {
-
-constexpr std::uint8_t kExtendedCommand = 0xFF;
-
-}  // namespace
 
 CommandKey KeyOfText(const std::string& text) {
   const Command command = ParseCommandText(text);
@@ -17,7 +13,7 @@ CommandKey KeyOfText(const std::string& text) {
 
 CommandKey KeyOfRequest(const ReceivedRequest& request) {
   CommandKey key{request.command, std::nullopt, CommandFamily::kKtc};
-  if (request.command == kExtendedCommand && request.payload.size() >= kExtendedCodeSize) {
+  if (request.command == quarn::lidar::kKtcExtensionCmd && request.payload.size() >= kExtendedCodeSize) {
     key.extended_code = quarn::lidar::LoadBigEndian<std::uint32_t>(request.payload, 0);
   }
   return key;

@@ -1,11 +1,13 @@
 #include "simulator/src/datagram_stream.h"
 
+#include <bit>
 #include <chrono>
 #include <optional>
 #include <stdexcept>
 #include <vector>
 
 #include "libquarn/Platform/src/byte_order.h"
+#include "libquarn/Platform/src/ipv4.h"
 
 namespace varkel::sim {
 namespace {
@@ -40,7 +42,7 @@ class Pace {
 };
 
 platform::Endpoint DestinationOf(const StreamOptions& options) {
-  const std::optional<std::uint32_t> ip = platform::ParseIpV4(options.address);
+  const std::optional<quarn::lidar::Ipv4> ip = quarn::lidar::ParseIpv4(options.address);
   if (!ip || options.port == 0) {
     throw std::runtime_error("Datagrams can't be sent to \"" + options.address + "\", port " +
                              std::to_string(options.port) + ": that is no IP version 4 address and port.");
@@ -53,7 +55,7 @@ platform::Endpoint DestinationOf(const StreamOptions& options) {
   if (options.rate != 0 && !(options.rate >= kSlowestStream)) {
     throw std::runtime_error("A stream has a datagram in a quarter of an hour at least.");
   }
-  return {*ip, options.port};
+  return {std::bit_cast<std::uint32_t>(*ip), options.port};
 }
 
 }  // namespace

@@ -5,15 +5,19 @@
 #include <cmath>
 #include <limits>
 #include <regex>
+#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
 
+#include "libquarn/Platform/src/byte_text.h"
 #include "simulator/src/raw_number.h"
 
 namespace varkel::sim {
 namespace {
 
+using quarn::lidar::ByteTextFault;
+using quarn::lidar::ReadByteText;
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t kMacSize = 6;
@@ -53,28 +57,17 @@ void RequireSize(const std::string& text, std::size_t length, std::size_t size) 
   }
 }
 
-/// Byte values joined by `separator`.
-Bytes SeparatedBytes(const std::string& text, char separator, int base) {
-  Bytes bytes;
-  std::string_view rest = text;
-  while (true) {
-    const std::size_t end = rest.find(separator);
-    bytes.push_back(static_cast<std::uint8_t>(Digits(text, rest.substr(0, end), base, 0xFF)));
-    if (end == std::string_view::npos) return bytes;
-    rest.remove_prefix(end + 1);
-  }
-}
-
 Bytes IpBytes(const std::string& text, std::size_t length) {
-  Bytes bytes = SeparatedBytes(text, '.', 10);
+  auto [fault, bytes] = ReadByteText(text, quarn::lidar::kIpv4Text);
+  if (fault != ByteTextFault::kNone) Refuse(text, "is no IP address");
   RequireSize(text, length, bytes.size());
   return bytes;
 }
 
 /// The shown form, hexadecimal; what follows the six bytes in a longer field is never shown.
 Bytes MacBytes(const std::string& text, std::size_t length) {
-  Bytes bytes = SeparatedBytes(text, ':', 16);
-  if (bytes.size() != kMacSize) Refuse(text, "has not the six parts of a MAC address");
+  auto [fault, bytes] = ReadByteText(text, {':', kMacSize, 16});
+  if (fault != ByteTextFault::kNone) Refuse(text, "is no MAC address");
   if (length < kMacSize) RequireSize(text, length, kMacSize);
   bytes.resize(length);
   return bytes;

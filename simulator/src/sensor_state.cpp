@@ -7,6 +7,7 @@
 #include "VarkelCore/src/catalogue/command_text.h"
 #include "VarkelCore/src/values/value_text.h"
 #include "simulator/src/field_bytes.h"
+#include "simulator/src/raw_number.h"
 
 namespace varkel::sim {
 namespace {
@@ -38,6 +39,15 @@ std::vector<std::uint8_t> DefaultBytes(const ConfigParser& model, const VarInfo&
   } catch (const std::invalid_argument& error) {
     RefuseTable(model, var, std::string("its default value ") + error.what() + ".");
   }
+}
+
+void Clamp(const VarInfo& var, std::int64_t largest, std::vector<std::uint8_t>& bytes) {
+  const auto type = NumberTypeOf(var.var_type);
+  if (!type || type->is_float) return;
+  const std::uint64_t value = IntegerOf(bytes, type->is_signed);
+  const bool beyond =
+      type->is_signed ? static_cast<std::int64_t>(value) > largest : std::cmp_greater(value, largest);
+  if (beyond) bytes = IntegerBytes(static_cast<std::uint64_t>(largest), type->is_signed, bytes.size());
 }
 
 }  // namespace
@@ -88,7 +98,8 @@ std::optional<std::size_t> SensorState::SetSize(const std::string& set_cmd) cons
   return size;
 }
 
-bool SensorState::Write(const std::string& set_cmd, std::span<const std::uint8_t> payload) {
+bool SensorState::Write(const std::string& set_cmd, std::span<const std::uint8_t> payload,
+                        std::optional<std::int64_t> clamp) {
   const auto size = SetSize(set_cmd);
   const auto found = model_->set_cmd_map().find(set_cmd);
   if (found == model_->set_cmd_map().end() || (size && *size != payload.size())) return false;
@@ -96,7 +107,9 @@ bool SensorState::Write(const std::string& set_cmd, std::span<const std::uint8_t
   for (const VarInfo* var : found->second) {
     if (!size && !HasAnyLength(*var)) continue;  // the key takes the whole payload
     const auto field = size ? payload.subspan(var->set_start_pos, var->var_len) : payload;
-    values_.at(var).bytes.assign(field.begin(), field.end());
+    std::vector<std::uint8_t>& bytes = values_.at(var).bytes;
+    bytes.assign(field.begin(), field.end());
+    if (clamp) Clamp(*var, *clamp, bytes);
   }
   return true;
 }

@@ -30,10 +30,12 @@ class SensorState {
   /// zero bytes, the place of its code.
   std::vector<std::uint8_t> Read(const std::string& get_cmd) const;
 
-  /// Bytes that a payload of the set command has; nothing when its length is free.
+  /// Bytes that a payload of the set command has; nullopt if its length is free.
   std::optional<std::size_t> SetSize(const std::string& set_cmd) const;
-  /// Stores a set payload, without any four-byte code. False, and nothing stored, for a wrong size.
-  bool Write(const std::string& set_cmd, std::span<const std::uint8_t> payload);
+  /// Stores a set payload, without any four-byte code; whole numbers beyond `clamp` are stored as that.
+  /// False, and nothing stored, for a wrong size.
+  bool Write(const std::string& set_cmd, std::span<const std::uint8_t> payload,
+             std::optional<std::int64_t> clamp = std::nullopt);
 
   /// All variables back to their defaults; those that move do so again.
   void RestoreDefaults();

@@ -48,8 +48,7 @@ SerialAnswer AnswerSerialRequest(const SerialRequest& request, Carriage carriage
   if (parts.watcher) parts.watcher(request);
   SerialAnswer answer;
   const CommandKey key = KeyOfRequest(request);
-  answer.plan =
-      carriage == Carriage::kLine ? parts.misbehaviours.Next(key) : parts.misbehaviours.NextCarried(key);
+  answer.plan = carriage == Carriage::kLine ? parts.faults.Next(key) : parts.faults.NextCarried(key);
   const ReplyPlan& plan = answer.plan;
   const SerialReply reply =
       plan.error ? SmallSensorHandler::Refuse(request, *plan.error) : parts.device.handler.Handle(request);

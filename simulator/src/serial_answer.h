@@ -4,7 +4,7 @@
 #include <functional>
 #include <vector>
 
-#include "simulator/src/misbehaviour.h"
+#include "simulator/src/fault_rules.h"
 #include "simulator/src/serial_request.h"
 #include "simulator/src/small_sensor_device.h"
 
@@ -13,7 +13,7 @@ namespace varkel::sim {
 /// What all ways to a small sensor share. Everything in it is thread-safe and outlives them.
 struct SerialParts {
   SmallSensorDevice& device;
-  Misbehaviours& misbehaviours;
+  FaultRules& faults;
   const std::function<void(const SerialRequest&)>& watcher;  ///< may be empty
 };
 

@@ -50,14 +50,14 @@ Reply Handle(const ReceivedRequest& request, ReplyPlan& plan, const SessionParts
   if (parts.tunnel != nullptr && SmallSensorTunnel::Takes(request)) {
     return parts.tunnel->Handle(request, plan);
   }
-  return parts.handler.Handle(request);
+  return parts.handler.Handle(request, plan.clamp);
 }
 
 /// False when the conversation is over.
 bool Answer(ByteStream& stream, const ReceivedRequest& request, const StopSignal& stop,
             RestartSwitch& restart, const SessionParts& parts) {
   parts.log.Add(request);
-  ReplyPlan plan = parts.misbehaviours.Next(KeyOfRequest(request));
+  ReplyPlan plan = parts.faults.Next(KeyOfRequest(request));
   const Reply reply = Handle(request, plan, parts);
   if (parts.watcher) parts.watcher({request, reply.return_code, reply.payload.size()});
   if (plan.delay.count() > 0 && stop.WaitFor(plan.delay)) return false;

@@ -5,7 +5,7 @@
 #include "simulator/src/byte_stream.h"
 #include "simulator/src/command_handler.h"
 #include "simulator/src/exchange_log.h"
-#include "simulator/src/misbehaviour.h"
+#include "simulator/src/fault_rules.h"
 #include "simulator/src/restart_switch.h"
 #include "simulator/src/small_sensor_tunnel.h"
 #include "simulator/src/stop_signal.h"
@@ -15,7 +15,7 @@ namespace varkel::sim {
 /// What all conversations with clients share. Everything in it is thread-safe and outlives them.
 struct SessionParts {
   CommandHandler& handler;
-  Misbehaviours& misbehaviours;
+  FaultRules& faults;
   ExchangeLog& log;
   const std::function<void(const Exchange&)>& watcher;  ///< may be empty
   const SmallSensorTunnel* tunnel = nullptr;            ///< the way to the small sensor behind this server

@@ -10,8 +10,8 @@
 #include "VarkelCore/src/catalogue/config_parser.h"
 #include "simulator/src/byte_stream.h"
 #include "simulator/src/command_handler.h"
+#include "simulator/src/fault_rules.h"
 #include "simulator/src/firmware_store.h"
-#include "simulator/src/misbehaviour.h"
 #include "simulator/src/sensor_state.h"
 #include "simulator/src/session.h"
 #include "simulator/src/sim_server.h"
@@ -52,14 +52,14 @@ struct SimulatedSensor::Parts {
         state(model, options.clock ? options.clock : SteadyClock()),
         handler(model, state, firmware) {
     if (options.tls) tls.emplace(*options.tls);
-    for (const std::string& rule : options.misbehaviours) misbehaviours.Add(rule);
+    for (const std::string& rule : options.faults) faults.Add(rule);
     if (HasSmallSensor(options.table_path)) AddSmallSensor();
   }
 
   /// It tells the serial number that the table does.
   void AddSmallSensor() {
     device = std::make_unique<SmallSensorDevice>();
-    tunnel.emplace(SerialParts{*device, misbehaviours, options.serial_watcher});
+    tunnel.emplace(SerialParts{*device, faults, options.serial_watcher});
     handler.TakePackagesUnder(kJunctionBoxPackage);
     if (model->FindByName(kSerialNumber) == nullptr) return;
     device->state.Change(
@@ -82,7 +82,7 @@ struct SimulatedSensor::Parts {
   SensorState state;
   FirmwareStore firmware;
   CommandHandler handler;
-  Misbehaviours misbehaviours;
+  FaultRules faults;
   ExchangeLog log;
   std::unique_ptr<SmallSensorDevice> device;  // null for a model without; constant after construction
   std::optional<SmallSensorTunnel> tunnel;
@@ -99,7 +99,7 @@ SimulatedSensor::~SimulatedSensor() = default;
 void SimulatedSensor::Start() {
   if (parts_->server) return;
   Parts& parts = *parts_;
-  const SessionParts session{parts.handler, parts.misbehaviours, parts.log, parts.options.watcher,
+  const SessionParts session{parts.handler, parts.faults, parts.log, parts.options.watcher,
                              parts.tunnel ? &*parts.tunnel : nullptr};
   const auto serve = [&parts, session](quarn::platform::SocketHandle socket, const StopSignal& stop,
                                        RestartSwitch& restart) {
@@ -132,12 +132,12 @@ void SimulatedSensor::SetValue(const std::string& var_name, const std::string& t
   parts_->state.SetValue(var_name, text);
 }
 
-void SimulatedSensor::Misbehave(const std::string& rule) {
-  parts_->misbehaviours.Add(rule);
+void SimulatedSensor::AddFault(const std::string& rule) {
+  parts_->faults.Add(rule);
 }
 
-void SimulatedSensor::Behave() {
-  parts_->misbehaviours.Clear();
+void SimulatedSensor::ClearFaults() {
+  parts_->faults.Clear();
 }
 
 std::vector<ReceivedRequest> SimulatedSensor::Received() const {

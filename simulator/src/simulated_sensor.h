@@ -21,7 +21,7 @@ struct SensorOptions {
   std::string address = "127.0.0.1";               ///< dotted IP version 4 text
   std::uint16_t port = 0;                          ///< 0 picks a free one
   std::optional<TlsOptions> tls{};                 ///< none: plain TCP
-  std::vector<std::string> misbehaviours{};        ///< see Misbehave
+  std::vector<std::string> faults{};               ///< see AddFault
   std::chrono::milliseconds restart_time{300};     ///< connections are refused for so long
   Clock clock{};                                   ///< empty: the steady clock from construction on
   std::function<void(const Exchange&)> watcher{};  ///< called on client threads, may be empty
@@ -44,15 +44,15 @@ struct SensorOptions {
 /// names ("VARKEL-SIM FIRMWARE 1.2.3.4 2024-10-01" and a line feed); any other package leaves it, and a reset
 /// does not bring the old one back.
 ///
-/// The models "Zelto-KTC" and "Marvo-KTC" (named like their tables) have a small sensor behind them, which
-/// KTC command 0xFF reaches, and take the package of their junction box under command 0x83. Logs have a few
-/// kilobytes of text. All operations are thread-safe but for Start and Stop, which belong to one thread.
-/// Values, misbehaviours, packages and the request log outlive Stop and Start.
+/// The models "Zelto-KTC" and "Marvo-KTC" (named like their tables) have a small sensor on their far side,
+/// which KTC command 0xFF reaches, and take the package of their junction box under command 0x83. Logs have a
+/// few kilobytes of text. All operations are thread-safe but for Start and Stop, which belong to one thread.
+/// Values, faults, packages and the request log outlive Stop and Start.
 class SimulatedSensor {
  public:
   /// Raises std::runtime_error with a sentence that names table and variable when the table can't be read,
   /// or a default value can't be encoded, or that names the file when TLS can't use one;
-  /// std::invalid_argument for a bad misbehaviour.
+  /// std::invalid_argument for a bad fault rule.
   explicit SimulatedSensor(SensorOptions options);
   ~SimulatedSensor();
   SimulatedSensor(const SimulatedSensor&) = delete;
@@ -78,20 +78,22 @@ class SimulatedSensor {
   /// command from now on is concerned. Kinds of one command add up; a repeated kind replaces.
   ///   late:MS            answers after MS milliseconds
   ///   split[:SIZE]       sends the reply in pieces of SIZE bytes (1), some milliseconds apart
-  ///   noise[:COUNT]      COUNT bytes of noise (5) ahead of the header
+  ///   noise[:COUNT]      COUNT bytes of noise (5) before the header
   ///   wrong-echo[:CODE]  another command code in the reply
   ///   error[:CODE]       this return code (1) and no payload; the command is not carried out
   ///   lying-length:N     announces N bytes more (N > 0) or less (N < 0) than it sends
+  ///   clamp:MAX          a write stores whole numbers beyond MAX as MAX (before coefficients), and succeeds
   ///   silence            carried out, but no reply
   ///   close[:SIZE]       closes after SIZE bytes of the reply (half of it), over TLS without a word
-  ///   none               behaves again
+  ///   drop               answers, then closes: "*=drop#3" ends the connection after the third command
+  ///   none               removes the rules of that command
   /// For the frames that a small sensor gets inside KTC, COMMAND is "ldcmd:ITEM" (only "ldcmd-get:ITEM", only
   /// "ldcmd-set:ITEM") or "ota:TYPE", e.g. "ldcmd:10=silence" or "ota:2=error:7#3"; noise, echo, error and
   /// length are then those of the carried frame, "error" its status. "pull" is another name for "close".
   /// Raises std::invalid_argument with a sentence for anything else.
-  void Misbehave(const std::string& rule);
-  /// Ends every misbehaviour.
-  void Behave();
+  void AddFault(const std::string& rule);
+  /// Removes every rule.
+  void ClearFaults();
 
   std::vector<ReceivedRequest> Received() const;
   std::vector<ReceivedRequest> Received(std::uint8_t command) const;

@@ -5,7 +5,7 @@
 #include <system_error>
 #include <utility>
 
-#include "simulator/src/misbehaviour.h"
+#include "simulator/src/fault_rules.h"
 #include "simulator/src/serial_answer.h"
 #include "simulator/src/serial_sensor.h"
 
@@ -41,14 +41,14 @@ class LineLink {
 
 struct SimulatedSmallSensor::Parts {
   explicit Parts(SmallSensorOptions given) : options(std::move(given)) {
-    for (const std::string& rule : options.misbehaviours) misbehaviours.Add(rule);
+    for (const std::string& rule : options.faults) faults.Add(rule);
   }
 
   SerialSensor* lines() const { return running ? &running->sensor : nullptr; }
 
   struct Running {
     explicit Running(Parts& parts)
-        : sensor({parts.device, parts.misbehaviours, parts.options.watcher}, parts.options.data_period),
+        : sensor({parts.device, parts.faults, parts.options.watcher}, parts.options.data_period),
           rs485_link(parts.options.rs485_link, sensor.rs485().name()),
           uart_link(parts.options.uart_link, sensor.uart().name()) {}
 
@@ -59,7 +59,7 @@ struct SimulatedSmallSensor::Parts {
 
   const SmallSensorOptions options;
   SmallSensorDevice device;
-  Misbehaviours misbehaviours;
+  FaultRules faults;
   std::unique_ptr<Running> running;  // last: its threads use all the others
 };
 
@@ -106,12 +106,12 @@ SmallSensorDevice& SimulatedSmallSensor::device() {
   return parts_->device;
 }
 
-void SimulatedSmallSensor::Misbehave(const std::string& rule) {
-  parts_->misbehaviours.Add(rule);
+void SimulatedSmallSensor::AddFault(const std::string& rule) {
+  parts_->faults.Add(rule);
 }
 
-void SimulatedSmallSensor::Behave() {
-  parts_->misbehaviours.Clear();
+void SimulatedSmallSensor::ClearFaults() {
+  parts_->faults.Clear();
 }
 
 }  // namespace varkel::sim

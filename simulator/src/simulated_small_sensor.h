@@ -14,7 +14,7 @@ namespace varkel::sim {
 struct SmallSensorOptions {
   std::string rs485_link{};  ///< a symbolic link to the line is put here; empty: none
   std::string uart_link{};
-  std::vector<std::string> misbehaviours{};  ///< see Misbehave
+  std::vector<std::string> faults{};  ///< see AddFault
   /// Between two blocks of point-cloud data on the RS485 line while in operation; 0: no data.
   std::chrono::milliseconds data_period{0};
   std::function<void(const SerialRequest&)> watcher{};  ///< called on the line's thread, may be empty
@@ -27,11 +27,11 @@ struct SmallSensorOptions {
 ///     sensor.Start();
 ///     // open sensor.rs485_path() and sensor.uart_path() as serial ports
 ///
-/// Items, misbehaviours, firmware and log outlive Stop and Start. All operations are thread-safe but for
+/// Items, faults, firmware and log outlive Stop and Start. All operations are thread-safe but for
 /// Start and Stop, which belong to one thread.
 class SimulatedSmallSensor {
  public:
-  /// Raises std::invalid_argument for a bad misbehaviour.
+  /// Raises std::invalid_argument for a bad fault rule.
   explicit SimulatedSmallSensor(SmallSensorOptions options = {});
   ~SimulatedSmallSensor();
   SimulatedSmallSensor(const SimulatedSmallSensor&) = delete;
@@ -55,11 +55,11 @@ class SimulatedSmallSensor {
   /// State, received firmware and request log.
   SmallSensorDevice& device();
 
-  /// As SimulatedSensor::Misbehave, with "ldcmd:ITEM" (only "ldcmd-get:ITEM", only "ldcmd-set:ITEM") or
+  /// As SimulatedSensor::AddFault, with "ldcmd:ITEM" (only "ldcmd-get:ITEM", only "ldcmd-set:ITEM") or
   /// "ota:TYPE" for COMMAND, e.g. "ldcmd:10=silence", "ota:2=error:7#3". "close" and "pull" pull the line of
   /// the reply out.
-  void Misbehave(const std::string& rule);
-  void Behave();
+  void AddFault(const std::string& rule);
+  void ClearFaults();
 
  private:
   struct Parts;

@@ -2,7 +2,7 @@
 
 #include "simulator/src/command_handler.h"
 #include "simulator/src/exchange_log.h"
-#include "simulator/src/misbehaviour.h"
+#include "simulator/src/fault_rules.h"
 #include "simulator/src/serial_answer.h"
 
 namespace varkel::sim {

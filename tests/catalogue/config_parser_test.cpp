@@ -163,6 +163,7 @@ TEST(ConfigParser, LinksSwitchesToTheRowsAtTheirPosition) {
                                                           {"1-3", nullptr},       {"1-4", &table["1-5"]},
                                                           {"1-5", nullptr},       {"1-6", nullptr}};
   for (const auto& [id, var] : switches) EXPECT_EQ(table[id].switch_var, var) << id;
+  EXPECT_EQ(Ids(table.catalogue.VarsWithoutSwitch()), "1-5 1-6 ");
   EXPECT_TRUE(table["1-1"].has_switch);
   EXPECT_FALSE(table["1-2"].has_switch);
   EXPECT_THAT(table.catalogue.switch_map().at(&const_cast<VarInfo&>(table["1-5"])), ElementsAre(0, 1, 1));
@@ -184,6 +185,18 @@ TEST(ConfigParser, TellsOfRowsThatClashOrDefineNothing) {
             kLoad + "(): ERROR with config file. There are vars with the same var_id. Some of them will be " +
                 "overwritten\n" + kLoad + "(): --- Details: file path = " + table.file.path() +
                 ", var_id =1-1, var_name = New\n" + warning + "Lost\n" + warning + "\n");
+}
+
+TEST(ConfigParser, WarnsOfCoefficientsWithARest) {
+  const Loaded table({"Get=7;Index=1;VarName=Speed;Coefficient=0,5;SetCoefficient=2 rpm",
+                      "Get=7;Index=2;Coefficient= +0.5 ;SetCoefficient=1e-3"});
+  EXPECT_EQ(std::pair(table["1-1"].coefficient, table["1-1"].set_coefficient), std::pair(0.0F, 2.0F));
+  EXPECT_EQ(std::pair(table["1-2"].coefficient, table["1-2"].set_coefficient), std::pair(0.5F, 1e-3F));
+  const std::string place = "variable 1-1 \"Speed\", row 2: ";
+  const std::string rest =
+      " is a number only at its beginning, and no more of it is used. Write it with a decimal point.";
+  EXPECT_THAT(table.catalogue.load_warnings(),
+              ElementsAre(place + "Coefficient \"0,5\"" + rest, place + "SetCoefficient \"2 rpm\"" + rest));
 }
 
 TEST(ConfigParser, EndsTheLoadAtAnUnusableCell) {

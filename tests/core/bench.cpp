@@ -4,15 +4,15 @@
 #include <chrono>
 #include <thread>
 
-Bench::Bench(std::vector<std::string> misbehaviours, const std::string& model, Watcher watcher)
+Bench::Bench(std::vector<std::string> faults, const std::string& model, Watcher watcher)
     : manager(std::make_unique<VarkelManager>(true, "")) {
   if (model == "Zelto") {
     on_lines = std::make_unique<varkel::sim::SimulatedSmallSensor>(
-        varkel::sim::SmallSensorOptions{.misbehaviours = std::move(misbehaviours)});
+        varkel::sim::SmallSensorOptions{.faults = std::move(faults)});
   } else {
     sensor = std::make_unique<varkel::sim::SimulatedSensor>(
         varkel::sim::SensorOptions{.table_path = "./Config/varID/" + model + ".csv",
-                                   .misbehaviours = std::move(misbehaviours),
+                                   .faults = std::move(faults),
                                    .watcher = std::move(watcher)});
   }
   StartSensor();
@@ -71,12 +71,12 @@ void Bench::StopSensor() {
   sensor ? sensor->Stop() : on_lines->Stop();
 }
 
-void Bench::Misbehave(const std::string& rule) {
-  sensor ? sensor->Misbehave(rule) : on_lines->Misbehave(rule);
+void Bench::AddFault(const std::string& rule) {
+  sensor ? sensor->AddFault(rule) : on_lines->AddFault(rule);
 }
 
-void Bench::Behave() {
-  sensor ? sensor->Behave() : on_lines->Behave();
+void Bench::ClearFaults() {
+  sensor ? sensor->ClearFaults() : on_lines->ClearFaults();
 }
 
 void Bench::EachVariable(const std::function<void(const Place&, const QVariantMap&)>& visit) const {

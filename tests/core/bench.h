@@ -16,7 +16,7 @@
 struct Bench {
   using Watcher = std::function<void(const varkel::sim::Exchange&)>;
 
-  explicit Bench(std::vector<std::string> misbehaviours = {}, const std::string& model = "Quenta",
+  explicit Bench(std::vector<std::string> faults = {}, const std::string& model = "Quenta",
                  Watcher watcher = {});
   ~Bench() { CloseAll(); }
   Bench(const Bench&) = delete;
@@ -34,8 +34,8 @@ struct Bench {
 
   void StartSensor();  ///< and tells the controller where
   void StopSensor();
-  void Misbehave(const std::string& rule);
-  void Behave();
+  void AddFault(const std::string& rule);
+  void ClearFaults();
 
   /// Place of a variable of the pages: {page, group, index}.
   struct Place {

@@ -144,7 +144,7 @@ class ConnectionTest : public QObject {
     for (const auto& begin : moments) {
       Bench bench;
       QVERIFY(bench.ConnectOn());
-      bench.Misbehave("*=silence");
+      bench.AddFault("*=silence");
       bench.sensor->ClearReceived();
       begin(bench);
       QTRY_VERIFY(!bench.sensor->Received().empty());

@@ -37,7 +37,7 @@ class FirmwareUpgradeTest : public QObject {
   }
 
   void RefusedPieceEndsTheTransfer() {
-    bench_->Misbehave("0x60=error:7#2");
+    bench_->AddFault("0x60=error:7#2");
     QCOMPARE(Upgrade(Package(QByteArray(4000, 'x'))), 0);
     QCOMPARE(bench_->NextError(), "Upgrade package transfer failed or is terminated.");
     QCOMPARE(bench_->sensor->Received(0x60).size(), 2U);

@@ -1,18 +1,17 @@
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <csignal>
 #include <utility>
 
 #include "VarkelCore/src/session/connection_settings.h"
-#include "VarkelCore/src/tasks/whole_file.h"
+#include "VarkelCore/src/tasks/atomic_file.h"
 #include "tests/core/core_test.h"
+#include "tests/support/full_disk.h"
+#include "tests/support/qt_files.h"
 
 namespace {
 
@@ -20,50 +19,25 @@ constexpr int kLimit = 4096;
 constexpr std::size_t kTooMuch = std::size_t{3} * kLimit;
 constexpr char kOld[] = "[General]\nudp_port=2400\n";
 
-/// Writing a file beyond `bytes` fails while it lives, as on a full disk. So does the output of this program.
-class FullDisk {
- public:
-  explicit FullDisk(rlim_t bytes, void (*action)(int) = SIG_IGN) : action_(std::signal(SIGXFSZ, action)) {
-    getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limit{bytes, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FullDisk() {
-    setrlimit(RLIMIT_FSIZE, &before_);
-    std::signal(SIGXFSZ, action_);
-  }
-  FullDisk(const FullDisk&) = delete;
-  FullDisk& operator=(const FullDisk&) = delete;
+using Write = std::function<bool(const QString& path)>;
 
- private:
-  void (*const action_)(int);
-  rlimit before_{};
-};
-
-void Put(const QString& path, const QByteArray& content) {
-  QFile file(path);
-  QVERIFY(file.open(QIODevice::WriteOnly));
-  file.write(content);
+bool WriteSettings(const QString& path) {
+  return varkel::SettingsFile(path).Save({.ip_address = std::string(kTooMuch, '1')}).empty();
 }
-
-QByteArray Content(const QString& path) {
-  QFile file(path);
-  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("missing");
-}
-
-QStringList Files(const QString& folder) {
-  return QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot);
+bool WriteBytes(const QString& path) {
+  return varkel::WriteAtomically(path, std::vector<std::uint8_t>(kTooMuch)) == varkel::WriteResult::kWritten;
 }
 
 class HostileFilesTest : public QObject {
   Q_OBJECT
  private slots:
-  void SettingsThatAreNone() {
+  void NoRegularFileIsReadOrWritten() {
     const struct {
       std::function<void(const QByteArray& path)> make;
       const char* why;
     } cases[] = {{[](const auto& path) { mkdir(path, 0700); }, "no regular file"},
                  {[](const auto& path) { QCOMPARE(symlink(path, path), 0); }, "no regular file"},
+                 {[](const auto& path) { QCOMPARE(symlink("/dev/null", path), 0); }, "no regular file"},
                  {[](const auto& path) { mkfifo(path, 0600); }, "no regular file"},  // nobody fills it
                  {[](const auto& path) {
                     Put(path, kOld);
@@ -78,8 +52,13 @@ class HostileFilesTest : public QObject {
     for (const auto& [make, why] : cases) {
       if (geteuid() == 0 && *why == 'P') continue;  // who may read everything
       const QTemporaryDir folder;
-      const QString path = folder.filePath("settings.ini");
+      const QString path = folder.filePath("file");
       make(path.toUtf8());
+      const auto mode = [&] {
+        struct stat status {};
+        return lstat(path.toUtf8(), &status) == 0 ? status.st_mode : 0;
+      };
+      const auto before = mode();
       QElapsedTimer clock;
       clock.start();
       std::string fault;
@@ -89,8 +68,15 @@ class HostileFilesTest : public QObject {
       QVERIFY2(fault.find(why) != std::string::npos, fault.c_str());
       fault = file.Save(settings);
       QVERIFY2(fault.find(why) != std::string::npos, fault.c_str());
+      if (*why == 'n') {
+        QVERIFY(!WriteBytes(path));
+        Put(folder.filePath("new"), kOld);
+        QVERIFY(!varkel::ReplaceFile(folder.filePath("new"), path));
+        QVERIFY(QFile::remove(folder.filePath("new")));
+      }
       QVERIFY(clock.elapsed() < 1000);
-      QCOMPARE(Files(folder.path()).size(), 1);
+      QCOMPARE(Files(folder.path()), QStringList{"file"});
+      QCOMPARE(mode(), before);
     }
   }
 
@@ -108,15 +94,7 @@ class HostileFilesTest : public QObject {
   }
 
   void OldContentOutlivesTheWriter() {
-    const std::function<bool(const QString& path)> writers[] = {
-        [](auto& path) {
-          return varkel::SettingsFile(path).Save({.ip_address = std::string(kTooMuch, '1')}).empty();
-        },
-        [](auto& path) {
-          const std::vector<std::uint8_t> bytes(kTooMuch);
-          return varkel::WriteWholeFile(path, bytes) == varkel::WriteResult::kWritten;
-        }};
-    for (const auto& write : writers) {
+    for (const Write& write : {Write(WriteSettings), Write(WriteBytes)}) {
       const QTemporaryDir folder;
       const QString path = folder.filePath("file");
       Put(path, kOld);
@@ -144,49 +122,7 @@ class HostileFilesTest : public QObject {
     }
   }
 
-  void OldArchiveOutlivesAFailure_data() {
-    // `tar` is a script in place of the program, "-": there is none. `disk`: bytes that a file may have.
-    const Table<QString, int, QString> row("tar", "disk", "name");
-    row("no tar", "-", 0, "logs.tar");
-    row("tar fails", "echo half > \"$2\"; exit 2", 0, "logs.tar");
-    row("tar dies", "echo half > \"$2\"; kill -9 $$", 0, "logs.tar");
-    row("no such folder", "", 0, "missing/logs.tar");
-    row("no room for the archive", "", 2 * kLimit, "logs.tar");
-    row("no room for the parts", "", 64, "logs.tar");
-  }
-  void OldArchiveOutlivesAFailure() {
-    QFETCH(QString, tar);
-    QFETCH(int, disk);
-    QFETCH(QString, name);
-    Bench bench;
-    QVERIFY(bench.ConnectOn());
-    const QTemporaryDir folder;
-    const QTemporaryDir programs;
-    const QString path = folder.filePath("logs.tar");
-    QDir parts(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) + "/operation_log");
-    parts.removeRecursively();  // an earlier run's
-    const QByteArray search_path = qgetenv("PATH");
-    Put(path, kOld);
-    Put(programs.filePath("tar"), "#!/bin/sh\n" + tar.toUtf8());
-    if (tar.size() > 1) QFile::setPermissions(programs.filePath("tar"), QFile::ReadOwner | QFile::ExeOwner);
-    if (!tar.isEmpty()) qputenv("PATH", programs.path().toUtf8());
-    auto full = disk > 0 ? std::make_unique<FullDisk>(disk) : nullptr;
-    bench.manager->DownloadOperationLog(QUrl::fromLocalFile(folder.filePath(name)));
-    const QString error = bench.NextError();
-    full.reset();
-    qputenv("PATH", search_path);
-    QCOMPARE(error, QString("Operation log download failed."));
-    QVERIFY(!bench.manager->IsDownloadLog());
-    QCOMPARE(Content(path), QByteArray(kOld));
-    QCOMPARE(Files(folder.path()), QStringList{"logs.tar"});
-    if (disk == 0) QCOMPARE(parts.entryList(QDir::Files).size(), 4);  // what came stays for a look
-    QCOMPARE(bench.manager->DownloadOperationLog(QUrl::fromLocalFile(path)), 0);
-    QCOMPARE(bench.NextSuccess(), QString("Operation log download successful."));
-    QVERIFY(Content(path).size() > 2 * kLimit);  // in place of the old one
-  }
-
-  // A name comes from the table, the file from the sensor: it is found in the folder, and nowhere else.
-  void NamesStayInTheFolder() {
+  void NamesAreMadeFitForAFile() {
     const QString letters = QString::fromUtf8("é😀");  // 2 and 4 bytes
     const std::pair<QString, QString> cases[] = {
         {"Event Log", "Event Log"},
@@ -194,21 +130,10 @@ class HostileFilesTest : public QObject {
         {"C:\\Windows Log", "C__Windows Log"},
         {"a*?\"<>| Log", "a______ Log"},
         {".hidden Log", "_hidden Log"},
+        {"../../up Log", "_._.._up Log"},
         {QString::fromUtf8("gnp\xE2\x80\xAE.exe\n\x1B Log"), "gnp_.exe__ Log"},
-        {letters.repeated(100), letters.repeated(30)},
-        {"../../up Log", "_._.._up Log"}};
-    for (const auto& [name, part] : cases) QCOMPARE(varkel::FileNamePart(name), part);
-    const auto& [name, part] = *std::rbegin(cases);
-    const QTemporaryDir folder;
-    QVERIFY(QDir(folder.path()).mkpath("a/b"));
-    Put(folder.filePath("table.csv"), Content("Config/varID/Quenta.csv").replace("Fault Log", name.toUtf8()));
-    Bench bench;
-    QVERIFY(bench.Connect());
-    bench.manager->InitConfigFileParser(QDir("Config/varID").relativeFilePath(folder.filePath("table")));
-    QCOMPARE(bench.manager->DownloadLog(QUrl::fromLocalFile(folder.filePath("a/b")), name), 0);
-    QCOMPARE(bench.NextSuccess(), name + " download successful.");
-    const QStringList files = Files(folder.filePath("a/b"));
-    QVERIFY2(files.size() == 1 && files[0].startsWith(part + '_'), qPrintable(files.join(' ')));
+        {letters.repeated(100), letters.repeated(30)}};
+    for (const auto& [name, file_name] : cases) QCOMPARE(varkel::SanitizedFileName(name), file_name);
   }
 };
 

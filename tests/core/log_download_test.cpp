@@ -1,27 +1,45 @@
-#include <QDir>
-#include <QFile>
+#include <sys/stat.h>
+
+#include <QDateTime>
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include "tests/core/core_test.h"
+#include "tests/support/full_disk.h"
+#include "tests/support/qt_files.h"
 
 namespace {
+
+constexpr char kOld[] = "an older archive";
+constexpr int kDisk = 8192;
+constexpr char kFailed[] = "Operation log download failed.";
+constexpr char kDownloaded[] = "Operation log download successful.";
+
+QStringList Packed(const QString& archive) {
+  QProcess tar;
+  tar.start("tar", {"-tf", archive});
+  if (!tar.waitForFinished()) return {"tar hangs"};
+  return QString::fromLocal8Bit(tar.readAll()).split('\n', Qt::SkipEmptyParts);
+}
 
 class LogDownloadTest : public QObject {
   Q_OBJECT
  private slots:
   void init() {
     folder_ = std::make_unique<QTemporaryDir>();
+    parts_.removeRecursively();  // an earlier run's
     bench_ = std::make_unique<Bench>();
     QVERIFY(bench_->ConnectOn());
   }
+  void cleanup() { qputenv("PATH", search_path_); }
 
   void NamedLogIsAFile() {
     VarkelManager& manager = *bench_->manager;
     QSignalSpy finished(&manager, &VarkelManager::downloadFinished);
     QSignalSpy running(&manager, &VarkelManager::isDownloadLogChanged);
-    bench_->Misbehave("0x62=late:500");
+    bench_->AddFault("0x62=late:500");
     QCOMPARE(manager.DownloadLog(Target(), "Event Log"), 0);
     QVERIFY(manager.IsDownloadLog());
     const int beside[] = {manager.DownloadLog(Target(), "Event Log"),
@@ -31,24 +49,36 @@ class LogDownloadTest : public QObject {
     QTRY_COMPARE(finished.count(), 1);
     QCOMPARE(running.count(), 2);
     QVERIFY(!manager.IsDownloadLog() && bench_->errors.isEmpty());
-    QCOMPARE(Files().size(), 1);
-    QVERIFY(QRegExp("Event Log_\\d{8}-\\d{6}\\.bin").exactMatch(Files().first()));
-    QFile log(folder_->filePath(Files().first()));
-    QVERIFY(log.open(QIODevice::ReadOnly));
-    const QByteArray content = log.readAll();
+    const QStringList files = Files(folder_->path());
+    QVERIFY2(QRegExp("Event Log_[0-9]{8}-[0-9]{6}\\.bin").exactMatch(files.join('|')), qPrintable(files[0]));
+    const QByteArray content = Content(folder_->filePath(files.first()));
     QVERIFY(content.size() > 1024);
     QVERIFY2(content.at(0) >= ' ', "the log begins with the code that its reply repeats");
   }
 
   void NamedLogFailures() {
+    bench_->Misbehave("0x62=error:5");
     const QStringList cases[] = {{"Other Log", "", "Can not find Other Log name"},
-                                 {"Fault Log", "missing/folder", "Fault Log: Failed to open file."}};
+                                 {"Event Log", "missing/folder", "Event Log: Failed to open file."},
+                                 {"Fault Log", "", "Fault Log download failed. return code: -1"}};
     for (const QStringList& texts : cases) {
       QCOMPARE(bench_->manager->DownloadLog(Target(texts[1]), texts[0]), 0);
       QCOMPARE(bench_->NextError(), texts[2]);
       QTRY_VERIFY(!bench_->manager->IsDownloadLog());
-      QVERIFY(Files().isEmpty());
+      QVERIFY(Files(folder_->path()).isEmpty());
     }
+    QVERIFY(bench_->log.contains("ERROR Fault Log: the query failed with code 5."));
+  }
+
+  // A name comes from the table: its file is in the folder that was chosen, and nowhere else.
+  void NamedLogStaysInItsFolder() {
+    QVERIFY(QDir(folder_->path()).mkpath("a/b"));
+    Put(folder_->filePath("table.csv"), Content("Config/varID/Quenta.csv").replace("Fault Log", "../../Log"));
+    const QString model = QDir("Config/varID").relativeFilePath(folder_->filePath("table"));
+    bench_->manager->InitConfigFileParser(model);
+    QCOMPARE(bench_->manager->DownloadLog(Target("a/b"), "../../Log"), 0);
+    QCOMPARE(bench_->NextSuccess(), "../../Log download successful.");
+    QVERIFY(Files(folder_->filePath("a/b")).join('|').startsWith("_._.._Log_"));
   }
 
   void OperationLogIsAnArchiveOfFourParts() {
@@ -58,34 +88,114 @@ class LogDownloadTest : public QObject {
         {"logs", "logs.tar"}, {"other.tar", "other.tar"}, {"logs.TAR", "logs.TAR.tar"}};
     for (const auto& [chosen, archive] : cases) {
       QCOMPARE(bench_->manager->DownloadOperationLog(Target(chosen)), 0);
-      QCOMPARE(bench_->NextSuccess(), "Operation log download successful.");
+      QCOMPARE(bench_->NextSuccess(), kDownloaded);
       QTRY_COMPARE(finished.count(), 1);
       QCOMPARE(finished.takeFirst().first().toBool(), true);
-      QVERIFY2(Files().contains(archive), archive);
+      QVERIFY2(Files(folder_->path()).contains(archive), archive);
     }
-    QCOMPARE(Files().size(), 3);
+    QCOMPARE(Files(folder_->path()).size(), 3);
     QCOMPARE(QDir::currentPath(), directory);
-    QVERIFY(
-        !QDir(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)).exists("operation_log"));
+    QVERIFY(!parts_.exists());
 
-    QProcess tar;
-    tar.start("tar", {"-tf", folder_->filePath("logs.tar")});
-    QVERIFY(tar.waitForFinished());
-    const QStringList parts = QString::fromLocal8Bit(tar.readAll()).split('\n', Qt::SkipEmptyParts);
+    const QStringList parts = Packed(folder_->filePath("logs.tar"));
     const auto requests = bench_->sensor->Received(0x61);
     QCOMPARE(parts.size(), 4);
     QCOMPARE(requests.size(), 12U);
     const char* const prefixes[] = {"bsw_warning_", "asw_warning_", "bsw_error_", "asw_error_"};
     for (std::uint8_t i = 0; i < 4; ++i) {
-      QVERIFY(QRegExp(prefixes[i] + QString("\\d{4}(_\\d\\d){5}\\.bin")).exactMatch(parts[i]));
+      QVERIFY2(QRegExp(prefixes[i] + QString("[0-9]{4}(_[0-9]{2}){5}\\.bin")).exactMatch(parts[i]),
+               qPrintable(parts[i]));
       QCOMPARE(requests[i].payload, (std::vector<std::uint8_t>{i >= 2, i % 2 == 1}));
     }
   }
 
+  // The user's, another download's, and the archive itself.
+  void OtherFilesOfTheWorkFolderStay() {
+    QVERIFY(parts_.mkpath("."));
+    QStringList names{"logs.tar", "notes.txt"};
+    const QDateTime now = QDateTime::currentDateTime();
+    for (int second = 0; second < 20; ++second) {
+      names.append("asw_error_" + QLocale::c().toString(now.addSecs(second), "yyyy_MM_dd_hh_mm_ss") + ".bin");
+    }
+    for (const QString& name : names) Put(parts_.filePath(name), kOld);
+    bench_->manager->DownloadOperationLog(QUrl::fromLocalFile(parts_.filePath("logs.tar")));
+    QCOMPARE(bench_->NextSuccess(), kDownloaded);
+    names.sort();
+    QCOMPARE(Files(parts_.path()), names);
+    QCOMPARE(Packed(parts_.filePath("logs.tar")).size(), 4);
+    for (const QString& name : names.mid(0, 20)) QCOMPARE(Content(parts_.filePath(name)), QByteArray(kOld));
+  }
+
+  void FailureKeepsTheOldArchive_data() {
+    // `tar`: a script in place of the program, "-": there is none. `disk`: bytes that a file may have.
+    const Table<QString, int, QString, QString, QString, int> row("tar", "disk", "rule", "name", "error",
+                                                                  "parts");
+    const char* const no_tar =
+        "The operation log can't be packed: there is no program \"tar\". Install it, or add its folder to "
+        "PATH.";
+    row("no tar", "-", 0, "", "logs.tar", no_tar, 0);
+    row("no file", "", 0, "", "pipe.tar", kFailed, 0);
+    row("tar fails", "echo half > \"$2\"; exit 2", 0, "", "logs.tar", kFailed, 4);
+    row("tar dies", "echo half > \"$2\"; kill -9 $$", 0, "", "logs.tar", kFailed, 4);
+    row("no such folder", "", 0, "", "missing/logs.tar", kFailed, 4);
+    row("a part is missing", "", 0, "0x61=error#2", "logs.tar", kFailed, 3);
+    row("no room for the archive", "", kDisk, "", "logs.tar", kFailed, 4);
+    row("no room for the parts", "", 64, "", "logs.tar", kFailed, 0);
+  }
+  void FailureKeepsTheOldArchive() {
+    QFETCH(QString, tar);
+    QFETCH(int, disk);
+    QFETCH(QString, rule);
+    QFETCH(QString, name);
+    QFETCH(QString, error);
+    QFETCH(int, parts);
+    const QString path = folder_->filePath("logs.tar");
+    Put(path, kOld);
+    mkfifo(folder_->filePath("pipe.tar").toUtf8(), 0600);
+    if (!rule.isEmpty()) bench_->Misbehave(rule.toStdString());
+    if (!tar.isEmpty()) ReplaceTar(tar);
+    auto full = disk > 0 ? std::make_unique<FullDisk>(disk) : nullptr;
+    bench_->manager->DownloadOperationLog(Target(name));
+    const QString told = bench_->NextError();
+    full.reset();
+    cleanup();
+    QCOMPARE(told, error);
+    QVERIFY(!bench_->manager->IsDownloadLog());
+    QCOMPARE(Content(path), QByteArray(kOld));
+    QCOMPARE(Files(folder_->path()), (QStringList{"logs.tar", "pipe.tar"}));
+    QCOMPARE(Files(parts_.path()).size(), parts);  // what came stays for a look
+    const bool is_futile = tar == "-" || name == "pipe.tar";
+    QCOMPARE(bench_->sensor->Received(0x61).empty(), is_futile);
+    QCOMPARE(bench_->manager->DownloadOperationLog(QUrl::fromLocalFile(path)), 0);
+    QCOMPARE(bench_->NextSuccess(), kDownloaded);
+    QVERIFY(Content(path).size() > kDisk);  // in place of the old one
+  }
+
+  void ClosingEndsTar() {
+    const QString started = folder_->filePath("started");
+    ReplaceTar("touch " + started + "; touch \"$2\"; exec sleep 20");
+    bench_->manager->DownloadOperationLog(Target("logs.tar"));
+    QTRY_VERIFY(QFile::exists(started));
+    QElapsedTimer closing;
+    closing.start();
+    bench_.reset();
+    QVERIFY2(closing.elapsed() < 1000, qPrintable(QString::number(closing.elapsed())));
+    QCOMPARE(Files(folder_->path()), QStringList{"started"});
+  }
+
  private:
   QUrl Target(const QString& name = {}) const { return QUrl::fromLocalFile(folder_->filePath(name)); }
-  QStringList Files() const { return QDir(folder_->path()).entryList(QDir::Files | QDir::Hidden); }
 
+  void ReplaceTar(const QString& script) {
+    Put(programs_.filePath("tar"), "#!/bin/sh\nPATH=" + search_path_ + "\n" + script.toUtf8());
+    QFile::setPermissions(programs_.filePath("tar"),
+                          script == "-" ? QFile::ReadOwner : QFile::ReadOwner | QFile::ExeOwner);
+    qputenv("PATH", programs_.path().toUtf8());
+  }
+
+  const QByteArray search_path_ = qgetenv("PATH");
+  const QTemporaryDir programs_;
+  QDir parts_{QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) + "/operation_log"};
   std::unique_ptr<QTemporaryDir> folder_;
   std::unique_ptr<Bench> bench_;
 };

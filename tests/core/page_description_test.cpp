@@ -3,7 +3,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/model_names.h"
 #include "tests/core/core_test.h"
 
 namespace {
@@ -32,8 +32,9 @@ class PageDescriptionTest : public QObject {
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(kTable);
     file.close();
-    catalogue_ = std::make_unique<varkel::ConfigParser>(path.toStdString());
+    catalogue_ = std::make_shared<varkel::ConfigParser>(path.toStdString());
     QVERIFY(catalogue_->ExtractConfigInfo());
+    model_ = std::make_unique<varkel::Model>("table", catalogue_);
   }
 
   void RowsStandByPositionBehindTheirHeading() {
@@ -58,7 +59,7 @@ class PageDescriptionTest : public QObject {
     QCOMPARE(value["visible"], true);
     QCOMPARE(Map("Filter on")["visible"], false);
     QCOMPARE(value["edited"], false);
-    edits_.Mark("0x02", catalogue_->FindByName("Filter on")->var_id);
+    model_->values.Edit(*catalogue_->FindByName("Filter on"), "0");
     QCOMPARE(Map("Filter")["edited"], true);
   }
 
@@ -67,16 +68,6 @@ class PageDescriptionTest : public QObject {
     QCOMPARE(mode["options"].toList(), (QVariantList{0, 5}));
     QCOMPARE(mode["varname_value_to_option"].toList(), (QVariantList{"Off", "5"}));
     QCOMPARE(mode["option_num"], 2);
-  }
-
-  void ModelsAreListedWithoutTheHostsModel() {
-    QTemporaryDir models;
-    for (const char* name : {"b.csv", "A.csv", "a.old.csv", "Marvo-KTC.csv"}) {
-      QVERIFY(QFile(models.filePath(name)).open(QIODevice::WriteOnly));
-    }
-    QVERIFY(QDir(models.path()).mkdir("folder.csv"));
-    QCOMPARE(varkel::ListModels(models.path().toStdString()), (std::vector<std::string>{"A", "a", "b"}));
-    QVERIFY(varkel::ListModels("./no such folder").empty());
   }
 
   void FailedLoadLeavesNoPagesAndSaysWhere() {
@@ -94,12 +85,12 @@ class PageDescriptionTest : public QObject {
 
  private:
   QVariantMap Map(const char* name) const {
-    return varkel::VariableMap(*catalogue_, *catalogue_->FindByName(name), edits_);
+    return varkel::VariableMap(*model_, *catalogue_->FindByName(name));
   }
 
   QTemporaryDir folder_;
-  std::unique_ptr<varkel::ConfigParser> catalogue_;
-  varkel::PendingEdits edits_;
+  std::shared_ptr<varkel::ConfigParser> catalogue_;
+  std::unique_ptr<varkel::Model> model_;
 };
 
 const RegisterTest<PageDescriptionTest> registered;

@@ -88,7 +88,7 @@ class PageWritingTest : public QObject {
   }
 
   void AddressesGoLastAndNeedNoAnswer() {
-    bench_->Misbehave("0x21=close:0");  // a sensor that moved to its new address is gone
+    bench_->AddFault("0x21=close:0");  // a sensor that moved to its new address is gone
     bench_->Edit("Sensor IP", "192.168.1.77");
     bench_->Edit("Destination Port", "3000");
     bench_->Edit("VLAN ID", "7");
@@ -101,8 +101,18 @@ class PageWritingTest : public QObject {
     QCOMPARE(set_commands, (Bytes{0x20, 0x24, 0x21}));
   }
 
+  void AddressesThatCouldNotGoOutAreNotSaved() {
+    bench_->Misbehave("0x08=close:0");  // breaks the connection in the refresh
+    bench_->Edit("Sensor IP", "192.168.1.77");
+    QVERIFY(!Saves(2));
+    QVERIFY(bench_->errors.contains("SET [0x21] FAILED"));
+    QVERIFY(bench_->successes.isEmpty());
+    QVERIFY(bench_->sensor->Received(0x21).empty());
+    QVERIFY(bench_->IsEdited("Sensor IP"));
+  }
+
   void RefusalKeepsTheEdits() {
-    bench_->Misbehave("0x45=error:5");
+    bench_->AddFault("0x45=error:5");
     bench_->Edit("Operating Mode", "1", 3);  // 0x41, ahead of the refused command
     bench_->Edit("Sync Angle", "180");       // 0x45
     bench_->Edit("Minimum Range", "1");      // 0x43, behind it
@@ -111,7 +121,7 @@ class PageWritingTest : public QObject {
     QCOMPARE(bench_->sensor->ValueText("Operating Mode"), std::string("1"));
     QVERIFY(bench_->sensor->Received(0x43).empty());
     QCOMPARE(bench_->manager->getSetMapSize(), 4);
-    bench_->Behave();
+    bench_->ClearFaults();
     QVERIFY(Saves(4));
     QCOMPARE(bench_->sensor->ValueText("Sync Angle"), std::string("180"));
     QCOMPARE(bench_->manager->getSetMapSize(), 1);
@@ -159,6 +169,87 @@ class PageWritingTest : public QObject {
     QCOMPARE(manager.FovList()[1], "45.5");
   }
 
+  void EditsGoBackWithoutTheSensor() {
+    VarkelManager& manager = *bench_->manager;
+    const auto shows = [&](const char* threshold, const char* angle) {
+      return bench_->Shown("Intensity Threshold") == QLatin1String(threshold) &&
+             manager.FovList()[4] == angle;
+    };
+    const auto edit = [&] {
+      bench_->Edit("Intensity Threshold", "77");
+      manager.SetMultiFovConfig(4, "45.5");
+      return shows("77", "45.5");
+    };
+    bench_->sensor->SetValue("Intensity Threshold", "31");
+    for (int page : {4, 5}) manager.GetLidarModuleInfo(page);
+    const QByteArray angle = manager.FovList()[4].toByteArray();
+    QVERIFY(edit());
+    QSignalSpy fov_changed(&manager, &VarkelManager::fovConfigChanged);
+    bench_->Misbehave("0x42=error:9");
+    manager.ClearSetMap();
+    manager.GetLidarModuleInfo(4);
+    QVERIFY(shows("31", angle));
+    QVERIFY(edit());
+    manager.Stop();
+    QVERIFY(shows("31", angle));
+    QCOMPARE(fov_changed.count(), 2);
+    QVERIFY(edit());
+    manager.ClearSetMap();
+    QVERIFY(shows("31", angle));
+  }
+
+  void FieldsThatWereNotReadAreNamed() {
+    VarkelManager& manager = *bench_->manager;
+    bench_->Misbehave("0x42=error:9");
+    bench_->Edit("Intensity Threshold", "13");
+    manager.SetMultiFovConfig(0, "10");
+    const QStringList unread = manager.unreadFields(4);
+    QCOMPARE(unread.size(), 8);
+    QVERIFY(unread.contains("Noise Filter Level") && !unread.contains("Intensity Threshold"));
+    QCOMPARE(manager.unreadFields(5), QStringList{"Channel Field of View"});
+    QVERIFY(manager.unreadFields(99).isEmpty());
+    QVERIFY(Saves(4));
+    const QString warning =
+        "WARNING The sensor did not report these before the save, so their last values are written: ";
+    QVERIFY(bench_->log.contains(warning + unread.join(", ")));
+    QVERIFY(Saves(5));
+    QVERIFY(bench_->log.contains(warning + "Channel Field of View"));
+
+    bench_->Behave();
+    for (int page : {4, 5}) manager.GetLidarModuleInfo(page);
+    bench_->Edit("Intensity Threshold", "14");
+    manager.SetMultiFovConfig(0, "11");
+    QVERIFY(manager.unreadFields(4).isEmpty() && manager.unreadFields(5).isEmpty());
+    bench_->log.clear();
+    QVERIFY(Saves(4) && Saves(5));
+    QVERIFY(bench_->log.filter("WARNING").isEmpty());
+    manager.Stop();
+    QVERIFY(bench_->ConnectOn());
+    bench_->Edit("Intensity Threshold", "15");
+    QCOMPARE(manager.unreadFields(4), unread);  // it may be another sensor
+  }
+
+  void EveryFailingVariableOfAPageIsNamed() {
+    VarkelManager& manager = *bench_->manager;
+    for (int page = 0; page < manager.level1List().size(); ++page) manager.GetLidarModuleInfo(page);
+    QVERIFY(manager.CheckModuleVarsWithinRange(3));
+    bench_->Edit("KTC Port", "80");
+    bench_->Edit("Gateway", "10.0.0");
+    bench_->Edit("VLAN ID", "x");
+    bench_->log.clear();
+    QSignalSpy out_of_range(&manager, &VarkelManager::someVarOutOfRange);
+    QVERIFY(!manager.CheckModuleVarsWithinRange(2));
+    QStringList names;
+    for (const auto& arguments : out_of_range) names.append(arguments.first().toString());
+    names.sort();
+    QCOMPARE(names, (QStringList{"Gateway", "KTC Port", "VLAN ID"}));
+    for (const char* ending :
+         {"KTC Port is out of range", "Gateway has invalid IP format", "VLAN ID is not a valid number"}) {
+      QVERIFY(bench_->log.contains(QString("WARNING Detected that the user set ") + ending));
+    }
+    QVERIFY(!manager.CheckVarIsWithinRange("KTC Port") && manager.CheckVarIsWithinRange("no such variable"));
+  }
+
   void RefusedBeforeAnythingIsSent() {
     const auto refusal = [this](const char* text) {
       bench_->Edit("Sync Angle", text);
@@ -179,7 +270,7 @@ class PageWritingTest : public QObject {
   }
 
   void EditMadeDuringTheSaveStaysPending() {
-    bench_->Misbehave("0x43=late:500");
+    bench_->AddFault("0x43=late:500");
     bench_->Edit("Intensity Threshold", "20");
     bench_->Edit("Noise Filter Level", "3");
     bench_->manager->RunInBackground(4);

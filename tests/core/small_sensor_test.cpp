@@ -6,7 +6,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/model_names.h"
 #include "VarkelCore/src/small_sensor/small_sensor_info.h"
 #include "tests/core/small_sensor_bench.h"
 

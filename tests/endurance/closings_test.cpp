@@ -131,7 +131,7 @@ void ClosingsTest::CloseOne(int number) {
   const QStringList operation = PickOperation();
   const bool on_lines = operation[0] == "Zelto";
   const auto misbehave = [&](const std::string& rule) {
-    on_lines ? lines_.Misbehave(rule) : network_.at(operation[0])->Misbehave(rule);
+    on_lines ? lines_.AddFault(rule) : network_.at(operation[0])->AddFault(rule);
   };
   const char* const rule = Pick(std::array{"*=none", "*=late:60", "*=silence", "*=close"});
   const int latest_ms = Pick(std::array{300, 1500});

@@ -80,11 +80,11 @@ class GrowthTest : public QObject {
         manager.set_serial_port_232(QString::fromStdString(lines.uart_path()));
       }
       if (!bench.Connect()) return false;
-      on_lines ? lines.PullUart() : bench.sensor->Misbehave("*=close");
+      on_lines ? lines.PullUart() : bench.sensor->AddFault("*=close");
       alive = true;
       const bool noticed = QTest::qWaitFor(is_lost, kPatienceMs);
       manager.Stop();
-      bench.sensor->Behave();
+      bench.sensor->ClearFaults();
       lines.Stop();
       lines.device().log.Clear();
       if (model == "Zelto-KTC") bench.sensor->device().log.Clear();

@@ -81,7 +81,7 @@ class ResponsivenessTest : public QObject {
     for (int page = 0; page <= manager.level1List().size(); ++page) {
       Watch("Quenta", {{QString("first visit of page %1").arg(page), [&] { key(page); }}});
     }
-    Watch("Quenta", {{"fall silent", [&] { desk.sensor.Misbehave("*=silence"); }},
+    Watch("Quenta", {{"fall silent", [&] { desk.sensor.AddFault("*=silence"); }},
                      {"check", [&] { manager.CheckConnectionInBackground(); }},
                      {"change page", [&] { key(2); }},
                      {"change back", [&] { key(4); }},
@@ -91,10 +91,10 @@ class ResponsivenessTest : public QObject {
                      {"cancel", [&] { desk.Click("cancelButton_4"); }},
                      {"disconnect", [&] { desk.Click("connectButton"); }}});
     QVERIFY(!manager.IsConnected() && manager.getSetMapSize() == 0);
-    desk.sensor.Behave();
+    desk.sensor.ClearFaults();
     QVERIFY(desk.Connect());
     desk.ShowPage(1);
-    desk.sensor.Misbehave("*=silence");
+    desk.sensor.AddFault("*=silence");
     const auto change_model = [&desk](const char* model) {
       QMetaObject::invokeMethod(desk.root, "changeModel", Q_ARG(QVariant, QString(model)));
     };
@@ -111,11 +111,11 @@ class ResponsivenessTest : public QObject {
         return !manager.isWorking() && !manager.IsUpgrading() && !manager.IsDownloadLog();
       };
       for (const auto& [name, start] : OperationsOf(model, folder_.path())) {
-        desk.sensor.Behave();
-        desk.lines.Behave();
+        desk.sensor.ClearFaults();
+        desk.lines.ClearFaults();
         QVERIFY(desk.Connect());
-        desk.sensor.Misbehave("*=silence");
-        desk.lines.Misbehave("*=silence");
+        desk.sensor.AddFault("*=silence");
+        desk.lines.AddFault("*=silence");
         Watch(model, {{name, [&, start = start] { start(manager); }},
                       {"disconnect after it", [&] { manager.Stop(); }}});
         QTRY_VERIFY_WITH_TIMEOUT(is_idle() && !manager.IsConnected(), 15000);

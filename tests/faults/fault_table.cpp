@@ -216,7 +216,7 @@ Operation Download(const std::string& log) {
     bench.manager->DownloadLog(bench.File(""), QString::fromStdString(log));
   };
   Operation op = Simple("download " + log, "Quenta", start, kQuery, log + " download successful.",
-                        log + " download failed. return code: %");
+                        log + " download failed. return code: -1");
   op.check = WholeFile;
   return op;
 }

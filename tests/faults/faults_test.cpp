@@ -88,7 +88,7 @@ class CaseRun {
     const VarkelManager& manager = *bench_.manager;
     bench_.Forget();
     for (const std::string& rule : {case_.rule, case_.also}) {
-      if (!rule.empty()) bench_.Misbehave(rule);
+      if (!rule.empty()) bench_.AddFault(rule);
     }
     operation_.start(bench_);
     constexpr int kLongest = 150;
@@ -100,7 +100,7 @@ class CaseRun {
     }
     bench_.Wait([&] { return Told() == expected_ && manager.IsConnected() == connected; }, 40);
     if (case_.fault.kind.empty()) case_.fault.steps = bench_.TakeAnswered();
-    bench_.Behave();
+    bench_.ClearFaults();
     CheckTold();
     Check(manager.IsConnected() == connected, "IsConnected is wrong");
     Check(bench_.Wait([this] { return !bench_.IsBusy(); }), "a flag stays up");
@@ -189,7 +189,7 @@ void AddDisturbances(const Case& undisturbed, std::vector<Case>& cases) {
   }
 }
 
-TEST(FaultSuite, EveryOperationMeetsEveryMisbehaviour) {
+TEST(FaultSuite, EveryOperationMeetsEveryFault) {
   const char* const chosen = std::getenv("VARKEL_FAULTS");  // a regular expression, for a part of the suite
   const std::regex pattern(chosen != nullptr ? chosen : "");
   const std::vector<Operation> operations = Operations();
@@ -212,7 +212,7 @@ TEST(FaultSuite, EveryOperationMeetsEveryMisbehaviour) {
 
 TEST(LateReply, OfACarriedCommandAnswersNoOtherOne) {
   sim::SimulatedSensor sensor(
-      {.table_path = "./Config/varID/Zelto-KTC.csv", .misbehaviours = {"ldcmd-get:8=late:3000#1"}});
+      {.table_path = "./Config/varID/Zelto-KTC.csv", .faults = {"ldcmd-get:8=late:3000#1"}});
   sensor.Start();
   constexpr std::uint32_t kTimeoutMs = 2000;
   const auto client =
@@ -223,7 +223,9 @@ TEST(LateReply, OfACarriedCommandAnswersNoOtherOne) {
   const std::vector<std::uint8_t> safety = {quarn::lidar::kFunctionSafetyItem};
   EXPECT_EQ(carried.QueryCommand(quarn::lidar::kGetRequest, safety, reply, kTimeoutMs), -3);
   const auto baud_rate = [&] {
-    return QueryForCode(*client, quarn::lidar::kKtcExtensionCmd, quarn::lidar::kGetBaudRatePayload, reply);
+    const auto result =
+        varkel::QueryKtcCommand(*client, quarn::lidar::kKtcExtensionCmd, quarn::lidar::kGetBaudRatePayload);
+    return result ? 0 : result.error();
   };
   EXPECT_EQ(baud_rate(), -1);
   EXPECT_EQ(baud_rate(), 0);

@@ -144,9 +144,10 @@ class FakePeer {
 inline std::shared_ptr<lidar::KtcClient> MakeClient(std::uint16_t port, std::uint8_t version = 1,
                                                     std::uint32_t timeout_ms = 2000, float connect_s = 5,
                                                     const std::string& ip = "127.0.0.1",
-                                                    std::uint32_t type = 0) {
+                                                    std::uint32_t type = 0,
+                                                    const lidar::KtcLimits& limits = {}) {
   return std::make_shared<lidar::KtcClient>(ip, port, false, type, version, "", "", "", timeout_ms,
-                                            timeout_ms, connect_s, std::uint16_t{0});
+                                            timeout_ms, connect_s, std::uint16_t{0}, limits);
 }
 
 /// A client that is connected to the peer.

@@ -160,6 +160,34 @@ TEST(QueryCommand, TakesALargePayloadAndRefusesALargeRequest) {
   EXPECT_EQ(peer.Requests().size(), 1U);
 }
 
+TEST(QueryCommand, EndsWhatIsTooSlowOrTooLargeOrCannotBeKept) {
+  const struct {
+    KtcLimits limits;
+    std::size_t announced, sent;
+    std::string line;
+  } kCases[] = {
+      {{.least_bytes_time = std::chrono::milliseconds(0)}, 200, 100, "comes too slowly, 100 of 200 bytes."},
+      {{.largest_payload = 1000}, 1001, 1001, "is too large, 1001 bytes."},
+      {{.largest_payload = 1000}, 1000, 1000, ""}};
+  for (const auto& c : kCases) {
+    FakePeer peer(1, [&](const Request&) {
+      return Answer{Cut(FakePeer::Reply(1, 0x31, Bytes(c.announced)), 8 + c.sent)};
+    });
+    const auto client = MakeClient(peer.port(), 1, 20000, 5, "127.0.0.1", 0, c.limits);
+    ASSERT_TRUE(test::Eventually([&] { return client->IsOpen(); }));
+    const test::LogLines log;
+    Bytes result;
+    EXPECT_EQ(client->Query({}, result, 0x31), c.line.empty() ? std::nullopt : std::optional(-3));
+    EXPECT_EQ(result.size(), c.line.empty() ? c.sent : 0);
+    EXPECT_EQ(log.Has("4 the sensor's reply " + c.line), !c.line.empty());
+  }
+  FakePeer peer(1, FakePeer::Echo);
+  const auto client = Connect(peer);
+  client->SetLogCallback([](const std::string&) { throw std::bad_alloc(); });
+  Bytes result;
+  EXPECT_EQ(client->Query({}, result, 0x31), KtcClient::kNoPayload);
+}
+
 TEST(QueryCommand, ThreadsNeverMix) {
   FakePeer peer(1, FakePeer::Echo);
   const auto client = Connect(peer, 1, 5000);

@@ -74,6 +74,17 @@ TEST(SerialClient, TakesTheReplyOutOfThePointCloud) {
   EXPECT_EQ(log, "SEND: 24 4c 44 43 4d 44 2c 03 03 0b 00 \nRECV: 24 4c 44 43 4d 44 2c 03 03 0b 00 \n");
 }
 
+TEST(SerialClient, TakesAReplyWhoseTagIsGarbled) {
+  Lines lines;
+  auto result = lines.Query();
+  EXPECT_EQ(lines.uart.Read(kRequestSize).size(), kRequestSize);
+  Bytes reply = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
+  reply[0] = 0;
+  ASSERT_TRUE(lines.rs485.Write(test::Joined({Bytes(500, 0x5A), reply})));
+  EXPECT_EQ(result.get(), 0);
+  EXPECT_EQ(lines.body, (Bytes{3, 3, 11, 0, 0}));
+}
+
 TEST(SerialClient, TellsSilenceNonsenseAndABrokenLineApart) {
   Lines lines;
   lines.body = {42};

@@ -99,13 +99,16 @@ TEST(SerialSource, TellsRepliesAndDataApart) {
   const Bytes text = {'$', 'L', 'D', 'C', 'M', 'x', '$', '$', 'L', 'D'};
   const Bytes firmware = EncodeReplyFrame(ReplyKind::kOta, 1, Bytes(255, 0x24), 0);
   const Bytes noise(40, 0xEE);
+  Bytes garbled = Reply(3);
+  std::fill_n(garbled.begin(), 3, std::uint8_t{0});
   const PseudoTerminal line;
   SerialSource source(line.name(), 9600, 115200);
   ASSERT_TRUE(source.Open());
-  ASSERT_TRUE(line.Write(test::Joined({text, Reply(1), Reply(2), text, firmware, noise})));
-  const Bytes replies = test::Joined({Reply(1), Reply(2), firmware});
+  ASSERT_TRUE(line.Write(test::Joined({text, Reply(1), Reply(2), text, firmware, garbled, noise})));
+  const Bytes replies = test::Joined({Reply(1), Reply(2), firmware, garbled});
   EXPECT_EQ(Collect(source, replies.size()), replies);
-  EXPECT_EQ(Collect(source, 60, true), test::Joined({text, text, noise}));
+  const Bytes data = test::Joined({text, text, garbled, noise});
+  EXPECT_EQ(Collect(source, data.size(), true), data);
 }
 
 TEST(SerialSource, PulledLineAndCloseEndAReceiveAtOnce) {
@@ -123,6 +126,20 @@ TEST(SerialSource, PulledLineAndCloseEndAReceiveAtOnce) {
     EXPECT_EQ(receiving.get(), 0U);
     EXPECT_FALSE(source.IsOpened());
   }
+}
+
+TEST(SerialSource, OpensWhileAnotherThreadClears) {
+  const PseudoTerminal line;
+  SerialSource source(line.name(), 9600, 115200);
+  std::atomic<bool> done{false};
+  auto clearing = std::async(std::launch::async, [&] {
+    while (!done) source.Clear(SerialSource::kClearAll);
+  });
+  for (int i = 0; i < 20; ++i) EXPECT_TRUE(source.Open());
+  done = true;
+  clearing.get();
+  ASSERT_TRUE(line.Write(Reply(1)));
+  EXPECT_EQ(Collect(source, Reply(1).size()), Reply(1));
 }
 
 TEST(PacketRing, DropsTheOldestAndExtendsTheLastPacket) {

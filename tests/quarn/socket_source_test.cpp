@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 
+#include "libquarn/Platform/src/ipv4.h"
 #include "tests/quarn/bytes.h"
 #include "tests/quarn/test_support.h"
 #include "tests/support/wine.h"
@@ -74,7 +76,7 @@ TEST(SocketSource, DrainsAStreamWithoutWaiting) {
     // The first is found by waiting, the others without: a negative time would fail a wait.
     EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, i == 1 ? kSecond_us : -1), 3);
     EXPECT_EQ(packet.data[1], i);
-    EXPECT_EQ(packet.sender_ip, platform::ParseIpV4(kLoopback));
+    EXPECT_EQ(packet.sender_ip, std::bit_cast<std::uint32_t>(*ParseIpv4(kLoopback)));
     EXPECT_FALSE(packet.timed_out);
   }
   EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, -1), -1);
@@ -156,7 +158,7 @@ TEST(SocketSource, ReceivesItsGroupAndNoOther) {
   }
   UdpPacket packet;
   EXPECT_EQ(Next(first, packet), (Bytes{1, 2, 3}));
-  EXPECT_EQ(packet.sender_ip, platform::ParseIpV4(kLoopback));
+  EXPECT_EQ(packet.sender_ip, std::bit_cast<std::uint32_t>(*ParseIpv4(kLoopback)));
   EXPECT_EQ(Next(same, packet), (Bytes{1, 2, 3}));
   EXPECT_TRUE(IsIdle(other));
 }

@@ -150,8 +150,10 @@ TEST(TcpClient, InterruptEndsWhatRunsAndWhatComesLater) {
         }
       }};
   for (const auto& block : blocking) {
+    const test::LogLines log;
     TcpClient client;
     test::ExpectEndsAtOnce([&] { block(client); }, [&] { client.Interrupt(); });
+    EXPECT_FALSE(log.Has("4 connect lidar time out"));
     ExpectNothingGoes(client);
     client.Close();
     EXPECT_FALSE(TryOpen(client, mute->port()));

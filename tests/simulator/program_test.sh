@@ -37,7 +37,7 @@ refuses() {
 }
 
 for signal in INT TERM; do
-  start 'listening on 127\.0\.0\.1:' --port 0 --model Zelto-KTC --misbehave 0x07=silence --restart-time 50
+  start 'listening on 127\.0\.0\.1:' --port 0 --model Zelto-KTC --fault 0x07=silence --restart-time 50
   refuses "$where: the port is in use" --port "$where"
   kill -s "$signal" "$sensor"
   wait "$sensor" || fail "status $? after SIG$signal"
@@ -64,7 +64,7 @@ wait "$sensor" || fail "status $? of the sensor on serial lines"
 [ ! -L "$work/rs485" ] && [ ! -L "$work/uart" ] || fail "links that stay"
 
 refuses 'no table of a model "Nobody".*Quenta, Zelto' --model Nobody
-refuses '"0x07=shouting" has an unknown kind' --misbehave 0x07=shouting
+refuses '"0x07=shouting" has an unknown kind' --fault 0x07=shouting
 # The package tool: the same bytes for the same arguments, and a first line that the sensor reads.
 package=$(dirname "$0")/../../simulator/tools/make-package.sh
 for wrong in "3.5.0.256 2024-11-05 100" "3.5.0.1 2024-13-05 100" "3.5.0.1"; do

@@ -10,8 +10,8 @@ namespace {
 
 using quarn::lidar::KtcClient;
 
-// What a client makes of each misbehaviour, in either version; the exchange after it is a good one.
-TEST(SimulatedSensor, MisbehavesByName) {
+// What a client makes of each fault, in either version; the exchange after it is a good one.
+TEST(SimulatedSensor, FailsAsItsRulesSay) {
   const TestTable table;
   SimulatedSensor sensor({.table_path = table.path()});
   sensor.Start();
@@ -44,7 +44,7 @@ TEST(SimulatedSensor, MisbehavesByName) {
       Bytes result;
       ASSERT_EQ(client->QueryCommand({}, result, 0x99), -1);  // leaves a last return code of 1
       std::istringstream rules(c.rules);
-      for (std::string rule; rules >> rule;) sensor.Misbehave("0x31=" + rule + "#1");
+      for (std::string rule; rules >> rule;) sensor.AddFault("0x31=" + rule + "#1");
       EXPECT_EQ(client->QueryCommand({}, result, 0x31), c.result);
       EXPECT_TRUE(c.result == 0 || client->LastReturnCode() == c.last_return_code);
       EXPECT_EQ(result, c.payload);
@@ -53,6 +53,23 @@ TEST(SimulatedSensor, MisbehavesByName) {
       EXPECT_EQ(result, kReplyPayload);
     }
   }
+}
+
+TEST(SimulatedSensor, RefusesClampsAndDrops) {
+  const TestTable table;
+  SimulatedSensor sensor({.table_path = table.path(), .faults = {"0x41=error:7#1", "0x41=clamp:300"}});
+  sensor.Start();
+  auto client = Connect(sensor, 1);
+  Bytes reply;
+  EXPECT_EQ(client->Query(Bytes{9, 9}, reply, 0x41), 7);
+  EXPECT_EQ(sensor.ValueText("Port"), "258");
+  EXPECT_EQ(client->QueryCommand(Bytes{9, 9}, reply, 0x41), 0);
+  EXPECT_EQ(sensor.ValueText("Port"), "300");
+  sensor.AddFault("*=drop#2");
+  EXPECT_EQ(client->QueryCommand({}, reply, 0x31), 0);
+  EXPECT_EQ(client->QueryCommand({}, reply, 0x31), 0);
+  EXPECT_TRUE(Eventually([&] { return sensor.connected_clients() == 0; }));
+  EXPECT_NE(client->QueryCommand({}, reply, 0x31), 0);
 }
 
 }  // namespace

@@ -102,7 +102,7 @@ class ConnectionTest : public QObject {
         },
         [](Desk& desk) {
           if (!desk.Connect()) return false;
-          desk.sensor.Misbehave("*=silence");
+          desk.sensor.AddFault("*=silence");
           desk.Key(Qt::Key_3, Qt::ControlModifier);
           return desk.sensor.WaitReceived(0x08, 1, std::chrono::seconds(5));
         }};

@@ -4,7 +4,8 @@
 
 namespace {
 
-/// A desk whose user has hands: real events of the X server, which reach the window by way of the window manager.
+/// A desk whose user has hands: real events of the X server, which reach the window by way of the window
+/// manager.
 class RealDesk : public Desk {
  public:
   static void Do(const QStringList& arguments) {

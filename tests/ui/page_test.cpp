@@ -77,7 +77,7 @@ class PageTest : public QObject {
   void SlowPageShowsThatItIsBusy() {
     Desk desk;
     QVERIFY(desk.Connect());
-    desk.sensor.Misbehave("0x08=late:700");
+    desk.sensor.AddFault("0x08=late:700");
     desk.Key(Qt::Key_3, Qt::ControlModifier);
     QVERIFY(!desk.Has("loadingBar"));  // not for a blink
     QTRY_VERIFY(desk.Has("loadingBar"));

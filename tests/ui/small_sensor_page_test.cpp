@@ -143,7 +143,7 @@ class SmallSensorPageTest : public QObject {
         items.safety_state = state;
         items.fault_codes = std::move(codes);
       });
-      desk.sensor.Misbehave(misbehaviour);
+      desk.sensor.AddFault(misbehaviour);
       for (const char* button : {"zeltoBaudRateGet", "zeltoSafetyGet"}) desk.Press(button);
       desk.Wait();
       return desk.Text("zeltoBaudRateField") + ' ' + desk.Text("zeltoFaultState") + ' ' +
@@ -163,7 +163,7 @@ class SmallSensorPageTest : public QObject {
     };
     QVERIFY(QDir(desk.folder.path()).mkdir("100% ä #1"));
     QCOMPARE(save_calibration(), "");
-    desk.sensor.Behave();
+    desk.sensor.ClearFaults();
     const QString outcome = save_calibration();
     QVERIFY(QRegularExpression("^Saved as correction_20\\d{6}-\\d{6}\\.bin$").match(outcome).hasMatch());
     QFile saved(desk.folder.filePath("100% ä #1/" + outcome.mid(9)));
@@ -193,17 +193,17 @@ class SmallSensorPageTest : public QObject {
     QCOMPARE(desk.Destination(), "192.168.1.100:77");
     desk.Key(Qt::Key_Escape);
     QCOMPARE(desk.Destination(), "192.168.1.100:2369");
-    desk.sensor.Misbehave("*=error");
+    desk.sensor.AddFault("*=error");
     ask();
     QTRY_COMPARE(desk.Destination(), "xx.xx.xx.xx:xx");
-    desk.sensor.Behave();
+    desk.sensor.ClearFaults();
     ask();
     ask();
     emit desk.manager->callFinished("ZeltoGetDestinationConfig", QVariantList{"9.9.9.9", "9"});
     QCOMPARE(desk.Destination(), "xx.xx.xx.xx:xx");  // the newer question is still open
     QTRY_COMPARE(desk.Destination(), "192.168.1.100:2369");
     desk.Wait();
-    desk.sensor.Misbehave("*=silence");
+    desk.sensor.AddFault("*=silence");
     ask();
     desk.Type("zeltoDestinationPortField", "7");
     desk.manager->Stop();
@@ -239,7 +239,7 @@ class SmallSensorPageTest : public QObject {
       QCOMPARE(desk.Text("upgradeFileName"), "Rejected, need a *.bin or *.patch file");
       QVERIFY(!desk.Has("upgradeProgress") && !desk.Has("upgradeNote"));
       const QString file_name = mode == 0 ? "new one.patch" : "firmware.bin";
-      desk.sensor.Misbehave("ota:2=late:100");
+      desk.sensor.AddFault("ota:2=late:100");
       desk.Drop(file_name, content);
       QTRY_VERIFY(desk.Has("upgradeProgress") && desk.Has("upgradeNote"));
       QVERIFY(!desk.Find("attachButton")->isEnabled() && !desk.Find("zeltoUpgradeMode")->isEnabled());
@@ -264,7 +264,7 @@ class SmallSensorPageTest : public QObject {
     QVERIFY(desk.Connect());
     desk.Wait();
     QVERIFY(desk.AllButtons(true));
-    desk.sensor.Misbehave("ldcmd-set:10=silence");
+    desk.sensor.AddFault("ldcmd-set:10=silence");
     desk.Press("zeltoSpinRateSave");
     QTRY_VERIFY(desk.Has("loadingBar"));
     QVERIFY(desk.AllButtons(false));

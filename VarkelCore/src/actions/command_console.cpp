@@ -2,21 +2,22 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QLocale>
 #include <algorithm>
 #include <charconv>
 #include <iostream>
 #include <optional>
 #include <span>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
+#include "libquarn/KtcClient/src/sensor_timeouts.h"
 namespace varkel {
 
 namespace {
 
 constexpr std::size_t kHeaderSize = 8;
-/// The longest wait for a reply to a serial command.
-constexpr std::uint32_t kSerialTimeoutMs = 5000;
 /// Nonce, CRC and trailer of a serial reply frame.
 constexpr std::size_t kSerialTail = 10;
 
@@ -24,7 +25,15 @@ std::string WithoutHexPrefix(const std::string& text) {
   return text.rfind("0x", 0) == 0 || text.rfind("0X", 0) == 0 ? text.substr(2) : text;
 }
 
-/// One byte in base 16; a text that holds anything else, or a larger number, is told apart on the console.
+/// A line that was copied often brings a blank or a line end along.
+std::string Trimmed(const std::string& text) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  const std::size_t begin = text.find_first_not_of(kBlanks);
+  return begin == std::string::npos ? std::string()
+                                    : text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+/// One byte in base 16. Standard output says whether another text is no number or too large a one.
 std::optional<std::uint8_t> ReadByte(const std::string& digits) {
   std::uint8_t value = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
@@ -65,7 +74,7 @@ std::string UpperHex(std::span<const std::uint8_t> bytes) {
 
 }  // namespace
 
-CommandConsole::Road CommandConsole::OverKtc(std::shared_ptr<quarn::lidar::KtcClient> client) {
+CommandConsole::Channel CommandConsole::KtcChannel(std::shared_ptr<quarn::lidar::KtcClient> client) {
   return {[client = std::move(client)](std::uint8_t code, std::span<const std::uint8_t> payload,
                                        std::vector<std::uint8_t>& reply) {
             return client->QueryCommand(payload, reply, code, true);
@@ -75,32 +84,35 @@ CommandConsole::Road CommandConsole::OverKtc(std::shared_ptr<quarn::lidar::KtcCl
           "Incorrect KTC payload was entered. Parsing failed."};
 }
 
-CommandConsole::Road CommandConsole::OverSerial(std::shared_ptr<quarn::lidar::SerialExchange> exchange,
-                                                bool behind_ktc) {
+CommandConsole::Channel CommandConsole::SerialChannel(std::shared_ptr<quarn::lidar::SerialExchange> exchange,
+                                                      bool over_ktc) {
   return {[exchange = std::move(exchange)](std::uint8_t code, std::span<const std::uint8_t> payload,
                                            std::vector<std::uint8_t>& reply) {
-            const int result = exchange->QueryFrame(code, payload, reply, kSerialTimeoutMs);
+            const int result =
+                exchange->QueryFrame(code, payload, reply, quarn::lidar::Timeouts().small_exchange_ms);
             if (result == 0) reply.resize(reply.size() - std::min(reply.size(), kSerialTail));
             return result;
           },
-          behind_ktc ? "Query Serial command fail. Please check BytesFlow in Log Window. Please input right "
-                       "Serial command header and payload."
-                     : "Query Serial command fail. Please input right Serial command header and payload.",
+          over_ktc ? "Query Serial command fail. Please check BytesFlow in Log Window. Please input right "
+                     "Serial command header and payload."
+                   : "Query Serial command fail. Please input right Serial command header and payload.",
           "Incorrect Serial header was entered. Parsing failed.",
           "Incorrect Serial payload was entered. Parsing failed."};
 }
 
-CommandConsole::Outcome CommandConsole::Send(const Road& road, const std::string& command,
+CommandConsole::Outcome CommandConsole::Send(const Channel& channel, const std::string& command,
                                              const std::string& payload, std::uint8_t& code) {
   Record record;
-  record.time = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toStdString();
-  record.command = WithoutHexPrefix(command);
-  const std::vector<std::string> pieces = PayloadPieces(payload);
+  record.time = QLocale::c()
+                    .toString(QDateTime::currentDateTime(), QStringLiteral("yyyy-MM-dd HH:mm:ss"))
+                    .toStdString();
+  record.command = WithoutHexPrefix(Trimmed(command));
+  const std::vector<std::string> pieces = PayloadPieces(Trimmed(payload));
   record.payload = Joined(pieces);
 
   const std::optional<std::uint8_t> command_code = ReadByte(record.command);
   if (!command_code) {
-    report_.Error(road.bad_header);
+    report_.Error(channel.bad_header);
     return Outcome::kRefused;
   }
   code = *command_code;
@@ -108,17 +120,17 @@ CommandConsole::Outcome CommandConsole::Send(const Road& road, const std::string
   for (const std::string& piece : pieces) {
     const std::optional<std::uint8_t> byte = ReadByte(piece);
     if (!byte) {
-      report_.Error(road.bad_payload);
+      report_.Error(channel.bad_payload);
       return Outcome::kRefused;
     }
     bytes.push_back(*byte);
   }
 
   std::vector<std::uint8_t> reply;
-  if (road.query(code, bytes, reply) != 0 || reply.size() < kHeaderSize) {
+  if (channel.query(code, bytes, reply) != 0 || reply.size() < kHeaderSize) {
     std::cout << "query command failed!" << std::endl;
     SetReplyTexts({}, {});
-    report_.Error(road.query_failed);
+    report_.Error(channel.query_failed);
     return Outcome::kFailed;
   }
   ShowReply(reply);

@@ -16,7 +16,7 @@
 
 namespace varkel {
 
-/// Sends commands typed by hand and remembers the last ones. Thread-safe.
+/// Sends commands that were typed by hand and keeps a history of those that were answered. Thread-safe.
 class CommandConsole {
  public:
   struct Record {
@@ -28,9 +28,9 @@ class CommandConsole {
   static constexpr std::size_t kHistorySize = 10;
   static constexpr std::size_t kShownPayload = 1024;  ///< bytes of a reply payload that are shown
 
-  /// How commands travel, and what the user is told when one can't.
-  struct Road {
-    /// One exchange: 0, or a failure. The reply is 8 bytes of header and the payload.
+  /// The protocol that carries the commands, with the notices that go with it.
+  struct Channel {
+    /// One exchange: 0, or a failure. The reply is an 8-byte header and the payload.
     std::function<int(std::uint8_t code, std::span<const std::uint8_t> payload,
                       std::vector<std::uint8_t>& reply)>
         query;
@@ -38,16 +38,18 @@ class CommandConsole {
     const char* bad_header;
     const char* bad_payload;
   };
-  static Road OverKtc(std::shared_ptr<quarn::lidar::KtcClient> client);
-  /// Serial commands; `behind_ktc` tells the user where to look after a failure. The tag and the length byte
-  /// of a reply frame are its header.
-  static Road OverSerial(std::shared_ptr<quarn::lidar::SerialExchange> exchange, bool behind_ktc);
+  static Channel KtcChannel(std::shared_ptr<quarn::lidar::KtcClient> client);
+  /// Serial commands; the tag and the length byte of a reply frame are its header. With `over_ktc` the notice
+  /// of a failed query sends the user to the byte flow, which shows the KTC frames.
+  static Channel SerialChannel(std::shared_ptr<quarn::lidar::SerialExchange> exchange, bool over_ktc);
 
   explicit CommandConsole(UserReport& report) : report_(report) {}
 
-  /// `command` and each blank-separated piece of `payload` are hexadecimal, "0x" allowed. A text that can't
-  /// be read is refused with a notice and nothing is sent. `code` is the command byte that was sent.
-  Outcome Send(const Road& road, const std::string& command, const std::string& payload, std::uint8_t& code);
+  /// `command` and each piece of `payload` are one byte in hexadecimal, "0x" allowed; single blanks separate
+  /// the pieces, blanks at either end of both texts are dropped. Any other text is refused with a notice and
+  /// nothing is sent. `code` becomes the command byte that was sent.
+  Outcome Send(const Channel& channel, const std::string& command, const std::string& payload,
+               std::uint8_t& code);
 
   std::string return_header() const;  ///< the last reply, upper-case hexadecimal
   std::string return_payload() const;

@@ -1,55 +1,26 @@
 #include "VarkelCore/src/actions/log_download.h"
 
 #include <QDateTime>
-#include <QDir>
-#include <QFile>
-#include <QProcess>
+#include <QFileInfo>
+#include <QLocale>
 #include <QStandardPaths>
-#include <QStringList>
-#include <cstdint>
 #include <exception>
-#include <utility>
 
+#include "VarkelCore/src/actions/operation_log_files.h"
+#include "VarkelCore/src/actions/tar_program.h"
 #include "VarkelCore/src/catalogue/named_command.h"
 #include "VarkelCore/src/session/exchange.h"
-#include "VarkelCore/src/tasks/whole_file.h"
+#include "VarkelCore/src/tasks/atomic_file.h"
 
 namespace varkel {
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+constexpr char kOperationLogFailed[] = "Operation log download failed.";
 
-constexpr int kTarTimeMs = 30000;
-
-struct OperationLogPart {
-  const char* prefix;
-  std::uint8_t selector[2];
-};
-
-constexpr OperationLogPart kOperationLogParts[] = {
-    {"bsw_warning_", {0x00, 0x00}},
-    {"asw_warning_", {0x00, 0x01}},
-    {"bsw_error_", {0x01, 0x00}},
-    {"asw_error_", {0x01, 0x01}},
-};
-
-/// The archive's own name is kept; what tar writes stands beside it until it is whole.
-constexpr char kUnfinished[] = ".part";
-
-bool Pack(const QString& folder, const QStringList& files, const QString& archive) {
-  const QString unfinished = archive + QLatin1String(kUnfinished);
-  QProcess tar;
-  tar.setWorkingDirectory(folder);  // the process's own working directory stays
-  tar.setStandardOutputFile(QProcess::nullDevice());
-  tar.start(QStringLiteral("tar"), QStringList{QStringLiteral("-cvf"), unfinished} + files);
-  const bool packed =
-      tar.waitForFinished(kTarTimeMs) && tar.exitStatus() == QProcess::NormalExit && tar.exitCode() == 0;
-  if (packed && MoveOver(unfinished, archive)) return true;
-  tar.kill();
-  tar.waitForFinished();
-  QFile::remove(unfinished);
-  return false;
+QString WithTarExtension(const QString& archive) {
+  const QString extension = QStringLiteral(".tar");
+  return QFileInfo(archive.endsWith(extension) ? archive : archive + extension).absoluteFilePath();
 }
 
 }  // namespace
@@ -58,91 +29,110 @@ void LogDownload::DownloadLog(const ConfigParser& catalogue, quarn::lidar::KtcCl
                               const QString& folder, const QString& type) const {
   set_running_(true);
   const std::string name = type.toStdString();
+  std::string fault;
   try {
-    FetchLog(catalogue, client, folder, name);
+    fault = FetchLog(catalogue, client, folder, name);
   } catch (const std::exception& error) {
-    Fail(name + " download error: " + error.what());
+    fault = name + " download error: " + error.what();
   }
+  Finish(fault, name + " download successful.");
 }
 
-void LogDownload::FetchLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
-                           const QString& folder, const std::string& type) const {
-  const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-hhmmss"));
-  const QString target = folder + QLatin1Char('/') + FileNamePart(QString::fromStdString(type)) +
+std::string LogDownload::FetchLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
+                                  const QString& folder, const std::string& type) const {
+  const QString stamp =
+      QLocale::c().toString(QDateTime::currentDateTime(), QStringLiteral("yyyyMMdd-hhmmss"));
+  const QString target = folder + QLatin1Char('/') + SanitizedFileName(QString::fromStdString(type)) +
                          QLatin1Char('_') + stamp + QStringLiteral(".bin");
   const VarInfo* var = catalogue.FindByName(type);
-  if (var == nullptr) return Fail("Can not find " + type + " name");
-  if (ActionCommandText(*var).empty()) return Fail("Can not find " + type + " command");
+  if (var == nullptr) return "Can not find " + type + " name";
+  if (ActionCommandText(*var).empty()) return "Can not find " + type + " command";
 
   const ActionRequest request = MakeActionRequest(*var);
   const ExchangeResult log = QueryTableCommand(client, request.command, request.payload);
-  if (!log) return Fail(type + " download failed. return code: " + std::to_string(log.error()));
-  switch (WriteWholeFile(target, ReplyContent(request.command, *log))) {
-    case WriteResult::kNotOpened:
-      return Fail(type + ": Failed to open file.");
-    case WriteResult::kNotWritten:
-      return Fail(type + ": Failed to write binary data to file.");
-    case WriteResult::kWritten:
-      set_running_(false);
-      report_.Success(type + " download successful.");
+  if (!log) {
+    LogCode(type, log.error());
+    return type + " download failed. return code: -1";
   }
+  switch (WriteAtomically(target, ReplyContent(request.command, *log))) {
+    case WriteResult::kNotOpened:
+      return type + ": Failed to open file.";
+    case WriteResult::kNotWritten:
+      return type + ": Failed to write binary data to file.";
+    case WriteResult::kWritten:
+      break;
+  }
+  return {};
 }
 
 bool LogDownload::DownloadOperationLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
-                                       const QString& archive) const {
+                                       const QString& archive, const std::stop_token& stop) const {
   set_running_(true);
-  const VarInfo* var = FindNamed(catalogue, {"Operation Log", "operation log"});
-  if (var == nullptr) {
-    Fail("Can not find Operation Log name");
-    return false;
-  }
-  if (ActionCommandText(*var).empty()) {
-    Fail("Can not find Operation Log command");
-    return false;
-  }
+  std::string fault;
   try {
-    const bool whole = FetchOperationLog(
-        *var, client, archive.endsWith(QStringLiteral(".tar")) ? archive : archive + QStringLiteral(".tar"));
-    set_running_(false);
-    if (whole) {
-      report_.Success("Operation log download successful.");
-    } else {
-      report_.Error("Operation log download failed.");
-    }
-    return whole;
+    fault = FetchOperationLog(catalogue, client, WithTarExtension(archive), stop);
   } catch (const std::exception& error) {
-    Fail("Operation Log download error: " + std::string(error.what()));
-    return false;
+    fault = "Operation Log download error: " + std::string(error.what());
   }
+  return Finish(fault, "Operation log download successful.");
 }
 
-bool LogDownload::FetchOperationLog(const VarInfo& var, quarn::lidar::KtcClient& client,
-                                    const QString& archive) const {
-  const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyy_MM_dd_hh_mm_ss"));
-  QDir folder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +
-              QStringLiteral("/operation_log"));
-  folder.mkpath(QStringLiteral("."));
+std::string LogDownload::FetchOperationLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
+                                           const QString& archive, const std::stop_token& stop) const {
+  const VarInfo* var = FindNamed(catalogue, {"Operation Log", "operation log"});
+  if (var == nullptr) return "Can not find Operation Log name";
+  if (ActionCommandText(*var).empty()) return "Can not find Operation Log command";
+  // What would be in the way at the end is found out before anything is downloaded.
+  const QString tar = FindTar();
+  if (tar.isEmpty()) {
+    return "The operation log can't be packed: there is no program \"tar\". Install it, or add its folder to "
+           "PATH.";
+  }
+  if (!IsWritableTarget(archive)) {
+    report_.Log(archive.toStdString() + " is not a regular file.", "ERROR");
+    return kOperationLogFailed;
+  }
 
-  QStringList files;
-  bool whole = true;
-  for (const OperationLogPart& part : kOperationLogParts) {
-    const ActionRequest request = MakeActionRequest(var, {part.selector[0], part.selector[1]});
+  const OperationLogFiles files(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +
+                                QStringLiteral("/operation_log"));
+  if (!files.are_created()) {
+    report_.Log("No files can be created in " + files.folder().toStdString() + '.', "ERROR");
+    return kOperationLogFailed;
+  }
+  // An incomplete set of parts is not packed: the archive would be taken for a complete one.
+  if (!FetchParts(*var, client, files, stop)) return kOperationLogFailed;
+  const std::string fault = RunTar(tar, files.folder(), files.names(), archive, files.stamp(), stop);
+  if (!fault.empty()) {
+    report_.Log("The parts of the operation log stay in " + files.folder().toStdString() + ": " + fault,
+                "ERROR");
+    return kOperationLogFailed;
+  }
+  files.Remove();
+  return {};
+}
+
+// Goes on after a part that did not come: the other ones may help the user.
+bool LogDownload::FetchParts(const VarInfo& var, quarn::lidar::KtcClient& client,
+                             const OperationLogFiles& files, const std::stop_token& stop) const {
+  bool complete = true;
+  for (std::size_t i = 0; i < kOperationLogParts.size() && !stop.stop_requested(); ++i) {
+    const auto& selector = kOperationLogParts[i].selector;
+    const ActionRequest request = MakeActionRequest(var, {selector[0], selector[1]});
     const ExchangeResult log = QueryTableCommand(client, request.command, request.payload);
-    whole &= log.has_value();
-    const QString file = QLatin1String(part.prefix) + stamp + QStringLiteral(".bin");
-    whole &= WriteWholeFile(folder.filePath(file), ReplyContent(request.command, log.value_or(Bytes()))) ==
-             WriteResult::kWritten;
-    files.append(file);
+    if (!log) LogCode(files.names().at(static_cast<int>(i)).toStdString(), log.error());
+    complete &= log && files.Write(i, ReplyContent(request.command, *log));
   }
-  // A set of parts that is not whole is never packed: an archive would be taken for a complete one.
-  if (!whole || !Pack(folder.path(), files, archive)) return false;
-  folder.removeRecursively();
-  return true;
+  return complete && !stop.stop_requested();
 }
 
-void LogDownload::Fail(const std::string& text) const {
+bool LogDownload::Finish(const std::string& fault, const std::string& success) const {
   set_running_(false);
-  report_.Error(text);
+  fault.empty() ? report_.Success(success) : report_.Error(fault);
+  return fault.empty();
+}
+
+void LogDownload::LogCode(const std::string& log, int code) const {
+  report_.Log(log + ": the query failed with code " + std::to_string(code) + '.', "ERROR");
 }
 
 }  // namespace varkel

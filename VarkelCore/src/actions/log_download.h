@@ -2,7 +2,9 @@
 
 #include <QString>
 #include <functional>
-#include <vector>
+#include <stop_token>
+#include <string>
+#include <utility>
 
 #include "VarkelCore/src/catalogue/config_parser.h"
 #include "VarkelCore/src/tasks/user_report.h"
@@ -10,28 +12,39 @@
 
 namespace varkel {
 
-/// Fetches logs from the sensor into files. Works on the calling thread; every outcome is reported, and the
-/// running flag is lowered before it is. A file appears under its name only when it is whole.
+class OperationLogFiles;
+
+/// Downloads logs from the sensor into files. Works on the calling thread; every outcome is reported, after
+/// the running flag has been cleared. A file appears under its name only when it is complete.
 class LogDownload {
  public:
   LogDownload(UserReport& report, std::function<void(bool running)> set_running)
       : report_(report), set_running_(std::move(set_running)) {}
 
-  /// One named log, to `folder`/TYPE_yyyyMMdd-hhmmss.bin.
+  /// The log of the variable named `type`, to `folder`/TYPE_yyyyMMdd-hhmmss.bin (local time).
   void DownloadLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client, const QString& folder,
                    const QString& type) const;
 
   /// The four parts of the operation log, packed by the external program "tar" into `archive` (".tar" is
-  /// added when missing). The parts are gathered in the user's documents folder + "/operation_log", which is
-  /// removed after success and kept after a failure. True on success.
+  /// appended if missing). The parts are gathered in the user's documents folder + "/operation_log"; they are
+  /// removed after success, with the folder if it is empty then, and kept after a failure. True on success.
+  /// A stop ends tar at once; whoever asks for it interrupts the client as well.
   bool DownloadOperationLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
-                            const QString& archive) const;
+                            const QString& archive, const std::stop_token& stop) const;
 
  private:
-  void FetchLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client, const QString& folder,
-                const std::string& type) const;
-  bool FetchOperationLog(const VarInfo& var, quarn::lidar::KtcClient& client, const QString& archive) const;
-  void Fail(const std::string& text) const;
+  // These return the error notice, empty on success.
+  std::string FetchLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client, const QString& folder,
+                       const std::string& type) const;
+  std::string FetchOperationLog(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
+                                const QString& archive, const std::stop_token& stop) const;
+
+  bool FetchParts(const VarInfo& var, quarn::lidar::KtcClient& client, const OperationLogFiles& files,
+                  const std::stop_token& stop) const;
+  bool Finish(const std::string& fault, const std::string& success) const;
+  /// The notices say no more than that a query failed; the code that the sensor or the client gave is in the
+  /// log.
+  void LogCode(const std::string& log, int code) const;
 
   UserReport& report_;
   const std::function<void(bool running)> set_running_;

@@ -15,8 +15,8 @@ namespace {
 struct Action {
   std::initializer_list<const char*> names;
   const char* word;            ///< in the messages about the table
-  const char* error_prefix;    ///< ahead of an exception's text
-  const char* failure_prefix;  ///< ahead of the sensor's code
+  const char* error_prefix;    ///< before an exception's text
+  const char* failure_prefix;  ///< before the sensor's code
   const char* failure_suffix;
 };
 
@@ -26,8 +26,9 @@ int Query(const VarInfo& var, quarn::lidar::KtcClient& client) {
   return result ? 0 : result.error();
 }
 
-int Send(const Action& action, const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
-         UserReport& report) {
+int Send(const Action& action, const ConfigParser& catalogue, SensorSession& session, UserReport& report) {
+  if (!session.is_ktc_open() || !session.is_idle()) return -1;
+  const ByteLog::Quiet quiet(session.byte_log());
   const std::string word = action.word;
   try {
     const VarInfo* var = FindNamed(catalogue, action.names);
@@ -39,7 +40,7 @@ int Send(const Action& action, const ConfigParser& catalogue, quarn::lidar::KtcC
       report.Error("Can not find " + word + " command");
       return -1;
     }
-    const int code = Query(*var, client);
+    const int code = Query(*var, *session.ktc_client());
     if (code != 0) report.Error(action.failure_prefix + std::to_string(code) + action.failure_suffix);
     return code;
   } catch (const std::exception& error) {
@@ -50,18 +51,18 @@ int Send(const Action& action, const ConfigParser& catalogue, quarn::lidar::KtcC
 
 }  // namespace
 
-int RestartSensor(const ConfigParser& catalogue, quarn::lidar::KtcClient& client, UserReport& report) {
+int RestartSensor(const ConfigParser& catalogue, SensorSession& session, UserReport& report) {
   return Send({{"Restart", "restart"},
                "restart",
                "Restart error: ",
                "Auto reboot failed, ret_code: ",
                ". Please reboot lidar manually."},
-              catalogue, client, report);
+              catalogue, session, report);
 }
 
-int ResetSensor(const ConfigParser& catalogue, quarn::lidar::KtcClient& client, UserReport& report) {
+int ResetSensor(const ConfigParser& catalogue, SensorSession& session, UserReport& report) {
   return Send({{"Reset", "reset"}, "reset", "retset error: ", "Reset failed, ret_code: ", "."}, catalogue,
-              client, report);
+              session, report);
 }
 
 }  // namespace varkel

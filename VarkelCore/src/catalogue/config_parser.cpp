@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <stdexcept>
+#include <utility>
 
 #include "VarkelCore/src/catalogue/command_text.h"
 #include "VarkelCore/src/catalogue/csv_table.h"
@@ -37,28 +39,10 @@ std::string VarId(std::string_view group_id, std::string_view index) {
   return var_id;
 }
 
-// Most cells of a row are empty, and so are a new record's texts.
-void SetText(std::string& text, std::string_view cell) {
-  if (!cell.empty() || !text.empty()) {
-    text = cell;
-  }
-}
-
-// Rows that follow each other in a table mostly do so in the maps, too: the place behind the entry of the row
-// before is tried first.
-template <typename Map, typename... Value>
-typename Map::iterator EmplaceBehind(Map& map, typename Map::iterator before, std::string key,
-                                     Value&&... value) {
-  const auto hint = before == map.end() ? before : std::next(before);
-  return map.try_emplace(hint, std::move(key), std::forward<Value>(value)...);
-}
-
 void LayOut(ConfigParser::VarList& vars, std::int32_t VarInfo::*order, std::uint32_t VarInfo::*position,
             std::uint32_t first) {
-  const auto comes_first = [order](const VarInfo* a, const VarInfo* b) { return a->*order < b->*order; };
-  if (!std::is_sorted(vars.begin(), vars.end(), comes_first)) {
-    std::stable_sort(vars.begin(), vars.end(), comes_first);
-  }
+  std::stable_sort(vars.begin(), vars.end(),
+                   [order](const VarInfo* a, const VarInfo* b) { return a->*order < b->*order; });
   for (VarInfo* var : vars) {
     var->*position = first;
     first += var->var_len;
@@ -143,7 +127,9 @@ bool ConfigParser::ExtractConfigInfo() {
   }
   LayOutPayloads();
   LinkSwitches();
-  by_name_.Build(file_order_);
+  for (VarInfo* var : file_order_) {
+    by_name_.try_emplace(var->var_name, var);
+  }
   return true;
 }
 
@@ -174,23 +160,20 @@ void ConfigParser::LoadRow(const CsvRow& row, const Columns& columns) {
   VarInfo* var = StoreRow(row, columns);
   Place(var, row.Cell(columns.function_module));
   if (!get_cmd.empty()) {
-    AddToCommand(get_cmd, var, kGetKind, get_cmd_map_, last_get_);
+    AddToCommand(get_cmd, var, kGetKind, get_cmd_map_);
   }
   if (!set_cmd.empty()) {
     if (get_cmd.empty()) {
-      NameApart(var);
+      Disambiguate(var);
     }
-    AddToCommand(set_cmd, var, kSetKind, set_cmd_map_, last_set_);
+    AddToCommand(set_cmd, var, kSetKind, set_cmd_map_);
   }
 }
 
-void ConfigParser::AddToCommand(std::string_view cmd, VarInfo* var, const char* kind, CommandLists& lists,
-                                LastCommand& last) {
-  if (last.list == lists.end() || last.list->first != cmd) {
-    last.list = EmplaceBehind(lists, last.list, std::string(cmd));
-    last.kind = EmplaceBehind(cmd_kind_map_, last.kind, std::string(cmd), kind);
-  }
-  last.list->second.push_back(var);
+void ConfigParser::AddToCommand(std::string_view cmd, VarInfo* var, const char* kind, CommandLists& lists) {
+  const std::string key(cmd);
+  cmd_kind_map_.try_emplace(key, kind);
+  lists[key].push_back(var);
 }
 
 void ConfigParser::AddModule(const CsvRow& row) {
@@ -206,17 +189,16 @@ void ConfigParser::AddModule(const CsvRow& row) {
   module_vars_.back().resize(entries == 0 ? 0 : entries - 1);
 }
 
-VarInfo& ConfigParser::Record(std::string var_id, std::string_view var_name) {
-  last_in_map_ = EmplaceBehind(var_map_, last_in_map_, std::move(var_id));
-  auto& [key, record] = *last_in_map_;
+VarInfo& ConfigParser::Record(const std::string& var_id, std::string_view var_name) {
+  std::unique_ptr<VarInfo>& record = var_map_[var_id];
   if (record == nullptr) {
     record = std::make_unique<VarInfo>();
-    record->var_id = key;
+    record->var_id = var_id;
     file_order_.push_back(record.get());
   } else {
     TraceLoad(
         "(): ERROR with config file. There are vars with the same var_id. Some of them will be overwritten");
-    TraceLoad("(): --- Details: file path = " + path_ + ", var_id =" + key +
+    TraceLoad("(): --- Details: file path = " + path_ + ", var_id =" + var_id +
               ", var_name = " + std::string(var_name));
   }
   return *record;
@@ -247,10 +229,10 @@ VarInfo* ConfigParser::StoreRow(const CsvRow& row, const Columns& columns) {
   VarInfo& var = Record(VarId(row.Cell(columns.group_id), row.Cell(columns.index)), var_name);
   var.index = IntCell(row.Cell(columns.index), kNoIndex);
   var.set_index = IntCell(set_index, kNoIndex);
-  SetText(var.get_cmd, row.Cell(columns.get));
-  SetText(var.set_cmd, row.Cell(columns.set));
-  SetText(var.var_type, var_type);
-  SetText(var.var_name, var_name);
+  var.get_cmd = row.Cell(columns.get);
+  var.set_cmd = row.Cell(columns.set);
+  var.var_type = var_type;
+  var.var_name = var_name;
   var.unit = unit.empty() ? std::string() : " (" + std::string(unit) + ")";
   var.get_start_pos = 0;
   var.set_start_pos = 0;
@@ -258,12 +240,15 @@ VarInfo* ConfigParser::StoreRow(const CsvRow& row, const Columns& columns) {
   var.permission = IntCell(permission, 0);
   var.coefficient = FloatCell(coefficient, 1.0F);
   var.set_coefficient = FloatCell(set_coefficient, 1.0F);
-  SetText(var.default_val, default_value);
-  SetText(var.current_val, default_value);
+  for (const CsvColumn* column : {&columns.coefficient, &columns.set_coefficient}) {
+    WarnOfPartialNumber(row, columns, *column);
+  }
+  var.default_val = default_value;
+  var.current_val = default_value;
   var.options = std::move(options.values);
   var.option_num = static_cast<std::int32_t>(var.options.size());
   var.option_labels = std::move(labels);
-  SetText(var.option_description, option_description);
+  var.option_description = option_description;
   var.range_min = options.range_min;
   var.range_max = options.range_max;
   var.timer_update = IntCell(timer_update, 0) == 1;
@@ -284,17 +269,35 @@ void ConfigParser::Place(VarInfo* var, std::string_view function_module) {
       switch_map_[var] = {place->module, place->group, *place->switched_position};
       var->has_switch = true;
     }
-    const auto module = static_cast<std::size_t>(place->module);
-    const auto group = static_cast<std::size_t>(place->group);
-    if (place->module >= 0 && module < module_vars_.size() && place->group >= 0 &&
-        group < module_vars_[module].size()) {
-      module_vars_[module][group].push_back(var);
+    if (HasGroup({place->module, place->group})) {
+      Group({place->module, place->group}).push_back(var);
     }
   }
 }
 
-// Write-only variables are found by their names, so two of them must not share one.
-void ConfigParser::NameApart(VarInfo* var) {
+bool ConfigParser::HasGroup(const ModulePlace& place) const {
+  const auto [module, group] = place;
+  return module >= 0 && std::cmp_less(module, module_vars_.size()) && group >= 0 &&
+         std::cmp_less(group, module_vars_[static_cast<std::size_t>(module)].size());
+}
+
+ConfigParser::VarList& ConfigParser::Group(const ModulePlace& place) {
+  return module_vars_[static_cast<std::size_t>(place.first)][static_cast<std::size_t>(place.second)];
+}
+
+// "0,5" in a table that was made where the comma is the decimal point: 0 and a rest that is ignored.
+void ConfigParser::WarnOfPartialNumber(const CsvRow& row, const Columns& columns, const CsvColumn& column) {
+  const std::string_view cell = row.Cell(column);
+  if (!cell.empty() && !IsWholeNumber(cell)) {
+    load_warnings_.push_back(
+        columns.Describe(row) + ": " + column.name() + " \"" + std::string(cell) +
+        "\" is a number only at its beginning, and no more of it is used. Write it with a "
+        "decimal point.");
+  }
+}
+
+// Set-only variables are looked up by name, so no two of them may share one.
+void ConfigParser::Disambiguate(VarInfo* var) {
   const VarInfo* owner = set_only_names_.try_emplace(var->var_name, var).first->second;
   if (owner != var) {
     var->var_name += "_" + var->set_cmd;
@@ -324,13 +327,20 @@ void ConfigParser::LinkSwitches() {
     }
   }
   for (const auto& [place, group_switches] : switches) {
-    const auto module = static_cast<std::size_t>(place.first);
-    const auto group = static_cast<std::size_t>(place.second);
-    if (place.first >= 0 && module < module_vars_.size() && place.second >= 0 &&
-        group < module_vars_[module].size()) {
-      LinkGroup(module_vars_[module][group], place, group_switches);
+    if (HasGroup(place)) {
+      LinkGroup(Group(place), place, group_switches);
     }
   }
+}
+
+ConfigParser::VarList ConfigParser::VarsWithoutSwitch() const {
+  VarList vars;
+  std::copy_if(file_order_.begin(), file_order_.end(), std::back_inserter(vars), [this](const VarInfo* var) {
+    const auto is_on_page = [this](const auto& place) { return HasGroup(place.first); };
+    return var->component_type == kSwitch && var->switch_var == nullptr &&
+           std::any_of(var->module_places.begin(), var->module_places.end(), is_on_page);
+  });
+  return vars;
 }
 
 bool ConfigParser::GetVarPosOffset(const std::string& cmd, const std::string& var_id,
@@ -372,18 +382,14 @@ std::string ConfigParser::CurrentValue(const VarInfo& var) const {
   return var.current_val;
 }
 
-void ConfigParser::SetCurrentValue(VarInfo& var, std::string text) {
-  const auto lock = LockValues();
-  var.current_val = std::move(text);
-}
-
 VarInfo* ConfigParser::FindById(const std::string& var_id) const {
   const auto found = var_map_.find(var_id);
   return found == var_map_.end() ? nullptr : found->second.get();
 }
 
 VarInfo* ConfigParser::FindByName(const std::string& var_name) const {
-  return by_name_.Find(var_name);
+  const auto found = by_name_.find(var_name);
+  return found == by_name_.end() ? nullptr : found->second;
 }
 
 }  // namespace varkel

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -12,11 +11,11 @@
 #include <utility>
 #include <vector>
 
-#include "VarkelCore/src/catalogue/name_index.h"
 #include "VarkelCore/src/catalogue/var_info.h"
 
 namespace varkel {
 
+class CsvColumn;
 class CsvRow;
 class CsvTable;
 
@@ -43,9 +42,14 @@ class ConfigParser {
   /// of text_number.h; RowBeingRead then tells where.
   bool ExtractConfigInfo();
 
-  /// For messages about a failed load: the variable and row that was being read, e.g.
-  /// `variable 3-12 "Motor speed", row 17`; empty before the first row.
+  /// After a failed load, the variable and row at which it failed: `variable 3-12 "Motor speed", row 17`.
+  /// Empty before the first row.
   std::string RowBeingRead() const;
+
+  /// What is odd about the table but did not stop the load: one sentence each, naming variable and row.
+  const std::vector<std::string>& load_warnings() const { return load_warnings_; }
+  /// The variables on the pages that are shown as a switch row but have no switch, in file order.
+  VarList VarsWithoutSwitch() const;
 
   /// Fills (start position, length) of the variable's field in the payload of the command `cmd`: the set
   /// position when `cmd` is a set command, else the get position. `payload_length` only matters for
@@ -59,7 +63,6 @@ class ConfigParser {
   /// Guards current_val, var_len and set_start_pos of all records.
   std::unique_lock<std::mutex> LockValues() const { return std::unique_lock<std::mutex>(value_mutex_); }
   std::string CurrentValue(const VarInfo& var) const;
-  void SetCurrentValue(VarInfo& var, std::string text);
 
   VarInfo* FindById(const std::string& var_id) const;
   /// The first variable of that name in file order.
@@ -78,44 +81,35 @@ class ConfigParser {
  private:
   struct Columns;  // the table's columns by name
 
-  using VarMap = std::map<std::string, std::unique_ptr<VarInfo>>;
   using CommandLists = std::map<std::string, VarList>;
-  using CommandKinds = std::map<std::string, std::string>;
-
-  /// Where the command of the row before stands, which most rows share; the maps' ends ahead of the first
-  /// row.
-  struct LastCommand {
-    CommandLists::iterator list;
-    CommandKinds::iterator kind;
-  };
 
   void LoadRow(const CsvRow& row, const Columns& columns);
   void AddModule(const CsvRow& row);
   VarInfo* StoreRow(const CsvRow& row, const Columns& columns);
-  VarInfo& Record(std::string var_id, std::string_view var_name);
-  void AddToCommand(std::string_view cmd, VarInfo* var, const char* kind, CommandLists& lists,
-                    LastCommand& last);
+  VarInfo& Record(const std::string& var_id, std::string_view var_name);
+  void AddToCommand(std::string_view cmd, VarInfo* var, const char* kind, CommandLists& lists);
   void Place(VarInfo* var, std::string_view function_module);
-  void NameApart(VarInfo* var);
+  bool HasGroup(const ModulePlace& place) const;
+  VarList& Group(const ModulePlace& place);  // one that exists
+  void WarnOfPartialNumber(const CsvRow& row, const Columns& columns, const CsvColumn& column);
+  void Disambiguate(VarInfo* var);
   void LayOutPayloads();
   void LinkSwitches();
 
   std::string path_;
   std::unique_ptr<CsvTable> table_;
-  VarMap var_map_;
-  VarMap::iterator last_in_map_ = var_map_.end();  // the row before
+  std::map<std::string, std::unique_ptr<VarInfo>> var_map_;
   VarList file_order_;
-  CommandKinds cmd_kind_map_;
+  std::map<std::string, std::string> cmd_kind_map_;
   CommandLists get_cmd_map_;
   CommandLists set_cmd_map_;
-  LastCommand last_get_{get_cmd_map_.end(), cmd_kind_map_.end()};
-  LastCommand last_set_{set_cmd_map_.end(), cmd_kind_map_.end()};
   std::vector<std::vector<std::string>> module_titles_;
   std::vector<std::vector<VarList>> module_vars_;
   VarList standalone_vars_;
   std::map<VarInfo*, SwitchPlace> switch_map_;
   std::unordered_map<std::string, const VarInfo*> set_only_names_;  // who took the name first
-  NameIndex by_name_;
+  std::unordered_map<std::string_view, VarInfo*> by_name_;          // the keys are the records' own names
+  std::vector<std::string> load_warnings_;
   std::string row_being_read_;
   mutable std::mutex value_mutex_;
 };

@@ -12,10 +12,7 @@
 namespace varkel {
 namespace {
 
-// The block stands on the stack and cells grow by less than 1 KiB: asked for more at once, an allocator may
-// first gather the thousands of pieces that the table before has left, which takes as long as ten rows.
 constexpr std::size_t kBlockSize = 8192;
-constexpr std::size_t kCellGrowth = 1000;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // Blanks belong to the cell: a table's texts are taken as they stand.
@@ -49,15 +46,15 @@ std::string_view CsvRow::CellOfNewColumn(const CsvColumn& column) const {
     column.index_ = Find(column);
   }
   if (column.index_ == CsvColumn::kUnresolved) {
-    throw std::runtime_error("Can't find a column named " + column.name_);
+    throw std::runtime_error("Can't find a column named " + column.name_ + table_->WrongSeparator());
   }
   return Cell(column.index_);
 }
 
 std::size_t CsvRow::Find(const CsvColumn& column) const {
-  const auto found = std::find(header_->begin(), header_->end(), column.name_);
-  return found == header_->end() ? CsvColumn::kUnresolved
-                                 : static_cast<std::size_t>(found - header_->begin());
+  const std::vector<std::string>& header = table_->header_;
+  const auto found = std::find(header.begin(), header.end(), column.name_);
+  return found == header.end() ? CsvColumn::kUnresolved : static_cast<std::size_t>(found - header.begin());
 }
 
 struct CsvTable::Parser {
@@ -66,7 +63,6 @@ struct CsvTable::Parser {
       throw std::runtime_error("Can't set up the table reader");
     }
     csv_set_space_func(&state, IsTrimmed);
-    csv_set_blk_size(&state, kCellGrowth);
   }
   ~Parser() { csv_free(&state); }
   Parser(const Parser&) = delete;
@@ -115,7 +111,7 @@ void CsvTable::ForEachRow(const std::function<void(const CsvRow&)>& handle) {
   handle_ = &handle;
   header_.clear();
   row_ = CsvRow();
-  row_.header_ = &header_;
+  row_.table_ = this;
   row_.number_ = 1;
   Parser parser;
   ReadBlocks(parser);
@@ -158,10 +154,15 @@ void CsvTable::ReadBlocks(Parser& parser) {
   }
 }
 
+// Where the comma is the decimal point, spreadsheet programs write ";" between cells.
+std::string CsvTable::WrongSeparator() const {
+  const bool is_one_cell = header_.size() == 1 && header_.front().find(';') != std::string::npos;
+  return is_one_cell ? ": " + path_ + " has \";\" between its cells. Save it as comma-separated text (CSV)."
+                     : "";
+}
+
 void CsvTable::EndCell(std::string_view text) {
-  if (!text.empty()) {
-    row_.text_.append(text);
-  }
+  row_.text_.append(text);
   row_.bounds_.push_back(row_.text_.size());
 }
 

@@ -11,6 +11,7 @@
 namespace varkel {
 
 class CsvRow;
+class CsvTable;
 
 /// A column that rows are asked for. It is looked up in the header once, when the first row asks for it;
 /// one object therefore serves one table.
@@ -21,6 +22,7 @@ class CsvColumn {
 
  private:
   friend class CsvRow;
+  class CsvTable;
   static constexpr std::size_t kUnresolved = static_cast<std::size_t>(-1);
   std::string name_;
   mutable std::size_t index_ = kUnresolved;
@@ -54,7 +56,7 @@ class CsvRow {
   std::string text_;                    // all cells, one behind the other
   std::vector<std::size_t> bounds_{0};  // begin of each cell within text_, and the end of the last one
   std::size_t number_ = 0;
-  const std::vector<std::string>* header_ = nullptr;
+  const CsvTable* table_ = nullptr;
 };
 
 /// Reads a file of comma-separated values with a header row. Cells may be quoted and then hold commas,
@@ -80,10 +82,12 @@ class CsvTable {
   std::size_t row_number() const { return row_.number(); }
 
  private:
+  friend class CsvRow;
   struct Callbacks;  // what libcsv calls
   struct Parser;     // libcsv's state
 
   void ReadBlocks(Parser& parser);
+  std::string WrongSeparator() const;  // what to add to the error of a missing column
   void EndCell(std::string_view text);
   void EndRow();
 

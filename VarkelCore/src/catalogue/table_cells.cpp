@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <system_error>
 
 #include "VarkelCore/src/catalogue/var_info.h"
 #include "libquarn/Platform/src/text_number.h"
@@ -15,17 +17,8 @@ using quarn::lidar::TextToInt;
 constexpr std::string_view kTrimmed = " \t\r\f\v";
 constexpr std::size_t kPlaceNumbers = 4;
 
-// Most numbers of a table are a few plain digits; the general conversion takes what else there may be.
 std::int32_t Int(std::string_view text) {
-  constexpr std::size_t kFitting = 9;
-  constexpr std::int32_t kBase = 10;
-  std::int32_t number = 0;
-  bool plain = !text.empty() && text.size() <= kFitting;
-  for (std::size_t i = 0; plain && i < text.size(); ++i) {
-    plain = text[i] >= '0' && text[i] <= '9';
-    number = number * kBase + (text[i] - '0');
-  }
-  return plain ? number : TextToInt(std::string(text));
+  return TextToInt(std::string(text));
 }
 
 std::string_view Trim(std::string_view text) {
@@ -38,12 +31,8 @@ std::string_view Trim(std::string_view text) {
 
 // Cuts the text up to the next separator off `rest`; without one, all of it.
 std::string_view TakePiece(std::string_view& rest, char separator) {
-  std::size_t end = 0;  // pieces are a few characters, too few for a search by words
-  while (end < rest.size() && rest[end] != separator) {
-    ++end;
-  }
-  const std::string_view piece = rest.substr(0, end);
-  rest.remove_prefix(std::min(end + 1, rest.size()));
+  const std::string_view piece = rest.substr(0, rest.find(separator));
+  rest.remove_prefix(std::min(piece.size() + 1, rest.size()));
   return piece;
 }
 
@@ -77,15 +66,24 @@ float FloatCell(std::string_view cell, float fallback) {
   return cell.empty() ? fallback : TextToFloat(std::string(cell));
 }
 
+bool IsWholeNumber(std::string_view cell) {
+  std::string_view number = Trim(cell);
+  if (number.starts_with('+')) {
+    number.remove_prefix(1);
+  }
+  float value = 0;
+  const char* const end = number.data() + number.size();
+  const auto result = std::from_chars(number.data(), end, value);
+  return result.ec == std::errc() && result.ptr == end;
+}
+
 OptionsCell ParseOptions(std::string_view cell) {
   OptionsCell options;
   if (cell.find('|') != std::string_view::npos) {
-    std::size_t begin = 0;
-    for (std::size_t end = cell.find('|'); end != std::string_view::npos; end = cell.find('|', begin)) {
-      options.values.push_back(Int(cell.substr(begin, end - begin)));
-      begin = end + 1;
+    while (cell.find('|') != std::string_view::npos) {
+      options.values.push_back(Int(TakePiece(cell, '|')));
     }
-    options.values.push_back(Int(cell.substr(begin)));
+    options.values.push_back(Int(cell));
   } else if (const std::size_t tilde = cell.find('~'); tilde != std::string_view::npos) {
     options.range_min = Int(cell.substr(0, tilde));
     options.range_max = Int(cell.substr(tilde + 1));

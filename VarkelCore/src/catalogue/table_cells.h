@@ -8,13 +8,15 @@
 #include <vector>
 
 /// What the cells of a model table say, one function a notation. All raise the conversion errors of
-/// text_number.h for a number that is none or does not fit.
+/// text_number.h for a text that is no number or does not fit.
 namespace varkel {
 
 /// A base-10 integer, or `fallback` for an empty cell.
 std::int32_t IntCell(std::string_view cell, std::int32_t fallback);
 /// A number with a decimal point, or `fallback` for an empty cell.
 float FloatCell(std::string_view cell, float fallback);
+/// Whether all of the cell is one number: FloatCell takes "0,5" for 0. Blanks at the ends are allowed.
+bool IsWholeNumber(std::string_view cell);
 
 /// "0|1|2" lists values, "1~100" is a range, "5" a single value.
 struct OptionsCell {
@@ -35,8 +37,7 @@ struct PlaceCell {
   std::int32_t component = 0;
   std::optional<std::int32_t> switched_position;  ///< only read for switches
 };
-/// Cuts the cell's next place off its front, and what stands ahead of it and is none; nothing when no place
-/// is left.
+/// Removes the next place from the front of the cell, skipping what is none; nullopt if no place is left.
 std::optional<PlaceCell> TakePlace(std::string_view& cell);
 
 /// "0x0102": bytes that go with a get command.

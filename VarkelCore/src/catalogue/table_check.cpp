@@ -46,6 +46,7 @@ void CheckOrder(const std::string& set_cmd, const VarInfo& var, std::int64_t exp
 
 std::vector<std::string> CheckSetPayloads(const ConfigParser& catalogue) {
   std::vector<std::string> findings;
+  const auto lock = catalogue.LockValues();  // a "Shared Secret Key" changes its length
   for (const auto& [set_cmd, vars] : catalogue.set_cmd_map()) {
     std::int64_t expected = vars.front()->set_index;
     for (const VarInfo* var : vars) {

@@ -8,6 +8,9 @@
 
 namespace varkel {
 
+/// Shown in place of a serial number or a version that the sensor has not reported yet.
+inline constexpr char kUnknownText[] = "xxxxxxxx";
+
 /// Where a variable stands on the pages: (module index, group index), both counted from 0.
 using ModulePlace = std::pair<std::int32_t, std::int32_t>;
 
@@ -57,5 +60,10 @@ struct VarInfo {
   std::string get_cmd_payload;  ///< hexadecimal digits without prefix
   std::vector<std::uint8_t> get_cmd_payload_bytes;
 };
+
+/// What the user reads about a switch row whose switch the table does not name.
+inline std::string MissingSwitchText(const VarInfo& var) {
+  return "config file error, Please check the configuration of type 2 of " + var.var_name;
+}
 
 }  // namespace varkel

@@ -1,6 +1,8 @@
 #include "VarkelCore/src/pages/page_description.h"
 
+#include <QDateTime>
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 
 namespace varkel {
@@ -14,10 +16,6 @@ QString Text(const std::string& text) {
 /// The switch half of a switch row is linked to itself: it stands at the position that it switches.
 bool IsRow(const VarInfo& var) {
   return !var.has_switch;
-}
-
-bool IsSwitched(const VarInfo& var) {
-  return var.component_type == kSwitch && var.switch_var != nullptr;
 }
 
 std::vector<std::size_t> RowsByPosition(const ConfigParser::VarList& group, const ModulePlace& place) {
@@ -34,39 +32,6 @@ std::vector<std::size_t> RowsByPosition(const ConfigParser::VarList& group, cons
   return rows;
 }
 
-QVariantMap MapOf(const VarInfo& var, const PendingEdits& edits) {  // with the value lock held
-  QVariantList options;
-  QVariantList labels;
-  for (const std::int32_t option : var.options) {
-    const auto label = var.option_labels.find(option);
-    options.append(option);
-    labels.append(label == var.option_labels.end() ? QString::number(option) : Text(label->second));
-  }
-  return {
-      {QStringLiteral("var_id"), Text(var.var_id)},
-      {QStringLiteral("get_cmd"), Text(var.get_cmd)},
-      {QStringLiteral("set_cmd"), Text(var.set_cmd)},
-      {QStringLiteral("var_type"), Text(var.var_type)},
-      {QStringLiteral("var_name"), Text(var.var_name)},
-      {QStringLiteral("unit"), Text(var.unit)},
-      {QStringLiteral("get_start_pos"), var.get_start_pos},
-      {QStringLiteral("set_start_pos"), var.set_start_pos},
-      {QStringLiteral("offset"), var.var_len},
-      {QStringLiteral("permission"), var.permission},
-      {QStringLiteral("default_val"), Text(var.default_val)},
-      {QStringLiteral("current_val"), Text(var.current_val)},
-      {QStringLiteral("switch_index"), Text(SwitchValue(var))},
-      {QStringLiteral("visible"), IsRow(var)},
-      {QStringLiteral("option_num"), var.option_num},
-      {QStringLiteral("type"), var.component_type},
-      {QStringLiteral("varname_value_to_option"), labels},
-      {QStringLiteral("options"), options},
-      {QStringLiteral("edited"), IsShownEdited(var, edits)},
-      {QStringLiteral("range_min"), var.range_min},
-      {QStringLiteral("range_max"), var.range_max},
-  };
-}
-
 bool EndsInLog(const std::string& name) {
   return QString::fromStdString(name).endsWith(QStringLiteral("log"), Qt::CaseInsensitive);
 }
@@ -76,15 +41,6 @@ bool IsOperationLog(const std::string& name) {
 }
 
 }  // namespace
-
-std::string SwitchValue(const VarInfo& var) {
-  return IsSwitched(var) ? var.switch_var->current_val : std::string();
-}
-
-bool IsShownEdited(const VarInfo& var, const PendingEdits& edits) {
-  return edits.IsEdited(var.var_id) || (IsSwitched(var) && edits.IsEdited(var.switch_var->var_id)) ||
-         (var.component_type == kFieldOfView && edits.IsPending(var.set_cmd));
-}
 
 QVariantList PageTitles(const ConfigParser& catalogue) {
   QVariantList titles;
@@ -115,24 +71,68 @@ QVariantList PageRows(const ConfigParser& catalogue) {
   return pages;
 }
 
-QVariantMap VariableMap(const ConfigParser& catalogue, const VarInfo& var, const PendingEdits& edits) {
-  const auto lock = catalogue.LockValues();
-  return MapOf(var, edits);
+QVariantList OptionValues(const VarInfo& var) {
+  QVariantList values;
+  for (const std::int32_t option : var.options) values.append(option);
+  return values;
 }
 
-QString ValueMark(const ConfigParser& catalogue, const VarInfo& var) {
-  const auto lock = catalogue.LockValues();
-  return IsSwitched(var) ? Text(var.current_val + '\n' + SwitchValue(var)) : Text(var.current_val);
+QVariantList OptionLabels(const VarInfo& var) {
+  QVariantList labels;
+  for (const std::int32_t option : var.options) {
+    const auto label = var.option_labels.find(option);
+    labels.append(label == var.option_labels.end() ? QString::number(option) : Text(label->second));
+  }
+  return labels;
 }
 
-QVariantList VariableMaps(const ConfigParser& catalogue, const PendingEdits& edits) {
-  const auto lock = catalogue.LockValues();
+QString IsoTime(const std::optional<ValueStore::Time>& time) {
+  if (!time) return {};
+  const auto since_epoch = std::chrono::duration_cast<std::chrono::milliseconds>(time->time_since_epoch());
+  return QDateTime::fromMSecsSinceEpoch(since_epoch.count(), Qt::UTC).toString(Qt::ISODateWithMs);
+}
+
+QVariantMap VariableMap(const Model& model, const VarInfo& var) {
+  const ValueStore::Shown shown = model.values.Show(var);
+  return {
+      {QStringLiteral("var_id"), Text(var.var_id)},
+      {QStringLiteral("get_cmd"), Text(var.get_cmd)},
+      {QStringLiteral("set_cmd"), Text(var.set_cmd)},
+      {QStringLiteral("var_type"), Text(var.var_type)},
+      {QStringLiteral("var_name"), Text(var.var_name)},
+      {QStringLiteral("unit"), Text(var.unit)},
+      {QStringLiteral("get_start_pos"), var.get_start_pos},
+      {QStringLiteral("set_start_pos"), shown.set_start_pos},
+      {QStringLiteral("offset"), shown.length},
+      {QStringLiteral("permission"), var.permission},
+      {QStringLiteral("default_val"), Text(var.default_val)},
+      {QStringLiteral("current_val"), Text(shown.text)},
+      {QStringLiteral("switch_index"), Text(shown.switch_text)},
+      {QStringLiteral("visible"), IsRow(var)},
+      {QStringLiteral("option_num"), var.option_num},
+      {QStringLiteral("type"), var.component_type},
+      {QStringLiteral("varname_value_to_option"), OptionLabels(var)},
+      {QStringLiteral("options"), OptionValues(var)},
+      {QStringLiteral("edited"), shown.edited},
+      {QStringLiteral("range_min"), var.range_min},
+      {QStringLiteral("range_max"), var.range_max},
+      {QStringLiteral("origin"), QString::fromLatin1(OriginName(shown.origin))},
+      {QStringLiteral("read_time"), IsoTime(shown.read_time)},
+  };
+}
+
+QString ValueMark(const Model& model, const VarInfo& var) {
+  const ValueStore::Shown shown = model.values.Show(var);
+  return Text(shown.text + '\n' + shown.switch_text + '\n' + OriginName(shown.origin));
+}
+
+QVariantList VariableMaps(const Model& model) {
   QVariantList modules;
-  for (const auto& module : catalogue.module_vars()) {
+  for (const auto& module : model.catalogue->module_vars()) {
     QVariantList groups;
     for (const auto& group : module) {
       QVariantList vars;
-      for (const VarInfo* var : group) vars.append(MapOf(*var, edits));
+      for (const VarInfo* var : group) vars.append(VariableMap(model, *var));
       groups.append(QVariant(vars));
     }
     modules.append(QVariant(groups));

@@ -1,12 +1,10 @@
 #pragma once
 
-#include <QString>
 #include <QVariantList>
 #include <QVariantMap>
-#include <string>
+#include <optional>
 
-#include "VarkelCore/src/catalogue/config_parser.h"
-#include "VarkelCore/src/values/pending_edits.h"
+#include "VarkelCore/src/values/model_selection.h"
 
 namespace varkel {
 
@@ -20,19 +18,24 @@ QVariantList PageTitles(const ConfigParser& catalogue);
 /// switch row is not a row of its own.
 QVariantList PageRows(const ConfigParser& catalogue);
 
-/// One variable; its keys are the field names of the model table, and "edited": changed by the user and not
-/// yet saved, the variable or its switch.
-QVariantMap VariableMap(const ConfigParser& catalogue, const VarInfo& var, const PendingEdits& edits);
+/// One variable; its keys are the field names of the model table, and
+/// - "edited": changed by the user and not yet saved, the variable or its switch;
+/// - "origin": where the text comes from, "default", "read", "edited", "sent", "verified" or "differs";
+/// - "read_time": when the sensor reported the variable last, as ISO text in UTC; empty before.
+QVariantMap VariableMap(const Model& model, const VarInfo& var);
 
-/// The values in that map, as one text.
-QString ValueMark(const ConfigParser& catalogue, const VarInfo& var);
+/// The values in that map, as one text: text, switch and origin.
+QString ValueMark(const Model& model, const VarInfo& var);
 
-/// Two of the map's entries, for a caller who holds the value lock: "switch_index" and "edited".
-std::string SwitchValue(const VarInfo& var);
-bool IsShownEdited(const VarInfo& var, const PendingEdits& edits);
+/// `time` as ISO text in UTC; empty without one.
+QString IsoTime(const std::optional<ValueStore::Time>& time);
+
+/// Labels of the variable's options in their order: the number itself where the table has no label.
+QVariantList OptionLabels(const VarInfo& var);
+QVariantList OptionValues(const VarInfo& var);
 
 /// Maps of all variables: [page][group][index].
-QVariantList VariableMaps(const ConfigParser& catalogue, const PendingEdits& edits);
+QVariantList VariableMaps(const Model& model);
 
 /// Names of the logs that can be downloaded one by one: variables kept off the pages that have a get command
 /// and whose name ends in "Log", but for the operation log, which is downloaded as an archive.

@@ -1,16 +1,16 @@
 #include "VarkelCore/src/pages/page_reader.h"
 
-#include <QDebug>
 #include <QString>
+#include <algorithm>
 #include <array>
 #include <exception>
-#include <iostream>
 #include <stdexcept>
 #include <unordered_map>
 #include <utility>
 
 #include "VarkelCore/src/catalogue/command_text.h"
 #include "VarkelCore/src/session/exchange.h"
+#include "VarkelCore/src/tasks/diagnostics.h"
 #include "VarkelCore/src/values/value_text.h"
 #include "libquarn/Platform/src/logger.h"
 
@@ -26,7 +26,7 @@ QString Text(const std::string& text) {
 }
 
 /// Faults of the table, told to the log file: the sensor's reply does not fit the declared type.
-void LogFault(ValueFault fault, const VarInfo& var) {
+void LogFault(ValueFault fault, const VarInfo& var, std::size_t size) {
   switch (fault) {
     case ValueFault::kMacSize:
       QUARN_LOG(log_lib::kError, "MAC address size is less than 6, please check your config file");
@@ -39,8 +39,8 @@ void LogFault(ValueFault fault, const VarInfo& var) {
       break;
     case ValueFault::kEmpty:
     case ValueFault::kNumberSize:
-      QUARN_LOG(log_lib::kError, "%s: %u bytes are no %s, please check your config file",
-                var.var_name.c_str(), var.var_len, var.var_type.c_str());
+      QUARN_LOG(log_lib::kError, "%s: %zu bytes are no %s, please check your config file",
+                var.var_name.c_str(), size, var.var_type.c_str());
       break;
     case ValueFault::kNone:
       break;
@@ -74,7 +74,7 @@ std::vector<VarInfo*> ReadableVars(const ConfigParser& catalogue, int module) {
   return vars;
 }
 
-bool PageReader::GetInfoFromLidarWithSameCmd(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
+bool PageReader::GetInfoFromLidarWithSameCmd(Model& model, quarn::lidar::KtcClient& client,
                                              const std::vector<VarInfo*>& group, FovRead fov) const {
   static constexpr char kOperation[] = "VarkelManager::GetInfoFromLidarWithSameCmd";
   if (group.empty()) {
@@ -89,27 +89,34 @@ bool PageReader::GetInfoFromLidarWithSameCmd(ConfigParser& catalogue, quarn::lid
   }
   const Command command = ParseCommandText(first.get_cmd);
   if (fov == FovRead::kTable && !command.extended_code && command.code == kFovReadCommand) {
-    return ReadFov(catalogue, client, first);
+    return ReadFov(model, client, first);
   }
+  const ValueStore::Moment asked = model.values.Now();
   std::vector<std::uint8_t> reply;
-  return Query(client, first, kOperation, reply) && StoreReply(catalogue, group, reply);
+  return Query(client, first, kOperation, reply) && StoreReply(model, group, reply, asked);
 }
 
-bool PageReader::StoreReply(ConfigParser& catalogue, const std::vector<VarInfo*>& group,
-                            std::span<const std::uint8_t> reply) const {
-  bool refreshed = false;
-  for (VarInfo* var : group) refreshed |= updateSingleVarFromOutput(catalogue, *var, reply);
+bool PageReader::StoreReply(Model& model, const std::vector<VarInfo*>& group,
+                            std::span<const std::uint8_t> reply, ValueStore::Moment asked) const {
+  std::vector<Reading> readings;
+  readings.reserve(group.size());
+  for (VarInfo* var : group) {
+    auto reading = updateSingleVarFromOutput(*model.catalogue, *var, reply);
+    if (reading) readings.push_back(std::move(*reading));
+  }
+  const bool refreshed = !readings.empty();
+  model.values.Read(std::move(readings), asked);
   return refreshed;
 }
 
-bool PageReader::GetInfoFromLidar(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
-                                  VarInfo& var) const {
+bool PageReader::GetInfoFromLidar(Model& model, quarn::lidar::KtcClient& client, VarInfo& var) const {
+  const ValueStore::Moment asked = model.values.Now();
   std::vector<std::uint8_t> reply;
   return Query(client, var, "VarkelManager::GetInfoFromLidar", reply) &&
-         updateSingleVarFromOutput(catalogue, var, reply);
+         StoreReply(model, {&var}, reply, asked);
 }
 
-std::size_t PageReader::ReadGroups(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
+std::size_t PageReader::ReadGroups(Model& model, quarn::lidar::KtcClient& client,
                                    const std::vector<ReadGroup>& groups, const char* operation,
                                    const std::function<bool(bool answered)>& go_on) const {
   std::size_t read = 0;
@@ -117,11 +124,11 @@ std::size_t PageReader::ReadGroups(ConfigParser& catalogue, quarn::lidar::KtcCli
   for (const ReadGroup& group : groups) {
     if (!go_on(answered)) break;
     try {
-      answered = GetInfoFromLidarWithSameCmd(catalogue, client, group.vars, FovRead::kTable);
+      answered = GetInfoFromLidarWithSameCmd(model, client, group.vars, FovRead::kTable);
     } catch (const std::exception& error) {
       answered = false;
-      std::cout << operation << "(): ERROR " << error.what() << ". get_cmd and payload = " << group.key
-                << std::endl;
+      TraceLine(std::string(operation) + "(): ERROR " + error.what() +
+                ". get_cmd and payload = " + group.key);
     }
     ++read;
   }
@@ -134,44 +141,43 @@ bool PageReader::Query(quarn::lidar::KtcClient& client, const VarInfo& first, co
   const std::vector<std::uint8_t> request = RequestPayload(command, first.get_cmd_payload_bytes);
   ExchangeResult result = QueryTableCommand(client, command, request);
   if (!result) {
-    qDebug() << operation << "(): try get" << Text(first.var_name)
-             << "FAILED, cmd sent =" << Text(first.get_cmd) << "-- QueryCommand()'s ret =" << -1;
+    DebugLine(operation, "(): try get", Text(first.var_name), "FAILED, cmd sent =", Text(first.get_cmd),
+              "-- QueryCommand()'s ret =", -1);
     return false;
   }
   reply = std::move(*result);
   if (reply.empty()) {
-    qDebug() << operation << "(): try get" << Text(first.var_name)
-             << ", but get no return msg from lidar. cmd sent = " << Text(first.get_cmd);
+    DebugLine(operation, "(): try get", Text(first.var_name),
+              ", but get no return msg from lidar. cmd sent = ", Text(first.get_cmd));
     return false;
   }
   return true;
 }
 
-bool PageReader::ReadFov(ConfigParser& catalogue, quarn::lidar::KtcClient& client, VarInfo& first) const {
-  const FovTable::Angles before = targets_.fov.Get();
-  std::array<float, FovTable::kSectors> starts{};
-  std::array<float, FovTable::kSectors> ends{};
-  for (std::size_t i = 0; i < FovTable::kSectors; ++i) {
-    starts.at(i) = before.at(i);
-    ends.at(i) = before.at(FovTable::kSectors + i);
-  }
+bool PageReader::ReadFov(Model& model, quarn::lidar::KtcClient& client, VarInfo& first) const {
+  const ValueStore::Moment asked = model.values.Now();
+  FovAngles angles = model.values.ReportedFov();  // those that the reply lacks keep their values
+  std::array<float, kFovSectors> starts{};
+  std::array<float, kFovSectors> ends{};
+  std::copy_n(angles.begin(), kFovSectors, starts.begin());
+  std::copy_n(angles.begin() + kFovSectors, kFovSectors, ends.begin());
   int count = 0;
   const int result = client.QueryMultiFov(starts, ends, count);
   if (result != 0) {
-    qDebug() << "VarkelManager::GetInfoFromLidarWithSameCmd"
-             << "(): try get" << Text(first.var_name)
-             << "FAILED, cmd sent = 0x23 -- QueryCommand()'s ret =" << result;
+    DebugLine("VarkelManager::GetInfoFromLidarWithSameCmd", "(): try get", Text(first.var_name),
+              "FAILED, cmd sent = 0x23 -- QueryCommand()'s ret =", result);
     return false;
   }
-  // Start angles that wait to be saved are the user's: only a sensor that confirmed them replaces them.
-  if (!targets_.edits.IsPending(kFovSetCommand)) targets_.fov.SetSectors(starts, ends);
-  Store(catalogue, first, std::to_string(count));
+  std::copy_n(starts.begin(), kFovSectors, angles.begin());
+  std::copy_n(ends.begin(), kFovSectors, angles.begin() + kFovSectors);
+  model.values.ReadFov(angles, asked);
+  model.values.Read({{&first, std::to_string(count), {}}}, asked);
   targets_.fov_changed();
   return true;
 }
 
-bool PageReader::updateSingleVarFromOutput(ConfigParser& catalogue, VarInfo& var,
-                                           std::span<const std::uint8_t> reply) const {
+std::optional<Reading> PageReader::updateSingleVarFromOutput(ConfigParser& catalogue, VarInfo& var,
+                                                             std::span<const std::uint8_t> reply) const {
   static const std::string kOperation = "VarkelManager::updateSingleVarFromOutput";
   if (reply.empty()) throw std::invalid_argument(kOperation + "(): Error with the input 'output'");
   if (var.var_type.empty()) throw std::invalid_argument(kOperation + "(): Error with the input var_info");
@@ -179,24 +185,19 @@ bool PageReader::updateSingleVarFromOutput(ConfigParser& catalogue, VarInfo& var
   std::pair<std::uint32_t, std::uint32_t> field;
   if (!catalogue.GetVarPosOffset(var.get_cmd, var, static_cast<std::uint32_t>(reply.size()), field)) {
     targets_.report.Log("get <start_pos, offset> failed!", "ERROR");
-    return false;
+    return std::nullopt;
   }
   if (field.first > reply.size() || field.second > reply.size() - field.first) {
     targets_.report.Log("get var pos offset failed!", "ERROR");
-    return false;
+    return std::nullopt;
   }
-  ValueText value = BytesToText(var.var_type, reply.subspan(field.first, field.second), var.coefficient);
+  const auto raw = reply.subspan(field.first, field.second);
+  ValueText value = BytesToText(var.var_type, raw, var.coefficient);
   if (value.fault != ValueFault::kNone) {
-    LogFault(value.fault, var);
-    return false;
+    LogFault(value.fault, var, raw.size());
+    return std::nullopt;
   }
-  Store(catalogue, var, std::move(value.text));
-  return true;
-}
-
-void PageReader::Store(ConfigParser& catalogue, VarInfo& var, std::string text) const {
-  const auto lock = catalogue.LockValues();
-  if (!targets_.edits.IsEdited(var.var_id)) var.current_val = std::move(text);
+  return Reading{&var, std::move(value.text), {raw.begin(), raw.end()}};
 }
 
 }  // namespace varkel

@@ -2,14 +2,14 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "VarkelCore/src/catalogue/config_parser.h"
 #include "VarkelCore/src/tasks/user_report.h"
-#include "VarkelCore/src/values/fov_table.h"
-#include "VarkelCore/src/values/pending_edits.h"
+#include "VarkelCore/src/values/model_selection.h"
 #include "libquarn/KtcClient/src/ktc_client.h"
 
 namespace varkel {
@@ -32,15 +32,12 @@ enum class FovRead {
   kOrdinary  ///< as any other command
 };
 
-/// Reads variables from the sensor into the catalogue. Stateless but for what it is given; several threads
-/// may read at once (the client keeps their exchanges apart). A variable that the user edited and has not
-/// saved keeps its text.
+/// Reads variables from the sensor into a model's values. Stateless but for what it is given; several threads
+/// may read at once (the client keeps their exchanges apart).
 class PageReader {
  public:
   struct Targets {
     UserReport& report;
-    const PendingEdits& edits;
-    FovTable& fov;
     std::function<void()> fov_changed;
   };
 
@@ -48,28 +45,27 @@ class PageReader {
 
   /// One exchange for the whole group. True when at least one variable was refreshed. A refused or missing
   /// reply is written as a debug line and leaves the texts; a wrong group raises std::invalid_argument.
-  bool GetInfoFromLidarWithSameCmd(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
+  bool GetInfoFromLidarWithSameCmd(Model& model, quarn::lidar::KtcClient& client,
                                    const std::vector<VarInfo*>& group, FovRead fov) const;
-  /// What the group's exchange does with its reply: true when at least one variable was refreshed.
-  bool StoreReply(ConfigParser& catalogue, const std::vector<VarInfo*>& group,
-                  std::span<const std::uint8_t> reply) const;
+  /// What the group's exchange, begun at `asked`, does with its reply: true when at least one variable was
+  /// refreshed.
+  bool StoreReply(Model& model, const std::vector<VarInfo*>& group, std::span<const std::uint8_t> reply,
+                  ValueStore::Moment asked) const;
   /// One exchange for one variable; true when it was refreshed.
-  bool GetInfoFromLidar(ConfigParser& catalogue, quarn::lidar::KtcClient& client, VarInfo& var) const;
+  bool GetInfoFromLidar(Model& model, quarn::lidar::KtcClient& client, VarInfo& var) const;
 
   /// Reads the groups one after the other while `go_on` answers true; it hears whether the group before was
-  /// answered (true ahead of the first). Faults are written behind the name of `operation` and the next group
+  /// answered (true before the first). Faults are written after the name of `operation` and the next group
   /// is read. The number of groups read.
-  std::size_t ReadGroups(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
-                         const std::vector<ReadGroup>& groups, const char* operation,
-                         const std::function<bool(bool answered)>& go_on) const;
+  std::size_t ReadGroups(Model& model, quarn::lidar::KtcClient& client, const std::vector<ReadGroup>& groups,
+                         const char* operation, const std::function<bool(bool answered)>& go_on) const;
 
  private:
   bool Query(quarn::lidar::KtcClient& client, const VarInfo& first, const char* operation,
              std::vector<std::uint8_t>& reply) const;
-  bool ReadFov(ConfigParser& catalogue, quarn::lidar::KtcClient& client, VarInfo& first) const;
-  bool updateSingleVarFromOutput(ConfigParser& catalogue, VarInfo& var,
-                                 std::span<const std::uint8_t> reply) const;
-  void Store(ConfigParser& catalogue, VarInfo& var, std::string text) const;
+  bool ReadFov(Model& model, quarn::lidar::KtcClient& client, VarInfo& first) const;
+  std::optional<Reading> updateSingleVarFromOutput(ConfigParser& catalogue, VarInfo& var,
+                                                   std::span<const std::uint8_t> reply) const;
 
   Targets targets_;
 };

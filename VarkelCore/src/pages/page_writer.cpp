@@ -1,19 +1,20 @@
 #include "VarkelCore/src/pages/page_writer.h"
 
 #include <QByteArray>
-#include <QDebug>
 #include <QString>
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <unordered_set>
 #include <utility>
 
 #include "VarkelCore/src/catalogue/command_text.h"
 #include "VarkelCore/src/session/exchange.h"
+#include "VarkelCore/src/tasks/diagnostics.h"
 #include "VarkelCore/src/values/str_parser.h"
 #include "libquarn/Platform/src/text_number.h"
 
@@ -44,143 +45,179 @@ bool Append(std::vector<std::uint8_t>& payload, std::uint32_t position, std::uin
   return true;
 }
 
-std::vector<std::uint8_t> FieldBytes(const VarInfo& var, const std::string& value) {
+std::vector<std::uint8_t> CodecBytes(const VarInfo& var, const std::string& value) {
   if (value.empty()) {
     throw std::invalid_argument("Unknown error with this var: It has no current_val. var_name = " +
                                 var.var_name);
   }
   const std::unique_ptr<StrParser> codec = MakeStrParser(var.var_type);
   if (!codec) {
-    qDebug().noquote() << kRun << "(): This var_type"
-                       << "\"" + Text(var.var_type) + "\""
-                       << "is not supported currently.";
-    qDebug().noquote() << "strParser == nullptr, var_name:" + Text(var.var_name) +
-                              ", var_type:" + Text(var.var_type) + ", current_val:" + Text(value);
+    PlainDebugLine(kRun, "(): This var_type", "\"" + Text(var.var_type) + "\"",
+                   "is not supported currently.");
+    PlainDebugLine("strParser == nullptr, var_name:" + Text(var.var_name) +
+                   ", var_type:" + Text(var.var_type) + ", current_val:" + Text(value));
     throw std::invalid_argument("Error with var type");
   }
   return codec->ParseToBytes(value, var.set_coefficient);
 }
 
-}  // namespace
+SentField FieldOf(const Model& model, VarInfo& var) {
+  ValueStore::Field field = model.values.FieldToSend(var);
+  std::vector<std::uint8_t> bytes = CodecBytes(var, field.text);
+  if (!field.raw.empty() && var.coefficient == var.set_coefficient) bytes = std::move(field.raw);
+  return {&var, std::move(field.text), std::move(bytes)};
+}
 
-WritePlan PlanWrite(const ConfigParser& catalogue, int module, const PendingEdits& edits) {
-  WritePlan plan;
-  std::vector<VarInfo*> to_refresh;
-  std::unordered_set<const VarInfo*> seen_vars;
-  std::unordered_set<std::string> seen_commands;
-  bool writes_address = false;
-  for (const auto& group : catalogue.module_vars().at(static_cast<std::size_t>(module))) {
+/// The set commands of a page that carry edits, in the order in which the page meets them.
+std::vector<std::string> PendingCommands(const Model& model, int module) {
+  std::vector<std::string> commands;
+  std::unordered_set<std::string> seen;
+  for (const auto& group : model.catalogue->module_vars().at(static_cast<std::size_t>(module))) {
     for (const VarInfo* var : group) {
-      if (var->set_cmd.empty() || !edits.IsPending(var->set_cmd)) continue;
-      if (!seen_commands.insert(var->set_cmd).second) continue;
-      for (VarInfo* carried : catalogue.set_cmd_map().at(var->set_cmd)) {
-        if (!carried->get_cmd.empty() && seen_vars.insert(carried).second) to_refresh.push_back(carried);
+      if (var->set_cmd.empty() || seen.count(var->set_cmd) != 0 || !model.values.IsPending(var->set_cmd)) {
+        continue;
       }
-      if (var->set_cmd == kAddressSetCommand) {
-        writes_address = true;
-      } else {
-        plan.commands.push_back(var->set_cmd);
+      seen.insert(var->set_cmd);
+      commands.push_back(var->set_cmd);
+    }
+  }
+  return commands;
+}
+
+/// The carried variables that are neither the user's nor reported since `moment`, each once.
+std::vector<std::string> NamesNotRead(const Model& model, const std::vector<std::string>& set_commands,
+                                      ValueStore::Moment moment) {
+  std::vector<std::string> names;
+  std::unordered_set<const VarInfo*> seen;
+  for (const std::string& set_cmd : set_commands) {
+    const bool lacks_angles = set_cmd == kFovSetCommand && !model.values.IsFovRead();
+    const auto& carried = model.catalogue->set_cmd_map().at(set_cmd);
+    for (const VarInfo* var : carried) {
+      const bool has_value = model.values.IsEdited(*var) || model.values.IsRead(*var, moment);
+      const bool angles = lacks_angles && var == carried.front();
+      if (!var->get_cmd.empty() && (!has_value || angles) && seen.insert(var).second) {
+        names.push_back(var->var_name);
       }
     }
   }
-  if (writes_address) plan.commands.emplace_back(kAddressSetCommand);
+  return names;
+}
+
+std::string Joined(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
+  return text;
+}
+
+}  // namespace
+
+WritePlan PlanWrite(const Model& model, int module) {
+  WritePlan plan;
+  plan.commands = PendingCommands(model, module);
+  std::vector<VarInfo*> to_refresh;
+  std::unordered_set<const VarInfo*> seen;
+  for (const std::string& set_cmd : plan.commands) {
+    for (VarInfo* carried : model.catalogue->set_cmd_map().at(set_cmd)) {
+      if (!carried->get_cmd.empty() && seen.insert(carried).second) to_refresh.push_back(carried);
+    }
+  }
   plan.refresh = GroupByGetCommand(to_refresh);
+  std::stable_partition(plan.commands.begin(), plan.commands.end(),
+                        [](const std::string& set_cmd) { return set_cmd != kAddressSetCommand; });
   return plan;
 }
 
-SetRequest MakeSetRequest(ConfigParser& catalogue, const std::string& set_cmd) {
-  SetRequest request{set_cmd, {}, {}};
-  for (const VarInfo* var : catalogue.set_cmd_map().at(set_cmd)) {
+std::vector<std::string> UnreadFields(const Model& model, int module) {
+  return NamesNotRead(model, PendingCommands(model, module), 0);
+}
+
+SetRequest MakeSetRequest(Model& model, const std::string& set_cmd) {
+  SetRequest request{{set_cmd, {}, std::nullopt}, {}};
+  for (VarInfo* var : model.catalogue->set_cmd_map().at(set_cmd)) {
     if (var->get_cmd.empty() && var->var_type != "raw") {
       throw std::invalid_argument(
           "There are undefined cases in the csv config file where there is a line with 'set' and no 'get', "
           "but the var_type is not 'raw'.");
     }
-    std::string value = catalogue.CurrentValue(*var);
-    const std::vector<std::uint8_t> bytes = FieldBytes(*var, value);
-    std::pair<std::uint32_t, std::uint32_t> field;
+    SentField sent = FieldOf(model, *var);
+    std::pair<std::uint32_t, std::uint32_t> place;
     const auto written = static_cast<std::uint32_t>(request.payload.size());
-    if (!catalogue.GetVarPosOffset(set_cmd, var->var_id, written, field) ||
-        !Append(request.payload, field.first, field.second, bytes)) {
+    if (!model.catalogue->GetVarPosOffset(set_cmd, var->var_id, written, place) ||
+        !Append(request.payload, place.first, place.second, sent.bytes)) {
       throw std::invalid_argument("Error with var position, var_name = " + var->var_name);
     }
-    request.values.emplace_back(var, std::move(value));
+    request.command.fields.push_back(std::move(sent));
   }
   return request;
 }
 
-void PageWriter::Run(ConfigParser& catalogue, quarn::lidar::KtcClient& client, int module) const {
+void PageWriter::Run(Model& model, quarn::lidar::KtcClient& client, int module) const {
   try {
-    WriteAll(catalogue, client, module);
+    WriteAll(model, client, module);
     targets_.report.Success(
         "Set Lidar Successfully\nNote that if you have changed the TCP-related settings, you will need to "
         "restart the lidar for it to work.");
   } catch (const std::exception& error) {
-    qDebug().noquote() << kRun << "(): Caught Exception: " << error.what();
+    PlainDebugLine(kRun, "(): Caught Exception: ", error.what());
     targets_.report.Error("Set Failed: " + std::string(error.what()));
   }
 }
 
-void PageWriter::WriteAll(ConfigParser& catalogue, quarn::lidar::KtcClient& client, int module) const {
-  const WritePlan plan = PlanWrite(catalogue, module, targets_.edits);
-  for (const ReadGroup& group : plan.refresh) {
-    targets_.reader.GetInfoFromLidarWithSameCmd(catalogue, client, group.vars, FovRead::kOrdinary);
-  }
-  const FovTable::Angles angles = targets_.fov.Get();
-  std::vector<SetRequest> sent;
+void PageWriter::WriteAll(Model& model, quarn::lidar::KtcClient& client, int module) const {
+  const WritePlan plan = PlanWrite(model, module);
+  Refresh(model, client, plan);
+  std::vector<SentCommand> sent;
   for (const std::string& set_cmd : plan.commands) {
-    sent.push_back(set_cmd == kFovSetCommand ? WriteFov(catalogue, client, angles)
-                                             : Write(catalogue, client, set_cmd));
+    const ValueStore::Moment asked = model.values.Now();
+    sent.push_back(set_cmd == kFovSetCommand ? WriteFov(model, client) : Write(model, client, set_cmd));
+    model.values.Sent(sent.back(), asked);
   }
-  for (const SetRequest& request : sent) Confirm(catalogue, request, angles);
+  model.values.Saved(sent);
 }
 
-/// What the user changed again in the meantime stays pending.
-void PageWriter::Confirm(const ConfigParser& catalogue, const SetRequest& sent,
-                         const FovTable::Angles& angles) const {
-  bool whole = sent.set_cmd != kFovSetCommand || targets_.fov.Get() == angles;
-  std::vector<std::string> confirmed;
-  const auto lock = catalogue.LockValues();
-  for (const auto& [var, value] : sent.values) {
-    if (var->current_val == value) {
-      confirmed.push_back(var->var_id);
-    } else {
-      whole = false;
-    }
+void PageWriter::Refresh(Model& model, quarn::lidar::KtcClient& client, const WritePlan& plan) const {
+  const ValueStore::Moment start = model.values.Now();
+  for (const ReadGroup& group : plan.refresh) {
+    targets_.reader.GetInfoFromLidarWithSameCmd(model, client, group.vars, FovRead::kOrdinary);
   }
-  targets_.edits.Confirm(confirmed);
-  if (whole) targets_.edits.ConfirmCommand(sent.set_cmd);
+  const std::vector<std::string> names = NamesNotRead(model, plan.commands, start);
+  if (names.empty()) return;
+  targets_.report.Log(
+      "The sensor did not report these before the save, so their last values are written: " + Joined(names),
+      "WARNING");
 }
 
-SetRequest PageWriter::WriteFov(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
-                                const FovTable::Angles& angles) const {
-  const VarInfo& channel = *catalogue.set_cmd_map().at(kFovSetCommand).front();
-  const std::string value = catalogue.CurrentValue(channel);
-  std::array<float, FovTable::kSectors> starts{};
+SentCommand PageWriter::WriteFov(Model& model, quarn::lidar::KtcClient& client) const {
+  VarInfo& channel = *model.catalogue->set_cmd_map().at(kFovSetCommand).front();
+  const std::string value = model.catalogue->CurrentValue(channel);
+  const FovAngles angles = model.values.Fov();
+  std::array<float, kFovSectors> starts{};
   std::copy_n(angles.begin(), starts.size(), starts.begin());
-  if (client.WriteChannelFov(static_cast<std::uint8_t>(quarn::lidar::TextToInt(value)), starts) != 0) {
+  const auto channel_byte = static_cast<std::uint8_t>(quarn::lidar::TextToInt(value));
+  if (client.WriteChannelFov(channel_byte, starts) != 0) {
     throw std::invalid_argument("set channel fov failed");
   }
-  ReportSent(catalogue, kFovSetCommand);
-  return {kFovSetCommand, {}, {{&channel, value}}};
+  ReportSent(*model.catalogue, kFovSetCommand);
+  return {kFovSetCommand, {{&channel, value, {channel_byte}}}, angles};
 }
 
-SetRequest PageWriter::Write(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
-                             const std::string& set_cmd) const {
+SentCommand PageWriter::Write(Model& model, quarn::lidar::KtcClient& client,
+                              const std::string& set_cmd) const {
   const Command command = ParseCommandText(set_cmd);
-  SetRequest request = MakeSetRequest(catalogue, set_cmd);
+  SetRequest request = MakeSetRequest(model, set_cmd);
   const std::vector<std::uint8_t> payload = RequestPayload(command, request.payload);
-  qDebug().noquote() << kRun << "(): QueryCommand send cmd:    " << Text(set_cmd);
-  qDebug().noquote() << kRun << "(): QueryCommand send payload:" << Hex(payload)
-                     << ", length =" << payload.size();
+  PlainDebugLine(kRun, "(): QueryCommand send cmd:    ", Text(set_cmd));
+  PlainDebugLine(kRun, "(): QueryCommand send payload:", Hex(payload), ", length =", payload.size());
   const ExchangeResult result = QueryTableCommand(client, command, payload);
   if (result) {
-    qDebug().noquote() << kRun << "(): QueryCommand SUCCESS, get result =" << Hex(*result);
-    ReportSent(catalogue, set_cmd);
-    return request;
+    PlainDebugLine(kRun, "(): QueryCommand SUCCESS, get result =", Hex(*result));
+    ReportSent(*model.catalogue, set_cmd);
+    return std::move(request.command);
   }
-  qDebug().noquote() << kRun << "(): QueryCommand FAILED, get result =" << Hex({});
-  if (set_cmd == kAddressSetCommand && result.error() == quarn::lidar::KtcClient::kNoHeader) return request;
+  PlainDebugLine(kRun, "(): QueryCommand FAILED, get result =", Hex({}));
+  // The request went out, but the sensor has moved to its new address before it could answer.
+  const bool is_moved = set_cmd == kAddressSetCommand && result.error() == quarn::lidar::KtcClient::kNoHeader;
+  if (is_moved) return std::move(request.command);
   const std::string warning = "SET [" + set_cmd + "] FAILED";
   targets_.report.Log(warning, "WARNING");
   targets_.report.Error(warning);
@@ -188,11 +225,9 @@ SetRequest PageWriter::Write(ConfigParser& catalogue, quarn::lidar::KtcClient& c
 }
 
 void PageWriter::ReportSent(const ConfigParser& catalogue, const std::string& set_cmd) const {
-  std::string names;
-  for (const VarInfo* var : catalogue.set_cmd_map().at(set_cmd)) {
-    names += (names.empty() ? "" : ", ") + var->var_name;
-  }
-  targets_.report.Log("Send KTC command [" + set_cmd + "] to set " + names + " success.", "INFO");
+  std::vector<std::string> names;
+  for (const VarInfo* var : catalogue.set_cmd_map().at(set_cmd)) names.push_back(var->var_name);
+  targets_.report.Log("Send KTC command [" + set_cmd + "] to set " + Joined(names) + " success.", "INFO");
 }
 
 }  // namespace varkel

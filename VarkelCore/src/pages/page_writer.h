@@ -1,16 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "VarkelCore/src/catalogue/config_parser.h"
 #include "VarkelCore/src/pages/page_reader.h"
 #include "VarkelCore/src/tasks/user_report.h"
-#include "VarkelCore/src/values/fov_table.h"
-#include "VarkelCore/src/values/pending_edits.h"
+#include "VarkelCore/src/values/model_selection.h"
 #include "libquarn/KtcClient/src/ktc_client.h"
 
 namespace varkel {
@@ -26,43 +22,45 @@ struct WritePlan {
 };
 
 /// Gathers the pending set commands of a page, the address command last.
-WritePlan PlanWrite(const ConfigParser& catalogue, int module, const PendingEdits& edits);
+WritePlan PlanWrite(const Model& model, int module);
 
-/// A set command ready to go out, and the texts that its payload was made from.
+/// The fields that saving the page would write although nobody has given them a value: not edited, and never
+/// reported by this sensor. Their names in the order of the page's commands.
+std::vector<std::string> UnreadFields(const Model& model, int module);
+
+/// A set command ready to go out.
 struct SetRequest {
-  std::string set_cmd;
+  SentCommand command;
   std::vector<std::uint8_t> payload;
-  std::vector<std::pair<const VarInfo*, std::string>> values;
 };
 
-/// Builds a set command from the present value texts: every field that it carries, at its place. Raises
-/// std::invalid_argument when a field has no usable value.
-SetRequest MakeSetRequest(ConfigParser& catalogue, const std::string& set_cmd);
+/// Builds a set command from the present values: every field that it carries, at its place. A field that the
+/// user left alone goes out with the bytes that the sensor sent, where reading and writing use one scale:
+/// text has two decimals, so bytes made from it might be others. Raises std::invalid_argument when a field
+/// has no usable value.
+SetRequest MakeSetRequest(Model& model, const std::string& set_cmd);
 
 /// Saves the edits of a page. Works on the calling thread.
 class PageWriter {
  public:
   struct Targets {
     const PageReader& reader;
-    PendingEdits& edits;
-    FovTable& fov;
     UserReport& report;
   };
 
   explicit PageWriter(Targets targets) : targets_(targets) {}
 
-  /// Refreshes the untouched fields, then sends each pending set command whole. The first refusal ends it:
-  /// what was sent before stays written, and all edits stay pending, as does an edit that is made while the
-  /// page is saved. Every outcome is reported.
-  void Run(ConfigParser& catalogue, quarn::lidar::KtcClient& client, int module) const;
+  /// Refreshes the untouched fields, then sends each pending set command whole. Untouched fields that the
+  /// sensor did not report are named in a warning and go out with their last values. The first refused
+  /// command ends the save: what was sent before stays written, and all edits stay pending, as does an edit
+  /// that is made while the page is saved. Every outcome is reported.
+  void Run(Model& model, quarn::lidar::KtcClient& client, int module) const;
 
  private:
-  void WriteAll(ConfigParser& catalogue, quarn::lidar::KtcClient& client, int module) const;
-  SetRequest WriteFov(const ConfigParser& catalogue, quarn::lidar::KtcClient& client,
-                      const FovTable::Angles& angles) const;
-  SetRequest Write(ConfigParser& catalogue, quarn::lidar::KtcClient& client,
-                   const std::string& set_cmd) const;
-  void Confirm(const ConfigParser& catalogue, const SetRequest& sent, const FovTable::Angles& angles) const;
+  void WriteAll(Model& model, quarn::lidar::KtcClient& client, int module) const;
+  void Refresh(Model& model, quarn::lidar::KtcClient& client, const WritePlan& plan) const;
+  SentCommand WriteFov(Model& model, quarn::lidar::KtcClient& client) const;
+  SentCommand Write(Model& model, quarn::lidar::KtcClient& client, const std::string& set_cmd) const;
   void ReportSent(const ConfigParser& catalogue, const std::string& set_cmd) const;
 
   Targets targets_;

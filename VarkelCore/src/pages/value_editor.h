@@ -2,10 +2,8 @@
 
 #include <string>
 
-#include "VarkelCore/src/catalogue/config_parser.h"
 #include "VarkelCore/src/tasks/user_report.h"
-#include "VarkelCore/src/values/fov_table.h"
-#include "VarkelCore/src/values/pending_edits.h"
+#include "VarkelCore/src/values/model_selection.h"
 
 namespace varkel {
 
@@ -20,21 +18,17 @@ class ValueEditor {
     kOptionIndex = 3,  ///< the decimal index of one of the variable's options
   };
 
-  ValueEditor(PendingEdits& edits, UserReport& report) : edits_(edits), report_(report) {}
+  explicit ValueEditor(UserReport& report) : report_(report) {}
 
   /// Edits the variable at [page][group][index]; places that don't exist are ignored. An option index that is
   /// no number raises the conversion errors of text_number.h.
-  void SetText(const ConfigParser& catalogue, int type, int page, int group, int index,
-               const std::string& text) const;
+  void SetText(Model& model, int type, int page, int group, int index, const std::string& text) const;
 
   /// Stores one angle of the field of view (index 0 to 4: starts, 5 to 9: ends) and marks its set command.
   /// False, and nothing stored, when the text is no number from 0 to 360.
-  bool SetFov(FovTable& fov, int index, const std::string& degrees) const;
+  bool SetFov(Model& model, int index, const std::string& degrees) const;
 
  private:
-  void Assign(const ConfigParser& catalogue, VarInfo& var, const std::string& text) const;
-
-  PendingEdits& edits_;
   UserReport& report_;
 };
 

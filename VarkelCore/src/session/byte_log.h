@@ -1,14 +1,21 @@
 #pragma once
 
 #include <atomic>
+#include <memory>
 
 namespace varkel {
 
-/// Whether the bytes of exchanges go to the log pane. Thread-safe.
+/// Whether the user wants the bytes of exchanges in the log pane; one for the tool, whatever it is connected
+/// to.
+using ByteLogSwitch = std::atomic<bool>;
+
+/// Decides for one session whether the bytes of an exchange go to the log pane. Thread-safe.
 class ByteLog {
  public:
-  void set_on(bool on) { on_ = on; }
-  bool IsWanted() const { return on_ && quiet_ == 0; }
+  /// `wanted` outlives this object.
+  explicit ByteLog(const ByteLogSwitch& wanted) : wanted_(wanted) {}
+
+  bool IsWanted() const { return wanted_ && quiet_ == 0; }
 
   /// Keeps exchanges out of the byte log while it lives.
   class Quiet {
@@ -23,7 +30,7 @@ class ByteLog {
   };
 
  private:
-  std::atomic<bool> on_ = false;
+  const ByteLogSwitch& wanted_;
   std::atomic<int> quiet_ = 0;  ///< operations that stay out of the log
 };
 

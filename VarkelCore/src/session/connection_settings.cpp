@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "VarkelCore/src/tasks/whole_file.h"
+#include "VarkelCore/src/tasks/atomic_file.h"
 
 namespace varkel {
 
@@ -23,8 +23,8 @@ constexpr qint64 kLargestFile = qint64{1} << 20;  // the six keys take a few hun
 /// Why what stands at `path` can't be the settings file; empty when it can, or when there is nothing.
 QString Obstacle(const QString& path) {
   const QFileInfo info(path);
-  if (!info.exists() && !info.isSymLink()) return {};
-  if (!info.isFile()) return QStringLiteral("it is no regular file");
+  if (!IsWritableTarget(path)) return QStringLiteral("it is no regular file");
+  if (!info.exists()) return {};
   if (info.size() > kLargestFile) return QStringLiteral("it has %1 bytes").arg(info.size());
   QFile file(path);
   return file.open(QIODevice::ReadOnly) ? QString() : file.errorString();
@@ -60,7 +60,7 @@ QString WriteDraft(const ConnectionSettings& settings, const QString& path) {
   QFile old(path);
   const QByteArray content = old.open(QIODevice::ReadOnly) ? old.readAll() : QByteArray();
   const std::vector<std::uint8_t> bytes(content.begin(), content.end());
-  if (WriteWholeFile(unproven, bytes) != WriteResult::kWritten) return {};
+  if (WriteAtomically(unproven, bytes) != WriteResult::kWritten) return {};
   Values values;
   {
     QSettings file(unproven, QSettings::IniFormat);
@@ -72,7 +72,8 @@ QString WriteDraft(const ConnectionSettings& settings, const QString& path) {
     file.sync();
     values = AllValues(file);
   }
-  if (MoveOver(unproven, draft) && AllValues(QSettings(draft, QSettings::IniFormat)) == values) return draft;
+  if (ReplaceFile(unproven, draft) && AllValues(QSettings(draft, QSettings::IniFormat)) == values)
+    return draft;
   QFile::remove(unproven);
   QFile::remove(draft);
   return {};
@@ -114,7 +115,7 @@ std::string SettingsFile::Save(const ConnectionSettings& settings) const {
   if (!lock.tryLock(kLockTimeMs)) return fault(QStringLiteral("it is in use or protected"));
   const QString draft = WriteDraft(settings, target);
   if (old.exists()) QFile::setPermissions(draft, old.permissions());
-  if (!draft.isEmpty() && MoveOver(draft, target)) return {};
+  if (!draft.isEmpty() && ReplaceFile(draft, target)) return {};
   QFile::remove(draft);
   return fault(QStringLiteral("the disk is full, or it is protected"));
 }

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <span>
-#include <tl/expected.hpp>
 #include <vector>
 
 #include "VarkelCore/src/catalogue/command_text.h"
@@ -11,12 +10,9 @@
 namespace varkel {
 
 /// What one exchange with the sensor came to: the reply's payload, or the code that says why there is none.
-/// Positive codes are the sensor's own, negative ones the client's (KtcClient::kNoHeader and its neighbours)
-/// or kWithoutCode.
-using ExchangeResult = tl::expected<std::vector<std::uint8_t>, int>;
-
-/// The failure of an exchange whose reply answers another request.
-inline constexpr int kWithoutCode = -1;
+/// Positive codes are the sensor's own, negative ones the client's (KtcClient::kOtherReply and its
+/// neighbours).
+using ExchangeResult = quarn::lidar::KtcClient::Result;
 
 /// One exchange of a table's command. The payload of a reply to a four-byte command begins with that code.
 /// Blocks for the client's time-out at most.

@@ -1,8 +1,14 @@
 #include "VarkelCore/src/session/ktc_connect.h"
 
+#include <chrono>
 #include <exception>
 #include <iostream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
+#include "VarkelCore/src/tasks/worker_threads.h"
 #include "libquarn/Platform/src/text_number.h"
 
 namespace varkel {
@@ -11,40 +17,36 @@ namespace {
 
 using quarn::lidar::KtcClient;
 
+/// A sensor in the same network accepts within this time; there is no second chance.
+constexpr std::chrono::milliseconds kAcceptTime{200};
+
 constexpr std::uint32_t kPlainTcp = 0;
 constexpr std::uint8_t kProtocolVersion = 1;
 constexpr float kConnectTimeoutS = 0.0F;  // one try
 constexpr std::uint8_t kProbeCommands[] = {7, 8};
 
-}  // namespace
-
-std::shared_ptr<KtcClient> MakeKtcClient(const ConnectionSettings& settings,
-                                         std::uint32_t exchange_timeout_ms) {
+/// Connects in the background. The low 16 bits of the settings' port count; a port that is no number raises
+/// the conversion errors of text_number.h.
+std::shared_ptr<KtcClient> StartClient(const ConnectionSettings& settings,
+                                       std::uint32_t exchange_timeout_ms) {
   const auto port = static_cast<std::uint16_t>(quarn::lidar::TextToInt(settings.port));
   return std::make_shared<KtcClient>(settings.ip_address, port, false, kPlainTcp, kProtocolVersion, "", "",
                                      "", exchange_timeout_ms, exchange_timeout_ms, kConnectTimeoutS,
                                      std::uint16_t{0});
 }
 
-void AttemptTcp(const std::string& function, const std::stop_token& stop, UserReport& report,
-                std::atomic<bool>& connecting, const std::function<void()>& attempt) {
-  std::string failure = "Connection Error: ";
-  std::cout << function << "(): try to connect to lidar with TCP connection.\n" << std::flush;
-  try {
-    attempt();
-    return;
-  } catch (const std::exception& error) {
-    failure += error.what();
-  } catch (...) {
-    failure += "Unknown";
-  }
-  if (!stop.stop_requested()) {
-    std::cout << function << "(): init lidar error\n" << std::flush;
-    report.Error("Connection Failed. Please check your network settings.");
-    report.Log(failure, "ERROR");
-  }
-  connecting = false;
+std::shared_ptr<ByteLog> InstallByteLog(KtcClient& client, const SessionContext& context) {
+  auto byte_log = std::make_shared<ByteLog>(context.log_bytes);
+  client.SetLogCallback([&report = context.report](const std::string& line) { report.Bytes(line); },
+                        [byte_log] { return byte_log->IsWanted(); });
+  return byte_log;
 }
+
+ConnectFailure Failure(const std::string& reason) {
+  return {"Connection Failed. Please check your network settings.", "Connection Error: " + reason};
+}
+
+}  // namespace
 
 bool AnswersKtc(KtcClient& client) {
   std::vector<std::uint8_t> reply;
@@ -52,6 +54,27 @@ bool AnswersKtc(KtcClient& client) {
     if (client.QueryCommand({}, reply, command) == 0) return true;
   }
   return false;
+}
+
+SessionResult ConnectKtc(const char* function, const std::stop_token& stop,
+                         const ConnectionSettings& settings, std::uint32_t exchange_timeout_ms,
+                         const SessionContext& context,
+                         const std::function<std::shared_ptr<SensorSession>(const KtcConnection&)>& finish) {
+  std::cout << function << "(): try to connect to lidar with TCP connection.\n" << std::flush;
+  std::string reason;
+  try {
+    const auto client = StartClient(settings, exchange_timeout_ms);
+    const std::stop_callback interrupt(stop, [&client] { client->Interrupt(); });
+    SleepUnlessStopped(stop, kAcceptTime);
+    if (!client->IsOpen()) throw std::runtime_error("TCP connection failed.");
+    return finish({client, InstallByteLog(*client, context)});
+  } catch (const std::exception& error) {
+    reason = error.what();
+  } catch (...) {
+    reason = "Unknown";
+  }
+  if (!stop.stop_requested()) std::cout << function << "(): init lidar error\n" << std::flush;
+  return tl::unexpected(Failure(reason));
 }
 
 }  // namespace varkel

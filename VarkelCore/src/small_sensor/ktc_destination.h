@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <string>
 
-#include "VarkelCore/src/session/small_sensor_link.h"
+#include <tl/expected.hpp>
+
+#include "VarkelCore/src/session/small_sensor_channel.h"
 
 namespace varkel {
 
@@ -13,12 +15,12 @@ struct Destination {
   std::uint16_t port = 0;
 };
 
-/// Asks the sensor (KTC command 0x08): 0 or an error code; a reply that is too short is
-/// SerialExchange::kWrongReply.
-int ReadDestination(SmallSensorLink& link, bool silent, Destination& destination);
+/// Asks the sensor (KTC command 0x08); a reply that is too short is SerialExchange::kWrongReply.
+tl::expected<Destination, int> ReadDestination(SmallSensorChannel& channel,
+                                               SmallSensorChannel::Logged logged);
 
-/// Tells the sensor (KTC command 0x20): 0 or an error code. An address that is not four decimal bytes, or a
+/// Sets it (KTC command 0x20): 0 or an error code. An address that is not four decimal bytes, or a
 /// port beyond 65535, is refused with SerialExchange::kNotSent.
-int WriteDestination(SmallSensorLink& link, const std::string& ip, int port);
+int WriteDestination(SmallSensorChannel& channel, const std::string& ip, int port);
 
 }  // namespace varkel

@@ -8,9 +8,9 @@
 #include <optional>
 #include <string_view>
 
-#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/model_names.h"
 #include "VarkelCore/src/small_sensor/ktc_destination.h"
-#include "VarkelCore/src/tasks/whole_file.h"
+#include "VarkelCore/src/tasks/atomic_file.h"
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Source/src/ktc_serial_client.h"
 #include "libquarn/Source/src/sensor_requests.h"
@@ -115,7 +115,7 @@ int SmallSensor::GetCorrection(const std::string& path) {
   Bytes data;
   const int code = ReadCorrection(*exchange, data);
   if (!Report(code, "get calibration error, ret:")) return code;
-  if (WriteWholeFile(QString::fromStdString(path), data) != WriteResult::kWritten) {
+  if (WriteAtomically(QString::fromStdString(path), data) != WriteResult::kWritten) {
     const std::string text = "create calibration file fail, save correction file error";
     report_.Error(text);
     report_.Log(text, "ERROR");
@@ -139,41 +139,46 @@ std::vector<std::string> SmallSensor::GetLidarFunctionSafety() {
 }
 
 std::string SmallSensor::GetBaudRate() {
-  if (!IsKtc("GetBaudRate is only supported in KTC serial mode") || !Ready(kNotReadyForKtc)) return {};
-  Bytes reply;
-  int code = link_.QueryKtc(kKtcExtensionCmd, quarn::lidar::kGetBaudRatePayload, reply, false);
-  if (code == 0 && reply.size() < sizeof(std::uint32_t)) code = SerialExchange::kWrongReply;
+  const Channel channel = ReadyIfKtc("GetBaudRate is only supported in KTC serial mode", kNotReadyForKtc);
+  if (!channel) return {};
+  const ExchangeResult reply = channel->QueryKtc(kKtcExtensionCmd, quarn::lidar::kGetBaudRatePayload,
+                                                 SmallSensorChannel::Logged::kYes);
+  int code = reply ? 0 : reply.error();
+  if (reply && reply->size() < sizeof(std::uint32_t)) code = SerialExchange::kWrongReply;
   if (!Report(code, "get baud rate error, ret:")) return {};
-  return std::to_string(LoadBigEndian<std::uint32_t>(reply, reply.size() - sizeof(std::uint32_t)));
+  return std::to_string(LoadBigEndian<std::uint32_t>(*reply, reply->size() - sizeof(std::uint32_t)));
 }
 
 void SmallSensor::SetBaudRate(const std::string& text) {
-  if (!IsKtc("SetBaudRate is only supported in KTC serial mode") || !Ready(kNotReadyForKtc)) return;
+  const Channel channel = ReadyIfKtc("SetBaudRate is only supported in KTC serial mode", kNotReadyForKtc);
+  if (!channel) return;
   const std::uint32_t baud_rate = ReadBaudRate(text);
   if (baud_rate == 0) {
     report_.Error("invalid baud rate value");
     return;
   }
-  Bytes reply;
-  const int code =
-      link_.QueryKtc(kKtcExtensionCmd, quarn::lidar::SetBaudRatePayload(baud_rate), reply, false);
-  if (Report(code, "set baud rate error, ret:")) report_.Success("set baud rate successful");
+  const ExchangeResult reply = channel->QueryKtc(
+      kKtcExtensionCmd, quarn::lidar::SetBaudRatePayload(baud_rate), SmallSensorChannel::Logged::kYes);
+  if (Report(reply ? 0 : reply.error(), "set baud rate error, ret:")) {
+    report_.Success("set baud rate successful");
+  }
 }
 
 std::vector<std::string> SmallSensor::GetDestinationConfig(bool silent) {
-  if (!IsKtc("GetDestinationConfig is only supported in KTC serial mode") || !Ready(kNotReadyForKtc)) {
-    return {};
-  }
-  Destination destination;
-  if (!Report(ReadDestination(link_, silent, destination), "get destination config error, ret:")) return {};
-  return {destination.ip, std::to_string(destination.port)};
+  const Channel channel =
+      ReadyIfKtc("GetDestinationConfig is only supported in KTC serial mode", kNotReadyForKtc);
+  if (!channel) return {};
+  using Logged = SmallSensorChannel::Logged;
+  const auto destination = ReadDestination(*channel, silent ? Logged::kNo : Logged::kYes);
+  if (!Report(destination ? 0 : destination.error(), "get destination config error, ret:")) return {};
+  return {destination->ip, std::to_string(destination->port)};
 }
 
 bool SmallSensor::SetDestinationIPandPort(const std::string& ip, int port) {
-  if (!IsKtc("SetDestinationIPandPort is only supported in KTC serial mode") || !Ready(kNotReadyForKtc)) {
-    return false;
-  }
-  if (!Report(WriteDestination(link_, ip, port), "set destination IP and port error, ret:")) return false;
+  const Channel channel =
+      ReadyIfKtc("SetDestinationIPandPort is only supported in KTC serial mode", kNotReadyForKtc);
+  if (!channel) return false;
+  if (!Report(WriteDestination(*channel, ip, port), "set destination IP and port error, ret:")) return false;
   report_.Success("set destination IP and port successful");
   return true;
 }
@@ -189,32 +194,37 @@ void SmallSensor::SetImuRange(int angular_range_index, int accel_range_index) {
     report_.Error("Invalid acceleration range index");
     return;
   }
-  if (!IsKtc("Marvo IMU range setting is only supported in KTC_SERIAL mode")) return;
-  const Exchange exchange = Ready(kNotReady);
-  if (!exchange) return;
+  const Channel channel =
+      ReadyIfKtc("Marvo IMU range setting is only supported in KTC_SERIAL mode", kNotReady);
+  if (!channel) return;
   Bytes body;
-  int code = GetItem(*exchange, {quarn::lidar::kImuRangeItem, kAngularCodes[angular], kAccelCodes[accel]},
-                     kImuReplySize, body);
+  int code =
+      GetItem(*channel->ktc_exchange(),
+              {quarn::lidar::kImuRangeItem, kAngularCodes[angular], kAccelCodes[accel]}, kImuReplySize, body);
   if (code == 0 && body.size() != kImuReplySize) code = SerialExchange::kWrongReply;
   if (Report(code, "set IMU range error, ret:")) report_.Success("IMU range set successfully");
 }
 
 /// The exchange of the functions that switch the controller to KTC first, whether they then succeed or not.
 SmallSensor::Exchange SmallSensor::ReadyAsKtc() {
-  host_.set_connect_type(kKtcToSmallSensor);
-  return Ready(kNotReady);
+  connect_type_ = kKtcToSmallSensor;
+  const Channel channel = Ready(kNotReady);
+  return channel ? channel->ktc_exchange() : nullptr;
 }
 
-bool SmallSensor::IsKtc(const char* refusal) {
-  if (host_.connect_type() == kKtcToSmallSensor) return true;
+/// The channel of the functions that refuse while the controller is no KTC one.
+SmallSensor::Channel SmallSensor::ReadyIfKtc(const char* only_ktc, const char* not_ready) {
+  if (connect_type_ == kKtcToSmallSensor) return Ready(not_ready);
+  report_.Error(only_ktc);
+  return nullptr;
+}
+
+/// A channel with a KTC exchange; else a notice.
+SmallSensor::Channel SmallSensor::Ready(const char* refusal) {
+  Channel channel = activity_.is_upgrading() ? nullptr : channel_();
+  if (channel && channel->ktc_exchange()) return channel;
   report_.Error(refusal);
-  return false;
-}
-
-SmallSensor::Exchange SmallSensor::Ready(const char* refusal) {
-  Exchange exchange = link_.is_connected() && !host_.is_upgrading() ? link_.KtcExchange() : nullptr;
-  if (!exchange) report_.Error(refusal);
-  return exchange;
+  return nullptr;
 }
 
 /// True for code 0.

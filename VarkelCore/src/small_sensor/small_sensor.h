@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -7,7 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "VarkelCore/src/session/small_sensor_link.h"
+#include "VarkelCore/src/session/activity.h"
+#include "VarkelCore/src/session/small_sensor_channel.h"
 #include "VarkelCore/src/tasks/user_report.h"
 
 namespace varkel {
@@ -19,14 +21,13 @@ namespace varkel {
 /// controller a KTC one whatever model was selected, as hosts rely on; the others refuse elsewhere.
 class SmallSensor {
  public:
-  struct Host {
-    std::function<bool()> is_upgrading;
-    std::function<int()> connect_type;
-    std::function<void(int)> set_connect_type;
-  };
+  /// The session's channel; null when not connected.
+  using CurrentChannel = std::function<std::shared_ptr<SmallSensorChannel>()>;
 
-  SmallSensor(UserReport& report, SmallSensorLink& link, Host host)
-      : report_(report), link_(link), host_(std::move(host)) {}
+  /// `connect_type` is the controller's; everything outlives this object.
+  SmallSensor(UserReport& report, const Activity& activity, CurrentChannel channel,
+              std::atomic<int>& connect_type)
+      : report_(report), activity_(activity), channel_(std::move(channel)), connect_type_(connect_type) {}
 
   void SetStandby(int standby);  ///< any number but 0 is standby
   void SetSpinRate(int rate);    ///< its low byte
@@ -45,16 +46,18 @@ class SmallSensor {
   void SetImuRange(int angular_range_index, int accel_range_index);
 
  private:
+  using Channel = std::shared_ptr<SmallSensorChannel>;
   using Exchange = std::shared_ptr<quarn::lidar::SerialExchange>;
 
   Exchange ReadyAsKtc();
-  bool IsKtc(const char* refusal);
-  Exchange Ready(const char* refusal);
+  Channel ReadyIfKtc(const char* only_ktc, const char* not_ready);
+  Channel Ready(const char* refusal);
   bool Report(int code, const char* prefix);
 
   UserReport& report_;
-  SmallSensorLink& link_;
-  const Host host_;
+  const Activity& activity_;
+  const CurrentChannel channel_;
+  std::atomic<int>& connect_type_;
 };
 
 }  // namespace varkel

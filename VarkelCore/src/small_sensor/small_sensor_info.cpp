@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
-#include <memory>
+#include <iterator>
 #include <optional>
 #include <span>
 
-#include "VarkelCore/src/catalogue/model_selection.h"
+#include "VarkelCore/src/catalogue/model_names.h"
+#include "VarkelCore/src/catalogue/var_info.h"
 #include "VarkelCore/src/small_sensor/ktc_destination.h"
-#include "VarkelCore/src/tasks/worker_threads.h"
 #include "libquarn/Source/src/sensor_requests.h"
 
 namespace varkel {
@@ -20,10 +19,6 @@ using quarn::lidar::kReplyValue;
 using quarn::lidar::SerialExchange;
 using Bytes = std::vector<std::uint8_t>;
 
-/// The line also carries the user's commands.
-constexpr std::chrono::milliseconds kPeriod{1000};
-
-constexpr char kUnknown[] = "xxxxxxxx";
 constexpr char kUnknownAddress[] = "xx.xx.xx.xx";
 
 constexpr char kSerialNumber[] = "Serial Number";
@@ -43,7 +38,7 @@ constexpr std::size_t kVersionRequest = 27;
 constexpr std::size_t kVersionReply = 30;
 constexpr std::size_t kVersionText = 24;
 
-/// The text in a field that is padded with NUL bytes; nothing when it is empty or not printable ASCII.
+/// The text in a field that is padded with NUL bytes; nullopt if it is empty or not printable ASCII.
 std::optional<std::string> PaddedText(std::span<const std::uint8_t> field) {
   while (!field.empty() && field.back() == 0) field = field.first(field.size() - 1);
   const auto printable = [](std::uint8_t c) { return c >= 0x20 && c < 0x7F; };
@@ -65,9 +60,6 @@ int QueryVersion(SerialExchange& exchange, std::uint8_t which, std::string& vers
 
 }  // namespace
 
-SmallSensorInfo::SmallSensorInfo(UserReport& report, SmallSensorLink& link, Host host)
-    : report_(report), link_(link), host_(std::move(host)) {}
-
 void SmallSensorInfo::SetModel(const std::string& model_name) {
   const std::lock_guard lock(mutex_);
   model_name_ = model_name;
@@ -80,98 +72,87 @@ void SmallSensorInfo::Reset() {
 }
 
 void SmallSensorInfo::FillPlaceholders() {
-  info_ = {{kSerialNumber, kUnknown}};
+  info_ = {{kSerialNumber, kUnknownText}};
   if (ConnectTypeOf(model_name_) == kKtcToSmallSensor) {
     info_.push_back({kDestinationIp, kUnknownAddress});
     info_.push_back({kDestinationPort, "xx"});
   }
-  versions_ = {{kPbl, kUnknown}};
+  versions_ = {{kPbl, kUnknownText}};
   if (model_name_ == kMarvoKtc) {
-    versions_ = {{kBmbFpga, kUnknown}, {kTmbFpga, kUnknown}, {kBmbMcu, kUnknown}};
+    versions_ = {{kBmbFpga, kUnknownText}, {kTmbFpga, kUnknownText}, {kBmbMcu, kUnknownText}};
   }
   failures_.clear();
-  pbl_asked_ = false;
+  version_tries_.clear();
 }
 
-void SmallSensorInfo::Start() {
-  const std::lock_guard lock(thread_mutex_);
-  if (thread_.joinable()) return;
-  thread_ = std::jthread([this](const std::stop_token& stop) {
-    do {
-      Round(stop);
-    } while (SleepUnlessStopped(stop, kPeriod));
-  });
-}
-
-void SmallSensorInfo::Stop() {
-  std::jthread leaving;  // joined when the lock is free again
-  const std::lock_guard lock(thread_mutex_);
-  leaving.swap(thread_);
-}
-
-void SmallSensorInfo::Round(const std::stop_token& stop) {
-  const auto may_go_on = [&] {
-    return !stop.stop_requested() && link_.is_connected() && !host_.is_upgrading();
-  };
-  bool ask_pbl = false;
+void SmallSensorInfo::Round(SmallSensorChannel& channel, const std::stop_token& stop) {
+  const Query query{channel, stop};
+  const auto may_go_on = [&] { return !stop.stop_requested() && !activity_.is_upgrading(); };
   bool has_destination = false;
   {
     const std::lock_guard lock(mutex_);
-    ask_pbl = model_name_ != kMarvoKtc && !pbl_asked_;
     has_destination = ConnectTypeOf(model_name_) == kKtcToSmallSensor;
   }
-  if (may_go_on()) ReadSerialNumber();
-  if (has_destination && may_go_on()) ReadDestinationRow();
-  if (ask_pbl && may_go_on()) ReadPblVersion();
+  if (may_go_on()) ReadSerialNumber(query);
+  if (has_destination && may_go_on()) ReadDestinationRow(query);
+  for (const Version& version : VersionsToRead()) {
+    if (may_go_on()) ReadVersion(query, version);
+  }
 }
 
-void SmallSensorInfo::ReadSerialNumber() {
-  const auto exchange = link_.Exchange();
-  if (!exchange) return;
+std::vector<SmallSensorInfo::Version> SmallSensorInfo::VersionsToRead() {
+  static constexpr Version kMarvoVersions[] = {
+      {kBmbFpga, kBmbFpgaIndex, "Failed to get BMB FPGA version, ret:"},
+      {kTmbFpga, kTmbFpgaIndex, "Failed to get TMB FPGA version, ret:"},
+      {kBmbMcu, kBmbMcuIndex, "Failed to get BMB MCU version, ret:"}};
+  static constexpr Version kOtherVersions[] = {{kPbl, kPblIndex, "get pbl version error, ret:"}};
+  const std::lock_guard lock(mutex_);
+  const auto all =
+      model_name_ == kMarvoKtc ? std::span<const Version>(kMarvoVersions) : std::span(kOtherVersions);
+  std::vector<Version> wanted;
+  std::copy_if(all.begin(), all.end(), std::back_inserter(wanted),
+               [this](const Version& version) { return version_tries_[version.label] < kVersionTries; });
+  return wanted;
+}
+
+void SmallSensorInfo::ReadSerialNumber(const Query& query) {
   constexpr std::array<std::uint8_t, 2> kRequest = {quarn::lidar::kSerialNumberItem, 1};
   Bytes body;
-  const int code = quarn::lidar::GetItem(*exchange, kRequest, kReplyValue, body);
+  const int code = quarn::lidar::GetItem(*query.channel.serial_exchange(), kRequest, kReplyValue, body);
   if (code != 0) {
-    LogFailure(kSerialNumber, "Zelto-KTC get SN failed, ret:" + std::to_string(code));
+    LogFailure(query, kSerialNumber, "Zelto-KTC get SN failed, ret:" + std::to_string(code));
     return;
   }
   const auto text = PaddedText(std::span<const std::uint8_t>(body).subspan(kReplyValue));
-  LogFailure(kSerialNumber, text ? "" : "Zelto-KTC SN invalid after validation");
+  LogFailure(query, kSerialNumber, text ? "" : "Zelto-KTC SN invalid after validation");
   if (text) Show(info_, kSerialNumber, *text);
 }
 
-void SmallSensorInfo::ReadDestinationRow() {
-  Destination destination;
-  if (ReadDestination(link_, true, destination) != 0) return;  // the page's own fields report it
-  Show(info_, kDestinationIp, destination.ip);
-  Show(info_, kDestinationPort, std::to_string(destination.port));
+void SmallSensorInfo::ReadDestinationRow(const Query& query) {
+  const auto destination = ReadDestination(query.channel, SmallSensorChannel::Logged::kNo);
+  if (!destination) return;  // the page's own fields report it
+  Show(info_, kDestinationIp, destination->ip);
+  Show(info_, kDestinationPort, std::to_string(destination->port));
 }
 
-void SmallSensorInfo::ReadPblVersion() {
-  getting_pbl_ = true;
-  host_.pbl_changed();
-  ReadVersion(kPbl, kPblIndex, "get pbl version error, ret:");
-  {
+void SmallSensorInfo::ReadVersion(const Query& query, const Version& version) {
+  const bool is_pbl = version.which == kPblIndex;
+  if (is_pbl) SetGettingPbl(true);
+  std::string text = kUnknownText;
+  const int code = QueryVersion(*query.channel.serial_exchange(), version.which, text);
+  if (!query.stop.stop_requested()) {
     const std::lock_guard lock(mutex_);
-    pbl_asked_ = true;
+    int& tries = version_tries_[version.label];
+    tries = code == 0 ? kVersionTries : tries + 1;
   }
-  getting_pbl_ = false;
-  host_.pbl_changed();
+  LogFailure(query, version.label, code == 0 ? "" : version.failure + std::to_string(code));
+  Show(versions_, version.label, text);
+  if (is_pbl) SetGettingPbl(false);
 }
 
-void SmallSensorInfo::ReadMarvoVersions() {
-  ReadVersion(kBmbFpga, kBmbFpgaIndex, "Failed to get BMB FPGA version, ret:");
-  ReadVersion(kTmbFpga, kTmbFpgaIndex, "Failed to get TMB FPGA version, ret:");
-  ReadVersion(kBmbMcu, kBmbMcuIndex, "Failed to get BMB MCU version, ret:");
-}
-
-void SmallSensorInfo::ReadVersion(const char* label, std::uint8_t which, const char* failure) {
-  const auto exchange = link_.Exchange();
-  if (!exchange) return;
-  std::string version = kUnknown;
-  const int code = QueryVersion(*exchange, which, version);
-  LogFailure(label, code == 0 ? "" : failure + std::to_string(code));
-  Show(versions_, label, version);
+void SmallSensorInfo::SetGettingPbl(bool running) {
+  getting_pbl_ = running;
+  events_.pbl_changed();
 }
 
 void SmallSensorInfo::Show(std::vector<InfoRow>& rows, const char* label, const std::string& value) {
@@ -182,14 +163,15 @@ void SmallSensorInfo::Show(std::vector<InfoRow>& rows, const char* label, const 
     if (row == rows.end() || row->value == value) return;
     row->value = value;
   }
-  host_.info_changed();
+  events_.info_changed();
 }
 
 /// An empty text forgets the last failure.
-void SmallSensorInfo::LogFailure(const char* query, const std::string& text) {
+void SmallSensorInfo::LogFailure(const Query& query, const char* label, const std::string& text) {
+  if (query.stop.stop_requested()) return;
   {
     const std::lock_guard lock(mutex_);
-    std::string& last = failures_[query];
+    std::string& last = failures_[label];
     if (last == text) return;
     last = text;
   }

@@ -1,16 +1,18 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <mutex>
 #include <stop_token>
 #include <string>
-#include <thread>
+#include <utility>
 #include <vector>
 
-#include "VarkelCore/src/session/small_sensor_link.h"
+#include "VarkelCore/src/session/activity.h"
+#include "VarkelCore/src/session/small_sensor_channel.h"
 #include "VarkelCore/src/tasks/user_report.h"
 
 namespace varkel {
@@ -26,50 +28,56 @@ struct InfoRow {
 /// shows a placeholder. A failing query is logged once, not every round. Thread-safe.
 class SmallSensorInfo {
  public:
-  struct Host {
-    std::function<bool()> is_upgrading;
+  struct Events {
     std::function<void()> info_changed;  ///< a row has another value
     std::function<void()> pbl_changed;   ///< is_getting_pbl_version has
   };
 
-  SmallSensorInfo(UserReport& report, SmallSensorLink& link, Host host);
-  ~SmallSensorInfo() { Stop(); }
-  SmallSensorInfo(const SmallSensorInfo&) = delete;
-  SmallSensorInfo& operator=(const SmallSensorInfo&) = delete;
+  /// How often a session runs a round: the line also carries the user's commands.
+  static constexpr std::chrono::milliseconds kPeriod{1000};
+  /// In how many rounds a version is asked for: a sensor that knows no such query would hold up every round.
+  static constexpr int kVersionTries = 3;
 
-  /// The model decides on the rows, which begin anew.
+  SmallSensorInfo(UserReport& report, const Activity& activity, Events events)
+      : report_(report), activity_(activity), events_(std::move(events)) {}
+
+  /// The model decides on the rows, which show placeholders again.
   void SetModel(const std::string& model_name);
   /// Puts the placeholders back.
   void Reset();
 
-  /// Starts the information thread: a round at once, then one a second. Does nothing while it runs.
-  void Start();
-  /// Ends and joins it. The caller interrupts what the round may wait for.
-  void Stop();
-
-  /// One round: serial number, and the destination where there is one; the PBL version until it was asked for
-  /// once. Nothing while an upgrade runs.
-  void Round(const std::stop_token& stop);
-
-  /// The versions of a Marvo sensor's boards.
-  void ReadMarvoVersions();
+  /// One round of a session: serial number, and the destination where there is one; then the versions that
+  /// are not known yet. Does nothing while an upgrade runs. A round that is stopped reports nothing.
+  void Round(SmallSensorChannel& channel, const std::stop_token& stop);
 
   std::vector<InfoRow> Info() const;
   std::vector<InfoRow> Versions() const;
   bool is_getting_pbl_version() const { return getting_pbl_; }
 
  private:
-  void ReadSerialNumber();
-  void ReadDestinationRow();
-  void ReadPblVersion();
-  void ReadVersion(const char* label, std::uint8_t which, const char* failure);
+  /// One round's view of its session.
+  struct Query {
+    SmallSensorChannel& channel;
+    const std::stop_token& stop;
+  };
+  struct Version {
+    const char* label;
+    std::uint8_t which;
+    const char* failure;
+  };
+
+  std::vector<Version> VersionsToRead();
+  void ReadSerialNumber(const Query& query);
+  void ReadDestinationRow(const Query& query);
+  void ReadVersion(const Query& query, const Version& version);
+  void SetGettingPbl(bool running);
   void Show(std::vector<InfoRow>& rows, const char* label, const std::string& value);
-  void LogFailure(const char* query, const std::string& text);
+  void LogFailure(const Query& query, const char* label, const std::string& text);
   void FillPlaceholders();  // with mutex_ held
 
   UserReport& report_;
-  SmallSensorLink& link_;
-  const Host host_;
+  const Activity& activity_;
+  const Events events_;
   std::atomic<bool> getting_pbl_ = false;
 
   mutable std::mutex mutex_;  // guards what follows
@@ -77,10 +85,7 @@ class SmallSensorInfo {
   std::vector<InfoRow> info_;
   std::vector<InfoRow> versions_;
   std::map<std::string, std::string> failures_;  ///< by query: what was logged last
-  bool pbl_asked_ = false;
-
-  std::mutex thread_mutex_;  // guards thread_
-  std::jthread thread_;
+  std::map<std::string, int> version_tries_;     ///< by label: rounds that asked; kVersionTries once known
 };
 
 }  // namespace varkel

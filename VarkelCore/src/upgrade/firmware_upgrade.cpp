@@ -1,53 +1,123 @@
 #include "VarkelCore/src/upgrade/firmware_upgrade.h"
 
-#include <chrono>
-#include <exception>
+#include <string>
+#include <utility>
 
-#include "VarkelCore/src/tasks/worker_threads.h"
+#include "VarkelCore/src/catalogue/model_names.h"
+#include "VarkelCore/src/catalogue/named_command.h"
+#include "VarkelCore/src/upgrade/marvo_package.h"
+#include "VarkelCore/src/upgrade/network_upgrade.h"
+#include "VarkelCore/src/upgrade/serial_upgrade.h"
 
 namespace varkel {
 
 namespace {
-/// Lets the exchange of a running refresh round end before the transfer takes the line.
-constexpr std::chrono::milliseconds kSettleTime{300};
-/// The sensor unpacks the package before it can restart.
-constexpr std::chrono::seconds kUnpackTime{10};
+
+/// The package counts as transferred in blocks of this many bytes.
+constexpr std::size_t kBlockSize = 1024;
+
+constexpr int kJunctionBox = 2;
+constexpr char kJunctionBoxCommand[] = "0x83";
+
+constexpr char kEmptyPackage[] = "The upgrade package is empty.";
+
 }  // namespace
 
-bool FirmwareUpgrade::Begin(std::size_t size) {
-  if (upgrading_.exchange(true)) return false;
-  progress_ = 0;
-  total_ = static_cast<int>(size / kBlockSize);
-  events_.upgrading_changed();
-  return true;
+FirmwareUpgrade::FirmwareUpgrade(UserReport& report, Activity& activity, WorkerThreads& workers,
+                                 const std::atomic<int>& connect_type, Host host)
+    : report_(report),
+      activity_(activity),
+      workers_(workers),
+      connect_type_(connect_type),
+      host_(std::move(host)),
+      marvo_(report) {}
+
+int FirmwareUpgrade::StartFromRow(const Session& session, const Catalogue& catalogue, const VarInfo* var,
+                                  const QString& path) {
+  if (!session || !session->is_ktc_open() || !session->is_idle() || !catalogue) return -1;
+  const std::string command = var == nullptr ? std::string() : UpgradeCommandText(*var);
+  const auto package = OpenWithContent(path);
+  if (!package || command.empty()) return 0;
+  Start(session, package,
+        [this, session, catalogue, command](const auto& stop, const auto& bytes, const auto& run) {
+          SendOverNetwork(stop, *session->ktc_client(), bytes, command, report_, run,
+                          [&] { return host_.restart(*session, *catalogue); });
+        });
+  return 0;
 }
 
-void FirmwareUpgrade::End() {
-  upgrading_ = false;
-  events_.upgrading_changed();
-}
-
-void FirmwareUpgrade::SendOverNetwork(const std::stop_token& stop, quarn::lidar::KtcClient& client,
-                                      const std::vector<std::uint8_t>& package, std::string command_text) {
-  int result = -1;
-  if (SleepUnlessStopped(stop, kSettleTime)) {
-    try {
-      result = client.TransferFileByCmdText(package, command_text, progress_);
-    } catch (const std::exception& error) {
-      report_.Log(error.what(), "ERROR");  // a table whose upgrade command is no number
-    }
+int FirmwareUpgrade::StartSmallSensor(const Session& session, const Catalogue& catalogue,
+                                      const QString& path) {
+  if (!session || session->has_ended() || connect_type_ == kNetwork || activity_.is_upgrading()) {
+    report_.Error("lidar is not connected, or lidar is upgrade");
+    return -1;
   }
-  End();
-  if (result != 0) {
-    const std::string text = "Upgrade package transfer failed or is terminated.";
+  const auto package = OpenWithContent(path);
+  if (!package) return 0;
+  const int mode = mode_;
+  if (mode == kJunctionBox && session->ktc_client()) {
+    Start(session, package, [this, session, catalogue](const auto& stop, const auto& bytes, const auto& run) {
+      SendOverNetwork(stop, *session->ktc_client(), bytes, kJunctionBoxCommand, report_, run,
+                      [&] { return host_.restart(*session, *catalogue); });
+    });
+  } else {
+    Start(session, package, [this, session, mode](const auto& stop, const auto& bytes, const auto& run) {
+      SendOverSerial(stop, *session->serial_exchange(), bytes, mode, report_, run);
+    });
+  }
+  return 0;
+}
+
+int FirmwareUpgrade::StartMarvo(const Session& session, const QString& path) {
+  const auto refuse = [this](const char* text) {
     report_.Error(text);
-    report_.Log(text, "INFO");
-    return;
+    return -1;
+  };
+  const bool is_marvo = session && session->is_ktc_open() && connect_type_ == kKtcToSmallSensor;
+  if (!is_marvo || activity_.is_upgrading()) {
+    return refuse("lidar is not connected, or lidar is upgrading");
   }
-  report_.Success(
-      "Upgrade package transmitted successfully. The lidar will automatically reboot within 10 seconds.");
-  if (!SleepUnlessStopped(stop, kUnpackTime)) return;
-  if (events_.restart() != 0) report_.Error("Auto reboot failed. Please reboot lidar manually.");
+  const auto package = PackageFile::Open(path);
+  if (!package) return refuse("Failed to open upgrade file");
+  if (package->size() < kMarvoHeaderSize) return refuse("Upgrade package too small");
+  Start(session, package, [this, session](const auto& stop, const auto& bytes, const auto& run) {
+    marvo_.Run(stop, *session, bytes, run);
+  });
+  return 0;
+}
+
+/// Null for a file that can't be used; an empty one is reported.
+std::shared_ptr<PackageFile> FirmwareUpgrade::OpenWithContent(const QString& path) {
+  auto package = PackageFile::Open(path);
+  if (package && package->size() == 0) {
+    report_.Error(kEmptyPackage);
+    return nullptr;
+  }
+  return package;
+}
+
+/// Claims the upgrade and sends the package from a worker; a file that can't be read whole ends the upgrade.
+void FirmwareUpgrade::Start(const Session& session, const std::shared_ptr<PackageFile>& package, Send send) {
+  progress_ = 0;
+  total_ = static_cast<int>(package->size() / kBlockSize);
+  activity_.BeginUpgrade();
+  workers_.Start([this, session, package, send = std::move(send)](const std::stop_token& stop) {
+    const UpgradeRun run = Claimed(session);
+    const auto bytes = package->Read();
+    if (!bytes) {  // half a package must not reach the sensor
+      run.end();
+      const std::string text = "The upgrade package can't be read whole, so nothing was sent.";
+      report_.Error(text);
+      report_.Log(text, "INFO");
+      return;
+    }
+    send(stop, *bytes, run);
+  });
+}
+
+UpgradeRun FirmwareUpgrade::Claimed(const Session& session) {
+  return {progress_, total_, [this] { activity_.EndUpgrade(); },
+          [this, session] { host_.disconnect(session); }};
 }
 
 }  // namespace varkel

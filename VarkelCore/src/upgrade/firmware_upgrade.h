@@ -1,57 +1,80 @@
 #pragma once
 
+#include <QString>
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <stop_token>
-#include <string>
 #include <vector>
 
+#include "VarkelCore/src/catalogue/config_parser.h"
+#include "VarkelCore/src/session/sensor_session.h"
 #include "VarkelCore/src/tasks/user_report.h"
-#include "VarkelCore/src/upgrade/serial_upgrade.h"
-#include "libquarn/KtcClient/src/ktc_client.h"
+#include "VarkelCore/src/tasks/worker_threads.h"
+#include "VarkelCore/src/upgrade/marvo_upgrade.h"
+#include "VarkelCore/src/upgrade/package_file.h"
+#include "VarkelCore/src/upgrade/upgrade_run.h"
 
 namespace varkel {
 
-/// Sends firmware to a sensor. Thread-safe; one upgrade at a time.
+/// Starts firmware upgrades: checks what they need, claims the one upgrade that may run, and sends the
+/// package from a worker to the session that was there at the start, whatever is connected later. Called from
+/// one thread; progress may be read from any.
 class FirmwareUpgrade {
  public:
-  /// The package counts as transferred in blocks of this many bytes.
-  static constexpr std::size_t kBlockSize = 1024;
+  using Session = std::shared_ptr<SensorSession>;
+  using Catalogue = std::shared_ptr<const ConfigParser>;
 
-  struct Events {
-    std::function<void()> upgrading_changed;
-    std::function<int()> restart;      ///< restarts the sensor; 0 on success
-    std::function<void()> disconnect;  ///< asks the controller to disconnect
+  /// What an upgrade does to a session when the package is through. Called on a worker.
+  struct Host {
+    /// Restarts that sensor with the table's command: 0 on success.
+    std::function<int(SensorSession&, const ConfigParser&)> restart;
+    /// Disconnects it, unless it has been already.
+    std::function<void(const Session&)> disconnect;
   };
 
-  FirmwareUpgrade(UserReport& report, Events events) : report_(report), events_(std::move(events)) {}
+  /// `connect_type` is the controller's; everything outlives this object.
+  FirmwareUpgrade(UserReport& report, Activity& activity, WorkerThreads& workers,
+                  const std::atomic<int>& connect_type, Host host);
 
-  bool is_upgrading() const { return upgrading_; }
-  int progress() const { return static_cast<int>(progress_.load()); }  ///< blocks under way or done
+  /// The upgrade of the row `var` of a sensor's table. 0 when it was started, or when there is nothing to
+  /// send: the row has no upgrade command, or the file can't be used. -1 without a connection or beside
+  /// another operation.
+  int StartFromRow(const Session& session, const Catalogue& catalogue, const VarInfo* var,
+                   const QString& path);
+
+  /// The upgrade of a small sensor; `set_mode` chooses what the package replaces. Results as above.
+  int StartSmallSensor(const Session& session, const Catalogue& catalogue, const QString& path);
+
+  /// The upgrade of a Marvo sensor: 0 when it was started, else -1; a refusal is reported.
+  int StartMarvo(const Session& session, const QString& path);
+
+  /// 0 application and FPGA, 1 PBL, 2 junction box.
+  void set_mode(int mode) { mode_ = mode; }
+
+  int progress() const {
+    return static_cast<int>(progress_.load());
+  }                                     ///< blocks of 1024 bytes, done or under way
   int total() const { return total_; }  ///< blocks in all; 1 before the first upgrade
 
-  /// Claims the upgrade for a package of `size` bytes; false when one runs already.
-  bool Begin(std::size_t size);
-
-  /// The claimed upgrade for a worker that sends it another way than over the network.
-  UpgradeRun Run() {
-    return {progress_, total_, [this] { End(); }, events_.disconnect};
-  }
-
-  /// Sends the package with the command that the table names, then restarts the sensor 10 seconds after the
-  /// success. On a worker's thread, after Begin. Every outcome is reported.
-  void SendOverNetwork(const std::stop_token& stop, quarn::lidar::KtcClient& client,
-                       const std::vector<std::uint8_t>& package, std::string command_text);
-
  private:
-  void End();
+  using Send =
+      std::function<void(const std::stop_token&, const std::vector<std::uint8_t>&, const UpgradeRun&)>;
+
+  std::shared_ptr<PackageFile> OpenWithContent(const QString& path);
+  void Start(const Session& session, const std::shared_ptr<PackageFile>& package, Send send);
+  UpgradeRun Claimed(const Session& session);
 
   UserReport& report_;
-  const Events events_;
-  std::atomic<bool> upgrading_ = false;
+  Activity& activity_;
+  WorkerThreads& workers_;
+  const std::atomic<int>& connect_type_;
+  const Host host_;
+  const MarvoUpgrade marvo_;
   std::atomic<std::uint32_t> progress_ = 0;
   std::atomic<int> total_ = 1;
+  int mode_ = 0;
 };
 
 }  // namespace varkel

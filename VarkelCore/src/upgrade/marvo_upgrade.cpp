@@ -22,8 +22,8 @@ constexpr char kInfo[] = "INFO";
 
 }  // namespace
 
-void MarvoUpgrade::Run(const std::stop_token& stop, std::span<const std::uint8_t> package,
-                       const UpgradeRun& run) const {
+void MarvoUpgrade::Run(const std::stop_token& stop, SmallSensorChannel& channel,
+                       std::span<const std::uint8_t> package, const UpgradeRun& run) const {
   UpgradeEnd end(run.end);
   if (!SleepUnlessStopped(stop, pauses_.settle)) return;
   const std::optional<OtaPackageHeader> header = Parse(package);
@@ -31,11 +31,11 @@ void MarvoUpgrade::Run(const std::stop_token& stop, std::span<const std::uint8_t
     Fail(end, "Invalid Marvo OTA upgrade package");
     return;
   }
-  // The flags stand in decimal behind "0x": log readers compare these lines with older ones.
+  // The flags are in decimal after "0x", so that these lines compare with those of older logs.
   report_.Log("Marvo OTA package parsed: flags=0x" + std::to_string(header->flags) +
                   ", total_size=" + std::to_string(header->total_size),
               kInfo);
-  const std::optional<Partition> running = Prepare(stop, end);
+  const std::optional<Partition> running = Prepare(stop, channel, end);
   if (!running) return;
   const std::vector<OtaComponent> components = ComponentsToSend(*header, *running);
   std::size_t blocks = 0;
@@ -43,7 +43,7 @@ void MarvoUpgrade::Run(const std::stop_token& stop, std::span<const std::uint8_t
   run.total = static_cast<int>(blocks);
   run.progress = 0;
   const bool sent = std::all_of(components.begin(), components.end(), [&](const OtaComponent& component) {
-    return Send(package, component, run, end);
+    return Send(channel, package, component, run, end);
   });
   if (!sent) return;
   end.Now();
@@ -58,13 +58,14 @@ std::optional<OtaPackageHeader> MarvoUpgrade::Parse(std::span<const std::uint8_t
   return fault == MarvoPackageFault::kNone ? std::optional(header) : std::nullopt;
 }
 
-std::optional<Partition> MarvoUpgrade::Prepare(const std::stop_token& stop, UpgradeEnd& end) const {
-  if (!SetBaudRate(kCommandBaudRate)) {
+std::optional<Partition> MarvoUpgrade::Prepare(const std::stop_token& stop, SmallSensorChannel& channel,
+                                               UpgradeEnd& end) const {
+  if (!SetBaudRate(channel, kCommandBaudRate)) {
     Fail(end, "Marvo upgrade: set baudrate failed");
     return std::nullopt;
   }
   Partition running = Partition::kA;
-  const auto exchange = link_.KtcExchange();
+  const auto exchange = channel.ktc_exchange();
   if (!exchange || ChangeMode(*exchange, kUpgradeMode, running) != 0) {
     Fail(end, "Marvo upgrade: change mode failed");
     return std::nullopt;
@@ -72,21 +73,22 @@ std::optional<Partition> MarvoUpgrade::Prepare(const std::stop_token& stop, Upgr
   report_.Log(std::string("Marvo upgrade: current partition=") + (running == Partition::kA ? "A" : "B"),
               kInfo);
   if (!SleepUnlessStopped(stop, pauses_.mode_change)) return std::nullopt;
-  if (!SetBaudRate(kUpgradeBaudRate)) {
+  if (!SetBaudRate(channel, kUpgradeBaudRate)) {
     Fail(end, "Marvo upgrade: set upgrade baudrate failed");
     return std::nullopt;
   }
   return running;
 }
 
-bool MarvoUpgrade::SetBaudRate(std::uint32_t baud_rate) const {
-  std::vector<std::uint8_t> reply;
-  return link_.QueryKtc(quarn::lidar::kKtcExtensionCmd, quarn::lidar::SetBaudRatePayload(baud_rate), reply,
-                        false) == 0;
+bool MarvoUpgrade::SetBaudRate(SmallSensorChannel& channel, std::uint32_t baud_rate) {
+  return channel
+      .QueryKtc(quarn::lidar::kKtcExtensionCmd, quarn::lidar::SetBaudRatePayload(baud_rate),
+                SmallSensorChannel::Logged::kYes)
+      .has_value();
 }
 
-bool MarvoUpgrade::Send(std::span<const std::uint8_t> package, const OtaComponent& component,
-                        const UpgradeRun& run, UpgradeEnd& end) const {
+bool MarvoUpgrade::Send(SmallSensorChannel& channel, std::span<const std::uint8_t> package,
+                        const OtaComponent& component, const UpgradeRun& run, UpgradeEnd& end) const {
   const std::span<const std::uint8_t> data = Extract(package, component);
   if (data.empty()) {
     Fail(end, "Marvo upgrade: failed to extract " + component.name);
@@ -95,7 +97,7 @@ bool MarvoUpgrade::Send(std::span<const std::uint8_t> package, const OtaComponen
   report_.Log("Marvo upgrade: sending " + component.name + " (type=0x0" + std::to_string(component.type) +
                   ", size=" + std::to_string(data.size()) + ")",
               kInfo);
-  const auto exchange = link_.KtcExchange();
+  const auto exchange = channel.ktc_exchange();
   const int result = exchange ? SendOtaComponent(*exchange, data, component.type, run.progress)
                               : quarn::lidar::SerialExchange::kNotSent;
   if (result != 0) {

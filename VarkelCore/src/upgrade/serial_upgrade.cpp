@@ -1,17 +1,12 @@
 #include "VarkelCore/src/upgrade/serial_upgrade.h"
 
-#include <chrono>
 #include <string>
 
 #include "VarkelCore/src/tasks/worker_threads.h"
+#include "VarkelCore/src/upgrade/settle_time.h"
 #include "libquarn/Source/src/ota_transfer.h"
 
 namespace varkel {
-
-namespace {
-/// Lets the exchange of a running information round end before the transfer takes the line.
-constexpr std::chrono::milliseconds kSettleTime{300};
-}  // namespace
 
 void SendOverSerial(const std::stop_token& stop, quarn::lidar::SerialExchange& exchange,
                     std::span<const std::uint8_t> package, int mode, UserReport& report,

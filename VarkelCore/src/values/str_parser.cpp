@@ -1,7 +1,6 @@
 #include "VarkelCore/src/values/str_parser.h"
 
 #include <bit>
-#include <charconv>
 #include <cmath>
 #include <exception>
 #include <functional>
@@ -9,9 +8,10 @@
 #include <limits>
 #include <map>
 #include <stdexcept>
-#include <system_error>
+#include <utility>
 
 #include "libquarn/Platform/src/byte_order.h"
+#include "libquarn/Platform/src/byte_text.h"
 #include "libquarn/Platform/src/text_number.h"
 
 namespace varkel {
@@ -55,34 +55,12 @@ std::vector<std::uint8_t> LowBytes(std::uint64_t value, std::uint64_t length) {
   return {whole.begin() + skipped, whole.end()};
 }
 
-std::vector<std::string> Split(const std::string& text, char separator) {
-  std::vector<std::string> pieces(1);
-  for (const char c : text) {
-    if (c == separator) {
-      pieces.emplace_back();
-    } else {
-      pieces.back() += c;
-    }
-  }
-  return pieces;
-}
-
-std::vector<std::uint8_t> DecimalBytes(const std::string& codec, const std::string& text, char separator,
-                                       std::size_t count) {
-  const std::vector<std::string> pieces = Split(text, separator);
-  if (pieces.size() != count) Refuse(codec + ": ip address, wrong format.");
-  std::vector<std::uint8_t> bytes;
-  bytes.reserve(count);
-  for (const std::string& piece : pieces) {
-    int value = -1;
-    const auto [end, error] = std::from_chars(piece.data(), piece.data() + piece.size(), value);
-    const bool whole = error == std::errc() && end == piece.data() + piece.size();
-    if (!whole || value < 0 || value > std::numeric_limits<std::uint8_t>::max()) {
-      Refuse(codec + ": contains an illegal number");
-    }
-    bytes.push_back(static_cast<std::uint8_t>(value));
-  }
-  return bytes;
+std::vector<std::uint8_t> AddressBytes(const std::string& codec, const std::string& text,
+                                       const quarn::lidar::ByteTextFormat& format) {
+  quarn::lidar::ByteText address = quarn::lidar::ReadByteText(text, format);
+  if (address.fault == quarn::lidar::ByteTextFault::kCount) Refuse(codec + ": ip address, wrong format.");
+  if (!address) Refuse(codec + ": contains an illegal number");
+  return std::move(address.bytes);
 }
 
 }  // namespace
@@ -146,11 +124,11 @@ std::vector<std::uint8_t> DoubleParser::ParseToBytes(const std::string& text, fl
 }
 
 std::vector<std::uint8_t> IPv4Parser::ParseToBytes(const std::string& text, float /*coefficient*/) {
-  return DecimalBytes("IPv4Parser", text, '.', 4);
+  return AddressBytes("IPv4Parser", text, quarn::lidar::kIpv4Text);
 }
 
 std::vector<std::uint8_t> MacParser::ParseToBytes(const std::string& text, float /*coefficient*/) {
-  return DecimalBytes("MacParser", text, ':', 6);
+  return AddressBytes("MacParser", text, {':', 6});
 }
 
 std::vector<std::uint8_t> RawParser::ParseToBytes(const std::string& /*text*/, float /*coefficient*/) {
@@ -177,7 +155,7 @@ std::unique_ptr<StrParser> MakeStrParser(const std::string& var_type) {
   };
   const auto factory = factories.find(var_type);
   if (factory == factories.end()) {
-    std::cout << "DEBUG(): not support the format is " << var_type << std::endl;
+    std::cout << "DEBUG(): not support the format is " + var_type + "\n" << std::flush;
     return nullptr;
   }
   return factory->second();

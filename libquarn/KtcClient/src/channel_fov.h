@@ -13,15 +13,12 @@ namespace quarn::lidar {
 inline constexpr std::size_t kMaxFovs = 5;
 using FovAngles = std::array<float, kMaxFovs>;
 
-inline constexpr std::uint8_t kWriteChannelFovCmd = 0x22;
-inline constexpr std::uint8_t kQueryMultiFovCmd = 0x23;
-
-/// The write's payload: the channel, then the five start angles. Angles that a u16 can't hold are brought to
-/// the nearest that it can, what is no number to 0.
+/// The payload of kWriteChannelFovCmd: the channel, then the five start angles. Angles that a u16 can't hold
+/// are brought to the nearest that it can, what is no number to 0.
 std::vector<std::uint8_t> EncodeChannelFov(std::uint8_t channel, const FovAngles& starts);
 
-/// Reads the query's reply: a count, then that many pairs of start and end. Returns how many pairs really
-/// stand there, five at most; the angles of the others keep their values.
+/// Reads the reply to kQueryMultiFovCmd: a count, then that many pairs of start and end. Returns how many
+/// pairs really stand there, five at most; the angles of the others keep their values.
 int DecodeMultiFov(std::span<const std::uint8_t> reply, FovAngles& starts, FovAngles& ends);
 
 }  // namespace quarn::lidar

@@ -1,8 +1,11 @@
 #include "libquarn/KtcClient/src/ktc_client.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
+#include "libquarn/KtcClient/src/ktc_commands.h"
+#include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/KtcClient/src/transport_factory.h"
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Platform/src/hex_text.h"
@@ -19,7 +22,6 @@ constexpr std::uint32_t kConnectAttemptSeconds = 1;
 
 constexpr std::uint32_t kDrainTimeoutMs = 50;
 constexpr std::size_t kDrainBlock = 1500;
-constexpr std::uint32_t kTransferTimeoutMs = 60000;
 
 // A longer payload is taken all the same, but no command of a sensor answers with one.
 constexpr std::uint32_t kSuspiciousPayload = 10240;
@@ -28,7 +30,6 @@ constexpr std::uint32_t kSuspiciousPayload = 10240;
 constexpr std::size_t kPayloadBlock = std::size_t{64} * 1024;
 
 constexpr std::size_t kMaxFrame = 0xFFFF;
-constexpr std::uint8_t kExtendedCmd = 0xFF;
 constexpr std::size_t kShortCommandText = 4;  // "0x" and the two digits of a command byte
 
 const char* PathOrNull(const std::string& path) {
@@ -49,6 +50,7 @@ struct KtcClient::Reply {
   std::array<std::uint8_t, kMaxKtcHeaderSize> header{};
   std::size_t header_size = 0;  // as far as it was read
   std::uint32_t payload_length = 0;
+  bool peer_had_left = false;  // before the request
   std::vector<std::uint8_t> payload;
 
   std::span<const std::uint8_t> Header() const { return std::span(header).first(header_size); }
@@ -57,7 +59,8 @@ struct KtcClient::Reply {
 KtcClient::KtcClient(std::string lidar_ip, std::uint16_t lidar_port, bool auto_receive,
                      std::uint32_t client_type, std::uint8_t protocol_version, std::string cert_path,
                      std::string private_key_path, std::string ca_path, std::uint32_t receive_timeout_ms,
-                     std::uint32_t send_timeout_ms, float connect_timeout_s, std::uint16_t local_port)
+                     std::uint32_t send_timeout_ms, float connect_timeout_s, std::uint16_t local_port,
+                     const KtcLimits& limits)
     : client_type_(client_type),
       parser_(protocol_version),
       lidar_port_(lidar_port),
@@ -69,14 +72,14 @@ KtcClient::KtcClient(std::string lidar_ip, std::uint16_t lidar_port, bool auto_r
       configured_receive_timeout_ms_(receive_timeout_ms),
       configured_send_timeout_ms_(send_timeout_ms),
       connect_timeout_s_(connect_timeout_s),
+      limits_(limits),
       current_receive_timeout_ms_(receive_timeout_ms),
       current_send_timeout_ms_(send_timeout_ms),
       lidar_ip_(std::move(lidar_ip)),
-      connect_thread_([this] { TryOpen(); }) {}
+      connect_thread_([this](const std::stop_token& stop) { TryOpen(stop); }) {}
 
 KtcClient::~KtcClient() {
   Interrupt();
-  connect_thread_.join();
 }
 
 bool KtcClient::IsOpen() const {
@@ -100,23 +103,17 @@ std::string KtcClient::LidarIp() const {
 }
 
 void KtcClient::Interrupt() {
-  std::shared_ptr<ClientBase> transport;
-  {
-    const std::lock_guard lock(state_mutex_);
-    running_ = false;
-    transport = transport_;
-  }
-  wake_.notify_all();
-  if (transport) {
+  connect_thread_.request_stop();
+  if (const std::shared_ptr<ClientBase> transport = Transport()) {
     transport->Interrupt();
   }
 }
 
 // ---- Connect thread
 
-void KtcClient::TryOpen() {
+void KtcClient::TryOpen(const std::stop_token& stop) {
   const auto start = Clock::now();
-  const std::optional<std::string> lidar_ip = WaitForLidarIp(start);
+  const std::optional<std::string> lidar_ip = WaitForLidarIp(stop, start);
   if (!lidar_ip) {
     return;
   }
@@ -126,12 +123,12 @@ void KtcClient::TryOpen() {
       const std::lock_guard lock(state_mutex_);
       transport_ = transport;
     }
-    ConnectTransport(*transport, *lidar_ip, start);
+    ConnectTransport(stop, *transport, *lidar_ip, start);
   }
-  FinishConnect();
+  FinishConnect(stop);
 }
 
-std::optional<std::string> KtcClient::WaitForLidarIp(Clock::time_point start) {
+std::optional<std::string> KtcClient::WaitForLidarIp(const std::stop_token& stop, Clock::time_point start) {
   if (LidarIp().empty()) {
     QUARN_LOG(log_lib::kWarning,
               "KtcClient::KtcClient() lidar_ip_ is empty, wait recv could point to get lidar ip");
@@ -140,7 +137,7 @@ std::optional<std::string> KtcClient::WaitForLidarIp(Clock::time_point start) {
     if (std::string lidar_ip = LidarIp(); !lidar_ip.empty()) {
       return lidar_ip;
     }
-    if (!running_) {
+    if (stop.stop_requested()) {
       QUARN_LOG(log_lib::kWarning, "ktc connect exit 1");
       return std::nullopt;
     }
@@ -148,14 +145,14 @@ std::optional<std::string> KtcClient::WaitForLidarIp(Clock::time_point start) {
       QUARN_LOG(log_lib::kWarning, "ktc connect : get lidar ip timeout");
       return std::nullopt;
     }
-    Pause();
+    Pause(stop);
   }
 }
 
-void KtcClient::ConnectTransport(ClientBase& transport, const std::string& lidar_ip,
-                                 Clock::time_point start) {
+void KtcClient::ConnectTransport(const std::stop_token& stop, ClientBase& transport,
+                                 const std::string& lidar_ip, Clock::time_point start) {
   const bool with_paths = client_type_ == kTlsClient;
-  while (running_) {
+  while (!stop.stop_requested()) {
     if (transport.TryOpen(local_port_, lidar_ip, lidar_port_, auto_receive_,
                           with_paths ? PathOrNull(cert_path_) : nullptr,
                           with_paths ? PathOrNull(private_key_path_) : nullptr,
@@ -163,13 +160,13 @@ void KtcClient::ConnectTransport(ClientBase& transport, const std::string& lidar
         IsConnectTimeOver(start)) {
       return;
     }
-    Pause();
+    Pause(stop);
   }
 }
 
-void KtcClient::FinishConnect() {
+void KtcClient::FinishConnect(const std::stop_token& stop) {
   const std::shared_ptr<ClientBase> transport = Transport();
-  if (!running_ || !transport || !transport->IsOpened()) {
+  if (stop.stop_requested() || !transport || !transport->IsOpened()) {
     QUARN_LOG(log_lib::kWarning, "ktc connect exit 2");
     return;
   }
@@ -181,9 +178,9 @@ void KtcClient::FinishConnect() {
   QUARN_LOG(log_lib::kProgress, "ktc connect success");
 }
 
-void KtcClient::Pause() {
+void KtcClient::Pause(const std::stop_token& stop) {
   std::unique_lock lock(state_mutex_);
-  wake_.wait_for(lock, kConnectPause, [this] { return !running_; });
+  stopped_.wait_for(lock, stop, kConnectPause, [] { return false; });
 }
 
 bool KtcClient::IsConnectTimeOver(Clock::time_point start) const {
@@ -195,23 +192,48 @@ bool KtcClient::IsConnectTimeOver(Clock::time_point start) const {
 
 int KtcClient::QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result,
                             std::uint8_t cmd, bool with_header) {
-  return Query(payload, result, cmd, with_header) ? -1 : 0;
+  return Perform(payload, result, cmd, with_header, 0) ? 0 : -1;
 }
 
-std::optional<std::int32_t> KtcClient::Query(std::span<const std::uint8_t> payload,
-                                             std::vector<std::uint8_t>& result, std::uint8_t cmd,
-                                             bool with_header, std::uint32_t receive_timeout_ms) {
+KtcClient::Result KtcClient::Query(std::span<const std::uint8_t> payload, std::uint8_t cmd,
+                                   std::uint32_t receive_timeout_ms) {
+  std::vector<std::uint8_t> reply;
+  return Perform(payload, reply, cmd, false, receive_timeout_ms).map([&] { return std::move(reply); });
+}
+
+tl::expected<void, std::int32_t> KtcClient::Perform(std::span<const std::uint8_t> payload,
+                                                    std::vector<std::uint8_t>& result, std::uint8_t cmd,
+                                                    bool with_header, std::uint32_t receive_timeout_ms) {
   const std::shared_ptr<ClientBase> transport = Transport();
   if (!transport || !transport->IsOpened()) {
     QUARN_LOG(log_lib::kError, "Client is not open, cannot send command.");
-    return kNotSent;
+    return tl::unexpected(kNotSent);
   }
   const std::lock_guard lock(command_mutex_);
   const auto start = Clock::now();
+  tl::expected<void, std::int32_t> outcome;
+  try {
+    outcome = ExchangeWhole(*transport, payload, result, cmd, with_header, receive_timeout_ms);
+  } catch (const std::exception& error) {  // out of memory, above all
+    QUARN_LOG(log_lib::kError, "KtcClient::QueryCommand, %s", error.what());
+    last_return_code_ = kNoPayload;
+    outcome = tl::unexpected(kNoPayload);
+  }
+  const auto elapsed = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+  QUARN_LOG(log_lib::kTiming, "exec time: %fms",
+            static_cast<double>(static_cast<float>(elapsed.count()) / 1000.0F));
+  return outcome;
+}
+
+tl::expected<void, std::int32_t> KtcClient::ExchangeWhole(ClientBase& transport,
+                                                          std::span<const std::uint8_t> payload,
+                                                          std::vector<std::uint8_t>& result, std::uint8_t cmd,
+                                                          bool with_header,
+                                                          std::uint32_t receive_timeout_ms) {
   Reply reply;
-  bool ok = Exchange(*transport, payload, cmd, receive_timeout_ms, reply);
+  bool ok = Exchange(transport, payload, cmd, receive_timeout_ms, reply);
   if (ok && reply.payload_length > 0) {
-    ok = ReadPayload(*transport, reply.payload_length, reply);
+    ok = ReadPayload(transport, reply.payload_length, reply);
     if (ok) {
       if (with_header) {
         const auto header = reply.Header();
@@ -227,18 +249,19 @@ std::optional<std::int32_t> KtcClient::Query(std::span<const std::uint8_t> paylo
   } else {
     PassToLog("RECV: ret_code is " + std::to_string(last_return_code_.load()));
   }
-  const auto elapsed = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
-  QUARN_LOG(log_lib::kTiming, "exec time: %fms",
-            static_cast<double>(static_cast<float>(elapsed.count()) / 1000.0F));
-  return ok ? std::nullopt : std::optional(last_return_code_.load());
+  if (ok) return {};
+  // The system still takes a request for a peer that has closed the connection, but nobody gets it.
+  if (reply.peer_had_left) return tl::unexpected(kNotSent);
+  const std::int32_t code = last_return_code_;
+  return tl::unexpected(code != 0 ? code : kOtherReply);
 }
 
-// Up to and with the reply's checked header.
+// Up to the reply's header, checked.
 bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> payload, std::uint8_t cmd,
                          std::uint32_t receive_timeout_ms, Reply& reply) {
   std::vector<std::uint8_t> frame;
   parser_.KtcStreamEncode(payload, frame, cmd);
-  if (!DrainStaleInput(transport)) {
+  if (!DrainStaleInput(transport, reply)) {
     return false;
   }
   if (receive_timeout_ms != 0) {
@@ -253,14 +276,17 @@ bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> pa
 }
 
 // Removes what an earlier, abandoned exchange left behind. False when there is no end to it.
-bool KtcClient::DrainStaleInput(ClientBase& transport) {
+bool KtcClient::DrainStaleInput(ClientBase& transport, Reply& reply) {
   std::array<std::uint8_t, kDrainBlock> stale;
-  const auto limit = Clock::now() + kLongestNoise;
+  const auto limit = Clock::now() + limits_.longest_noise;
   transport.SetTimeout(kDrainTimeoutMs, kDrainTimeoutMs);
   bool ends = true;
-  while (ends && transport.Receive(stale.data(), static_cast<std::uint32_t>(stale.size()), 0) > 0) {
+  int received = 1;
+  while (ends && received > 0) {
+    received = transport.Receive(stale.data(), static_cast<std::uint32_t>(stale.size()), 0);
     ends = Clock::now() < limit;
   }
+  reply.peer_had_left = received == 0;
   transport.SetTimeout(current_receive_timeout_ms_, current_send_timeout_ms_);
   if (!ends) {
     QUARN_LOG(log_lib::kWarning, "the sensor sends without pause, the request is not sent.");
@@ -307,7 +333,7 @@ bool KtcClient::ReadHeader(ClientBase& transport, Reply& reply) {
     reply.header_size += block.size();
     if (reply.header_size == 0) {
       const auto now = Clock::now();
-      limit = limit.value_or(now + kLongestNoise);
+      limit = limit.value_or(now + limits_.longest_noise);
       if (now > *limit) {
         QUARN_LOG(log_lib::kWarning, "the sensor sends without pause, but no reply.");
         last_return_code_ = kNoHeader;
@@ -343,10 +369,13 @@ bool KtcClient::ReadPayload(ClientBase& transport, std::size_t length, Reply& re
     QUARN_LOG(log_lib::kWarning, "KtcClient::QueryCommand, warning, nPayLoadLen too large:%d",
               static_cast<int>(length));
   }
+  const std::size_t limit = std::min(length, limits_.largest_payload);
   std::size_t filled = 0;
-  while (filled < length) {
+  std::size_t counted = 0;  // of them before `window`
+  auto window = Clock::now();
+  while (filled < limit) {
     if (filled == reply.payload.size()) {
-      reply.payload.resize(filled + std::min(length - filled, kPayloadBlock));
+      reply.payload.resize(filled + std::min(limit - filled, kPayloadBlock));
     }
     const std::span<std::uint8_t> missing = std::span(reply.payload).subspan(filled);
     const int received = transport.Receive(missing.data(), static_cast<std::uint32_t>(missing.size()), 0);
@@ -355,6 +384,21 @@ bool KtcClient::ReadPayload(ClientBase& transport, std::size_t length, Reply& re
       return false;
     }
     filled += static_cast<std::size_t>(received);
+    if (const auto now = Clock::now(); filled < limit && now - window >= limits_.least_bytes_time) {
+      if (filled - counted < limits_.least_bytes) {
+        QUARN_LOG(log_lib::kWarning, "the sensor's reply comes too slowly, %u of %u bytes.",
+                  static_cast<unsigned>(filled), static_cast<unsigned>(length));
+        last_return_code_ = kNoPayload;
+        return false;
+      }
+      counted = filled;
+      window = now;
+    }
+  }
+  if (filled < length) {
+    QUARN_LOG(log_lib::kWarning, "the sensor's reply is too large, %u bytes.", static_cast<unsigned>(length));
+    last_return_code_ = kNoPayload;
+    return false;
   }
   return true;
 }
@@ -373,8 +417,8 @@ void KtcClient::SetCurrentTimeouts(std::uint32_t receive_ms, std::uint32_t send_
 
 int KtcClient::TransferFile(std::span<const std::uint8_t> data, std::uint32_t code, bool extended,
                             std::atomic<std::uint32_t>& progress) {
-  SetCurrentTimeouts(kTransferTimeoutMs, kTransferTimeoutMs);
-  const std::uint8_t cmd = extended ? kExtendedCmd : static_cast<std::uint8_t>(code);
+  SetCurrentTimeouts(Timeouts().transfer_ms, Timeouts().transfer_ms);
+  const std::uint8_t cmd = extended ? kKtcExtensionCmd : static_cast<std::uint8_t>(code);
   std::vector<std::vector<std::uint8_t>> frames;
   parser_.KtcFilestreamSend(data, cmd, frames);
   const int result = SendPieces(frames, code, extended, progress);
@@ -384,7 +428,7 @@ int KtcClient::TransferFile(std::span<const std::uint8_t> data, std::uint32_t co
 
 int KtcClient::SendPieces(std::span<const std::vector<std::uint8_t>> frames, std::uint32_t code,
                           bool extended, std::atomic<std::uint32_t>& progress) {
-  const std::uint8_t cmd = extended ? kExtendedCmd : static_cast<std::uint8_t>(code);
+  const std::uint8_t cmd = extended ? kKtcExtensionCmd : static_cast<std::uint8_t>(code);
   std::vector<std::uint8_t> payload(extended ? sizeof(code) : 0);
   if (extended) {
     StoreBigEndian(payload, 0, code);

@@ -4,14 +4,17 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <thread>
+#include <tl/expected.hpp>
 #include <vector>
 
 #include "libquarn/KtcClient/src/channel_fov.h"
@@ -19,6 +22,18 @@
 #include "libquarn/KtcClient/src/ktc_parser.h"
 
 namespace quarn::lidar {
+
+/// What one exchange takes from a sensor before it fails: a sensor that sends without pause, or without end,
+/// would otherwise hold its client for ever.
+struct KtcLimits {
+  /// How long it may send what nobody asked for, before a request or before its reply.
+  std::chrono::milliseconds longest_noise{5000};
+  /// A payload has to bring at least so many bytes in each such time, counted from its header on.
+  std::size_t least_bytes = 256;
+  std::chrono::milliseconds least_bytes_time{5000};
+  /// Payload bytes that are kept; the largest that a sensor sends are logs of a few MiB.
+  std::size_t largest_payload = std::size_t{64} * 1024 * 1024;
+};
 
 /// Commands one sensor. The connection is made in the background by a thread of the client's own (poll
 /// `IsOpen`), once: a connection that breaks shows as failing exchanges until a new client is made.
@@ -28,15 +43,13 @@ namespace quarn::lidar {
 /// `TransferFileByCmdText` throws. Whoever runs an operation keeps the client alive until it returns.
 class KtcClient {
  public:
-  /// What `LastReturnCode` says besides the sensor's own codes (1 to 255; 0 when the wrong command or the
-  /// wrong identifier came back).
-  static constexpr std::int32_t kNoHeader = -2;   ///< the reply's header did not come, or only noise did
-  static constexpr std::int32_t kNoPayload = -3;  ///< the reply's payload did not come whole
-  static constexpr std::int32_t kNotSent = -4;    ///< the request did not go out whole
-
-  /// How long a sensor may go on sending what nobody asked for, before a request or ahead of its reply, until
-  /// the exchange fails. A sensor that sends without pause would otherwise hold it for ever.
-  static constexpr std::chrono::seconds kLongestNoise{5};
+  /// Why an exchange failed, besides the sensor's own codes (1 to 255).
+  static constexpr std::int32_t kOtherReply =
+      -1;                                        ///< the reply answers another command; 0 in `LastReturnCode`
+  static constexpr std::int32_t kNoHeader = -2;  ///< the reply's header did not come, or only noise did
+  /// The reply's payload did not come whole, came too slowly or is too large.
+  static constexpr std::int32_t kNoPayload = -3;
+  static constexpr std::int32_t kNotSent = -4;  ///< the request did not go out whole
 
   /// `client_type`: 0 plain TCP, 1 TLS; others connect nothing. `protocol_version`: 1 or 2. The paths name
   /// PEM files for TLS. Time-outs of an exchange are milliseconds (0 waits without end); the connection is
@@ -45,7 +58,7 @@ class KtcClient {
   KtcClient(std::string lidar_ip, std::uint16_t lidar_port, bool auto_receive, std::uint32_t client_type,
             std::uint8_t protocol_version, std::string cert_path, std::string private_key_path,
             std::string ca_path, std::uint32_t receive_timeout_ms, std::uint32_t send_timeout_ms,
-            float connect_timeout_s, std::uint16_t local_port);
+            float connect_timeout_s, std::uint16_t local_port, const KtcLimits& limits = {});
 
   /// Interrupts and joins the connect thread; does not wait for time-outs.
   ~KtcClient();
@@ -63,12 +76,13 @@ class KtcClient {
   int QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result, std::uint8_t cmd,
                    bool with_header = false);
 
-  /// The same: nothing on success, else why this exchange failed. `LastReturnCode` may meanwhile tell of
-  /// another thread's. The reply is awaited for `receive_timeout_ms`, or for the client's own time-out when
-  /// that is 0.
-  std::optional<std::int32_t> Query(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result,
-                                    std::uint8_t cmd, bool with_header = false,
-                                    std::uint32_t receive_timeout_ms = 0);
+  /// What an exchange came to: the reply's payload, or why there is none: the sensor's code, or one of those
+  /// above.
+  using Result = tl::expected<std::vector<std::uint8_t>, std::int32_t>;
+
+  /// One exchange. The reply is awaited for `receive_timeout_ms`, or for the client's own time-out when that
+  /// is 0. `LastReturnCode` may meanwhile be another thread's.
+  Result Query(std::span<const std::uint8_t> payload, std::uint8_t cmd, std::uint32_t receive_timeout_ms = 0);
 
   /// Sends `data` as numbered pieces of 1024 bytes, each answered before the next goes out, with time-outs of
   /// a minute: 0, or -1 at the first piece that fails. The command is the low byte of `code`; `extended`
@@ -116,20 +130,28 @@ class KtcClient {
   struct Reply;
 
   // Connect thread.
-  void TryOpen();
-  std::optional<std::string> WaitForLidarIp(Clock::time_point start);
-  void ConnectTransport(ClientBase& transport, const std::string& lidar_ip, Clock::time_point start);
-  void FinishConnect();
-  void Pause();
+  void TryOpen(const std::stop_token& stop);
+  std::optional<std::string> WaitForLidarIp(const std::stop_token& stop, Clock::time_point start);
+  void ConnectTransport(const std::stop_token& stop, ClientBase& transport, const std::string& lidar_ip,
+                        Clock::time_point start);
+  void FinishConnect(const std::stop_token& stop);
+  void Pause(const std::stop_token& stop);
   bool IsConnectTimeOver(Clock::time_point start) const;
 
   std::string LidarIp() const;
   std::shared_ptr<ClientBase> Transport() const;
 
+  tl::expected<void, std::int32_t> Perform(std::span<const std::uint8_t> payload,
+                                           std::vector<std::uint8_t>& result, std::uint8_t cmd,
+                                           bool with_header, std::uint32_t receive_timeout_ms);
+
   // With command_mutex_ held.
+  tl::expected<void, std::int32_t> ExchangeWhole(ClientBase& transport, std::span<const std::uint8_t> payload,
+                                                 std::vector<std::uint8_t>& result, std::uint8_t cmd,
+                                                 bool with_header, std::uint32_t receive_timeout_ms);
   bool Exchange(ClientBase& transport, std::span<const std::uint8_t> payload, std::uint8_t cmd,
                 std::uint32_t receive_timeout_ms, Reply& reply);
-  bool DrainStaleInput(ClientBase& transport);
+  bool DrainStaleInput(ClientBase& transport, Reply& reply);
   bool SendRequest(ClientBase& transport, std::span<const std::uint8_t> frame);
   bool ReadHeader(ClientBase& transport, Reply& reply);
   bool CheckHeader(const Reply& reply, std::uint8_t cmd);
@@ -145,7 +167,6 @@ class KtcClient {
   // Self-synchronised.
   std::atomic<std::uint32_t> serial_fast_baud_rate_{3125000};
   const std::uint32_t serial_default_baud_rate_ = 115200;
-  std::atomic<bool> running_{true};
   std::atomic<std::int32_t> last_return_code_{0};
 
   std::mutex command_mutex_;  // held for the whole of an exchange
@@ -162,14 +183,15 @@ class KtcClient {
   const std::uint32_t configured_receive_timeout_ms_;
   const std::uint32_t configured_send_timeout_ms_;
   const float connect_timeout_s_;
+  const KtcLimits limits_;
 
   // Guarded by command_mutex_: what the transport was last given.
   std::uint32_t current_receive_timeout_ms_;
   std::uint32_t current_send_timeout_ms_;
 
-  // Guarded by state_mutex_; wake_ tells that running_ was cleared.
+  // Guarded by state_mutex_.
   mutable std::mutex state_mutex_;
-  std::condition_variable wake_;
+  std::condition_variable_any stopped_;  // only the stop of the connect thread wakes it
   std::string lidar_ip_;
   std::shared_ptr<ClientBase> transport_;
 
@@ -178,7 +200,7 @@ class KtcClient {
   std::function<void(const std::string&)> log_callback_;
   std::function<bool()> log_wanted_;
 
-  std::thread connect_thread_;  // last: everything stands when it starts
+  std::jthread connect_thread_;  // last: everything else is made before it starts
 };
 
 }  // namespace quarn::lidar

@@ -5,12 +5,6 @@
 #include "libquarn/Platform/src/logger.h"
 
 namespace quarn::lidar {
-namespace {
-
-const char kSourceFile[] = "libquarn/KtcClient/src/socket_transport";
-
-}  // namespace
-
 void SocketTransport::SetPeer(const std::string& ip, std::uint16_t port) {
   lidar_ip_ = ip;
   lidar_port_ = port;
@@ -21,6 +15,18 @@ bool SocketTransport::IsOpenOn(const std::string& ip, std::uint16_t port) const 
 }
 
 bool SocketTransport::TakeSocket(platform::SocketHandle socket) {
+  if (socket == platform::kInvalidSocket) {
+    return false;
+  }
+  if (!HoldSocket(socket)) {
+    ReleaseSocket();
+    return false;
+  }
+  opened_ = true;
+  return true;
+}
+
+bool SocketTransport::HoldSocket(platform::SocketHandle socket) {
   const std::lock_guard lock(handle_mutex_);
   socket_ = socket;
   return !interrupted_;
@@ -38,7 +44,7 @@ void SocketTransport::ReleaseSocket() {
 
 bool SocketTransport::SetReceiveTimeout(std::uint32_t receive_ms) {
   if (!HasSocket()) {
-    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
+    QUARN_LOG_AS(source_file_, log_lib::kWarning, "TcpClient not open");
     return false;
   }
   return platform::SetSocketReceiveTimeout(socket_, receive_ms);
@@ -46,7 +52,7 @@ bool SocketTransport::SetReceiveTimeout(std::uint32_t receive_ms) {
 
 int SocketTransport::SetTimeout(std::uint32_t receive_ms, std::uint32_t send_ms) {
   if (!HasSocket()) {
-    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
+    QUARN_LOG_AS(source_file_, log_lib::kWarning, "TcpClient not open");
     return -1;
   }
   receive_timeout_ms_ = receive_ms;
@@ -58,7 +64,7 @@ int SocketTransport::SetTimeout(std::uint32_t receive_ms, std::uint32_t send_ms)
 
 void SocketTransport::SetReceiveBufferSize(const std::uint32_t& size) {
   if (!HasSocket()) {
-    QUARN_LOG(log_lib::kWarning, "TcpClient not open");
+    QUARN_LOG_AS(source_file_, log_lib::kWarning, "TcpClient not open");
     return;
   }
   receive_buffer_size_ = size;

@@ -11,7 +11,8 @@
 namespace quarn::lidar {
 
 /// What the transports over a TCP socket share: the socket and its settings, the peer, and the interrupt.
-/// The warnings of all settings name the plain transport, so that there is one text to look for.
+/// The settings' warnings say "TcpClient" for either transport, so that there is one text to search the log
+/// for; the source file that they carry tells the two apart.
 class SocketTransport : public ClientBase {
  public:
   bool IsOpened() const override { return opened_; }
@@ -21,16 +22,19 @@ class SocketTransport : public ClientBase {
   void Interrupt() override;
 
  protected:
-  SocketTransport() = default;
+  /// `source_file`: a literal, the file that log lines of the settings name.
+  explicit SocketTransport(const char* source_file) : source_file_(source_file) {}
 
   void SetPeer(const std::string& ip, std::uint16_t port);
   bool IsOpenOn(const std::string& ip, std::uint16_t port) const;
   const std::string& lidar_ip() const { return lidar_ip_; }
   std::uint16_t lidar_port() const { return lidar_port_; }
 
-  /// Makes the transport the socket's owner; its start-up of the socket system comes with it. False after an
-  /// interrupt, which found no socket to shut down.
+  /// Takes a connected socket over, with its start-up of the socket system, and marks the transport open.
+  /// False if there is none (kInvalidSocket), or after an interrupt; the transport is closed then.
   bool TakeSocket(platform::SocketHandle socket);
+  /// The same without marking it open: the handshake is still to come.
+  bool HoldSocket(platform::SocketHandle socket);
   /// Marks the transport closed; closes the socket, if there is one, and pairs its start-up.
   void ReleaseSocket();
   platform::SocketHandle socket() const { return socket_; }
@@ -41,6 +45,8 @@ class SocketTransport : public ClientBase {
 
  private:
   bool HasSocket() const { return socket_ != platform::kInvalidSocket; }
+
+  const char* const source_file_;
 
   // Used by the thread that holds the transport.
   std::string lidar_ip_;

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <iostream>
 
-#include "libquarn/KtcClient/src/connecting.h"
+#include "libquarn/KtcClient/src/tcp_connect.h"
 #include "libquarn/Platform/src/logger.h"
 
 namespace quarn::lidar {
@@ -16,7 +16,18 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::microseconds kSlowReceive{1'000'000};
 
+void LogFailedConnect(int error) {
+  if (error == EINPROGRESS) {
+    QUARN_LOG(log_lib::kWarning, "connect lidar time out");
+  } else if (error != EWOULDBLOCK) {
+    QUARN_LOG(log_lib::kError, "connect failed %d", error);
+  }
+  QUARN_LOG(log_lib::kError, "connect lidar fail errno %d", error);
+}
+
 }  // namespace
+
+TcpClient::TcpClient() : SocketTransport(kSourceFile) {}
 
 TcpClient::~TcpClient() {
   ReleaseSocket();
@@ -41,79 +52,52 @@ bool TcpClient::TryOpen(std::uint16_t local_port, const std::string& ip, std::ui
   }
   Close();
   SetPeer(ip, port);
-  if (!platform::StartUpSockets()) {
-    QUARN_LOG(log_lib::kError, "Initilize winsock error !");
-    return false;
-  }
-  if (!CreateSocket()) {
-    return false;
-  }
-  if (local_port != 0 && !platform::BindPort(socket(), local_port)) {
+  const ConnectOutcome outcome =
+      ConnectTcp({.ip = ip, .port = port, .local_port = local_port, .timeout_s = timeout_s}, interrupted());
+  if (!outcome.is_local_port) {
     QUARN_LOG(log_lib::kError, "Failed to bind local port, system will auto assign one");
   }
-  if (!platform::IsIpV4(ip)) {
-    Close();
-    QUARN_LOG(log_lib::kError, "TryOpen inet_pton error:%s", ip.c_str());
-    return false;
+  switch (outcome.result) {
+    case ConnectResult::kNoSocketSystem:
+      QUARN_LOG(log_lib::kError, "Initilize winsock error !");
+      break;
+    case ConnectResult::kBadAddress:
+      QUARN_LOG(log_lib::kError, "TryOpen inet_pton error:%s", ip.c_str());
+      break;
+    case ConnectResult::kNotStarted:
+      QUARN_LOG(log_lib::kError, "socket Connection error.");
+      break;
+    default:
+      break;
   }
-  if (StartConnecting(socket(), lidar_ip(), lidar_port()) != 0) {
-    QUARN_LOG(log_lib::kError, "socket Connection error.");
-    Close();
-    return false;
-  }
-  if (!WaitConnected(socket(), timeout_s, interrupted()) || platform::PendingSocketError(socket()) != 0) {
-    Close();
+  if (!TakeSocket(outcome.socket)) {
     return false;
   }
   QUARN_LOG(log_lib::kProgress, "TryOpen succeed, IP %s port %u", ip.c_str(), unsigned{port});
-  platform::SetNonBlocking(socket(), false);
-  MarkOpened();
   return true;
 }
 
-// Blocks as long as the system tries, but in slices: an interrupt must not wait for the system.
 bool TcpClient::PlainOpen() {
-  if (!platform::StartUpSockets()) {
-    std::cerr << "Initilize winsock error !" << std::endl;
+  const ConnectOutcome outcome = ConnectTcp({.ip = lidar_ip(), .port = lidar_port()}, interrupted());
+  switch (outcome.result) {
+    case ConnectResult::kNoSocketSystem:
+      std::cerr << "Initilize winsock error !" << std::endl;
+      break;
+    case ConnectResult::kBadAddress:
+      QUARN_LOG(log_lib::kError, "Open inet_pton error:%s", lidar_ip().c_str());
+      break;
+    case ConnectResult::kNotStarted:
+    case ConnectResult::kFailed:
+    case ConnectResult::kWaitFailed:
+      LogFailedConnect(outcome.error);
+      break;
+    default:
+      break;
+  }
+  if (!TakeSocket(outcome.socket)) {
     return false;
   }
-  if (!CreateSocket()) {
-    return false;
-  }
-  if (!platform::IsIpV4(lidar_ip())) {
-    Close();
-    QUARN_LOG(log_lib::kError, "Open inet_pton error:%s", lidar_ip().c_str());
-    return false;
-  }
-  int error = StartConnecting(socket(), lidar_ip(), lidar_port());
-  if (error == 0) {
-    error = WaitConnected(socket(), std::nullopt, interrupted()) ? platform::PendingSocketError(socket())
-                                                                 : EINPROGRESS;
-  }
-  if (error != 0) {
-    if (error == EINPROGRESS) {
-      QUARN_LOG(log_lib::kWarning, "connect lidar time out");
-    } else if (error != EWOULDBLOCK) {
-      QUARN_LOG(log_lib::kError, "connect failed %d", error);
-    }
-    Close();
-    QUARN_LOG(log_lib::kError, "connect lidar fail errno %d", error);
-    return false;
-  }
-  platform::SetNonBlocking(socket(), false);
   QUARN_LOG(log_lib::kProgress, " succeed, IP %s port %u", lidar_ip().c_str(), unsigned{lidar_port()});
-  MarkOpened();
-  return true;
-}
-
-// Pairs the start-up that the caller made: a failure cleans it up.
-bool TcpClient::CreateSocket() {
-  const platform::SocketHandle created = platform::CreateTcpSocket();
-  if (created == platform::kInvalidSocket) {
-    platform::CleanUpSockets();
-    return false;
-  }
-  TakeSocket(created);
   return true;
 }
 

@@ -10,10 +10,10 @@ namespace quarn::lidar {
 /// The flags value that makes `Receive` a single read that does not wait.
 inline constexpr int kReceiveWithoutWaiting = 255;
 
-/// Plain TCP over IP version 4. The paths and the automatic receive of an open are ignored.
+/// Plain TCP over IP version 4. An open ignores the paths and the automatic receive.
 class TcpClient : public SocketTransport {
  public:
-  TcpClient() = default;
+  TcpClient();
   ~TcpClient() override;
 
   /// True at once when already open on the same address and port; otherwise reconnects.
@@ -28,8 +28,8 @@ class TcpClient : public SocketTransport {
   int Receive(std::uint8_t* buffer, std::uint32_t length, int flags) override;
 
  private:
+  /// Connects to the last address, for as long as the system tries.
   bool PlainOpen();
-  bool CreateSocket();
   int ReceiveOnce(std::uint8_t* buffer, std::uint32_t length, int flags);
 };
 

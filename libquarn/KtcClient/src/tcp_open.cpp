@@ -1,100 +1,84 @@
 #include "libquarn/KtcClient/src/tcp_open.h"
 
-#include <optional>
-#include <string>
 #include <system_error>
 
-#include "libquarn/KtcClient/src/connecting.h"
+#include "libquarn/KtcClient/src/tcp_connect.h"
 #include "libquarn/Platform/src/logger.h"
-#include "libquarn/Platform/src/socket.h"
 
 namespace quarn::lidar {
 namespace {
 
-// The lines below are part of the TLS transport's log, whichever file writes them.
-const char kSourceFile[] = "libquarn/KtcClient/src/tcp_ssl_client";
+// The TLS transport's lines carry its name, whichever file writes them.
+const char kTransport[] = "libquarn/KtcClient/src/tcp_ssl_client";
+
+constexpr int kFailed = -1;
 
 const std::atomic<bool> kNeverInterrupted{false};
 
-void GiveUp(platform::SocketHandle socket) {
-  platform::CloseSocket(socket);
-  platform::CleanUpSockets();
+const std::atomic<bool>& OrNever(const std::atomic<bool>* interrupted) {
+  return interrupted != nullptr ? *interrupted : kNeverInterrupted;
 }
 
 void LogError(const char* what, int error) {
-  QUARN_LOG(log_lib::kError, "%s errno:%d, %s", what, error, std::system_category().message(error).c_str());
+  QUARN_LOG_AS(kTransport, log_lib::kError, "%s errno:%d, %s", what, error,
+               std::system_category().message(error).c_str());
 }
 
 }  // namespace
 
-// Blocks as long as the system tries, but in slices: an interrupt must not wait for the system.
 int tcp_open(const char* ip, int port, const std::atomic<bool>* interrupted) {
-  const std::atomic<bool>& stop = interrupted != nullptr ? *interrupted : kNeverInterrupted;
   if (!platform::StartUpSockets()) {
-    QUARN_LOG(log_lib::kError, "Initilize winsock error !");
+    QUARN_LOG_AS(kTransport, log_lib::kError, "Initilize winsock error !");
     return 0;
   }
-  QUARN_LOG(log_lib::kProgress, "ip:%s port:%d", ip, port);
-  const platform::SocketHandle socket = platform::CreateTcpSocket();
-  if (socket == platform::kInvalidSocket) {
-    LogError("socket", platform::LastSocketError());
-    platform::CleanUpSockets();
-    return -1;
+  QUARN_LOG_AS(kTransport, log_lib::kProgress, "ip:%s port:%d", ip, port);
+  const ConnectOutcome outcome =
+      ConnectTcp({.ip = ip, .port = static_cast<std::uint16_t>(port)}, OrNever(interrupted));
+  platform::CleanUpSockets();  // a connected socket comes with a start-up of its own
+  switch (outcome.result) {
+    case ConnectResult::kConnected:
+      return static_cast<int>(outcome.socket);
+    case ConnectResult::kNoSocket:
+      LogError("socket", outcome.error);
+      return kFailed;
+    case ConnectResult::kBadAddress:
+      QUARN_LOG_AS(kTransport, log_lib::kError, "tcp_open inet_pton error:%s", ip);
+      return kFailed;
+    case ConnectResult::kNotStarted:
+    case ConnectResult::kFailed:
+    case ConnectResult::kWaitFailed:
+      LogError("connect", outcome.error);
+      return kFailed;
+    default:
+      return kFailed;
   }
-  if (!platform::IsIpV4(ip)) {
-    GiveUp(socket);
-    QUARN_LOG(log_lib::kError, "tcp_open inet_pton error:%s", ip);
-    return -1;
-  }
-  int error = StartConnecting(socket, ip, static_cast<std::uint16_t>(port));
-  if (error == 0 && WaitConnected(socket, std::nullopt, stop)) {
-    error = platform::PendingSocketError(socket);
-  }
-  if (error != 0 || stop) {
-    if (error != 0) {
-      LogError("connect", error);
-    }
-    GiveUp(socket);
-    return -1;
-  }
-  platform::SetNonBlocking(socket, false);
-  return static_cast<int>(socket);
 }
 
 int tcp_try_open(std::uint16_t local_port, const char* ip, int port, std::uint32_t timeout_s,
                  const std::atomic<bool>* interrupted) {
-  if (!platform::StartUpSockets()) {
-    QUARN_LOG(log_lib::kError, "Initilize winsock error !");
-    return -1;
+  const ConnectOutcome outcome = ConnectTcp(
+      {.ip = ip, .port = static_cast<std::uint16_t>(port), .local_port = local_port, .timeout_s = timeout_s},
+      OrNever(interrupted));
+  if (!outcome.is_local_port) {
+    QUARN_LOG_AS(kTransport, log_lib::kError, "Failed to bind local port, system will auto assign one");
   }
-  const platform::SocketHandle socket = platform::CreateTcpSocket();
-  if (socket == platform::kInvalidSocket) {
-    platform::CleanUpSockets();
-    return -1;
+  switch (outcome.result) {
+    case ConnectResult::kConnected:
+      return static_cast<int>(outcome.socket);
+    case ConnectResult::kNoSocketSystem:
+      QUARN_LOG_AS(kTransport, log_lib::kError, "Initilize winsock error !");
+      return kFailed;
+    case ConnectResult::kBadAddress:
+      QUARN_LOG_AS(kTransport, log_lib::kError, "tcp_try_open inet_pton error:%s", ip);
+      return kFailed;
+    case ConnectResult::kNotStarted:
+      QUARN_LOG_AS(kTransport, log_lib::kError, "socket Connection error.");
+      return kFailed;
+    case ConnectResult::kFailed:
+      return 0;
+    default:
+      return kFailed;
   }
-  if (local_port != 0 && !platform::BindPort(socket, local_port)) {
-    QUARN_LOG(log_lib::kError, "Failed to bind local port, system will auto assign one");
-  }
-  if (!platform::IsIpV4(ip)) {
-    GiveUp(socket);
-    QUARN_LOG(log_lib::kError, "tcp_try_open inet_pton error:%s", ip);
-    return -1;
-  }
-  if (StartConnecting(socket, ip, static_cast<std::uint16_t>(port)) != 0) {
-    QUARN_LOG(log_lib::kError, "socket Connection error.");
-    GiveUp(socket);
-    return -1;
-  }
-  if (!WaitConnected(socket, timeout_s, interrupted != nullptr ? *interrupted : kNeverInterrupted)) {
-    GiveUp(socket);
-    return -1;
-  }
-  if (platform::PendingSocketError(socket) != 0) {
-    GiveUp(socket);
-    return 0;
-  }
-  platform::SetNonBlocking(socket, false);
-  return static_cast<int>(socket);
 }
 
 }  // namespace quarn::lidar

@@ -27,6 +27,8 @@ int PrintError(const char* text, std::size_t size, void* /*data*/) {
 
 }  // namespace
 
+TcpSslClient::TcpSslClient() : SocketTransport(kSourceFile) {}
+
 TcpSslClient::~TcpSslClient() {
   TcpSslClient::Close();
 }
@@ -59,7 +61,8 @@ bool TcpSslClient::TryOpen(std::uint16_t local_port, const std::string& ip, std:
   if (!CreateContext(cert_, private_key_, ca_)) {
     return false;
   }
-  return GoOn(tcp_try_open(local_port, lidar_ip().c_str(), lidar_port(), timeout_s, &interrupted()));
+  return OnTcpConnected(
+      tcp_try_open(local_port, lidar_ip().c_str(), lidar_port(), timeout_s, &interrupted()));
 }
 
 bool TcpSslClient::PlainOpen() {
@@ -67,15 +70,15 @@ bool TcpSslClient::PlainOpen() {
     QUARN_LOG(log_lib::kError, "create SSL_CTX failed");
     return false;
   }
-  return GoOn(tcp_open(lidar_ip().c_str(), lidar_port(), &interrupted()));
+  return OnTcpConnected(tcp_open(lidar_ip().c_str(), lidar_port(), &interrupted()));
 }
 
-// The road over TLS is closed on purpose: a sensor that answers is left again before a byte of a handshake
-// reaches it, and the user is told. Without a connection the session fails as it does on a dead socket.
-bool TcpSslClient::GoOn(int connected) {
+// Sensors accept no TLS session from this tool: one that answers is left before a byte of a handshake
+// reaches it, and the log says so. Without a connection the handshake fails as it does on a dead socket.
+bool TcpSslClient::OnTcpConnected(int connected) {
   if (connected != -1) {
     // 0 is no socket but a failure that was cleaned up already.
-    TakeSocket(connected == 0 ? platform::kInvalidSocket : connected);
+    HoldSocket(connected == 0 ? platform::kInvalidSocket : connected);
     QUARN_LOG(log_lib::kError, "Connect to Server Failed!~!~");
     Close();
     return false;
@@ -89,7 +92,7 @@ bool TcpSslClient::CreateContext(const char* cert, const char* private_key, cons
 }
 
 bool TcpSslClient::StartSession(platform::SocketHandle connected) {
-  if (!TakeSocket(connected)) {
+  if (!HoldSocket(connected)) {
     Close();
     return false;
   }

@@ -15,10 +15,10 @@ namespace quarn::lidar {
 /// the files again. See InitSslClient for what they do.
 class TcpSslClient : public SocketTransport {
  public:
-  TcpSslClient() = default;
+  TcpSslClient();
   ~TcpSslClient() override;
 
-  /// Neither open goes on from a TCP connection that stands: see the note in the source.
+  /// Either open gives up once the TCP connection is established: see the note in the source.
   bool Open(const std::string& ip, std::uint16_t port, bool auto_receive, const char* cert,
             const char* private_key, const char* ca) override;
   bool TryOpen(std::uint16_t local_port, const std::string& ip, std::uint16_t port, bool auto_receive,
@@ -38,7 +38,7 @@ class TcpSslClient : public SocketTransport {
 
  private:
   bool PlainOpen();
-  bool GoOn(int connected);
+  bool OnTcpConnected(int connected);
   int ReceiveAll(std::uint8_t* buffer, std::uint32_t length);
 
   // Used by the thread that holds the transport.

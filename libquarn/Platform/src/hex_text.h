@@ -6,8 +6,7 @@
 
 namespace quarn::lidar {
 
-/// Every byte as two lower-case digits and one blank, so that the text of a non-empty input ends in a blank.
-/// Allocates once.
+/// Every byte as two lower-case digits and one space: the text of a non-empty input ends in a space.
 std::string HexLine(std::span<const std::uint8_t> bytes);
 
 }  // namespace quarn::lidar

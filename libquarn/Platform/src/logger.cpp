@@ -49,6 +49,10 @@ std::string OneLine(const std::string& text) {
   return line;
 }
 
+std::string Place(const char* file, int line, const char* function) {
+  return std::string(file) + (line > 0 ? ":" + std::to_string(line) : "") + " " + function + " ";
+}
+
 }  // namespace
 
 struct Logger::State {
@@ -80,7 +84,7 @@ bool Logger::Start(const std::string& path) {
     auto file = std::make_shared<spdlog::async_logger>("varkel", std::move(sink), writer,
                                                        spdlog::async_overflow_policy::overrun_oldest);
     file->set_level(spdlog::level::debug);
-    file->set_pattern("%Y-%m-%d %H:%M:%S.%e %l %g:%# %! %v");
+    file->set_pattern("%Y-%m-%d %H:%M:%S.%e %l %v");
     // The flush runs on the writer thread: a crash loses timing lines at most.
     file->flush_on(spdlog::level::info);
     file->set_error_handler([](const std::string&) {});
@@ -146,7 +150,7 @@ void Logger::Deliver(int level, const char* file, int line, const char* function
     tap = state_->tap;
   }
   if (log) {
-    log->log(spdlog::source_loc{file, line, function}, ToSpdlog(level), "{}", OneLine(text));
+    log->log(ToSpdlog(level), "{}{}", Place(file, line, function), OneLine(text));
   }
   if (tap) {
     (*tap)(level, text);

@@ -33,8 +33,8 @@ class Logger {
   /// Also hands every formatted message to `tap`, on the caller's thread; an empty function removes it.
   void SetTap(std::function<void(int level, const std::string& text)> tap);
 
-  /// `file` is the source path within the project, `format` is printf's. `file` and `function` are read by
-  /// the writer thread later: they must be literals.
+  /// `file` is the source path within the project, `line` is 0 if the message carries another file's name,
+  /// `format` is printf's. Takes a copy of everything before it returns.
   void AddToQueue(int level, const char* file, int line, const char* function, const char* format, ...)
       LOG_LIB_PRINTF(6, 7);
 
@@ -48,6 +48,11 @@ class Logger {
 };
 
 }  // namespace log_lib
+
+/// Logs under the name of another source file, without a line: what belongs to one component is found under
+/// its name, whichever file writes it.
+#define QUARN_LOG_AS(file, level, ...) \
+  log_lib::Logger::GetInstance().AddToQueue((level), (file), 0, __func__, __VA_ARGS__)
 
 /// Logs from a source file that defines `kSourceFile`, its path within the project.
 #define QUARN_LOG(level, ...) \

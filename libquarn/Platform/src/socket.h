@@ -33,11 +33,6 @@ void CloseSocket(SocketHandle socket);
 /// Ends both directions; a thread blocked in ReceiveBytes or SendBytes on the socket returns.
 void ShutdownSocket(SocketHandle socket);
 
-/// True when `ip` is dotted IP version 4 text.
-bool IsIpV4(const std::string& ip);
-/// The address of dotted IP version 4 text, in network order.
-std::optional<std::uint32_t> ParseIpV4(const std::string& ip);
-
 /// Binds to a local port of any address.
 bool BindPort(SocketHandle socket, std::uint16_t port);
 /// Binds a datagram socket to a port of `local_ip` (empty: any address), so that it also receives what is
@@ -55,7 +50,7 @@ bool AllowAddressReuse(SocketHandle socket);
 /// The port that the socket is bound to, 0 when there is none.
 std::uint16_t LocalPort(SocketHandle socket);
 
-/// Starts a connection to an address that IsIpV4 accepted: 0 or -1, then LastSocketError tells.
+/// Starts a connection to IP version 4 text: 0, or -1 with the reason in LastSocketError.
 int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port);
 
 /// Waits until the socket is writable (or has failed: PendingSocketError tells). 1: writable, 0: time-out,

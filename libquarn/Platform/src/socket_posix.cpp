@@ -1,6 +1,5 @@
 #include "libquarn/Platform/src/socket.h"
 
-#include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -9,9 +8,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <chrono>
 #include <limits>
+
+#include "libquarn/Platform/src/ipv4.h"
 
 namespace quarn::platform {
 namespace {
@@ -29,8 +31,8 @@ sockaddr_in MakeAddress(in_addr ip, std::uint16_t port) {
 }
 
 std::optional<in_addr> ParseAddress(const std::string& ip) {
-  in_addr parsed{};
-  return inet_pton(AF_INET, ip.c_str(), &parsed) == 1 ? std::optional(parsed) : std::nullopt;
+  const std::optional<lidar::Ipv4> parsed = lidar::ParseIpv4(ip);
+  return parsed ? std::optional(std::bit_cast<in_addr>(*parsed)) : std::nullopt;
 }
 
 // Empty text stands for any address.
@@ -77,6 +79,19 @@ int WaitFor(SocketHandle socket, short events, std::chrono::microseconds timeout
   }
 }
 
+// What is left of the socket's receive time-out; negative if it waits without end.
+std::chrono::microseconds ReceiveTimeLeft(SocketHandle socket, std::chrono::steady_clock::time_point start) {
+  timeval timeout{};
+  socklen_t size = sizeof(timeout);
+  if (getsockopt(Descriptor(socket), SOL_SOCKET, SO_RCVTIMEO, &timeout, &size) != 0 ||
+      (timeout.tv_sec == 0 && timeout.tv_usec == 0)) {
+    return std::chrono::microseconds(-1);
+  }
+  const auto end = start + std::chrono::seconds(timeout.tv_sec) + std::chrono::microseconds(timeout.tv_usec);
+  return std::max(std::chrono::ceil<std::chrono::microseconds>(end - std::chrono::steady_clock::now()),
+                  std::chrono::microseconds(0));
+}
+
 std::size_t ClampToInt(std::size_t size) {
   return std::min(size, static_cast<std::size_t>(std::numeric_limits<int>::max()));
 }
@@ -103,15 +118,6 @@ void CloseSocket(SocketHandle socket) {
 
 void ShutdownSocket(SocketHandle socket) {
   shutdown(Descriptor(socket), SHUT_RDWR);
-}
-
-bool IsIpV4(const std::string& ip) {
-  return ParseAddress(ip).has_value();
-}
-
-std::optional<std::uint32_t> ParseIpV4(const std::string& ip) {
-  const std::optional<in_addr> parsed = ParseAddress(ip);
-  return parsed ? std::optional(parsed->s_addr) : std::nullopt;
 }
 
 bool BindPort(SocketHandle socket, std::uint16_t port) {
@@ -174,12 +180,12 @@ std::uint16_t LocalPort(SocketHandle socket) {
 }
 
 int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port) {
-  in_addr parsed{};
-  if (inet_pton(AF_INET, ip.c_str(), &parsed) != 1) {
+  const std::optional<in_addr> parsed = ParseAddress(ip);
+  if (!parsed) {
     errno = EINVAL;
     return -1;
   }
-  const sockaddr_in address = MakeAddress(parsed, port);
+  const sockaddr_in address = MakeAddress(*parsed, port);
   return connect(Descriptor(socket), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
 }
 
@@ -241,11 +247,19 @@ int SendBytes(SocketHandle socket, std::span<const std::uint8_t> bytes, int flag
 }
 
 int ReceiveBytes(SocketHandle socket, std::span<std::uint8_t> buffer, int flags) {
-  // A socket with a time-out is never restarted by the system: a signal must not pass for a lost reply.
-  ssize_t received = -1;
-  do {
-    received = recv(Descriptor(socket), buffer.data(), ClampToInt(buffer.size()), flags);
-  } while (received < 0 && errno == EINTR);
+  const auto receive = [&](int more_flags) {
+    return recv(Descriptor(socket), buffer.data(), ClampToInt(buffer.size()), flags | more_flags);
+  };
+  const auto start = std::chrono::steady_clock::now();
+  ssize_t received = receive(0);
+  if (received < 0 && errno == EINTR) {
+    // A signal must not pass for a lost reply, and repeated ones must not prolong the socket's time-out.
+    const int ready = WaitFor(socket, POLLIN, ReceiveTimeLeft(socket, start));
+    if (ready == 0) {
+      errno = EAGAIN;
+    }
+    received = ready > 0 ? receive(MSG_DONTWAIT) : -1;
+  }
   return static_cast<int>(received);
 }
 
@@ -281,8 +295,8 @@ bool IsTimedOut(int socket_error) {
 
 std::unique_ptr<TcpListener> TcpListener::Listen(const std::string& address, std::uint16_t port,
                                                  int backlog) {
-  in_addr parsed{};
-  if (inet_pton(AF_INET, address.c_str(), &parsed) != 1) {
+  const std::optional<in_addr> parsed = ParseAddress(address);
+  if (!parsed) {
     return nullptr;
   }
   const SocketHandle socket = CreateTcpSocket();
@@ -291,7 +305,7 @@ std::unique_ptr<TcpListener> TcpListener::Listen(const std::string& address, std
   }
   // Owned from here on, so that every failure below closes the socket.
   std::unique_ptr<TcpListener> listener(new TcpListener(socket, port));
-  sockaddr_in local = MakeAddress(parsed, port);
+  sockaddr_in local = MakeAddress(*parsed, port);
   socklen_t size = sizeof(local);
   SetOption(socket, SO_REUSEADDR, 1);
   if (bind(Descriptor(socket), reinterpret_cast<const sockaddr*>(&local), sizeof(local)) != 0 ||

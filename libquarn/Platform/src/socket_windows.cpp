@@ -7,7 +7,10 @@
 #include "libquarn/Platform/src/socket.h"
 
 #include <algorithm>
+#include <bit>
 #include <limits>
+
+#include "libquarn/Platform/src/ipv4.h"
 
 namespace quarn::platform {
 namespace {
@@ -34,8 +37,8 @@ in_addr AnyAddress() {
 }
 
 std::optional<in_addr> ParseAddress(const std::string& ip) {
-  in_addr parsed{};
-  return inet_pton(AF_INET, ip.c_str(), &parsed) == 1 ? std::optional(parsed) : std::nullopt;
+  const std::optional<lidar::Ipv4> parsed = lidar::ParseIpv4(ip);
+  return parsed ? std::optional(std::bit_cast<in_addr>(*parsed)) : std::nullopt;
 }
 
 // Empty text stands for any address.
@@ -106,15 +109,6 @@ void ShutdownSocket(SocketHandle socket) {
   CancelIoEx(reinterpret_cast<HANDLE>(Native(socket)), nullptr);
 }
 
-bool IsIpV4(const std::string& ip) {
-  return ParseAddress(ip).has_value();
-}
-
-std::optional<std::uint32_t> ParseIpV4(const std::string& ip) {
-  const std::optional<in_addr> parsed = ParseAddress(ip);
-  return parsed ? std::optional<std::uint32_t>(parsed->s_addr) : std::nullopt;
-}
-
 bool BindPort(SocketHandle socket, std::uint16_t port) {
   const sockaddr_in address = MakeAddress(AnyAddress(), port);
   return bind(Native(socket), reinterpret_cast<const sockaddr*>(&address),
@@ -172,12 +166,12 @@ std::uint16_t LocalPort(SocketHandle socket) {
 }
 
 int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port) {
-  in_addr parsed{};
-  if (inet_pton(AF_INET, ip.c_str(), &parsed) != 1) {
+  const std::optional<in_addr> parsed = ParseAddress(ip);
+  if (!parsed) {
     WSASetLastError(WSAEINVAL);
     return -1;
   }
-  const sockaddr_in address = MakeAddress(parsed, port);
+  const sockaddr_in address = MakeAddress(*parsed, port);
   return connect(Native(socket), reinterpret_cast<const sockaddr*>(&address),
                  static_cast<int>(sizeof(address))) == 0
              ? 0
@@ -282,16 +276,15 @@ std::unique_ptr<TcpListener> TcpListener::Listen(const std::string& address, std
   if (!StartUpSockets()) {
     return nullptr;
   }
-  in_addr parsed{};
-  const SocketHandle socket =
-      inet_pton(AF_INET, address.c_str(), &parsed) == 1 ? CreateTcpSocket() : kInvalidSocket;
+  const std::optional<in_addr> parsed = ParseAddress(address);
+  const SocketHandle socket = parsed ? CreateTcpSocket() : kInvalidSocket;
   if (socket == kInvalidSocket) {
     CleanUpSockets();
     return nullptr;
   }
   // Owned from here on, so that every failure below closes the socket and pairs the start-up.
   std::unique_ptr<TcpListener> listener(new TcpListener(socket, port));
-  sockaddr_in local = MakeAddress(parsed, port);
+  sockaddr_in local = MakeAddress(*parsed, port);
   int size = static_cast<int>(sizeof(local));
   // Address reuse would let a second program take the port over here; this keeps it to one.
   SetOption(socket, SO_EXCLUSIVEADDRUSE, BOOL{TRUE});

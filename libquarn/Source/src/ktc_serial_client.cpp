@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/Platform/src/byte_order.h"
 
 namespace quarn::lidar {
@@ -19,7 +20,8 @@ int KtcSerialClient::QueryFrame(std::uint8_t code, std::span<const std::uint8_t>
 int KtcSerialClient::ExchangeOta(std::uint32_t first, std::uint32_t second,
                                  std::span<const std::uint8_t> data, std::uint8_t type, OtaReply& reply) {
   std::vector<std::uint8_t> frame;
-  const int result = Tunnel(ReplyKind::kOta, EncodeOtaFrame(type, first, second, data), kOtaTimeoutMs, frame);
+  const int result =
+      Tunnel(ReplyKind::kOta, EncodeOtaFrame(type, first, second, data), Timeouts().ota_ms, frame);
   if (result == 0) {
     reply = ReadOtaReply(frame);
   }
@@ -33,9 +35,9 @@ int KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint8_t> reques
   }
   std::vector<std::uint8_t> payload(kTunnelPrefix.begin(), kTunnelPrefix.end());
   payload.insert(payload.end(), request.begin(), request.end());
-  std::vector<std::uint8_t> reply;
-  if (const auto failure = client_->Query(payload, reply, kKtcExtensionCmd, false, timeout_ms)) {
-    switch (const std::int32_t code = *failure) {
+  const KtcClient::Result reply = client_->Query(payload, kKtcExtensionCmd, timeout_ms);
+  if (!reply) {
+    switch (const std::int32_t code = reply.error()) {
       case KtcClient::kNotSent:
         return kNotSent;
       case KtcClient::kNoHeader:
@@ -45,12 +47,12 @@ int KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint8_t> reques
         return code > 0 ? code : kWrongReply;
     }
   }
-  if (reply.size() < kTunnelPrefix.size() ||
-      !std::equal(kTunnelPrefix.begin(), kTunnelPrefix.end(), reply.begin())) {
+  if (reply->size() < kTunnelPrefix.size() ||
+      !std::equal(kTunnelPrefix.begin(), kTunnelPrefix.end(), reply->begin())) {
     return kWrongReply;
   }
   const std::span<const std::uint8_t> block =
-      std::span<const std::uint8_t>(reply).subspan(kTunnelPrefix.size());
+      std::span<const std::uint8_t>(*reply).subspan(kTunnelPrefix.size());
   if (!CheckReply(kind, block)) {
     return kWrongReply;
   }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "libquarn/KtcClient/src/ktc_client.h"
+#include "libquarn/KtcClient/src/ktc_commands.h"
 #include "libquarn/Source/src/serial_exchange.h"
 #include "libquarn/Source/src/serial_frame.h"
 
@@ -14,7 +15,7 @@ namespace quarn::lidar {
 
 /// Commands a small sensor whose serial frames travel inside KTC: command 0xFF, the two bytes 00 02, then the
 /// whole frame, in the request as in the reply. Commands wait as long as the KTC client does, firmware frames
-/// `kOtaTimeoutMs`; the client's log callback shows the bytes. Thread-safe.
+/// `SensorTimeouts::ota_ms`; the client's log callback shows the bytes. Thread-safe.
 class KtcSerialClient : public SerialExchange {
  public:
   explicit KtcSerialClient(std::shared_ptr<KtcClient> client) : client_(std::move(client)) {}
@@ -31,11 +32,11 @@ class KtcSerialClient : public SerialExchange {
   const std::shared_ptr<KtcClient> client_;
 };
 
-/// The KTC command for what is behind the sensor's network side, and its payloads.
-inline constexpr std::uint8_t kKtcExtensionCmd = 0xFF;
+/// What the payloads of kKtcExtensionCmd begin with that concern the serial line: a carried frame, and the
+/// query of the line's baud rate.
 inline constexpr std::array<std::uint8_t, 2> kTunnelPrefix = {0x00, 0x02};
 inline constexpr std::array<std::uint8_t, 2> kGetBaudRatePayload = {0x00, 0x01};
-/// Puts the serial line behind the network to that rate.
+/// Sets the serial line's rate, in baud.
 std::vector<std::uint8_t> SetBaudRatePayload(std::uint32_t baud_rate);
 
 /// Whether the payload under this command is a serial frame, as one of KtcSerialClient's is.

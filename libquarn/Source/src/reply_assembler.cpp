@@ -7,6 +7,11 @@ namespace quarn::lidar {
 
 ReplyAssembler::State ReplyAssembler::Add(std::span<const std::uint8_t> piece) {
   if (state_ == State::kIncomplete) {
+    // A reply counts by its checks, even when its tag arrived garbled.
+    if (CheckReply(kind_, piece)) {
+      block_.assign(piece.begin(), piece.end());
+      return state_ = State::kPassed;
+    }
     block_.insert(block_.end(), piece.begin(), piece.end());
     state_ = Judge();
   }
@@ -21,7 +26,7 @@ ReplyAssembler::State ReplyAssembler::Finish() {
 }
 
 ReplyAssembler::State ReplyAssembler::Judge() {
-  // Everything as one block first: a reply counts by its checks, even when its tag arrived garbled.
+  // Everything as one block first: a reply with a garbled tag may come in pieces.
   if (CheckReply(kind_, block_)) {
     return State::kPassed;
   }

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/Source/src/serial_frame.h"
 
 namespace quarn::lidar {
@@ -18,7 +19,7 @@ bool Answers(std::span<const std::uint8_t> body, std::uint8_t request, std::uint
 int SetItem(SerialExchange& exchange, std::uint8_t item, std::uint8_t value, std::uint8_t& answer) {
   const std::array<std::uint8_t, 2> payload = {item, value};
   std::vector<std::uint8_t> body;
-  const int result = exchange.QueryCommand(kSetRequest, payload, body, kCommandTimeoutMs);
+  const int result = exchange.QueryCommand(kSetRequest, payload, body, Timeouts().command_ms);
   if (result != 0) {
     return result;
   }
@@ -31,7 +32,7 @@ int SetItem(SerialExchange& exchange, std::uint8_t item, std::uint8_t value, std
 
 int GetItem(SerialExchange& exchange, std::span<const std::uint8_t> payload, std::size_t min_size,
             std::vector<std::uint8_t>& body) {
-  const int result = exchange.QueryCommand(kGetRequest, payload, body, kCommandTimeoutMs);
+  const int result = exchange.QueryCommand(kGetRequest, payload, body, Timeouts().command_ms);
   if (result != 0) {
     return result;
   }

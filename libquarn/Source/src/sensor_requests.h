@@ -30,9 +30,6 @@ inline constexpr std::uint8_t kVersionItem = 15;        ///< get
 inline constexpr std::size_t kReplyItem = 2;   ///< the item that a reply answers
 inline constexpr std::size_t kReplyValue = 4;  ///< where its contents begin
 
-/// How long a command's reply may take. The user waits for it.
-inline constexpr std::uint32_t kCommandTimeoutMs = 1000;
-
 /// Sets an item; the reply has 5 bytes and `answer` becomes the last. 0, the exchange's code, or
 /// SerialExchange::kWrongReply for any other reply.
 int SetItem(SerialExchange& exchange, std::uint8_t item, std::uint8_t value, std::uint8_t& answer);

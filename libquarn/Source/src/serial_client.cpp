@@ -4,6 +4,7 @@
 #include <chrono>
 #include <utility>
 
+#include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/Platform/src/hex_text.h"
 #include "libquarn/Source/src/reply_assembler.h"
 #include "libquarn/Source/src/serial_source.h"
@@ -51,7 +52,7 @@ int SerialClient::ExchangeOta(std::uint32_t first, std::uint32_t second, std::sp
     return kNotSent;
   }
   std::vector<std::uint8_t> frame;
-  const int result = ReadReply(*commands_, ReplyKind::kOta, kOtaTimeoutMs, frame);
+  const int result = ReadReply(*commands_, ReplyKind::kOta, Timeouts().ota_ms, frame);
   if (result == 0) {
     reply = ReadOtaReply(frame);
   }

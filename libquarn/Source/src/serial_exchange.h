@@ -20,7 +20,6 @@ class SerialExchange {
   static constexpr int kNotSent = -1;      ///< not open, or the request did not go out
   static constexpr int kWrongReply = -2;   ///< what came within the time is no valid reply; also silence
   static constexpr int kNotReceived = -3;  ///< the line broke ahead of the reply
-  static constexpr std::uint32_t kOtaTimeoutMs = 30000;  ///< a sensor erases its flash before it answers
 
   virtual ~SerialExchange() = default;
   SerialExchange(const SerialExchange&) = delete;
@@ -35,7 +34,7 @@ class SerialExchange {
   int QueryCommand(std::uint8_t code, std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& body,
                    std::uint32_t timeout_ms);
 
-  /// Sends a firmware frame and waits up to `kOtaTimeoutMs` for its reply; results as above.
+  /// Sends a firmware frame and waits up to `SensorTimeouts::ota_ms` for its reply; results as above.
   virtual int ExchangeOta(std::uint32_t first, std::uint32_t second, std::span<const std::uint8_t> data,
                           std::uint8_t type, OtaReply& reply) = 0;
 

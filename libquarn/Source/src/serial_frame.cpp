@@ -115,8 +115,7 @@ std::vector<std::uint8_t> EncodeReplyFrame(ReplyKind kind, std::uint8_t code,
 }
 
 bool CheckReply(ReplyKind kind, std::span<const std::uint8_t> block) {
-  if (block.size() < kMinReplySize ||
-      !std::equal(kTrailer.begin(), kTrailer.end(), block.last(kTrailer.size()).begin())) {
+  if (block.size() < kMinReplySize || !EndsInTrailer(block)) {
     return false;
   }
   const std::size_t crc_offset = block.size() - kCrcAndTrailer;
@@ -128,6 +127,11 @@ bool CheckReply(ReplyKind kind, std::span<const std::uint8_t> block) {
   }
   const std::span<const std::uint8_t> body = ReplyBody(block);
   return body[kBodyLength] + kUncountedBody == body.size();
+}
+
+bool EndsInTrailer(std::span<const std::uint8_t> block) {
+  return block.size() >= kTrailer.size() &&
+         std::equal(kTrailer.begin(), kTrailer.end(), block.last(kTrailer.size()).begin());
 }
 
 std::span<const std::uint8_t> ReplyBody(std::span<const std::uint8_t> block) {

@@ -19,8 +19,9 @@ enum class ReplyKind : std::uint8_t {
 };
 
 inline constexpr std::size_t kSerialTagSize = 7;
-/// A reply without anything behind the command code.
+/// A reply without contents, and one with as many as its length byte can count.
 inline constexpr std::size_t kMinReplySize = 19;
+inline constexpr std::size_t kMaxReplySize = kMinReplySize + 255;
 /// One read of a reply takes at most this many bytes.
 inline constexpr std::size_t kMaxReplyBlock = 1500;
 
@@ -50,6 +51,9 @@ std::vector<std::uint8_t> EncodeReplyFrame(ReplyKind kind, std::uint8_t code,
 /// counts exactly what stands behind the command code (a request's counts the command code too). The tag's
 /// bytes are not looked at: a line that garbles the first bytes after a pause still delivers a good reply.
 bool CheckReply(ReplyKind kind, std::span<const std::uint8_t> block);
+
+/// Whether the last bytes are the trailer EE FF.
+bool EndsInTrailer(std::span<const std::uint8_t> block);
 
 /// The body within a block that CheckReply accepted.
 std::span<const std::uint8_t> ReplyBody(std::span<const std::uint8_t> block);

@@ -54,10 +54,14 @@ bool SerialSource::Open() {
   replies_.Open();
   data_.Open();
   if (auto_receive_) {
+    {
+      const std::lock_guard lock(stream_mutex_);
+      work_buffer_.resize(kWorkBuffer);
+      splitter_.Reset();
+    }
     running_ = true;
-    work_buffer_.resize(kWorkBuffer);
-    splitter_.Reset();
-    receive_thread_ = std::thread([this, port = Port()] { ReceiveLoop(*port); });
+    receive_thread_ =
+        std::jthread([this, port = Port()](const std::stop_token& stop) { ReceiveLoop(stop, *port); });
   }
   return true;
 }
@@ -65,6 +69,7 @@ bool SerialSource::Open() {
 void SerialSource::Close() {
   const std::lock_guard lifecycle(lifecycle_mutex_);
   running_ = false;
+  receive_thread_.request_stop();
   if (const auto port = Port()) {
     port->Interrupt();
   }
@@ -73,7 +78,8 @@ void SerialSource::Close() {
   if (receive_thread_.joinable()) {
     receive_thread_.join();
   }
-  const std::lock_guard lock(port_mutex_);
+  // A clearing that is under way ends first: while it held the port, nobody could open it again.
+  const std::scoped_lock lock(stream_mutex_, port_mutex_);
   port_.reset();
 }
 
@@ -139,9 +145,9 @@ int SerialSource::OpenPort(std::uint32_t baud_rate) {
   return 0;
 }
 
-void SerialSource::ReceiveLoop(platform::SerialPort& port) {
+void SerialSource::ReceiveLoop(const std::stop_token& stop, platform::SerialPort& port) {
   bool broken = false;
-  while (running_ && !broken) {
+  while (!stop.stop_requested() && !broken) {
     broken = port.WaitReadable(kWithoutEnd) < 0;
     if (!broken) {
       const std::lock_guard lock(stream_mutex_);
@@ -152,7 +158,7 @@ void SerialSource::ReceiveLoop(platform::SerialPort& port) {
       }
     }
   }
-  // Nobody waits for what can't come any more.
+  // Whoever waits in Receive returns: nothing more will come.
   replies_.Close();
   data_.Close();
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <stop_token>
 #include <string>
 #include <thread>
 #include <vector>
@@ -63,7 +64,7 @@ class SerialSource : public Source {
  private:
   std::shared_ptr<platform::SerialPort> Port() const;
   int OpenPort(std::uint32_t baud_rate);
-  void ReceiveLoop(platform::SerialPort& port);
+  void ReceiveLoop(const std::stop_token& stop, platform::SerialPort& port);
   int ReadLine(platform::SerialPort& port, UdpPacket& packet, std::uint16_t length, int timeout_us);
 
   // Constant.
@@ -74,7 +75,7 @@ class SerialSource : public Source {
   // Self-synchronised.
   std::atomic<std::uint32_t> receive_type_{kDataType};
   std::atomic<bool> auto_receive_{true};
-  std::atomic<bool> running_{false};
+  std::atomic<bool> running_{false};  // the receive thread sorts what comes
   PacketRing replies_;
   PacketRing data_;
 
@@ -88,7 +89,7 @@ class SerialSource : public Source {
   std::shared_ptr<platform::SerialPort> port_;
 
   std::mutex lifecycle_mutex_;  // held for the whole of Open and Close; guards receive_thread_
-  std::thread receive_thread_;
+  std::jthread receive_thread_;
 };
 
 }  // namespace quarn::lidar

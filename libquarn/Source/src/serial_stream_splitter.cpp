@@ -33,6 +33,23 @@ std::size_t UnfinishedTag(std::span<const std::uint8_t> bytes) {
   return 0;
 }
 
+// The reply that ends with the last of the bytes, or nothing: a length byte at its place, then the trailer
+// and the CRC have to fit.
+std::span<const std::uint8_t> UntaggedReplyAtEnd(std::span<const std::uint8_t> bytes) {
+  if (bytes.size() < kMinReplySize || !EndsInTrailer(bytes)) {
+    return {};
+  }
+  const std::size_t longest = std::min(bytes.size(), kMaxReplySize);
+  for (std::size_t size = kMinReplySize; size <= longest; ++size) {
+    const std::span<const std::uint8_t> reply = bytes.last(size);
+    if (ReplySize(reply[kSerialTagSize]) == size &&
+        (CheckReply(ReplyKind::kCommand, reply) || CheckReply(ReplyKind::kOta, reply))) {
+      return reply;
+    }
+  }
+  return {};
+}
+
 }  // namespace
 
 void SerialStreamSplitter::Add(std::span<const std::uint8_t> bytes) {
@@ -49,6 +66,7 @@ void SerialStreamSplitter::Add(std::span<const std::uint8_t> bytes) {
 
 void SerialStreamSplitter::Reset() {
   joined_.clear();
+  recent_.clear();
   reply_left_ = 0;
   length_due_ = false;
 }
@@ -71,13 +89,30 @@ std::span<const std::uint8_t> SerialStreamSplitter::PassData(std::span<const std
   const std::size_t size = found ? tag : bytes.size() - UnfinishedTag(bytes);
   if (size > 0) {
     sinks_.data(bytes.first(size));
+    PassUntaggedReplies(bytes.first(size));
   }
   if (found) {
+    recent_.clear();
     reply_left_ = kThroughLength;
     reply_begins_ = true;
     length_due_ = true;
   }
   return bytes.subspan(size);
+}
+
+void SerialStreamSplitter::PassUntaggedReplies(std::span<const std::uint8_t> data) {
+  const std::size_t seen = recent_.size();
+  recent_.insert(recent_.end(), data.begin(), data.end());
+  std::size_t begin = 0;  // of what no reply has taken yet
+  for (std::size_t end = std::max(seen + 1, kMinReplySize); end <= recent_.size(); ++end) {
+    const auto reply = UntaggedReplyAtEnd(std::span(recent_).subspan(begin, end - begin));
+    if (!reply.empty()) {
+      sinks_.reply(reply, true);
+      begin = end;
+    }
+  }
+  const std::size_t kept = std::min(recent_.size() - begin, kMaxReplySize - 1);
+  recent_.erase(recent_.begin(), recent_.end() - static_cast<std::ptrdiff_t>(kept));
 }
 
 }  // namespace quarn::lidar

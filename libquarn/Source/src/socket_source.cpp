@@ -1,12 +1,14 @@
 #include "libquarn/Source/src/socket_source.h"
 
 #include <algorithm>
+#include <bit>
 #include <chrono>
 #include <optional>
 #include <span>
 #include <system_error>
 #include <utility>
 
+#include "libquarn/Platform/src/ipv4.h"
 #include "libquarn/Platform/src/logger.h"
 
 namespace quarn::lidar {
@@ -122,9 +124,9 @@ bool SocketSource::IsOpened() {
 }
 
 bool SocketSource::SetClient(const std::string& ip, std::uint16_t port) {
-  const std::optional<std::uint32_t> address = platform::ParseIpV4(ip);
+  const std::optional<Ipv4> address = ParseIpv4(ip);
   client_ip_ = address ? ip : "";
-  client_ = {address.value_or(0), port};
+  client_ = {std::bit_cast<std::uint32_t>(address.value_or(Ipv4{})), port};
   return address.has_value();
 }
 

@@ -1,0 +1,54 @@
+#include "VarkelCore/src/actions/console_commands.h"
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#include "VarkelCore/src/catalogue/model_names.h"
+
+namespace varkel {
+
+namespace {
+constexpr std::uint8_t kRestartCommand = 0x10;
+constexpr std::uint8_t kResetCommand = 0x25;
+}  // namespace
+
+ConsoleCommands::ConsoleCommands(const SensorConnection& connection, const Activity& activity,
+                                 const std::atomic<int>& connect_type, UserReport& report, Events events)
+    : connection_(connection),
+      activity_(activity),
+      connect_type_(connect_type),
+      report_(report),
+      events_(std::move(events)),
+      console_(report) {}
+
+void ConsoleCommands::Send(const std::string& command, const std::string& payload) {
+  const auto session = connection_.session();
+  const auto channel = ChooseChannel(session);
+  if (!channel) return;
+  std::uint8_t code = 0;
+  const auto outcome = console_.Send(*channel, command, payload, code);
+  if (outcome == CommandConsole::Outcome::kRefused) return;
+  events_.history_changed();
+  if (outcome != CommandConsole::Outcome::kSent || (code != kRestartCommand && code != kResetCommand)) return;
+  events_.restarted(session);
+  report_.Success(code == kRestartCommand ? "Lidar restart." : "Lidar reset.");
+}
+
+/// KTC commands to a network sensor, serial ones to a small sensor; nullopt when no command can be sent now.
+/// A small sensor's refusal is reported, a network sensor's the window tells by itself.
+std::optional<CommandConsole::Channel> ConsoleCommands::ChooseChannel(
+    const std::shared_ptr<SensorSession>& session) const {
+  if (connect_type_ == kNetwork) {
+    if (!session || !session->is_ktc_open() || !session->is_idle()) return std::nullopt;
+    return CommandConsole::KtcChannel(session->ktc_client());
+  }
+  if (!session || session->has_ended() || activity_.is_upgrading()) {
+    report_.Error("lidar is not connected, or lidar is upgrade");
+    return std::nullopt;
+  }
+  // By the session: a function that was refused over the lines has made the controller's type a KTC one.
+  return CommandConsole::SerialChannel(session->serial_exchange(), session->ktc_client() != nullptr);
+}
+
+}  // namespace varkel

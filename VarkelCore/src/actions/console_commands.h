@@ -1,0 +1,42 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "VarkelCore/src/actions/command_console.h"
+#include "VarkelCore/src/session/sensor_connection.h"
+
+namespace varkel {
+
+/// Sends the console's commands to the connected sensor, whichever it is. Thread-safe.
+class ConsoleCommands {
+ public:
+  struct Events {
+    std::function<void()> history_changed;  ///< a command was sent, answered or not
+    /// A command restarted or reset this session's sensor: it will not answer any more.
+    std::function<void(const std::shared_ptr<SensorSession>&)> restarted;
+  };
+
+  /// `connect_type` is the controller's; everything outlives this object.
+  ConsoleCommands(const SensorConnection& connection, const Activity& activity,
+                  const std::atomic<int>& connect_type, UserReport& report, Events events);
+
+  /// Texts as CommandConsole::Send takes them. Blocks for one exchange; every outcome is reported.
+  void Send(const std::string& command, const std::string& payload);
+
+  const CommandConsole& console() const { return console_; }
+
+ private:
+  std::optional<CommandConsole::Channel> ChooseChannel(const std::shared_ptr<SensorSession>& session) const;
+
+  const SensorConnection& connection_;
+  const Activity& activity_;
+  const std::atomic<int>& connect_type_;
+  UserReport& report_;
+  const Events events_;
+  CommandConsole console_;
+};
+
+}  // namespace varkel

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <utility>
+
+namespace varkel {
+
+/// The long operations that other work has to wait for: a firmware upgrade and a log download. One object for
+/// the tool, since an upgrade goes on being one while its connection is lost. Thread-safe.
+class Activity {
+ public:
+  /// Called after the flag has changed, on the thread that changed it.
+  struct Events {
+    std::function<void()> upgrading_changed;
+    std::function<void()> downloading_changed;
+  };
+
+  explicit Activity(Events events) : events_(std::move(events)) {}
+
+  bool is_upgrading() const { return upgrading_; }
+  bool is_downloading() const { return downloading_; }
+  bool is_busy() const { return upgrading_ || downloading_; }
+
+  /// Claims the upgrade; false when one runs already.
+  bool BeginUpgrade() {
+    if (upgrading_.exchange(true)) return false;
+    events_.upgrading_changed();
+    return true;
+  }
+  void EndUpgrade() {
+    if (upgrading_.exchange(false)) events_.upgrading_changed();
+  }
+
+  void SetDownloading(bool running) {
+    if (downloading_.exchange(running) != running) events_.downloading_changed();
+  }
+
+ private:
+  const Events events_;
+  std::atomic<bool> upgrading_ = false;
+  std::atomic<bool> downloading_ = false;
+};
+
+}  // namespace varkel

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QDebug>
+#include <iostream>
+#include <string>
+
+namespace varkel {
+
+/// Diagnostics for whoever runs the tool from a terminal: Qt's debug output and standard output. Any thread.
+
+/// A line of Qt's debug output: the parts with blanks between them, QStrings in quotes.
+template <typename... Parts>
+void DebugLine(const Parts&... parts) {
+  (qDebug() << ... << parts);
+}
+
+/// The same without the quotes.
+template <typename... Parts>
+void PlainDebugLine(const Parts&... parts) {
+  (qDebug().noquote() << ... << parts);
+}
+
+/// A line of standard output, in one write so that lines of several threads don't mix.
+inline void TraceLine(const std::string& text) {
+  std::cout << text + "\n" << std::flush;
+}
+
+}  // namespace varkel

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <mutex>
+#include <stop_token>
+#include <thread>
+
+namespace varkel {
+
+/// Runs a round of work again and again on a thread of its own, from construction until Stop or destruction.
+class PeriodicThread {
+ public:
+  using Round = std::function<void(const std::stop_token&)>;
+
+  /// The first round begins at once, each following one `period` after the end of the one before.
+  PeriodicThread(std::chrono::milliseconds period, Round round);
+  ~PeriodicThread() { Stop(); }
+  PeriodicThread(const PeriodicThread&) = delete;
+  PeriodicThread& operator=(const PeriodicThread&) = delete;
+
+  /// Asks the round to end without waiting for it.
+  void RequestStop();
+  /// Asks the round to end and joins the thread; may be called more than once and from several threads, but
+  /// not from the round itself. The caller interrupts whatever the round may wait for.
+  void Stop();
+
+ private:
+  std::mutex mutex_;  // guards thread_
+  std::jthread thread_;
+};
+
+}  // namespace varkel

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QString>
+#include <exception>
+#include <functional>
+#include <string>
+
+#include "VarkelCore/src/tasks/event_queue.h"
+#include "VarkelCore/src/tasks/user_report.h"
+
+namespace varkel {
+
+/// Reports on the thread that owns the event queue, in the order in which they were made. Thread-safe.
+class SignalReport : public UserReport {
+ public:
+  /// What the owner's thread does with a report.
+  struct Sinks {
+    std::function<void(const QString& text, const QString& type)> log;
+    std::function<void(const QString& text)> error;
+    std::function<void(const QString& text)> success;
+  };
+
+  SignalReport(EventQueue& events, Sinks sinks) : events_(events), sinks_(std::move(sinks)) {}
+
+  void Log(const std::string& text, const std::string& type) override {
+    events_.Post([this, text = QString::fromStdString(text), type = QString::fromStdString(type)] {
+      sinks_.log(text, type);
+    });
+  }
+  void Bytes(const std::string& line) override {
+    events_.PostLater(
+        [this, text = QString::fromStdString(line)] { sinks_.log(text, QStringLiteral("BYTES")); });
+  }
+  void Error(const std::string& text) override {
+    events_.Post([this, text = QString::fromStdString(text)] { sinks_.error(text); });
+  }
+  void Success(const std::string& text) override {
+    events_.Post([this, text = QString::fromStdString(text)] { sinks_.success(text); });
+  }
+
+  /// An exception must not pass through Qt: its words become a notice and a log line.
+  void Guard(const std::function<void()>& operation) {
+    try {
+      operation();
+    } catch (const std::exception& error) {
+      Error(error.what());
+      Log(error.what(), "ERROR");
+    }
+  }
+
+ private:
+  EventQueue& events_;
+  const Sinks sinks_;
+};
+
+}  // namespace varkel

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+namespace varkel {
+
+/// The set command that carries the start angles of the field of view.
+inline constexpr char kFovSetCommand[] = "0x22";
+
+inline constexpr std::size_t kFovSectors = 5;
+
+/// The sensor's field of view: five sectors in degrees, five start angles and then five end angles.
+using FovAngles = std::array<float, 2 * kFovSectors>;
+
+/// The whole turn, shown until the sensor reports its angles.
+inline constexpr FovAngles kDefaultFov = {0, 0, 0, 0, 0, 360, 360, 360, 360, 360};
+
+}  // namespace varkel

@@ -1,0 +1,26 @@
+#include "libquarn/Platform/src/ipv4.h"
+
+#include <algorithm>
+
+#include "libquarn/Platform/src/byte_text.h"
+
+namespace quarn::lidar {
+
+std::optional<Ipv4> ParseIpv4(std::string_view text) {
+  const ByteText read = ReadByteText(text, kIpv4Text);
+  if (!read) return std::nullopt;
+  Ipv4 address{};
+  std::copy(read.bytes.begin(), read.bytes.end(), address.begin());
+  // Leading zeros are read as octal elsewhere: such a text must not name another host here.
+  return FormatIpv4(address) == text ? std::optional(address) : std::nullopt;
+}
+
+std::string FormatIpv4(std::span<const std::uint8_t, 4> address) {
+  std::string text = std::to_string(address[0]);
+  for (const std::uint8_t byte : address.subspan<1>()) {
+    text += "." + std::to_string(byte);
+  }
+  return text;
+}
+
+}  // namespace quarn::lidar

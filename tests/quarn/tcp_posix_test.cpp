@@ -1,0 +1,59 @@
+// What a transport does when the system interferes: needs signals and limits that only POSIX has.
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <future>
+
+#include "libquarn/KtcClient/src/tcp_client.h"
+#include "libquarn/KtcClient/src/tcp_open.h"
+#include "tests/quarn/test_support.h"
+
+namespace quarn::lidar {
+namespace {
+
+TEST(TcpClient, SignalsDoNotProlongATimeOut) {
+  struct sigaction ignored {};
+  ignored.sa_handler = [](int) {};
+  sigaction(SIGUSR1, &ignored, nullptr);
+  const auto mute = platform::TcpListener::Listen("127.0.0.1", 0);
+  TcpClient client;
+  ASSERT_TRUE(client.TryOpen(0, "127.0.0.1", mute->port(), false, nullptr, nullptr, nullptr, 1));
+  ASSERT_EQ(client.SetTimeout(200, 200), 0);
+  std::promise<pthread_t> receiver;
+  auto receiving = std::async(std::launch::async, [&] {
+    receiver.set_value(pthread_self());
+    std::uint8_t byte = 0;
+    return client.Receive(&byte, 1, 0);
+  });
+  const pthread_t thread = receiver.get_future().get();
+  const auto limit = std::chrono::steady_clock::now() + test::kPatience;
+  while (receiving.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready &&
+         std::chrono::steady_clock::now() < limit) {
+    pthread_kill(thread, SIGUSR1);
+  }
+  EXPECT_LT(std::chrono::steady_clock::now(), limit) << "it ended only when the signals did";
+  EXPECT_EQ(receiving.get(), -1);
+}
+
+TEST(TcpOpen, AWaitThatFailsIsAFailedConnection) {
+  const test::SilentAddress silent;
+  const test::LogLines log;
+  std::atomic<bool> interrupted{false};
+  auto opening =
+      std::async(std::launch::async, [&] { return tcp_open("127.0.0.1", silent.port(), &interrupted); });
+  ASSERT_TRUE(test::Eventually([&] { return !log.All().empty(); }));
+  rlimit files{};
+  getrlimit(RLIMIT_NOFILE, &files);
+  const rlimit none{0, files.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);  // from now on the system refuses to wait for a descriptor
+  const bool ended = opening.wait_for(test::kPatience) == std::future_status::ready;
+  setrlimit(RLIMIT_NOFILE, &files);
+  interrupted = true;
+  EXPECT_TRUE(ended);
+  EXPECT_EQ(opening.get(), -1);
+}
+
+}  // namespace
+}  // namespace quarn::lidar
