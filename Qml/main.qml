@@ -66,6 +66,11 @@ Rectangle {
         }
     }
 
+    // The success window for what was not done.
+    function callNoteWindow(msg) {
+        notice("SuccessInfoWindow").note(msg);
+    }
+
     function printLog(msg, type = "INFO") {
         if (msg === "") {
             return;
@@ -146,9 +151,9 @@ Rectangle {
         var page = body.pageOf(module);
         page.outOfRangeNames = [];
         if (!varkel_manager.IsConnected) {
-            callSuccessInfoWindow("Please connect to lidar first");
-        } else if (varkel_manager.getSetMapSize() === 0) {
-            callSuccessInfoWindow("Nothing to be saved");
+            callNoteWindow("Please connect to lidar first");
+        } else if (varkel_manager.getSetMapSize() === 0 || page.edits === 0) {
+            callNoteWindow("Nothing to be saved"); // the edits of other pages stay
         } else if (!varkel_manager.CheckModuleVarsWithinRange(module)) {
             var names = page.outOfRangeNames.length > 0
                         ? page.outOfRangeNames.map(name => PlainText.line(name)).join(", ") : "Some item";

@@ -4,12 +4,14 @@ import QtQuick.Templates 2.15 as T
 import Varkel.Shell 1.0
 import "."
 
-// A modal notice in the window. Notices that come while one is open wait their turn, so none is lost.
+// A modal notice in the window. Notices that come while one is open wait their turn, so none is lost. Its heading is
+// `title`, unless the notice brings one of its own.
 T.Popup {
     id: notice
 
     property string title
     property color titleColor: Theme.text
+    property string heading: title
     property string message
     property string acceptText: "OK"
     property bool cancellable: false
@@ -20,8 +22,13 @@ T.Popup {
 
     property var context: null
 
-    function notify(text, buttonText, noticeContext) {
-        var entry = { "text": text, "button": buttonText || "OK", "context": noticeContext || null };
+    function notify(text, buttonText, noticeContext, ownTitle) {
+        var entry = {
+            "text": text,
+            "button": buttonText || "OK",
+            "context": noticeContext || null,
+            "heading": ownTitle || title
+        };
         if (opened || visible) {
             waiting = waiting.concat([entry]);
         } else {
@@ -33,6 +40,7 @@ T.Popup {
         message = entry.text;
         acceptText = entry.button;
         context = entry.context;
+        heading = entry.heading;
         decided = false;
         open();
     }
@@ -101,7 +109,7 @@ T.Popup {
 
             BodyText {
                 Layout.fillWidth: true
-                text: notice.title
+                text: notice.heading
                 color: notice.titleColor
                 font.pixelSize: Theme.fontHeading
                 font.bold: true

@@ -13,6 +13,7 @@ Item {
     property bool saving: false
     property var outOfRangeNames: []
     property bool stale: false
+    readonly property alias edits: footer.edits
     readonly property bool hasUpgrade: entries.some(function (entry) {
         return entry[1] === 4;
     })

@@ -7,6 +7,8 @@
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
+#include <QScreen>
+#include <QStyle>
 #include <QVBoxLayout>
 #include <QtQml>
 #include <memory>
@@ -36,6 +38,12 @@ void MakeFontsReady() {
     font.setWeight(weight);
     QFontMetricsF(font).horizontalAdvance("Varkel");
   }
+}
+
+// What the screen has for a window's content.
+QSize AvailableSize(const QStyle& style) {
+  return QGuiApplication::primaryScreen()->availableSize() -
+         QSize(0, style.pixelMetric(QStyle::PM_TitleBarHeight));
 }
 
 }  // namespace
@@ -70,7 +78,8 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   view_->rootContext()->setContextProperty("varkel_manager", manager_);
   view_->setSource(QUrl(kView));
   container_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-  container_->setMinimumSize(kSmallestView);
+  // On a screen that has less the pages scroll.
+  container_->setMinimumSize(kSmallestView.boundedTo(AvailableSize(*style()) - QSize(2 * kMargin, 2 * kMargin)));
   container_->setFocusPolicy(Qt::TabFocus);
   horizontal_layout_3d_->addWidget(container_);
   container_->setFocus();
@@ -107,7 +116,7 @@ void MainWindow::LayOut() {
   if (objectName().isEmpty()) {
     setObjectName("MainWindow");
   }
-  resize(kInitialSize);
+  resize(kInitialSize.boundedTo(AvailableSize(*style())));
   central_widget_ = new QWidget(this);
   central_widget_->setObjectName("centralWidget");
   horizontal_layout_ = new QHBoxLayout(central_widget_);

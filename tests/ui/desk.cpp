@@ -44,6 +44,7 @@ Desk::Desk(const QString& start_model)
   if (handler != CountQmlWarnings) previous_handler = handler;
   on_lines_ ? lines.Start() : sensor.Start();
   window = std::make_unique<MainWindow>(nullptr, start_model, manager);
+  window->resize(1322, 822);  // as on a user's screen: this platform's own is smaller
   window->show();
   view_ = window->view();
   root = window->view()->rootObject();

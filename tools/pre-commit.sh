@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Checks what is about to be committed: format and static checks of the changed files. CONTRIBUTING.md says how to
+# install it as Git's hook.
+set -euo pipefail
+cd "$(git rev-parse --show-toplevel)"
+mapfile -d '' -t changed < <(git diff --cached --name-only -z --diff-filter=d -- '*.h' '*.cpp')
+[ ${#changed[@]} -gt 0 ] || exit 0
+if ! clang-format-14 --dry-run --Werror "${changed[@]}"; then
+  echo "tools/check-format.sh --fix formats them." >&2
+  exit 1
+fi
+if [ -e build/dev/compile_commands.json ]; then
+  tools/check-tidy.sh --base HEAD
+else
+  echo "Static checks: skipped, as build/dev is not configured (tools/build.sh dev)" >&2
+fi
