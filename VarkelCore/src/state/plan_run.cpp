@@ -1,0 +1,215 @@
+#include "VarkelCore/src/state/plan_run.h"
+
+#include <algorithm>
+#include <exception>
+#include <span>
+#include <utility>
+
+#include "VarkelCore/src/catalogue/command_text.h"
+#include "VarkelCore/src/pages/page_writer.h"
+#include "VarkelCore/src/session/exchange.h"
+#include "VarkelCore/src/session/ktc_connect.h"
+#include "VarkelCore/src/state/exchange_text.h"
+
+namespace varkel {
+
+namespace {
+
+using quarn::lidar::KtcClient;
+using Client = std::shared_ptr<KtcClient>;
+
+/// Puts the exact bytes of planned fields in place of those that the codecs made of their rounded texts.
+void UseExactBytes(ConfigParser& catalogue, const PlannedCommand& planned, SetRequest& request) {
+  for (const PlannedField& field : planned.fields) {
+    std::pair<std::uint32_t, std::uint32_t> place;
+    const auto length = static_cast<std::uint32_t>(request.payload.size());
+    if (field.bytes.empty() ||
+        !catalogue.GetVarPosOffset(planned.set_cmd, field.var->var_id, length, place)) {
+      continue;
+    }
+    if (place.second != field.bytes.size() || place.first > length || place.second > length - place.first)
+      continue;
+    std::copy(field.bytes.begin(), field.bytes.end(), request.payload.begin() + place.first);
+    for (SentField& sent : request.command.fields) {
+      if (sent.var == field.var) sent.bytes = field.bytes;
+    }
+  }
+}
+
+/// One run of one plan.
+class Writing {
+ public:
+  Writing(Model& model, Client client, const StateReader& reader, const RunOptions& options,
+          const std::stop_token& stop)
+      : model_(model), client_(std::move(client)), reader_(reader), options_(options), stop_(stop) {}
+
+  RunReport Of(const SetPlan& plan);
+
+ private:
+  using Outcomes = std::span<ChangeOutcome>;
+
+  void Perform(const PlannedCommand& command, Outcomes outcomes);
+  SetRequest Prepare(const PlannedCommand& command);
+  void Follow(const PlannedCommand& command, const SensorAddress& address, std::int32_t code,
+              Outcomes outcomes);
+  void Fail(std::int32_t code, Outcomes outcomes);
+  bool ReadBack(const PlannedCommand& command, KtcClient& client, Outcomes outcomes);
+  void End(RunEnd end, std::string detail) {
+    report_.end = end;
+    report_.detail = std::move(detail);
+  }
+  bool EndIfStopped();
+
+  Model& model_;
+  const Client client_;
+  const StateReader& reader_;
+  const RunOptions& options_;
+  const std::stop_token stop_;
+  RunReport report_;
+};
+
+RunReport Writing::Of(const SetPlan& plan) {
+  for (const PlannedCommand& command : plan.commands) {
+    for (const PlannedField& field : command.fields) {
+      report_.changes.push_back(
+          {field.var->var_id, field.var->var_name, field.old_text, field.new_text, Verdict::kNotSent, {}, 0});
+    }
+  }
+  model_.values.Cancel();
+  std::size_t first = 0;
+  std::size_t done = 0;
+  for (const PlannedCommand& command : plan.commands) {
+    if (options_.progress) options_.progress(done++, plan.commands.size());
+    if (report_.end != RunEnd::kComplete || EndIfStopped()) break;
+    Perform(command, Outcomes(report_.changes).subspan(first, command.fields.size()));
+    first += command.fields.size();
+  }
+  model_.values.Cancel();
+  if (options_.progress) options_.progress(plan.commands.size(), plan.commands.size());
+  return std::move(report_);
+}
+
+bool Writing::EndIfStopped() {
+  if (!stop_.stop_requested()) return false;
+  End(RunEnd::kStopped, "Stopped: what is not marked as sent was not written.");
+  return true;
+}
+
+SetRequest Writing::Prepare(const PlannedCommand& command) {
+  for (const PlannedField& field : command.fields) model_.values.Edit(*field.var, field.new_text);
+  SetRequest request = MakeSetRequest(model_, command.set_cmd);
+  UseExactBytes(*model_.catalogue, command, request);
+  return request;
+}
+
+void Writing::Perform(const PlannedCommand& command, Outcomes outcomes) {
+  std::int32_t code = 0;
+  try {
+    const Command wire = ParseCommandText(command.set_cmd);
+    const SetRequest request = Prepare(command);
+    const ValueStore::Moment asked = model_.values.Now();
+    const ExchangeResult result = QueryTableCommand(*client_, wire, RequestPayload(wire, request.payload));
+    code = result ? 0 : result.error();
+    if (code <= 0 && code != KtcClient::kNotSent) {  // the sensor may have carried it out
+      const SentCommand sent[] = {request.command};
+      model_.values.Sent(request.command, asked);
+      model_.values.Saved(sent);
+    } else {
+      model_.values.Cancel();
+    }
+  } catch (const std::exception& error) {
+    model_.values.Cancel();
+    return End(RunEnd::kEndedByRefusal, command.set_cmd + " can't be sent: " + error.what() + ".");
+  }
+  const auto address = AddressAfter(*model_.catalogue, command, options_.move.present);
+  const bool may_have_moved = address && (code == 0 || code == KtcClient::kNoHeader);
+  if (may_have_moved && options_.move.connect) return Follow(command, *address, code, outcomes);
+  if (code != 0) {
+    Fail(code, outcomes);
+    if (code > 0 || code == KtcClient::kNotSent || report_.end != RunEnd::kComplete) return;
+  }
+  if (!ReadBack(command, *client_, outcomes) && !EndIfStopped() && !AnswersKtc(*client_)) {
+    End(RunEnd::kConnectionLost, "The sensor does not answer any more.");
+  }
+}
+
+/// The command was refused, or nobody knows what became of it.
+void Writing::Fail(std::int32_t code, Outcomes outcomes) {
+  for (ChangeOutcome& outcome : outcomes) {
+    outcome.code = code;
+    if (code > 0) outcome.verdict = Verdict::kRefused;
+    if (code < 0 && code != KtcClient::kNotSent) outcome.verdict = Verdict::kUnconfirmed;
+  }
+  if (code > 0) {
+    if (options_.stop_on_refusal) End(RunEnd::kEndedByRefusal, "Ended by a refusal.");
+  } else if (!EndIfStopped() && !AnswersKtc(*client_) && !EndIfStopped()) {
+    End(RunEnd::kConnectionLost, "The connection was lost: " + ExchangeCodeText(code) + ".");
+  }
+}
+
+void Writing::Follow(const PlannedCommand& command, const SensorAddress& address, std::int32_t code,
+                     Outcomes outcomes) {
+  for (ChangeOutcome& outcome : outcomes) outcome.verdict = Verdict::kUnconfirmed;
+  if (const Client moved = FollowTo(address, options_.move, stop_)) {
+    ReadBack(command, *moved, outcomes);
+    return;
+  }
+  if (EndIfStopped()) return;
+  std::string detail = NotReachedText(options_.move.present, address, options_.move.timeout);
+  if (ReadBack(command, *client_, outcomes)) {
+    detail += " It still answers at " + AddressText(options_.move.present) +
+              ": a restart may bring it to the new address.";
+  }
+  for (ChangeOutcome& outcome : outcomes) outcome.code = code;
+  End(RunEnd::kNotReached, std::move(detail));
+}
+
+/// Reads what the command wrote, and judges it. False when nothing could be read.
+bool Writing::ReadBack(const PlannedCommand& command, KtcClient& client, Outcomes outcomes) {
+  for (ChangeOutcome& outcome : outcomes) outcome.verdict = Verdict::kUnconfirmed;
+  std::vector<VarInfo*> vars;
+  for (const PlannedField& field : command.fields) vars.push_back(field.var);
+  bool is_read = false;
+  for (const ReadGroup& group : GroupByGetCommand(vars)) {
+    if (stop_.stop_requested()) break;
+    is_read |= reader_.ReadGroupOnce(model_, client, group) == 0;
+  }
+  for (std::size_t i = 0; i < command.fields.size(); ++i) {
+    const auto verification = model_.values.Verify(*command.fields[i].var);
+    if (!verification || !verification->read_back) continue;
+    outcomes[i].verdict = verification->equal ? Verdict::kVerified : Verdict::kDiffers;
+    outcomes[i].holds = *verification->read_back;
+  }
+  return is_read;
+}
+
+}  // namespace
+
+const char* VerdictName(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::kVerified:
+      return "verified";
+    case Verdict::kDiffers:
+      return "differs";
+    case Verdict::kRefused:
+      return "refused";
+    case Verdict::kUnconfirmed:
+      return "unconfirmed";
+    case Verdict::kNotSent:
+      return "not-sent";
+  }
+  return "";
+}
+
+bool RunReport::is_all_verified() const {
+  return end == RunEnd::kComplete &&
+         std::all_of(changes.begin(), changes.end(),
+                     [](const ChangeOutcome& change) { return change.verdict == Verdict::kVerified; });
+}
+
+RunReport PlanRun::Run(Model& model, const Client& client, const SetPlan& plan, const RunOptions& options,
+                       const std::stop_token& stop) const {
+  return Writing(model, client, reader_, options, stop).Of(plan);
+}
+
+}  // namespace varkel

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "VarkelCore/src/catalogue/config_parser.h"
+#include "VarkelCore/src/values/model_selection.h"
+
+namespace varkel {
+
+/// One variable of a state. All texts are valid UTF-8.
+struct StateValue {
+  std::string id;
+  std::string name;
+  std::string page;
+  std::string group;
+  std::string unit;  ///< without blank and brackets
+  std::string text;  ///< as shown
+  std::string raw;   ///< the field's bytes as the sensor sent them, "01 a0"; empty where there are none
+};
+
+/// A request that brought no values, or not all of them.
+struct ReadFailure {
+  std::string get;      ///< get command as in the table
+  std::string payload;  ///< its payload, hexadecimal digits
+  std::int32_t code =
+      0;               ///< the sensor's (1 to 255) or the client's (negative); 0: the reply lacks the fields
+  std::string reason;  ///< the same in words
+  std::vector<std::string> ids;  ///< the variables that are missing for it
+};
+
+/// What a sensor, a file or a table says about every variable.
+struct SensorState {
+  std::string model;
+  std::string table;  ///< fingerprint of the model's table
+  std::string pn;
+  std::string sn;
+  std::string time;                                           ///< ISO text in UTC
+  std::string tool;                                           ///< version of the program that made it
+  std::vector<std::pair<std::string, std::string>> versions;  ///< name and text
+  std::vector<StateValue> values;                             ///< in the order of the pages
+  std::vector<ReadFailure> failed;
+};
+
+/// The variables that a state holds, page after page, each once: everything on a page that can be read. Rows
+/// of actions and upgrades are left out, with whatever shares their get command: reading them would carry
+/// them out.
+std::vector<VarInfo*> StateVars(const ConfigParser& catalogue);
+
+/// A state without values: model, table, version of the program and the present time.
+SensorState EmptyState(const Model& model);
+
+/// The variable's place and description with the given value.
+StateValue MakeStateValue(const ConfigParser& catalogue, const VarInfo& var, const std::string& text,
+                          std::string raw);
+
+/// Every variable with the default of the model's table.
+SensorState DefaultState(const Model& model);
+
+/// SHA-256 of a table file as hexadecimal digits; empty when it can't be read.
+std::string TableFingerprint(const std::string& path);
+
+/// The version of this program, "1.0.1".
+std::string ToolVersion();
+
+}  // namespace varkel

@@ -1,0 +1,276 @@
+#include "VarkelCore/src/state/set_plan.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <system_error>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "VarkelCore/src/pages/page_writer.h"
+#include "VarkelCore/src/state/exchange_text.h"
+#include "VarkelCore/src/state/variable_key.h"
+#include "VarkelCore/src/values/fov_angles.h"
+#include "VarkelCore/src/values/range_check.h"
+#include "VarkelCore/src/values/str_parser.h"
+#include "VarkelCore/src/values/value_text.h"
+
+namespace varkel {
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+bool IsNumberType(const std::string& type) {
+  return type.starts_with("uint") || type.starts_with("int") || type == "float32" || type == "double";
+}
+
+std::string_view Trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  const auto first = text.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+/// The number that all of the text is.
+std::optional<double> WholeNumber(std::string_view text) {
+  if (text.starts_with('+')) text.remove_prefix(1);
+  double number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool is_whole = error == std::errc() && end == text.data() + text.size();
+  return is_whole && std::isfinite(number) ? std::optional(number) : std::nullopt;
+}
+
+bool IsWritable(const VarInfo& var) {
+  return !var.set_cmd.empty() && !var.get_cmd.empty() && var.permission != 0 &&
+         var.set_cmd != kFovSetCommand && MakeStrParser(var.var_type) != nullptr && var.var_type != "raw";
+}
+
+bool IsOption(const VarInfo& var, const std::string& text) {
+  if (var.options.empty()) return true;
+  const auto number = WholeNumber(text);
+  return number && std::any_of(var.options.begin(), var.options.end(),
+                               [&](std::int32_t option) { return *number == option; });
+}
+
+std::string Limits(const VarInfo& var) {
+  if (var.options.empty()) {
+    return "It has to be from " + std::to_string(var.range_min) + " to " + std::to_string(var.range_max) +
+           ".";
+  }
+  std::string options;
+  for (const std::int32_t option : var.options) {
+    options += (options.empty() ? "" : ", ") + std::to_string(option);
+  }
+  return "It has to be one of " + options + ".";
+}
+
+/// The bytes that the codec makes; the error says why there are none.
+tl::expected<Bytes, std::string> CodecBytes(const VarInfo& var, const std::string& text) {
+  try {
+    return MakeStrParser(var.var_type)->ParseToBytes(text, var.set_coefficient);
+  } catch (const std::exception& error) {
+    return tl::unexpected(std::string(error.what()));
+  }
+}
+
+/// Takes the model's edits back whatever happens: they serve only to judge.
+class Trial {
+ public:
+  explicit Trial(Model& model) : model_(model) { model_.values.Cancel(); }
+  ~Trial() { model_.values.Cancel(); }
+  Trial(const Trial&) = delete;
+  Trial& operator=(const Trial&) = delete;
+
+ private:
+  Model& model_;
+};
+
+/// Plans with one model, gathering what is wrong.
+class Planner {
+ public:
+  Planner(Model& model, Force force) : model_(model), force_(force) {}
+
+  void Add(const WantedValue& wanted);
+  void CheckCarriedFields();
+  SetPlan Plan() const;
+
+  std::vector<PlanRefusal> refusals;
+
+ private:
+  void Refuse(RefusalKind kind, const WantedValue& wanted, const std::string& text) {
+    refusals.push_back({kind, wanted.key, text});
+  }
+  bool Passes(VarInfo& var, const WantedValue& wanted, const std::string& text);
+  bool HoldsAlready(const VarInfo& var, const std::string& text, const Bytes& bytes) const;
+
+  Model& model_;
+  const Force force_;
+  std::unordered_set<const VarInfo*> seen_;
+  std::vector<PlannedField> fields_;
+};
+
+/// The wanted bytes, where they are those of the wanted text and can go out as they are.
+Bytes ExactBytes(const VarInfo& var, const WantedValue& wanted, const std::string& text) {
+  Bytes raw = RawBytes(wanted.raw);
+  if (raw.empty() || raw.size() != var.var_len || var.coefficient != var.set_coefficient) return {};
+  const ValueText shown = BytesToText(var.var_type, raw, var.coefficient);
+  return shown.fault == ValueFault::kNone && shown.text == text ? raw : Bytes();
+}
+
+void Planner::Add(const WantedValue& wanted) {
+  const auto found = FindVariable(*model_.catalogue, wanted.key);
+  if (!found) return Refuse(RefusalKind::kUnknown, wanted, found.error());
+  VarInfo& var = **found;
+  if (!IsWritable(var)) {
+    const char* const reason = var.set_cmd == kFovSetCommand
+                                   ? "\" is set together with the angles, on its page."
+                                   : "\" can't be set.";
+    return Refuse(RefusalKind::kNotWritable, wanted, "\"" + var.var_name + reason);
+  }
+  if (!seen_.insert(&var).second) {
+    return Refuse(RefusalKind::kTwice, wanted, "\"" + var.var_name + "\" is given twice.");
+  }
+  const std::string text(Trimmed(wanted.text));
+  if (!Passes(var, wanted, text)) return;
+  Bytes bytes = ExactBytes(var, wanted, text);
+  if (HoldsAlready(var, text, bytes)) return;
+  std::string old_text = model_.values.IsRead(var) ? model_.values.Show(var).text : std::string();
+  fields_.push_back({&var, std::move(old_text), text, std::move(bytes)});
+}
+
+bool Planner::Passes(VarInfo& var, const WantedValue& wanted, const std::string& text) {
+  const std::string says = "\"" + var.var_name + "\" can't be \"" + text + "\". ";
+  if (IsNumberType(var.var_type) && !WholeNumber(text)) {
+    Refuse(RefusalKind::kNotANumber, wanted, says + "It has to be a number.");
+    return false;
+  }
+  if (HoldsAlready(var, text, ExactBytes(var, wanted, text))) return true;
+  if (!IsOption(var, text)) {
+    Refuse(RefusalKind::kOutOfRange, wanted, says + Limits(var));
+    return false;
+  }
+  const Trial trial(model_);
+  model_.values.Edit(var, text);
+  const RangeVerdict verdict = JudgePageValue(*model_.catalogue, var);
+  if (verdict.fault == RangeFault::kOutOfRange) {
+    Refuse(RefusalKind::kOutOfRange, wanted, says + Limits(var));
+  } else if (verdict.fault == RangeFault::kNotANumber) {
+    const bool does_not_fit = verdict.does_not_fit;
+    Refuse(does_not_fit ? RefusalKind::kOutOfRange : RefusalKind::kNotANumber, wanted,
+           says + verdict.detail + ".");
+  } else if (!verdict.passes()) {
+    Refuse(RefusalKind::kOutOfRange, wanted,
+           says + (verdict.fault == RangeFault::kIpFormat ? "It has to be an address like 192.168.1.201."
+                                                          : "It has to be six bytes joined by \":\"."));
+  } else if (const auto bytes = CodecBytes(var, text); !bytes) {
+    Refuse(RefusalKind::kOutOfRange, wanted, says + bytes.error());
+  } else {
+    return true;
+  }
+  return false;
+}
+
+/// Whether the text, or the bytes that would go out for it, are what the sensor reported.
+bool Planner::HoldsAlready(const VarInfo& var, const std::string& text, const Bytes& bytes) const {
+  if (!model_.values.IsRead(var)) return false;
+  const ValueStore::Shown shown = model_.values.Show(var);
+  if (!bytes.empty() && !shown.raw.empty()) return bytes == shown.raw;
+  if (shown.text == text) return true;
+  const auto made = CodecBytes(var, text);
+  if (!made) return false;
+  if (var.coefficient == var.set_coefficient) return *made == shown.raw;
+  const auto present = CodecBytes(var, shown.text);
+  return present && *made == *present;
+}
+
+/// Every other field of the commands has to be known, and one that its codec takes.
+void Planner::CheckCarriedFields() {
+  std::unordered_set<std::string> commands;
+  for (const PlannedField& field : fields_) {
+    if (!commands.insert(field.var->set_cmd).second) continue;
+    for (const VarInfo* carried : model_.catalogue->set_cmd_map().at(field.var->set_cmd)) {
+      const bool is_planned = std::any_of(fields_.begin(), fields_.end(),
+                                          [&](const PlannedField& other) { return other.var == carried; });
+      if (is_planned) continue;
+      const std::string both =
+          "\"" + field.var->var_name + "\" goes out together with \"" + carried->var_name + "\", ";
+      if (carried->var_type == "raw") continue;
+      if (MakeStrParser(carried->var_type) == nullptr) {
+        refusals.push_back({RefusalKind::kNotWritable, field.var->var_id, both + "which can't be set."});
+      } else if (!model_.values.IsRead(*carried) && force_ == Force::kNo) {
+        refusals.push_back({RefusalKind::kNotRead, field.var->var_id, both + "which could not be read."});
+      } else if (const auto bytes = CodecBytes(*carried, model_.values.Show(*carried).text); !bytes) {
+        refusals.push_back({RefusalKind::kOutOfRange, field.var->var_id,
+                            both + "whose present value can't be sent: " + bytes.error()});
+      }
+    }
+  }
+}
+
+SetPlan Planner::Plan() const {
+  SetPlan plan;
+  for (const PlannedField& field : fields_) {
+    const auto command =
+        std::find_if(plan.commands.begin(), plan.commands.end(),
+                     [&](const PlannedCommand& planned) { return planned.set_cmd == field.var->set_cmd; });
+    if (command != plan.commands.end()) {
+      command->fields.push_back(field);
+    } else {
+      plan.commands.push_back({field.var->set_cmd, {field}});
+    }
+  }
+  std::stable_partition(plan.commands.begin(), plan.commands.end(),
+                        [](const PlannedCommand& command) { return command.set_cmd != kAddressSetCommand; });
+  return plan;
+}
+
+/// The table's variable that a state's value belongs to: by identifier and name, or by a name that has moved.
+const VarInfo* VariableOf(const ConfigParser& catalogue, const StateValue& value) {
+  const VarInfo* const by_id = catalogue.FindById(value.id);
+  if (by_id != nullptr && by_id->var_name == value.name) return by_id;
+  const auto by_name = FindVariable(catalogue, value.name);
+  return by_name && (*by_name)->var_name == value.name ? *by_name : nullptr;
+}
+
+}  // namespace
+
+tl::expected<SetPlan, std::vector<PlanRefusal>> MakeSetPlan(Model& model, std::span<const WantedValue> wanted,
+                                                            Force force) {
+  Planner planner(model, force);
+  for (const WantedValue& value : wanted) planner.Add(value);
+  if (planner.refusals.empty()) planner.CheckCarriedFields();
+  if (!planner.refusals.empty()) return tl::unexpected(std::move(planner.refusals));
+  return planner.Plan();
+}
+
+tl::expected<std::vector<WantedValue>, std::vector<PlanRefusal>> WantedFromState(
+    const Model& model, const SensorState& state, Force force,
+    const std::function<bool(const StateValue&)>& takes) {
+  if (state.model != model.name && force == Force::kNo) {
+    return tl::unexpected(std::vector<PlanRefusal>{
+        {RefusalKind::kOtherModel, state.model,
+         "The state is of the model " + state.model + ", the sensor is a " + model.name + "."}});
+  }
+  std::vector<WantedValue> wanted;
+  std::vector<PlanRefusal> refusals;
+  for (const StateValue& value : state.values) {
+    if (takes && !takes(value)) continue;
+    const VarInfo* const var = VariableOf(*model.catalogue, value);
+    if (var != nullptr) {
+      if (IsWritable(*var)) wanted.push_back({var->var_id, value.text, value.raw});
+    } else if (force == Force::kNo) {
+      refusals.push_back(
+          {RefusalKind::kUnknown, value.id, "There is no variable " + value.id + " \"" + value.name + "\"."});
+    }
+  }
+  if (!refusals.empty()) return tl::unexpected(std::move(refusals));
+  return wanted;
+}
+
+}  // namespace varkel

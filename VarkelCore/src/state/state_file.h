@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <string>
+#include <tl/expected.hpp>
+
+#include "VarkelCore/src/state/sensor_state.h"
+
+namespace varkel {
+
+/// The version of the file format that this program writes; it reads no newer one.
+inline constexpr int kStateFormat = 1;
+
+/// Larger files are not read: a state of 10,000 variables takes 2 MiB.
+inline constexpr qint64 kLargestStateFile = 32LL * 1024 * 1024;
+
+/// A state as JSON (UTF-8): keys in a fixed order, one variable a line.
+std::string FormatState(const SensorState& state);
+
+/// The error is a sentence that names the place: line and column, or the key.
+tl::expected<SensorState, std::string> ParseState(const QByteArray& json);
+
+/// Writes the file whole or not at all. The empty text, or a sentence that says why it failed.
+std::string SaveState(const SensorState& state, const QString& path);
+
+/// Reads a regular file. The error is a sentence that begins with the path.
+tl::expected<SensorState, std::string> LoadState(const QString& path);
+
+}  // namespace varkel

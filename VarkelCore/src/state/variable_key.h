@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <tl/expected.hpp>
+
+#include "VarkelCore/src/catalogue/config_parser.h"
+
+namespace varkel {
+
+/// The variable with this identifier ("3-12") or else this name, without its unit; letters count as they
+/// stand. The error is a sentence: no such variable, or several of the name with their identifiers.
+tl::expected<VarInfo*, std::string> FindVariable(const ConfigParser& catalogue, const std::string& key);
+
+}  // namespace varkel
