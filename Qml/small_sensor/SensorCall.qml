@@ -1,7 +1,7 @@
 import QtQuick 2.15
 
 // A function of the sensor that answers with something, called so that the window does not wait. While several
-// calls are under way only the answer to the last one is told.
+// calls are under way only the answer to the last one is reported.
 Item {
     id: call
 
