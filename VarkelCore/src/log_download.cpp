@@ -6,6 +6,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
+#include <QThread>
 #include <cstdint>
 #include <exception>
 #include <utility>
@@ -19,6 +20,8 @@ namespace varkel {
 namespace {
 
 constexpr int kTarTimeMs = 30000;
+constexpr int kRemovalAttempts = 20;
+constexpr unsigned long kRemovalPauseMs = 25;
 
 struct OperationLogPart {
   const char* prefix;
@@ -48,6 +51,13 @@ bool Pack(const QString& folder, const QStringList& files, const QString& archiv
   tar.waitForFinished();
   QFile::remove(unfinished);
   return false;
+}
+
+/// On Windows a folder stays in use for a moment when the program that worked in it has ended.
+void RemoveFolder(QDir& folder) {
+  for (int attempt = 1; !folder.removeRecursively() && attempt < kRemovalAttempts; ++attempt) {
+    QThread::msleep(kRemovalPauseMs);
+  }
 }
 
 }  // namespace
@@ -100,6 +110,12 @@ bool LogDownload::DownloadOperationLog(const ConfigParser& catalogue, quarn::lid
     Fail("Can not find Operation Log command");
     return false;
   }
+  if (QStandardPaths::findExecutable(QStringLiteral("tar")).isEmpty()) {
+    report_.Log("The operation log was not asked for: there is no program \"tar\" here that could pack it.",
+                "ERROR");
+    Fail("Operation log download failed.");
+    return false;
+  }
   try {
     const bool whole = FetchOperationLog(
         *var, client, archive.endsWith(QStringLiteral(".tar")) ? archive : archive + QStringLiteral(".tar"));
@@ -136,7 +152,7 @@ bool LogDownload::FetchOperationLog(const VarInfo& var, quarn::lidar::KtcClient&
   }
   // A set of parts that is not whole is never packed: an archive would be taken for a complete one.
   if (!whole || !Pack(folder.path(), files, archive)) return false;
-  folder.removeRecursively();
+  RemoveFolder(folder);
   return true;
 }
 

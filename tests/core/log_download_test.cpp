@@ -71,7 +71,8 @@ class LogDownloadTest : public QObject {
     QProcess tar;
     tar.start("tar", {"-tf", folder_->filePath("logs.tar")});
     QVERIFY(tar.waitForFinished());
-    const QStringList parts = QString::fromLocal8Bit(tar.readAll()).split('\n', Qt::SkipEmptyParts);
+    const QStringList parts =
+        QString::fromLocal8Bit(tar.readAll()).remove('\r').split('\n', Qt::SkipEmptyParts);
     const auto requests = bench_->sensor->Received(0x61);
     QCOMPARE(parts.size(), 4);
     QCOMPARE(requests.size(), 12U);
