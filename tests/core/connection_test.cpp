@@ -4,6 +4,7 @@
 
 #include "tests/core/core_test.h"
 #include "tests/core/small_sensor_bench.h"
+#include "tests/support/wine.h"
 
 namespace {
 
@@ -23,6 +24,7 @@ class ConnectionTest : public QObject {
         {"Zelto", "", "/dev/none", "UART serial port", "UART serial open fail"},
         {"Zelto", "", "same", "UART serial port", "UART serial open fail"}};
     for (const QStringList& texts : cases) {
+      if (kUnderWine && texts[2] == "same") continue;  // where a serial port may be opened twice
       Bench bench({}, texts[0].toStdString());
       VarkelManager& manager = *bench.manager;
       const QString rs485 = manager.serial_port_485();
@@ -105,10 +107,11 @@ class ConnectionTest : public QObject {
   void SmallSensorOnLines() {
     Bench bench({}, "Zelto");
     VarkelManager& manager = *bench.manager;
-    manager.set_baud_rate("3125000");
+    const unsigned rate = kUnderWine ? 115200 : 3125000;  // only the usual ones reach the line there
+    manager.set_baud_rate(QString::number(rate));
     for (int round = 0; round < 2; ++round) {
       QVERIFY(bench.Connect());
-      QCOMPARE(bench.on_lines->rs485_rate(), 3125000U);
+      QCOMPARE(bench.on_lines->rs485_rate(), rate);
       QCOMPARE(bench.on_lines->uart_rate(), 9600U);
       manager.ZeltoSetStandby(1);  // needs KTC
       QCOMPARE(bench.NextError(), "lidar is not connected, or lidar is upgrade");

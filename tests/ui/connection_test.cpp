@@ -71,16 +71,18 @@ class ConnectionTest : public QObject {
     } cases[] = {{"Zelto", {"zeltoPage", "rs485Field", "uartField"}, {"ipField", "restartButton", "tab_0"}},
                  {"Zelto-KTC", {"zeltoPage", "rs485Field", "ipField"}, {"restartButton", "tab_0"}},
                  {"Quenta", {"page_0", "restartButton", "ipField"}, {"zeltoPage", "rs485Field"}}};
-    Desk desk;
-    desk.ShowPage(2);
-    for (const auto& [model, shown, hidden] : cases) {
-      desk.Choose("modelCombo", desk.Property("modelCombo", "model").toStringList().indexOf(model));
-      for (const QString& name : shown) QTRY_VERIFY2(desk.Has(name), qPrintable(name));
-      for (const QString& name : hidden) QVERIFY2(!desk.Has(name), qPrintable(name));
+    {
+      Desk desk;
+      desk.ShowPage(2);
+      for (const auto& [model, shown, hidden] : cases) {
+        desk.Choose("modelCombo", desk.Property("modelCombo", "model").toStringList().indexOf(model));
+        for (const QString& name : shown) QTRY_VERIFY2(desk.Has(name), qPrintable(name));
+        for (const QString& name : hidden) QVERIFY2(!desk.Has(name), qPrintable(name));
+      }
+      desk.Type("udpPortField", "70000");
+      desk.Key(Qt::Key_Tab);
+      QTRY_COMPARE(desk.Text("udpPortField"), "4464");  // what is kept of it
     }
-    desk.Type("udpPortField", "70000");
-    desk.Key(Qt::Key_Tab);
-    QTRY_COMPARE(desk.Text("udpPortField"), "4464");  // what is kept of it
     for (const char* start_model : {"Zelto-KTC", "Nobody"}) {
       const Desk other(start_model);
       const bool known = QString(start_model) != "Nobody";

@@ -175,8 +175,7 @@ bool Desk::Connect() const {
 
 int main(int argc, char** argv) {
   QApplication application(argc, argv);
-  int failed = 0;
-  for (const auto& make : TestObjects()) failed += QTest::qExec(make().get(), argc, argv);
+  const int failed = RunTestObjects(QCoreApplication::arguments());
   if (qml_warnings > 0) qWarning("%d warnings of QML count as failures", qml_warnings.load());
   return failed + qml_warnings == 0 ? 0 : 1;
 }
