@@ -44,6 +44,8 @@ fi
 echo "Wine: preparing $WINEPREFIX"
 quietly server.log "$server" -p
 quietly boot.log "$wine" wineboot -i
+# Without a window manager Wine would wait two seconds for it at each window that goes.
+quietly managed.log "$wine" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f
 # Each test has a documents folder of its own, in its environment.
 export VARKEL_DOCUMENTS=Z:$place/home/Documents
 quietly documents.log "$wine" reg add \
