@@ -32,7 +32,7 @@ void GoToInstallRoot() {
 void SetIdentity() {
   QCoreApplication::setOrganizationName("QuarnTech");
   QCoreApplication::setOrganizationDomain("quarntech.example");
-  QCoreApplication::setApplicationVersion("1.0.1");
+  QCoreApplication::setApplicationVersion(VARKEL_VERSION);
 }
 
 void SetIcon() {
