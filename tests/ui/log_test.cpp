@@ -1,4 +1,6 @@
+#ifndef _WIN32
 #include <sys/resource.h>
+#endif
 
 #include <QAbstractItemModelTester>
 #include <QClipboard>
@@ -110,12 +112,13 @@ class LogTest : public QObject {
     const auto save = [&](const QString& to) { return desk.log->save(QUrl::fromLocalFile(to)); };
     const auto saved = [&] {
       QFile file(path);
-      return file.open(QIODevice::ReadOnly) && line.match(file.readAll()).hasMatch();
+      return file.open(QIODevice::ReadOnly | QIODevice::Text) && line.match(file.readAll()).hasMatch();
     };
     QCOMPARE(save(path), "");
     QVERIFY(saved());
     QVERIFY(save(desk.folder.filePath("no/such.txt")).contains("could not be written"));
 
+#ifndef _WIN32
     // A full disk, for which the largest size of a file stands in: the log saved before is still there.
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit size{};
@@ -126,6 +129,7 @@ class LogTest : public QObject {
     setrlimit(RLIMIT_FSIZE, &size);
     QVERIFY2(error.contains("could not be written"), qPrintable(error));
     QVERIFY(saved());
+#endif
   }
 };
 const RegisterTest<LogTest> registration;
