@@ -224,7 +224,7 @@ class SmallSensorPageTest : public QObject {
       desk.Drop("firmware.bin.zip");
       QCOMPARE(desk.Text("upgradeFileName"), "Rejected, need a *.bin or *.patch file");
       QVERIFY(!desk.Has("upgradeProgress") && !desk.Has("upgradeNote"));
-      desk.sensor.Misbehave("ota:2=late:100");
+      desk.sensor.AddFault("ota:2=late:100");
       desk.Drop("firmware.bin", content);
       EVENTUALLY_VERIFY(desk.Has("upgradeProgress") && desk.Has("upgradeNote"));
       QVERIFY(!desk.Find("attachButton")->isEnabled() && !desk.Find("zeltoUpgradeMode")->isEnabled());
