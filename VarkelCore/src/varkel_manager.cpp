@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <exception>
-#include <iostream>
 #include <utility>
 #include <vector>
 
@@ -28,6 +27,7 @@
 #include "VarkelCore/src/upgrade/firmware_upgrade.h"
 #include "VarkelCore/src/values/model_selection.h"
 #include "libquarn/Platform/src/text_number.h"
+#include "libquarn/Platform/src/trace.h"
 
 using namespace varkel;
 
@@ -353,7 +353,7 @@ void VarkelManager::Stop() {
   try {
     d_->connection.End();
   } catch (const std::exception&) {
-    std::cout << "stop error\n" << std::flush;
+    quarn::platform::TraceLine("stop error");
   }
   d_->small_sensor_info.Reset();
   if (const auto model = d_->models.model()) {
