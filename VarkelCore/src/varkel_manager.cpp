@@ -72,6 +72,13 @@ struct VarkelManager::Parts {
     });
   }
 
+  /// Restarts that session's sensor with the table's command and disconnects it: 0 on success.
+  int Restart(const std::shared_ptr<SensorSession>& session, const ConfigParser& catalogue) {
+    const int code = RestartSensor(catalogue, *session, report);
+    if (code == 0) Disconnect(session);
+    return code;
+  }
+
   VarkelManager& manager;
   const bool creation_flag;
   const std::string config_file_path;
@@ -158,11 +165,10 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
                  [this](bool complete) {
                    events.Post([this, complete] { emit manager.downloadOperationLogFinished(complete); });
                  }}),
-      upgrade(report, activity, workers, connect_type,
-              {[this](SensorSession& session, const ConfigParser& catalogue) {
-                 return RestartSensor(catalogue, session, report);
-               },
-               [this](const auto& session) { Disconnect(session); }}),
+      upgrade(
+          report, activity, workers, connect_type,
+          {[this](const auto& session, const ConfigParser& catalogue) { return Restart(session, catalogue); },
+           [this](const auto& session) { Disconnect(session); }}),
       small_sensor(
           report, activity, [this] { return connection.session(); }, connect_type),
       small_sensor_functions(small_sensor, background),
@@ -571,10 +577,7 @@ void VarkelManager::SendCommandInBackground(const QString& cmd_qs, const QString
 int VarkelManager::Restart() {
   const auto session = d_->connection.session();
   const auto catalogue = d_->models.catalogue();
-  if (!session || !catalogue) return -1;
-  const int code = RestartSensor(*catalogue, *session, d_->report);
-  if (code == 0) d_->Disconnect(session);
-  return code;
+  return session && catalogue ? d_->Restart(session, *catalogue) : -1;
 }
 
 int VarkelManager::Reset() {

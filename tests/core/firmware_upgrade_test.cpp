@@ -44,7 +44,8 @@ class FirmwareUpgradeTest : public QObject {
   }
 
   void PackageThatCannotBeReadWholeIsNotSent() {
-    QCOMPARE(Upgrade(QUrl::fromLocalFile("/proc/self/status")), 0);  // gives more bytes than it announces
+    // Announces 4096 bytes and gives fewer.
+    QCOMPARE(Upgrade(QUrl::fromLocalFile("/sys/devices/system/cpu/online")), 0);
     QCOMPARE(bench_->NextError(), "The upgrade package can't be read whole, so nothing was sent.");
     QVERIFY(!bench_->manager->IsUpgrading());
     QVERIFY(bench_->sensor->Received(0x60).empty());
@@ -53,6 +54,8 @@ class FirmwareUpgradeTest : public QObject {
   void RefusalsOfTheEntry() {
     QCOMPARE(Upgrade(QUrl::fromLocalFile(folder_.filePath("missing.patch"))), 0);
     QCOMPARE(bench_->manager->UpgradeLidar(Package("x"), 0, 0, 0), 0);  // a row that takes no package
+    QCOMPARE(Upgrade(Package("")), 0);
+    QCOMPARE(bench_->NextError(), "The upgrade package is empty.");
     QVERIFY(!bench_->manager->IsUpgrading());
     bench_->manager->setIsDownloadLog(true);
     QCOMPARE(Upgrade(Package("x")), -1);

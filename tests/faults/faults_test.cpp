@@ -19,8 +19,12 @@ namespace varkel::test {
 namespace {
 
 // As short as a busy machine allows.
-constexpr quarn::lidar::SensorTimeouts kTimeouts{
-    .exchange_ms = 1000, .small_exchange_ms = 1000, .transfer_ms = 1000, .command_ms = 1000, .ota_ms = 1000};
+constexpr quarn::lidar::SensorTimeouts kTimeouts{.exchange_ms = 1000,
+                                                 .small_exchange_ms = 1000,
+                                                 .transfer_ms = 1000,
+                                                 .command_ms = 1000,
+                                                 .ota_ms = 1000,
+                                                 .unpack_ms = 500};
 
 struct Kind {
   const char* rule;

@@ -6,13 +6,11 @@
 
 #include "VarkelCore/src/tasks/worker_threads.h"
 #include "VarkelCore/src/upgrade/settle_time.h"
+#include "libquarn/KtcClient/src/sensor_timeouts.h"
 
 namespace varkel {
 
 namespace {
-
-/// The sensor unpacks the package before it can restart.
-constexpr std::chrono::seconds kUnpackTime{10};
 
 int Transfer(quarn::lidar::KtcClient& client, std::span<const std::uint8_t> package,
              std::string& command_text, UserReport& report, std::atomic<std::uint32_t>& progress) {
@@ -42,7 +40,7 @@ void SendOverNetwork(const std::stop_token& stop, quarn::lidar::KtcClient& clien
   }
   report.Success(
       "Upgrade package transmitted successfully. The lidar will automatically reboot within 10 seconds.");
-  if (!SleepUnlessStopped(stop, kUnpackTime)) return;
+  if (!SleepUnlessStopped(stop, std::chrono::milliseconds(quarn::lidar::Timeouts().unpack_ms))) return;
   if (restart() != 0) report.Error("Auto reboot failed. Please reboot lidar manually.");
 }
 

@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# press_connect.sh SENSOR_LOG PICTURE BEGAN: waits on $DISPLAY for the tool's window, whose start BEGAN then
+# (nanoseconds), presses Enter in its first field, waits until the simulated sensor was asked for values and takes a
+# picture of the screen.
+set -euo pipefail
+sensor_log=$1
+picture=$2
+began=$3
+
+await() {
+  local _
+  for _ in $(seq 300); do
+    "$@" && return 0
+    sleep 0.1
+  done
+  return 1
+}
+window() { xdotool search --onlyvisible --name '^Varkel$' >/dev/null 2>&1; }
+# The window is filled when its blue button has been painted: more than a few colours are on the screen.
+filled() { [ "$(import -window root -resize 25% png:- 2>/dev/null | identify -format %k - 2>/dev/null || echo 0)" -gt 60 ]; }
+asked() { [ "$(grep -c . "$sensor_log")" -gt 10 ]; }
+
+await window || { echo "No window appeared." >&2; exit 1; }
+await filled || { echo "The window stays empty." >&2; exit 1; }
+echo "The window stands after $((($(date +%s%N) - began) / 1000000)) ms"
+# The window gets the focus where no window manager gives it.
+xdotool search --onlyvisible --name '^Varkel$' | tail -n 1 | xargs -I{} xdotool windowfocus {} 2>/dev/null || true
+xdotool key Return
+await asked || { import -window root "$picture"; echo "The sensor was not asked for anything; $picture shows the screen." >&2; exit 1; }
+sleep 2  # the page fills
+import -window root "$picture"
+echo "Connected: the sensor answered $(grep -c . "$sensor_log") lines' worth of requests"
