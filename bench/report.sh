@@ -27,7 +27,7 @@ done
 figures=$(mktemp)
 trap 'rm -f "$figures"' EXIT
 
-# Programs that hardly compute, but show how late they are woken: ahead of the machine's other work, where allowed.
+# Programs that hardly compute, but show how late they are woken: with priority over the machine's other work, where allowed.
 ahead_of_others() {
   case $1 in
     exchange_bench|sensor_bench) chrt -f 1 true 2>/dev/null && echo "chrt -f 1" ;;

@@ -28,7 +28,7 @@ inline bool Same(Bytes a, Bytes b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end());
 }
 
-/// An input taken from the front; behind its end come zeros and nothing.
+/// An input read from the front; past its end it yields zeros and empty spans.
 class Input {
  public:
   explicit Input(Bytes bytes) : rest_(bytes) {}
@@ -71,5 +71,5 @@ class Input {
 
 /// One run of the target: any bytes, always 0.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-/// Runs once ahead of the inputs.
+/// Runs once before the inputs.
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);

@@ -1,7 +1,7 @@
 // The KTC reply path as the client reads it: any bytes in any split, silences and broken lines in between.
 //
 // Input: options, command, then what the transport delivers: 0 a silence, 255 a broken line, any other
-// number a block of so many bytes. A silence ends what stood in the line ahead of the request.
+// number a block of so many bytes. A silence ends what was in the line before the request.
 #include <atomic>
 #include <utility>
 
@@ -72,18 +72,6 @@ void Query(std::uint8_t version, std::uint8_t cmd, bool sends, bool with_header,
   }
 }
 
-// Pieces of a stream that the frames' decoders cut out.
-void Decode(std::uint8_t version, std::uint8_t cmd, fuzz::Input& input) {
-  const auto offset = static_cast<std::int32_t>(input.Number<std::uint32_t>());
-  const auto length = static_cast<std::int32_t>(input.Number<std::uint32_t>());
-  const Bytes rest = input.Rest();
-  Vector bytes(rest.begin(), rest.end());
-  Vector piece;
-  const bool cut = fuzz::OpenClient(version)->KtcStreamDecode(cmd, cmd, bytes, offset, length, piece);
-  Require(version != 1 || !cut || piece.empty() || std::cmp_equal(piece.size(), length),
-          "a piece has the length that was asked for");
-}
-
 // What builds upon exchanges.
 void Others(unsigned which, std::uint8_t version, std::uint8_t cmd, fuzz::Input& input) {
   const Line line(input, true);
@@ -128,9 +116,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const unsigned options = input.Byte();
   const std::uint8_t version = (options & 1U) == 0 ? 1 : 2;
   const std::uint8_t cmd = input.Byte();
-  if ((options & 0xF8U) == 0xF8U) {
-    Decode(version, cmd, input);
-  } else if ((options & 8U) == 0) {
+  if ((options & 8U) == 0) {
     Query(version, cmd, (options & 4U) == 0, (options & 2U) != 0, input);
   } else {
     Others((options >> 1U) & 3U, version, cmd, input);

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <utility>
 
-#include "VarkelCore/src/catalogue/table_check.h"
+#include "VarkelCore/src/catalogue/table_lint.h"
 #include "VarkelCore/src/pages/page_description.h"
 #include "VarkelCore/src/pages/page_reader.h"
 #include "VarkelCore/src/pages/page_writer.h"
@@ -64,7 +64,6 @@ void Describe(const varkel::Model& model) {
   }
   Require(VariableMaps(model).size() == pages.size(), "each page has its variables");
   DownloadableLogs(catalogue);
-  CheckSetPayloads(catalogue);
 }
 
 void ReadAndSave(varkel::Model& model, Bytes answer) {
@@ -106,10 +105,12 @@ void Load(const std::string& table, Bytes answer) {
       ftruncate(file, 0) == 0 && std::cmp_equal(pwrite(file, table.data(), table.size(), 0), table.size()),
       "the memory file takes the table");
   const auto catalogue = std::make_shared<ConfigParser>("/proc/self/fd/" + std::to_string(file));
+  const auto findings = varkel::LintTable(catalogue->path());
   try {
     Require(catalogue->ExtractConfigInfo(), "the file is open");
   } catch (const std::exception&) {
     catalogue->RowBeingRead();
+    Require(!findings.empty(), "a table that does not load has a fault");
     return;
   }
   CheckCatalogue(*catalogue);

@@ -10,8 +10,8 @@
 
 namespace fuzz {
 
-/// What the transport of every client does, until it is set anew. Both return what the transport's operations
-/// do; an empty function fails.
+/// What the transport of every client does until the script changes. Both return what the transport's
+/// operations return; an empty function fails.
 struct TransportScript {
   std::function<int(Bytes frame)> send;
   std::function<int(std::span<std::uint8_t> buffer)> receive;

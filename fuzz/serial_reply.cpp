@@ -78,7 +78,7 @@ void AssembleBehindNoise(ReplyKind kind, Vector noise, std::size_t piece_size) {
   ReplyAssembler assembler(kind);
   for (const Vector& piece : Cut(stream, piece_size)) assembler.Add(piece);
   Require(assembler.Finish() == ReplyAssembler::State::kPassed && Same(assembler.block(), reply),
-          "a reply behind noise is found");
+          "a reply after noise is found");
 }
 
 /// Every byte that came out of the split, with 0 for data, 1 within a reply, 2 at a reply's beginning.

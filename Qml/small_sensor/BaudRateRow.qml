@@ -5,17 +5,6 @@ import "../assembly"
 LabelledRow {
     text: "Baud Rate"
 
-    SensorCall {
-        id: query
-
-        operation: "ZeltoGetBaudRate"
-        onAnswered: {
-            if (result) {
-                field.show(result);
-            }
-        }
-    }
-
     DefaultTextField {
         id: field
 
@@ -27,14 +16,24 @@ LabelledRow {
 
     GetButton {
         objectName: "zeltoBaudRateGet"
-        onClicked: query.start([])
+        onClicked: varkel_manager.smallSensor.readBaudRate()
     }
 
     SaveButton {
         objectName: "zeltoBaudRateSave"
         onClicked: {
             if (field.text.length > 0) {
-                varkel_manager.CallInBackground("ZeltoSetBaudRateFromUI", [field.text]);
+                varkel_manager.smallSensor.setBaudRate(field.text);
+            }
+        }
+    }
+
+    Connections {
+        target: varkel_manager.smallSensor
+
+        function onBaudRateRead(text) {
+            if (text) {
+                field.show(text);
             }
         }
     }

@@ -16,18 +16,11 @@ LabelledRow {
     function save(folder) {
         file = "correction_" + Qt.formatDateTime(new Date(), "yyyyMMdd-hhmmss") + ".bin";
         outcome.text = "";
-        download.start([localPath(folder).replace(/\/$/, "") + "/" + file]);
+        varkel_manager.smallSensor.readCorrection(localPath(folder).replace(/\/$/, "") + "/" + file);
     }
 
     objectName: "zeltoCalibrationRow"
     text: "Lidar Calibration File"
-
-    SensorCall {
-        id: download
-
-        operation: "ZeltoGetCorrection"
-        onAnswered: outcome.text = result === 0 ? "Saved as " + row.file : ""
-    }
 
     BodyText {
         id: outcome
@@ -52,5 +45,13 @@ LabelledRow {
         id: question
 
         onChosen: row.save(file)
+    }
+
+    Connections {
+        target: varkel_manager.smallSensor
+
+        function onCorrectionRead(code) {
+            outcome.text = code === 0 ? "Saved as " + row.file : "";
+        }
     }
 }

@@ -2,13 +2,14 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// A setting with named values, which can be written to the sensor but not read from it.
+// A setting with named values, which the sensor takes but does not report.
 LabelledRow {
     id: row
 
-    property string operation
     property string controlName
     property var choices: []
+
+    signal saved(int index)
 
     DefaultComboBox {
         id: combo
@@ -21,6 +22,6 @@ LabelledRow {
 
     SaveButton {
         objectName: row.controlName + "Save"
-        onClicked: varkel_manager.CallInBackground(row.operation, [combo.currentIndex])
+        onClicked: row.saved(combo.currentIndex)
     }
 }

@@ -15,7 +15,7 @@ Column {
 
     function refresh() {
         if (isOffered() && varkel_manager.IsConnected) {
-            query.start([true]); // silent: nobody asked for it
+            varkel_manager.smallSensor.readDestination(true); // silent: nobody asked for it
         } else {
             clear(ip);
             clear(port);
@@ -40,22 +40,6 @@ Column {
 
     visible: isOffered()
     onSelectedModelChanged: refresh()
-
-    SensorCall {
-        id: query
-
-        operation: "ZeltoGetDestinationConfig"
-        onAnswered: {
-            if (!destination.isOffered() || !varkel_manager.IsConnected) {
-                return;
-            }
-            if (result && result.length >= 2) {
-                destination.put(String(result[0]), String(result[1]));
-            } else {
-                destination.put("xx.xx.xx.xx", "xx");
-            }
-        }
-    }
 
     LabelledRow {
         width: destination.width
@@ -93,8 +77,7 @@ Column {
 
         SaveButton {
             objectName: "zeltoDestinationSave"
-            onClicked: varkel_manager.CallInBackground("ZeltoSetDestinationIPandPort",
-                                                       [ip.text, destination.portNumber()])
+            onClicked: varkel_manager.smallSensor.setDestination(ip.text, destination.portNumber())
         }
     }
 
@@ -107,6 +90,21 @@ Column {
 
         function onConnectTypeChanged() {
             destination.refresh();
+        }
+    }
+
+    Connections {
+        target: varkel_manager.smallSensor
+
+        function onDestinationRead(ipAndPort) {
+            if (!destination.isOffered() || !varkel_manager.IsConnected) {
+                return;
+            }
+            if (ipAndPort.length >= 2) {
+                destination.put(ipAndPort[0], ipAndPort[1]);
+            } else {
+                destination.put("xx.xx.xx.xx", "xx");
+            }
         }
     }
 }

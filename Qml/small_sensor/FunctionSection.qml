@@ -17,7 +17,7 @@ Section {
         width: section.width
         text: "Standby Mode"
         controlName: "zeltoStandby"
-        operation: "ZeltoSetStandby"
+        onSaved: varkel_manager.smallSensor.setStandby(index)
         choices: ["In Operation", "Standby"]
     }
 
@@ -25,7 +25,7 @@ Section {
         width: section.width
         text: "Spin Rate"
         controlName: "zeltoSpinRate"
-        operation: "ZeltoSetSpinRate"
+        onSaved: varkel_manager.smallSensor.setSpinRate(index)
         choices: ["5hz", "10hz"]
     }
 
@@ -33,7 +33,7 @@ Section {
         width: section.width
         text: "Return Mode"
         controlName: "zeltoReturnMode"
-        operation: "ZeltoSetReturnMode"
+        onSaved: varkel_manager.smallSensor.setReturnMode(index)
         choices: ["Strongest", "Last"]
     }
 

@@ -30,7 +30,6 @@ LabelledRow {
 
     SaveButton {
         objectName: "zeltoImuRangeSave"
-        onClicked: varkel_manager.CallInBackground("MarvoSetIMURange",
-                                                   [angular.currentIndex, acceleration.currentIndex])
+        onClicked: varkel_manager.smallSensor.setImuRange(angular.currentIndex, acceleration.currentIndex)
     }
 }

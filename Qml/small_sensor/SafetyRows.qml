@@ -10,18 +10,6 @@ Column {
     property string faultState: "Normal"
     property var codes: ["None"]
 
-    SensorCall {
-        id: query
-
-        operation: "ZeltoGetLidarFunctionSafety"
-        onAnswered: {
-            if (result && result.length > 0) {
-                safety.faultState = String(result[0]);
-                safety.codes = result.length > 1 ? result.slice(1).map(String) : ["None"];
-            }
-        }
-    }
-
     LabelledRow {
         width: safety.width
         text: "Function Safety"
@@ -41,7 +29,7 @@ Column {
 
         GetButton {
             objectName: "zeltoSafetyGet"
-            onClicked: query.start([])
+            onClicked: varkel_manager.smallSensor.readSafety()
         }
     }
 
@@ -57,6 +45,17 @@ Column {
             Layout.fillWidth: true
             Accessible.name: "Fault Code"
             model: safety.codes
+        }
+    }
+
+    Connections {
+        target: varkel_manager.smallSensor
+
+        function onSafetyRead(texts) {
+            if (texts.length > 0) {
+                safety.faultState = texts[0];
+                safety.codes = texts.length > 1 ? texts.slice(1) : ["None"];
+            }
         }
     }
 }

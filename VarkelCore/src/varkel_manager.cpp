@@ -14,6 +14,7 @@
 #include "VarkelCore/src/catalogue/variable_search.h"
 #include "VarkelCore/src/pages/page_check.h"
 #include "VarkelCore/src/pages/page_description.h"
+#include "VarkelCore/src/pages/page_models.h"
 #include "VarkelCore/src/pages/page_read_queue.h"
 #include "VarkelCore/src/pages/page_reading.h"
 #include "VarkelCore/src/pages/page_saving.h"
@@ -90,6 +91,7 @@ struct VarkelManager::Parts {
   ByteLogSwitch log_bytes = false;
   std::atomic<bool> checking = false;
   ModelSelection models;
+  PageModels page_models;
   Activity activity;
   WorkerThreads workers;
   BackgroundWork background;
@@ -123,6 +125,8 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
              {[this](const QString& text, const QString& type) { emit manager.sendLogMessage(text, type); },
               [this](const QString& text) { manager.setErrorMsg(text); },
               [this](const QString& text) { manager.setSuccessMsg(text); }}),
+      models([this] { page_models.ValuesChanged(); }),
+      page_models(face, models, events),
       activity({Emit(&VarkelManager::isUpgradingChanged), Emit(&VarkelManager::isDownloadLogChanged)}),
       background(workers, events, [this] { emit manager.isWorkingChanged(); }),
       reader({report, Emit(&VarkelManager::fovConfigChanged)}),
@@ -140,8 +144,9 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
           }),
       editor(report),
       page_check({report,
-                  [this](const std::string& name) {
-                    events.Post([this, name = Text(name)] { emit manager.someVarOutOfRange(name); });
+                  [this](const VarInfo& var, const std::string& verdict) {
+                    events.Post([this, name = Text(var.var_name)] { emit manager.someVarOutOfRange(name); });
+                    page_models.Refuse(var, verdict);
                   }}),
       writer({reader, report}),
       saving(connection, models, activity, writer, report),
@@ -261,6 +266,7 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   const std::string model = model_name.toStdString();
   d_->connect_type = ConnectTypeOf(model);
   const LoadReport loaded = d_->models.Select(model);
+  d_->page_models.Drop();
   d_->small_sensor_info.SetModel(model);
   emit zeltoLidarInfoChanged();
   emit connectTypeChanged();
@@ -384,6 +390,12 @@ QVariantMap VarkelManager::variableMap(int module, int group, int index) const {
   const auto model = d_->models.model();
   const VarInfo* var = model ? VariableAt(*model->catalogue, module, group, index) : nullptr;
   return var != nullptr ? VariableMap(*model, *var) : QVariantMap();
+}
+
+QString VarkelManager::valueMark(int module, int group, int index) const {
+  const auto model = d_->models.model();
+  const VarInfo* var = model ? VariableAt(*model->catalogue, module, group, index) : nullptr;
+  return var != nullptr ? ValueMark(*model, *var) : QString();
 }
 
 QVariantList VarkelManager::FovList() const {
@@ -517,6 +529,10 @@ bool VarkelManager::CheckVarIsWithinRange(const QString& qs_var_info, const QStr
 bool VarkelManager::CheckModuleVarsWithinRange(int module) {
   const auto model = d_->models.model();
   return !model || d_->page_check.CheckModuleVarsWithinRange(*model, module);
+}
+
+QObject* VarkelManager::pageModel(int module) {
+  return d_->page_models.Get(module);
 }
 
 // Console

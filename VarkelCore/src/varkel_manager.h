@@ -306,9 +306,14 @@ class VarkelManager : public QObject {
   Q_INVOKABLE void ResetInBackground();
   /// The map of one variable, the same as myMap[module][group][index]; empty when there is none.
   Q_INVOKABLE QVariantMap variableMap(int module, int group, int index) const;
+  /// Text, switch and origin of that map as one text: a row whose mark is the same has nothing new to show.
+  Q_INVOKABLE QString valueMark(int module, int group, int index) const;
   /// Names of the fields that saving the page would write although they were neither edited nor ever read
   /// from this sensor: what the user should be asked about first.
   Q_INVOKABLE QStringList unreadFields(int module) const;
+  /// The rows of a page as a list model (PageModel); null when there is no such page. This object owns it; it
+  /// is another one after another model has been selected.
+  Q_INVOKABLE QObject* pageModel(int module);
 
  private:
   struct Parts;

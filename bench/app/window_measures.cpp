@@ -1,6 +1,6 @@
 // Whole-process measures of the window, as lines "name<tab>number". Start and memory take turns with an empty
-// window, ahead of the machine's other work where that is allowed; of nine starts the quickest counts, and
-// the median of the memories.
+// window, with priority over the machine's other work where that is allowed; of nine starts the quickest
+// counts, and the median of the memories.
 #include <pthread.h>
 #include <sched.h>
 #include <QCoreApplication>
@@ -36,7 +36,8 @@ bool Run(const QString& program, const QStringList& arguments, Figures& figures)
   return true;
 }
 
-/// Whether this thread and what it starts run ahead of the machine's other work, where that is allowed.
+/// Whether this thread and what it starts run with priority over the machine's other work, where that is
+/// allowed.
 void SetAheadOfOthers(bool on) {
   sched_param priority{};
   priority.sched_priority = on ? 1 : 0;

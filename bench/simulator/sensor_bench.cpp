@@ -39,7 +39,7 @@ struct Bench {
   std::unique_ptr<quarn::lidar::KtcClient> client;
 };
 
-// A package in pieces, and by turns as many plain exchanges as it has pieces, each with a piece's bytes.
+// A package in pieces, and alternately, as many plain exchanges as it has pieces, each with a piece's bytes.
 void BM_FileTransfer(benchmark::State& state) {
   const Bench bench;
   const Bytes package(static_cast<std::size_t>(state.range(0)) * kPieceSize, 0x5A);

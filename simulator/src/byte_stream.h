@@ -17,8 +17,8 @@ class ByteStream {
   virtual int Receive(std::span<std::uint8_t> buffer) = 0;
   /// False when the client is gone.
   virtual bool SendAll(std::span<const std::uint8_t> bytes) = 0;
-  /// Tells the client that the conversation ends on purpose, where the road has a word for it. A stream that
-  /// goes without has been cut.
+  /// Tells the client that the conversation ends intentionally, if the transport has a message for that. A
+  /// stream that goes without has been cut.
   virtual void End() {}
 };
 

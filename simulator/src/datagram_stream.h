@@ -34,7 +34,7 @@ double RateOfMegabits(double megabits, std::size_t size);
 /// Sends numbered datagrams at a steady rate, on a thread of its own, from construction on.
 ///
 /// Each has its moment, counted from the first one: a late datagram makes none of the later ones late. Who
-/// falls far behind (a suspended machine) does not catch up with a burst, but goes on from there. A number
+/// is far too late (a suspended machine) does not catch up with a burst, but goes on from there. A number
 /// that the system refuses to send is lost to the receivers too.
 class DatagramStream {
  public:

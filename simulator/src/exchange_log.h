@@ -17,7 +17,7 @@ struct ReceivedRequest {
   std::vector<std::uint8_t> payload;  ///< whole payload, with the four-byte code of a 0xFF command
 };
 
-/// How one exchange ended, for whoever watches.
+/// How one exchange ended, for watchers.
 struct Exchange {
   ReceivedRequest request;
   std::uint8_t return_code = 0;

@@ -26,7 +26,7 @@ struct ReplyPlan {
   std::optional<std::size_t> close_after;  ///< bytes sent before closing; nullopt: half of the reply
 };
 
-/// The faults that the sensor shows on purpose. Thread-safe.
+/// The faults that the sensor is asked to show. Thread-safe.
 class FaultRules {
  public:
   /// Adds a rule, or removes those of a command ("none"). The form is COMMAND=KIND[:ARGUMENT][#N];

@@ -7,9 +7,9 @@
 
 namespace varkel::sim {
 
-/// The version that a package's first line names, "VARKEL-SIM FIRMWARE 1.2.3.4 2024-10-01" with a line feed
-/// behind it, as the user interface shows it: "1.2.3.4 (2024-10-01)". Nothing for any other beginning, and
-/// for numbers that a version's fields don't hold.
+/// The version that a package's first line names, "VARKEL-SIM FIRMWARE 1.2.3.4 2024-10-01" and a line
+/// feed, as the user interface shows it: "1.2.3.4 (2024-10-01)". nullopt for any other beginning, and for
+/// numbers that a version's fields don't hold.
 std::optional<std::string> FirmwareVersionIn(std::span<const std::uint8_t> package);
 
 }  // namespace varkel::sim

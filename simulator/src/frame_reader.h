@@ -22,7 +22,7 @@ class FrameReader {
   /// The next complete request, or nothing until more bytes come.
   std::optional<ReceivedRequest> Next();
 
-  /// The header of a request that announced more than kMaxPayload. The reader yields nothing behind it:
+  /// The header of a request that announced more than kMaxPayload. The reader yields nothing after it:
   /// where that request ends can't be trusted.
   const std::optional<ReceivedRequest>& refused() const { return refused_; }
 

@@ -20,7 +20,7 @@ constexpr double kPeriodStepSeconds = 7.0;
 constexpr std::size_t kPeriods = 5;
 constexpr std::chrono::seconds kCounterStep{10};
 
-/// The tables have no mark for counters: their names tell.
+/// The tables have no mark for counters: they are known by their names.
 bool NamesACounter(std::string name) {
   std::transform(name.begin(), name.end(), name.begin(),
                  [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });

@@ -15,14 +15,14 @@ namespace varkel::sim {
 enum OtaStatus : std::uint8_t {
   kOtaTaken = 0,
   kOtaUnknownFrame = 1,
-  kOtaWrongOrder = 2,    ///< no transfer under way, one of the other kind, or an end ahead of the last block
+  kOtaWrongOrder = 2,    ///< no transfer under way, one of the other kind, or an end before the last block
   kOtaBadLength = 3,     ///< nothing, more than the sensor has room for, or another length at the end
   kOtaBadPurpose = 4,    ///< no such upgrade mode or component type
   kOtaBadBlock = 5,      ///< neither the block that comes next nor the last one again
   kOtaBadCount = 6,      ///< another number of blocks than the length makes
   kOtaBadBlockSize = 7,  ///< also data in a start or end frame
   kOtaBadChecksum = 8,
-  kOtaNotReady = 9,  ///< a component ahead of the change of mode
+  kOtaNotReady = 9,  ///< a component before the change of mode
 };
 
 /// Firmware that came whole.

@@ -30,7 +30,7 @@ IntegerBounds BoundsOf(const NumberType& type, std::size_t length);
 /// `value` is the two's complement of a negative number.
 std::vector<std::uint8_t> IntegerBytes(std::uint64_t value, bool is_signed, std::size_t length);
 
-/// The number that stands big-endian in `bytes`, as two's complement. A field longer than 8 bytes counts
+/// The big-endian number in `bytes`, as two's complement. A field longer than 8 bytes counts
 /// with its last 8; a shorter one is extended with its sign when `is_signed`.
 std::uint64_t IntegerOf(std::span<const std::uint8_t> bytes, bool is_signed);
 

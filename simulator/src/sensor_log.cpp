@@ -13,7 +13,7 @@ constexpr std::size_t kSelectorSize = 2;
 constexpr std::uint32_t kFirstSecond = 6 * 3600;
 constexpr std::uint32_t kLongestPauseSeconds = 600;
 
-/// A digit stands between the two.
+/// A digit comes between the two.
 struct Event {
   const char* head;
   const char* tail;

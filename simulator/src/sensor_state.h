@@ -26,7 +26,7 @@ class SensorState {
   /// and variable when a default can't be encoded or a field is absurdly long.
   SensorState(std::shared_ptr<const ConfigParser> model, Clock clock);
 
-  /// The reply payload of a get command of the table. In front of a four-byte command's fields stand four
+  /// The reply payload of a get command of the table. In front of a four-byte command's fields are four
   /// zero bytes, the place of its code.
   std::vector<std::uint8_t> Read(const std::string& get_cmd) const;
 

@@ -60,7 +60,7 @@ FrameStart FindStart(Bytes bytes) {
   return {bytes.size(), std::nullopt};
 }
 
-/// How long the frame claims to be; nothing until that can be told.
+/// How long the frame claims to be; nullopt until that is known.
 std::optional<std::size_t> ClaimedSize(Bytes bytes, ReplyKind kind) {
   if (kind == ReplyKind::kCommand) {
     if (bytes.size() <= kCommandLength) return std::nullopt;
@@ -116,7 +116,7 @@ std::optional<SerialRequest> SerialRequestReader::Next() {
     const bool is_credible = *size <= kMaxData + kAroundData;
     if (is_credible && bytes_.size() < *size) return std::nullopt;
     auto request = is_credible ? ParseSerialRequest(Bytes(bytes_).first(*size)) : std::nullopt;
-    // Behind a stump of a frame the next one may stand within the bytes that the stump claimed.
+    // After a stump of a frame the next one may lie within the bytes that the stump claimed.
     Drop(request ? *size : 1);
     if (request) return request;
   }

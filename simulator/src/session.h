@@ -18,7 +18,7 @@ struct SessionParts {
   FaultRules& faults;
   ExchangeLog& log;
   const std::function<void(const Exchange&)>& watcher;  ///< may be empty
-  const SmallSensorTunnel* tunnel = nullptr;            ///< the way to the small sensor behind this server
+  const SmallSensorTunnel* tunnel = nullptr;            ///< the way to the small sensor of this server
 };
 
 /// Answers one client until it leaves, the rules close the connection, the sensor restarts, or the signal is

@@ -29,7 +29,7 @@ class SimServer : public RestartSwitch {
   struct Restarting {
     std::chrono::milliseconds time{0};  ///< for which connections are refused
     std::function<void()> on_begin;     ///< on the thread of the conversation that asked for it
-    std::function<void()> on_power_up;  ///< after all conversations, ahead of the next ones
+    std::function<void()> on_power_up;  ///< after all conversations, before the next ones
   };
 
   /// Port 0 picks a free one. Raises std::runtime_error when it can't listen.

@@ -175,7 +175,7 @@ std::vector<std::uint8_t> SimulatedSensor::ReceivedPackage() const {
 
 SmallSensorDevice& SimulatedSensor::device() {
   if (!parts_->device) {
-    throw std::logic_error("The model of " + parts_->options.table_path + " has no small sensor behind it.");
+    throw std::logic_error("The model of " + parts_->options.table_path + " has no small sensor.");
   }
   return *parts_->device;
 }

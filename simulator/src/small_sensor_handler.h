@@ -13,13 +13,13 @@ namespace varkel::sim {
 struct SerialReply {
   quarn::lidar::ReplyKind kind = quarn::lidar::ReplyKind::kCommand;
   std::uint8_t code = 0;               ///< the request's
-  std::vector<std::uint8_t> contents;  ///< what stands behind the code
+  std::vector<std::uint8_t> contents;  ///< what follows the code
 };
 
 /// Answers every request that a small sensor knows. Thread-safe.
 ///
 /// A refused set, and a refused firmware frame, carries the reason as its status. A get has no status: its
-/// refusal is cut off behind the item, with the reason as the only byte.
+/// refusal is cut off after the item, with the reason as the only byte.
 class SmallSensorHandler {
  public:
   /// Both outlive the handler.

@@ -19,7 +19,7 @@ struct SmallSensorItems {
   bool standby = false;
   std::uint8_t spin_rate = 10;
   bool last_return = false;           ///< else the strongest
-  std::uint32_t baud_rate = 3000000;  ///< of the line behind the network
+  std::uint32_t baud_rate = 3000000;  ///< of the line on the sensor's side
   std::uint8_t angular_range = 0;     ///< codes of the IMU range
   std::uint8_t accel_range = 0;
   std::uint8_t safety_state = 0;             ///< 0 normal, 1 warning, 2 shutdown
@@ -34,7 +34,7 @@ struct SmallSensorItems {
   static constexpr std::size_t kMostCorrection = 251;  ///< more than that a reply's length byte can't count
 };
 
-/// The same behind a lock. Thread-safe.
+/// The same under a lock. Thread-safe.
 class SmallSensorState {
  public:
   SmallSensorItems Items() const {

@@ -7,8 +7,8 @@
 
 namespace varkel::sim {
 
-/// A small sensor behind a KTC server: KTC command 0xFF carries serial frames to it (payload 00 02, then the
-/// frame) and is asked for the rate of the line to it (00 01) or sets it (00 01 39, then the rate).
+/// A small sensor reached through a KTC server: KTC command 0xFF carries serial frames to it (payload 00 02,
+/// then the frame) and is asked for the rate of the line to it (00 01) or sets it (00 01 39, then the rate).
 /// Thread-safe.
 class SmallSensorTunnel {
  public:

@@ -6,7 +6,7 @@
 namespace varkel::sim {
 
 /// What one receiver makes of the numbers of a DatagramStream. It may come in after the first datagram: what
-/// it missed ahead of the lowest number, and behind the highest, is not counted as lost.
+/// it missed before the lowest number, and after the highest, is not counted as lost.
 class StreamTally {
  public:
   /// False for a datagram too short for a number, which counts for nothing.
@@ -14,7 +14,7 @@ class StreamTally {
 
   std::uint64_t received() const { return received_; }
   std::uint64_t last() const { return highest_; }           ///< the highest number, 0 before the first
-  std::uint64_t disordered() const { return disordered_; }  ///< came behind a higher number, or twice
+  std::uint64_t disordered() const { return disordered_; }  ///< came after a higher number, or twice
   std::uint64_t lost() const;                               ///< numbers that did not come
 
  private:

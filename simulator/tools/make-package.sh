@@ -24,7 +24,7 @@ esac
 head="VARKEL-SIM FIRMWARE $1 $2"
 [ "$3" -gt ${#head} ] || usage "$3 bytes don't hold the first line, which has $((${#head} + 1))."
 
-# Bytes 1 to 255 in a fixed disorder behind the first line: no awk agrees with another on NUL.
+# Bytes 1 to 255 in a fixed disorder after the first line: no awk agrees with another on NUL.
 awk -v head="$head" -v size="$3" 'BEGIN {
   printf "%s\n", head
   state = 1

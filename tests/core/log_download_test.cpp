@@ -57,7 +57,7 @@ class LogDownloadTest : public QObject {
   }
 
   void NamedLogFailures() {
-    bench_->Misbehave("0x62=error:5");
+    bench_->AddFault("0x62=error:5");
     const QStringList cases[] = {{"Other Log", "", "Can not find Other Log name"},
                                  {"Event Log", "missing/folder", "Event Log: Failed to open file."},
                                  {"Fault Log", "", "Fault Log download failed. return code: -1"}};
@@ -152,7 +152,7 @@ class LogDownloadTest : public QObject {
     const QString path = folder_->filePath("logs.tar");
     Put(path, kOld);
     mkfifo(folder_->filePath("pipe.tar").toUtf8(), 0600);
-    if (!rule.isEmpty()) bench_->Misbehave(rule.toStdString());
+    if (!rule.isEmpty()) bench_->AddFault(rule.toStdString());
     if (!tar.isEmpty()) ReplaceTar(tar);
     auto full = disk > 0 ? std::make_unique<FullDisk>(disk) : nullptr;
     bench_->manager->DownloadOperationLog(Target(name));

@@ -102,7 +102,7 @@ class PageWritingTest : public QObject {
   }
 
   void AddressesThatCouldNotGoOutAreNotSaved() {
-    bench_->Misbehave("0x08=close:0");  // breaks the connection in the refresh
+    bench_->AddFault("0x08=close:0");  // breaks the connection in the refresh
     bench_->Edit("Sensor IP", "192.168.1.77");
     QVERIFY(!Saves(2));
     QVERIFY(bench_->errors.contains("SET [0x21] FAILED"));
@@ -185,7 +185,7 @@ class PageWritingTest : public QObject {
     const QByteArray angle = manager.FovList()[4].toByteArray();
     QVERIFY(edit());
     QSignalSpy fov_changed(&manager, &VarkelManager::fovConfigChanged);
-    bench_->Misbehave("0x42=error:9");
+    bench_->AddFault("0x42=error:9");
     manager.ClearSetMap();
     manager.GetLidarModuleInfo(4);
     QVERIFY(shows("31", angle));
@@ -200,7 +200,7 @@ class PageWritingTest : public QObject {
 
   void FieldsThatWereNotReadAreNamed() {
     VarkelManager& manager = *bench_->manager;
-    bench_->Misbehave("0x42=error:9");
+    bench_->AddFault("0x42=error:9");
     bench_->Edit("Intensity Threshold", "13");
     manager.SetMultiFovConfig(0, "10");
     const QStringList unread = manager.unreadFields(4);
@@ -215,7 +215,7 @@ class PageWritingTest : public QObject {
     QVERIFY(Saves(5));
     QVERIFY(bench_->log.contains(warning + "Channel Field of View"));
 
-    bench_->Behave();
+    bench_->ClearFaults();
     for (int page : {4, 5}) manager.GetLidarModuleInfo(page);
     bench_->Edit("Intensity Threshold", "14");
     manager.SetMultiFovConfig(0, "11");

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "VarkelCore/src/session/small_sensor_link.h"
+#include "VarkelCore/src/session/small_sensor_channel.h"
 #include "VarkelCore/src/tasks/user_report.h"
-#include "VarkelCore/src/upgrade/serial_upgrade.h"
+#include "VarkelCore/src/upgrade/upgrade_run.h"
 #include "tests/support/scripted_exchange.h"
 
 namespace varkel::test {
@@ -18,7 +18,7 @@ namespace varkel::test {
 using quarn::test::ScriptedExchange;
 using Bytes = std::vector<std::uint8_t>;
 
-/// What the user was told, in order: "error: text", "success: text", "TYPE text" of the log pane.
+/// What was reported to the user, in order: "error: text", "success: text", "TYPE text" of the log pane.
 class RecordedReport : public UserReport {
  public:
   void Log(const std::string& text, const std::string& type) override { Add(type + " " + text); }
@@ -45,8 +45,8 @@ class RecordedReport : public UserReport {
   std::vector<std::string> lines_;
 };
 
-/// A connection without a sensor.
-class ScriptedLink : public SmallSensorLink {
+/// A session without a sensor.
+class ScriptedChannel : public SmallSensorChannel {
  public:
   struct KtcRequest {
     std::uint8_t command = 0;
@@ -55,16 +55,16 @@ class ScriptedLink : public SmallSensorLink {
     bool operator==(const KtcRequest&) const = default;
   };
 
-  bool is_connected() const override { return connected; }
-  std::shared_ptr<quarn::lidar::SerialExchange> KtcExchange() const override { return ktc; }
-  std::shared_ptr<quarn::lidar::SerialExchange> LineExchange() const override { return lines; }
-  int QueryKtc(std::uint8_t command, std::span<const std::uint8_t> payload, Bytes& reply,
-               bool silent) override {
-    ktc_requests.push_back({command, Bytes(payload.begin(), payload.end()), silent});
-    return on_ktc ? on_ktc(ktc_requests.back(), reply) : 0;
+  std::shared_ptr<quarn::lidar::SerialExchange> ktc_exchange() const override { return ktc; }
+  std::shared_ptr<quarn::lidar::SerialExchange> line_exchange() const override { return lines; }
+  ExchangeResult QueryKtc(std::uint8_t command, std::span<const std::uint8_t> payload,
+                          Logged logged) override {
+    ktc_requests.push_back({command, Bytes(payload.begin(), payload.end()), logged == Logged::kNo});
+    Bytes reply;
+    const int code = on_ktc ? on_ktc(ktc_requests.back(), reply) : 0;
+    return code == 0 ? ExchangeResult(reply) : tl::unexpected(code);
   }
 
-  bool connected = true;
   std::shared_ptr<ScriptedExchange> ktc = std::make_shared<ScriptedExchange>();
   std::shared_ptr<ScriptedExchange> lines;
   std::function<int(const KtcRequest&, Bytes& reply)> on_ktc;

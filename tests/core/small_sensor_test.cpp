@@ -15,23 +15,23 @@ namespace {
 
 using test::Bytes;
 using Command = test::ScriptedExchange::Command;
-using Ktc = test::ScriptedLink::KtcRequest;
+using Ktc = test::ScriptedChannel::KtcRequest;
 using Lines = std::vector<std::string>;
 
 struct Bench {
   /// Answers commands with these contents (from the reply's byte 2 on), and KTC with the same.
   void Answer(const Bytes& contents, int result = 0) {
-    link.ktc->on_command = [contents, result](const Command&, Bytes& out) {
+    channel->ktc->on_command = [contents, result](const Command&, Bytes& out) {
       out = contents;
       return result;
     };
-    link.on_ktc = [contents, result](const Ktc&, Bytes& out) {
+    channel->on_ktc = [contents, result](const Ktc&, Bytes& out) {
       out = contents;
       return result;
     };
   }
-  std::vector<Command> Sent() { return std::exchange(link.ktc->commands, {}); }
-  std::vector<Ktc> SentKtc() { return std::exchange(link.ktc_requests, {}); }
+  std::vector<Command> Sent() { return std::exchange(channel->ktc->commands, {}); }
+  std::vector<Ktc> SentKtc() { return std::exchange(channel->ktc_requests, {}); }
   /// Code and payload of each request.
   std::vector<Bytes> Requests() {
     std::vector<Bytes> all;
@@ -45,13 +45,11 @@ struct Bench {
   }
 
   test::RecordedReport report;
-  test::ScriptedLink link;
-  bool upgrading = false;
-  int connect_type = kKtcToSmallSensor;
-  SmallSensor sensor{report,
-                     link,
-                     {[this] { return upgrading; }, [this] { return connect_type; },
-                      [this](int type) { connect_type = type; }}};
+  std::shared_ptr<test::ScriptedChannel> channel = std::make_shared<test::ScriptedChannel>();
+  bool connected = true;
+  Activity activity{{[] {}, [] {}}};
+  std::atomic<int> connect_type = kKtcToSmallSensor;
+  SmallSensor sensor{report, activity, [this] { return connected ? channel : nullptr; }, connect_type};
 };
 
 // The functions; their results as texts.
@@ -192,11 +190,11 @@ TEST(SmallSensor, SendsNothingThatIsNoRateOrPlace) {
 
 TEST(SmallSensor, KnowsItsModeOnceTheSensorTookIt) {
   Bench bench;
-  bench.link.ktc->set_current_mode(99);
+  bench.channel->ktc->set_current_mode(99);
   for (const auto& [status, mode] : {std::pair{4, 99}, {0, 11}}) {
     bench.Answer({11, 0, static_cast<std::uint8_t>(status)});
     bench.sensor.SetStandby(1);
-    EXPECT_EQ(bench.link.ktc->current_mode(), mode);
+    EXPECT_EQ(bench.channel->ktc->current_mode(), mode);
   }
 }
 
@@ -221,9 +219,9 @@ TEST(SmallSensor, RefusesWithTheWordsOfTheFunction) {
   for (const auto& [call, not_ready, only] : cases) {
     for (int obstacle = 0; obstacle < 5; ++obstacle) {
       Bench bench;
-      bench.link.connected = obstacle == 1 || obstacle == 2;
-      bench.upgrading = obstacle == 1;
-      if (obstacle == 2) bench.link.ktc = nullptr;
+      bench.connected = obstacle == 1 || obstacle == 2;
+      if (obstacle == 1) bench.activity.BeginUpgrade();
+      if (obstacle == 2) bench.channel->ktc = nullptr;
       const bool other_type = obstacle >= 3;
       if (other_type) bench.connect_type = obstacle == 3 ? kNetwork : kSerialLines;
       const int type = bench.connect_type;
@@ -244,7 +242,7 @@ struct InfoBench : Bench {
 
   /// Versions by their index, a serial number, a destination.
   void AnswerAll(const std::string& serial_number) {
-    link.ktc->on_command = [serial_number](const Command& command, Bytes& contents) {
+    channel->ktc->on_command = [serial_number](const Command& command, Bytes& contents) {
       const bool version = command.payload[0] == 15;
       const std::string text = version ? "1.2." + std::to_string(command.payload[1]) : serial_number;
       contents = {command.payload[0], 0};
@@ -252,20 +250,21 @@ struct InfoBench : Bench {
       if (version) contents.resize(28);
       return 0;
     };
-    link.on_ktc = [](const Ktc&, Bytes& reply) {
+    channel->on_ktc = [](const Ktc&, Bytes& reply) {
       reply = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 10, 0, 0, 0, 0, 80};
       return 0;
     };
   }
   /// What a round tells.
   Lines Round() {
-    info.Round(std::stop_token());
+    info.Round(*channel, stop.get_token());
     return report.Take();
   }
 
+  std::stop_source stop;
   SmallSensorInfo info{report,
-                       link,
-                       {[this] { return upgrading; }, [this] { report.Add("changed"); },
+                       activity,
+                       {[this] { report.Add("changed"); },
                         [this] { report.Add(info.is_getting_pbl_version() ? "pbl begins" : "pbl ends"); }}};
 };
 
@@ -289,16 +288,12 @@ TEST(SmallSensorInfo, ShowsPlaceholdersThenWhatWasRead) {
   EXPECT_EQ(bench.Sent().size(), 1U);
   bench.info.Reset();
   EXPECT_EQ(bench.info.Info()[0].value, "xxxxxxxx");
-  bench.upgrading = true;
-  bench.Round();
-  bench.upgrading = false;
-  bench.link.connected = false;
+  bench.activity.BeginUpgrade();
   bench.Round();
   EXPECT_TRUE(bench.Sent().empty());
 
   InfoBench marvo("Marvo-KTC");
   marvo.AnswerAll("M1");
-  marvo.info.ReadMarvoVersions();
   marvo.Round();
   EXPECT_EQ(
       marvo.info.Versions(),
@@ -309,12 +304,11 @@ TEST(SmallSensorInfo, ShowsPlaceholdersThenWhatWasRead) {
 TEST(SmallSensorInfo, LogsAFailingQueryOnce) {
   InfoBench bench("Marvo-KTC");
   bench.Answer({}, -3);
-  bench.info.ReadMarvoVersions();
-  EXPECT_EQ(bench.report.Take(), (Lines{"ERROR Failed to get BMB FPGA version, ret:-3",
-                                        "ERROR Failed to get TMB FPGA version, ret:-3",
-                                        "ERROR Failed to get BMB MCU version, ret:-3"}));
+  EXPECT_EQ(
+      bench.Round(),
+      (Lines{"ERROR Zelto-KTC get SN failed, ret:-3", "ERROR Failed to get BMB FPGA version, ret:-3",
+             "ERROR Failed to get TMB FPGA version, ret:-3", "ERROR Failed to get BMB MCU version, ret:-3"}));
   EXPECT_EQ(bench.info.Versions()[0].value, "xxxxxxxx");
-  EXPECT_EQ(bench.Round(), Lines{"ERROR Zelto-KTC get SN failed, ret:-3"});
   EXPECT_EQ(bench.Round(), Lines{});
   for (const std::string& serial :
        {std::string(), std::string(2, '\0'), std::string("A\a"), std::string("A\x80")}) {
@@ -324,10 +318,30 @@ TEST(SmallSensorInfo, LogsAFailingQueryOnce) {
     EXPECT_EQ(bench.Round().front(), "ERROR Zelto-KTC SN invalid after validation");
     EXPECT_EQ(bench.info.Info()[0].value, "xxxxxxxx");
   }
-  InfoBench pbl("Zelto");
-  pbl.Answer({}, -2);
-  EXPECT_EQ(pbl.Round(), (Lines{"ERROR Zelto-KTC get SN failed, ret:-2", "pbl begins",
-                                "ERROR get pbl version error, ret:-2", "pbl ends"}));
+}
+
+TEST(SmallSensorInfo, AsksAgainForAVersionThatWasLost) {
+  InfoBench bench("Zelto");
+  bench.Answer({}, -2);
+  EXPECT_EQ(bench.Round(), (Lines{"ERROR Zelto-KTC get SN failed, ret:-2", "pbl begins",
+                                  "ERROR get pbl version error, ret:-2", "pbl ends"}));
+  bench.AnswerAll("Z1");
+  EXPECT_EQ(bench.Round(), (Lines{"changed", "pbl begins", "changed", "pbl ends"}));
+  EXPECT_EQ(bench.Round(), Lines{});
+
+  InfoBench deaf("Zelto");  // a sensor without that query is not held up by it for good
+  deaf.Answer({}, -2);
+  for (int round = 0; round < 5; ++round) deaf.Round();
+  EXPECT_EQ(deaf.Sent().size(), 5U + SmallSensorInfo::kVersionTries);
+}
+
+TEST(SmallSensorInfo, ReportsNothingOnceItIsStopped) {
+  InfoBench bench("Zelto-KTC");
+  bench.channel->ktc->on_command = [&](const Command&, Bytes&) {
+    bench.stop.request_stop();
+    return -1;
+  };
+  EXPECT_EQ(bench.Round(), Lines{});
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ inline Bytes Joined(std::initializer_list<Bytes> parts) {
   return all;
 }
 
-/// Each byte tells its place.
+/// Each byte depends on its position.
 inline Bytes Counting(std::size_t size) {
   Bytes bytes(size);
   for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + 3);

@@ -61,7 +61,7 @@ TEST(SerialClient, TakesTheReplyOutOfThePointCloud) {
   Lines lines;
   std::string log;  // written by the exchange's thread, read once it has ended
   lines.client.SetLogCallback([&](const std::string& line) { log += line.substr(0, 39) + "\n"; });
-  // What an abandoned exchange left behind is no reply to this one.
+  // What an abandoned exchange left unread is no reply to this one.
   ASSERT_TRUE(lines.rs485.Write(Reply(ReplyKind::kCommand, 3, {9, 9, 9})));
   auto result = lines.Query();
   EXPECT_EQ(lines.uart.Read(kRequestSize).size(), kRequestSize);
@@ -139,7 +139,7 @@ TEST(KtcSerialClient, CarriesFramesInsideKtc) {
   const Bytes good = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
   const std::pair<Bytes, int> kCases[] = {{test::Joined({{0, 2}, good}), 0},
                                           {test::Joined({{0, 1}, good}), -2},
-                                          {test::Joined({{0, 2, 0}, good}), -2},  // noise ahead
+                                          {test::Joined({{0, 2, 0}, good}), -2},  // noise in front
                                           {{}, -2}};
   for (const auto& [payload, result] : kCases) {
     test::FakePeer peer(1, [&answer = payload](const test::Request& request) {

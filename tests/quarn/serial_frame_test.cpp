@@ -63,10 +63,10 @@ TEST(SerialFrames, LengthsWrapNoncesDifferAndPortsGetTheirPrefix) {
   EXPECT_EQ(platform::WindowsDeviceName("COM12"), "\\\\.\\COM12");
 }
 
-// Whatever the pieces, with and without noise ahead; what follows the reply is no part of it.
+// Whatever the pieces, with and without noise in front; what follows the reply is no part of it.
 TEST(ReplyAssembler, TakesEverySplitWithAndWithoutNoise) {
   const Bytes reply = GoodReply();
-  // One stump claims bytes up to behind the true tag, the other up to within it.
+  // One stump claims bytes beyond the true tag, the other up to within it.
   const Bytes stumps[] = {{reply.begin(), reply.begin() + 12}, {reply.begin(), reply.begin() + 18}};
   for (const Bytes& noise : {Bytes{}, Text("$"), Text("$LDCMD"), stumps[0], stumps[1], Text("$LD$LDOTA,\x05"),
                              Bytes(5000, 0xEE)}) {

@@ -92,49 +92,35 @@ TEST(SocketSource, SendsOnceItKnowsWhereAndClosesWhenASendFails) {
   SocketSource first(ports[0], kLoopback, "");
   SocketSource second(ports[1], kLoopback, "");
   const Bytes bytes(65535, 42);  // larger than a datagram
-  const std::string port = std::to_string(ports[0]);
-  const test::LogLines log;
-  EXPECT_FALSE(first.IsOpened());
-  EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1);
-  EXPECT_EQ(log.All(), (Lines{"4 SocketSource::IsOpened(), port " + port + ", sock -1 is not open",
-                              "8 SocketSource::Send, port " + port + ", sock -1 is not open"}));
+  EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1) << "closed";
   ASSERT_TRUE(first.Open() && second.Open());
   EXPECT_TRUE(first.SetClient(kLoopback, ports[1]));
   EXPECT_FALSE(first.SetClient("sensor", ports[1]));
-  EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1);
-  EXPECT_EQ(log.All().back(), "8 SocketSource::Send, client ip is empty");
+  EXPECT_EQ(first.Send(bytes.data(), 1, 0), -1) << "a bad address leaves no destination";
   EXPECT_TRUE(first.SetClient(kLoopback, ports[1]));
   EXPECT_EQ(first.Send(bytes.data(), 1, 0), 1);
   UdpPacket packet;
   EXPECT_EQ(Next(second, packet), Bytes{42});
   EXPECT_EQ(packet.sender_port, ports[0]);
-
   EXPECT_EQ(first.Send(bytes.data(), 65535, 0), -1);
-  EXPECT_TRUE(log.All().rbegin()[1].starts_with("8 SocketSource::Send, errno:")) << log.All().rbegin()[1];
   EXPECT_FALSE(first.IsOpened());
   EXPECT_EQ(first.Receive(packet, kMaxPacketSize, 0, 0), -1);
   EXPECT_TRUE(first.IsOpened()) << "a receive opens again";
 }
 
-TEST(SocketSource, TellsWhatItsOpenMeets) {
+TEST(SocketSource, OpensUnlessItsPortIsTakenOrItsAddressIsWrong) {
   const TakenPort taken;
-  const std::string bind_failed = "8 SocketSource::Open(), bind failed, errno: ";
-  const std::string bad_group = "8 Multicast IP error, set correct multicast ip address or keep it empty";
   const struct {
     std::string local, group;
     std::uint16_t port;
-    std::string line;  // the last one begins so
-  } kCases[] = {{"", "", 0, "2 SocketSource::Open succeed, sock:"},
-                {kLoopback, "", taken.port(), bind_failed},
-                {"127.0.0", "", 0, bind_failed},
-                {"", "239.1.2", 0, bad_group},
-                {kLoopback, "127.0.0.1", 0, bad_group}};  // no group
+    bool opens;
+  } kCases[] = {{kLoopback, "", taken.port(), false}, {"127.0.0", "", 0, false}, {"", "239.1.2", 0, true}};
   for (const auto& c : kCases) {
     const test::LogLines log;
     SocketSource source(c.port, c.local, c.group);
-    EXPECT_EQ(source.Open(), c.line != bind_failed);
-    EXPECT_TRUE(log.All().back().starts_with(c.line)) << log.All().back();
-    EXPECT_EQ(source.IsOpened(), c.line != bind_failed);
+    EXPECT_EQ(source.Open(), c.opens);
+    EXPECT_EQ(source.IsOpened(), c.opens);
+    EXPECT_EQ(log.Has("8 Multicast IP error, set correct multicast ip address or keep it empty"), c.opens);
   }
 }
 
@@ -161,24 +147,6 @@ TEST(SocketSource, ReceivesItsGroupAndNoOther) {
   EXPECT_EQ(packet.sender_ip, std::bit_cast<std::uint32_t>(*ParseIpv4(kLoopback)));
   EXPECT_EQ(Next(same, packet), (Bytes{1, 2, 3}));
   EXPECT_TRUE(IsIdle(other));
-}
-
-TEST(SocketSource, ReceiveBufferTakesABurst) {
-  const std::uint16_t port = FreePort();
-  const test::LogLines log;
-  SocketSource source(port, kLoopback, "");
-  ASSERT_TRUE(source.Open());
-  const std::string granted = log.All().front();
-  ASSERT_TRUE(granted.starts_with("2 OS current udp socket recv buff size is: ")) << granted;
-  const bool large = std::stol(granted.substr(granted.rfind(' '))) >= 4'000'000;
-  Sender sender(kLoopback, port);
-  for (const bool least : {false, true}) {  // the system's least, which is far less than the burst
-    if (least) source.SetReceiveBufferSize(1);
-    for (int i = 0; i < 500; ++i) EXPECT_EQ(sender.Send(Bytes(1400)), 1400);
-    int received = 0;
-    for (UdpPacket packet; source.Receive(packet, kMaxPacketSize, 0, 0) > 0;) ++received;
-    EXPECT_TRUE(least ? received < 500 : received == 500 || !large) << received;
-  }
 }
 
 }  // namespace

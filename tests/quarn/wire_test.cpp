@@ -33,7 +33,7 @@ std::vector<float> Floats(const std::string& text) {
 TEST(KtcFrames, MatchTheProtocolPage) {
   for (const auto& row : Table("| Version | Command | Payload | Frame |", 6)) {
     const KtcParser parser(static_cast<std::uint8_t>(std::stoi(row[0])));
-    Bytes frame = Counting(40);  // what stood there before must not shine through
+    Bytes frame = Counting(40);  // what was there before must not remain
     EXPECT_TRUE(parser.KtcStreamEncode(FromHex(row[2]), frame, FromHex(row[1])[0]));
     EXPECT_EQ(frame, FromHex(row[3])) << row[3];
   }

@@ -58,27 +58,11 @@ refuses "Can't link $work/file" --model Zelto --uart-link "$work/file"
 ln -s nowhere "$work/uart"
 start 'serial lines: ' --model Zelto --rs485-link "$work/rs485" --uart-link "$work/uart"
 [ "$(readlink "$work/rs485") $(readlink "$work/uart")" = "$where" ] || fail "links"
-[ -c "$work/uart" ] || fail "no line behind the link"
+[ -c "$work/uart" ] || fail "no line at the link"
 kill "$sensor"
 wait "$sensor" || fail "status $? of the sensor on serial lines"
 [ ! -L "$work/rs485" ] && [ ! -L "$work/uart" ] || fail "links that stay"
 
 refuses 'no table of a model "Nobody".*Quenta, Zelto' --model Nobody
 refuses '"0x07=shouting" has an unknown kind' --fault 0x07=shouting
-# The package tool: the same bytes for the same arguments, and a first line that the sensor reads.
-package=$(dirname "$0")/../../simulator/tools/make-package.sh
-for wrong in "3.5.0.256 2024-11-05 100" "3.5.0.1 2024-13-05 100" "3.5.0.1"; do
-  # shellcheck disable=SC2086
-  "$package" $wrong >"$work/out" 2>"$work/err" && fail "make-package.sh takes $wrong"
-done
-"$package" 3.5.0.1 2024-11-05 3000 >"$work/first" && "$package" 3.5.0.1 2024-11-05 3000 >"$work/second"
-cmp "$work/first" "$work/second" && [ "$(wc -c <"$work/first")" -eq 3000 ] || fail "the package tool"
-[ "$(head -n 1 "$work/first")" = "VARKEL-SIM FIRMWARE 3.5.0.1 2024-11-05" ] || fail "the package's first line"
-
-marvo=$(dirname "$0")/../../simulator/tools/make-marvo-package.sh
-for name in $("$marvo" --list); do
-  "$marvo" "$name" "$work/$name" || fail "make-marvo-package.sh $name"
-done
-[ "$(head -c 4 "$work/full") $(wc -c <"$work/full")" = "QRNA 11800" ] || fail "the whole sample package"
-[ "$(wc -c <"$work/too-small") $(wc -c <"$work/cut-off")" = "55 9000" ] || fail "the broken sample packages"
 echo PASSED

@@ -47,7 +47,4 @@ class TestTable {
   std::filesystem::path path_;
 };
 
-/// What the sensor of the rows above answers to 0x31.
-inline const Bytes kReplyPayload = {'s', 'e', 'n', 's', 'o', 'r', 1, 2};
-
 }  // namespace varkel::sim

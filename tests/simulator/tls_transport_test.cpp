@@ -56,61 +56,29 @@ std::string Path(const std::string& name) {
   return name.empty() ? "" : quarn::test::Certificate(name);
 }
 
-SensorOptions Options(const TestTable& table, const std::string& ca = "", bool required = false) {
+SensorOptions Options(const TestTable& table) {
   return {.table_path = table.path(),
-          .tls = TlsOptions{Path("server.pem"), Path("server.key"), Path(ca), required},
+          .tls = TlsOptions{Path("server.pem"), Path("server.key"), "", false},
           .restart_time = std::chrono::milliseconds(0)};
 }
 
-TEST(TlsTransport, MeetsClientsGoodAndBad) {
+// A reply that comes whole, and two connections that end, with a closing message and without. What is sent
+// after that fails, and no signal ends the program.
+TEST(TlsTransport, SurvivesFaultsAndEnds) {
   const TestTable table;
-  const struct {
-    std::string ca, identity, client_ca;
-    bool required, exchanges;
-  } cases[] = {
-      {"", "", "ca.pem", false, true},
-      {"", "client", "ca.pem", false, true},
-      {"", "", "other-ca.pem", false, false},
-      {"ca.pem", "", "ca.pem", false, true},
-      {"ca.pem", "client", "ca.pem", true, true},
-      {"ca.pem", "", "ca.pem", true, false},
-      {"other-ca.pem", "client", "ca.pem", false, false},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.ca + " " + c.identity + " " + c.client_ca);
-    SimulatedSensor sensor(Options(table, c.ca, c.required));
-    sensor.Start();
-    TlsClient client(sensor.port(), Path(c.client_ca), Path(c.identity.empty() ? "" : c.identity + ".pem"),
-                     Path(c.identity.empty() ? "" : c.identity + ".key"));
-    EXPECT_EQ(client.Exchange(), c.exchanges ? kReply : Bytes());
-    EXPECT_EQ(sensor.exchanges(), c.exchanges ? 1U : 0U);
-  }
-}
-
-TEST(TlsTransport, FailsAsOverPlainTcp) {
-  const TestTable table;
-  Bytes noisy = Noise(5);
-  noisy.insert(noisy.end(), kReply.begin(), kReply.end());
-  Bytes lying = kReply;
-  lying[7] = 12;
   const struct {
     std::string rule;
     Bytes request, comes;
     std::string then;
   } cases[] = {
       {"0x31=split:3", kRequest, kReply, "silence"},
-      {"0x31=noise", kRequest, noisy, "silence"},
-      {"0x31=lying-length:4", kRequest, lying, "silence"},
-      {"0x31=error:5", kRequest, {0x47, 0x74, 0x31, 5, 0, 0, 0, 0}, "silence"},
       {"0x31=close", kRequest, {kReply.begin(), kReply.begin() + 8}, "cut"},
-      {"0x31=close:0", kRequest, {}, "cut"},
-      {"0x31=none", {0x47, 0x74, 0x31, 0, 0x7F, 0, 0, 0}, {0x47, 0x74, 0x31, 2, 0, 0, 0, 0}, "end"},
       {"0x31=none", {0x47, 0x74, 0x10, 0, 0, 0, 0, 0}, {0x47, 0x74, 0x10, 0, 0, 0, 0, 0}, "end"},
   };
   SimulatedSensor sensor(Options(table));
   sensor.Start();
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.rule + " " + std::to_string(c.request[2]));
+    SCOPED_TRACE(c.rule);
     TlsClient client(sensor.port(), Path("ca.pem"));
     sensor.AddFault(c.rule);
     ASSERT_TRUE(client.Send(c.request));
@@ -118,6 +86,10 @@ TEST(TlsTransport, FailsAsOverPlainTcp) {
     EXPECT_EQ(client.WhatFollows(c.then == "silence"), c.then);
     sensor.ClearFaults();
     EXPECT_EQ(client.Exchange(), c.then == "silence" ? kReply : Bytes());
+    if (c.then == "silence") continue;
+    int sends = 0;  // the first ones may still find room
+    while (client.Send(kRequest) && sends < 1000) ++sends;
+    EXPECT_LT(sends, 1000);
   }
 }
 

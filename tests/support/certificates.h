@@ -13,7 +13,7 @@ namespace quarn::test {
 class Certificates {
  public:
 #ifdef VARKEL_CERTIFICATES
-  Certificates() : folder_(VARKEL_CERTIFICATES) {}  // made ahead, by a system that has a shell
+  Certificates() : folder_(VARKEL_CERTIFICATES) {}  // made beforehand, by a system that has a shell
 #else
   Certificates() : folder_(testing::TempDir() + "varkel-certificates-XXXXXX") {
     if (mkdtemp(folder_.data()) == nullptr ||

@@ -4,7 +4,7 @@
 #   server.pem/.key, expired.pem    of ca: a peer for 127.0.0.1, good and out of date (one key for both)
 #   client.pem/.key                 of ca: the tool's own identity
 #   other.key, other-kind.key       keys that fit no certificate, the second of another algorithm
-#   locked.key                      client.key behind a pass phrase
+#   locked.key                      client.key, locked with a pass phrase
 set -euo pipefail
 mkdir -p "$1"
 cd "$1"

@@ -21,7 +21,7 @@ enum LineRequest : std::uint8_t {
   kReadLine =
       'r',  ///< a size (u16): answered with so much of what its client sends, nothing after a short wait
   kLineRate = 'b',  ///< answered with the rate (u32) that its client has put it to
-  kPullLine = 'p',  ///< answered with nothing when the line is gone; so is the name's use
+  kPullLine = 'p',  ///< answered with nullopt if the line is gone; so is the name's use
 };
 
 inline bool SendBlock(platform::SocketHandle socket, std::span<const std::uint8_t> bytes) {
@@ -40,7 +40,7 @@ inline bool ReceiveAll(platform::SocketHandle socket, std::span<std::uint8_t> bu
   return true;
 }
 
-/// Nothing when the other side has gone.
+/// nullopt if the other side has gone.
 inline std::optional<std::vector<std::uint8_t>> ReceiveBlock(platform::SocketHandle socket) {
   std::array<std::uint8_t, 2> size{};
   if (!ReceiveAll(socket, size)) return std::nullopt;

@@ -46,7 +46,7 @@ class ScriptedExchange : public lidar::SerialExchange {
     return on_ota ? on_ota(frames.back(), reply) : 0;
   }
 
-  /// Fills the contents of the reply (what stands behind the command code, so its byte 0 is the reply's byte
+  /// Fills the contents of the reply (what follows the command code, so its byte 0 is the reply's byte
   /// 2) and returns the exchange's result.
   std::function<int(const Command&, Bytes& contents)> on_command;
   std::function<int(const OtaFrame&, lidar::OtaReply&)> on_ota;

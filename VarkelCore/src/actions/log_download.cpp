@@ -119,7 +119,7 @@ bool LogDownload::FetchParts(const VarInfo& var, quarn::lidar::KtcClient& client
     const auto& selector = kOperationLogParts[i].selector;
     const ActionRequest request = MakeActionRequest(var, {selector[0], selector[1]});
     const ExchangeResult log = QueryTableCommand(client, request.command, request.payload);
-    if (!log) LogCode(files.names().at(static_cast<int>(i)).toStdString(), log.error());
+    if (!log) LogCode("Operation log part " + std::to_string(i + 1), log.error());
     complete &= log && files.Write(i, ReplyContent(request.command, *log));
   }
   return complete && !stop.stop_requested();

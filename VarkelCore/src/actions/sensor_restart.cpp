@@ -14,7 +14,7 @@ namespace {
 
 struct Action {
   std::initializer_list<const char*> names;
-  const char* word;            ///< in the messages about the table
+  const char* word;            ///< in messages about the table
   const char* error_prefix;    ///< before an exception's text
   const char* failure_prefix;  ///< before the sensor's code
   const char* failure_suffix;

@@ -11,7 +11,7 @@ namespace varkel {
 /// A command as the tables write it, ready for the wire.
 struct Command {
   std::uint8_t code = 0;                       ///< KTC command byte
-  std::optional<std::uint32_t> extended_code;  ///< four-byte code that goes ahead of the payload
+  std::optional<std::uint32_t> extended_code;  ///< four-byte code in front of the payload
 };
 
 /// Bytes that a four-byte code takes at the front of request and reply payloads.
@@ -29,7 +29,7 @@ Command ParseCommandText(const std::string& text);
 /// The request payload: the four-byte code, if there is one, big-endian, then `payload`.
 std::vector<std::uint8_t> RequestPayload(const Command& command, std::span<const std::uint8_t> payload);
 
-/// What a reply carries behind the four-byte code that it repeats; the whole reply to other commands, and a
+/// What follows the repeated four-byte code in a reply; the whole reply to other commands, and a
 /// reply that repeats another code.
 std::span<const std::uint8_t> ReplyContent(const Command& command, std::span<const std::uint8_t> reply);
 

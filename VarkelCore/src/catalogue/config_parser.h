@@ -39,7 +39,7 @@ class ConfigParser {
 
   /// Reads the table and builds the catalogue; called once. False only when no file is open (any more).
   /// Raises std::runtime_error ("Can't find a column named …", malformed quoting) or the conversion errors
-  /// of text_number.h; RowBeingRead then tells where.
+  /// of text_number.h; RowBeingRead then says where.
   bool ExtractConfigInfo();
 
   /// After a failed load, the variable and row at which it failed: `variable 3-12 "Motor speed", row 17`.
@@ -107,7 +107,7 @@ class ConfigParser {
   std::vector<std::vector<VarList>> module_vars_;
   VarList standalone_vars_;
   std::map<VarInfo*, SwitchPlace> switch_map_;
-  std::unordered_map<std::string, const VarInfo*> set_only_names_;  // who took the name first
+  std::unordered_map<std::string, const VarInfo*> set_only_names_;  // the first variable of the name
   std::unordered_map<std::string_view, VarInfo*> by_name_;          // the keys are the records' own names
   std::vector<std::string> load_warnings_;
   std::string row_being_read_;

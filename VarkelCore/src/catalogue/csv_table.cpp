@@ -40,7 +40,7 @@ std::string_view CsvRow::CellIfPresent(const CsvColumn& column) const {
   return Cell(column.index_);  // no row has a cell of that place
 }
 
-// Also called for a cell behind the end of a short row.
+// Also called for a cell past the end of a short row.
 std::string_view CsvRow::CellOfNewColumn(const CsvColumn& column) const {
   if (column.index_ == CsvColumn::kUnresolved) {
     column.index_ = Find(column);
@@ -59,7 +59,7 @@ std::size_t CsvRow::Find(const CsvColumn& column) const {
 
 struct CsvTable::Parser {
   Parser() {
-    if (csv_init(&state, CSV_STRICT | CSV_STRICT_FINI) != 0) {
+    if (csv_init(&state, CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL) != 0) {
       throw std::runtime_error("Can't set up the table reader");
     }
     csv_set_space_func(&state, IsTrimmed);
@@ -92,8 +92,8 @@ struct CsvTable::Callbacks {
     const std::string_view text(static_cast<const char*>(cell), size);
     Guarded(data, [text](CsvTable& owner) { owner.EndCell(text); });
   }
-  static void OnRow(int /*terminator*/, void* data) {
-    Guarded(data, [](CsvTable& owner) { owner.EndRow(); });
+  static void OnLine(int terminator, void* data) {
+    Guarded(data, [terminator](CsvTable& owner) { owner.EndLine(terminator); });
   }
 };
 
@@ -110,6 +110,7 @@ CsvTable::~CsvTable() = default;
 void CsvTable::ForEachRow(const std::function<void(const CsvRow&)>& handle) {
   handle_ = &handle;
   header_.clear();
+  line_ = 1;
   row_ = CsvRow();
   row_.table_ = this;
   row_.number_ = 1;
@@ -129,8 +130,8 @@ void CsvTable::ReadBlocks(Parser& parser) {
       bytes.remove_prefix(kByteOrderMark.size());
       offset = kByteOrderMark.size();
     }
-    const std::size_t parsed =
-        csv_parse(&parser.state, bytes.data(), bytes.size(), Callbacks::OnCell, Callbacks::OnRow, &callbacks);
+    const std::size_t parsed = csv_parse(&parser.state, bytes.data(), bytes.size(), Callbacks::OnCell,
+                                         Callbacks::OnLine, &callbacks);
     if (parser.failure != nullptr) {
       std::rethrow_exception(parser.failure);
     }
@@ -144,7 +145,7 @@ void CsvTable::ReadBlocks(Parser& parser) {
     throw std::runtime_error("Can't read on in line " + std::to_string(LineAt(path_, offset)) + " of " +
                              path_);
   }
-  const int result = csv_fini(&parser.state, Callbacks::OnCell, Callbacks::OnRow, &callbacks);
+  const int result = csv_fini(&parser.state, Callbacks::OnCell, Callbacks::OnLine, &callbacks);
   if (parser.failure != nullptr) {
     std::rethrow_exception(parser.failure);
   }
@@ -162,8 +163,22 @@ std::string CsvTable::WrongSeparator() const {
 }
 
 void CsvTable::EndCell(std::string_view text) {
+  if (row_.size() == 0) {
+    row_.line_ = line_;
+  }
+  is_after_return_ = false;
+  line_ += static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
   row_.text_.append(text);
   row_.bounds_.push_back(row_.text_.size());
+}
+
+// Called for blank lines, too, and twice for CRLF.
+void CsvTable::EndLine(int terminator) {
+  if (row_.size() > 0) {
+    EndRow();
+  }
+  line_ += terminator == '\n' && is_after_return_ ? 0U : 1U;
+  is_after_return_ = terminator == '\r';
 }
 
 void CsvTable::EndRow() {

@@ -31,7 +31,7 @@ class CsvColumn {
 /// One row of a table. It lives only while the function that got it runs, and so do the texts of its cells.
 class CsvRow {
  public:
-  /// The cell's text as it stands in the file, blanks included; empty when the row is too short for it.
+  /// The cell's text as the file has it, blanks included; empty if the row is too short for it.
   /// Raises std::runtime_error "Can't find a column named …" when the header lacks the column.
   std::string_view Cell(const CsvColumn& column) const {
     return column.index_ < size() ? Text(column.index_) : CellOfNewColumn(column);
@@ -43,6 +43,8 @@ class CsvRow {
   std::size_t size() const { return bounds_.size() - 1; }
   /// Place within the file: the header is row 1, blank lines don't count.
   std::size_t number() const { return number_; }
+  /// The line of the file, from 1, where the row begins.
+  std::size_t line() const { return line_; }
 
  private:
   friend class CsvTable;
@@ -53,16 +55,17 @@ class CsvRow {
   std::string_view CellOfNewColumn(const CsvColumn& column) const;
   std::size_t Find(const CsvColumn& column) const;
 
-  std::string text_;                    // all cells, one behind the other
+  std::string text_;                    // all cells, one after the other
   std::vector<std::size_t> bounds_{0};  // begin of each cell within text_, and the end of the last one
   std::size_t number_ = 0;
+  std::size_t line_ = 1;
   const CsvTable* table_ = nullptr;
 };
 
 /// Reads a file of comma-separated values with a header row. Cells may be quoted and then hold commas,
 /// line breaks and doubled quotes; lines end in LF, CRLF or CR; a UTF-8 byte-order mark is skipped.
 ///
-/// The file is read in blocks and only the row at hand is kept.
+/// The file is read in blocks and only the current row is kept.
 class CsvTable {
  public:
   /// Opens the file; a folder is not a file.
@@ -73,13 +76,19 @@ class CsvTable {
 
   bool is_open() const { return file_.is_open(); }
 
-  /// Hands every row behind the header to `handle`, in file order, and closes the file.
+  /// Passes every row after the header to `handle`, in file order, and closes the file.
   /// What `handle` raises ends the reading and passes through. Malformed quotes and read errors raise
   /// std::runtime_error.
   void ForEachRow(const std::function<void(const CsvRow&)>& handle);
 
   /// Number of the row that is being read.
   std::size_t row_number() const { return row_.number(); }
+  std::size_t line() const { return line_; }
+
+  /// The cells of the header row; empty before it has been read.
+  const std::vector<std::string>& header() const { return header_; }
+  /// What to add to the error of a missing column: empty, or that the cells have ";" between them.
+  std::string WrongSeparator() const;
 
  private:
   friend class CsvRow;
@@ -87,14 +96,16 @@ class CsvTable {
   struct Parser;     // libcsv's state
 
   void ReadBlocks(Parser& parser);
-  std::string WrongSeparator() const;  // what to add to the error of a missing column
   void EndCell(std::string_view text);
+  void EndLine(int terminator);
   void EndRow();
 
   std::string path_;
   std::ifstream file_;
   std::vector<std::string> header_;
   CsvRow row_;
+  std::size_t line_ = 1;          // the one that is being read
+  bool is_after_return_ = false;  // the last line ended in CR, to which a LF may belong
   const std::function<void(const CsvRow&)>* handle_ = nullptr;
 };
 

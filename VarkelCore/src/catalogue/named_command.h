@@ -10,7 +10,7 @@
 
 namespace varkel {
 
-/// The first variable that bears one of the names, or null. Tables spell names like "Restart" in two ways.
+/// The first variable that has one of the names, or null. Tables spell names like "Restart" in two ways.
 const VarInfo* FindNamed(const ConfigParser& catalogue, std::initializer_list<const char*> names);
 
 /// The command of an action row (restart, a log): its get command, or its set command when it has no other.
@@ -20,13 +20,13 @@ const std::string& ActionCommandText(const VarInfo& var);
 /// command; any other row without a set command takes no package (empty).
 std::string UpgradeCommandText(const VarInfo& var);
 
-/// A ready request of an action row; a four-byte code stands in the payload already.
+/// The complete request of an action row; the payload includes the four-byte code.
 struct ActionRequest {
   Command command;
   std::vector<std::uint8_t> payload;
 };
 
-/// `extra` goes behind the row's own payload. Raises the conversion errors of text_number.h for a command
+/// `extra` follows the row's own payload. Raises the conversion errors of text_number.h for a command
 /// that is no number.
 ActionRequest MakeActionRequest(const VarInfo& var, std::initializer_list<std::uint8_t> extra = {});
 

@@ -11,7 +11,7 @@ namespace varkel {
 /// Shown in place of a serial number or a version that the sensor has not reported yet.
 inline constexpr char kUnknownText[] = "xxxxxxxx";
 
-/// Where a variable stands on the pages: (module index, group index), both counted from 0.
+/// Where the pages show a variable: (module index, group index), both counted from 0.
 using ModulePlace = std::pair<std::int32_t, std::int32_t>;
 
 /// How the user interface shows a variable; the fourth number of a `FunctionModule` place.

@@ -11,17 +11,17 @@ namespace {
 constexpr char kSingleCheck[] = "VarkelManager::CheckVarIsWithinRange";
 constexpr char kPageCheck[] = "VarkelManager::CheckModuleVarsWithinRange";
 
-/// What the log pane says of the variable, after its name.
-const char* Ending(RangeFault fault) {
+/// What the log pane and the row say of the variable.
+const char* Words(RangeFault fault) {
   switch (fault) {
     case RangeFault::kOutOfRange:
-      return " is out of range";
+      return "is out of range";
     case RangeFault::kIpFormat:
-      return " has invalid IP format";
+      return "has invalid IP format";
     case RangeFault::kMacFormat:
-      return " has invalid MAC format";
+      return "has invalid MAC format";
     case RangeFault::kNotANumber:
-      return " is not a valid number";
+      return "is not a valid number";
     case RangeFault::kNone:
       break;
   }
@@ -62,8 +62,8 @@ bool PageCheck::CheckModuleVarsWithinRange(const Model& model, int module) const
 }
 
 void PageCheck::Report(const Model& model, const VarInfo& var, const RangeVerdict& verdict) const {
-  targets_.report.Log("Detected that the user set " + var.var_name + Ending(verdict.fault), "WARNING");
-  targets_.out_of_range(var.var_name);
+  targets_.report.Log("Detected that the user set " + var.var_name + " " + Words(verdict.fault), "WARNING");
+  targets_.refused(var, Words(verdict.fault));
   const QString name = QString::fromStdString(var.var_name);
   if (verdict.fault == RangeFault::kNotANumber) {
     WriteConversionFault(kPageCheck, verdict);

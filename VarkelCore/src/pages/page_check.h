@@ -14,7 +14,8 @@ class PageCheck {
  public:
   struct Targets {
     UserReport& report;
-    std::function<void(const std::string& var_name)> out_of_range;  ///< a variable of a page that fails
+    /// A variable of a page does not pass; `verdict` says why in a few words ("is out of range").
+    std::function<void(const VarInfo& var, const std::string& verdict)> refused;
   };
 
   explicit PageCheck(Targets targets) : targets_(std::move(targets)) {}

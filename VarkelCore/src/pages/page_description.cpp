@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <utility>
 
 namespace varkel {
 
@@ -50,21 +51,28 @@ QVariantList PageTitles(const ConfigParser& catalogue) {
   return titles;
 }
 
+std::vector<PageRow> RowsOfPage(const ConfigParser& catalogue, int page) {
+  std::vector<PageRow> rows;
+  const auto& modules = catalogue.module_vars();
+  const auto m = static_cast<std::size_t>(page);
+  if (page < 0 || m >= modules.size()) return rows;
+  for (std::size_t g = 0; g < modules[m].size(); ++g) {
+    const int group = static_cast<int>(g);
+    rows.push_back({Text(catalogue.module_titles()[m][g + 1]), static_cast<int>(kTwoTexts), group, -1});
+    for (const std::size_t index : RowsByPosition(modules[m][g], {page, group})) {
+      const VarInfo& var = *modules[m][g][index];
+      rows.push_back({Text(var.var_name + var.unit), var.component_type, group, static_cast<int>(index)});
+    }
+  }
+  return rows;
+}
+
 QVariantList PageRows(const ConfigParser& catalogue) {
   QVariantList pages;
-  const auto& modules = catalogue.module_vars();
-  for (std::size_t m = 0; m < modules.size(); ++m) {
-    const int page = static_cast<int>(m);
+  for (int page = 0; std::cmp_less(page, catalogue.module_vars().size()); ++page) {
     QVariantList rows;
-    for (std::size_t g = 0; g < modules[m].size(); ++g) {
-      const int group = static_cast<int>(g);
-      const QString heading = Text(catalogue.module_titles()[m][g + 1]);
-      rows.append(QVariant(QVariantList{heading, static_cast<int>(kTwoTexts), page, group, -1}));
-      for (const std::size_t index : RowsByPosition(modules[m][g], {page, group})) {
-        const VarInfo& var = *modules[m][g][index];
-        rows.append(QVariant(QVariantList{Text(var.var_name + var.unit), var.component_type, page, group,
-                                          static_cast<int>(index)}));
-      }
+    for (const PageRow& row : RowsOfPage(catalogue, page)) {
+      rows.append(QVariant(QVariantList{row.label, row.kind, page, row.group, row.index}));
     }
     pages.append(QVariant(rows));
   }

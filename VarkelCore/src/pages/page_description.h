@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QString>
 #include <QVariantList>
 #include <QVariantMap>
 #include <optional>
+#include <vector>
 
 #include "VarkelCore/src/values/model_selection.h"
 
@@ -13,9 +15,19 @@ namespace varkel {
 /// The titles of the pages.
 QVariantList PageTitles(const ConfigParser& catalogue);
 
-/// Per page its rows, each [label, component kind, page, group, variable index]. A group opens with a heading
-/// (kind 0, index -1); its variables follow by position, in file order where equal. The switch half of a
-/// switch row is not a row of its own.
+/// A row of a page: a heading (index -1) or a variable.
+struct PageRow {
+  QString label;
+  int kind = 0;  ///< component type
+  int group = 0;
+  int index = -1;
+};
+
+/// The rows of one page; none when there is no such page. A group opens with a heading; its variables follow
+/// by position, in file order where equal. The switch half of a switch row is not a row of its own.
+std::vector<PageRow> RowsOfPage(const ConfigParser& catalogue, int page);
+
+/// Per page its rows, each [label, component kind, page, group, variable index].
 QVariantList PageRows(const ConfigParser& catalogue);
 
 /// One variable; its keys are the field names of the model table, and

@@ -68,11 +68,14 @@ SentField FieldOf(const Model& model, VarInfo& var) {
   return {&var, std::move(field.text), std::move(bytes)};
 }
 
-/// The set commands of a page that carry edits, in the order in which the page meets them.
+/// The set commands of a page that carry edits, in the order in which the page meets them; none when there is
+/// no such page.
 std::vector<std::string> PendingCommands(const Model& model, int module) {
   std::vector<std::string> commands;
   std::unordered_set<std::string> seen;
-  for (const auto& group : model.catalogue->module_vars().at(static_cast<std::size_t>(module))) {
+  const auto& modules = model.catalogue->module_vars();
+  if (module < 0 || !std::cmp_less(module, modules.size())) return commands;
+  for (const auto& group : modules[static_cast<std::size_t>(module)]) {
     for (const VarInfo* var : group) {
       if (var->set_cmd.empty() || seen.count(var->set_cmd) != 0 || !model.values.IsPending(var->set_cmd)) {
         continue;

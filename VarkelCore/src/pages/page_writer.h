@@ -25,7 +25,7 @@ struct WritePlan {
 WritePlan PlanWrite(const Model& model, int module);
 
 /// The fields that saving the page would write although nobody has given them a value: not edited, and never
-/// reported by this sensor. Their names in the order of the page's commands.
+/// reported by this sensor. Their names in the order of the page's commands; none when there is no such page.
 std::vector<std::string> UnreadFields(const Model& model, int module);
 
 /// A set command ready to go out.

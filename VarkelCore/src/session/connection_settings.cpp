@@ -20,7 +20,7 @@ namespace {
 constexpr int kLockTimeMs = 500;                  // the window waits
 constexpr qint64 kLargestFile = qint64{1} << 20;  // the six keys take a few hundred bytes
 
-/// Why what stands at `path` can't be the settings file; empty when it can, or when there is nothing.
+/// Why the settings can't be read from or written to `path`; empty if they can.
 QString Obstacle(const QString& path) {
   const QFileInfo info(path);
   if (!IsWritableTarget(path)) return QStringLiteral("it is no regular file");

@@ -23,12 +23,13 @@ class SettingsFile {
   SettingsFile();
   explicit SettingsFile(QString path);
 
-  /// The defaults, with those that the file holds replaced. A value of a wrong type reads as "" or 0. `fault`
-  /// becomes a sentence when something that can't be a settings file stands there (no regular file, larger
-  /// than 1 MiB, not readable); it is not opened then, as that could take long or never end.
+  /// The values in the file; the defaults for keys it does not have. A value of a wrong type reads as "" or
+  /// 0. `fault` is set to a sentence if there is something else in its place (no regular file, larger than 1
+  /// MiB, not readable); it is not opened then, because that could take long or never end.
   ConnectionSettings Load(std::string* fault = nullptr) const;
-  /// Writes all but the UDP port, which only the host viewer or a person changes. Empty, or the sentence that
-  /// tells why it failed; whatever happens, the file's old content stays or the new one is there as a whole.
+  /// Writes all but the UDP port, which only the host viewer or a person changes. Returns the empty text,
+  /// or a sentence that says why it failed. The file has either its old or all of its new content, whatever
+  /// happens.
   std::string Save(const ConnectionSettings& settings) const;
 
  private:

@@ -53,8 +53,9 @@ QString SanitizedFileName(const QString& name) {
   QString file_name = name.trimmed();
   std::replace_if(
       file_name.begin(), file_name.end(), [](QChar c) { return !IsAllowed(c); }, QLatin1Char('_'));
-  if (file_name.startsWith(QLatin1Char('.')))
+  if (file_name.startsWith(QLatin1Char('.'))) {
     file_name[0] = QLatin1Char('_');  // else it would be a hidden file
+  }
   while (QFile::encodeName(file_name).size() > kMaxNameBytes) {
     file_name.chop(file_name.size() > 1 && file_name.at(file_name.size() - 1).isLowSurrogate() ? 2 : 1);
   }

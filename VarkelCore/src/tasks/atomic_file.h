@@ -12,7 +12,7 @@ enum class WriteResult { kWritten, kNotOpened, kNotWritten };
 /// or a pipe must neither be opened, which can block for ever, nor be replaced.
 bool IsWritableTarget(const QString& path);
 
-/// Writes a file so that `path` holds either its old content or all of `bytes`, whatever happens meanwhile:
+/// Writes a file so that `path` holds either its old content or all of `bytes`, whatever happens in between:
 /// they go to a temporary file in the same folder, which replaces `path` once it is complete and on the disk.
 WriteResult WriteAtomically(const QString& path, std::span<const std::uint8_t> bytes);
 

@@ -16,7 +16,7 @@ class EventQueue : public QObject {
 
   EventQueue();
 
-  /// From any thread. On the owner's thread the event runs at once, behind those that were posted before.
+  /// From any thread. On the owner's thread the event runs at once, after those that were posted before.
   void Post(Event event);
   /// The same, but never at once: for callers that hold what an event may ask for.
   void PostLater(Event event);

@@ -4,7 +4,7 @@
 
 namespace varkel {
 
-/// What an operation tells the user. Every call may come from any thread.
+/// What an operation reports to the user. Every call may come from any thread.
 class UserReport {
  public:
   virtual ~UserReport() = default;
@@ -13,7 +13,7 @@ class UserReport {
   virtual void Log(const std::string& text, const std::string& type) = 0;
   /// A line of the byte flow. Called in the middle of an exchange: it reaches the user later.
   virtual void Bytes(const std::string& line) = 0;
-  /// A notice window; an empty text takes the last one back.
+  /// A notice window; an empty text withdraws the last one.
   virtual void Error(const std::string& text) = 0;
   virtual void Success(const std::string& text) = 0;
 };

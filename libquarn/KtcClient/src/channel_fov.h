@@ -18,7 +18,7 @@ using FovAngles = std::array<float, kMaxFovs>;
 std::vector<std::uint8_t> EncodeChannelFov(std::uint8_t channel, const FovAngles& starts);
 
 /// Reads the reply to kQueryMultiFovCmd: a count, then that many pairs of start and end. Returns how many
-/// pairs really stand there, five at most; the angles of the others keep their values.
+/// pairs it really holds, five at most; the angles of the others keep their values.
 int DecodeMultiFov(std::span<const std::uint8_t> reply, FovAngles& starts, FovAngles& ends);
 
 }  // namespace quarn::lidar

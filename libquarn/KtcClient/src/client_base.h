@@ -32,7 +32,7 @@ class ClientBase {
   /// One send of the whole length: the number of bytes that went out, or -1.
   virtual int Send(const std::uint8_t* data, std::uint16_t length, int flags) = 0;
 
-  /// One receive of at most `length` bytes: the number received, 0 at the peer's end, or -1.
+  /// One receive of at most `length` bytes: the number received, 0 at the end of the stream, or -1.
   virtual int Receive(std::uint8_t* buffer, std::uint32_t length, int flags) = 0;
 
   virtual bool SetReceiveTimeout(std::uint32_t receive_ms) = 0;
@@ -41,8 +41,8 @@ class ClientBase {
   /// Enlarges the system's receive buffer to `size` bytes; never shrinks it.
   virtual void SetReceiveBufferSize(const std::uint32_t& size) = 0;
 
-  /// Ends the transport's use for good: an open, send or receive that is running or comes later fails at
-  /// once. Callable from any thread at any time.
+  /// Shuts the transport down for good: a running or later open, send or receive fails at once. Callable from
+  /// any thread at any time.
   virtual void Interrupt() = 0;
 
  protected:

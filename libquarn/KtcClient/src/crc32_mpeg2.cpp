@@ -35,10 +35,10 @@ constexpr std::array<Table, kSlices> MakeTables() {
 
 constexpr std::array<Table, kSlices> kTables = MakeTables();
 
-// What the four bytes of `word` contribute once `behind` more bytes have followed the last of them.
-std::uint32_t FourBytes(std::uint32_t word, std::size_t behind) {
-  return kTables[behind + 3][word >> 24U] ^ kTables[behind + 2][(word >> 16U) & 0xFFU] ^
-         kTables[behind + 1][(word >> 8U) & 0xFFU] ^ kTables[behind][word & 0xFFU];
+// What the four bytes of `word` contribute once `following` more bytes have come after them.
+std::uint32_t FourBytes(std::uint32_t word, std::size_t following) {
+  return kTables[following + 3][word >> 24U] ^ kTables[following + 2][(word >> 16U) & 0xFFU] ^
+         kTables[following + 1][(word >> 8U) & 0xFFU] ^ kTables[following][word & 0xFFU];
 }
 
 }  // namespace

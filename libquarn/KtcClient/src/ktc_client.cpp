@@ -36,7 +36,7 @@ const char* PathOrNull(const std::string& path) {
   return path.empty() ? nullptr : path.c_str();
 }
 
-// Where the two identifier bytes stand together, or the block's size.
+// The offset of the two identifier bytes, or the block's size.
 std::size_t FindHeader(std::span<const std::uint8_t> block, const GeneralKtcParser& parser) {
   const std::array<std::uint8_t, 2> identifier = {parser.GetHeaderIdentifier0(),
                                                   parser.GetHeaderIdentifier1()};
@@ -265,7 +265,7 @@ bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> pa
     return false;
   }
   if (receive_timeout_ms != 0) {
-    transport.SetTimeout(receive_timeout_ms, current_send_timeout_ms_);  // the next drain sets it back
+    transport.SetTimeout(receive_timeout_ms, current_send_timeout_ms_);  // the next drain restores it
   }
   if (!SendRequest(transport, frame) || !ReadHeader(transport, reply) || !CheckHeader(reply, cmd)) {
     return false;
@@ -275,7 +275,7 @@ bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> pa
   return true;
 }
 
-// Removes what an earlier, abandoned exchange left behind. False when there is no end to it.
+// Removes what an earlier, abandoned exchange left unread. False if it does not end.
 bool KtcClient::DrainStaleInput(ClientBase& transport, Reply& reply) {
   std::array<std::uint8_t, kDrainBlock> stale;
   const auto limit = Clock::now() + limits_.longest_noise;
@@ -311,7 +311,7 @@ bool KtcClient::SendRequest(ClientBase& transport, std::span<const std::uint8_t>
   return true;
 }
 
-// Skips noise ahead of the header. Reads never ask for more than the header still lacks, so that no byte of
+// Skips noise before the header. Reads never ask for more than the header still lacks, so that no byte of
 // the payload is taken.
 bool KtcClient::ReadHeader(ClientBase& transport, Reply& reply) {
   const GeneralKtcParser& parser = *parser_.parser();
@@ -352,7 +352,7 @@ bool KtcClient::CheckHeader(const Reply& reply, std::uint8_t cmd) {
       return_code == 0 && returned_cmd == cmd) {
     return true;
   }
-  // The two versions' texts differ by a blank; log readers know both.
+  // The two versions' texts differ by a space, which tells log readers the version.
   if (parser_.version() == 1) {
     QUARN_LOG(log_lib::kWarning, "KtcClient::QueryCommand, RspCode invalid:%u, return_cmd:%u, cmd:%u",
               unsigned{return_code}, unsigned{returned_cmd}, unsigned{cmd});

@@ -24,7 +24,7 @@
 namespace quarn::lidar {
 
 /// What one exchange takes from a sensor before it fails: a sensor that sends without pause, or without end,
-/// would otherwise hold its client for ever.
+/// would otherwise block its client forever.
 struct KtcLimits {
   /// How long it may send what nobody asked for, before a request or before its reply.
   std::chrono::milliseconds longest_noise{5000};
@@ -69,10 +69,10 @@ class KtcClient {
 
   /// One exchange: 0 on success, else -1 with the reason in `LastReturnCode` (an unopened client leaves it).
   ///
-  /// On success `result` becomes the reply's payload, with the header ahead of it on request. A reply without
-  /// payload gives the header on request and otherwise leaves `result` as it was. A failed exchange gives the
-  /// header, as far as it was read, on request; it leaves `result` as it was without one, and always
-  /// when the payload failed. `payload` may be the contents of `result`.
+  /// On success `result` becomes the reply's payload, with the header in front of it on request. A reply
+  /// without payload gives the header on request and otherwise leaves `result` as it was. A failed exchange
+  /// gives the header, as far as it was read, on request; it leaves `result` as it was without one, and
+  /// always when the payload failed. `payload` may be the contents of `result`.
   int QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result, std::uint8_t cmd,
                    bool with_header = false);
 
@@ -86,8 +86,8 @@ class KtcClient {
 
   /// Sends `data` as numbered pieces of 1024 bytes, each answered before the next goes out, with time-outs of
   /// a minute: 0, or -1 at the first piece that fails. The command is the low byte of `code`; `extended`
-  /// sends command 0xFF and puts the whole code, big-endian, ahead of every piece. `progress` is the number
-  /// of the piece under way, from 1. Version 2 frames have no pieces: nothing is sent and 0 returned.
+  /// sends command 0xFF and puts the whole code, big-endian, in front of every piece. `progress` is the
+  /// number of the piece under way, from 1. Version 2 frames have no pieces: nothing is sent and 0 returned.
   int TransferFile(std::span<const std::uint8_t> data, std::uint32_t code, bool extended,
                    std::atomic<std::uint32_t>& progress);
 
@@ -108,21 +108,21 @@ class KtcClient {
 
   /// `callback` gets a "SEND: " and a "RECV: " line an exchange, on the thread of the exchange; lines are
   /// only built while `wanted`, if given, answers true. Neither may throw or call this client. When the call
-  /// returns, the callback that stood before is no longer running.
+  /// returns, the previous callback is no longer running.
   void SetLogCallback(std::function<void(const std::string&)> callback, std::function<bool()> wanted = {});
 
   /// Why the last failed exchange failed.
   std::int32_t LastReturnCode() const { return last_return_code_; }
 
-  /// The baud rate of a sensor on a serial line behind the network; kept for the client's owner.
+  /// The baud rate of the serial line on the sensor's side; kept for the client's owner.
   void SetSerialFastBaudRate(std::uint32_t baud_rate) { serial_fast_baud_rate_ = baud_rate; }
   std::uint32_t SerialFastBaudRate() const { return serial_fast_baud_rate_; }
   std::uint32_t SerialDefaultBaudRate() const { return serial_default_baud_rate_; }
 
-  /// Gives the address to a client that was made without one and waits for it.
+  /// Provides the address to a client that was created without one.
   void SetLidarIp(std::string lidar_ip);
 
-  /// Ends the client's use for good: the connect thread ends, exchanges that run or come later fail at once.
+  /// Shuts the client down for good: the connect thread ends, and running and later exchanges fail at once.
   void Interrupt();
 
  private:

@@ -9,7 +9,7 @@
 
 namespace quarn::lidar {
 
-/// Where the fields of a frame stand; offsets and sizes in bytes. Multi-byte fields are big-endian.
+/// Where the fields of a frame are; offsets and sizes in bytes. Multi-byte fields are big-endian.
 struct KtcLayout {
   std::size_t header_size;
   std::size_t cmd;             ///< u8
@@ -20,7 +20,7 @@ struct KtcLayout {
 /// The longest header of the frame versions.
 inline constexpr std::size_t kMaxKtcHeaderSize = 12;
 
-/// Data bytes of a file-stream piece (the last one may hold fewer), and the header ahead of them.
+/// Data bytes of a file-stream piece (the last one may hold fewer), and the header in front of them.
 inline constexpr std::size_t kFilePieceSize = 1024;
 inline constexpr std::size_t kFilePieceHeaderSize = 16;
 
@@ -37,7 +37,7 @@ class GeneralKtcParser {
                                std::uint8_t cmd) const = 0;
 
   /// Version 1.0 cuts `length` bytes at `offset` out of `in`; false, with `out` untouched, when offset +
-  /// length (32-bit) lies behind the end of `in`. A range that `in` can't hold otherwise gives an empty
+  /// length (32-bit) lies past the end of `in`. A range that `in` can't hold otherwise gives an empty
   /// `out`. Version 2.0 acts on `status` alone. `in` and `out` may be the same vector.
   virtual bool KtcStreamDecode(std::uint8_t status, std::uint8_t byte, const std::vector<std::uint8_t>& in,
                                std::int32_t offset, std::int32_t length,
@@ -45,7 +45,7 @@ class GeneralKtcParser {
 
   /// Appends to `frames` the request frames that carry `file` in numbered, CRC-protected pieces. Only
   /// version 1.0 has them: other versions append nothing. False when a frame can't be packed; the frames
-  /// ahead of it stay.
+  /// before it stay.
   virtual bool KtcFilestreamSend(std::span<const std::uint8_t> file, std::uint8_t cmd,
                                  std::vector<std::vector<std::uint8_t>>& frames) const;
 

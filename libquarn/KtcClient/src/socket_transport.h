@@ -56,7 +56,7 @@ class SocketTransport : public ClientBase {
   std::uint32_t send_timeout_ms_ = 500;
 
   // Written under handle_mutex_, so that an interrupt never shuts down a descriptor that was closed and
-  // given to somebody else in the meantime.
+  // reused in the meantime.
   std::mutex handle_mutex_;
   std::atomic<platform::SocketHandle> socket_{platform::kInvalidSocket};
 

@@ -115,7 +115,7 @@ bool TcpSslClient::StartSession(platform::SocketHandle connected) {
   return true;
 }
 
-// The peer hears of the end while the descriptor is still ours: later it may be somebody else's.
+// The peer is notified while the descriptor is still ours: once closed, it may be reused.
 void TcpSslClient::Close() {
   MarkClosed();
   if (session_ != nullptr) {

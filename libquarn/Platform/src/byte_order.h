@@ -8,7 +8,7 @@
 namespace quarn::lidar {
 
 /// Writes `value` most significant byte first into `bytes` from `offset` on.
-/// The caller guarantees that `sizeof(T)` bytes fit behind `offset`.
+/// The caller guarantees that `sizeof(T)` bytes fit from `offset` on.
 template <std::unsigned_integral T>
 constexpr void StoreBigEndian(std::span<std::uint8_t> bytes, std::size_t offset, T value) {
   for (std::size_t i = 0; i < sizeof(T); ++i) {
@@ -18,7 +18,7 @@ constexpr void StoreBigEndian(std::span<std::uint8_t> bytes, std::size_t offset,
 }
 
 /// Reads an unsigned number stored most significant byte first at `offset`.
-/// The caller guarantees that `sizeof(T)` bytes stand behind `offset`.
+/// The caller guarantees that `sizeof(T)` bytes are there from `offset` on.
 template <std::unsigned_integral T>
 constexpr T LoadBigEndian(std::span<const std::uint8_t> bytes, std::size_t offset) {
   T value = 0;

@@ -16,8 +16,8 @@ namespace log_lib {
 /// Levels as the callers number them.
 enum Level : int { kTiming = 1, kProgress = 2, kWarning = 4, kError = 8 };
 
-/// The program's log file behind one call. Thread-safe; a message never blocks, throws or fails what it
-/// reports: while nothing is started messages are dropped, and a full queue drops the oldest.
+/// The program's log file, written through one call. Thread-safe; a message never blocks, throws or fails
+/// what it reports: while nothing is started messages are dropped, and a full queue drops the oldest.
 class Logger {
  public:
   Logger(const Logger&) = delete;

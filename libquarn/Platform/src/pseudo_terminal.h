@@ -7,9 +7,9 @@
 
 namespace quarn::platform {
 
-/// A serial line without hardware: a client opens `name()` as its serial port, this is the far end. Behind
-/// the same seam as SerialPort (pseudo_terminal_posix.cpp, pseudo_terminal_windows.cpp). No operation throws,
-/// and all may be called from any thread.
+/// A serial line without hardware: a client opens `name()` as its serial port, this is the far end.
+/// Implemented by pseudo_terminal_posix.cpp and pseudo_terminal_windows.cpp. No operation throws, and all may
+/// be called from any thread.
 ///
 /// The line exists from Create to Pull, whether a client has it open or not; bytes that nobody reads pile up
 /// to a few kilobytes. It has a baud rate like any port, but bytes travel at once.
@@ -37,7 +37,7 @@ class PseudoTerminal {
   /// The rate that the client put the line to; 0 once it was pulled.
   std::uint32_t BaudRate();
 
-  /// The line is pulled out, for good: the client's reads and writes fail, whoever waits here returns at
+  /// The line is pulled out, for good: the client's reads and writes fail, a wait here returns at
   /// once.
   void Pull();
 

@@ -1,6 +1,6 @@
 #include "libquarn/Platform/src/pseudo_terminal.h"
 
-// The kernel's own terminal header, as for the serial port: it can't stand beside <termios.h>.
+// The kernel's own terminal header, as for the serial port: it can't be included with <termios.h>.
 #include <asm/termbits.h>
 #include <fcntl.h>
 #include <poll.h>

@@ -12,7 +12,7 @@ struct ScreenMetrics {
   int physical_height = 0;  ///< as the screen shows it
 };
 
-/// Asks the desktop; nothing when there is no screen or it doesn't answer. Opens and closes a connection of
+/// Asks the desktop; nullopt if there is no screen or it doesn't answer. Opens and closes a connection of
 /// its own, so it works before any user interface exists.
 std::optional<ScreenMetrics> ReadScreenMetrics();
 

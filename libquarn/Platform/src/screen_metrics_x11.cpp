@@ -28,7 +28,7 @@ struct Size {
   int height = 0;
 };
 
-// The mode of one output; nothing when it drives no picture.
+// The mode of one output; nullopt if it drives no picture.
 std::optional<Size> OutputSize(xcb_connection_t* x, xcb_randr_output_t output) {
   const Reply<xcb_randr_get_output_info_reply_t> info(
       xcb_randr_get_output_info_reply(x, xcb_randr_get_output_info(x, output, XCB_CURRENT_TIME), nullptr));

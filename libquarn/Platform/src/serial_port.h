@@ -23,7 +23,7 @@ inline std::string WindowsDeviceName(const std::string& port) {
   return port.size() > kPlainName ? "\\\\.\\" + port : port;
 }
 
-/// An open serial port behind one thin seam (serial_port_posix.cpp, serial_port_windows.cpp): 8 data bits, no
+/// An open serial port on either system (serial_port_posix.cpp, serial_port_windows.cpp): 8 data bits, no
 /// parity, one stop bit, no flow control, raw bytes, nobody else may open it. No operation throws.
 ///
 /// One thread may read while another writes; Interrupt may come from any thread.
@@ -50,7 +50,7 @@ class SerialPort {
   /// Drops what has arrived and was not read.
   void ClearInput();
 
-  /// Ends the port's use for good: whoever waits returns at once. The port closes with its destruction.
+  /// Ends the port's use for good: a wait returns at once. The port closes when it is destroyed.
   void Interrupt();
 
   /// False from the moment at which the line broke or was interrupted.

@@ -1,7 +1,7 @@
 #include "libquarn/Platform/src/serial_port.h"
 
-// The kernel's own terminal header: only there is the structure that takes any baud rate. It can't stand
-// beside the C library's <termios.h>.
+// The kernel's own terminal header: only there is the structure that takes any baud rate. It can't be
+// included with the C library's <termios.h>.
 #include <asm/termbits.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -83,7 +83,7 @@ std::int64_t MicrosecondsUntil(Clock::time_point deadline) {
 struct SerialPort::Native {
   Native(int port_in, int wake_in) : port(port_in), wake(wake_in) {}
 
-  // 1: the port is ready (or gone, which reading tells), 0: time-out, -1: interrupted or not to be waited
+  // 1: the port is ready (or gone, which a read shows), 0: time-out, -1: interrupted or not to be waited
   // for.
   int Wait(short events, std::int64_t timeout_us) const {
     const auto deadline = Clock::now() + std::chrono::microseconds(std::max<std::int64_t>(timeout_us, 0));

@@ -7,7 +7,7 @@
 #include <span>
 #include <string>
 
-/// The operating system's sockets behind one thin seam (socket_posix.cpp, socket_windows.cpp). Nothing
+/// The operating system's sockets (socket_posix.cpp, socket_windows.cpp). Nothing
 /// else of the project includes a socket header. No operation throws.
 namespace quarn::platform {
 
@@ -45,7 +45,7 @@ bool JoinMulticast(SocketHandle socket, const std::string& group, const std::str
 bool SetMulticastInterface(SocketHandle socket, const std::string& local_ip);
 /// How far datagrams for groups go: 0 not beyond this machine, 1 the local network, one more a router.
 bool SetMulticastHops(SocketHandle socket, std::uint8_t hops);
-/// Lets several sockets bind to one port; ahead of the bind.
+/// Lets several sockets bind to one port; called before the bind.
 bool AllowAddressReuse(SocketHandle socket);
 /// The port that the socket is bound to, 0 when there is none.
 std::uint16_t LocalPort(SocketHandle socket);
@@ -53,7 +53,7 @@ std::uint16_t LocalPort(SocketHandle socket);
 /// Starts a connection to IP version 4 text: 0, or -1 with the reason in LastSocketError.
 int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port);
 
-/// Waits until the socket is writable (or has failed: PendingSocketError tells). 1: writable, 0: time-out,
+/// Waits until the socket is writable (or has failed: see PendingSocketError). 1: writable, 0: time-out,
 /// -1: error. A negative time waits without end, here as in WaitReadable.
 int WaitWritable(SocketHandle socket, int timeout_ms);
 /// Waits until the socket is readable (or a listener has a connection). 1: readable, 0: time-out, -1: error.
@@ -67,11 +67,11 @@ int PendingSocketError(SocketHandle socket);
 bool SetNonBlocking(SocketHandle socket, bool non_blocking);
 bool SetSocketReceiveTimeout(SocketHandle socket, std::uint32_t milliseconds);
 bool SetSocketSendTimeout(SocketHandle socket, std::uint32_t milliseconds);
-/// Size of the receive buffer in bytes, or nothing when it can't be read.
+/// Size of the receive buffer in bytes; nullopt if it can't be read.
 std::optional<std::uint32_t> ReceiveBufferSize(SocketHandle socket);
 bool SetReceiveBufferSize(SocketHandle socket, std::uint32_t bytes);
 
-/// One send or receive call: bytes moved, 0 at the peer's end, -1 on failure.
+/// One send or receive call: bytes moved, 0 at the end of the stream, -1 on failure.
 int SendBytes(SocketHandle socket, std::span<const std::uint8_t> bytes, int flags);
 int ReceiveBytes(SocketHandle socket, std::span<std::uint8_t> buffer, int flags);
 /// One datagram out or in: its bytes, -1 on failure. What does not fit the buffer is lost.

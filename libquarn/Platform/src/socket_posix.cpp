@@ -35,7 +35,7 @@ std::optional<in_addr> ParseAddress(const std::string& ip) {
   return parsed ? std::optional(std::bit_cast<in_addr>(*parsed)) : std::nullopt;
 }
 
-// Empty text stands for any address.
+// Empty text means any address.
 std::optional<in_addr> ParseLocalAddress(const std::string& ip) {
   return ip.empty() ? in_addr{htonl(INADDR_ANY)} : ParseAddress(ip);
 }

@@ -12,7 +12,7 @@ namespace {
 
 struct SignedText {
   bool negative = false;
-  std::string_view digits;  // what stands behind white space and sign
+  std::string_view digits;  // what follows white space and sign
 };
 
 bool IsDigit(char c) {
@@ -37,7 +37,7 @@ bool HasHexPrefix(std::string_view text) {
   return text.size() >= 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
 }
 
-// A prefix without a digit behind it is the number 0, with the "x" as text that follows it.
+// A prefix without a digit after it is the number 0, with the "x" as text that follows it.
 bool HasHexInteger(std::string_view text) {
   return HasHexPrefix(text) && text.size() > 2 && IsHexDigit(text[2]);
 }

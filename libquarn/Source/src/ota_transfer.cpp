@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kAttempts = 3;
 
-bool IsWorthAnother(int result) {
+bool IsRetryable(int result) {
   return result == SerialExchange::kWrongReply || result == SerialExchange::kNotReceived;
 }
 
@@ -22,7 +22,7 @@ bool IsWorthAnother(int result) {
 int SendFrame(SerialExchange& exchange, std::uint8_t type, std::uint32_t first, std::uint32_t second,
               std::span<const std::uint8_t> data = {}) {
   int result = SerialExchange::kWrongReply;
-  for (int attempt = 0; attempt < kAttempts && IsWorthAnother(result); ++attempt) {
+  for (int attempt = 0; attempt < kAttempts && IsRetryable(result); ++attempt) {
     OtaReply reply;
     result = exchange.ExchangeOta(first, second, data, type, reply);
     if (result == 0) {

@@ -43,7 +43,7 @@ int SendOtaComponent(SerialExchange& exchange, std::span<const std::uint8_t> com
 /// The partition that a sensor runs from. It writes its firmware to the other one.
 enum class Partition : std::uint8_t { kA = 0, kB = 1 };
 
-/// Makes the sensor ready to be written to (mode 4) and tells its partition: 0, or the exchange's code;
+/// Makes the sensor ready to be written to (mode 4) and reports its partition: 0, or the exchange's code;
 /// SerialExchange::kWrongReply also for a reply of another shape.
 int ChangeMode(SerialExchange& exchange, std::uint8_t mode, Partition& partition);
 

@@ -21,7 +21,7 @@ class PacketRing {
   explicit PacketRing(std::size_t slots) : slots_(slots) {}
 
   /// Adds a packet; more than a slot holds becomes several. With `extend` the bytes belong to the packet that
-  /// was pushed last: they go behind it as long as it is there and has room.
+  /// was pushed last: they are appended to it as long as it is there and has room.
   void Push(std::span<const std::uint8_t> bytes, bool extend = false);
 
   /// The oldest packet's bytes, or its first ones when `buffer` is smaller (the next call gives the rest). 0
@@ -30,7 +30,7 @@ class PacketRing {
 
   void Clear();
 
-  /// Whoever waits in Take returns -1, also with packets left, until Open.
+  /// A waiting Take returns -1, also with packets left, until Open.
   void Close();
   void Open();
 

@@ -30,7 +30,7 @@ ReplyAssembler::State ReplyAssembler::Judge() {
   if (CheckReply(kind_, block_)) {
     return State::kPassed;
   }
-  // A stump of an older reply may stand ahead of the true one and claim its bytes, so every tag is tried.
+  // A stump of an older reply may come before the true one and claim its bytes, so every tag is tried.
   DropFront(FindTag(0) < block_.size() ? FindTag(0) : 0);
   bool wrong = false;
   bool incomplete = EndsWithinTag();

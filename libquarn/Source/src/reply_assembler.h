@@ -9,7 +9,7 @@
 
 namespace quarn::lidar {
 
-/// Puts one reply together from whatever pieces a line delivers it in, with noise ahead of its tag or not.
+/// Assembles one reply from whatever pieces a line delivers it in, with noise before its tag or not.
 /// Holds at most one block of `kMaxReplyBlock` bytes besides the piece that is added.
 class ReplyAssembler {
  public:

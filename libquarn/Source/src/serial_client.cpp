@@ -59,7 +59,7 @@ int SerialClient::ExchangeOta(std::uint32_t first, std::uint32_t second, std::sp
   return result;
 }
 
-// Pieces are put together until a reply stands or the time is up; the line breaking ends the wait.
+// Collects pieces until the reply is whole or the time is up; a broken line ends the wait.
 int SerialClient::ReadReply(Source& source, ReplyKind kind, std::uint32_t timeout_ms,
                             std::vector<std::uint8_t>& frame) {
   using Clock = std::chrono::steady_clock;

@@ -19,7 +19,7 @@ class SerialExchange {
  public:
   static constexpr int kNotSent = -1;      ///< not open, or the request did not go out
   static constexpr int kWrongReply = -2;   ///< what came within the time is no valid reply; also silence
-  static constexpr int kNotReceived = -3;  ///< the line broke ahead of the reply
+  static constexpr int kNotReceived = -3;  ///< the line broke before the reply came
 
   virtual ~SerialExchange() = default;
   SerialExchange(const SerialExchange&) = delete;

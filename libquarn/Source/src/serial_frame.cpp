@@ -20,7 +20,7 @@ constexpr std::array<std::uint8_t, 2> kTrailer = {0xEE, 0xFF};
 constexpr std::size_t kCrcAndTrailer = kCrcSize + kTrailer.size();
 constexpr std::size_t kCrcUnit = 4;
 
-// What stands around a reply's body.
+// What surrounds a reply's body.
 constexpr std::size_t kReplyFrameBytes = kSerialTagSize + kNonceSize + kCrcAndTrailer;
 // The length byte and the command code, which a reply's length byte does not count.
 constexpr std::size_t kUncountedBody = 2;

@@ -48,8 +48,8 @@ std::vector<std::uint8_t> EncodeReplyFrame(ReplyKind kind, std::uint8_t code,
                                            std::span<const std::uint8_t> rest, std::uint32_t nonce);
 
 /// True when the block is a whole reply of that kind: at least 19 bytes, trailer, CRC, and a length byte that
-/// counts exactly what stands behind the command code (a request's counts the command code too). The tag's
-/// bytes are not looked at: a line that garbles the first bytes after a pause still delivers a good reply.
+/// counts exactly what follows the command code (a request's counts the command code too). The tag's
+/// bytes are not checked: a line that garbles the first bytes after a pause still delivers a good reply.
 bool CheckReply(ReplyKind kind, std::span<const std::uint8_t> block);
 
 /// Whether the last bytes are the trailer EE FF.

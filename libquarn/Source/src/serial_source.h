@@ -23,7 +23,7 @@ namespace quarn::lidar {
 /// when nobody takes it. Without it, Receive reads the line itself.
 ///
 /// Settings (receive type, automatic receiving) are made before Open. Every other operation may be called
-/// from any thread; Close makes whoever waits in Receive return at once. A line that is pulled out closes the
+/// from any thread; Close makes a waiting Receive return at once. A line that is pulled out closes the
 /// source: IsOpened turns false and receives and sends fail.
 class SerialSource : public Source {
  public:
@@ -33,7 +33,7 @@ class SerialSource : public Source {
   /// What Clear drops.
   static constexpr int kClearAll = 0;
   static constexpr int kClearPackets = 1;  ///< replies and data that were sorted
-  /// What arrived ahead of a new request: the port's pending input and the replies that were read from it.
+  /// What arrived before a new request: the port's pending input and the replies that were read from it.
   /// The data stays.
   static constexpr int kClearPendingInput = 2;
 

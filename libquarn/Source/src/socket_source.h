@@ -19,8 +19,8 @@ class SocketSource : public Source {
   ~SocketSource() override;
 
   /// False leaves the source closed when the port can't be bound. When the system refuses the sharing of the
-  /// port or the receive time-out, the socket stays, unbound, and false tells. A group that can't be joined
-  /// is only logged.
+  /// port or the receive time-out, the socket stays open but unbound, and the result is false. A group that
+  /// can't be joined is only logged.
   bool Open() override;
   void Close() override;
   bool IsOpened() override;

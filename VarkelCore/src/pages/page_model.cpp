@@ -1,0 +1,186 @@
+#include "VarkelCore/src/pages/page_model.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "VarkelCore/src/pages/page_description.h"
+
+namespace varkel {
+
+namespace {
+
+constexpr int kHeadingKind = -1;
+
+QString Text(const std::string& text) {
+  return QString::fromStdString(text);
+}
+
+QString Hex(const std::vector<std::uint8_t>& bytes) {
+  return QString::fromLatin1(
+      QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())).toHex(' '));
+}
+
+}  // namespace
+
+PageModel::PageModel(std::shared_ptr<Model> model, int page, QObject* parent)
+    : QAbstractListModel(parent), model_(std::move(model)) {
+  const ConfigParser& catalogue = *model_->catalogue;
+  for (const PageRow& place : RowsOfPage(catalogue, page)) {
+    Row row{place.label, place.kind, place.group, place.index, nullptr, {}, {}};
+    row.var = VariableAt(catalogue, page, place.group, place.index);
+    if (row.var == nullptr) row.kind = kHeadingKind;
+    rows_.push_back(std::move(row));
+    if (rows_.back().var != nullptr) Watch(*rows_.back().var, static_cast<int>(rows_.size()) - 1);
+  }
+}
+
+/// A switch shows in the row that it switches, every field of the angles' command in the field of view's row.
+void PageModel::Watch(const VarInfo& var, int row) {
+  rows_of_[&var].push_back(row);
+  if (var.switch_var != nullptr && var.switch_var != &var) rows_of_[var.switch_var].push_back(row);
+  if (var.component_type != kFieldOfView) return;
+  const auto carried = model_->catalogue->set_cmd_map().find(var.set_cmd);
+  if (carried == model_->catalogue->set_cmd_map().end()) return;
+  for (const VarInfo* other : carried->second) {
+    if (other != &var) rows_of_[other].push_back(row);
+  }
+}
+
+int PageModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(rows_.size());
+}
+
+QHash<int, QByteArray> PageModel::roleNames() const {
+  return {{kLabel, "label"},
+          {kKind, "kind"},
+          {kGroup, "group"},
+          {kVariable, "variable"},
+          {kName, "name"},
+          {kText, "text"},
+          {kSwitchText, "switchText"},
+          {kOrigin, "origin"},
+          {kReadTime, "readTime"},
+          {kEdited, "edited"},
+          {kLive, "live"},
+          {kWritable, "writable"},
+          {kRangeMin, "rangeMin"},
+          {kRangeMax, "rangeMax"},
+          {kUnit, "unit"},
+          {kType, "type"},
+          {kOptions, "options"},
+          {kOptionLabels, "optionLabels"},
+          {kRawHex, "rawHex"},
+          {kSentText, "sentText"},
+          {kVerdict, "verdict"},
+          {kVarId, "varId"},
+          {kStale, "stale"}};
+}
+
+QVariant PageModel::data(const QModelIndex& index, int role) const {
+  if (!index.isValid() || index.row() >= rowCount()) return {};
+  const Row& row = rows_[static_cast<std::size_t>(index.row())];
+  switch (role) {
+    case kLabel:
+      return row.label;
+    case kKind:
+      return row.kind;
+    case kGroup:
+      return row.group;
+    case kVariable:
+      return row.variable;
+    default:
+      break;
+  }
+  if (row.var == nullptr) return {};
+  QVariant constant = Constant(*row.var, role);
+  return constant.isValid() ? constant : Changing(row, role);
+}
+
+QVariant PageModel::Constant(const VarInfo& var, int role) const {
+  switch (role) {
+    case kName:
+      return Text(var.var_name);
+    case kLive:
+      return var.timer_update;
+    case kWritable:
+      return var.permission != 0;
+    case kRangeMin:
+      return var.range_min;
+    case kRangeMax:
+      return var.range_max;
+    case kUnit:
+      return Text(var.unit);
+    case kType:
+      return Text(var.var_type);
+    case kOptions:
+      return OptionValues(var);
+    case kOptionLabels:
+      return OptionLabels(var);
+    case kVarId:
+      return Text(var.var_id);
+    default:
+      return {};
+  }
+}
+
+QVariant PageModel::Changing(const Row& row, int role) const {
+  if (role == kVerdict) return row.verdict;
+  if (role == kSentText) {
+    const auto verification = model_->values.Verify(*row.var);
+    return verification ? Text(verification->sent) : QString();
+  }
+  const ValueStore::Shown shown = model_->values.Show(*row.var);
+  switch (role) {
+    case kText:
+      return Text(shown.text);
+    case kSwitchText:
+      return Text(shown.switch_text);
+    case kOrigin:
+      return QString::fromLatin1(OriginName(shown.origin));
+    case kReadTime:
+      return IsoTime(shown.read_time);
+    case kEdited:
+      return shown.edited;
+    case kRawHex:
+      return Hex(shown.raw);
+    case kStale:
+      return shown.stale;
+    default:
+      return {};
+  }
+}
+
+void PageModel::ShowChanges(const std::vector<const VarInfo*>& vars) {
+  std::vector<int> changed;
+  for (const VarInfo* var : vars) {
+    const auto rows = rows_of_.find(var);
+    if (rows == rows_of_.end()) continue;
+    changed.insert(changed.end(), rows->second.begin(), rows->second.end());
+  }
+  std::sort(changed.begin(), changed.end());
+  changed.erase(std::unique(changed.begin(), changed.end()), changed.end());
+  for (const int number : changed) {
+    Row& row = rows_[static_cast<std::size_t>(number)];
+    if (!row.verdict.isEmpty() && model_->values.Show(*row.var).text != row.refused_text) row.verdict.clear();
+  }
+  for (std::size_t first = 0; first < changed.size();) {
+    std::size_t last = first;
+    while (last + 1 < changed.size() && changed[last + 1] == changed[last] + 1) ++last;
+    emit dataChanged(index(changed[first]), index(changed[last]));
+    first = last + 1;
+  }
+}
+
+void PageModel::SetVerdict(const VarInfo& var, const QString& verdict) {
+  for (std::size_t i = 0; i < rows_.size(); ++i) {
+    Row& row = rows_[i];
+    if (row.var != &var) continue;
+    row.verdict = verdict;
+    row.refused_text = model_->values.Show(var).text;
+    const QModelIndex place = index(static_cast<int>(i));
+    emit dataChanged(place, place, {kVerdict});
+  }
+}
+
+}  // namespace varkel

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <QAbstractListModel>
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+#include <QVariant>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "VarkelCore/src/values/model_selection.h"
+
+namespace varkel {
+
+/// The rows of one page for QML: a heading for each group, then its variables, in the order of `PageRows`.
+///
+/// Lives on the user interface's thread. It shows the values as they are; whoever takes the changes of the
+/// value store hands them over, and exactly the rows that they touch are reported as changed.
+class PageModel : public QAbstractListModel {
+  Q_OBJECT
+
+ public:
+  enum Role : int {
+    kLabel = Qt::UserRole + 1,  ///< group title, or name and unit
+    kKind,  ///< component type; -1 for a heading, for which the roles below `kVariable` are empty
+    kGroup,
+    kVariable,  ///< index within the group, as the controller's calls take it; -1 for a heading
+    kName,
+    kText,
+    kSwitchText,
+    kOrigin,    ///< as in the variable's map
+    kReadTime,  ///< as in the variable's map
+    kEdited,    ///< the variable, its switch or the field of view's angles
+    kLive,      ///< refreshed continuously
+    kWritable,
+    kRangeMin,
+    kRangeMax,
+    kUnit,
+    kType,  ///< value type
+    kOptions,
+    kOptionLabels,
+    kRawHex,    ///< the field's bytes as the sensor sent them, "01 a0"
+    kSentText,  ///< what was saved last on this connection
+    kVerdict,   ///< why the page check refused the present text; empty when it did not
+    kVarId,
+    kStale,  ///< read, but not from the sensor that is connected now
+  };
+
+  PageModel(std::shared_ptr<Model> model, int page, QObject* parent = nullptr);
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  QHash<int, QByteArray> roleNames() const override;
+
+  /// Reports the rows that show one of these variables, or its switch, as changed.
+  void ShowChanges(const std::vector<const VarInfo*>& vars);
+  /// The page check refused the variable's present text. It holds until the text changes.
+  void SetVerdict(const VarInfo& var, const QString& verdict);
+
+ private:
+  struct Row {
+    QString label;
+    int kind = 0;
+    int group = 0;
+    int variable = -1;
+    const VarInfo* var = nullptr;  ///< null: a heading
+    QString verdict;
+    std::string refused_text;
+  };
+
+  QVariant Constant(const VarInfo& var, int role) const;
+  QVariant Changing(const Row& row, int role) const;
+  void Watch(const VarInfo& var, int row);
+
+  const std::shared_ptr<Model> model_;
+  std::vector<Row> rows_;
+  std::unordered_map<const VarInfo*, std::vector<int>> rows_of_;  ///< the rows that a variable changes
+};
+
+}  // namespace varkel

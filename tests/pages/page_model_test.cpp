@@ -1,0 +1,108 @@
+#include "VarkelCore/src/pages/page_model.h"
+
+#include <QAbstractItemModelTester>
+#include <QSet>
+
+#include "tests/values/value_table.h"
+
+namespace varkel {
+namespace {
+
+class PageModelTest : public testing::Test {
+ protected:
+  PageModelTest() {
+    QObject::connect(&rows, &QAbstractItemModel::dataChanged, [this](const auto& first, const auto& last) {
+      for (int row = first.row(); row <= last.row(); ++row)
+        changed.append(rows.index(row).data(PageModel::kLabel).toString());
+    });
+  }
+  VarInfo& Var(const char* name) { return *model->catalogue->FindByName(name); }
+  QVariant Data(const char* label, const char* role) {
+    for (int row = 0; row < rows.rowCount(); ++row) {
+      if (rows.index(row).data(PageModel::kLabel) == label)
+        return rows.index(row).data(rows.roleNames().key(role));
+    }
+    return {};
+  }
+  QStringList Changed() {
+    rows.ShowChanges(model->values.TakeChanges());
+    return std::exchange(changed, {});
+  }
+
+  const std::shared_ptr<Model> model = test::ModelOf(
+      {"Index=1;Get=0x01;Set=0x02;VarName=Last;VarType=uint8;DefaultValue=7;VarLen=1;Options=1~9;Unit=mm;"
+       "Permission=1;TimerUpdate=1;FunctionModule=1_1_5_1",
+       "Index=2;Get=0x01;Set=0x02;VarName=Filter "
+       "on;VarType=uint8;DefaultValue=1;VarLen=1;FunctionModule=1_1_2_2_2",
+       "Index=3;Get=0x01;Set=0x02;VarName=Filter;VarType=uint8;DefaultValue=3;VarLen=1;FunctionModule=1_1_2_"
+       "2",
+       "Index=4;Get=0x23;Set=0x22;VarName=Channel;VarType=uint8;DefaultValue=0;VarLen=1;Options=0|1;"
+       "FunctionModule=1_1_3_5",
+       "Index=5;Get=0x01;VarName=First;VarType=uint8;DefaultValue=0;VarLen=1;FunctionModule=1_1_1_0"});
+  PageModel rows{model, 0};
+  QStringList changed;
+};
+
+TEST_F(PageModelTest, HasTheRowsOfThePage) {
+  const QAbstractItemModelTester tester(&rows, QAbstractItemModelTester::FailureReportingMode::Fatal);
+  QStringList shown;
+  for (int row = 0; row < rows.rowCount(); ++row) {
+    const QModelIndex at = rows.index(row);
+    shown.append(at.data(PageModel::kLabel).toString() + at.data(PageModel::kKind).toString() + '/' +
+                 at.data(PageModel::kVariable).toString());
+  }
+  EXPECT_EQ(shown, (QStringList{"Group-1/-1", "First0/4", "Filter2/2", "Channel5/3", "Last (mm)1/0"}));
+  EXPECT_EQ(PageModel(model, 1).rowCount(), 0);
+  const struct {
+    const char* role;
+    QVariant value;
+  } kCases[] = {{"name", "Last"},  {"text", "7"},     {"origin", "default"}, {"readTime", ""},
+                {"edited", false}, {"live", true},    {"writable", true},    {"rangeMin", 1},
+                {"rangeMax", 9},   {"unit", " (mm)"}, {"type", "uint8"},     {"rawHex", ""},
+                {"sentText", ""},  {"verdict", ""},   {"varId", "1-1"},      {"stale", false},
+                {"group", 0}};
+  for (const auto& [role, value] : kCases) EXPECT_EQ(Data("Last (mm)", role), value) << role;
+  EXPECT_EQ(Data("Filter", "switchText"), "1");
+  EXPECT_EQ(Data("Channel", "optionLabels"), QVariant(QVariantList{"0", "1"}));
+  EXPECT_FALSE(Data("Group", "text").isValid());
+}
+
+TEST_F(PageModelTest, ReportsExactlyTheRowsThatAnEventTouched) {
+  ValueStore& values = model->values;
+  const auto time = ValueStore::Time(std::chrono::milliseconds(1500));
+  values.Read({{&Var("Last"), "8", {8}}}, values.Now(), time);
+  EXPECT_EQ(Changed(), QStringList{"Last (mm)"});
+  EXPECT_EQ(Data("Last (mm)", "readTime"), "1970-01-01T00:00:01.500Z");
+  EXPECT_EQ(Data("Last (mm)", "rawHex"), "08");
+  values.Edit(Var("Filter on"), "0");
+  EXPECT_EQ(Changed(), QStringList{"Filter"});
+  EXPECT_EQ(Data("Filter", "edited"), true);
+  values.EditFov(0, 5);
+  EXPECT_EQ(Changed(), QStringList{"Channel"});
+  EXPECT_EQ(Data("Channel", "edited"), true);
+  values.Edit(Var("First"), "1");
+  values.Cancel();
+  EXPECT_EQ(Changed(), (QStringList{"First", "Filter", "Channel"}));
+  values.Sent({"0x02", {{&Var("Last"), "9", {9}}}, std::nullopt}, values.Now());
+  EXPECT_EQ(Changed(), QStringList{"Last (mm)"});
+  EXPECT_EQ(Data("Last (mm)", "sentText"), "9");
+  EXPECT_TRUE(Changed().isEmpty());
+}
+
+TEST_F(PageModelTest, VerdictHoldsUntilTheTextChanges) {
+  model->values.Edit(Var("Last"), "10");
+  Changed();
+  rows.SetVerdict(Var("Last"), "is out of range");
+  EXPECT_EQ(Changed(), QStringList{"Last (mm)"});
+  model->values.Read({{&Var("Last"), "8", {8}}}, model->values.Now());
+  Changed();
+  EXPECT_EQ(Data("Last (mm)", "verdict"), "is out of range");
+  for (const char* text : {"9", "10"}) {
+    model->values.Edit(Var("Last"), text);
+    Changed();
+    EXPECT_EQ(Data("Last (mm)", "verdict"), "");
+  }
+}
+
+}  // namespace
+}  // namespace varkel
