@@ -99,6 +99,12 @@ class LogTest : public QObject {
     QCOMPARE(desk.log->rowCount(), 10000);
   }
 
+  void LongLinesHaveABoundOfTheirOwn() {
+    LogModel log;
+    for (int line = 0; line < 40; ++line) log.append(LogModel::Info, QString(1000000, 'm'));
+    EVENTUALLY_COMPARE(log.rowCount(), 33);  // what 32 MiB hold
+  }
+
   void CopiesAndSavesTheLinesShown() {
     const LogDesk desk;
     desk.Say("<b>48 °C</b>\n", "WARNING");
