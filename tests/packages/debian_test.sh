@@ -56,6 +56,7 @@ inside apt-get update >>"$log" 2>&1 </dev/null
 began=$SECONDS
 inside apt-get install -y --no-install-recommends /tmp/varkel.deb >>"$log" 2>&1 </dev/null
 echo "Debian package: installed with all that it needs after $((SECONDS - began)) s"
+: >"$bare/tmp/sensor.log"
 "${in_root[@]}" HOME=/tmp varkel-sim --port 0 --verbose >"$bare/tmp/sensor.log" 2>&1 </dev/null &
 started+=($!)
 for _ in $(seq 100); do
