@@ -96,7 +96,7 @@ started=()
 inside apt-get remove -y varkel >>"$log" 2>&1 </dev/null
 left=$(content | grep -i varkel | grep -v '^./home' || true)
 [ -z "$left" ] || fail "removing it leaves $left"
-inside apt-get purge -y varkel >>"$log" 2>&1 </dev/null
+inside dpkg --purge varkel >>"$log" 2>&1 </dev/null
 inside dpkg -s varkel >/dev/null 2>&1 && fail "purging it leaves its records"
 [ -e "$settings" ] || fail "removing it took the user's settings"
 umount "$bare/proc"
