@@ -16,6 +16,10 @@ if(WIN32)
   # Windows 10's interface, without what nobody uses and without its macros min and max.
   add_compile_definitions(_WIN32_WINNT=0x0A00 WIN32_LEAN_AND_MEAN NOMINMAX)
 endif()
+if(MINGW)
+  # The same sources make the same program.
+  add_link_options(-Wl,--no-insert-timestamp)
+endif()
 
 # GCC 12 reports "literal" + std::string as overlapping copies when it optimises (its bug 105651).
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
