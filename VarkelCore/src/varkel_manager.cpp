@@ -321,8 +321,9 @@ int VarkelManager::connectType() const {
 // Connection
 
 bool VarkelManager::ConnectLidar() {
-  if (!d_->connector.Start(d_->connect_type, d_->settings)) return false;
+  if (GetIsConnectingLidar()) return false;
   if (const auto model = d_->models.model()) model->values.SensorChanged();
+  if (!d_->connector.Start(d_->connect_type, d_->settings)) return false;
   const std::string fault = d_->settings_file.Save(d_->settings);
   if (!fault.empty()) d_->report.Log(fault, "WARNING");
   return true;
