@@ -5,6 +5,19 @@ namespace {
 class PageReadingTest : public QObject {
   Q_OBJECT
  private slots:
+  void FailedLoadLeavesNoPagesAndSaysWhere() {
+    Bench bench;
+    bench.manager->InitConfigFileParser("../../no-model");
+    QVERIFY(bench.manager->level1List().isEmpty() && bench.manager->pageModel(0) == nullptr);
+    QVERIFY(bench.manager->myMap().isEmpty());
+    QVERIFY(bench.errors.isEmpty());  // at the start nobody would hear it yet
+    const QString error = bench.NextError();
+    QVERIFY2(error.contains("no-model.csv"), qPrintable(error));
+    QVERIFY(bench.log.contains("ERROR " + error));
+    bench.manager->InitConfigFileParser();
+    QVERIFY(!bench.manager->level1List().isEmpty());
+  }
+
   void EveryPageShowsWhatTheSensorHolds() {
     Bench bench;
     bench.sensor->SetValue("SN", "QU-TEST-1");
@@ -98,19 +111,6 @@ class PageReadingTest : public QObject {
     bench.manager->ReadPageInBackground(0);
     QTRY_COMPARE(finished.count(), 3);
     QCOMPARE(bench.sensor->Received(0x0B).size(), 1U);
-  }
-
-  void EditsSurviveEveryRefresh() {
-    Bench bench;
-    QVERIFY(bench.ConnectOn(4));
-    bench.Edit("Intensity Threshold", "77");
-    bench.sensor->SetValue("Noise Filter Level", "5");
-    bench.manager->GetLidarModuleInfo(4);
-    QCOMPARE(bench.Shown("Intensity Threshold"), "77");
-    QCOMPARE(bench.Shown("Noise Filter Level"), "5");
-    bench.manager->ClearSetMap();
-    bench.manager->GetLidarModuleInfo(4);
-    QCOMPARE(bench.Shown("Intensity Threshold"), "12");
   }
 };
 
