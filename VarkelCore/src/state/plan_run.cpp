@@ -70,10 +70,7 @@ class Writing {
 
 RunReport Writing::Of(const SetPlan& plan) {
   for (const PlannedCommand& command : plan.commands) {
-    for (const PlannedField& field : command.fields) {
-      report_.changes.push_back(
-          {field.var->var_id, field.var->var_name, field.old_text, field.new_text, Verdict::kNotSent, {}, 0});
-    }
+    for (const PlannedField& field : command.fields) report_.changes.push_back(NotSent(field));
   }
   model_.values.Cancel();
   std::size_t first = 0;
@@ -184,6 +181,10 @@ bool Writing::ReadBack(const PlannedCommand& command, KtcClient& client, Outcome
 }
 
 }  // namespace
+
+ChangeOutcome NotSent(const PlannedField& field) {
+  return {field.var->var_id, field.var->var_name, field.old_text, field.new_text, Verdict::kNotSent, {}, 0};
+}
 
 const char* VerdictName(Verdict verdict) {
   switch (verdict) {

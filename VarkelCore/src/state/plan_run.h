@@ -36,6 +36,9 @@ struct ChangeOutcome {
   std::int32_t code = 0;  ///< why the command failed: the sensor's or the client's; 0 else
 };
 
+/// The outcome of a change before it goes out.
+ChangeOutcome NotSent(const PlannedField& field);
+
 enum class RunEnd {
   kComplete,
   kEndedByRefusal,  ///< as the caller wanted

@@ -60,7 +60,8 @@ SensorState EmptyState(const Model& model) {
 
 StateValue MakeStateValue(const ConfigParser& catalogue, const VarInfo& var, const std::string& text,
                           std::string raw) {
-  StateValue value{var.var_id, Utf8(var.var_name), {}, {}, Utf8(PlainUnit(var)), Utf8(text), std::move(raw)};
+  StateValue value{var.var_id,     Utf8(var.var_name), {}, {}, Utf8(PlainUnit(var)), Utf8(text),
+                   std::move(raw), var.timer_update};
   if (!var.module_places.empty()) {
     const auto [page, group] = var.module_places.begin()->first;
     const auto& titles = catalogue.module_titles();

@@ -16,9 +16,10 @@ struct StateValue {
   std::string name;
   std::string page;
   std::string group;
-  std::string unit;  ///< without blank and brackets
-  std::string text;  ///< as shown
-  std::string raw;   ///< the field's bytes as the sensor sent them, "01 a0"; empty where there are none
+  std::string unit;   ///< without blank and brackets
+  std::string text;   ///< as shown
+  std::string raw;    ///< the field's bytes as the sensor sent them, "01 a0"; empty where there are none
+  bool live = false;  ///< the sensor itself keeps changing it, as a temperature
 };
 
 /// A request that brought no values, or not all of them.

@@ -32,7 +32,7 @@ const char* DifferenceKindName(DifferenceKind kind) {
   return "";
 }
 
-Comparison CompareStates(const SensorState& left, const SensorState& right) {
+Comparison CompareStates(const SensorState& left, const SensorState& right, LiveValues live) {
   Comparison comparison;
   comparison.other_model = left.model != right.model;
   comparison.other_table = left.table != right.table;
@@ -46,7 +46,8 @@ Comparison CompareStates(const SensorState& left, const SensorState& right) {
     const bool is_same = other != nullptr && (!comparison.other_table || other->name == value.name);
     if (is_same) {
       met[found->second] = true;
-      CompareValues(value, *other, comparison.differences);
+      const bool is_ignored = live == LiveValues::kIgnored && value.live && other->live;
+      if (!is_ignored) CompareValues(value, *other, comparison.differences);
     } else {
       comparison.differences.push_back({value.id, value.name, DifferenceKind::kOnlyLeft, value.text, {}});
     }

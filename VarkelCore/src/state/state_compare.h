@@ -35,8 +35,12 @@ struct Comparison {
   bool is_equal() const { return differences.empty(); }
 };
 
+/// Whether variables that the sensor itself keeps changing are compared as well.
+enum class LiveValues { kIgnored, kCompared };
+
 /// Compares variable by variable, by identifier; by identifier and name when the tables differ. Bytes are
 /// compared where both states have some.
-Comparison CompareStates(const SensorState& left, const SensorState& right);
+Comparison CompareStates(const SensorState& left, const SensorState& right,
+                         LiveValues live = LiveValues::kIgnored);
 
 }  // namespace varkel

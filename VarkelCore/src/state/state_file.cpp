@@ -20,18 +20,6 @@ namespace {
 
 constexpr int kElementIndent = 4;
 
-std::string FormatValue(const StateValue& value) {
-  return JsonObject()
-      .Text("id", value.id)
-      .Text("name", value.name)
-      .Text("page", value.page)
-      .Text("group", value.group)
-      .Text("unit", value.unit)
-      .Text("value", value.text)
-      .Text("raw", value.raw)
-      .str();
-}
-
 std::string FormatVersion(const std::pair<std::string, std::string>& version) {
   return JsonObject().Text("name", version.first).Text("value", version.second).str();
 }
@@ -65,6 +53,12 @@ class Members {
     if (number != value.toInt()) Fail(key, "is no whole number of 32 bits");
     return value.toInt();
   }
+  /// False where there is no such member.
+  bool Flag(const char* key) const {
+    const QJsonValue value = object_.value(QLatin1String(key));
+    if (!value.isBool() && !value.isUndefined()) Fail(key, "is neither true nor false");
+    return value.toBool();
+  }
   template <typename Read>
   void EachOf(const char* key, const Read& read) const {
     const QJsonValue value = object_.value(QLatin1String(key));
@@ -88,7 +82,7 @@ class Members {
 StateValue ReadValue(const QJsonValue& json, const std::string& place) {
   const Members members(json, place);
   return {members.Text("id"),   members.Text("name"),  members.Text("page"), members.Text("group"),
-          members.Text("unit"), members.Text("value"), members.Text("raw")};
+          members.Text("unit"), members.Text("value"), members.Text("raw"),  members.Flag("live")};
 }
 
 ReadFailure ReadFailureOf(const QJsonValue& json, const std::string& place) {
@@ -142,6 +136,14 @@ std::string LineAndColumn(const QByteArray& json, int offset) {
 }
 
 }  // namespace
+
+std::string FormatValue(const StateValue& value) {
+  JsonObject object;
+  object.Text("id", value.id).Text("name", value.name).Text("page", value.page).Text("group", value.group);
+  object.Text("unit", value.unit).Text("value", value.text).Text("raw", value.raw);
+  if (value.live) object.Bool("live", true);
+  return object.str();
+}
 
 std::string FormatState(const SensorState& state) {
   const auto line = [](const char* key, const std::string& json, const char* end = ",\n") {
