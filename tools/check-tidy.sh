@@ -27,7 +27,7 @@ default_base() {
   echo "$base"
 }
 
-ours=('app/*.cpp' 'VarkelCore/*.cpp' 'libquarn/*.cpp' 'simulator/*.cpp' 'tools/*.cpp' 'tests/*.cpp' 'bench/*.cpp'
+ours=('app/*.cpp' 'cli/*.cpp' 'VarkelCore/*.cpp' 'libquarn/*.cpp' 'simulator/*.cpp' 'tools/*.cpp' 'tests/*.cpp' 'bench/*.cpp'
   ':!*_windows.cpp')
 files=$(git ls-files -- "${ours[@]}")
 if [ -z "$all" ]; then

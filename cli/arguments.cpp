@@ -1,0 +1,150 @@
+#include "cli/arguments.h"
+
+namespace varkel::cli {
+
+namespace {
+
+constexpr int kMostJobs = 1024;
+constexpr int kLongestTimeoutMs = 600'000;
+constexpr int kShortestIntervalMs = 10;
+constexpr int kLongestIntervalMs = 86'400'000;
+
+constexpr char kFooter[] =
+    R"(Examples:
+  varkelctl --host 192.168.1.201 read --page Status
+  varkelctl set "Spin Rate=1200" 7-9=100 --check
+  varkelctl --targets line3.csv snapshot -o before/
+  varkelctl compare before/QU64A2419C0087.json
+  varkelctl rollback
+
+A NAME is a variable's name as in the table, without its unit, or its identifier ("3-12").
+Exit codes: 0 done, or no difference; 1 failed; 2 differences; 3 refused by the sensor or not verified;
+4 no connection; 64 wrong use. Of several sensors 4 counts ahead of 3, 1, 2 and 0.)";
+
+void AddGlobalOptions(CLI::App& app, Arguments& arguments) {
+  app.add_option("--host", arguments.hosts,
+                 "Address of a sensor, and its port; repeatable (192.168.1.201:9347)")
+      ->type_name("ADDR[:PORT]")
+      ->allow_extra_args(false);
+  app.add_option("--targets", arguments.targets,
+                 "Table of sensors, CSV with the columns host, port, model, label")
+      ->type_name("FILE");
+  app.add_option("--model", arguments.model, "Model, named like its table")
+      ->type_name("NAME")
+      ->capture_default_str();
+  app.add_option("--tables", arguments.tables,
+                 "Folder of the model tables (Config/varID beside the program's folder)")
+      ->type_name("DIR");
+  app.add_option("--rs485", arguments.rs485, "RS485 line of a Zelto")->type_name("PORT");
+  app.add_option("--uart", arguments.uart, "UART line of a Zelto")->type_name("PORT");
+  app.add_option("--jobs", arguments.jobs, "Sensors that are worked on side by side")
+      ->check(CLI::Range(1, kMostJobs))
+      ->type_name("N")
+      ->capture_default_str();
+  app.add_option("--timeout", arguments.timeout_ms, "Milliseconds that a sensor has for a reply")
+      ->check(CLI::Range(1, kLongestTimeoutMs))
+      ->type_name("MS")
+      ->capture_default_str();
+  app.add_flag("--json", arguments.json, "One JSON object a sensor on standard output");
+  app.add_flag("--print-manual", arguments.print_manual)->group("");
+  app.add_flag("--print-completion", arguments.print_completion)->group("");
+}
+
+CLI::App* AddCommand(CLI::App& app, Arguments& arguments, const char* name, const char* description) {
+  CLI::App* const command = app.add_subcommand(name, description);
+  command->callback([&arguments, name] { arguments.command = name; });
+  return command;
+}
+
+void AddPages(CLI::App& command, Arguments& arguments) {
+  command.add_option("--page", arguments.pages, "Title of a page; repeatable")
+      ->type_name("TITLE")
+      ->allow_extra_args(false);
+}
+
+void AddReadCommands(CLI::App& app, Arguments& arguments) {
+  AddCommand(app, arguments, "models", "List the models");
+  AddCommand(app, arguments, "info", "Show what the sensor is");
+  auto* command = AddCommand(app, arguments, "read", "Read variables");
+  command->add_option("name", arguments.names, "Variables")->type_name("NAME");
+  AddPages(*command, arguments);
+  command->add_flag("--all", arguments.all, "Every variable");
+  command = AddCommand(app, arguments, "watch", "Read variables again and again, a line a round");
+  command->add_option("name", arguments.names, "Variables")->type_name("NAME")->required();
+  command->add_option("--interval", arguments.interval_ms, "Milliseconds between two rounds")
+      ->check(CLI::Range(kShortestIntervalMs, kLongestIntervalMs))
+      ->type_name("MS")
+      ->capture_default_str();
+  command->add_option("--count", arguments.count, "Rounds; 0 goes on until Ctrl+C")
+      ->check(CLI::NonNegativeNumber)
+      ->type_name("N")
+      ->capture_default_str();
+  command = AddCommand(app, arguments, "snapshot", "Keep everything that the sensor holds in a file");
+  command->add_option("-o", arguments.output, "The file, or an existing folder: SN.json in it")
+      ->type_name("FILE")
+      ->required();
+  command =
+      AddCommand(app, arguments, "compare", "Compare file and sensor, two files, or sensor and defaults");
+  command->add_option("file", arguments.names, "Snapshots")->type_name("FILE")->expected(0, 2);
+  command->add_flag("--defaults", arguments.defaults, "Compare the sensor with the defaults of its table");
+  command->add_flag("--live", arguments.live, "Compare values that the sensor itself keeps changing, too");
+}
+
+void AddChangeCommands(CLI::App& app, Arguments& arguments) {
+  auto* command = AddCommand(app, arguments, "set", "Write variables");
+  command->add_option("assignment", arguments.names, "What to write")->type_name("NAME=VALUE")->required();
+  command->add_flag("--check", arguments.check, "Show what would be written, and write nothing");
+  command->add_flag("--stop-on-refusal", arguments.stop_on_refusal,
+                    "Send nothing more once a command is refused");
+  command = AddCommand(app, arguments, "apply", "Write what a snapshot holds");
+  command->add_option("file", arguments.file, "The snapshot")->type_name("FILE")->required();
+  AddPages(*command, arguments);
+  command->add_flag("--check", arguments.check, "Show what would be written, and write nothing");
+  command->add_flag("--force", arguments.force,
+                    "Also from another model, and over fields that can't be read");
+  command->add_flag("--stop-on-refusal", arguments.stop_on_refusal,
+                    "Send nothing more once a command is refused");
+  command =
+      AddCommand(app, arguments, "rollback", "Take the last change back, or return to an earlier snapshot");
+  command->add_flag("--list", arguments.list, "List the automatic snapshots of the sensor");
+  command->add_option("id", arguments.id, "The snapshot; the newest without it")->type_name("ID");
+}
+
+void AddActions(CLI::App& app, Arguments& arguments) {
+  auto* command = AddCommand(app, arguments, "send", "Send a raw command");
+  command->add_option("code", arguments.code, "One byte in hexadecimal")->type_name("CODE")->required();
+  command->add_option("payload", arguments.payload, "Bytes in hexadecimal, separated by blanks")
+      ->type_name("PAYLOAD");
+  for (const auto& [name, description] :
+       {std::pair("restart", "Restart the sensor"), std::pair("reset", "Reset all settings of the sensor")}) {
+    AddCommand(app, arguments, name, description)->add_flag("--yes", arguments.yes, "Do not ask");
+  }
+  command = AddCommand(app, arguments, "log", "Download a log");
+  command->add_option("name", arguments.id, "Name of the log")->type_name("NAME")->required();
+  command->add_option("-o", arguments.output, "Folder for it")->type_name("FOLDER")->required();
+  command = AddCommand(app, arguments, "operation-log", "Download the operation log");
+  command->add_option("-o", arguments.output, "The archive")->type_name("FILE")->required();
+  command = AddCommand(app, arguments, "upgrade", "Upgrade the firmware");
+  command->add_option("file", arguments.file, "The package")->type_name("FILE")->required();
+  command->add_option("--mode", arguments.mode, "What the package replaces (lidar; app on a small sensor)")
+      ->check(CLI::IsMember({"app", "pbl", "junction", "lidar"}))
+      ->type_name("MODE");
+  command->add_flag("--no-wait", arguments.no_wait, "Do not wait until the sensor is back");
+}
+
+}  // namespace
+
+std::unique_ptr<CLI::App> MakeParser(Arguments& arguments) {
+  auto app = std::make_unique<CLI::App>("Inspects and configures lidar sensors", "varkelctl");
+  app->footer(kFooter);
+  app->set_version_flag("--version", "varkelctl " VARKEL_VERSION);
+  app->fallthrough();
+  AddGlobalOptions(*app, arguments);
+  AddReadCommands(*app, arguments);
+  AddChangeCommands(*app, arguments);
+  AddActions(*app, arguments);
+  app->require_subcommand(0, 1);
+  return app;
+}
+
+}  // namespace varkel::cli

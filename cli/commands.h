@@ -1,0 +1,73 @@
+#pragma once
+
+#include <functional>
+#include <stop_token>
+#include <string>
+
+#include "VarkelCore/src/state/json_text.h"
+#include "VarkelCore/src/state/recording_report.h"
+#include "VarkelCore/src/state/sensor_link.h"
+#include "VarkelCore/src/state/state_reader.h"
+#include "cli/arguments.h"
+#include "cli/console.h"
+#include "cli/exit_code.h"
+
+namespace varkel::cli {
+
+/// What a command came to on one sensor.
+struct SensorResult {
+  ExitCode exit = kDone;
+  std::string text;       ///< for people; lines without the last line end
+  std::string json;       ///< one object on one line
+  bool is_error = false;  ///< the text belongs on standard error
+};
+
+/// What a command works with on one sensor.
+struct Job {
+  const Arguments& arguments;
+  const std::string& table_folder;
+  SensorLink& link;
+  RecordingReport& report;
+  const std::stop_token& stop;
+  const Console& console;
+  StateReader::Progress progress;
+  /// Shows a line ahead of the result, for commands that go on.
+  std::function<void(const SensorResult&)> show;
+};
+
+using SensorCommand = std::function<SensorResult(const Job&)>;
+
+/// The command of that name; empty for one that needs no sensor.
+SensorCommand FindSensorCommand(const std::string& name);
+
+/// {"target", "model", "sn", "ok"}: how every object of a sensor begins.
+JsonObject JsonHead(const SensorTarget& target, const std::string& sn, bool ok);
+
+/// The sensor's serial number, which is read unless it has been; empty when the sensor does not tell.
+std::string SerialNumber(const Job& job);
+
+/// A result that is nothing but a sentence.
+SensorResult Sentence(const SensorTarget& target, ExitCode exit, const std::string& text);
+/// The model has no such thing.
+SensorResult Lacks(const Job& job, const std::string& what);
+
+// One for each command.
+SensorResult Info(const Job& job);
+SensorResult Read(const Job& job);
+SensorResult Watch(const Job& job);
+SensorResult TakeSnapshot(const Job& job);
+SensorResult CompareSensor(const Job& job);
+SensorResult Set(const Job& job);
+SensorResult Apply(const Job& job);
+SensorResult RollBack(const Job& job);
+SensorResult Send(const Job& job);
+SensorResult Restart(const Job& job);
+SensorResult Reset(const Job& job);
+SensorResult DownloadLog(const Job& job);
+SensorResult DownloadOperationLog(const Job& job);
+SensorResult Upgrade(const Job& job);
+
+/// Compares two files; needs no sensor.
+SensorResult CompareFiles(const Arguments& arguments);
+
+}  // namespace varkel::cli

@@ -1,0 +1,88 @@
+#include "cli/manual.h"
+
+#include <vector>
+
+namespace varkel::cli {
+
+namespace {
+
+/// Text for roff: backslashes, hyphens and points at the begin of a line mean something there.
+std::string Roff(const std::string& text) {
+  std::string roff;
+  bool is_line_begin = true;
+  for (const char c : text) {
+    if (is_line_begin && (c == '.' || c == '\'')) roff += "\\&";
+    if (c == '-' || c == '\\') roff += '\\';
+    roff += c == '\\' ? "e" : std::string(1, c);
+    is_line_begin = c == '\n';
+  }
+  return roff;
+}
+
+std::vector<const CLI::Option*> ShownOptions(const CLI::App& app) {
+  std::vector<const CLI::Option*> shown;
+  for (const CLI::Option* option : app.get_options()) {
+    if (!option->get_group().empty()) shown.push_back(option);
+  }
+  return shown;
+}
+
+std::string Options(const CLI::App& app) {
+  std::string text;
+  for (const CLI::Option* option : ShownOptions(app)) {
+    const bool is_flag = option->get_expected_max() == 0;
+    const bool is_positional = option->get_positional();
+    text += ".TP\n.B " + Roff(is_positional ? option->get_type_name() : option->get_name(false, true));
+    if (!is_flag && !is_positional) text += " " + Roff(option->get_type_name());
+    text += "\n" + Roff(option->get_description()) + "\n";
+  }
+  return text;
+}
+
+std::string OptionNames(const CLI::App& app) {
+  std::string names;
+  for (const CLI::Option* option : ShownOptions(app)) {
+    if (option->get_positional()) continue;
+    for (const std::string& name : option->get_lnames()) names += " --" + name;
+    for (const std::string& name : option->get_snames()) names += " -" + name;
+  }
+  return names;
+}
+
+}  // namespace
+
+std::string ManualPage(const CLI::App& app) {
+  std::string text = ".TH VARKELCTL 1\n.SH NAME\nvarkelctl \\- " + Roff(app.get_description()) +
+                     "\n.SH SYNOPSIS\n.B varkelctl\n[OPTIONS] COMMAND\n.SH OPTIONS\n" + Options(app) +
+                     ".SH COMMANDS\n";
+  for (const CLI::App* command : app.get_subcommands({})) {
+    text += ".SS " + Roff(command->get_name()) + "\n" + Roff(command->get_description()) + "\n" +
+            Options(*command);
+  }
+  return text + ".SH NOTES\n.nf\n" + Roff(app.get_footer()) + "\n.fi\n";
+}
+
+std::string BashCompletion(const CLI::App& app) {
+  std::string names;
+  std::string cases;
+  for (const CLI::App* command : app.get_subcommands({})) {
+    names += " " + command->get_name();
+    cases += "      " + command->get_name() + ") words=\"" + OptionNames(*command) + "\" ;;\n";
+  }
+  return "_varkelctl() {\n"
+         "  local word words=\"" +
+         names +
+         "\"\n"
+         "  for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
+         "    case $word in\n" +
+         cases +
+         "    esac\n"
+         "  done\n"
+         "  mapfile -t COMPREPLY < <(compgen -W \"$words" +
+         OptionNames(app) +
+         "\" -- \"${COMP_WORDS[COMP_CWORD]}\")\n"
+         "}\n"
+         "complete -o default -F _varkelctl varkelctl\n";
+}
+
+}  // namespace varkel::cli

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+namespace varkel::cli {
+
+/// The manual page (roff) and the completion for bash, from the parser's own help.
+std::string ManualPage(const CLI::App& app);
+std::string BashCompletion(const CLI::App& app);
+
+}  // namespace varkel::cli

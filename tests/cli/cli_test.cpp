@@ -1,0 +1,225 @@
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "simulator/src/simulated_sensor.h"
+#include "tests/support/qt_files.h"
+
+namespace varkel {
+namespace {
+
+using sim::SimulatedSensor;
+
+constexpr char kTable[] = "./Config/varID/Quenta.csv";
+
+struct Outcome {
+  int exit = -1;
+  QByteArray output;
+  QByteArray error;
+};
+
+std::unique_ptr<QProcess> Start(const QStringList& arguments) {
+  auto process = std::make_unique<QProcess>();
+  process->setStandardInputFile(QProcess::nullDevice());
+  process->start(QStringLiteral(VARKELCTL), arguments);
+  return process;
+}
+
+Outcome Finish(QProcess& process) {
+  EXPECT_TRUE(process.waitForFinished(60000));
+  return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+Outcome RunProgram(const QStringList& arguments) {
+  return Finish(*Start(arguments));
+}
+
+/// A sensor of its own, and the program on it.
+struct Desk {
+  Desk() { sensor.Start(); }
+  QString host() const { return QStringLiteral("127.0.0.1:%1").arg(sensor.port()); }
+  QStringList Args(QStringList arguments) const {
+    return QStringList{"--host", host(), "--timeout", "1000"} + arguments;
+  }
+  Outcome operator()(const QStringList& arguments) const { return RunProgram(Args(arguments)); }
+
+  SimulatedSensor sensor{{.table_path = kTable}};
+  QTemporaryDir folder;
+};
+
+/// The place where the value is not what the schema says; empty when it is.
+std::string Violation(const QJsonValue& value, const QJsonValue& schema, const std::string& place) {
+  static const std::map<QString, QJsonValue::Type> types = {
+      {"string", QJsonValue::String}, {"number", QJsonValue::Double}, {"boolean", QJsonValue::Bool}};
+  if (schema.isString()) return value.type() == types.at(schema.toString()) ? std::string() : place;
+  if (schema.isArray()) {
+    if (!value.isArray()) return place;
+    for (const QJsonValue element : value.toArray()) {
+      if (const auto fault = Violation(element, schema.toArray().first(), place + "[]"); !fault.empty())
+        return fault;
+    }
+    return {};
+  }
+  if (!value.isObject()) return place;
+  const QJsonObject object = value.toObject();
+  const QJsonObject properties = schema["properties"].toObject();
+  for (const QJsonValue key : schema["required"].toArray()) {
+    if (!object.contains(key.toString())) return place + "." + key.toString().toStdString() + " is missing";
+  }
+  for (const QString& key : object.keys()) {
+    if (!properties.contains(key)) return place + "." + key.toStdString() + " is unknown";
+    const auto fault = Violation(object[key], properties[key], place + "." + key.toStdString());
+    if (!fault.empty()) return fault;
+  }
+  return {};
+}
+
+/// The one line of output as an object that fits the manual's schema.
+QJsonObject Checked(const Outcome& outcome, const char* schema) {
+  EXPECT_EQ(outcome.output.count('\n'), 1) << outcome.output.toStdString();
+  const QJsonObject object = QJsonDocument::fromJson(outcome.output).object();
+  for (const QByteArray& block :
+       Content(QStringLiteral(VARKELCTL_MANUAL)).replace("```json", "\x01").split('\x01')) {
+    const QJsonObject found = QJsonDocument::fromJson(block.left(block.indexOf("```"))).object();
+    if (found["schema"].toString() != QLatin1String(schema)) continue;
+    EXPECT_EQ(Violation(object, found, schema), "") << outcome.output.toStdString();
+    return object;
+  }
+  ADD_FAILURE() << "no schema " << schema;
+  return object;
+}
+
+TEST(Cli, JsonFitsTheManual) {
+  Desk desk;
+  desk.sensor.AddFault("0x0C=error:9");
+  const QJsonObject read = Checked(desk({"--json", "read", "--all"}), "read");
+  EXPECT_EQ(read["sn"].toString(), "QU64A2419C0087");
+  EXPECT_EQ(read["failed"][0]["code"].toInt(), 9);
+  Checked(desk({"--json", "watch", "SN", "--count", "1"}), "read");
+  const QJsonObject set = Checked(desk({"set", "Spin Rate=300", "--json"}), "change");
+  EXPECT_EQ(set["changes"][0]["verdict"].toString(), "verified");
+  EXPECT_TRUE(QFile::exists(set["snapshot"].toString()));
+  const QJsonObject refused = Checked(desk({"--json", "set", "Spin Rate=5"}), "change");
+  EXPECT_FALSE(refused["ok"].toBool());
+  Checked(desk({"--json", "rollback"}), "change");
+  EXPECT_EQ(desk.sensor.ValueText("Spin Rate"), "600");
+  EXPECT_GT(Checked(desk({"--json", "compare", "--defaults"}), "compare")["differences"].toArray().size(), 0);
+}
+
+TEST(Cli, ExitCodesTellWhatHappened) {
+  Desk desk;
+  const QString file = desk.folder.filePath("s.json");
+  const struct {
+    const char* fault;
+    QStringList arguments;
+    int exit;
+  } cases[] = {
+      {"", {"info"}, 0},
+      {"", {"read", "SN"}, 0},
+      {"", {"read"}, 64},
+      {"", {"read", "No Such"}, 1},
+      {"", {"read", "Restart"}, 1},
+      {"", {"frobnicate"}, 64},
+      {"", {"restart"}, 64},
+      {"", {"snapshot", "-o", file}, 0},
+      {"", {"compare", file}, 0},
+      {"", {"compare", file, file}, 0},
+      {"", {"compare", file + "x"}, 1},
+      {"", {"set", "Spin Rate=1200", "--check"}, 2},
+      {"", {"set", "Spin Rate=1200"}, 0},
+      {"", {"set", "Spin Rate=1200", "--check"}, 0},
+      {"", {"compare", file}, 2},
+      {"", {"apply", file, "--page", "Network", "--check"}, 0},
+      {"", {"apply", file}, 0},
+      {"0x41=error:7", {"set", "Spin Rate=300"}, 3},
+      {"0x45=clamp:40", {"set", "Sync Angle=45"}, 3},
+      {"0x0C=error:9", {"read", "--page", "Device Info"}, 3},
+      {"0x41=close:0", {"set", "Spin Rate=300"}, 4},
+      {"", {"send", "zz"}, 64},
+      {"", {"send", "07"}, 0},
+      {"0x62=error:3", {"log", "Fault Log", "-o", desk.folder.path()}, 1},
+      {"", {"log", "Fault Log", "-o", desk.folder.path()}, 0},
+      {"", {"upgrade", file + "x"}, 1},
+      {"", {"--model", "Zelto-KTC", "read", "--all"}, 1},
+      {"", {"restart", "--yes"}, 0},
+  };
+  for (const auto& [fault, arguments, exit] : cases) {
+    desk.sensor.ClearFaults();
+    if (*fault != '\0') desk.sensor.AddFault(fault);
+    const Outcome outcome = desk(arguments);
+    EXPECT_EQ(outcome.exit, exit) << arguments.join(' ').toStdString() << ": " << outcome.output.toStdString()
+                                  << outcome.error.toStdString();
+    EXPECT_EQ(outcome.output.isEmpty() && outcome.error.isEmpty(), false)
+        << arguments.join(' ').toStdString();
+  }
+  EXPECT_EQ(desk.sensor.restarts(), 1U);
+}
+
+TEST(Cli, SeveralSensorsAnswerInTheirOrder) {
+  Desk first;
+  Desk second;
+  first.sensor.AddFault("*=late:30");
+  const QString targets = first.folder.filePath("targets.csv");
+  Put(targets, QStringLiteral("label,host,port\nslow,127.0.0.1,%1\nnobody,127.0.0.1,1\nquick,127.0.0.1,%2\n")
+                   .arg(first.sensor.port())
+                   .arg(second.sensor.port())
+                   .toUtf8());
+  const Outcome outcome = RunProgram({"--targets", targets, "--json", "read", "SN"});
+  EXPECT_EQ(outcome.exit, 4);
+  QStringList names;
+  for (const QByteArray& line : outcome.output.trimmed().split('\n')) {
+    const QJsonObject object = QJsonDocument::fromJson(line).object();
+    names += object["target"].toString() + (object["ok"].toBool() ? " ok" : " failed");
+  }
+  EXPECT_EQ(names, (QStringList{"slow ok", "nobody failed", "quick ok"}));
+  EXPECT_EQ(outcome.error, "3 sensors: 2 done; no connection: nobody\n");
+
+  Put(targets, "host,port\n127.0.0.1,no\n");
+  EXPECT_EQ(RunProgram({"--targets", targets, "info"}).exit, 64);
+}
+
+TEST(Cli, CtrlCEndsWithinASecondAndSaysHowFarItCame) {
+  Desk desk;
+  desk.sensor.AddFault("0x45=silence");
+  const auto process = Start({"--host", desk.host(), "--timeout", "20000", "set", "Spin Rate=300",
+                              "Sync Angle=45", "GPS UDP Port=2000"});
+  ASSERT_TRUE(desk.sensor.WaitReceived(0x45, 1, std::chrono::seconds(20)));
+  QElapsedTimer timer;
+  timer.start();
+  process->terminate();
+  const Outcome outcome = Finish(*process);
+  EXPECT_LT(timer.elapsed(), 1000);
+  EXPECT_EQ(outcome.exit, 1);
+  EXPECT_TRUE(outcome.output.contains("600 → 300 ✓")) << outcome.output.toStdString();
+  EXPECT_TRUE(outcome.output.contains("90 → 45 ? sent, not confirmed"));
+  EXPECT_TRUE(outcome.output.contains("10110 → 2000 – not sent"));
+}
+
+TEST(Cli, TextsOfASensorCantCommandTheTerminal) {
+  Desk desk;
+  desk.sensor.SetValue("PN", "\x1B[2Jx\xC2\x9B");
+  const Outcome outcome = desk({"read", "PN"});
+  EXPECT_FALSE(outcome.output.contains('\x1B'));
+  EXPECT_TRUE(outcome.output.contains("?[2Jx?"));
+}
+
+TEST(Cli, AnUpgradeWaitsUntilTheSensorIsBack) {
+  Desk desk;
+  const QString package = desk.folder.filePath("new.patch");
+  Put(package, "VARKEL-SIM FIRMWARE 9.8.7.6 2026-10-01\n" + QByteArray(5000, 'x'));
+  const Outcome outcome = desk({"upgrade", package});
+  EXPECT_EQ(outcome.exit, 0) << outcome.error.toStdString();
+  EXPECT_TRUE(outcome.output.contains("9.8.7.6 (2026-10-01)")) << outcome.output.toStdString();
+}
+
+}  // namespace
+}  // namespace varkel
