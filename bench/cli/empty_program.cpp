@@ -1,0 +1,8 @@
+// The least that a program with Qt Core does.
+
+#include <QCoreApplication>
+
+int main(int argc, char* argv[]) {
+  const QCoreApplication application(argc, argv);
+  return 0;
+}
