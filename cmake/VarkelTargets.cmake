@@ -102,10 +102,15 @@ function(varkel_gtest name)
   varkel_register_test(${name})
 endfunction()
 
-# varkel_qtest(NAME SOURCES ... DEPENDS ...): a Qt Test program.
+# varkel_qtest(NAME TESTS ... SOURCES ... DEPENDS ...): one Qt Test program, LAYER_test, and a test LAYER.TEST for each
+# source TEST.cpp, which the program finds by its name.
 function(varkel_qtest name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
-  varkel_program(${name} SOURCES ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} Qt5::Test)
+  cmake_parse_arguments(ARG "" "" "TESTS;SOURCES;DEPENDS" ${ARGN})
+  list(TRANSFORM ARG_TESTS APPEND .cpp OUTPUT_VARIABLE sources)
+  varkel_program(${name} SOURCES ${sources} ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} Qt5::Test)
   set_target_properties(${name} PROPERTIES AUTOMOC ON RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
-  varkel_register_test(${name})
+  string(REPLACE "_test" "" layer ${name})
+  foreach(test IN LISTS ARG_TESTS)
+    varkel_register_test(${layer}.${test} COMMAND ${name} ${test})
+  endforeach()
 endfunction()

@@ -71,16 +71,16 @@ class PageDescriptionTest : public QObject {
   }
 
   void FailedLoadLeavesNoPagesAndSaysWhere() {
-    Bench bench;
-    bench.manager->InitConfigFileParser("../../no-model");
-    QVERIFY(bench.manager->level1List().isEmpty());
-    QVERIFY(bench.manager->myMap().isEmpty());
-    QVERIFY(bench.errors.isEmpty());  // at the start nobody would hear it yet
-    const QString error = bench.NextError();
+    ControllerFixture fixture;
+    fixture.manager->InitConfigFileParser("../../no-model");
+    QVERIFY(fixture.manager->level1List().isEmpty());
+    QVERIFY(fixture.manager->myMap().isEmpty());
+    QVERIFY(fixture.errors.isEmpty());  // at the start nobody would hear it yet
+    const QString error = fixture.NextError();
     QVERIFY2(error.contains("no-model.csv"), qPrintable(error));
-    QVERIFY(bench.log.contains("ERROR " + error));
-    bench.manager->InitConfigFileParser();
-    QVERIFY(!bench.manager->level1List().isEmpty());
+    QVERIFY(fixture.log.contains("ERROR " + error));
+    fixture.manager->InitConfigFileParser();
+    QVERIFY(!fixture.manager->level1List().isEmpty());
   }
 
  private:
