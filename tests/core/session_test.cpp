@@ -62,7 +62,7 @@ class SessionTest : public QObject {
 
   void DisconnectInARoundIsNoFaultOfTheSensor() {
     ControllerFixture fixture({"ldcmd-get:10=late:500"}, "Zelto-KTC");  // what a round asks first
-    for (int time = 0; time < 3; ++time) {
+    for (int attempt = 0; attempt < 8; ++attempt) {
       fixture.sensor->device().log.Clear();
       QVERIFY(fixture.Connect());
       QVERIFY(fixture.Wait([&] { return !fixture.sensor->device().log.All().empty(); }));
