@@ -6,6 +6,7 @@ preset=${1:-dev}
 if [ "$preset" = --windows ]; then
   tools/install-packages.sh packages.txt packages-windows.txt
   tools/windows-libraries.sh
+  tools/windows-qt.sh --if-at-hand || echo "The window is left out: only what is free of Qt is built and tested."
   tools/build.sh windows
   tools/windows-tests.sh "${2:-1}"
   exit

@@ -1,7 +1,8 @@
 # What the tool finds beside itself, with the model tables: fonts and pictures, copied into the build tree's root
 # and installed into the same places.
 set(VARKEL_FONTS "" CACHE PATH "Folder of Roboto-Bold.ttf and Roboto-Regular.ttf, where no package provides them")
-set(font_folders HINTS ${VARKEL_FONTS} PATHS /usr/share/fonts PATH_SUFFIXES truetype/roboto/unhinted/RobotoTTF)
+set(font_folders HINTS ${VARKEL_FONTS} PATHS /usr/share/fonts PATH_SUFFIXES truetype/roboto/unhinted/RobotoTTF
+  NO_CMAKE_FIND_ROOT_PATH)
 find_file(ROBOTO_BOLD Roboto-Bold.ttf ${font_folders} REQUIRED)
 find_file(ROBOTO_REGULAR Roboto-Regular.ttf ${font_folders} REQUIRED)
 

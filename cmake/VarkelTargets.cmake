@@ -16,6 +16,10 @@ if(WIN32)
   # Windows 10's interface, without what nobody uses and without its macros min and max.
   add_compile_definitions(_WIN32_WINNT=0x0A00 WIN32_LEAN_AND_MEAN NOMINMAX)
 endif()
+if(MINGW)
+  # The same sources make the same program.
+  add_link_options(-Wl,--no-insert-timestamp)
+endif()
 
 # GCC 12 reports "literal" + std::string as overlapping copies when it optimises (its bug 105651).
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
@@ -76,7 +80,9 @@ endfunction()
 
 # varkel_register_test(NAME [arguments of the program...])
 # varkel_register_test(NAME COMMAND command...): NAME need not be a target
-# Tests run in the build tree's root (an install root, so ./Config/varID is there) with a home of their own.
+# Tests run in the build tree's root (an install root, so ./Config/varID is there) with a home of their own. Windows
+# keeps the documents folder in the registry: tools/windows-tests.sh has it taken from VARKEL_DOCUMENTS. Only Linux'
+# Qt has the platform "offscreen".
 function(varkel_register_test name)
   cmake_parse_arguments(ARG "" "" "COMMAND" ${ARGN})
   if(NOT ARG_COMMAND)
@@ -84,10 +90,16 @@ function(varkel_register_test name)
   endif()
   add_test(NAME ${name} COMMAND ${ARG_COMMAND} WORKING_DIRECTORY ${CMAKE_BINARY_DIR})
   set(home ${CMAKE_BINARY_DIR}/test-home/${name})
+  set(platform offscreen)
+  set(documents ${home}/Documents)
+  if(WIN32)
+    set(platform windows)
+    set(documents Z:${documents})
+  endif()
   file(MAKE_DIRECTORY ${home}/run)
   file(CHMOD ${home}/run PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
   set_tests_properties(${name} PROPERTIES TIMEOUT 300
-    ENVIRONMENT "HOME=${home};XDG_RUNTIME_DIR=${home}/run;QT_QPA_PLATFORM=offscreen;QT_QUICK_BACKEND=software;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=1;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/lsan.supp:print_suppressions=0;TSAN_OPTIONS=ignore_noninstrumented_modules=1:halt_on_error=1;UBSAN_OPTIONS=print_stacktrace=1")
+    ENVIRONMENT "HOME=${home};VARKEL_DOCUMENTS=${documents};XDG_RUNTIME_DIR=${home}/run;QT_QPA_PLATFORM=${platform};QT_QUICK_BACKEND=software;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=1;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/lsan.supp:print_suppressions=0;TSAN_OPTIONS=ignore_noninstrumented_modules=1:halt_on_error=1;UBSAN_OPTIONS=print_stacktrace=1")
 endfunction()
 
 # varkel_gtest(NAME SOURCES ... DEPENDS ...): a GoogleTest program without Qt.
@@ -98,6 +110,7 @@ function(varkel_gtest name)
     # Optimised further, GCC 12 misjudges the vectors in tables of cases.
     target_compile_options(${name} PRIVATE -Og)
   endif()
+  varkel_program_resource(${name} "Tests")
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   varkel_register_test(${name})
 endfunction()
@@ -107,8 +120,13 @@ endfunction()
 function(varkel_qtest name)
   cmake_parse_arguments(ARG "" "" "TESTS;SOURCES;DEPENDS" ${ARGN})
   list(TRANSFORM ARG_TESTS APPEND .cpp OUTPUT_VARIABLE sources)
+  if(WIN32)
+    # The simulated sensor's serial lines, and UTF-8 as the tool has it.
+    list(APPEND sources ${CMAKE_SOURCE_DIR}/tests/support/hosted_pseudo_terminal.cpp)
+  endif()
   varkel_program(${name} SOURCES ${sources} ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} Qt5::Test)
   set_target_properties(${name} PROPERTIES AUTOMOC ON RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  varkel_program_resource(${name} "Tests")
   string(REPLACE "_test" "" layer ${name})
   foreach(test IN LISTS ARG_TESTS)
     varkel_register_test(${layer}.${test} COMMAND ${name} ${test})

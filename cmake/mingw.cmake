@@ -1,5 +1,5 @@
-# Cross-builds what is free of Qt for 64-bit Windows: MinGW-w64 with POSIX threads, everything static.
-# tools/windows-libraries.sh provides the libraries.
+# Cross-builds for 64-bit Windows: MinGW-w64 with POSIX threads. tools/windows-libraries.sh provides the static
+# libraries, tools/windows-qt.sh Qt's DLLs.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(host x86_64-w64-mingw32)
@@ -8,13 +8,12 @@ set(CMAKE_CXX_COMPILER ${host}-g++-posix)
 set(CMAKE_RC_COMPILER ${host}-windres)
 
 set(VARKEL_WINDOWS_LIBRARIES ${CMAKE_CURRENT_LIST_DIR}/../build/windows-libraries)
-set(CMAKE_FIND_ROOT_PATH /usr/${host} ${VARKEL_WINDOWS_LIBRARIES})
+get_filename_component(VARKEL_WINDOWS_QT ${CMAKE_CURRENT_LIST_DIR}/../build/windows-qt REALPATH)
+set(CMAKE_FIND_ROOT_PATH /usr/${host} ${VARKEL_WINDOWS_LIBRARIES} ${VARKEL_WINDOWS_QT})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
 
 find_program(VARKEL_WINE NAMES wine64 PATHS /usr/lib/wine)
 if(VARKEL_WINE)

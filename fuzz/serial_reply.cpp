@@ -89,9 +89,19 @@ Labelled SplitOf(const std::vector<Vector>& pieces) {
   const auto note = [&bytes](Bytes piece, int first, int others) {
     for (const std::uint8_t byte : piece) bytes.emplace_back(byte, std::exchange(first, others));
   };
-  quarn::lidar::SerialStreamSplitter splitter(
-      {[&note](Bytes piece, bool begins) { note(piece, begins ? 2 : 1, 1); },
-       [&note](Bytes piece) { note(piece, 0, 0); }});
+  const auto begins_with_tag = [](Bytes piece) {
+    const std::string text(piece.begin(), piece.end());
+    return text.starts_with(SerialTag(ReplyKind::kCommand)) || text.starts_with(SerialTag(ReplyKind::kOta));
+  };
+  // A reply whose tag is garbled comes out as data first, and then whole.
+  quarn::lidar::SerialStreamSplitter splitter({[&](Bytes piece, bool begins) {
+                                                 if (!begins || begins_with_tag(piece))
+                                                   return note(piece, begins ? 2 : 1, 1);
+                                                 Require(CheckReply(ReplyKind::kCommand, piece) ||
+                                                             CheckReply(ReplyKind::kOta, piece),
+                                                         "a reply without a tag passes every check");
+                                               },
+                                               [&note](Bytes piece) { note(piece, 0, 0); }});
   for (const Vector& piece : pieces) splitter.Add(piece);
   return bytes;
 }

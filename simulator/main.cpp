@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <memory>
@@ -48,11 +49,21 @@ extern "C" void RequestStop(int /*signal*/) {
   stop_requested = true;
 }
 
-/// Beside the program in an installed or built tree, else in the current folder.
-fs::path DefaultTableFolder(const char* program) {
+/// The program's own file, also when it was found on the path or by way of a link.
+fs::path ProgramFile() {
+#ifdef _WIN32
+  return _pgmptr;
+#else
   std::error_code error;
-  const fs::path folder = fs::absolute(program, error).parent_path().parent_path() / "Config" / "varID";
-  return !error && fs::is_directory(folder, error) ? folder : fs::path("./Config/varID");
+  return fs::read_symlink("/proc/self/exe", error);
+#endif
+}
+
+/// Beside the program in an installed or built tree, else in the current folder.
+fs::path DefaultTableFolder() {
+  std::error_code error;
+  const fs::path folder = ProgramFile().parent_path().parent_path() / "Config" / "varID";
+  return fs::is_directory(folder, error) ? folder : fs::path("./Config/varID");
 }
 
 std::string KnownModels(const fs::path& folder) {
@@ -136,7 +147,7 @@ int Run(int argc, char** argv) {
   SmallSensorOptions lines;
   options.port = 9347;
   std::string model = "Quenta";
-  std::string folder = DefaultTableFolder(argv[0]).string();
+  std::string folder = DefaultTableFolder().string();
   bool verbose = false;
   int restart_time_ms = 3000;
   TlsChoice tls;

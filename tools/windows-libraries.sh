@@ -15,35 +15,11 @@ fi
 work=$prefix/work
 rm -rf "$work"
 mkdir -p "$work" "$prefix/bin" "$prefix/include" "$prefix/lib"
+. tools/debian-sources.sh
 log=$prefix/build.log
 : >"$log"
 exec 4>&2
 trap 'tail -n 30 "$log" >&4' ERR
-
-# The machine's own package servers, asked for sources, with lists and state of our own: nothing of the
-# machine's configuration changes, and no rights are needed.
-list_sources() {
-  local apt=$work/apt
-  mkdir -p "$apt/parts" "$apt/lists/partial" "$apt/cache/archives/partial"
-  if [ -e /etc/apt/sources.list.d/debian.sources ]; then
-    sed 's/^Types:.*/Types: deb-src/' /etc/apt/sources.list.d/debian.sources >"$apt/parts/debian.sources"
-  fi
-  if [ -e /etc/apt/sources.list ]; then
-    sed -n 's/^deb /deb-src /p' /etc/apt/sources.list >"$apt/parts/debian.list"
-  fi
-  options=(-o Dir::Etc::sourcelist=/dev/null -o Dir::Etc::sourceparts="$apt/parts"
-    -o Dir::State::lists="$apt/lists" -o Dir::Cache="$apt/cache" -o APT::Sandbox::User=root)
-  apt-get "${options[@]}" update
-}
-
-# fetch PACKAGE: unpacks its newest source that the server still has.
-fetch() {
-  local version
-  for version in $(apt-cache "${options[@]}" showsrc "$1" | sed -n 's/^Version: //p' | sort -rVu); do
-    (cd "$work" && apt-get "${options[@]}" source "$1=$version") && return
-  done
-  return 1
-}
 
 build_libcsv() {
   local folder
@@ -69,8 +45,8 @@ build_openssl() {
 echo "Windows libraries: fetching sources and building, some minutes (log: $log)"
 {
   list_sources
-  fetch libcsv
-  fetch openssl
+  fetch_newest libcsv
+  fetch_newest openssl
   build_libcsv
   build_openssl
   for headers in spdlog fmt CLI; do

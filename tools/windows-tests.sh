@@ -12,6 +12,9 @@ ports=(COM3 COM4 COM5 COM6 COM12 COM13 COM14 COM15)
 mkdir -p "$place/home" "$place/prefix" "$lines"
 export WINEPREFIX=$place/prefix WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe=' HOME=$place/home
 unset DISPLAY WAYLAND_DISPLAY
+# Programs find the DLLs of Qt and of the compiler.
+compiler=$(x86_64-w64-mingw32-g++-posix -print-file-name=libstdc++-6.dll)
+export WINEPATH="Z:$PWD/build/windows-qt/bin;Z:$(dirname "$compiler");Z:/usr/x86_64-w64-mingw32/lib;Z:$PWD/build/windows/tests"
 
 # The output of what stays goes to files: who reads it from a pipe would wait for its end.
 quietly() {
@@ -20,15 +23,34 @@ quietly() {
   "$@" >"$log" 2>&1 </dev/null || { cat "$log" >&2; exit 1; }
 }
 line_host=
+screen=
 end() {
-  [ -z "$line_host" ] || kill "$line_host" 2>/dev/null || true
   "$server" -k >/dev/null 2>&1 || true
+  local process
+  for process in $line_host $screen; do kill "$process" 2>/dev/null || true; done
 }
 trap end EXIT
 "$server" -k >/dev/null 2>&1 || true
+if [ -e build/windows/bin/varkel.exe ]; then
+  Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp >"$place/screen.log" 2>&1 3>"$place/display" </dev/null &
+  screen=$!
+  for _ in $(seq 100); do
+    [ ! -s "$place/display" ] || break
+    sleep 0.05
+  done
+  DISPLAY=:$(cat "$place/display")
+  export DISPLAY
+fi
 echo "Wine: preparing $WINEPREFIX"
 quietly server.log "$server" -p
 quietly boot.log "$wine" wineboot -i
+# Without a window manager Wine would wait two seconds for it at each window that goes.
+quietly managed.log "$wine" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f
+# Each test has a documents folder of its own, in its environment.
+export VARKEL_DOCUMENTS=Z:$place/home/Documents
+quietly documents.log "$wine" reg add \
+  'HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders' \
+  /v Personal /t REG_EXPAND_SZ /d '%VARKEL_DOCUMENTS%' /f
 
 # Serial ports are links: to a name that leads to the pseudo-terminal that the host has made for a test.
 build/windows/line_host "$lines" "${ports[@]}" >"$place/line_host.log" 2>&1 </dev/null &

@@ -5,7 +5,7 @@ import "."
 
 // A text field. `commit(text)` comes once an edit is finished (Enter, Tab or a click elsewhere) and only when
 // the text differs from the shown value; Escape takes the edit back. With `readOnly` it is flat text to
-// select and copy. `cut` tells that `show(value)` got more than can be shown: an edit would lose the rest.
+// select and copy. `cut` means that `show(value)` got more than can be shown: an edit would lose the rest.
 T.TextField {
     id: field
 

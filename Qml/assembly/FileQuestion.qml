@@ -1,14 +1,26 @@
 import QtQuick 2.15
+import QtQuick.Window 2.15
 
-// Asks for a file or a folder with the desktop's dialog, which is loaded for each question.
+// Asks for a file or a folder with the desktop's own dialog, which is loaded for each question.
 Loader {
     id: question
 
     signal chosen(url file)
 
-    // The properties are those of the dialog.
+    // `properties` has a "title". With "selectFolder" a folder is asked for; otherwise a file, and with
+    // "selectExisting" false one to write. Files also have "nameFilters" and a "defaultSuffix".
     function ask(properties) {
-        setSource("FileQuestionDialog.qml", properties);
+        if (properties.selectFolder) {
+            setSource("FolderQuestionDialog.qml", { "title": properties.title, "parentWindow": Window.window });
+        } else {
+            setSource("FileQuestionDialog.qml", {
+                "title": properties.title,
+                "parentWindow": Window.window,
+                "toWrite": properties.selectExisting === false,
+                "nameFilters": properties.nameFilters || [],
+                "defaultSuffix": properties.defaultSuffix || ""
+            });
+        }
     }
 
     visible: false
@@ -17,9 +29,9 @@ Loader {
         target: question.item
 
         function onAccepted() {
-            var file = question.item.fileUrl;
+            var answer = question.item.answer;
             question.source = "";
-            question.chosen(file);
+            question.chosen(answer);
         }
 
         function onRejected() {

@@ -1,6 +1,10 @@
-import QtQuick 2.15
-import QtQuick.Dialogs 1.3
+import Qt.labs.platform 1.1
 
 FileDialog {
+    property bool toWrite: false
+    readonly property url answer: file
+
+    fileMode: toWrite ? FileDialog.SaveFile : FileDialog.OpenFile
+
     Component.onCompleted: open()
 }

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "."
 
-// One page's entry in the list of pages. Made of plain items, as it stands in the window's first frame: the
+// One page's entry in the list of pages. Made of plain items, as it is part of the window's first frame: the
 // controls' module is loaded after that.
 Item {
     id: entry

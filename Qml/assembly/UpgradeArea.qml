@@ -12,7 +12,7 @@ Item {
     property bool upgrading: false
     property alias ratio: progress.ratio
     property string fileName
-    property string remark // stands in the file name's place until a file is taken
+    property string remark // shown in place of the file name until a file is taken
     property bool quietWhenIdle: false // no bar and no note but while upgrading
     default property alias content: extra.data
 

@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// A setting with named values, which the sensor takes but does not report.
+// A setting with named values, which can be written to the sensor but not read from it.
 LabelledRow {
     id: row
 

@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// Where the sensor sends its points: read anew whenever the connection or the model changes.
+// Where the sensor sends its points: read again whenever the connection or the model changes.
 Column {
     id: destination
 

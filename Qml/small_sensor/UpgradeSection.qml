@@ -11,7 +11,7 @@ Section {
     readonly property bool junctionBox: marvo && mode.currentIndex === 1
     readonly property int junctionBoxMode: 2
 
-    // The controller keeps a mode until it is told another one, so it is also told what is shown at first.
+    // The controller keeps a mode until it gets another one, so it gets the one shown at first as well.
     function chooseMode() {
         varkel_manager.ZeltoSetUpgradeMode(junctionBox ? junctionBoxMode : mode.currentIndex);
     }

@@ -44,7 +44,7 @@ class LogModel : public QAbstractListModel {
   Q_INVOKABLE void clear();
   /// The lines shown, one text line each, to the clipboard.
   Q_INVOKABLE void copy() const;
-  /// The lines shown to a file, in UTF-8. Empty when it is written, else a sentence that tells why not.
+  /// The lines shown to a file, in UTF-8. Empty on success, otherwise a sentence that says why it failed.
   Q_INVOKABLE QString save(const QUrl& file) const;
 
   QString Text() const;

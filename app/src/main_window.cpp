@@ -79,7 +79,8 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   view_->setSource(QUrl(kView));
   container_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
   // On a screen that has less the pages scroll.
-  container_->setMinimumSize(kSmallestView.boundedTo(AvailableSize(*style()) - QSize(2 * kMargin, 2 * kMargin)));
+  container_->setMinimumSize(
+      kSmallestView.boundedTo(AvailableSize(*style()) - QSize(2 * kMargin, 2 * kMargin)));
   container_->setFocusPolicy(Qt::TabFocus);
   horizontal_layout_3d_->addWidget(container_);
   container_->setFocus();
@@ -100,7 +101,7 @@ MainWindow::~MainWindow() {
 }
 
 // The QML waits with most of what it shows until its frame is on the screen, so that the window appears at
-// once. Queued: the frame may be told of by the thread that painted it.
+// once. Queued: the signal may come from the thread that painted the frame.
 void MainWindow::FillAfterFirstFrame() {
   const auto waiting = std::make_shared<QMetaObject::Connection>();
   *waiting = connect(

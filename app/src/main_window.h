@@ -11,7 +11,7 @@ class VarkelManager;
 /// Makes the user interface's files and types known to QML. The window does it itself.
 void PrepareQml();
 
-/// The program's window: a Quick view that fills it, and the controller behind the view.
+/// The program's window: a Quick view that fills it, and the controller that the view shows.
 ///
 /// Lives on the user interface's thread; one at a time. Owns the controller that the process has: it deletes
 /// it with the view, after the view. Its current directory must be the install root.

@@ -5,6 +5,19 @@ namespace {
 class PageReadingTest : public QObject {
   Q_OBJECT
  private slots:
+  void FailedLoadLeavesNoPagesAndSaysWhere() {
+    ControllerFixture fixture;
+    VarkelManager& manager = *fixture.manager;
+    manager.InitConfigFileParser("../../no-model");
+    QVERIFY(manager.level1List().isEmpty() && manager.pageModel(0) == nullptr && manager.myMap().isEmpty());
+    QVERIFY(fixture.errors.isEmpty());  // at the start nobody would hear it yet
+    const QString error = fixture.NextError();
+    QVERIFY2(error.contains("no-model.csv"), qPrintable(error));
+    QVERIFY(fixture.log.contains("ERROR " + error));
+    manager.InitConfigFileParser();
+    QVERIFY(!manager.level1List().isEmpty());
+  }
+
   void EveryPageShowsWhatTheSensorHolds() {
     ControllerFixture fixture;
     fixture.sensor->SetValue("SN", "QU-TEST-1");
@@ -98,19 +111,6 @@ class PageReadingTest : public QObject {
     fixture.manager->ReadPageInBackground(0);
     QTRY_COMPARE(finished.count(), 3);
     QCOMPARE(fixture.sensor->Received(0x0B).size(), 1U);
-  }
-
-  void EditsSurviveEveryRefresh() {
-    ControllerFixture fixture;
-    QVERIFY(fixture.ConnectOn(4));
-    fixture.Edit("Intensity Threshold", "77");
-    fixture.sensor->SetValue("Noise Filter Level", "5");
-    fixture.manager->GetLidarModuleInfo(4);
-    QCOMPARE(fixture.Shown("Intensity Threshold"), "77");
-    QCOMPARE(fixture.Shown("Noise Filter Level"), "5");
-    fixture.manager->ClearSetMap();
-    fixture.manager->GetLidarModuleInfo(4);
-    QCOMPARE(fixture.Shown("Intensity Threshold"), "12");
   }
 };
 

@@ -68,25 +68,6 @@ class PageWritingTest : public QObject {
         "INFO Send KTC command [0x43] to set Intensity Threshold, Noise Filter Level, Minimum Range,"));
   }
 
-  void SaveChangesNothingElse() {
-    const auto values = [this] {
-      QMap<QString, QString> texts;
-      for (int page : {2, 3, 4, 5, 7}) {
-        fixture_->manager->GetLidarModuleInfo(page);
-        for (const QVariantMap& var : fixture_->Variables(page)) {
-          texts[var["var_name"].toString()] = var["current_val"].toString();
-        }
-      }
-      return texts;
-    };
-    auto expected = values();
-    fixture_->Edit("UTC Offset", expected["UTC Offset"] = "-3600");
-    fixture_->Edit("PTP Profile", expected["PTP Profile"] = "2", 3);
-    fixture_->Edit("PTP Time Correction", expected["PTP Time Correction"] = "12");
-    QVERIFY(Saves(3));
-    QCOMPARE(values(), expected);
-  }
-
   void AddressesGoLastAndNeedNoAnswer() {
     fixture_->AddFault("0x21=close:0");  // a sensor that moved to its new address is gone
     fixture_->Edit("Sensor IP", "192.168.1.77");

@@ -47,7 +47,7 @@ class HostedLine {
     std::copy(bytes.begin(), bytes.end(), buffer.begin());
     return static_cast<int>(bytes.size());
   }
-  bool Write(std::span<const std::uint8_t> bytes, std::int64_t /*the host's own patience*/) {
+  bool Write(std::span<const std::uint8_t> bytes, std::int64_t /*the host's own patience*/ = 0) {
     return Ask(kWriteLine, Bytes(bytes.begin(), bytes.end())) == Bytes{1};
   }
   std::uint32_t BaudRate() {

@@ -3,7 +3,10 @@
 #include <QCoreApplication>
 #include <QObject>
 #include <QRegularExpression>
+#include <QTemporaryFile>
 #include <QTest>
+#include <algorithm>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -21,27 +24,37 @@ struct RegisterTest {
   }
 };
 
-/// Runs the test objects of NAME.cpp when the program's first argument is such a NAME, or all; the other
-/// arguments are Qt Test's. Returns the number of failures.
+/// The source of a test object: "ConnectionTest" stands in connection_test.cpp.
+inline QString SourceOf(const QObject& test) {
+  QString name = test.metaObject()->className();
+  return name.replace(QRegularExpression("(?<=[a-z])(?=[A-Z])"), "_").toLower();
+}
+
+/// Runs the test object of NAME.cpp when the program's first argument is such a NAME, or all; the other
+/// arguments are Qt Test's. Returns the number of failures. On Windows Qt Test tells the debugger what goes
+/// on, so there its report takes the way over a file to where the report belongs.
 inline int RunTestObjects() {
-  const auto source_of = [](const QObject& test) {  // "ConnectionTest" stands in connection_test.cpp
-    QString name = test.metaObject()->className();
-    return name.replace(QRegularExpression("(?<=[a-z])(?=[A-Z])"), "_").toLower();
-  };
   QStringList arguments = QCoreApplication::arguments();
   std::vector<std::unique_ptr<QObject>> all;
-  std::vector<QObject*> chosen;
-  for (const auto& make : TestObjects()) {
-    all.push_back(make());
-    if (source_of(*all.back()) == arguments.value(1)) chosen.push_back(all.back().get());
-  }
-  if (!chosen.empty()) {
+  for (const auto& make : TestObjects()) all.push_back(make());
+  const auto is_chosen = [name = arguments.value(1)](const auto& test) { return SourceOf(*test) == name; };
+  if (const auto chosen = std::find_if(all.begin(), all.end(), is_chosen); chosen != all.end()) {
     arguments.removeAt(1);
-  } else {
-    for (const auto& test : all) chosen.push_back(test.get());
+    std::swap(all.front(), *chosen);
+    all.resize(1);
   }
   int failed = 0;
-  for (QObject* const test : chosen) failed += QTest::qExec(test, arguments);
+  for (const auto& test : all) {
+#ifdef _WIN32
+    QTemporaryFile report;
+    report.open();
+    failed += QTest::qExec(test.get(), arguments + QStringList{"-o", report.fileName() + ",txt"});
+    std::fputs(report.readAll().constData(), stdout);
+    std::fflush(stdout);
+#else
+    failed += QTest::qExec(test.get(), arguments);
+#endif
+  }
   return failed;
 }
 

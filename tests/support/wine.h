@@ -1,8 +1,7 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-/// Skips a test of what Windows does and Wine, under which the Windows build is tested, does not.
+/// SKIP_UNDER_WINE skips a GoogleTest test of what Windows does and Wine, under which the Windows build is
+/// tested, does not.
 #ifdef _WIN32
 inline constexpr bool kUnderWine = true;
 #define SKIP_UNDER_WINE(reason) GTEST_SKIP() << "under Wine: " reason

@@ -25,7 +25,7 @@ QQuickItem* FindBelow(QQuickItem* item, const QString& name) {
 
 template <typename Condition>
 void WaitFor(const Condition& condition, const char* complaint, const QString& name = {}) {
-  if (!QTest::qWaitFor(condition, 15000)) qFatal(complaint, qPrintable(name));
+  if (!QTest::qWaitFor(condition, kPatienceMs)) qFatal(complaint, qPrintable(name));
 }
 
 std::string TableOf(const QString& model) {
@@ -48,7 +48,7 @@ Desk::Desk(const QString& start_model)
   window->show();
   view_ = window->view();
   root = window->view()->rootObject();
-  if (!QTest::qWaitForWindowActive(&view())) qFatal("the window does not open");
+  if (!QTest::qWaitForWindowActive(&view(), kPatienceMs)) qFatal("the window does not open");
   WaitFor([this] { return root->property("complete").toBool(); }, "the window stays empty");
 }
 
@@ -134,7 +134,7 @@ void Desk::OpenLog() {
   Key(Qt::Key_9, Qt::ControlModifier);
   Click("openLogButton");
   view_ = root->property("logWindow").value<QQuickWindow*>();
-  if (!QTest::qWaitForWindowExposed(view_)) qFatal("the log does not open");
+  if (!QTest::qWaitForWindowExposed(view_, kPatienceMs)) qFatal("the log does not open");
 }
 
 bool Desk::IsOpen(const QString& name) const {
@@ -143,16 +143,18 @@ bool Desk::IsOpen(const QString& name) const {
 }
 
 bool Desk::NoticeShows(const QString& name, const QString& text) const {
-  return QTest::qWaitFor([&] {
-    return IsOpen(name) && Notice(name)->property("opened").toBool() &&
-           Notice(name)->property("message").toString().contains(text);
-  });
+  return QTest::qWaitFor(
+      [&] {
+        return IsOpen(name) && Notice(name)->property("opened").toBool() &&
+               Notice(name)->property("message").toString().contains(text);
+      },
+      kPatienceMs);
 }
 
 bool Desk::Dismiss(const QString& name, const QString& text, Qt::Key key) const {
   if (!NoticeShows(name, text)) return false;
   Key(key);
-  return QTest::qWaitFor([&] { return !IsOpen(name); });
+  return QTest::qWaitFor([&] { return !IsOpen(name); }, kPatienceMs);
 }
 
 void Desk::Dial(std::uint16_t port) const {
@@ -170,7 +172,7 @@ bool Desk::Connect() const {
     return manager->IsConnected() && !manager->GetIsConnectingLidar() && !page_is_due &&
            !manager->isReadingPage();
   };
-  return QTest::qWaitFor(is_ready, 15000);
+  return QTest::qWaitFor(is_ready, kPatienceMs);
 }
 
 int QmlWarnings() {

@@ -11,6 +11,14 @@
 #include "simulator/src/simulated_small_sensor.h"
 #include "tests/support/qt_test.h"
 
+/// How long a test waits for what must come: long enough for a busy machine.
+constexpr int kPatienceMs = 30000;
+
+// Qt's macros with that patience. What they repeat must only look, never act.
+#define EVENTUALLY_VERIFY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, kPatienceMs)
+#define EVENTUALLY_VERIFY2(condition, text) QTRY_VERIFY2_WITH_TIMEOUT(condition, text, kPatienceMs)
+#define EVENTUALLY_COMPARE(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, kPatienceMs)
+
 /// The program's window, a simulated sensor and a user, who finds controls by name.
 class Desk {
  public:

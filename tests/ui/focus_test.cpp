@@ -12,7 +12,7 @@ class RealDesk : public Desk {
     QProcess xdotool;
     xdotool.start("xdotool", arguments);
     const auto has_ended = [&] { return xdotool.state() == QProcess::NotRunning; };
-    if (!QTest::qWaitFor(has_ended, 15000) || xdotool.exitCode() != 0) qFatal("xdotool fails");
+    if (!QTest::qWaitFor(has_ended, kPatienceMs) || xdotool.exitCode() != 0) qFatal("xdotool fails");
   }
 
   static void RealKey(const char* key) { Do({"key", key}); }
@@ -25,7 +25,7 @@ class RealDesk : public Desk {
   }
 
   bool HasKeyboard() const {
-    return QTest::qWaitFor([this] { return QGuiApplication::focusWindow() == &view(); });
+    return QTest::qWaitFor([this] { return QGuiApplication::focusWindow() == &view(); }, kPatienceMs);
   }
 };
 
@@ -40,7 +40,7 @@ class FocusTest : public QObject {
       const QString text = QString::number(click % 10) + desk.Text(field);
       desk.RealClick(field);
       RealDesk::Do({"key", "Home", text.left(1)});
-      QTRY_VERIFY2(desk.Text(field) == text, qPrintable(QString("key %1").arg(click)));
+      EVENTUALLY_VERIFY2(desk.Text(field) == text, qPrintable(QString("key %1").arg(click)));
     }
   }
 
@@ -50,7 +50,7 @@ class FocusTest : public QObject {
       desk.RealClick("saveButton_0", notice % 2 == 0 ? -20 : 20);
       QVERIFY(desk.NoticeShows("successWindow", "Please connect to lidar first"));
       RealDesk::RealKey("Return");
-      QTRY_VERIFY2(!desk.IsOpen("successWindow"), qPrintable(QString("notice %1").arg(notice)));
+      EVENTUALLY_VERIFY2(!desk.IsOpen("successWindow"), qPrintable(QString("notice %1").arg(notice)));
     }
   }
 
@@ -61,7 +61,7 @@ class FocusTest : public QObject {
     for (int round = 0; round < 10; ++round) {
       QMetaObject::invokeMethod(desk.root, "openLog");
       auto* const log = desk.root->property("logWindow").value<QQuickWindow*>();
-      QVERIFY(QTest::qWaitForWindowActive(log));
+      QVERIFY(QTest::qWaitForWindowActive(log, kPatienceMs));
       if (round % 2 == 0) {
         RealDesk::RealKey("Escape");
       } else {
@@ -69,7 +69,7 @@ class FocusTest : public QObject {
       }
       QVERIFY2(desk.HasKeyboard(), qPrintable(QString("round %1").arg(round)));
       RealDesk::RealKey("a");
-      QTRY_COMPARE(desk.Text("commandCodeField"), QString(round + 1, 'a'));
+      EVENTUALLY_COMPARE(desk.Text("commandCodeField"), QString(round + 1, 'a'));
     }
   }
 };

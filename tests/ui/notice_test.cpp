@@ -11,10 +11,10 @@ class NoticeTest : public QObject {
     for (const char* text : texts) desk.manager->setErrorMsg(text);
     for (const char* text : texts) {
       QVERIFY(desk.NoticeShows("errorWindow", text));
-      QTRY_VERIFY(desk.Find("noticeAcceptButton")->hasActiveFocus());
+      EVENTUALLY_VERIFY(desk.Find("noticeAcceptButton")->hasActiveFocus());
       desk.Key(Qt::Key_Return);
     }
-    QTRY_VERIFY(!desk.IsOpen("errorWindow"));
+    EVENTUALLY_VERIFY(!desk.IsOpen("errorWindow"));
   }
 
   void AboutAndRestartMenu() {
@@ -23,11 +23,11 @@ class NoticeTest : public QObject {
     QVERIFY(desk.Dismiss("aboutWindow", "Version", Qt::Key_Escape));
     QVERIFY(desk.Connect());
     desk.Click("restartButton");
-    QTRY_VERIFY(desk.Has("restartItem"));
+    EVENTUALLY_VERIFY(desk.Has("restartItem"));
     QCOMPARE(desk.Text("resetItem"), "Reset All Settings");
     desk.Click("restartItem");
-    QTRY_COMPARE(desk.sensor.restarts(), 1U);
-    QTRY_VERIFY(!desk.manager->IsConnected());
+    EVENTUALLY_COMPARE(desk.sensor.restarts(), 1U);
+    EVENTUALLY_VERIFY(!desk.manager->IsConnected());
   }
 
   void ConsoleSendsShowsAndRecalls() {
@@ -39,12 +39,12 @@ class NoticeTest : public QObject {
     QVERIFY(desk.Connect());
     desk.Click("tab_9");
     desk.Enter("commandCodeField", "0x07");
-    QTRY_VERIFY(desk.Has("historyRow_0"));
+    EVENTUALLY_VERIFY(desk.Has("historyRow_0"));
     QCOMPARE(desk.Text("replyHeader").split(' ').size(), 8);
     QVERIFY(!desk.Text("replyPayload").isEmpty());
     desk.Type("commandCodeField", "8");
     desk.Click("sendButton");
-    QTRY_COMPARE(desk.Property("historyRow_0", "code"), "8");
+    EVENTUALLY_COMPARE(desk.Property("historyRow_0", "code"), "8");
     desk.Find("commandCodeField")->forceActiveFocus();
     const std::pair<Qt::Key, const char*> steps[] = {
         {Qt::Key_Up, "8"}, {Qt::Key_Up, "07"}, {Qt::Key_Up, "07"}, {Qt::Key_Down, "8"}, {Qt::Key_Down, ""}};

@@ -1,0 +1,87 @@
+# Installs the licences and, for Debian's package, what its system expects; CPack makes the package of that. package.sh
+# puts the ones for Windows together from what is installed.
+install(FILES ${CMAKE_SOURCE_DIR}/packaging/licences/third-party.txt DESTINATION licences)
+if(CMAKE_CROSSCOMPILING)
+  # Debian's system has these texts; what is built on it for another one takes them along.
+  foreach(text qtbase:libqt5core5a qtdeclarative:libqt5qml5 qtquickcontrols2:libqt5quicktemplates2-5 qtsvg:libqt5svg5
+      openssl:libssl-dev libcsv:libcsv-dev spdlog:libspdlog-dev fmt:libfmt-dev cli11:libcli11-dev
+      roboto:fonts-roboto-unhinted gcc:gcc-12-base mingw-w64:mingw-w64-common nsis:nsis-common)
+    string(REPLACE ":" ";" text ${text})
+    list(GET text 0 name)
+    list(GET text 1 package)
+    install(FILES /usr/share/doc/${package}/copyright DESTINATION licences RENAME ${name}.txt)
+  endforeach()
+  foreach(name Apache-2.0 GPL-3 LGPL-2.1 LGPL-3)
+    install(FILES /usr/share/common-licenses/${name} DESTINATION licences RENAME ${name}.txt)
+  endforeach()
+endif()
+
+option(VARKEL_DEBIAN_PACKAGE "Install for Debian's package" OFF)
+if(NOT VARKEL_DEBIAN_PACKAGE)
+  return()
+endif()
+
+# The program's own root, which holds fonts, tables and pictures beside it.
+set(root /usr/lib/varkel)
+set(debian ${CMAKE_SOURCE_DIR}/packaging/debian)
+install(CODE "
+  file(MAKE_DIRECTORY \"\$ENV{DESTDIR}/usr/bin\")
+  foreach(program ${shipped})
+    file(CREATE_LINK ../lib/varkel/bin/\${program} \"\$ENV{DESTDIR}/usr/bin/\${program}\" SYMBOLIC)
+  endforeach()")
+install(FILES ${debian}/varkel.desktop DESTINATION /usr/share/applications)
+install(FILES ${debian}/copyright DESTINATION /usr/share/doc/varkel)
+install(FILES ${CMAKE_SOURCE_DIR}/png/Varkel-LOGO-black.svg DESTINATION /usr/share/icons/hicolor/scalable/apps
+  RENAME varkel.svg)
+
+# compressed(SOURCE TARGET): without a name and a time in the file, so that it is the same from every build.
+function(compressed source target)
+  get_filename_component(folder ${target} DIRECTORY)
+  get_filename_component(name ${target} NAME)
+  set(result ${CMAKE_BINARY_DIR}/debian/${name})
+  file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/debian)
+  execute_process(COMMAND gzip -9nc ${source} OUTPUT_FILE ${result} COMMAND_ERROR_IS_FATAL ANY)
+  install(FILES ${result} DESTINATION ${folder})
+endfunction()
+
+# The time of the commit that is packed, which package.sh hands over, is that of the change log's entry.
+string(TIMESTAMP changed "%a, %d %b %Y %H:%M:%S +0000" UTC)
+configure_file(${debian}/changelog.in ${CMAKE_BINARY_DIR}/debian/changelog @ONLY)
+compressed(${CMAKE_BINARY_DIR}/debian/changelog /usr/share/doc/varkel/changelog.gz)
+file(GLOB manuals CONFIGURE_DEPENDS ${debian}/*.1)
+foreach(manual IN LISTS manuals)
+  get_filename_component(name ${manual} NAME_WE)
+  if(name IN_LIST shipped)
+    compressed(${manual} /usr/share/man/man1/${name}.1.gz)
+  endif()
+endforeach()
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME varkel)
+set(CPACK_PACKAGE_VENDOR QuarnTech)
+set(CPACK_PACKAGE_CONTACT "QuarnTech <support@quarntech.example>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Inspects and configures a lidar sensor")
+set(CPACK_SET_DESTDIR ON)
+set(CPACK_INSTALL_PREFIX ${root})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION electronics)
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+"Connects to a sensor over Ethernet or serial lines, reads the pages of its
+model, changes values and saves them, sends raw commands, downloads logs and
+upgrades the firmware. A simulated sensor is part of it.")
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+# Linked libraries are found by themselves; what is loaded while the tool runs is not.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+string(JOIN ", " CPACK_DEBIAN_PACKAGE_DEPENDS
+  libegl1
+  libgl1-mesa-dri
+  libglx-mesa0
+  libqt5svg5
+  qml-module-qt-labs-platform
+  qml-module-qtqml
+  qml-module-qtquick-layouts
+  qml-module-qtquick-templates2
+  qml-module-qtquick-window2
+  qml-module-qtquick2)
+include(CPack)
