@@ -18,15 +18,15 @@ T.Popup {
     property var waiting: []
     property bool decided: false
 
-    signal accepted(var context)
+    signal accepted(var next)
 
-    property var context: null
+    property var next: null // what follows consent
 
-    function notify(text, buttonText, noticeContext, ownTitle) {
+    function notify(text, buttonText, whatFollows, ownTitle) {
         var entry = {
             "text": text,
             "button": buttonText || "OK",
-            "context": noticeContext || null,
+            "next": whatFollows || null,
             "heading": ownTitle || title
         };
         if (opened || visible) {
@@ -39,7 +39,7 @@ T.Popup {
     function present(entry) {
         message = entry.text;
         acceptText = entry.button;
-        context = entry.context;
+        next = entry.next;
         heading = entry.heading;
         decided = false;
         open();
@@ -62,14 +62,14 @@ T.Popup {
     onOpened: acceptButton.forceActiveFocus(Qt.TabFocusReason)
     onClosed: {
         var wasAccepted = decided;
-        var acceptedContext = context;
+        var acceptedNext = next;
         if (waiting.length > 0) {
-            var next = waiting[0];
+            var entry = waiting[0];
             waiting = waiting.slice(1);
-            present(next);
+            present(entry);
         }
         if (wasAccepted) {
-            accepted(acceptedContext);
+            accepted(acceptedNext);
         }
     }
 
