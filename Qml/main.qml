@@ -45,7 +45,7 @@ Rectangle {
         if (btn_text === "Continue" && module_name !== "") {
             message.notify("The " + msg + "set by the user was detected to be outside the range "
                            + "specified in the config file. Do you wish to continue?", btn_text,
-                           () => saveModule(Number(module_name)));
+                           () => saveReadFields(Number(module_name)));
         } else {
             message.notify(msg, btn_text);
         }
@@ -144,6 +144,18 @@ Rectangle {
         varkel_manager.RunInBackground(module);
     }
 
+    // Asks first when the save would also write what has never been read.
+    function saveReadFields(module) {
+        var names = varkel_manager.unreadFields(module);
+        if (names.length === 0) {
+            saveModule(module);
+            return;
+        }
+        notice("MessageWindow").notify("Saving also writes fields that have never been read from this sensor, with "
+                                       + "the values shown here: " + listed(names) + ". Do you wish to continue?",
+                                       "Continue", () => saveModule(module));
+    }
+
     function listed(names) {
         return names.map(name => PlainText.line(name)).join(", ");
     }
@@ -158,7 +170,7 @@ Rectangle {
             var names = outOfRangeNames.length > 0 ? listed(outOfRangeNames) : "Some item";
             callMessageWindow(names + " ", "Continue", String(module));
         } else {
-            saveModule(module);
+            saveReadFields(module);
         }
     }
 

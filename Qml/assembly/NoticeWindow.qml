@@ -14,7 +14,7 @@ T.Popup {
     property string heading: title
     property string message
     property string acceptText: "OK"
-    property bool cancellable: false
+    property bool cancellable: false // Cancel is the button that Enter presses
     property var waiting: []
     property bool decided: false
 
@@ -59,7 +59,7 @@ T.Popup {
     focus: true
     closePolicy: T.Popup.CloseOnEscape
 
-    onOpened: acceptButton.forceActiveFocus(Qt.TabFocusReason)
+    onOpened: (cancellable ? cancelButton : acceptButton).forceActiveFocus(Qt.TabFocusReason)
     onClosed: {
         var wasAccepted = decided;
         var acceptedNext = next;
@@ -152,6 +152,8 @@ T.Popup {
             }
 
             DefaultToolButton {
+                id: cancelButton
+
                 objectName: "noticeCancelButton"
                 visible: notice.cancellable
                 text: "Cancel"

@@ -208,6 +208,24 @@ class PageTest : public QObject {
     QCOMPARE(desk.Text("field_" + place), "80");
   }
 
+  void SaveAsksBeforeItWritesWhatWasNeverRead() {
+    const QString question =
+        "Saving also writes fields that have never been read from this sensor, with the "
+        "values shown here: Destination IP. Do you wish to continue?";
+    Desk desk;
+    QVERIFY(desk.Connect());
+    desk.sensor.AddFault("0x08=error");
+    desk.ShowPage(kNetworkPage);
+    desk.Enter("field_" + desk.Place(kNetworkPage, "Destination Port"), "2400");
+    desk.Click("saveButton_2");
+    QVERIFY(desk.Dismiss("messageWindow", question));  // Enter takes the harmless choice
+    QVERIFY(desk.sensor.Received(kSetDestination).empty());
+    desk.Click("saveButton_2");
+    QVERIFY(desk.NoticeShows("messageWindow", question));
+    desk.Click("noticeAcceptButton");
+    QVERIFY(desk.Dismiss("successWindow", "Set Lidar Successfully"));
+  }
+
   void ComboAndSwitch() {
     Desk desk;
     QVERIFY(desk.Connect());
