@@ -70,6 +70,7 @@ QtObject {
     readonly property int noticeWidth: 460
     readonly property int noticeTextHeight: 320
     readonly property int popupHeight: 320
+    readonly property int wholePage: 1000000 // more than any page is high
     readonly property int topBarInset: 12
     readonly property int dropHeight: 132
     readonly property int progressHeight: 8

@@ -6,16 +6,10 @@ import "../assembly"
 RowFrame {
     id: row
 
-    property var angles: []
+    readonly property var angles: values.angles
     readonly property string shownText: choice.chosenLabel
 
-    function load() {
-        angles = varkel_manager.FovList;
-    }
-
     implicitHeight: Theme.tallRowHeight
-
-    onRefreshed: load()
 
     OptionChoice {
         id: choice
@@ -35,10 +29,7 @@ RowFrame {
         place: row.place
         angles: row.angles
         editable: row.writable
-        onAngleCommitted: {
-            varkel_manager.SetMultiFovConfig(index, text);
-            row.refresh();
-        }
+        onAngleCommitted: varkel_manager.SetMultiFovConfig(index, text)
     }
 
     FovPicture {
@@ -46,13 +37,5 @@ RowFrame {
         x: row.width + Theme.margin
         objectName: "fovPicture"
         angles: row.angles
-    }
-
-    Connections {
-        target: varkel_manager
-
-        function onFovConfigChanged() {
-            row.load();
-        }
     }
 }

@@ -7,8 +7,9 @@ Item {
     id: choice
 
     property RowFrame row
-    readonly property var labels: (row.values.varname_value_to_option || []).map(String)
-    readonly property int chosen: (row.values.options || []).map(String).indexOf(row.valueText)
+    readonly property var labels: row.values.optionLabels
+    readonly property var options: row.values.options.map(String)
+    readonly property int chosen: options.indexOf(row.valueText)
     readonly property string chosenLabel: chosen >= 0 && chosen < labels.length ? labels[chosen]
                                                                                  : row.valueText
 
@@ -34,7 +35,8 @@ Item {
         onModelChanged: choice.follow() // a new model takes the current entry away
         unlisted: choice.row.valueText
         marked: choice.row.edited
-        faulty: choice.row.outOfRange
+        faulty: choice.row.faulty
+        dimmed: choice.row.unread
         hintBeside: true
         hint: choice.row.hint
         onActivated: {
@@ -51,5 +53,6 @@ Item {
         visible: !choice.row.writable
         Accessible.name: choice.row.label
         readOnly: true
+        dimmed: choice.row.unread
     }
 }

@@ -6,7 +6,7 @@ import "../assembly"
 RowFrame {
     id: row
 
-    readonly property bool on: values.switch_index !== undefined && String(values.switch_index) !== "0"
+    readonly property bool on: values.switchText !== "0"
 
     function toggle(checked) {
         submit(2, checked ? "1" : "0");
@@ -18,7 +18,7 @@ RowFrame {
         });
     }
 
-    onRefreshed: field.show(valueText)
+    onValueTextChanged: field.show(valueText)
 
     DefaultSwitch {
         id: toggleSwitch
@@ -39,9 +39,14 @@ RowFrame {
         enabled: row.on || !row.writable
         readOnly: !row.writable || cut
         marked: row.edited
-        faulty: row.outOfRange
+        faulty: row.faulty
+        dimmed: row.unread
         hintBeside: true
         hint: row.writable ? row.hint : ""
-        onCommit: row.submit(1, text)
+        onCommit: {
+            row.submit(1, text);
+            show(row.valueText);
+        }
+        Component.onCompleted: show(row.valueText)
     }
 }

@@ -6,7 +6,7 @@ import "../assembly"
 RowFrame {
     id: row
 
-    onRefreshed: field.show(valueText)
+    onValueTextChanged: field.show(valueText)
 
     DefaultTextField {
         id: field
@@ -15,5 +15,7 @@ RowFrame {
         Layout.fillWidth: true
         Accessible.name: row.label
         readOnly: true
+        dimmed: row.unread
+        Component.onCompleted: show(row.valueText)
     }
 }

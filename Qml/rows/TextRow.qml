@@ -6,7 +6,7 @@ import "../assembly"
 RowFrame {
     id: row
 
-    onRefreshed: field.show(valueText)
+    onValueTextChanged: field.show(valueText)
 
     DefaultTextField {
         id: field
@@ -16,9 +16,14 @@ RowFrame {
         Accessible.name: row.label
         readOnly: !row.writable || cut
         marked: row.edited
-        faulty: row.outOfRange
+        faulty: row.faulty
+        dimmed: row.unread
         hintBeside: true
         hint: row.writable ? row.hint : ""
-        onCommit: row.submit(1, text)
+        onCommit: {
+            row.submit(1, text);
+            show(row.valueText);
+        }
+        Component.onCompleted: show(row.valueText)
     }
 }
