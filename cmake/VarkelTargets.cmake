@@ -85,6 +85,11 @@ function(varkel_gtest name)
   varkel_register_test(${name})
 endfunction()
 
+# varkel_alone_on_desktop(TEST): its windows want the focus, which another test's must not take.
+function(varkel_alone_on_desktop name)
+  set_tests_properties(${name} PROPERTIES RESOURCE_LOCK desktop)
+endfunction()
+
 # varkel_qtest(NAME SOURCES ... DEPENDS ...): a Qt Test program.
 function(varkel_qtest name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
@@ -96,4 +101,7 @@ function(varkel_qtest name)
   set_target_properties(${name} PROPERTIES AUTOMOC ON RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   varkel_program_resource(${name} "Tests")
   varkel_register_test(${name})
+  if(WIN32 AND "varkel_shell" IN_LIST ARG_DEPENDS)
+    varkel_alone_on_desktop(${name})
+  endif()
 endfunction()
