@@ -16,6 +16,16 @@ Item {
         }
     }
 
+    // The pointer may rest on a control that is not in its window yet, or no more.
+    function openInWindow() {
+        if (Window.window !== null) {
+            tip.open();
+        }
+    }
+
+    // When complete, so that it heeds its delay.
+    Component.onCompleted: Qt.callLater(openInWindow)
+
     DefaultToolTip {
         id: tip
 
