@@ -4,17 +4,14 @@
 #include <chrono>
 #include <thread>
 
-ControllerFixture::ControllerFixture(std::vector<std::string> faults, const std::string& model,
-                                     Watcher watcher)
+ControllerFixture::ControllerFixture(std::vector<std::string> faults, const std::string& model)
     : manager(std::make_unique<VarkelManager>(true, "")) {
   if (model == "Zelto") {
     on_lines = std::make_unique<varkel::sim::SimulatedSmallSensor>(
         varkel::sim::SmallSensorOptions{.faults = std::move(faults)});
   } else {
-    sensor = std::make_unique<varkel::sim::SimulatedSensor>(
-        varkel::sim::SensorOptions{.table_path = "./Config/varID/" + model + ".csv",
-                                   .faults = std::move(faults),
-                                   .watcher = std::move(watcher)});
+    sensor = std::make_unique<varkel::sim::SimulatedSensor>(varkel::sim::SensorOptions{
+        .table_path = "./Config/varID/" + model + ".csv", .faults = std::move(faults)});
   }
   StartSensor();
   manager->set_ip_address(QStringLiteral("127.0.0.1"));

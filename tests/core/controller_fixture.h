@@ -14,10 +14,7 @@
 /// A controller with a model selected, the simulated sensor that it is to connect to, and what it told the
 /// user. Lives on one thread, whose events it runs; any number of them stand side by side.
 struct ControllerFixture {
-  using Watcher = std::function<void(const varkel::sim::Exchange&)>;
-
-  explicit ControllerFixture(std::vector<std::string> faults = {}, const std::string& model = "Quenta",
-                             Watcher watcher = {});
+  explicit ControllerFixture(std::vector<std::string> faults = {}, const std::string& model = "Quenta");
   ~ControllerFixture() { CloseAll(); }
   ControllerFixture(const ControllerFixture&) = delete;
   ControllerFixture& operator=(const ControllerFixture&) = delete;
@@ -59,7 +56,7 @@ struct ControllerFixture {
   QStringList log;  ///< "TYPE text"
 
  protected:
-  /// Who derives from it calls this first when it ends: signals and the watcher reach into it.
+  /// Who derives from it calls this first when it ends: signals reach into it.
   void CloseAll();
 
  private:

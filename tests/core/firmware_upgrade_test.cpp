@@ -36,13 +36,6 @@ class FirmwareUpgradeTest : public QObject {
     QVERIFY(fixture_->errors.isEmpty() && manager.IsConnected());  // the restart comes 10 seconds later
   }
 
-  void RefusedPieceEndsTheTransfer() {
-    fixture_->AddFault("0x60=error:7#2");
-    QCOMPARE(Upgrade(Package(QByteArray(4000, 'x'))), 0);
-    QCOMPARE(fixture_->NextError(), "Upgrade package transfer failed or is terminated.");
-    QCOMPARE(fixture_->sensor->Received(0x60).size(), 2U);
-  }
-
   void PackageThatCannotBeReadWholeIsNotSent() {
     // Announces 4096 bytes and gives fewer.
     QCOMPARE(Upgrade(QUrl::fromLocalFile("/sys/devices/system/cpu/online")), 0);

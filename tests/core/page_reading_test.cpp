@@ -58,15 +58,6 @@ class PageReadingTest : public QObject {
     QCOMPARE(fixture.Shown("Start Count"), "4711");
   }
 
-  void PageWithoutLiveValuesIsNotRefreshed() {
-    ControllerFixture fixture;
-    QSignalSpy rounds(fixture.manager.get(), &VarkelManager::myTimerMapChanged);
-    QVERIFY(fixture.ConnectOn(2));
-    const std::size_t exchanges = fixture.sensor->exchanges();
-    QVERIFY(!rounds.wait(400));
-    QCOMPARE(fixture.sensor->exchanges(), exchanges);
-  }
-
   void RefusedCommandLeavesTheOtherRows() {
     ControllerFixture fixture({"0x0B=error:9"});
     fixture.sensor->SetValue("SN", "QU-TEST-2");
