@@ -54,7 +54,9 @@ package_windows() {
   local folder=$work/Varkel-$version
   rm -rf "$work"
   mkdir -p "$folder"
-  cmake --install build/windows --strip --prefix "$folder" >"$work/install.log"
+  cmake --install build/windows --prefix "$folder" >"$work/install.log"
+  # Debian's libstdc++ alone carries 22 MB of symbols. Without -p each file would tell when it was stripped.
+  find "$folder" \( -name '*.exe' -o -name '*.dll' \) -exec x86_64-w64-mingw32-strip -p --strip-unneeded {} +
   local options=()
   if [ -e "$folder/bin/varkelctl.exe" ]; then
     # Its folder on the path brings no DLLs along.

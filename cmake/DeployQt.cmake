@@ -39,8 +39,4 @@ function(varkel_copy_qt)
       FILES_MATCHING PATTERN *.dll PATTERN qmldir)
   endforeach()
   install(FILES ${CMAKE_SOURCE_DIR}/packaging/windows/qt.conf DESTINATION bin)
-  # Debian's libstdc++ alone carries 22 MB of symbols.
-  install(CODE "
-    file(GLOB_RECURSE libraries \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin/*.dll\")
-    execute_process(COMMAND \"${CMAKE_STRIP}\" --strip-unneeded \${libraries} COMMAND_ERROR_IS_FATAL ANY)")
 endfunction()

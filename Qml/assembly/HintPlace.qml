@@ -1,4 +1,5 @@
 import QtQuick 2.15
+import QtQuick.Window 2.15
 import "."
 
 // What a Hint loads: its tooltip, open.
@@ -7,11 +8,20 @@ Item {
 
     readonly property Item hint: parent
 
+    // The pointer may rest on a control that is not in its window yet, or in none any more.
+    function openInWindow() {
+        if (Window.window !== null) {
+            tip.open();
+        }
+    }
+
+    // When complete, so that it heeds its delay.
+    Component.onCompleted: Qt.callLater(openInWindow)
+
     DefaultToolTip {
+        id: tip
+
         text: place.hint ? place.hint.text : ""
         beside: place.hint ? place.hint.beside : false
-
-        // Opened when complete, so that it heeds its delay.
-        Component.onCompleted: open()
     }
 }

@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <exception>
-#include <iostream>
 #include <utility>
 #include <vector>
 
@@ -28,6 +27,7 @@
 #include "VarkelCore/src/upgrade/firmware_upgrade.h"
 #include "VarkelCore/src/values/model_selection.h"
 #include "libquarn/Platform/src/text_number.h"
+#include "libquarn/Platform/src/trace.h"
 
 using namespace varkel;
 
@@ -321,8 +321,9 @@ int VarkelManager::connectType() const {
 // Connection
 
 bool VarkelManager::ConnectLidar() {
-  if (!d_->connector.Start(d_->connect_type, d_->settings)) return false;
+  if (GetIsConnectingLidar()) return false;
   if (const auto model = d_->models.model()) model->values.SensorChanged();
+  if (!d_->connector.Start(d_->connect_type, d_->settings)) return false;
   const std::string fault = d_->settings_file.Save(d_->settings);
   if (!fault.empty()) d_->report.Log(fault, "WARNING");
   return true;
@@ -353,7 +354,7 @@ void VarkelManager::Stop() {
   try {
     d_->connection.End();
   } catch (const std::exception&) {
-    std::cout << "stop error\n" << std::flush;
+    quarn::platform::TraceLine("stop error");
   }
   d_->small_sensor_info.Reset();
   if (const auto model = d_->models.model()) {

@@ -1,5 +1,4 @@
-// From a reply that has come to the maps that rows show, beside the conversions alone: bytes to the window's
-// texts.
+// From a reply that has come to what rows show, beside the conversions alone: bytes to the window's texts.
 #include <benchmark/benchmark.h>
 
 #include <QString>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "VarkelCore/src/pages/page_description.h"
+#include "VarkelCore/src/pages/page_model.h"
 #include "VarkelCore/src/pages/page_reader.h"
 #include "VarkelCore/src/values/value_text.h"
 
@@ -56,6 +56,7 @@ class Page {
     for (std::size_t i = 0; i < changed; ++i) ++reply_[i * kFieldSize + 3];
   }
 
+  const std::shared_ptr<varkel::Model>& shared_model() const { return model_; }
   varkel::Model& model() const { return *model_; }
   const std::vector<VarInfo*>& group() const { return group_; }
   std::span<const std::uint8_t> reply() const { return reply_; }
@@ -80,6 +81,24 @@ void BM_PageUpdate(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_PageUpdate)->Arg(20)->Arg(200)->Arg(2000);
+
+// The sensor reports one variable, and its row fetches all its roles again: the size of the table must not
+// count.
+void BM_OneRowOfATable(benchmark::State& state) {
+  const Page page(static_cast<std::size_t>(state.range(0)));
+  varkel::PageModel rows(page.shared_model(), 0);
+  const QList<int> roles = rows.roleNames().keys();
+  QObject::connect(&rows, &QAbstractItemModel::dataChanged, [&](const auto& first, const auto& /*last*/) {
+    for (const int role : roles) benchmark::DoNotOptimize(rows.data(first, role));
+  });
+  varkel::ValueStore& values = page.model().values;
+  for (std::uint8_t value = 0; auto _ : state) {
+    ++value;
+    values.Read({{page.group().back(), std::to_string(value), {value}}}, values.Now());
+    rows.ShowChanges(values.TakeChanges());
+  }
+}
+BENCHMARK(BM_OneRowOfATable)->Arg(20)->Arg(10000);
 
 void BM_Conversions(benchmark::State& state) {
   Page page(static_cast<std::size_t>(state.range(0)));

@@ -97,6 +97,7 @@ Section "Varkel" main
     ExecWait '"$INSTDIR\uninstall.exe" /S /Upgrade /$MultiUser.InstallMode _?=$INSTDIR'
   ${EndIf}
   SetOutPath "$INSTDIR"
+  ClearErrors
   File /r "${SOURCE}/*"
   ${If} ${Errors}
     MessageBox MB_OK|MB_ICONSTOP "The files could not be written to $INSTDIR." /SD IDOK

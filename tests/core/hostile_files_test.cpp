@@ -85,11 +85,11 @@ class HostileFilesTest : public QObject {
                          "/VelmoraDataFiles/RecvSettings.ini";
     QFile::remove(path);
     QVERIFY(QDir().mkpath(path));
-    Bench bench;
+    ControllerFixture fixture;
     const QString why = path + ": it is no regular file.";
-    QTRY_VERIFY(bench.log.contains("WARNING The defaults stand in for the settings of " + why));
-    QVERIFY(bench.Connect());
-    QVERIFY(bench.log.contains("WARNING The connection settings can't be saved to " + why));
+    QTRY_VERIFY(fixture.log.contains("WARNING The defaults stand in for the settings of " + why));
+    QVERIFY(fixture.Connect());
+    QVERIFY(fixture.log.contains("WARNING The connection settings can't be saved to " + why));
     QVERIFY(QDir().rmdir(path));
   }
 

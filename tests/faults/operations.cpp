@@ -39,7 +39,8 @@ void UpgradeSmallSensor(Fixture& fixture) {
 
 }  // namespace
 
-FaultFixture::FaultFixture(const std::string& model_name) : Bench({}, model_name), model(model_name) {
+FaultFixture::FaultFixture(const std::string& model_name)
+    : ControllerFixture({}, model_name), model(model_name) {
   VarkelManager* const face = manager.get();
   face->setModuleIndexUse(-1);  // the live refresh asks for nothing
   const auto on = [face](auto signal, auto slot) { QObject::connect(face, signal, face, slot); };
@@ -50,7 +51,7 @@ FaultFixture::FaultFixture(const std::string& model_name) : Bench({}, model_name
 }
 
 bool FaultFixture::Connect() {
-  for (int attempt = 0; attempt < 3 && !Bench::Connect(); ++attempt) Forget();
+  for (int attempt = 0; attempt < 3 && !ControllerFixture::Connect(); ++attempt) Forget();
   const auto has_serial_number = [this] {
     return manager->ZeltoLidarInfo().value(0).toMap()["value"] != QLatin1String("xxxxxxxx");
   };

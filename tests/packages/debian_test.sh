@@ -56,6 +56,7 @@ inside apt-get update >>"$log" 2>&1 </dev/null
 began=$SECONDS
 inside apt-get install -y --no-install-recommends /tmp/varkel.deb >>"$log" 2>&1 </dev/null
 echo "Debian package: installed with all that it needs after $((SECONDS - began)) s"
+: >"$bare/tmp/sensor.log"
 "${in_root[@]}" HOME=/tmp varkel-sim --port 0 --verbose >"$bare/tmp/sensor.log" 2>&1 </dev/null &
 started+=($!)
 for _ in $(seq 100); do
@@ -95,7 +96,7 @@ started=()
 inside apt-get remove -y varkel >>"$log" 2>&1 </dev/null
 left=$(content | grep -i varkel | grep -v '^./home' || true)
 [ -z "$left" ] || fail "removing it leaves $left"
-inside apt-get purge -y varkel >>"$log" 2>&1 </dev/null
+inside dpkg --purge varkel >>"$log" 2>&1 </dev/null
 inside dpkg -s varkel >/dev/null 2>&1 && fail "purging it leaves its records"
 [ -e "$settings" ] || fail "removing it took the user's settings"
 umount "$bare/proc"

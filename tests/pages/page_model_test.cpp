@@ -1,8 +1,8 @@
 #include "VarkelCore/src/pages/page_model.h"
 
 #include <QAbstractItemModelTester>
-#include <QSet>
 
+#include "VarkelCore/src/pages/page_description.h"
 #include "tests/values/value_table.h"
 
 namespace varkel {
@@ -37,8 +37,11 @@ class PageModelTest : public testing::Test {
        "Index=3;Get=0x01;Set=0x02;VarName=Filter;VarType=uint8;DefaultValue=3;VarLen=1;FunctionModule=1_1_2_"
        "2",
        "Index=4;Get=0x23;Set=0x22;VarName=Channel;VarType=uint8;DefaultValue=0;VarLen=1;Options=0|1;"
-       "FunctionModule=1_1_3_5",
-       "Index=5;Get=0x01;VarName=First;VarType=uint8;DefaultValue=0;VarLen=1;FunctionModule=1_1_1_0"});
+       "OptionDescription=0_Off;FunctionModule=1_1_3_5",
+       "Index=5;Get=0x01;VarName=First;VarType=uint8;DefaultValue=0;VarLen=1;FunctionModule=1_1_1_0",
+       "Index=6;Get=0x03;VarName=Event Log;VarType=raw;FunctionModule=1_1_1_6",
+       "Index=7;Get=0x03;VarName=Operation Log;VarType=raw;FunctionModule=1_1_1_6",
+       "Index=8;Set=0x04;VarName=Set only Log;VarType=raw;FunctionModule=1_1_1_6"});
   PageModel rows{model, 0};
   QStringList changed;
 };
@@ -63,8 +66,30 @@ TEST_F(PageModelTest, HasTheRowsOfThePage) {
                 {"group", 0}};
   for (const auto& [role, value] : kCases) EXPECT_EQ(Data("Last (mm)", role), value) << role;
   EXPECT_EQ(Data("Filter", "switchText"), "1");
-  EXPECT_EQ(Data("Channel", "optionLabels"), QVariant(QVariantList{"0", "1"}));
+  EXPECT_EQ(Data("Channel", "optionLabels"), QVariant(QVariantList{"Off", "1"}));
   EXPECT_FALSE(Data("Group", "text").isValid());
+}
+
+// What hosts and older windows take instead of the model.
+TEST_F(PageModelTest, ListsAndMapsSayTheSame) {
+  const ConfigParser& catalogue = *model->catalogue;
+  EXPECT_EQ(PageTitles(catalogue), QVariantList{"Page"});
+  const QVariantList listed = PageRows(catalogue)[0].toList();
+  EXPECT_EQ(listed[0], QVariant(QVariantList{"Group", 0, 0, 0, -1}));
+  EXPECT_EQ(listed[4], QVariant(QVariantList{"Last (mm)", 1, 0, 0, 0}));
+  EXPECT_EQ(DownloadableLogs(catalogue), QVariantList{"Event Log"});
+  model->values.Edit(Var("Filter on"), "0");
+  const QVariantMap filter = VariableMap(*model, Var("Filter"));
+  const struct {
+    const char* key;
+    QVariant value;
+  } kCases[] = {{"switch_index", "0"}, {"current_val", "3"}, {"visible", true}, {"edited", true},
+                {"origin", "default"}, {"read_time", ""},    {"type", 2}};
+  for (const auto& [key, value] : kCases) EXPECT_EQ(filter[key], value) << key;
+  EXPECT_EQ(VariableMap(*model, Var("Filter on"))["visible"], false);
+  const QVariantMap channel = VariableMaps(*model)[0].toList()[0].toList()[3].toMap();
+  EXPECT_EQ(channel["options"].toList(), (QVariantList{0, 1}));
+  EXPECT_EQ(channel["varname_value_to_option"].toList(), (QVariantList{"Off", "1"}));
 }
 
 TEST_F(PageModelTest, ReportsExactlyTheRowsThatAnEventTouched) {

@@ -61,13 +61,6 @@ class PageTest : public QObject {
       desk.Key(Qt::Key_Tab);
       QVERIFY2(desk.Find(name)->hasActiveFocus(), name);
     }
-    desk.Find("tab_9")->forceActiveFocus(Qt::TabFocusReason);
-    for (qreal last_y = 0; desk.view().activeFocusItem()->objectName() != "saveButton_2";) {
-      desk.Key(Qt::Key_Tab);
-      const qreal y = desk.view().activeFocusItem()->mapToScene({}).y();
-      QVERIFY2(y >= last_y, qPrintable(desk.view().activeFocusItem()->objectName()));
-      last_y = y;
-    }
   }
 
   void LongPageIsWalkedByKeyAndKeepsAnEdit() {
@@ -184,6 +177,13 @@ class PageTest : public QObject {
     desk.Enter("field_" + place, "2400");
     QVERIFY(edited());
     QCOMPARE(desk.Text("editCount_2"), "1 change not saved yet");
+    desk.ShowPage(kScanPage);
+    desk.Click("saveButton_4");
+    QVERIFY(desk.NoticeShows("successWindow", "Nothing to be saved"));
+    QCOMPARE(desk.Notice("successWindow")->property("heading").toString(), "Note");
+    desk.Key(Qt::Key_Return);
+    desk.ShowPage(kNetworkPage);
+    QVERIFY(edited());
     desk.Click("cancelButton_2");
     EVENTUALLY_COMPARE(desk.Text("field_" + place), "2368");
     QVERIFY(!edited());
@@ -201,7 +201,9 @@ class PageTest : public QObject {
     QVERIFY(desk.NoticeShows("messageWindow", "Destination Port"));
     desk.Click("noticeAcceptButton");
     QVERIFY(!desk.Property("saveButton_2", "enabled").toBool());  // while this save runs
-    QVERIFY(desk.Dismiss("successWindow", "Set Lidar Successfully"));
+    QVERIFY(desk.NoticeShows("successWindow", "Set Lidar Successfully"));
+    QCOMPARE(desk.Notice("successWindow")->property("heading").toString(), "Done");
+    desk.Key(Qt::Key_Return);
     QCOMPARE(desk.sensor.ValueText("Destination Port"), "80");
     EVENTUALLY_VERIFY(!edited());
     QVERIFY(desk.Property("saveButton_2", "enabled").toBool());

@@ -5,7 +5,6 @@
 #include <QLocale>
 #include <algorithm>
 #include <charconv>
-#include <iostream>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -13,6 +12,7 @@
 #include <utility>
 
 #include "libquarn/KtcClient/src/sensor_timeouts.h"
+#include "libquarn/Platform/src/trace.h"
 namespace varkel {
 
 namespace {
@@ -38,11 +38,11 @@ std::optional<std::uint8_t> ReadByte(const std::string& digits) {
   std::uint8_t value = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
   if (error == std::errc::result_out_of_range) {
-    std::cout << "Out_of_range" << std::endl;
+    quarn::platform::TraceLine("Out_of_range");
     return std::nullopt;
   }
   if (error != std::errc() || end != digits.data() + digits.size()) {
-    std::cout << "Invalid_argument" << std::endl;
+    quarn::platform::TraceLine("Invalid_argument");
     return std::nullopt;
   }
   return value;
@@ -128,7 +128,7 @@ CommandConsole::Outcome CommandConsole::Send(const Channel& channel, const std::
 
   std::vector<std::uint8_t> reply;
   if (channel.query(code, bytes, reply) != 0 || reply.size() < kHeaderSize) {
-    std::cout << "query command failed!" << std::endl;
+    quarn::platform::TraceLine("query command failed!");
     SetReplyTexts({}, {});
     report_.Error(channel.query_failed);
     return Outcome::kFailed;

@@ -1,7 +1,8 @@
 #include "VarkelCore/src/actions/config_file_query.h"
 
-#include <iostream>
 #include <vector>
+
+#include "libquarn/Platform/src/trace.h"
 
 namespace varkel {
 
@@ -11,9 +12,8 @@ void QueryConfigFile(SensorSession& session) {
   std::vector<std::uint8_t> discarded;
   const int result = session.ktc_client()->QueryCommand({}, discarded, kConfigFileCommand, false);
   // The two texts are the wrong way round; scripts read them so.
-  std::cout << (result != 0 ? "[SUCCESS]: Get config file from lidar success! \n"
-                            : "[FAILED]: Get config file from lidar failed! \n")
-            << std::flush;
+  quarn::platform::TraceLine(result != 0 ? "[SUCCESS]: Get config file from lidar success! "
+                                         : "[FAILED]: Get config file from lidar failed! ");
 }
 
 }  // namespace varkel

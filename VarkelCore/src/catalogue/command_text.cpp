@@ -2,13 +2,13 @@
 
 #include <charconv>
 
+#include "libquarn/KtcClient/src/ktc_commands.h"
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Platform/src/text_number.h"
 
 namespace varkel {
 namespace {
 
-constexpr std::uint8_t kExtendedCommandByte = 0xFF;
 constexpr int kAutomaticBase = 0;
 
 // All 32 bits of "0x…": TextToInt stops at the largest signed number. Other texts are left to it.
@@ -39,7 +39,7 @@ std::uint32_t CodeNumber(const std::string& text) {
 Command ParseCommandText(const std::string& text) {
   const std::uint32_t code = CodeNumber(text);
   if (IsExtendedCommand(text)) {
-    return {kExtendedCommandByte, code};
+    return {quarn::lidar::kKtcExtensionCmd, code};
   }
   return {static_cast<std::uint8_t>(code), std::nullopt};
 }

@@ -1,7 +1,6 @@
 #include "VarkelCore/src/catalogue/config_parser.h"
 
 #include <algorithm>
-#include <iostream>
 #include <iterator>
 #include <stdexcept>
 #include <utility>
@@ -9,6 +8,7 @@
 #include "VarkelCore/src/catalogue/command_text.h"
 #include "VarkelCore/src/catalogue/csv_table.h"
 #include "VarkelCore/src/catalogue/table_cells.h"
+#include "libquarn/Platform/src/trace.h"
 
 namespace varkel {
 namespace {
@@ -19,11 +19,8 @@ constexpr const char* kGetKind = "get";
 constexpr const char* kSetKind = "set";
 constexpr int kNoIndex = -1;
 
-// One write a line, so that lines of several threads don't mix.
 void Trace(std::string_view function, const std::string& text) {
-  std::string line = "ConfigParser::";
-  line.append(function).append(text).append("\n");
-  std::cout << line << std::flush;
+  quarn::platform::TraceLine(std::string("ConfigParser::").append(function).append(text));
 }
 
 void TraceLoad(const std::string& text) {

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
-#include <iostream>
+
+#include "libquarn/Platform/src/trace.h"
 
 namespace varkel {
 
@@ -23,8 +24,7 @@ char Lower(char c) {
 VarInfo* searchVarPtr(const ConfigParser& catalogue, const std::string& key, const std::string& search_type) {
   if (search_type == "var_id" || search_type == "id") return catalogue.FindById(key);
   if (search_type == "var_name" || search_type == "name") return catalogue.FindByName(key);
-  std::cout << "VarkelManager::searchVarPtr"
-            << "(): unknown search type" << std::endl;
+  quarn::platform::TraceLine("VarkelManager::searchVarPtr(): unknown search type");
   return nullptr;
 }
 

@@ -12,35 +12,45 @@
 #include "VarkelCore/src/session/exchange.h"
 #include "VarkelCore/src/tasks/diagnostics.h"
 #include "VarkelCore/src/values/value_text.h"
+#include "libquarn/KtcClient/src/ktc_commands.h"
 #include "libquarn/Platform/src/logger.h"
 
 namespace varkel {
 
 namespace {
 
+// Faults of the table are found in the log file under the controller's name and the operation's, wherever it
+// is written.
 constexpr char kSourceFile[] = "VarkelCore/src/varkel_manager";
-constexpr std::uint8_t kFovReadCommand = 0x23;
+constexpr char kConversion[] =
+    "bool VarkelManager::updateSingleVarFromOutput(VarInfo&, std::uint8_t, std::span<const std::uint8_t>, "
+    "std::vector<std::uint8_t>&, bool)";
+
+template <typename... Values>
+void LogError(const char* format, const Values&... values) {
+  log_lib::Logger::GetInstance().AddToQueue(log_lib::kError, kSourceFile, 0, kConversion, format, values...);
+}
 
 QString Text(const std::string& text) {
   return QString::fromStdString(text);
 }
 
-/// Faults of the table, told to the log file: the sensor's reply does not fit the declared type.
+/// Faults of the table: the sensor's reply does not fit the declared type.
 void LogFault(ValueFault fault, const VarInfo& var, std::size_t size) {
   switch (fault) {
     case ValueFault::kMacSize:
-      QUARN_LOG(log_lib::kError, "MAC address size is less than 6, please check your config file");
+      LogError("MAC address size is less than 6, please check your config file");
       break;
     case ValueFault::kVersionSize:
-      QUARN_LOG(log_lib::kError, "HWVER size is not qual to 16, please check your config file");
+      LogError("HWVER size is not qual to 16, please check your config file");
       break;
     case ValueFault::kUnsupportedType:
-      QUARN_LOG(log_lib::kError, "var_type not support: %s", var.var_type.c_str());
+      LogError("var_type not support: %s", var.var_type.c_str());
       break;
     case ValueFault::kEmpty:
     case ValueFault::kNumberSize:
-      QUARN_LOG(log_lib::kError, "%s: %zu bytes are no %s, please check your config file",
-                var.var_name.c_str(), size, var.var_type.c_str());
+      LogError("%s: %zu bytes are no %s, please check your config file", var.var_name.c_str(), size,
+               var.var_type.c_str());
       break;
     case ValueFault::kNone:
       break;
@@ -88,7 +98,7 @@ bool PageReader::GetInfoFromLidarWithSameCmd(Model& model, quarn::lidar::KtcClie
     }
   }
   const Command command = ParseCommandText(first.get_cmd);
-  if (fov == FovRead::kTable && !command.extended_code && command.code == kFovReadCommand) {
+  if (fov == FovRead::kTable && !command.extended_code && command.code == quarn::lidar::kQueryMultiFovCmd) {
     return ReadFov(model, client, first);
   }
   const ValueStore::Moment asked = model.values.Now();

@@ -23,7 +23,7 @@ struct ReadGroup {
 /// Groups the readable variables of `vars` by get command and payload, in the order in which they come.
 std::vector<ReadGroup> GroupByGetCommand(const std::vector<VarInfo*>& vars);
 
-/// The variables of one page with a get command; nothing when there is no such page.
+/// The variables of one page with a get command; none when there is no such page.
 std::vector<VarInfo*> ReadableVars(const ConfigParser& catalogue, int module);
 
 /// How a group with the field-of-view command is read.

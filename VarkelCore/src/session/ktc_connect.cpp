@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <exception>
-#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -10,6 +9,7 @@
 
 #include "VarkelCore/src/tasks/worker_threads.h"
 #include "libquarn/Platform/src/text_number.h"
+#include "libquarn/Platform/src/trace.h"
 
 namespace varkel {
 
@@ -60,7 +60,7 @@ SessionResult ConnectKtc(const char* function, const std::stop_token& stop,
                          const ConnectionSettings& settings, std::uint32_t exchange_timeout_ms,
                          const SessionContext& context,
                          const std::function<std::shared_ptr<SensorSession>(const KtcConnection&)>& finish) {
-  std::cout << function << "(): try to connect to lidar with TCP connection.\n" << std::flush;
+  quarn::platform::TraceLine(std::string(function) + "(): try to connect to lidar with TCP connection.");
   std::string reason;
   try {
     const auto client = StartClient(settings, exchange_timeout_ms);
@@ -73,7 +73,7 @@ SessionResult ConnectKtc(const char* function, const std::stop_token& stop,
   } catch (...) {
     reason = "Unknown";
   }
-  if (!stop.stop_requested()) std::cout << function << "(): init lidar error\n" << std::flush;
+  if (!stop.stop_requested()) quarn::platform::TraceLine(std::string(function) + "(): init lidar error");
   return tl::unexpected(Failure(reason));
 }
 

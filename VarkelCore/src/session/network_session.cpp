@@ -1,10 +1,10 @@
-#include <iostream>
 #include <stdexcept>
 #include <utility>
 
 #include "VarkelCore/src/session/ktc_connect.h"
 #include "VarkelCore/src/session/session_makers.h"
 #include "libquarn/KtcClient/src/sensor_timeouts.h"
+#include "libquarn/Platform/src/trace.h"
 
 namespace varkel {
 
@@ -13,7 +13,7 @@ SessionResult ConnectNetworkSensor(const std::stop_token& stop, const Connection
   const auto probe = [&](const KtcConnection& connection) {
     const ByteLog::Quiet quiet(*connection.byte_log);
     if (!AnswersKtc(*connection.client)) {
-      if (!stop.stop_requested()) std::cout << "DEBUG: heckLidarConnection() == false\n" << std::flush;
+      if (!stop.stop_requested()) quarn::platform::TraceLine("DEBUG: heckLidarConnection() == false");
       throw std::runtime_error("Lidar has No KTC reply.");
     }
     return std::make_shared<SensorSession>(SensorSession::KtcPeer::kNetworkSensor, connection.client,

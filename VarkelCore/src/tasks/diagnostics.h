@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QDebug>
-#include <iostream>
-#include <string>
+
+#include "libquarn/Platform/src/trace.h"
 
 namespace varkel {
 
@@ -20,9 +20,6 @@ void PlainDebugLine(const Parts&... parts) {
   (qDebug().noquote() << ... << parts);
 }
 
-/// A line of standard output, in one write so that lines of several threads don't mix.
-inline void TraceLine(const std::string& text) {
-  std::cout << text + "\n" << std::flush;
-}
+using quarn::platform::TraceLine;
 
 }  // namespace varkel

@@ -2,8 +2,9 @@
 
 #include <condition_variable>
 #include <exception>
-#include <iostream>
 #include <utility>
+
+#include "libquarn/Platform/src/trace.h"
 
 namespace varkel {
 
@@ -28,7 +29,7 @@ void WorkerThreads::Start(std::function<void(std::stop_token)> work) {
     try {
       work(stop);
     } catch (const std::exception& error) {
-      std::cout << "WorkerThreads::Start(): " << error.what() << '\n';
+      quarn::platform::TraceLine(std::string("WorkerThreads::Start(): ") + error.what());
     }
     worker.finished = true;
   });

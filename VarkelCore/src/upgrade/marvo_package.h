@@ -55,7 +55,7 @@ struct ExtractedComponent {
   bool out_of_range = false;           ///< the header's own range test failed
 };
 
-/// The component's bytes. FPGA images of more than 1024 bytes have a preamble of 1024 that stays behind.
+/// The component's bytes. FPGA images of more than 1024 bytes have a preamble of 1024 that is not sent.
 /// The range test is the sensor family's own, in 32-bit arithmetic that wraps; a range that passes it by
 /// wrapping around lies outside of the package all the same and is empty.
 ExtractedComponent ExtractComponent(std::span<const std::uint8_t> package, const OtaComponent& component);

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <exception>
 #include <functional>
-#include <iostream>
 #include <limits>
 #include <map>
 #include <stdexcept>
@@ -13,6 +12,7 @@
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Platform/src/byte_text.h"
 #include "libquarn/Platform/src/text_number.h"
+#include "libquarn/Platform/src/trace.h"
 
 namespace varkel {
 
@@ -132,7 +132,7 @@ std::vector<std::uint8_t> MacParser::ParseToBytes(const std::string& text, float
 }
 
 std::vector<std::uint8_t> RawParser::ParseToBytes(const std::string& /*text*/, float /*coefficient*/) {
-  std::cout << "not developed\n" << std::flush;
+  quarn::platform::TraceLine("not developed");
   return {};
 }
 
@@ -155,7 +155,7 @@ std::unique_ptr<StrParser> MakeStrParser(const std::string& var_type) {
   };
   const auto factory = factories.find(var_type);
   if (factory == factories.end()) {
-    std::cout << "DEBUG(): not support the format is " + var_type + "\n" << std::flush;
+    quarn::platform::TraceLine("DEBUG(): not support the format is " + var_type);
     return nullptr;
   }
   return factory->second();

@@ -1,10 +1,10 @@
 #include "libquarn/KtcClient/src/ktc_parser.h"
 
 #include <algorithm>
-#include <iostream>
 
 #include "libquarn/KtcClient/src/crc32_mpeg2.h"
 #include "libquarn/Platform/src/byte_order.h"
+#include "libquarn/Platform/src/trace.h"
 
 namespace quarn::lidar {
 namespace {
@@ -49,7 +49,7 @@ void BuildPiece(std::span<const std::uint8_t> data, std::uint32_t number, std::u
 }
 
 void ReportDecoded() {
-  std::cout << "Ktc_2_0_parser::KtcStreamDecode success!" << std::endl;
+  platform::TraceLine("Ktc_2_0_parser::KtcStreamDecode success!");
 }
 
 }  // namespace
@@ -102,7 +102,7 @@ bool Ktc_1_0_parser::KtcFilestreamSend(std::span<const std::uint8_t> file, std::
     BuildPiece(data, static_cast<std::uint32_t>(number), static_cast<std::uint32_t>(total), piece);
     std::vector<std::uint8_t> frame;
     if (!KtcStreamEncode(piece, frame, cmd)) {
-      std::cout << "GeneralKtcParser::KtcFilestreamSend pack frame failed!" << std::endl;
+      platform::TraceLine("GeneralKtcParser::KtcFilestreamSend pack frame failed!");
       return false;
     }
     frames.push_back(std::move(frame));

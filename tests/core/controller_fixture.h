@@ -13,14 +13,14 @@
 
 /// A controller with a model selected, the simulated sensor that it is to connect to, and what it told the
 /// user. Lives on one thread, whose events it runs; any number of them stand side by side.
-struct Bench {
+struct ControllerFixture {
   using Watcher = std::function<void(const varkel::sim::Exchange&)>;
 
-  explicit Bench(std::vector<std::string> faults = {}, const std::string& model = "Quenta",
-                 Watcher watcher = {});
-  ~Bench() { CloseAll(); }
-  Bench(const Bench&) = delete;
-  Bench& operator=(const Bench&) = delete;
+  explicit ControllerFixture(std::vector<std::string> faults = {}, const std::string& model = "Quenta",
+                             Watcher watcher = {});
+  ~ControllerFixture() { CloseAll(); }
+  ControllerFixture(const ControllerFixture&) = delete;
+  ControllerFixture& operator=(const ControllerFixture&) = delete;
 
   /// Runs events until the condition holds; false when the time ran out.
   static bool Wait(const std::function<bool()>& condition, int seconds = 20);
@@ -68,5 +68,5 @@ struct Bench {
   }
   QVariantMap Map(const QString& var_name) const;
 
-  bool told_connected_ = false;
+  bool reported_connected_ = false;
 };

@@ -1,0 +1,140 @@
+#!/usr/bin/env bash
+# windows_test.sh FOLDER: tries the setup and the .zip of that folder under Wine, as a user would: an older version is
+# installed, upgraded silently, started from the start menu, connected to a simulated sensor on this machine, and
+# uninstalled. Documents lie in a folder with blanks and umlauts. Pictures are left in build/wine-*.png.
+set -Eeuo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+dist=$(realpath "${1:?windows_test.sh FOLDER}")
+version=$(sed -n 's/^project(Varkel VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+setup=$dist/Varkel-$version-setup.exe
+place=$PWD/build/wine-setup
+wine=/usr/lib/wine/wine64
+server=/usr/lib/wine/wineserver
+documents="$place/Eigene Dateien für Jürgen"
+export WINEPREFIX=$place/prefix WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe=' HOME=$place/home
+unset WINEPATH DISPLAY WAYLAND_DISPLAY
+log=$place/log
+
+fail() {
+  echo "Windows packages: $1" >&2
+  exit 1
+}
+started=()
+end() {
+  "$server" -k >/dev/null 2>&1 || true
+  local process
+  for process in "${started[@]}"; do kill "$process" 2>/dev/null || true; done
+}
+trap end EXIT
+trap 'tail -n 20 "$log" >&2' ERR
+"$server" -k >/dev/null 2>&1 || true
+rm -rf "$place"
+mkdir -p "$HOME" "$WINEPREFIX" "$documents/VelmoraDataFiles"
+run() { "$wine" "$@" >>"$log" 2>&1 </dev/null; }
+
+Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp >"$place/screen.log" 2>&1 3>"$place/display" </dev/null &
+started+=($!)
+for _ in $(seq 100); do [ ! -s "$place/display" ] || break; sleep 0.1; done
+DISPLAY=:$(cat "$place/display")
+export DISPLAY
+"$server" -p >"$place/server.log" 2>&1 </dev/null
+run wineboot -i
+run reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f
+run reg add 'HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders' /v Personal /d "Z:$documents" /f
+
+# A sensor of this machine's own system.
+: >"$place/sensor.log"
+build/package/bin/varkel-sim --port 0 --verbose >"$place/sensor.log" 2>&1 </dev/null &
+started+=($!)
+for _ in $(seq 100); do
+  port=$(sed -n 's/^listening on .*:\([0-9]*\)$/\1/p' "$place/sensor.log")
+  [ -z "$port" ] || break
+  sleep 0.1
+done
+printf '[General]\ndevice_ip_address=127.0.0.1\nktc_port=%s\n' "$port" >"$documents/VelmoraDataFiles/RecvSettings.ini"
+
+# connect NAME: presses Enter in the window that was just started, with a picture of what comes.
+connect() {
+  tests/packages/press_connect.sh "$place/sensor.log" "$PWD/build/wine-$1.png" "$2"
+}
+# The window closes by Alt+F4, as a user does it.
+close_window() {
+  xdotool key alt+F4
+  for _ in $(seq 100); do
+    xdotool search --onlyvisible --name '^Varkel$' >/dev/null 2>&1 || return 0
+    sleep 0.1
+  done
+  fail "the window does not close"
+}
+registered() { "$wine" reg query "$1\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varkel" /v DisplayVersion 2>/dev/null | tr -d '\r'; }
+
+# An older version, which had a library that this one has no more.
+older=$place/older
+mkdir -p "$older/bin" "$older/Config/varID"
+echo old >"$older/bin/varkel.exe"
+echo old >"$older/bin/gone.dll"
+{
+  echo 'Function un.RemoveFiles'
+  printf '  Delete "$INSTDIR\\bin\\%s"\n' varkel.exe gone.dll
+  printf '  RMDir "$INSTDIR\\%s"\n' bin 'Config\varID' Config
+  echo 'FunctionEnd'
+} >"$place/older.nsh"
+(cd packaging/windows && makensis -V1 -DVERSION=0.9.0 -DSOURCE="$older" -DFILES="$place/older.nsh" -DICON=../../app/varkel.ico \
+  -DOUTPUT="$place/older-setup.exe" setup.nsi)
+
+# mode INSTALL_MODE HIVE PROGRAMS START_MENU: all of it once for all users, once for one.
+try_mode() {
+  local mode=$1 hive=$2 installed=$3 menu=$4
+  run "$place/older-setup.exe" /S "/$mode"
+  [ -e "$installed/bin/gone.dll" ] || fail "the older version was not installed into $installed"
+  echo mine >"$installed/Config/varID/Mine.csv"
+  local began=$SECONDS
+  run "$setup" /S "/$mode"
+  echo "Windows setup ($mode): upgraded after $((SECONDS - began)) s"
+  [ ! -e "$installed/bin/gone.dll" ] || fail "the upgrade leaves an old library"
+  [ -e "$installed/bin/Qt5Core.dll" ] || fail "the upgrade does not bring Qt"
+  grep -q mine "$installed/Config/varID/Mine.csv" || fail "the upgrade takes the user's table"
+  registered "$hive" | grep -q "$version" || fail "the upgrade does not register $version"
+  (cd "$installed" && find . -type f | sort | xargs -d '\n' sha256sum) >"$place/before"
+
+  began=$(date +%s%N)
+  run start /unix "$menu/Varkel.lnk"
+  connect "installed-$mode" "$began"
+  local code=0
+  run "$setup" /S "/$mode" || code=$?
+  [ "$code" = 2 ] || fail "the setup ends with $code while the tool runs"
+  close_window
+  (cd "$installed" && find . -type f | sort | xargs -d '\n' sha256sum) >"$place/after"
+  cmp -s "$place/before" "$place/after" || fail "the tool wrote into its own folder: $(diff "$place/before" "$place/after")"
+  grep -q "ktc_port=$port" "$documents/VelmoraDataFiles/RecvSettings.ini" || fail "the settings are gone"
+
+  run "$installed/uninstall.exe" /S "/$mode"
+  # It goes on in a copy of itself, and the tool's log is the last thing to go.
+  for _ in $(seq 100); do
+    [ -e "$menu" ] || [ -n "$(registered "$hive")" ] || break
+    sleep 0.2
+  done
+  sleep 1
+  local left
+  left=$(cd "$installed" && find . -type f)
+  [ "$left" = ./Config/varID/Mine.csv ] || fail "uninstalling leaves $left"
+  [ ! -e "$menu" ] || fail "uninstalling leaves $menu"
+  registered "$hive" | grep -q Varkel && fail "uninstalling leaves its records"
+  [ -z "$(find "$WINEPREFIX/drive_c/users" -path '*QuarnTech*' -type f)" ] ||
+    fail "uninstalling leaves $(find "$WINEPREFIX/drive_c/users" -path '*QuarnTech*' -type f)"
+  [ -e "$documents/VelmoraDataFiles/RecvSettings.ini" ] || fail "uninstalling takes the user's settings"
+  rm -r "$installed"
+}
+user=$WINEPREFIX/drive_c/users/$(id -un)
+try_mode AllUsers HKLM "$WINEPREFIX/drive_c/Program Files/Varkel" \
+  "$WINEPREFIX/drive_c/ProgramData/Microsoft/Windows/Start Menu/Programs/Varkel"
+try_mode CurrentUser HKCU "$user/AppData/Local/Programs/Varkel" \
+  "$user/AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Varkel"
+echo "Windows setup: uninstalled, the user's own files are left"
+
+unzip -q "$dist/Varkel-$version.zip" -d "$place/Ausgepackt für alle"
+began=$(date +%s%N)
+run start /unix "$place/Ausgepackt für alle/Varkel-$version/bin/varkel.exe"
+connect zip "$began"
+close_window
+echo "Windows .zip: runs from where it was unpacked"
