@@ -47,7 +47,7 @@ T.TextField {
     implicitHeight: Theme.controlHeight
     leftPadding: Theme.gapSmall
     rightPadding: Theme.gapSmall
-    color: dimmed && !typing ? Theme.textFaint : Theme.text
+    color: dimmed && !typing ? Theme.textMuted : Theme.text
     selectionColor: Theme.selection
     selectedTextColor: Theme.text
     placeholderTextColor: Theme.textFaint

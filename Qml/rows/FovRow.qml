@@ -29,6 +29,7 @@ RowFrame {
         place: row.place
         angles: row.angles
         editable: row.writable
+        dimmed: row.unread
         onAngleCommitted: varkel_manager.SetMultiFovConfig(index, text)
     }
 
