@@ -35,7 +35,7 @@ T.ComboBox {
         text: combo.editable ? combo.editText : PlainText.line(combo.displayText)
         enabled: combo.editable && combo.enabled
         readOnly: !combo.editable
-        color: combo.dimmed ? Theme.textFaint : combo.enabled ? Theme.text : Theme.textMuted
+        color: combo.enabled && !combo.dimmed ? Theme.text : Theme.textMuted
         selectionColor: Theme.selection
         selectedTextColor: Theme.text
         font: combo.font

@@ -61,6 +61,8 @@ T.Popup {
 
     onOpened: (cancellable ? cancelButton : acceptButton).forceActiveFocus(Qt.TabFocusReason)
     onClosed: {
+        // A button that kept the focus would get it back without its outline when the next notice opens.
+        acceptButton.focus = cancelButton.focus = false;
         var wasAccepted = decided;
         var acceptedNext = next;
         if (waiting.length > 0) {

@@ -54,6 +54,7 @@ QtObject {
     readonly property int radiusLarge: 8
     readonly property int line: 1
     readonly property int markWidth: 3
+    readonly property int liveMarkWidth: 30
     readonly property int dot: 7
     readonly property int light: 14
     readonly property int controlHeight: 29

@@ -1,5 +1,4 @@
 import QtQuick 2.15
-import QtQuick.Layouts 1.15
 import "../assembly"
 
 // The field-of-view editor: the option, five start and five end angles, and a picture of the sectors.
@@ -24,11 +23,13 @@ RowFrame {
     FovBoxes {
         id: boxes
 
-        Layout.fillWidth: true
-        Layout.alignment: Qt.AlignVCenter
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
         place: row.place
         angles: row.angles
         editable: row.writable
+        dimmed: row.unread
         onAngleCommitted: varkel_manager.SetMultiFovConfig(index, text)
     }
 

@@ -1,5 +1,4 @@
 import QtQuick 2.15
-import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
 import "../assembly"
 
@@ -98,20 +97,21 @@ Item {
         }
     }
 
-    RowLayout {
+    Item {
         id: slot
 
         x: parent.width * Theme.labelShare
         width: parent.width - x - mark.width - Theme.gapSmall
         height: parent.height
-        spacing: Theme.gapSmall
     }
 
-    LiveMark {
+    Loader {
         id: mark
 
         anchors.right: parent.right
+        width: Theme.liveMarkWidth // also without a mark, so that the rows line up
         height: Theme.rowHeight
-        shown: frame.live
+        active: frame.live
+        sourceComponent: LiveMark {}
     }
 }

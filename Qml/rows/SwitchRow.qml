@@ -1,5 +1,4 @@
 import QtQuick 2.15
-import QtQuick.Layouts 1.15
 import "../assembly"
 
 // A variable that a switch turns on and off; switched off, its value is 0.
@@ -24,6 +23,7 @@ RowFrame {
         id: toggleSwitch
 
         objectName: "switch_" + row.place
+        anchors.verticalCenter: parent.verticalCenter
         Accessible.name: row.label
         checked: row.on
         enabled: row.writable
@@ -34,7 +34,10 @@ RowFrame {
         id: field
 
         objectName: "field_" + row.place
-        Layout.fillWidth: true
+        anchors.left: toggleSwitch.right
+        anchors.leftMargin: Theme.gapSmall
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
         Accessible.name: row.label
         enabled: row.on || !row.writable
         readOnly: !row.writable || cut

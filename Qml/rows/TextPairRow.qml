@@ -1,5 +1,4 @@
 import QtQuick 2.15
-import QtQuick.Layouts 1.15
 import "../assembly"
 
 // A variable that is only shown: two texts, the value to select and copy.
@@ -12,7 +11,9 @@ RowFrame {
         id: field
 
         objectName: "field_" + row.place
-        Layout.fillWidth: true
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
         Accessible.name: row.label
         readOnly: true
         dimmed: row.unread
