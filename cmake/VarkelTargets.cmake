@@ -115,15 +115,28 @@ function(varkel_gtest name)
   varkel_register_test(${name})
 endfunction()
 
-# varkel_qtest(NAME SOURCES ... DEPENDS ...): a Qt Test program.
+# varkel_alone_on_desktop(TEST): its windows want the focus, which another test's must not take.
+function(varkel_alone_on_desktop name)
+  set_tests_properties(${name} PROPERTIES RESOURCE_LOCK desktop)
+endfunction()
+
+# varkel_qtest(NAME TESTS ... SOURCES ... DEPENDS ...): one Qt Test program, LAYER_test, and a test LAYER.TEST for each
+# source TEST.cpp, which the program finds by its name.
 function(varkel_qtest name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "TESTS;SOURCES;DEPENDS" ${ARGN})
+  list(TRANSFORM ARG_TESTS APPEND .cpp OUTPUT_VARIABLE sources)
   if(WIN32)
     # The simulated sensor's serial lines, and UTF-8 as the tool has it.
-    list(APPEND ARG_SOURCES ${CMAKE_SOURCE_DIR}/tests/support/hosted_pseudo_terminal.cpp)
+    list(APPEND sources ${CMAKE_SOURCE_DIR}/tests/support/hosted_pseudo_terminal.cpp)
   endif()
-  varkel_program(${name} SOURCES ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} Qt5::Test)
+  varkel_program(${name} SOURCES ${sources} ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} Qt5::Test)
   set_target_properties(${name} PROPERTIES AUTOMOC ON RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   varkel_program_resource(${name} "Tests")
-  varkel_register_test(${name})
+  string(REPLACE "_test" "" layer ${name})
+  foreach(test IN LISTS ARG_TESTS)
+    varkel_register_test(${layer}.${test} COMMAND ${name} ${test})
+    if(WIN32 AND "varkel_shell" IN_LIST ARG_DEPENDS)
+      varkel_alone_on_desktop(${layer}.${test})
+    endif()
+  endforeach()
 endfunction()

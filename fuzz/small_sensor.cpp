@@ -9,7 +9,7 @@
 #include "VarkelCore/src/small_sensor/small_sensor_info.h"
 #include "VarkelCore/src/upgrade/marvo_upgrade.h"
 #include "fuzz/input.h"
-#include "tests/core/small_sensor_bench.h"
+#include "tests/core/small_sensor_fixture.h"
 
 namespace {
 

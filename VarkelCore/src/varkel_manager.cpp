@@ -61,9 +61,14 @@ QVariantList RowMaps(const std::vector<InfoRow>& rows) {
 struct VarkelManager::Parts {
   Parts(VarkelManager& face, bool flag, std::string path);
 
+  using Signal = void (VarkelManager::*)();
   /// Raises a signal on the window's thread.
-  std::function<void()> Emit(void (VarkelManager::*notify)()) {
-    return [this, notify] { events.Post([this, notify] { std::invoke(notify, manager); }); };
+  void Raise(Signal notify) {
+    events.Post([this, notify] { std::invoke(notify, manager); });
+  }
+  /// What raises it.
+  std::function<void()> Raiser(Signal notify) {
+    return [this, notify] { Raise(notify); };
   }
   /// Disconnects that session's sensor, unless it has been already.
   void Disconnect(const std::shared_ptr<SensorSession>& session) {
@@ -134,14 +139,14 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
               [this](const QString& text) { manager.setSuccessMsg(text); }}),
       models([this] { page_models.ValuesChanged(); }),
       page_models(face, models, events),
-      activity({Emit(&VarkelManager::isUpgradingChanged), Emit(&VarkelManager::isDownloadLogChanged)}),
+      activity({Raiser(&VarkelManager::isUpgradingChanged), Raiser(&VarkelManager::isDownloadLogChanged)}),
       background(workers, events, [this] { emit manager.isWorkingChanged(); }),
-      reader({report, Emit(&VarkelManager::fovConfigChanged)}),
+      reader({report, Raiser(&VarkelManager::fovConfigChanged)}),
       reading(connection, models, connect_type, reader),
       page_reads(
           workers,
           [this](int module, const std::function<bool()>& replaced) {
-            if (reading.ReadPage(module, replaced)) Emit (&VarkelManager::myMapChanged)();
+            if (reading.ReadPage(module, replaced)) Raise(&VarkelManager::myMapChanged);
           },
           [this](int module) {
             events.Post([this, module] {
@@ -158,10 +163,10 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
       writer({reader, report}),
       saving(connection, models, activity, writer, report),
       console(connection, activity, connect_type, report,
-              {Emit(&VarkelManager::sendCommandHistoryChanged),
+              {Raiser(&VarkelManager::sendCommandHistoryChanged),
                [this](const auto& session) { Disconnect(session); }}),
       downloads(connection, activity, workers, report,
-                {Emit(&VarkelManager::downloadFinished),
+                {Raiser(&VarkelManager::downloadFinished),
                  [this](bool complete) {
                    events.Post([this, complete] { emit manager.downloadOperationLogFinished(complete); });
                  }}),
@@ -174,21 +179,22 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
       small_sensor_functions(small_sensor, background),
       small_sensor_info(
           report, activity,
-          {Emit(&VarkelManager::zeltoLidarInfoChanged), Emit(&VarkelManager::isGetPBLVersionChanged)}),
+          {Raiser(&VarkelManager::zeltoLidarInfoChanged), Raiser(&VarkelManager::isGetPBLVersionChanged)}),
       connector(connection, workers, {report, log_bytes, activity},
                 {{kPageRefreshPeriod,
                   [this](SensorSession& session, const std::stop_token& stop) {
-                    if (reading.RefreshShownPage(session, stop)) Emit (&VarkelManager::myTimerMapChanged)();
+                    if (reading.RefreshShownPage(session, stop)) Raise(&VarkelManager::myTimerMapChanged);
                   }},
                  {SmallSensorInfo::kPeriod,
                   [this](SensorSession& session, const std::stop_token& stop) {
                     small_sensor_info.Round(session, stop);
                   }}},
                 {[this] {
-                   Emit (&VarkelManager::myMapChanged)();
-                   Emit (&VarkelManager::isConnectedChanged)();
+                   Raise(&VarkelManager::myMapChanged);
+                   Raise(&VarkelManager::isConnectedChanged);
                  },
-                 Emit(&VarkelManager::isConnectedChanged)}) {}
+                 Raiser(&VarkelManager::isConnectedChanged)}) {
+}  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): std::function frees
 
 // Life
 
@@ -399,19 +405,9 @@ QVariantMap VarkelManager::variableMap(int module, int group, int index) const {
   return var != nullptr ? VariableMap(*model, *var) : QVariantMap();
 }
 
-QString VarkelManager::valueMark(int module, int group, int index) const {
-  const auto model = d_->models.model();
-  const VarInfo* var = model ? VariableAt(*model->catalogue, module, group, index) : nullptr;
-  return var != nullptr ? ValueMark(*model, *var) : QString();
-}
-
 QVariantList VarkelManager::FovList() const {
   const auto model = d_->models.model();
-  QVariantList texts;
-  for (const float degrees : model ? model->values.Fov() : kDefaultFov) {
-    texts.append(QString::number(degrees, 'f', 1));
-  }
-  return texts;
+  return AngleTexts(model ? model->values.Fov() : kDefaultFov);
 }
 
 void VarkelManager::GetLidarModuleInfo(int module) {
@@ -465,12 +461,14 @@ void VarkelManager::SetText(int type, int level1, int level2, int level3, const 
   const auto model = d_->models.model();
   if (!model) return;
   d_->report.Guard([&] { d_->editor.SetText(*model, type, level1, level2, level3, text.toStdString()); });
+  d_->page_models.ValuesChanged();
   emit editsChanged();
 }
 
 void VarkelManager::ClearSetMap() {
   const auto model = d_->models.model();
   const bool angles_went_back = model && model->values.Cancel();
+  d_->page_models.ValuesChanged();
   emit editsChanged();
   if (angles_went_back) emit fovConfigChanged();
 }
@@ -518,6 +516,7 @@ void VarkelManager::SetMultiFovConfig(int index, const QString& fov) {
   const auto model = d_->models.model();
   if (!model) return;
   if (d_->editor.SetFov(*model, index, fov.toStdString())) {
+    d_->page_models.ValuesChanged();
     emit editsChanged();
     return;
   }

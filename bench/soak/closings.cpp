@@ -14,7 +14,7 @@
 #include "simulator/src/simulated_sensor.h"
 #include "simulator/src/simulated_small_sensor.h"
 #include "tests/core/marvo_sample.h"
-#include "tests/core/small_sensor_bench.h"
+#include "tests/core/small_sensor_fixture.h"
 #include "tests/support/qt_test.h"
 
 namespace {

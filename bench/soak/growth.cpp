@@ -15,11 +15,12 @@ constexpr long kResidentAllowanceKib = 4096;
 
 /// Runs steps and prints the figures at the start, after a tenth and at the end. From the tenth on nothing
 /// may grow: the first steps fill caches.
-void Measure(Bench& bench, const std::string& name, int count, const std::function<bool()>& step) {
+void Measure(ControllerFixture& fixture, const std::string& name, int count,
+             const std::function<bool()>& step) {
   const auto step_and_forget = [&] {
     const bool done = step();
-    bench.sensor->ClearReceived();  // what was recorded by the bench itself is no growth of the tool
-    for (QStringList* texts : {&bench.errors, &bench.successes, &bench.log}) texts->clear();
+    fixture.sensor->ClearReceived();  // what was recorded by the fixture itself is no growth of the tool
+    for (QStringList* texts : {&fixture.errors, &fixture.successes, &fixture.log}) texts->clear();
     return done;
   };
   const auto figures = [&](int done) {
@@ -55,15 +56,15 @@ class GrowthTest : public QObject {
     QFETCH(int, count);
     const std::string model = QTest::currentDataTag();
     const bool on_lines = model == "Zelto";
-    Bench bench;
-    VarkelManager& manager = *bench.manager;
+    ControllerFixture fixture;
+    VarkelManager& manager = *fixture.manager;
     varkel::sim::SimulatedSmallSensor lines;
     if (model != "Quenta") {
       manager.InitConfigFileParser(QString::fromStdString(model));
-      bench.sensor = std::make_unique<SimulatedSensor>(
+      fixture.sensor = std::make_unique<SimulatedSensor>(
           varkel::sim::SensorOptions{.table_path = "./Config/varID/" + model + ".csv"});
-      bench.sensor->Start();
-      manager.set_port(QString::number(bench.sensor->port()));
+      fixture.sensor->Start();
+      manager.set_port(QString::number(fixture.sensor->port()));
     }
     bool alive = true;
     connect(&manager, &VarkelManager::connectionCheckFinished, this, [&](bool answer) { alive = answer; });
@@ -72,34 +73,34 @@ class GrowthTest : public QObject {
       return !alive;
     };
     // The sensor lives in the same process: its connections have to end, too.
-    const auto is_left = [&] { return bench.sensor->connected_clients() == 0; };
-    Measure(bench, model + ", connections that the sensor cuts", count, [&] {
+    const auto is_left = [&] { return fixture.sensor->connected_clients() == 0; };
+    Measure(fixture, model + ", connections that the sensor cuts", count, [&] {
       if (on_lines) {
         lines.Start();
         manager.set_serial_port_485(QString::fromStdString(lines.rs485_path()));
         manager.set_serial_port_232(QString::fromStdString(lines.uart_path()));
       }
-      if (!bench.Connect()) return false;
-      on_lines ? lines.PullUart() : bench.sensor->AddFault("*=close");
+      if (!fixture.Connect()) return false;
+      on_lines ? lines.PullUart() : fixture.sensor->AddFault("*=close");
       alive = true;
       const bool noticed = QTest::qWaitFor(is_lost, kPatienceMs);
       manager.Stop();
-      bench.sensor->ClearFaults();
+      fixture.sensor->ClearFaults();
       lines.Stop();
       lines.device().log.Clear();
-      if (model == "Zelto-KTC") bench.sensor->device().log.Clear();
+      if (model == "Zelto-KTC") fixture.sensor->device().log.Clear();
       return noticed && !manager.IsConnected() && QTest::qWaitFor(is_left, kPatienceMs);
     });
   }
 
   void RefreshRounds() {
     static constexpr int kPageWithOneLiveCommand = 7;
-    Bench bench;
-    QVERIFY(bench.ConnectOn(kPageWithOneLiveCommand));
-    QSignalSpy rounds(bench.manager.get(), &VarkelManager::myTimerMapChanged);
-    Measure(bench, "Refresh rounds", CountOf("VARKEL_ROUNDS", 100), [&] {
+    ControllerFixture fixture;
+    QVERIFY(fixture.ConnectOn(kPageWithOneLiveCommand));
+    QSignalSpy rounds(fixture.manager.get(), &VarkelManager::myTimerMapChanged);
+    Measure(fixture, "Refresh rounds", CountOf("VARKEL_ROUNDS", 100), [&] {
       rounds.clear();
-      return rounds.wait(kPatienceMs) && bench.errors.isEmpty();
+      return rounds.wait(kPatienceMs) && fixture.errors.isEmpty();
     });
   }
 };

@@ -39,13 +39,10 @@ TEST(CsvTable, ReadsTheNotationsOfSpreadsheets) {
       {"no line end at the end", "A,B\n1,2", "2[1][2]"},
       {"CRLF", "A,B\r\n1,2\r\n\r\n3,4\r\n", "2[1][2]3[3][4]"},
       {"byte-order mark", "\xEF\xBB\xBF\"A\",B\n1,2\n", "2[1][2]"},
-      {"columns in another order", "x,B,A\n0,2,1\n", "2[1][2]"},
       {"several lines and commas in a cell", "A,B\n\"0_Off\n1_On\",\"x,y\"\n3,4\n",
        "2[0_Off\n1_On][x,y]3[3][4]"},
       {"doubled quotes", "A,B\n\"5 \"\"nm\"\"\",\"\"\"\"\n", "2[5 \"nm\"][\"]"},
       {"short row", "A,B\n1\n", "2[1][]"},
-      {"blanks are text", "A,B\n 1 ,\t\n", "2[ 1 ][\t]"},
-      {"nothing at all", "", ""},
       {"a NUL byte is text", std::string("A,B\n1,\0\n", 8), std::string("2[1][\0]", 7)},
   };
   for (const auto& c : kCases) EXPECT_EQ(Read(c.text), c.rows) << c.what;

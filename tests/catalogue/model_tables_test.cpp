@@ -17,21 +17,6 @@ class ModelTable : public testing::TestWithParam<const char*> {
   ConfigParser catalogue{std::string("./Config/varID/") + GetParam() + ".csv"};
 };
 
-// Beyond what any table must fulfil, which the lint checks.
-TEST_P(ModelTable, ShowsEveryVariableAndWritesWhatItReads) {
-  for (const auto& module : catalogue.module_vars()) {
-    for (const auto& group : module) EXPECT_FALSE(group.empty()) << "a heading over nothing";
-  }
-  for (const auto& [var_id, var] : catalogue.var_map()) {
-    SCOPED_TRACE(var_id + " " + var->var_name);
-    EXPECT_FALSE(var->module_places.empty());
-    EXPECT_LE(var->var_name.size() + var->unit.size(), 38U) << "too long for its row";
-    EXPECT_EQ(var->permission, var->set_cmd.empty() ? 0 : 1);
-    EXPECT_TRUE(var->set_cmd.empty() || var->coefficient == var->set_coefficient);
-    EXPECT_TRUE(var->set_cmd.empty() || var->var_type != "MAC") << "entered in decimal, shown in hexadecimal";
-  }
-}
-
 TEST_P(ModelTable, CanBeIdentifiedAndProbed) {
   for (const std::string name : {"SN", "PN", "Restart", "Destination IP", "Destination Port"}) {
     const bool probes = name.starts_with("Dest");

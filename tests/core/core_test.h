@@ -2,5 +2,5 @@
 
 #include <QSignalSpy>
 
-#include "tests/core/bench.h"
+#include "tests/core/controller_fixture.h"
 #include "tests/support/qt_test.h"

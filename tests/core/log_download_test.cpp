@@ -30,25 +30,25 @@ class LogDownloadTest : public QObject {
   void init() {
     folder_ = std::make_unique<QTemporaryDir>();
     parts_.removeRecursively();  // an earlier run's
-    bench_ = std::make_unique<Bench>();
-    QVERIFY(bench_->ConnectOn());
+    fixture_ = std::make_unique<ControllerFixture>();
+    QVERIFY(fixture_->ConnectOn());
   }
   void cleanup() { qputenv("PATH", search_path_); }
 
   void NamedLogIsAFile() {
-    VarkelManager& manager = *bench_->manager;
+    VarkelManager& manager = *fixture_->manager;
     QSignalSpy finished(&manager, &VarkelManager::downloadFinished);
     QSignalSpy running(&manager, &VarkelManager::isDownloadLogChanged);
-    bench_->AddFault("0x62=late:500");
+    fixture_->AddFault("0x62=late:500");
     QCOMPARE(manager.DownloadLog(Target(), "Event Log"), 0);
     QVERIFY(manager.IsDownloadLog());
     const int beside[] = {manager.DownloadLog(Target(), "Event Log"),
                           manager.DownloadOperationLog(Target("logs")), manager.Restart(), manager.Reset()};
     for (const int result : beside) QCOMPARE(result, -1);  // nothing else runs then
-    QCOMPARE(bench_->NextSuccess(), "Event Log download successful.");
+    QCOMPARE(fixture_->NextSuccess(), "Event Log download successful.");
     QTRY_COMPARE(finished.count(), 1);
     QCOMPARE(running.count(), 2);
-    QVERIFY(!manager.IsDownloadLog() && bench_->errors.isEmpty());
+    QVERIFY(!manager.IsDownloadLog() && fixture_->errors.isEmpty());
     const QStringList files = Files(folder_->path());
     QVERIFY2(QRegExp("Event Log_[0-9]{8}-[0-9]{6}\\.bin").exactMatch(files.join('|')), qPrintable(files[0]));
     const QByteArray content = Content(folder_->filePath(files.first()));
@@ -57,17 +57,17 @@ class LogDownloadTest : public QObject {
   }
 
   void NamedLogFailures() {
-    bench_->AddFault("0x62=error:5");
+    fixture_->AddFault("0x62=error:5");
     const QStringList cases[] = {{"Other Log", "", "Can not find Other Log name"},
                                  {"Event Log", "missing/folder", "Event Log: Failed to open file."},
                                  {"Fault Log", "", "Fault Log download failed. return code: -1"}};
     for (const QStringList& texts : cases) {
-      QCOMPARE(bench_->manager->DownloadLog(Target(texts[1]), texts[0]), 0);
-      QCOMPARE(bench_->NextError(), texts[2]);
-      QTRY_VERIFY(!bench_->manager->IsDownloadLog());
+      QCOMPARE(fixture_->manager->DownloadLog(Target(texts[1]), texts[0]), 0);
+      QCOMPARE(fixture_->NextError(), texts[2]);
+      QTRY_VERIFY(!fixture_->manager->IsDownloadLog());
       QVERIFY(Files(folder_->path()).isEmpty());
     }
-    QVERIFY(bench_->log.contains("ERROR Fault Log: the query failed with code 5."));
+    QVERIFY(fixture_->log.contains("ERROR Fault Log: the query failed with code 5."));
   }
 
   // A name comes from the table: its file is in the folder that was chosen, and nowhere else.
@@ -75,20 +75,20 @@ class LogDownloadTest : public QObject {
     QVERIFY(QDir(folder_->path()).mkpath("a/b"));
     Put(folder_->filePath("table.csv"), Content("Config/varID/Quenta.csv").replace("Fault Log", "../../Log"));
     const QString model = QDir("Config/varID").relativeFilePath(folder_->filePath("table"));
-    bench_->manager->InitConfigFileParser(model);
-    QCOMPARE(bench_->manager->DownloadLog(Target("a/b"), "../../Log"), 0);
-    QCOMPARE(bench_->NextSuccess(), "../../Log download successful.");
+    fixture_->manager->InitConfigFileParser(model);
+    QCOMPARE(fixture_->manager->DownloadLog(Target("a/b"), "../../Log"), 0);
+    QCOMPARE(fixture_->NextSuccess(), "../../Log download successful.");
     QVERIFY(Files(folder_->filePath("a/b")).join('|').startsWith("_._.._Log_"));
   }
 
   void OperationLogIsAnArchiveOfFourParts() {
     const QString directory = QDir::currentPath();
-    QSignalSpy finished(bench_->manager.get(), &VarkelManager::downloadOperationLogFinished);
+    QSignalSpy finished(fixture_->manager.get(), &VarkelManager::downloadOperationLogFinished);
     const std::pair<const char*, const char*> cases[] = {
         {"logs", "logs.tar"}, {"other.tar", "other.tar"}, {"logs.TAR", "logs.TAR.tar"}};
     for (const auto& [chosen, archive] : cases) {
-      QCOMPARE(bench_->manager->DownloadOperationLog(Target(chosen)), 0);
-      QCOMPARE(bench_->NextSuccess(), kDownloaded);
+      QCOMPARE(fixture_->manager->DownloadOperationLog(Target(chosen)), 0);
+      QCOMPARE(fixture_->NextSuccess(), kDownloaded);
       QTRY_COMPARE(finished.count(), 1);
       QCOMPARE(finished.takeFirst().first().toBool(), true);
       QVERIFY2(Files(folder_->path()).contains(archive), archive);
@@ -98,7 +98,7 @@ class LogDownloadTest : public QObject {
     QVERIFY(!parts_.exists());
 
     const QStringList parts = Packed(folder_->filePath("logs.tar"));
-    const auto requests = bench_->sensor->Received(0x61);
+    const auto requests = fixture_->sensor->Received(0x61);
     QCOMPARE(parts.size(), 4);
     QCOMPARE(requests.size(), 12U);
     const char* const prefixes[] = {"bsw_warning_", "asw_warning_", "bsw_error_", "asw_error_"};
@@ -118,8 +118,8 @@ class LogDownloadTest : public QObject {
       names.append("asw_error_" + QLocale::c().toString(now.addSecs(second), "yyyy_MM_dd_hh_mm_ss") + ".bin");
     }
     for (const QString& name : names) Put(parts_.filePath(name), kOld);
-    bench_->manager->DownloadOperationLog(QUrl::fromLocalFile(parts_.filePath("logs.tar")));
-    QCOMPARE(bench_->NextSuccess(), kDownloaded);
+    fixture_->manager->DownloadOperationLog(QUrl::fromLocalFile(parts_.filePath("logs.tar")));
+    QCOMPARE(fixture_->NextSuccess(), kDownloaded);
     names.sort();
     QCOMPARE(Files(parts_.path()), names);
     QCOMPARE(Packed(parts_.filePath("logs.tar")).size(), 4);
@@ -152,33 +152,33 @@ class LogDownloadTest : public QObject {
     const QString path = folder_->filePath("logs.tar");
     Put(path, kOld);
     mkfifo(folder_->filePath("pipe.tar").toUtf8(), 0600);
-    if (!rule.isEmpty()) bench_->AddFault(rule.toStdString());
+    if (!rule.isEmpty()) fixture_->AddFault(rule.toStdString());
     if (!tar.isEmpty()) ReplaceTar(tar);
     auto full = disk > 0 ? std::make_unique<FullDisk>(disk) : nullptr;
-    bench_->manager->DownloadOperationLog(Target(name));
-    const QString told = bench_->NextError();
+    fixture_->manager->DownloadOperationLog(Target(name));
+    const QString told = fixture_->NextError();
     full.reset();
     cleanup();
     QCOMPARE(told, error);
-    QVERIFY(!bench_->manager->IsDownloadLog());
+    QVERIFY(!fixture_->manager->IsDownloadLog());
     QCOMPARE(Content(path), QByteArray(kOld));
     QCOMPARE(Files(folder_->path()), (QStringList{"logs.tar", "pipe.tar"}));
     QCOMPARE(Files(parts_.path()).size(), parts);  // what came stays for a look
     const bool is_futile = tar == "-" || name == "pipe.tar";
-    QCOMPARE(bench_->sensor->Received(0x61).empty(), is_futile);
-    QCOMPARE(bench_->manager->DownloadOperationLog(QUrl::fromLocalFile(path)), 0);
-    QCOMPARE(bench_->NextSuccess(), kDownloaded);
+    QCOMPARE(fixture_->sensor->Received(0x61).empty(), is_futile);
+    QCOMPARE(fixture_->manager->DownloadOperationLog(QUrl::fromLocalFile(path)), 0);
+    QCOMPARE(fixture_->NextSuccess(), kDownloaded);
     QVERIFY(Content(path).size() > kDisk);  // in place of the old one
   }
 
   void ClosingEndsTar() {
     const QString started = folder_->filePath("started");
     ReplaceTar("touch " + started + "; touch \"$2\"; exec sleep 20");
-    bench_->manager->DownloadOperationLog(Target("logs.tar"));
+    fixture_->manager->DownloadOperationLog(Target("logs.tar"));
     QTRY_VERIFY(QFile::exists(started));
     QElapsedTimer closing;
     closing.start();
-    bench_.reset();
+    fixture_.reset();
     QVERIFY2(closing.elapsed() < 1000, qPrintable(QString::number(closing.elapsed())));
     QCOMPARE(Files(folder_->path()), QStringList{"started"});
   }
@@ -197,7 +197,7 @@ class LogDownloadTest : public QObject {
   const QTemporaryDir programs_;
   QDir parts_{QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) + "/operation_log"};
   std::unique_ptr<QTemporaryDir> folder_;
-  std::unique_ptr<Bench> bench_;
+  std::unique_ptr<ControllerFixture> fixture_;
 };
 
 const RegisterTest<LogDownloadTest> registered;

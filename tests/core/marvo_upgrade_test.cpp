@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "tests/core/marvo_sample.h"
-#include "tests/core/small_sensor_bench.h"
+#include "tests/core/small_sensor_fixture.h"
 
 namespace varkel {
 namespace {
@@ -19,8 +19,8 @@ using Frame = test::ScriptedExchange::OtaFrame;
 using Ktc = test::ScriptedChannel::KtcRequest;
 
 /// A sensor that takes everything, running from partition A.
-struct Bench {
-  Bench() {
+struct MarvoFixture {
+  MarvoFixture() {
     channel.ktc->on_command = [this](const test::ScriptedExchange::Command&, Bytes& contents) {
       report.Add("change mode");
       contents = {12, 0, partition};
@@ -43,9 +43,9 @@ struct Bench {
 };
 
 TEST(MarvoUpgrade, SendsEverythingInItsOrder) {
-  Bench bench;
+  MarvoFixture fixture;
   const Bytes package = FullMarvoPackage();
-  EXPECT_EQ(bench.Run(package),
+  EXPECT_EQ(fixture.Run(package),
             (Lines{"INFO Marvo OTA package parsed: flags=0x31, total_size=10000", "rate", "change mode",
                    "INFO Marvo upgrade: current partition=A", "rate",
                    "INFO Marvo upgrade: sending BMB_APP_B (type=0x02, size=2048)",
@@ -57,16 +57,16 @@ TEST(MarvoUpgrade, SendsEverythingInItsOrder) {
                    "INFO Marvo upgrade: sending TMB_PARAM (type=0x03, size=10)",
                    "INFO Marvo upgrade: TMB_PARAM completed", "end",
                    "success: Marvo upgrade completed. The lidar will automatically reboot.", "disconnect"}));
-  EXPECT_EQ(bench.channel.ktc_requests,
+  EXPECT_EQ(fixture.channel.ktc_requests,
             (std::vector<Ktc>{{0xFF, {0, 1, 0x39, 0x00, 0x4C, 0x4B, 0x40}, false},
                               {0xFF, {0, 1, 0x39, 0x00, 0x00, 0x25, 0x80}, false}}));
-  EXPECT_EQ(bench.channel.ktc->commands, (std::vector<test::ScriptedExchange::Command>{{3, {12, 4}}}));
-  EXPECT_EQ(bench.claimed.total, 2 + 2 + 1 + 1);
-  EXPECT_EQ(bench.claimed.progress, 6U);
+  EXPECT_EQ(fixture.channel.ktc->commands, (std::vector<test::ScriptedExchange::Command>{{3, {12, 4}}}));
+  EXPECT_EQ(fixture.claimed.total, 2 + 2 + 1 + 1);
+  EXPECT_EQ(fixture.claimed.progress, 6U);
   // The FPGA image goes out without its preamble.
   Bytes fpga;
   bool in_fpga = false;
-  for (const Frame& frame : bench.channel.ktc->frames) {
+  for (const Frame& frame : fixture.channel.ktc->frames) {
     if (frame.type == 0x11) in_fpga = frame.second == 1;
     if (frame.type == 0x12 && in_fpga) fpga.insert(fpga.end(), frame.data.begin(), frame.data.end());
   }
@@ -75,11 +75,11 @@ TEST(MarvoUpgrade, SendsEverythingInItsOrder) {
 }
 
 TEST(MarvoUpgrade, OtherPartitionAndNothingToSend) {
-  Bench on_b;
+  MarvoFixture on_b;
   on_b.partition = 3;
   EXPECT_EQ(on_b.Run(FullMarvoPackage())[3], "INFO Marvo upgrade: current partition=B");
   EXPECT_EQ(on_b.channel.ktc->frames.front().first, 1500U);
-  Bench none;
+  MarvoFixture none;
   EXPECT_EQ(none.Run(MarvoPackage(1, {{{0, 100}}}, 100)).back(), "disconnect");
   EXPECT_EQ(none.claimed.total, 0);
   EXPECT_TRUE(none.channel.ktc->frames.empty());
@@ -99,12 +99,12 @@ TEST(MarvoUpgrade, EveryFailureEndsTheRunFirst) {
                                            {params_at({0xFFFFFFF0, 32}), {"rate", "end", no_params}},
                                            {FullMarvoPackage(), {"end", "error: " + fpga, "INFO " + fpga}}};
   for (const auto& [package, end] : cases) {
-    Bench bench;
-    bench.channel.ktc->on_ota = [](const Frame& frame, quarn::lidar::OtaReply& reply) {
+    MarvoFixture fixture;
+    fixture.channel.ktc->on_ota = [](const Frame& frame, quarn::lidar::OtaReply& reply) {
       if (frame.type == 0x11 && frame.second == 1) reply.status = 9;
       return 0;
     };
-    const Lines lines = bench.Run(package);
+    const Lines lines = fixture.Run(package);
     ASSERT_GE(lines.size(), end.size());
     EXPECT_EQ(Lines(lines.end() - static_cast<std::ptrdiff_t>(end.size()), lines.end()), end);
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "end"), 1) << end.back();
@@ -112,12 +112,12 @@ TEST(MarvoUpgrade, EveryFailureEndsTheRunFirst) {
 }
 
 TEST(MarvoUpgrade, AStopEndsThePauseForTheModeChange) {
-  Bench bench;
+  MarvoFixture fixture;
   std::jthread worker([&](const std::stop_token& stop) {
-    const Lines lines = bench.Run(FullMarvoPackage(), std::chrono::hours(1), stop);
+    const Lines lines = fixture.Run(FullMarvoPackage(), std::chrono::hours(1), stop);
     EXPECT_EQ(lines.back(), "end");
   });
-  while (!bench.report.Has("INFO Marvo upgrade: current partition=A")) std::this_thread::yield();
+  while (!fixture.report.Has("INFO Marvo upgrade: current partition=A")) std::this_thread::yield();
 }
 
 }  // namespace

@@ -44,13 +44,13 @@ class SettingsTest : public QObject {
   }
 
   void SettersOfTheFace() {
-    Bench bench;
-    VarkelManager& manager = *bench.manager;
+    ControllerFixture fixture;
+    VarkelManager& manager = *fixture.manager;
     QSignalSpy error_changed(&manager, &VarkelManager::errorMessageChanged);
     QSignalSpy download_changed(&manager, &VarkelManager::isDownloadLogChanged);
     for (const char* port : {"70000", "x", "99999999999"}) manager.setUdpPort(port);
-    QCOMPARE(bench.errors, (QStringList{"invalid stoi argument", "stoi argument out of range"}));
-    QCOMPARE(bench.log.last(), "ERROR stoi argument out of range");
+    QCOMPARE(fixture.errors, (QStringList{"invalid stoi argument", "stoi argument out of range"}));
+    QCOMPARE(fixture.log.last(), "ERROR stoi argument out of range");
     QCOMPARE(manager.udpPort(), "4464");
     manager.set_baud_rate("x");
     QCOMPARE(manager.baud_rate(), "0");

@@ -39,7 +39,8 @@ void UpgradeSmallSensor(Fixture& fixture) {
 
 }  // namespace
 
-FaultFixture::FaultFixture(const std::string& model_name) : Bench({}, model_name), model(model_name) {
+FaultFixture::FaultFixture(const std::string& model_name)
+    : ControllerFixture({}, model_name), model(model_name) {
   VarkelManager* const face = manager.get();
   face->setModuleIndexUse(-1);  // the live refresh asks for nothing
   const auto on = [face](auto signal, auto slot) { QObject::connect(face, signal, face, slot); };
@@ -50,7 +51,7 @@ FaultFixture::FaultFixture(const std::string& model_name) : Bench({}, model_name
 }
 
 bool FaultFixture::Connect() {
-  for (int attempt = 0; attempt < 3 && !Bench::Connect(); ++attempt) Forget();
+  for (int attempt = 0; attempt < 3 && !ControllerFixture::Connect(); ++attempt) Forget();
   const auto has_serial_number = [this] {
     return manager->ZeltoLidarInfo().value(0).toMap()["value"] != QLatin1String("xxxxxxxx");
   };
@@ -127,22 +128,9 @@ std::vector<Operation> Operations() {
        1,
        true},
       {"standby", "Zelto-KTC", Call(&BackgroundFunctions::setStandby, 1), {{"ldcmd-set:11", ""}}, 1, true},
-      {"baud rate",
-       "Marvo-KTC",
-       Call(&BackgroundFunctions::setBaudRate, "9600"),
-       {{"0x00013900", ""}},
-       1,
-       true},
-      {"destination",
-       "Zelto-KTC",
-       Call(&BackgroundFunctions::readDestination, false),
-       {{"0x08", ""}},
-       1,
-       true},
       {"upgrade", "Zelto-KTC", UpgradeSmallSensor, {{"ota:1", ""}, {"ota:2", "#2"}, {kTunnelled, ""}}},
       {"box upgrade", "Marvo-KTC", box_upgrade, {{"0x83", "#1"}, {"0x83", "#3"}}, 1, true, false, true},
       {"marvo upgrade", "Marvo-KTC", marvo_upgrade, {{"ldcmd-set:12", ""}, {"ota:18", "#2"}, {"ota:19", ""}}},
-      {"console", "Zelto", Console("02", "08"), {{"ldcmd-get:8", ""}}},
       {"upgrade", "Zelto", UpgradeSmallSensor, {{"ota:1", ""}, {"ota:2", "#2"}, {"ota:3", ""}}},
   };
 }

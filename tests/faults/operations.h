@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "tests/core/bench.h"
+#include "tests/core/controller_fixture.h"
 
 namespace varkel::test {
 
 /// A controller with its sensor, and what its operations report.
-class FaultFixture : public Bench {
+class FaultFixture : public ControllerFixture {
  public:
   explicit FaultFixture(const std::string& model_name);
   ~FaultFixture() { CloseAll(); }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QObject>
-#include <QStringList>
+#include <QRegularExpression>
 #include <QTemporaryFile>
 #include <QTest>
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -22,30 +24,38 @@ struct RegisterTest {
   }
 };
 
-/// Runs every test object with the program's arguments, or with "-class NAME" that one; how many faults they
-/// had. On Windows Qt Test tells the debugger what goes on, so there its report takes the way over a file to
-/// where the report belongs.
-inline int RunTestObjects(QStringList arguments) {
-  QString chosen;
-  if (arguments.value(1) == "-class") {
-    chosen = arguments.value(2);
-    arguments.erase(arguments.begin() + 1, arguments.begin() + 3);
+/// The source of a test object: "ConnectionTest" stands in connection_test.cpp.
+inline QString SourceOf(const QObject& test) {
+  QString name = test.metaObject()->className();
+  return name.replace(QRegularExpression("(?<=[a-z])(?=[A-Z])"), "_").toLower();
+}
+
+/// Runs the test object of NAME.cpp when the program's first argument is such a NAME, or all; the other
+/// arguments are Qt Test's. Returns the number of failures. On Windows Qt Test tells the debugger what goes
+/// on, so there its report takes the way over a file to where the report belongs.
+inline int RunTestObjects() {
+  QStringList arguments = QCoreApplication::arguments();
+  std::vector<std::unique_ptr<QObject>> all;
+  for (const auto& make : TestObjects()) all.push_back(make());
+  const auto is_chosen = [name = arguments.value(1)](const auto& test) { return SourceOf(*test) == name; };
+  if (const auto chosen = std::find_if(all.begin(), all.end(), is_chosen); chosen != all.end()) {
+    arguments.removeAt(1);
+    std::swap(all.front(), *chosen);
+    all.resize(1);
   }
-  int faults = 0;
-  for (const auto& make : TestObjects()) {
-    const std::unique_ptr<QObject> test = make();
-    if (!chosen.isEmpty() && test->metaObject()->className() != chosen) continue;
+  int failed = 0;
+  for (const auto& test : all) {
 #ifdef _WIN32
     QTemporaryFile report;
     report.open();
-    faults += QTest::qExec(test.get(), arguments + QStringList{"-o", report.fileName() + ",txt"});
+    failed += QTest::qExec(test.get(), arguments + QStringList{"-o", report.fileName() + ",txt"});
     std::fputs(report.readAll().constData(), stdout);
     std::fflush(stdout);
 #else
-    faults += QTest::qExec(test.get(), arguments);
+    failed += QTest::qExec(test.get(), arguments);
 #endif
   }
-  return faults;
+  return failed;
 }
 
 /// A table of cases for a "_data" slot: named with its columns, then called once a row.

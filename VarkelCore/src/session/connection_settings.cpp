@@ -72,8 +72,9 @@ QString WriteDraft(const ConnectionSettings& settings, const QString& path) {
     file.sync();
     values = AllValues(file);
   }
-  if (ReplaceFile(unproven, draft) && AllValues(QSettings(draft, QSettings::IniFormat)) == values)
+  if (ReplaceFile(unproven, draft) && AllValues(QSettings(draft, QSettings::IniFormat)) == values) {
     return draft;
+  }
   QFile::remove(unproven);
   QFile::remove(draft);
   return {};

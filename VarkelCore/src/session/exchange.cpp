@@ -15,8 +15,9 @@ ExchangeResult QueryKtcCommand(quarn::lidar::KtcClient& client, std::uint8_t com
                                std::span<const std::uint8_t> payload) {
   ExchangeResult reply = client.Query(payload, command);
   // A serial command's late reply comes under the same command byte.
-  if (reply && quarn::lidar::CarriesSerialFrame(command, *reply))
+  if (reply && quarn::lidar::CarriesSerialFrame(command, *reply)) {
     return tl::unexpected(quarn::lidar::KtcClient::kOtherReply);
+  }
   return reply;
 }
 

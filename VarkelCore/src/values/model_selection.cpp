@@ -30,7 +30,7 @@ LoadReport ReportOn(const ConfigParser& catalogue, const std::string& model_name
     }
   }
   for (const std::string& warning : catalogue.load_warnings()) {
-    report.warnings.push_back(table + ": " + warning);
+    report.warnings.push_back(std::string(table).append(": ").append(warning));
   }
   for (const VarInfo* var : catalogue.VarsWithoutSwitch()) report.errors.push_back(MissingSwitchText(*var));
   return report;

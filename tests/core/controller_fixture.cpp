@@ -1,19 +1,17 @@
-#include "tests/core/bench.h"
+#include "tests/core/controller_fixture.h"
 
 #include <QEventLoop>
 #include <chrono>
 #include <thread>
 
-Bench::Bench(std::vector<std::string> faults, const std::string& model, Watcher watcher)
+ControllerFixture::ControllerFixture(std::vector<std::string> faults, const std::string& model)
     : manager(std::make_unique<VarkelManager>(true, "")) {
   if (model == "Zelto") {
     on_lines = std::make_unique<varkel::sim::SimulatedSmallSensor>(
         varkel::sim::SmallSensorOptions{.faults = std::move(faults)});
   } else {
-    sensor = std::make_unique<varkel::sim::SimulatedSensor>(
-        varkel::sim::SensorOptions{.table_path = "./Config/varID/" + model + ".csv",
-                                   .faults = std::move(faults),
-                                   .watcher = std::move(watcher)});
+    sensor = std::make_unique<varkel::sim::SimulatedSensor>(varkel::sim::SensorOptions{
+        .table_path = "./Config/varID/" + model + ".csv", .faults = std::move(faults)});
   }
   StartSensor();
   manager->set_ip_address(QStringLiteral("127.0.0.1"));
@@ -23,16 +21,16 @@ Bench::Bench(std::vector<std::string> faults, const std::string& model, Watcher 
   on(&VarkelManager::successMessageChanged, [this] { successes.append(manager->successMessage()); });
   on(&VarkelManager::sendLogMessage,
      [this](const QString& text, const QString& type) { log.append(type + ' ' + text); });
-  on(&VarkelManager::isConnectedChanged, [this] { told_connected_ = manager->IsConnected(); });
+  on(&VarkelManager::isConnectedChanged, [this] { reported_connected_ = manager->IsConnected(); });
   manager->InitConfigFileParser(QString::fromStdString(model));
 }
 
-void Bench::CloseAll() {
+void ControllerFixture::CloseAll() {
   manager.reset();
   StopSensor();
 }
 
-bool Bench::Wait(const std::function<bool()>& condition, int seconds) {
+bool ControllerFixture::Wait(const std::function<bool()>& condition, int seconds) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
   QEventLoop loop;
   for (;;) {
@@ -43,20 +41,20 @@ bool Bench::Wait(const std::function<bool()>& condition, int seconds) {
   }
 }
 
-bool Bench::Connect() {
-  told_connected_ = false;
+bool ControllerFixture::Connect() {
+  reported_connected_ = false;
   const int before = errors.size();
   manager->ConnectLidar();
-  Wait([&] { return told_connected_ || errors.size() > before; });
-  return Wait([this] { return !manager->GetIsConnectingLidar(); }) && told_connected_;
+  Wait([&] { return reported_connected_ || errors.size() > before; });
+  return Wait([this] { return !manager->GetIsConnectingLidar(); }) && reported_connected_;
 }
 
-bool Bench::ConnectOn(int page) {
+bool ControllerFixture::ConnectOn(int page) {
   manager->setModuleIndexUse(page);
   return Connect();
 }
 
-void Bench::StartSensor() {
+void ControllerFixture::StartSensor() {
   if (sensor) {
     sensor->Start();
     manager->set_port(QString::number(sensor->port()));
@@ -67,19 +65,20 @@ void Bench::StartSensor() {
   }
 }
 
-void Bench::StopSensor() {
+void ControllerFixture::StopSensor() {
   sensor ? sensor->Stop() : on_lines->Stop();
 }
 
-void Bench::AddFault(const std::string& rule) {
+void ControllerFixture::AddFault(const std::string& rule) {
   sensor ? sensor->AddFault(rule) : on_lines->AddFault(rule);
 }
 
-void Bench::ClearFaults() {
+void ControllerFixture::ClearFaults() {
   sensor ? sensor->ClearFaults() : on_lines->ClearFaults();
 }
 
-void Bench::EachVariable(const std::function<void(const Place&, const QVariantMap&)>& visit) const {
+void ControllerFixture::EachVariable(
+    const std::function<void(const Place&, const QVariantMap&)>& visit) const {
   const QVariantList pages = manager->myMap();
   for (int page = 0; page < pages.size(); ++page) {
     const QVariantList groups = pages[page].toList();
@@ -90,7 +89,7 @@ void Bench::EachVariable(const std::function<void(const Place&, const QVariantMa
   }
 }
 
-Bench::Place Bench::Find(const QString& var_name) const {
+ControllerFixture::Place ControllerFixture::Find(const QString& var_name) const {
   Place place;
   EachVariable([&](const Place& at, const QVariantMap& var) {
     if (var["var_name"] == var_name) place = at;
@@ -98,7 +97,7 @@ Bench::Place Bench::Find(const QString& var_name) const {
   return place;
 }
 
-QList<QVariantMap> Bench::Variables(int page) const {
+QList<QVariantMap> ControllerFixture::Variables(int page) const {
   QList<QVariantMap> variables;
   EachVariable([&](const Place& at, const QVariantMap& var) {
     const bool is_live = manager->isTimerUpdate(at.page, at.group, at.index);
@@ -107,20 +106,20 @@ QList<QVariantMap> Bench::Variables(int page) const {
   return variables;
 }
 
-QVariantMap Bench::Map(const QString& var_name) const {
+QVariantMap ControllerFixture::Map(const QString& var_name) const {
   const Place place = Find(var_name);
   return manager->variableMap(place.page, place.group, place.index);
 }
 
-QString Bench::Shown(const QString& var_name) const {
+QString ControllerFixture::Shown(const QString& var_name) const {
   return Map(var_name)["current_val"].toString();
 }
 
-bool Bench::IsEdited(const QString& var_name) const {
+bool ControllerFixture::IsEdited(const QString& var_name) const {
   return Map(var_name)["edited"].toBool();
 }
 
-void Bench::Edit(const QString& var_name, const QString& text, int type) {
+void ControllerFixture::Edit(const QString& var_name, const QString& text, int type) {
   const Place place = Find(var_name);
   manager->SetText(type, place.page, place.group, place.index, text);
 }

@@ -1,7 +1,7 @@
-#include "tests/core/core_test.h"
-
 #include <QCoreApplication>
 #include <QLocale>
+
+#include "tests/support/qt_test.h"
 
 int main(int argc, char** argv) {
   // The user's language writes numbers with other digits, which must not get into files and file names. Qt
@@ -10,8 +10,6 @@ int main(int argc, char** argv) {
   qputenv("LC_ALL", "fa_IR.UTF-8");
   QLocale::setDefault(QLocale::system());
   qputenv("LC_ALL", language);
-  QCoreApplication application(argc, argv);
-  int failed = 0;
-  for (const auto& make : TestObjects()) failed += QTest::qExec(make().get(), argc, argv);
-  return failed == 0 ? 0 : 1;
+  const QCoreApplication application(argc, argv);
+  return RunTestObjects() == 0 ? 0 : 1;
 }

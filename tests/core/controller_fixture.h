@@ -13,14 +13,11 @@
 
 /// A controller with a model selected, the simulated sensor that it is to connect to, and what it told the
 /// user. Lives on one thread, whose events it runs; any number of them stand side by side.
-struct Bench {
-  using Watcher = std::function<void(const varkel::sim::Exchange&)>;
-
-  explicit Bench(std::vector<std::string> faults = {}, const std::string& model = "Quenta",
-                 Watcher watcher = {});
-  ~Bench() { CloseAll(); }
-  Bench(const Bench&) = delete;
-  Bench& operator=(const Bench&) = delete;
+struct ControllerFixture {
+  explicit ControllerFixture(std::vector<std::string> faults = {}, const std::string& model = "Quenta");
+  ~ControllerFixture() { CloseAll(); }
+  ControllerFixture(const ControllerFixture&) = delete;
+  ControllerFixture& operator=(const ControllerFixture&) = delete;
 
   /// Runs events until the condition holds; false when the time ran out.
   static bool Wait(const std::function<bool()>& condition, int seconds = 20);
@@ -59,7 +56,7 @@ struct Bench {
   QStringList log;  ///< "TYPE text"
 
  protected:
-  /// Who derives from it calls this first when it ends: signals and the watcher reach into it.
+  /// Who derives from it calls this first when it ends: signals reach into it.
   void CloseAll();
 
  private:
@@ -68,5 +65,5 @@ struct Bench {
   }
   QVariantMap Map(const QString& var_name) const;
 
-  bool told_connected_ = false;
+  bool reported_connected_ = false;
 };
