@@ -1,8 +1,10 @@
+#include <QDir>
 #include <QString>
 
 #include "VarkelCore/src/actions/command_console.h"
 #include "VarkelCore/src/actions/log_download.h"
 #include "VarkelCore/src/actions/sensor_restart.h"
+#include "VarkelCore/src/tasks/atomic_file.h"
 #include "cli/commands.h"
 
 namespace varkel::cli {
@@ -29,6 +31,15 @@ SensorResult OfDownload(const Job& job) {
   return Sentence(job.link.target(), is_done ? kDone : kFailed, text);
 }
 
+/// Logs of several sensors have the same names: each sensor gets a folder of its own.
+QString FolderForLogs(const Job& job) {
+  QString folder = QString::fromStdString(job.arguments.output);
+  if (job.is_alone) return folder;
+  folder += QLatin1Char('/') + SanitizedFileName(QString::fromStdString(job.link.target().name()));
+  QDir().mkpath(folder);
+  return folder;
+}
+
 }  // namespace
 
 SensorResult Send(const Job& job) {
@@ -40,8 +51,9 @@ SensorResult Send(const Job& job) {
           : CommandConsole::SerialChannel(job.link.session()->serial_exchange(), client != nullptr);
   std::uint8_t code = 0;
   const auto outcome = console.Send(channel, job.arguments.code, job.arguments.payload, code);
-  if (outcome == CommandConsole::Outcome::kRefused)
+  if (outcome == CommandConsole::Outcome::kRefused) {
     return Sentence(job.link.target(), kWrongUse, job.report.error());
+  }
   if (outcome == CommandConsole::Outcome::kFailed) {
     const int failure = job.link.has_variables() ? client->LastReturnCode() : -1;
     return Sentence(job.link.target(), ExitOf(failure == 0 ? -1 : failure),
@@ -68,8 +80,7 @@ SensorResult Reset(const Job& job) {
 SensorResult DownloadLog(const Job& job) {
   if (!job.link.client()) return Lacks(job, "logs");
   const LogDownload download(job.report, [](bool) {});
-  download.DownloadLog(*job.link.model()->catalogue, *job.link.client(),
-                       QString::fromStdString(job.arguments.output),
+  download.DownloadLog(*job.link.model()->catalogue, *job.link.client(), FolderForLogs(job),
                        QString::fromStdString(job.arguments.id));
   return OfDownload(job);
 }

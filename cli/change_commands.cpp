@@ -46,11 +46,13 @@ bool IsWritten(const ChangeOutcome& change) {
 
 ExitCode ExitOf(const Job& job, const ChangeResult& result) {
   if (result.reading == ReadEnd::kConnectionLost) return kNoConnection;
-  if (result.reading == ReadEnd::kStopped || !result.refusals.empty() || !result.fault.empty())
+  if (result.reading == ReadEnd::kStopped || !result.refusals.empty() || !result.fault.empty()) {
     return kFailed;
+  }
   if (job.arguments.check) return result.run.changes.empty() ? kDone : kDifferent;
-  if (result.run.end == RunEnd::kConnectionLost || result.run.end == RunEnd::kNotReached)
+  if (result.run.end == RunEnd::kConnectionLost || result.run.end == RunEnd::kNotReached) {
     return kNoConnection;
+  }
   if (result.run.end == RunEnd::kStopped) return kFailed;
   return result.run.is_all_verified() ? kDone : kRefused;
 }
@@ -59,8 +61,9 @@ std::string Problem(const ChangeResult& result) {
   std::string text;
   for (const PlanRefusal& refusal : result.refusals) text += (text.empty() ? "" : "\n") + refusal.text;
   if (!text.empty()) return text;
-  if (result.reading == ReadEnd::kConnectionLost)
+  if (result.reading == ReadEnd::kConnectionLost) {
     return "The sensor does not answer any more; nothing was written.";
+  }
   if (result.reading == ReadEnd::kStopped) return "Stopped; nothing was written.";
   return result.fault.empty() ? result.run.detail : result.fault;
 }
@@ -141,6 +144,12 @@ SensorResult Apply(const Job& job) {
   const auto state = LoadState(QString::fromStdString(job.arguments.file));
   if (!state) return Sentence(job.link.target(), kFailed, state.error());
   const auto& pages = job.arguments.pages;
+  for (const std::string& page : pages) {
+    const auto is_on = [&page](const StateValue& value) { return value.page == page; };
+    if (std::none_of(state->values.begin(), state->values.end(), is_on)) {
+      return Sentence(job.link.target(), kFailed, "The snapshot has no page \"" + page + "\".");
+    }
+  }
   return Change(job, [&](const Model& model, const SensorState&) {
     return WantedFromState(
         model, *state, job.arguments.force ? Force::kYes : Force::kNo, [&](const StateValue& value) {

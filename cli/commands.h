@@ -30,6 +30,7 @@ struct Job {
   RecordingReport& report;
   const std::stop_token& stop;
   const Console& console;
+  const bool is_alone;  ///< no other sensor is worked on
   StateReader::Progress progress;
   /// Shows a line ahead of the result, for commands that go on.
   std::function<void(const SensorResult&)> show;

@@ -1,4 +1,5 @@
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -87,6 +88,10 @@ std::string Misuse(const Arguments& arguments, std::size_t sensors) {
       if (assignment.find('=') == std::string::npos) return "\"" + assignment + "\" is not NAME=VALUE.";
     }
   }
+  if (arguments.command == "snapshot" && sensors > 1 &&
+      !QFileInfo(QString::fromStdString(arguments.output)).isDir()) {
+    return "With several sensors -o of snapshot has to be an existing folder.";
+  }
   if (arguments.command == "operation-log" && sensors > 1) return "operation-log takes one sensor.";
   return {};
 }
@@ -112,8 +117,9 @@ int RunCommand(const Arguments& arguments, Console& console) {
   if (arguments.command == "models") return ShowModels(arguments, folder, console);
   const auto targets = Targets(arguments);
   if (!targets) return WrongUse(console, targets.error());
-  if (const std::string misuse = Misuse(arguments, targets->size()); !misuse.empty())
+  if (const std::string misuse = Misuse(arguments, targets->size()); !misuse.empty()) {
     return WrongUse(console, misuse);
+  }
   if (arguments.command == "compare" && arguments.names.size() == 2) {
     const SensorResult result = CompareFiles(arguments);
     const bool is_note = result.exit == kFailed && !arguments.json;

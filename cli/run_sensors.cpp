@@ -83,7 +83,7 @@ SensorResult Sensors::RunOne(const SensorTarget& target) {
     const bool is_lost = link.error().is_no_connection && !stop_.stop_requested();
     return Sentence(target, is_lost ? kNoConnection : kFailed, link.error().text);
   }
-  Job job{arguments_, table_folder_, **link, report, stop_, console_, {}, {}};
+  Job job{arguments_, table_folder_, **link, report, stop_, console_, targets_.size() == 1, {}, {}};
   if (targets_.size() == 1) {
     job.progress = [this](std::size_t done, std::size_t total) { progress_.Show(done, total); };
   }

@@ -98,7 +98,9 @@ SensorResult AwaitReturn(const Job& job) {
   while (std::chrono::steady_clock::now() < end && SleepUnlessStopped(job.stop, kCheckPeriod)) {
     RecordingReport report;
     auto link = SensorLink::Open(job.link.target(), job.table_folder, report, job.stop);
-    if (link) return Info({job.arguments, job.table_folder, **link, report, job.stop, job.console, {}, {}});
+    if (link)
+      return Info(
+          {job.arguments, job.table_folder, **link, report, job.stop, job.console, job.is_alone, {}, {}});
   }
   return Sentence(job.link.target(), kNoConnection,
                   "The package is through, but the sensor did not come back.");

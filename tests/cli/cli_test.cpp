@@ -139,6 +139,8 @@ TEST(Cli, ExitCodesTellWhatHappened) {
       {"", {"set", "Spin Rate=1200", "--check"}, 0},
       {"", {"compare", file}, 2},
       {"", {"apply", file, "--page", "Network", "--check"}, 0},
+      {"", {"apply", file, "--page", "No Such"}, 1},
+      {"", {"--host", "127.0.0.1:1", "snapshot", "-o", file}, 64},
       {"", {"apply", file}, 0},
       {"0x41=error:7", {"set", "Spin Rate=300"}, 3},
       {"0x45=clamp:40", {"set", "Sync Angle=45"}, 3},

@@ -23,6 +23,7 @@ TEST(SetPlan, RefusesBeforeAnythingGoesOut) {
       {"VLAN ID", "", RefusalKind::kNotANumber},
       {"Receiver Gain", "nan", RefusalKind::kNotANumber},
       {"VLAN ID", "70000", RefusalKind::kOutOfRange},
+      {"Maximum Range", "20e9", RefusalKind::kOutOfRange},
       {"PTP Announce Interval", "5", RefusalKind::kOutOfRange},
       {"Spin Rate", "601", RefusalKind::kOutOfRange},
       {"Sensor IP", "192.168.1", RefusalKind::kOutOfRange},

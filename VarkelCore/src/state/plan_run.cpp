@@ -27,8 +27,9 @@ void UseExactBytes(ConfigParser& catalogue, const PlannedCommand& planned, SetRe
         !catalogue.GetVarPosOffset(planned.set_cmd, field.var->var_id, length, place)) {
       continue;
     }
-    if (place.second != field.bytes.size() || place.first > length || place.second > length - place.first)
+    if (place.second != field.bytes.size() || place.first > length || place.second > length - place.first) {
       continue;
+    }
     std::copy(field.bytes.begin(), field.bytes.end(), request.payload.begin() + place.first);
     for (SentField& sent : request.command.fields) {
       if (sent.var == field.var) sent.bytes = field.bytes;

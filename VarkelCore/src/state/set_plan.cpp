@@ -58,6 +58,11 @@ bool IsOption(const VarInfo& var, const std::string& text) {
                                [&](std::int32_t option) { return *number == option; });
 }
 
+/// A range with a 0 bound is none.
+bool IsInRange(const VarInfo& var, double number) {
+  return var.range_min == 0 || var.range_max == 0 || (var.range_min <= number && number <= var.range_max);
+}
+
 std::string Limits(const VarInfo& var) {
   if (var.options.empty()) {
     return "It has to be from " + std::to_string(var.range_min) + " to " + std::to_string(var.range_max) +
@@ -146,12 +151,14 @@ void Planner::Add(const WantedValue& wanted) {
 
 bool Planner::Passes(VarInfo& var, const WantedValue& wanted, const std::string& text) {
   const std::string says = "\"" + var.var_name + "\" can't be \"" + text + "\". ";
-  if (IsNumberType(var.var_type) && !WholeNumber(text)) {
+  if (model_.values.IsRead(var) && model_.values.Show(var).text == text) return true;
+  const auto number = WholeNumber(text);
+  if (IsNumberType(var.var_type) && !number) {
     Refuse(RefusalKind::kNotANumber, wanted, says + "It has to be a number.");
     return false;
   }
   if (HoldsAlready(var, text, ExactBytes(var, wanted, text))) return true;
-  if (!IsOption(var, text)) {
+  if (!IsOption(var, text) || (number && !IsInRange(var, *number))) {
     Refuse(RefusalKind::kOutOfRange, wanted, says + Limits(var));
     return false;
   }

@@ -43,8 +43,9 @@ tl::expected<SnapshotFolder::Entry, std::string> SnapshotFolder::Save(const Sens
     entry.path = folder + QLatin1Char('/') + entry.id + QStringLiteral(".json");
     time = time.addMSecs(1);
   } while (QFileInfo::exists(entry.path));
-  if (std::string fault = SaveState(state, entry.path); !fault.empty())
+  if (std::string fault = SaveState(state, entry.path); !fault.empty()) {
     return tl::unexpected(std::move(fault));
+  }
   const std::vector<Entry> all = List(state.sn);
   for (std::size_t i = kKept; i < all.size(); ++i) QFile::remove(all[i].path);
   return entry;
