@@ -73,6 +73,7 @@ SensorResult Shown(const Job& job, const ChangeResult& result) {
   SensorResult shown;
   shown.exit = ExitOf(job, result);
   std::vector<std::vector<std::string>> rows;
+  rows.reserve(changes.size());
   for (const ChangeOutcome& change : changes) {
     rows.push_back({Plain(change.id), Plain(change.name),
                     Plain(change.old_text) + " → " + Plain(change.new_text) + Mark(job, change)});
