@@ -49,7 +49,7 @@ echo "Windows libraries: fetching sources and building, some minutes (log: $log)
   fetch_newest openssl
   build_libcsv
   build_openssl
-  for headers in spdlog fmt CLI; do
+  for headers in spdlog fmt CLI tl; do
     ln -sfn "/usr/include/$headers" "$prefix/include/$headers"
   done
 } >>"$log" 2>&1 </dev/null
