@@ -7,7 +7,7 @@ set -Eeuo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 prefix=$PWD/build/windows-libraries
 host=x86_64-w64-mingw32
-stamp=$prefix/complete-2
+stamp=$prefix/complete-3
 if [ -e "$stamp" ]; then
   echo "Windows libraries: $prefix is complete."
   exit 0
