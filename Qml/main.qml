@@ -9,10 +9,10 @@ Rectangle {
     id: root
 
     property var pageTitles: []
-    property var pageLists: []
     property int currentPage: 0
     property bool modelCheckDue: false
     property bool saving: false
+    property var outOfRangeNames: [] // those that the present check has found
     property bool shown: false // set when the first frame is on the screen
     readonly property bool complete: topBar.complete && body.item !== null
     readonly property string model: topBar.model
@@ -32,11 +32,7 @@ Rectangle {
     function notice(type) {
         if (!notices[type]) {
             notices[type] = Qt.createComponent("assembly/" + type + ".qml").createObject(root);
-            notices[type].accepted.connect(function (context) {
-                if (context !== null) {
-                    saveModule(Number(context));
-                }
-            });
+            notices[type].accepted.connect(next => next && next());
         }
         return notices[type];
     }
@@ -48,7 +44,8 @@ Rectangle {
         var message = notice("MessageWindow");
         if (btn_text === "Continue" && module_name !== "") {
             message.notify("The " + msg + "set by the user was detected to be outside the range "
-                           + "specified in the config file. Do you wish to continue?", btn_text, module_name);
+                           + "specified in the config file. Do you wish to continue?", btn_text,
+                           () => saveReadFields(Number(module_name)));
         } else {
             message.notify(msg, btn_text);
         }
@@ -147,19 +144,33 @@ Rectangle {
         varkel_manager.RunInBackground(module);
     }
 
+    // Asks first when the save would also write what has never been read.
+    function saveReadFields(module) {
+        var names = varkel_manager.unreadFields(module);
+        if (names.length === 0) {
+            saveModule(module);
+            return;
+        }
+        notice("MessageWindow").notify("Saving also writes fields that have never been read from this sensor, with "
+                                       + "the values shown here: " + listed(names) + ". Do you wish to continue?",
+                                       "Continue", () => saveModule(module));
+    }
+
+    function listed(names) {
+        return names.map(name => PlainText.line(name)).join(", ");
+    }
+
     function requestSave(module) {
-        var page = body.pageOf(module);
-        page.outOfRangeNames = [];
+        outOfRangeNames = [];
         if (!varkel_manager.IsConnected) {
             callNoteWindow("Please connect to lidar first");
-        } else if (varkel_manager.getSetMapSize() === 0 || page.edits === 0) {
+        } else if (varkel_manager.getSetMapSize() === 0 || varkel_manager.pageModel(module).edits === 0) {
             callNoteWindow("Nothing to be saved"); // the edits of other pages stay
         } else if (!varkel_manager.CheckModuleVarsWithinRange(module)) {
-            var names = page.outOfRangeNames.length > 0
-                        ? page.outOfRangeNames.map(name => PlainText.line(name)).join(", ") : "Some item";
+            var names = outOfRangeNames.length > 0 ? listed(outOfRangeNames) : "Some item";
             callMessageWindow(names + " ", "Continue", String(module));
         } else {
-            saveModule(module);
+            saveReadFields(module);
         }
     }
 
@@ -177,7 +188,6 @@ Rectangle {
 
     Component.onCompleted: {
         loadAhead();
-        pageLists = varkel_manager.level2List;
         pageTitles = varkel_manager.level1List;
         varkel_manager.setModuleIndexUse(0);
     }
@@ -216,11 +226,6 @@ Rectangle {
     Loader {
         id: body
 
-        // The page of this module, null while it has not been shown yet.
-        function pageOf(module) {
-            return item ? item.pageOf(module) : null;
-        }
-
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: topBar.bottom
@@ -245,10 +250,7 @@ Rectangle {
         }
 
         function onSomeVarOutOfRange(var_name) {
-            var page = body.pageOf(root.currentPage);
-            if (page) {
-                page.markOutOfRange(var_name);
-            }
+            root.outOfRangeNames = root.outOfRangeNames.concat([var_name]);
         }
 
         function onIsConnectedChanged() {
@@ -276,10 +278,6 @@ Rectangle {
         function onLidarClearModel() {
             root.pageTitles = [];
             root.currentPage = 0;
-        }
-
-        function onLidarModelChanged() {
-            root.pageLists = varkel_manager.level2List;
         }
 
         function onLidarShowModel() {

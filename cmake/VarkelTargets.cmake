@@ -115,6 +115,11 @@ function(varkel_gtest name)
   varkel_register_test(${name})
 endfunction()
 
+# varkel_alone_on_desktop(TEST): its windows want the focus, which another test's must not take.
+function(varkel_alone_on_desktop name)
+  set_tests_properties(${name} PROPERTIES RESOURCE_LOCK desktop)
+endfunction()
+
 # varkel_qtest(NAME TESTS ... SOURCES ... DEPENDS ...): one Qt Test program, LAYER_test, and a test LAYER.TEST for each
 # source TEST.cpp, which the program finds by its name.
 function(varkel_qtest name)
@@ -130,5 +135,8 @@ function(varkel_qtest name)
   string(REPLACE "_test" "" layer ${name})
   foreach(test IN LISTS ARG_TESTS)
     varkel_register_test(${layer}.${test} COMMAND ${name} ${test})
+    if(WIN32 AND "varkel_shell" IN_LIST ARG_DEPENDS)
+      varkel_alone_on_desktop(${layer}.${test})
+    endif()
   endforeach()
 endfunction()

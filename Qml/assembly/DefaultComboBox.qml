@@ -10,6 +10,7 @@ T.ComboBox {
     property string unlisted
     property bool marked: false
     property bool faulty: false
+    property bool dimmed: false
     property string hint
     property bool hintBeside: false
 
@@ -34,7 +35,7 @@ T.ComboBox {
         text: combo.editable ? combo.editText : PlainText.line(combo.displayText)
         enabled: combo.editable && combo.enabled
         readOnly: !combo.editable
-        color: combo.enabled ? Theme.text : Theme.textMuted
+        color: combo.enabled && !combo.dimmed ? Theme.text : Theme.textMuted
         selectionColor: Theme.selection
         selectedTextColor: Theme.text
         font: combo.font

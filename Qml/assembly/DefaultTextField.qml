@@ -13,6 +13,7 @@ T.TextField {
     property bool cut: false
     property bool marked: false
     property bool faulty: false
+    property bool dimmed: false
     property string hint
     property bool hintBeside: false
     readonly property bool typing: activeFocus && (text !== value || selectedText.length > 0)
@@ -46,7 +47,7 @@ T.TextField {
     implicitHeight: Theme.controlHeight
     leftPadding: Theme.gapSmall
     rightPadding: Theme.gapSmall
-    color: Theme.text
+    color: dimmed && !typing ? Theme.textMuted : Theme.text
     selectionColor: Theme.selection
     selectedTextColor: Theme.text
     placeholderTextColor: Theme.textFaint
@@ -96,15 +97,18 @@ T.TextField {
         }
     }
 
-    BodyText {
+    Loader {
         anchors.fill: parent
         anchors.leftMargin: field.leftPadding
         anchors.rightMargin: field.rightPadding
+        active: field.placeholderText.length > 0
         visible: field.length === 0 && field.preeditText.length === 0
-        text: field.placeholderText
-        color: field.placeholderTextColor
-        elide: Text.ElideRight
-        Accessible.ignored: true
+        sourceComponent: BodyText {
+            text: field.placeholderText
+            color: field.placeholderTextColor
+            elide: Text.ElideRight
+            Accessible.ignored: true
+        }
     }
 
     Hint {

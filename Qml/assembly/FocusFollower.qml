@@ -20,9 +20,10 @@ Item {
     function reveal(item) {
         var y = item.mapToItem(view.contentItem, 0, 0).y;
         if (y < view.contentY) {
-            view.contentY = Math.max(0, y - Theme.gap);
+            view.contentY = Math.max(view.originY - view.topMargin, y - Theme.gap);
         } else if (y + item.height > view.contentY + view.height) {
-            view.contentY = Math.min(view.contentHeight - view.height, y + item.height - view.height + Theme.gap);
+            view.contentY = Math.min(view.originY + view.contentHeight + view.bottomMargin, y + item.height + Theme.gap)
+                            - view.height;
         }
     }
 

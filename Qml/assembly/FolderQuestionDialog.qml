@@ -1,3 +1,4 @@
+import QtQml 2.15
 import Qt.labs.platform 1.1
 
 FolderDialog {

@@ -1,9 +1,8 @@
 import QtQuick 2.15
-import QtQuick.Window 2.15
 import "."
 
 // The tooltip of the control that it fills, below or beside it; loaded only while the pointer rests
-// there, as pages have hundreds. The pointer may rest on a control that is not in its window yet.
+// there, as pages have hundreds.
 Loader {
     id: hint
 
@@ -12,6 +11,6 @@ Loader {
     property bool beside: false
 
     anchors.fill: parent
-    active: shown && text.length > 0 && Window.window !== null
+    active: shown && text.length > 0
     source: "HintPlace.qml"
 }

@@ -14,19 +14,19 @@ T.Popup {
     property string heading: title
     property string message
     property string acceptText: "OK"
-    property bool cancellable: false
+    property bool cancellable: false // Cancel is the button that Enter presses
     property var waiting: []
     property bool decided: false
 
-    signal accepted(var context)
+    signal accepted(var next)
 
-    property var context: null
+    property var next: null // what follows consent
 
-    function notify(text, buttonText, noticeContext, ownTitle) {
+    function notify(text, buttonText, whatFollows, ownTitle) {
         var entry = {
             "text": text,
             "button": buttonText || "OK",
-            "context": noticeContext || null,
+            "next": whatFollows || null,
             "heading": ownTitle || title
         };
         if (opened || visible) {
@@ -39,7 +39,7 @@ T.Popup {
     function present(entry) {
         message = entry.text;
         acceptText = entry.button;
-        context = entry.context;
+        next = entry.next;
         heading = entry.heading;
         decided = false;
         open();
@@ -59,17 +59,19 @@ T.Popup {
     focus: true
     closePolicy: T.Popup.CloseOnEscape
 
-    onOpened: acceptButton.forceActiveFocus(Qt.TabFocusReason)
+    onOpened: (cancellable ? cancelButton : acceptButton).forceActiveFocus(Qt.TabFocusReason)
     onClosed: {
+        // A button that kept the focus would get it back without its outline when the next notice opens.
+        acceptButton.focus = cancelButton.focus = false;
         var wasAccepted = decided;
-        var acceptedContext = context;
+        var acceptedNext = next;
         if (waiting.length > 0) {
-            var next = waiting[0];
+            var entry = waiting[0];
             waiting = waiting.slice(1);
-            present(next);
+            present(entry);
         }
         if (wasAccepted) {
-            accepted(acceptedContext);
+            accepted(acceptedNext);
         }
     }
 
@@ -152,6 +154,8 @@ T.Popup {
             }
 
             DefaultToolButton {
+                id: cancelButton
+
                 objectName: "noticeCancelButton"
                 visible: notice.cancellable
                 text: "Cancel"

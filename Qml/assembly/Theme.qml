@@ -54,6 +54,7 @@ QtObject {
     readonly property int radiusLarge: 8
     readonly property int line: 1
     readonly property int markWidth: 3
+    readonly property int liveMarkWidth: 30
     readonly property int dot: 7
     readonly property int light: 14
     readonly property int controlHeight: 29
@@ -70,6 +71,7 @@ QtObject {
     readonly property int noticeWidth: 460
     readonly property int noticeTextHeight: 320
     readonly property int popupHeight: 320
+    readonly property int wholePage: 1000000 // more than any page is high
     readonly property int topBarInset: 12
     readonly property int dropHeight: 132
     readonly property int progressHeight: 8

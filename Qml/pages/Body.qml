@@ -9,11 +9,6 @@ Item {
     property Item view // main.qml's
     property alias connecting: watch.connecting
 
-    // The page of this module, null while it has not been shown yet.
-    function pageOf(module) {
-        return pages.pageOf(module);
-    }
-
     // What does not fit about the model connected to; empty when all is well.
     function modelWarning() {
         return modelCheck.warning(varkel_manager.getLidarPN(), varkel_manager.getLidarSN(), view.model);
@@ -35,7 +30,6 @@ Item {
         anchors.leftMargin: Theme.sideBarWidth
         visible: body.view.table
         titles: body.view.pageTitles
-        lists: body.view.pageLists
         currentIndex: body.view.currentPage
         saving: body.view.saving
         onCancelRequested: {

@@ -7,7 +7,6 @@ Item {
     id: pages
 
     property var titles: []
-    property var lists: []
     property int currentIndex: 0
     property bool saving: false
     readonly property int logIndex: titles.length
@@ -18,15 +17,7 @@ Item {
     signal refused(string message)
     signal logRequested
 
-    // The page of this module, null while it has not been shown yet.
-    function pageOf(module) {
-        var loader = repeater.itemAt(module);
-        return loader ? loader.item : null;
-    }
-
     Repeater {
-        id: repeater
-
         model: pages.titles
 
         PageLoader {
@@ -38,7 +29,7 @@ Item {
             sourceComponent: ModelPage {
                 module: loader.module
                 title: pages.titles[loader.module] || ""
-                entries: pages.lists[loader.module] || []
+                rows: varkel_manager.pageModel(loader.module)
                 saving: pages.saving
                 onCancelRequested: pages.cancelRequested(loader.module)
                 onSaveRequested: pages.saveRequested(loader.module)

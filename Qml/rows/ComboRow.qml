@@ -1,5 +1,4 @@
 import QtQuick 2.15
-import QtQuick.Layouts 1.15
 import "../assembly"
 
 // A variable that is one of several options.
@@ -11,7 +10,9 @@ RowFrame {
     OptionChoice {
         id: choice
 
-        Layout.fillWidth: true
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
         row: row
     }
 }

@@ -9,6 +9,7 @@ GridLayout {
     property string place
     property var angles: []
     property bool editable: true
+    property bool dimmed: false
 
     signal angleCommitted(int index, string text)
 
@@ -51,6 +52,7 @@ GridLayout {
             leftPadding: Theme.gapTiny
             rightPadding: Theme.gapTiny
             readOnly: !grid.editable
+            dimmed: grid.dimmed
             inputMethodHints: Qt.ImhFormattedNumbersOnly
             hint: (angle < 5 ? "Start" : "End") + " of sector " + (angle % 5 + 1) + ", 0.0 to 360.0 degrees"
             onAngleTextChanged: show(angleText)

@@ -1,21 +1,14 @@
 import QtQuick 2.15
-import QtQuick.Layouts 1.15
 import "../assembly"
 
 // The field-of-view editor: the option, five start and five end angles, and a picture of the sectors.
 RowFrame {
     id: row
 
-    property var angles: []
+    readonly property var angles: values.angles
     readonly property string shownText: choice.chosenLabel
 
-    function load() {
-        angles = varkel_manager.FovList;
-    }
-
     implicitHeight: Theme.tallRowHeight
-
-    onRefreshed: load()
 
     OptionChoice {
         id: choice
@@ -30,15 +23,14 @@ RowFrame {
     FovBoxes {
         id: boxes
 
-        Layout.fillWidth: true
-        Layout.alignment: Qt.AlignVCenter
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
         place: row.place
         angles: row.angles
         editable: row.writable
-        onAngleCommitted: {
-            varkel_manager.SetMultiFovConfig(index, text);
-            row.refresh();
-        }
+        dimmed: row.unread
+        onAngleCommitted: varkel_manager.SetMultiFovConfig(index, text)
     }
 
     FovPicture {
@@ -46,13 +38,5 @@ RowFrame {
         x: row.width + Theme.margin
         objectName: "fovPicture"
         angles: row.angles
-    }
-
-    Connections {
-        target: varkel_manager
-
-        function onFovConfigChanged() {
-            row.load();
-        }
     }
 }

@@ -6,11 +6,12 @@ import "../assembly"
 Item {
     id: heading
 
-    property var entry: ["", 0, 0, 0, -1]
-    readonly property string label: PlainText.line(entry[0])
+    property int module: 0
+    property QtObject values // the roles of the page's list model
+    readonly property string label: PlainText.line(values.label)
 
-    objectName: "heading_" + entry[2] + "_" + entry[3]
-    implicitHeight: Theme.rowHeight + (entry[3] > 0 ? Theme.gap : 0)
+    objectName: "heading_" + module + "_" + values.group
+    implicitHeight: Theme.rowHeight + (values.group > 0 ? Theme.gap : 0)
 
     SectionTitle {
         anchors.left: parent.left

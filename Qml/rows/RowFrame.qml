@@ -1,67 +1,52 @@
 import QtQuick 2.15
-import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
 import "../assembly"
 
-// One variable's row: its label, its control in a column that lines up with the other rows, and its marks.
-// The page calls `refresh()` when the variable may have changed.
+// One variable's row: its label, its control in a column that lines up with the other rows, and its marks. Its
+// control shows `valueText` whenever that changes.
 Item {
     id: frame
 
-    property var entry: ["", 0, 0, 0, 0]
-    property var values: ({})
-    property string shownMark
-    property bool outOfRange: false
-    property string valueText: values.current_val === undefined ? "" : values.current_val
-    readonly property string label: PlainText.line(entry[0])
-    readonly property int module: entry[2]
-    readonly property int group: entry[3]
-    readonly property int variable: entry[4]
-    readonly property string place: module + "_" + group + "_" + variable
-    readonly property bool live: varkel_manager.isTimerUpdate(module, group, variable)
-    readonly property bool writable: values.permission !== undefined && Number(values.permission) !== 0
-    readonly property bool edited: values.edited === true
+    property int module: 0
+    property QtObject values // the roles of the page's list model
+    readonly property string valueText: values.text
+    readonly property string label: PlainText.line(values.label)
+    readonly property string place: module + "_" + values.group + "_" + values.variable
+    readonly property bool live: values.live
+    readonly property bool writable: values.writable
+    readonly property bool edited: values.edited
+    readonly property bool unread: values.origin === "default"
+    readonly property string verdict: values.verdict
+    readonly property bool faulty: verdict.length > 0
     readonly property string hint: describe()
     default property alias content: slot.data
 
-    signal refreshed
-
-    function refresh() {
-        shownMark = varkel_manager.valueMark(module, group, variable);
-        values = varkel_manager.variableMap(module, group, variable);
-        refreshed();
-    }
-
-    function refreshIfChanged() {
-        if (varkel_manager.valueMark(module, group, variable) !== shownMark) {
-            refresh();
-        }
-    }
-
     function submit(type, text) {
-        outOfRange = false;
-        varkel_manager.SetText(type, module, group, variable, text);
-        refresh();
+        varkel_manager.SetText(type, module, values.group, values.variable, text);
     }
 
     function describe() {
         var lines = [label];
-        if (values.range_min !== undefined && values.range_max !== undefined
-                && (Number(values.range_min) !== 0 || Number(values.range_max) !== 0)) {
-            lines.push("Range: " + values.range_min + " to " + values.range_max
-                       + PlainText.line(values.unit || ""));
+        if (values.rangeMin !== 0 || values.rangeMax !== 0) {
+            lines.push("Range: " + values.rangeMin + " to " + values.rangeMax + PlainText.line(values.unit));
         }
-        if (values.var_type) {
-            lines.push("Type: " + PlainText.line(values.var_type));
+        if (values.type.length > 0) {
+            lines.push("Type: " + PlainText.line(values.type));
         }
         if (live) {
             lines.push("Refreshed continuously");
         }
-        if (edited) {
+        if (unread) {
+            lines.push("Not read from the sensor yet");
+        } else if (edited) {
             lines.push("Changed, not saved yet");
+        } else if (values.origin === "verified") {
+            lines.push("Saved and read back");
+        } else if (values.origin === "differs") {
+            lines.push("Sent " + PlainText.line(values.sentText) + ", sensor holds " + PlainText.line(valueText));
         }
-        if (outOfRange) {
-            lines.push("Out of range");
+        if (faulty) {
+            lines.push("The value " + verdict);
         }
         return lines.join("\n");
     }
@@ -89,8 +74,8 @@ Item {
         x: -Theme.gapSmall
         width: Theme.markWidth
         height: parent.height
-        visible: frame.edited || frame.outOfRange
-        color: frame.outOfRange ? Theme.error : Theme.accent
+        visible: frame.edited || frame.faulty
+        color: frame.faulty ? Theme.error : Theme.accent
     }
 
     BodyText {
@@ -112,22 +97,21 @@ Item {
         }
     }
 
-    RowLayout {
+    Item {
         id: slot
 
         x: parent.width * Theme.labelShare
         width: parent.width - x - mark.width - Theme.gapSmall
         height: parent.height
-        spacing: Theme.gapSmall
     }
 
-    LiveMark {
+    Loader {
         id: mark
 
         anchors.right: parent.right
+        width: Theme.liveMarkWidth // also without a mark, so that the rows line up
         height: Theme.rowHeight
-        shown: frame.live
+        active: frame.live
+        sourceComponent: LiveMark {}
     }
-
-    Component.onCompleted: refresh()
 }

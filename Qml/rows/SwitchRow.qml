@@ -1,12 +1,11 @@
 import QtQuick 2.15
-import QtQuick.Layouts 1.15
 import "../assembly"
 
 // A variable that a switch turns on and off; switched off, its value is 0.
 RowFrame {
     id: row
 
-    readonly property bool on: values.switch_index !== undefined && String(values.switch_index) !== "0"
+    readonly property bool on: values.switchText !== "0"
 
     function toggle(checked) {
         submit(2, checked ? "1" : "0");
@@ -18,12 +17,13 @@ RowFrame {
         });
     }
 
-    onRefreshed: field.show(valueText)
+    onValueTextChanged: field.show(valueText)
 
     DefaultSwitch {
         id: toggleSwitch
 
         objectName: "switch_" + row.place
+        anchors.verticalCenter: parent.verticalCenter
         Accessible.name: row.label
         checked: row.on
         enabled: row.writable
@@ -34,14 +34,22 @@ RowFrame {
         id: field
 
         objectName: "field_" + row.place
-        Layout.fillWidth: true
+        anchors.left: toggleSwitch.right
+        anchors.leftMargin: Theme.gapSmall
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
         Accessible.name: row.label
         enabled: row.on || !row.writable
         readOnly: !row.writable || cut
         marked: row.edited
-        faulty: row.outOfRange
+        faulty: row.faulty
+        dimmed: row.unread
         hintBeside: true
         hint: row.writable ? row.hint : ""
-        onCommit: row.submit(1, text)
+        onCommit: {
+            row.submit(1, text);
+            show(row.valueText);
+        }
+        Component.onCompleted: show(row.valueText)
     }
 }

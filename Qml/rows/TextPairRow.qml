@@ -1,19 +1,22 @@
 import QtQuick 2.15
-import QtQuick.Layouts 1.15
 import "../assembly"
 
 // A variable that is only shown: two texts, the value to select and copy.
 RowFrame {
     id: row
 
-    onRefreshed: field.show(valueText)
+    onValueTextChanged: field.show(valueText)
 
     DefaultTextField {
         id: field
 
         objectName: "field_" + row.place
-        Layout.fillWidth: true
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
         Accessible.name: row.label
         readOnly: true
+        dimmed: row.unread
+        Component.onCompleted: show(row.valueText)
     }
 }

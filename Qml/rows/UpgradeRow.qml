@@ -6,13 +6,14 @@ import "../assembly"
 Item {
     id: row
 
-    property var entry: ["", 4, 0, 0, 0]
-    readonly property string label: PlainText.line(entry[0])
+    property int module: 0
+    property QtObject values // the roles of the page's list model
+    readonly property string label: PlainText.line(values.label)
     readonly property string valueText: area.fileName
 
     signal refused(string message)
 
-    objectName: "row_" + entry[2] + "_" + entry[3] + "_" + entry[4]
+    objectName: "row_" + module + "_" + values.group + "_" + values.variable
     implicitHeight: area.implicitHeight + Theme.gapSmall
 
     UpgradeArea {
@@ -22,7 +23,7 @@ Item {
         y: Theme.gapTiny
         width: parent.width
         upgrading: varkel_manager.IsUpgrading
-        onFileChosen: varkel_manager.UpgradeLidar(file, row.entry[2], row.entry[3], row.entry[4])
+        onFileChosen: varkel_manager.UpgradeLidar(file, row.module, row.values.group, row.values.variable)
         onFileRefused: row.refused("Upgrade package rejected: it has to be a .patch file")
     }
 

@@ -399,19 +399,9 @@ QVariantMap VarkelManager::variableMap(int module, int group, int index) const {
   return var != nullptr ? VariableMap(*model, *var) : QVariantMap();
 }
 
-QString VarkelManager::valueMark(int module, int group, int index) const {
-  const auto model = d_->models.model();
-  const VarInfo* var = model ? VariableAt(*model->catalogue, module, group, index) : nullptr;
-  return var != nullptr ? ValueMark(*model, *var) : QString();
-}
-
 QVariantList VarkelManager::FovList() const {
   const auto model = d_->models.model();
-  QVariantList texts;
-  for (const float degrees : model ? model->values.Fov() : kDefaultFov) {
-    texts.append(QString::number(degrees, 'f', 1));
-  }
-  return texts;
+  return AngleTexts(model ? model->values.Fov() : kDefaultFov);
 }
 
 void VarkelManager::GetLidarModuleInfo(int module) {
@@ -465,12 +455,14 @@ void VarkelManager::SetText(int type, int level1, int level2, int level3, const 
   const auto model = d_->models.model();
   if (!model) return;
   d_->report.Guard([&] { d_->editor.SetText(*model, type, level1, level2, level3, text.toStdString()); });
+  d_->page_models.ValuesChanged();
   emit editsChanged();
 }
 
 void VarkelManager::ClearSetMap() {
   const auto model = d_->models.model();
   const bool angles_went_back = model && model->values.Cancel();
+  d_->page_models.ValuesChanged();
   emit editsChanged();
   if (angles_went_back) emit fovConfigChanged();
 }
@@ -518,6 +510,7 @@ void VarkelManager::SetMultiFovConfig(int index, const QString& fov) {
   const auto model = d_->models.model();
   if (!model) return;
   if (d_->editor.SetFov(*model, index, fov.toStdString())) {
+    d_->page_models.ValuesChanged();
     emit editsChanged();
     return;
   }

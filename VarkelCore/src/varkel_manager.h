@@ -306,8 +306,6 @@ class VarkelManager : public QObject {
   Q_INVOKABLE void ResetInBackground();
   /// The map of one variable, the same as myMap[module][group][index]; empty when there is none.
   Q_INVOKABLE QVariantMap variableMap(int module, int group, int index) const;
-  /// Text, switch and origin of that map as one text: a row whose mark is the same has nothing new to show.
-  Q_INVOKABLE QString valueMark(int module, int group, int index) const;
   /// Names of the fields that saving the page would write although they were neither edited nor ever read
   /// from this sensor: what the user should be asked about first.
   Q_INVOKABLE QStringList unreadFields(int module) const;

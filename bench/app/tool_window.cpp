@@ -2,19 +2,26 @@
 //   tool_window start STARTED_US   until its first frame, and until the first page is whole
 //   tool_window idle SECONDS       share of a core on a live page, without and with a sensor
 //   tool_window log SECONDS        the log window in a flood of 10,000 lines a second
+//   tool_window scroll             a page of 2,000 rows, by wheel and by key
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QFile>
+#include <QKeyEvent>
 #include <QProcess>
 #include <QQuickItem>
+#include <QTemporaryDir>
 #include <QTimer>
+#include <QWheelEvent>
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "VarkelCore/src/varkel_manager.h"
 #include "app/src/log_model.h"
@@ -27,6 +34,8 @@ namespace {
 constexpr char kTable[] = "./Config/varID/Quenta.csv";
 constexpr int kLivePage = 1;
 constexpr int kLinesAMillisecond = 10;
+constexpr int kRows = 2000;
+constexpr int kNotch = 120;
 
 void Print(const char* name, double value) {
   std::printf("%s\t%.3f\n", name, value);
@@ -150,6 +159,114 @@ int MeasureLog(int seconds) {
   return EXIT_SUCCESS;
 }
 
+/// Selects a model with one page of `kRows` rows: fields, switches, options and values that are only shown.
+bool SelectLongPage(VarkelManager& manager) {
+  const QTemporaryDir folder;
+  QFile table(folder.filePath("Config/varID/Rows.csv"));
+  if (!QDir(folder.path()).mkpath("Config/varID") || !table.open(QIODevice::WriteOnly)) return false;
+  table.write(
+      "GroupID,Index,Get,Set,SetIndex,VarName,Permission,VarType,DefaultValue,Options,Unit,Coefficient,"
+      "SetCoefficient,OptionDescription,FunctionModule,VarLen,TimerUpdate,GetCmdPayload\n0,Page,Group\n");
+  int index = 0;
+  for (int row = 1; row <= kRows; ++row) {
+    const auto write = [&](const char* name, const char* options, const QString& place) {
+      ++index;
+      table.write(QString("1,%1,0x05,0x06,%1,%2 %3,1,uint16,1,%4,mV,,,,1_1_%3_%5,2,,\n")
+                      .arg(index)
+                      .arg(name)
+                      .arg(row)
+                      .arg(options, place)
+                      .toUtf8());
+    };
+    if (row % 4 == 0) write("Value", "", "0");
+    if (row % 4 == 1) write("Field", "0~100", "1");
+    if (row % 4 == 2) write("Mode", "0|1|2", "3");
+    if (row % 4 == 3) {
+      write("Limit on", "", "2_" + QString::number(row));
+      write("Limit", "", "2");
+    }
+  }
+  table.close();
+  const QString before = QDir::currentPath();
+  QDir::setCurrent(folder.path());
+  manager.InitConfigFileParser("Rows");
+  QDir::setCurrent(before);
+  return manager.level2List().value(0).toList().size() == kRows + 1;
+}
+
+/// What the window's thread computes from one frame, or from the input that asks for another, to the next
+/// frame, in milliseconds: new rows, the scene and its painting, as a window that is drawn into memory has
+/// one thread for all of it.
+class Frames {
+ public:
+  explicit Frames(QQuickWindow& window) {
+    QObject::connect(&window, &QQuickWindow::frameSwapped, &window, [this] { times_.push_back(Elapsed()); });
+  }
+  void BeginInput() { Elapsed(); }
+  void Clear() { times_.clear(); }
+  /// The longest, and the one that 99 of 100 stay below.
+  void PrintAs(const std::string& name) {
+    std::sort(times_.begin(), times_.end());
+    if (times_.empty()) return;
+    Print((name + "_longest_frame_ms").c_str(), times_.back());
+    Print((name + "_p99_frame_ms").c_str(), times_[times_.size() * 99 / 100]);
+    Print((name + "_frames").c_str(), static_cast<double>(times_.size()));
+  }
+
+ private:
+  double Elapsed() {
+    const double now = CpuSeconds(CLOCK_THREAD_CPUTIME_ID);
+    return (now - std::exchange(last_, now)) * 1000;
+  }
+  std::vector<double> times_;
+  double last_ = 0;
+};
+
+/// Along the picture: what is made from a model is no QObject child.
+QQuickItem* FindBelow(QQuickItem* item, const QString& name) {
+  for (QQuickItem* child : item->childItems()) {
+    if (child->objectName() == name) return child;
+    if (QQuickItem* found = FindBelow(child, name)) return found;
+  }
+  return nullptr;
+}
+
+int MeasureScroll() {
+  Tool tool;
+  Wait(1000);
+  if (!SelectLongPage(*tool.manager)) return EXIT_FAILURE;
+  Wait(1000);
+  QQuickView& view = *tool.window->view();
+  auto* const rows = FindBelow(view.rootObject(), "rows_0");
+  if (rows == nullptr) return EXIT_FAILURE;
+  const QPointF middle = rows->mapToScene({rows->width() / 2, rows->height() / 2});
+  const auto scrolled = [&] { return rows->property("contentY").toReal(); };
+  Frames frames(view);
+  QElapsedTimer clock;
+  clock.start();
+  for (int notch = 0; notch < 150; ++notch) {
+    QWheelEvent event(middle, view.mapToGlobal(middle.toPoint()), {}, {0, -kNotch}, Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    event.setTimestamp(static_cast<ulong>(clock.elapsed()));
+    frames.BeginInput();
+    QCoreApplication::sendEvent(&view, &event);
+    Wait(40);
+  }
+  if (scrolled() < 1000) return EXIT_FAILURE;
+  frames.PrintAs("scroll_wheel");
+  Wait(2000);
+  rows->forceActiveFocus();
+  frames.Clear();
+  for (int press = 0; press < 200; ++press) {
+    QKeyEvent event(QEvent::KeyPress, press < 100 ? Qt::Key_PageUp : Qt::Key_PageDown, Qt::NoModifier);
+    frames.BeginInput();
+    QCoreApplication::sendEvent(&view, &event);
+    Wait(40);
+  }
+  frames.PrintAs("scroll_key");
+  return EXIT_SUCCESS;
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
@@ -158,6 +275,7 @@ int main(int argc, char* argv[]) {
   const std::string what = argc > 1 ? argv[1] : "";
   const char* const argument = argc > 2 ? argv[2] : "0";
   if (what == "idle") return MeasureIdle(std::atoi(argument));
+  if (what == "scroll") return MeasureScroll();
   if (what == "log") return MeasureLog(std::atoi(argument));
   Tool tool;
   QQuickView& view = *tool.window->view();

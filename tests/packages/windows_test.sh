@@ -57,11 +57,11 @@ printf '[General]\ndevice_ip_address=127.0.0.1\nktc_port=%s\n' "$port" >"$docume
 connect() {
   tests/packages/press_connect.sh "$place/sensor.log" "$PWD/build/wine-$1.png" "$2"
 }
-# The window closes by Alt+F4, as a user does it.
+# The window closes by Alt+F4, as a user does it; the program is in use until its process has ended.
 close_window() {
   xdotool key alt+F4
   for _ in $(seq 100); do
-    xdotool search --onlyvisible --name '^Varkel$' >/dev/null 2>&1 || return 0
+    pgrep -f 'Varkel.*[\\/]bin[\\/]varkel\.exe' >/dev/null || return 0
     sleep 0.1
   done
   fail "the window does not close"

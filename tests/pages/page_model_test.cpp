@@ -105,9 +105,13 @@ TEST_F(PageModelTest, ReportsExactlyTheRowsThatAnEventTouched) {
   values.EditFov(0, 5);
   EXPECT_EQ(Changed(), QStringList{"Channel"});
   EXPECT_EQ(Data("Channel", "edited"), true);
+  EXPECT_EQ(Data("Channel", "angles").toStringList().value(0), "5.0");
+  EXPECT_EQ(rows.edits(), 2);
+  EXPECT_EQ(PageModel(model, 0).edits(), 2);  // made before it was asked for
   values.Edit(Var("First"), "1");
   values.Cancel();
   EXPECT_EQ(Changed(), (QStringList{"First", "Filter", "Channel"}));
+  EXPECT_EQ(rows.edits(), 0);
   values.Sent({"0x02", {{&Var("Last"), "9", {9}}}, std::nullopt}, values.Now());
   EXPECT_EQ(Changed(), QStringList{"Last (mm)"});
   EXPECT_EQ(Data("Last (mm)", "sentText"), "9");

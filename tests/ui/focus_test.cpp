@@ -23,10 +23,6 @@ class RealDesk : public Desk {
     const QPoint at = item->mapToGlobal({item->width() / 2 + shift, item->height() / 2}).toPoint();
     Do({"mousemove", QString::number(at.x()), QString::number(at.y()), "click", "1"});
   }
-
-  bool HasKeyboard() const {
-    return QTest::qWaitFor([this] { return QGuiApplication::focusWindow() == &view(); }, kPatienceMs);
-  }
 };
 
 class FocusTest : public QObject {
@@ -39,6 +35,7 @@ class FocusTest : public QObject {
       const QString field = click % 2 == 0 ? "commandCodeField" : "commandPayloadField";
       const QString text = QString::number(click % 10) + desk.Text(field);
       desk.RealClick(field);
+      EVENTUALLY_VERIFY2(desk.Find(field)->hasActiveFocus(), qPrintable(QString("click %1").arg(click)));
       RealDesk::Do({"key", "Home", text.left(1)});
       EVENTUALLY_VERIFY2(desk.Text(field) == text, qPrintable(QString("key %1").arg(click)));
     }
@@ -49,27 +46,21 @@ class FocusTest : public QObject {
     for (int notice = 0; notice < 20; ++notice) {
       desk.RealClick("saveButton_0", notice % 2 == 0 ? -20 : 20);
       QVERIFY(desk.NoticeShows("successWindow", "Please connect to lidar first"));
+      EVENTUALLY_VERIFY(desk.Find("noticeAcceptButton")->hasActiveFocus());
       RealDesk::RealKey("Return");
       EVENTUALLY_VERIFY2(!desk.IsOpen("successWindow"), qPrintable(QString("notice %1").arg(notice)));
     }
   }
 
-  void KeysComeBackFromAnotherWindow() {
+  void KeyboardComesBackFromAClosedWindow() {
     const RealDesk desk;
-    desk.RealClick("tab_9");
-    desk.RealClick("commandCodeField");
     for (int round = 0; round < 10; ++round) {
       QMetaObject::invokeMethod(desk.root, "openLog");
       auto* const log = desk.root->property("logWindow").value<QQuickWindow*>();
       QVERIFY(QTest::qWaitForWindowActive(log, kPatienceMs));
-      if (round % 2 == 0) {
-        RealDesk::RealKey("Escape");
-      } else {
-        RealDesk::Do({"windowactivate", QString::number(desk.window->winId())});
-      }
-      QVERIFY2(desk.HasKeyboard(), qPrintable(QString("round %1").arg(round)));
-      RealDesk::RealKey("a");
-      EVENTUALLY_COMPARE(desk.Text("commandCodeField"), QString(round + 1, 'a'));
+      log->close();
+      const auto has_keyboard = [&] { return QGuiApplication::focusWindow() == &desk.view(); };
+      EVENTUALLY_VERIFY2(has_keyboard(), qPrintable(QString("round %1").arg(round)));
     }
   }
 };

@@ -3,9 +3,12 @@
 #endif
 
 #include <QAbstractItemModelTester>
+#include <QApplication>
 #include <QClipboard>
 #include <QFile>
+#include <QFileDialog>
 #include <QGuiApplication>
+#include <QLineEdit>
 #include <QRegularExpression>
 #include <csignal>
 
@@ -104,6 +107,28 @@ class LogTest : public QObject {
     for (int line = 0; line < 40; ++line) log.append(LogModel::Info, QString(1000000, 'm'));
     EVENTUALLY_COMPARE(log.rowCount(), 33);  // what 32 MiB hold
   }
+#ifndef _WIN32
+  // Elsewhere the dialog is the system's, of which a test of ours sees nothing.
+  void SavingAsksWhere() {
+    LogDesk desk;
+    desk.Say("<b>48 °C</b>");
+    EVENTUALLY_COMPARE(desk.log->rowCount(), 1);
+    desk.Click("logSaveButton");
+    QFileDialog* dialog = nullptr;
+    const auto is_open = [&dialog] {
+      for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->isVisible() && dialog == nullptr) dialog = qobject_cast<QFileDialog*>(widget);
+      }
+      return dialog != nullptr;
+    };
+    EVENTUALLY_VERIFY(is_open());
+    QCOMPARE(dialog->windowTitle(), "Save the log");
+    QCOMPARE(dialog->acceptMode(), QFileDialog::AcceptSave);
+    dialog->findChild<QLineEdit*>("fileNameEdit")->setText(desk.folder.filePath("log"));
+    QMetaObject::invokeMethod(dialog, "accept");
+    EVENTUALLY_VERIFY(QFile::exists(desk.folder.filePath("log.txt")));
+  }
+#endif
 
   void CopiesAndSavesTheLinesShown() {
     const LogDesk desk;

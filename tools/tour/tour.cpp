@@ -1,5 +1,6 @@
 #include "tools/tour/tour.h"
 
+#include <QAbstractItemModel>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QEventLoop>
@@ -151,25 +152,19 @@ bool Guide::Visit(int page, const QString& title) {
 
 void Guide::PrintRows(int page, const QString& title) const {
   QTextStream out(stdout);
+  const auto* const rows = qobject_cast<QAbstractItemModel*>(manager_->pageModel(page));
+  const auto roles = rows->roleNames();
   QString group;
-  for (const QVariant& row : manager_->level2List().value(page).toList()) {
-    const QVariantList entry = row.toList();
-    const QString label = entry.value(0).toString();
-    if (entry.value(4).toInt() < 0) {
+  for (int row = 0; row < rows->rowCount(); ++row) {
+    const auto value = [&](const char* role) { return rows->index(row, 0).data(roles.key(role)); };
+    const QString label = value("label").toString();
+    if (value("variable").toInt() < 0) {
       group = label;
       continue;
     }
-    const QString name = QString("row_%1_%2_%3")
-                             .arg(entry.value(2).toInt())
-                             .arg(entry.value(3).toInt())
-                             .arg(entry.value(4).toInt());
-    const QQuickItem* item = Find(name);
-    if (item == nullptr) {
-      continue;
-    }
-    const QVariant shown = item->property("shownText");
+    const int chosen = value("options").toStringList().indexOf(value("text").toString());
     out << title << " / " << group << " / " << label << ": "
-        << (shown.isValid() ? shown : item->property("valueText")).toString() << '\n';
+        << value(chosen < 0 ? "text" : "optionLabels").toStringList().value(std::max(chosen, 0)) << '\n';
   }
 }
 

@@ -79,6 +79,12 @@ QVariantList PageRows(const ConfigParser& catalogue) {
   return pages;
 }
 
+QVariantList AngleTexts(const FovAngles& angles) {
+  QVariantList texts;
+  for (const float degrees : angles) texts.append(QString::number(degrees, 'f', 1));
+  return texts;
+}
+
 QVariantList OptionValues(const VarInfo& var) {
   QVariantList values;
   for (const std::int32_t option : var.options) values.append(option);
@@ -127,11 +133,6 @@ QVariantMap VariableMap(const Model& model, const VarInfo& var) {
       {QStringLiteral("origin"), QString::fromLatin1(OriginName(shown.origin))},
       {QStringLiteral("read_time"), IsoTime(shown.read_time)},
   };
-}
-
-QString ValueMark(const Model& model, const VarInfo& var) {
-  const ValueStore::Shown shown = model.values.Show(var);
-  return Text(shown.text + '\n' + shown.switch_text + '\n' + OriginName(shown.origin));
 }
 
 QVariantList VariableMaps(const Model& model) {

@@ -36,11 +36,11 @@ QVariantList PageRows(const ConfigParser& catalogue);
 /// - "read_time": when the sensor reported the variable last, as ISO text in UTC; empty before.
 QVariantMap VariableMap(const Model& model, const VarInfo& var);
 
-/// The values in that map, as one text: text, switch and origin.
-QString ValueMark(const Model& model, const VarInfo& var);
-
 /// `time` as ISO text in UTC; empty without one.
 QString IsoTime(const std::optional<ValueStore::Time>& time);
+
+/// The field of view's angles in degrees, with one decimal.
+QVariantList AngleTexts(const FovAngles& angles);
 
 /// Labels of the variable's options in their order: the number itself where the table has no label.
 QVariantList OptionLabels(const VarInfo& var);

@@ -11,6 +11,11 @@ namespace varkel {
 namespace {
 
 constexpr int kHeadingKind = -1;
+/// What events of the values can change.
+const QVector<int> kChangingRoles = {PageModel::kText,     PageModel::kSwitchText, PageModel::kOrigin,
+                                     PageModel::kReadTime, PageModel::kEdited,     PageModel::kRawHex,
+                                     PageModel::kSentText, PageModel::kVerdict,    PageModel::kStale,
+                                     PageModel::kAngles};
 
 QString Text(const std::string& text) {
   return QString::fromStdString(text);
@@ -27,11 +32,15 @@ PageModel::PageModel(std::shared_ptr<Model> model, int page, QObject* parent)
     : QAbstractListModel(parent), model_(std::move(model)) {
   const ConfigParser& catalogue = *model_->catalogue;
   for (const PageRow& place : RowsOfPage(catalogue, page)) {
-    Row row{place.label, place.kind, place.group, place.index, nullptr, {}, {}};
+    Row& row = rows_.emplace_back();
+    row.label = place.label;
+    row.group = place.group;
+    row.variable = place.index;
     row.var = VariableAt(catalogue, page, place.group, place.index);
-    if (row.var == nullptr) row.kind = kHeadingKind;
-    rows_.push_back(std::move(row));
-    if (rows_.back().var != nullptr) Watch(*rows_.back().var, static_cast<int>(rows_.size()) - 1);
+    row.kind = row.var == nullptr ? kHeadingKind : place.kind;
+    if (row.var == nullptr) continue;
+    Watch(*row.var, static_cast<int>(rows_.size()) - 1);
+    Follow(row);
   }
 }
 
@@ -74,7 +83,12 @@ QHash<int, QByteArray> PageModel::roleNames() const {
           {kSentText, "sentText"},
           {kVerdict, "verdict"},
           {kVarId, "varId"},
-          {kStale, "stale"}};
+          {kStale, "stale"},
+          {kAngles, "angles"}};
+}
+
+bool PageModel::upgrades() const {
+  return std::any_of(rows_.begin(), rows_.end(), [](const Row& row) { return row.kind == kUpgradeArea; });
 }
 
 QVariant PageModel::data(const QModelIndex& index, int role) const {
@@ -126,6 +140,7 @@ QVariant PageModel::Constant(const VarInfo& var, int role) const {
 
 QVariant PageModel::Changing(const Row& row, int role) const {
   if (role == kVerdict) return row.verdict;
+  if (role == kAngles) return row.kind == kFieldOfView ? AngleTexts(model_->values.Fov()) : QVariant();
   if (role == kSentText) {
     const auto verification = model_->values.Verify(*row.var);
     return verification ? Text(verification->sent) : QString();
@@ -151,6 +166,14 @@ QVariant PageModel::Changing(const Row& row, int role) const {
   }
 }
 
+/// Brings what is kept of the row's values up to date.
+void PageModel::Follow(Row& row) {
+  const ValueStore::Shown shown = model_->values.Show(*row.var);
+  if (shown.text != row.refused_text) row.verdict.clear();
+  edits_ += static_cast<int>(shown.edited) - static_cast<int>(row.edited);
+  row.edited = shown.edited;
+}
+
 void PageModel::ShowChanges(const std::vector<const VarInfo*>& vars) {
   std::vector<int> changed;
   for (const VarInfo* var : vars) {
@@ -160,16 +183,15 @@ void PageModel::ShowChanges(const std::vector<const VarInfo*>& vars) {
   }
   std::sort(changed.begin(), changed.end());
   changed.erase(std::unique(changed.begin(), changed.end()), changed.end());
-  for (const int number : changed) {
-    Row& row = rows_[static_cast<std::size_t>(number)];
-    if (!row.verdict.isEmpty() && model_->values.Show(*row.var).text != row.refused_text) row.verdict.clear();
-  }
+  const int edits_before = edits_;
+  for (const int number : changed) Follow(rows_[static_cast<std::size_t>(number)]);
   for (std::size_t first = 0; first < changed.size();) {
     std::size_t last = first;
     while (last + 1 < changed.size() && changed[last + 1] == changed[last] + 1) ++last;
-    emit dataChanged(index(changed[first]), index(changed[last]));
+    emit dataChanged(index(changed[first]), index(changed[last]), kChangingRoles);
     first = last + 1;
   }
+  if (edits_ != edits_before) emit editsChanged();
 }
 
 void PageModel::SetVerdict(const VarInfo& var, const QString& verdict) {

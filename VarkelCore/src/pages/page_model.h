@@ -19,6 +19,10 @@ namespace varkel {
 /// value store hands them over, and exactly the rows that they touch are reported as changed.
 class PageModel : public QAbstractListModel {
   Q_OBJECT
+  /// The number of rows with an edit that is not saved.
+  Q_PROPERTY(int edits READ edits NOTIFY editsChanged)
+  /// Whether one of the rows is a firmware upgrade.
+  Q_PROPERTY(bool upgrades READ upgrades CONSTANT)
 
  public:
   enum Role : int {
@@ -44,7 +48,8 @@ class PageModel : public QAbstractListModel {
     kSentText,  ///< what was saved last on this connection
     kVerdict,   ///< why the page check refused the present text; empty when it did not
     kVarId,
-    kStale,  ///< read, but not from the sensor that is connected now
+    kStale,   ///< read, but not from the sensor that is connected now
+    kAngles,  ///< ten texts; of the field of view's row only
   };
 
   PageModel(std::shared_ptr<Model> model, int page, QObject* parent = nullptr);
@@ -52,11 +57,16 @@ class PageModel : public QAbstractListModel {
   int rowCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
   QHash<int, QByteArray> roleNames() const override;
+  int edits() const { return edits_; }
+  bool upgrades() const;
 
   /// Reports the rows that show one of these variables, or its switch, as changed.
   void ShowChanges(const std::vector<const VarInfo*>& vars);
   /// The page check refused the variable's present text. It holds until the text changes.
   void SetVerdict(const VarInfo& var, const QString& verdict);
+
+ signals:
+  void editsChanged();
 
  private:
   struct Row {
@@ -65,6 +75,7 @@ class PageModel : public QAbstractListModel {
     int group = 0;
     int variable = -1;
     const VarInfo* var = nullptr;  ///< null: a heading
+    bool edited = false;           ///< counted in edits_
     QString verdict;
     std::string refused_text;
   };
@@ -72,9 +83,11 @@ class PageModel : public QAbstractListModel {
   QVariant Constant(const VarInfo& var, int role) const;
   QVariant Changing(const Row& row, int role) const;
   void Watch(const VarInfo& var, int row);
+  void Follow(Row& row);
 
   const std::shared_ptr<Model> model_;
   std::vector<Row> rows_;
+  int edits_ = 0;
   std::unordered_map<const VarInfo*, std::vector<int>> rows_of_;  ///< the rows that a variable changes
 };
 
