@@ -4,7 +4,7 @@ install(FILES ${CMAKE_SOURCE_DIR}/packaging/licences/third-party.txt DESTINATION
 if(CMAKE_CROSSCOMPILING)
   # Debian's system has these texts; what is built on it for another one takes them along.
   foreach(text qtbase:libqt5core5a qtdeclarative:libqt5qml5 qtquickcontrols2:libqt5quicktemplates2-5 qtsvg:libqt5svg5
-      openssl:libssl-dev libcsv:libcsv-dev spdlog:libspdlog-dev fmt:libfmt-dev cli11:libcli11-dev
+      openssl:libssl-dev libcsv:libcsv-dev spdlog:libspdlog-dev fmt:libfmt-dev cli11:libcli11-dev tl-expected:libexpected-dev
       roboto:fonts-roboto-unhinted gcc:gcc-12-base mingw-w64:mingw-w64-common nsis:nsis-common)
     string(REPLACE ":" ";" text ${text})
     list(GET text 0 name)

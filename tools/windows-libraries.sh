@@ -7,7 +7,7 @@ set -Eeuo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 prefix=$PWD/build/windows-libraries
 host=x86_64-w64-mingw32
-stamp=$prefix/complete-2
+stamp=$prefix/complete-3
 if [ -e "$stamp" ]; then
   echo "Windows libraries: $prefix is complete."
   exit 0
@@ -49,7 +49,7 @@ echo "Windows libraries: fetching sources and building, some minutes (log: $log)
   fetch_newest openssl
   build_libcsv
   build_openssl
-  for headers in spdlog fmt CLI; do
+  for headers in spdlog fmt CLI tl; do
     ln -sfn "/usr/include/$headers" "$prefix/include/$headers"
   done
 } >>"$log" 2>&1 </dev/null

@@ -22,7 +22,9 @@ struct ControllerFixture {
   /// Runs events until the condition holds; false when the time ran out.
   static bool Wait(const std::function<bool()>& condition, int seconds = 20);
 
-  bool Connect();  ///< true when the connection stands
+  /// True when the connection stands. Tries again when the sensor did not accept within its 200 ms, which a
+  /// busy machine may miss.
+  bool Connect();
   /// The same with that page shown; no page: nothing but the test's own requests is on the wire.
   bool ConnectOn(int page = -1);
   /// Waits for the next error notice and takes it.

@@ -51,11 +51,10 @@ FaultFixture::FaultFixture(const std::string& model_name)
 }
 
 bool FaultFixture::Connect() {
-  for (int attempt = 0; attempt < 3 && !ControllerFixture::Connect(); ++attempt) Forget();
   const auto has_serial_number = [this] {
     return manager->ZeltoLidarInfo().value(0).toMap()["value"] != QLatin1String("xxxxxxxx");
   };
-  return manager->IsConnected() && (model == "Quenta" || Wait(has_serial_number));
+  return ControllerFixture::Connect() && (model == "Quenta" || Wait(has_serial_number));
 }
 
 bool FaultFixture::ShowsTheSensor() {

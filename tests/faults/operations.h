@@ -18,8 +18,7 @@ class FaultFixture : public ControllerFixture {
   FaultFixture(const FaultFixture&) = delete;
   FaultFixture& operator=(const FaultFixture&) = delete;
 
-  /// Connects, in up to three attempts since a busy machine may miss the time in which a sensor has to
-  /// accept, and waits until a small sensor has answered what it is asked in the background.
+  /// Connects, and waits until a small sensor has answered what it is asked in the background.
   bool Connect();
   /// Whether what the window shows first comes from the sensor.
   bool ShowsTheSensor();

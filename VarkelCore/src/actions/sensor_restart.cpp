@@ -28,7 +28,7 @@ int Query(const VarInfo& var, quarn::lidar::KtcClient& client) {
 
 int Send(const Action& action, const ConfigParser& catalogue, SensorSession& session, UserReport& report) {
   if (!session.is_ktc_open() || !session.is_idle()) return -1;
-  const ByteLog::Quiet quiet(session.byte_log());
+  const ByteLog::Quiet quiet;
   const std::string word = action.word;
   try {
     const VarInfo* var = FindNamed(catalogue, action.names);

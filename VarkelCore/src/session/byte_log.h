@@ -15,23 +15,22 @@ class ByteLog {
   /// `wanted` outlives this object.
   explicit ByteLog(const ByteLogSwitch& wanted) : wanted_(wanted) {}
 
+  /// Asked on the thread of the exchange.
   bool IsWanted() const { return wanted_ && quiet_ == 0; }
 
-  /// Keeps exchanges out of the byte log while it lives.
+  /// Keeps the exchanges of its thread out of the byte log while it lives: a quiet round in the background
+  /// must not hide what the user's own command sends meanwhile.
   class Quiet {
    public:
-    explicit Quiet(ByteLog& log) : log_(log) { ++log_.quiet_; }
-    ~Quiet() { --log_.quiet_; }
+    Quiet() { ++quiet_; }
+    ~Quiet() { --quiet_; }
     Quiet(const Quiet&) = delete;
     Quiet& operator=(const Quiet&) = delete;
-
-   private:
-    ByteLog& log_;
   };
 
  private:
   const ByteLogSwitch& wanted_;
-  std::atomic<int> quiet_ = 0;  ///< operations that stay out of the log
+  static inline thread_local int quiet_ = 0;  ///< operations of this thread that stay out of the log
 };
 
 }  // namespace varkel

@@ -11,7 +11,7 @@ namespace varkel {
 SessionResult ConnectNetworkSensor(const std::stop_token& stop, const ConnectionSettings& settings,
                                    const SessionContext& context, SensorSession::Periodic periodic) {
   const auto probe = [&](const KtcConnection& connection) {
-    const ByteLog::Quiet quiet(*connection.byte_log);
+    const ByteLog::Quiet quiet;
     if (!AnswersKtc(*connection.client)) {
       if (!stop.stop_requested()) quarn::platform::TraceLine("DEBUG: heckLidarConnection() == false");
       throw std::runtime_error("Lidar has No KTC reply.");

@@ -46,7 +46,7 @@ bool SensorSession::is_ktc_open() const {
 
 bool SensorSession::Answers() {
   if (!client_) return !has_ended() && lines_.rs485->IsOpened() && lines_.uart->IsOpened();
-  const ByteLog::Quiet quiet(*byte_log_);
+  const ByteLog::Quiet quiet;
   return is_ktc_open() && AnswersKtc(*client_);
 }
 
@@ -54,7 +54,7 @@ ExchangeResult SensorSession::QueryKtc(std::uint8_t command, std::span<const std
                                        Logged logged) {
   if (!client_) return tl::unexpected(quarn::lidar::SerialExchange::kNotSent);
   std::optional<ByteLog::Quiet> quiet;
-  if (logged == Logged::kNo) quiet.emplace(*byte_log_);
+  if (logged == Logged::kNo) quiet.emplace();
   return QueryKtcCommand(*client_, command, payload);
 }
 

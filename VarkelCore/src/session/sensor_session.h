@@ -74,8 +74,6 @@ class SensorSession : public SmallSensorChannel {
   ExchangeResult QueryKtc(std::uint8_t command, std::span<const std::uint8_t> payload,
                           Logged logged) override;
 
-  ByteLog& byte_log() const { return *byte_log_; }
-
  private:
   const std::optional<KtcPeer> peer_;
   const std::shared_ptr<quarn::lidar::KtcClient> client_;
