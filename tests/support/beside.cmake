@@ -6,6 +6,7 @@ if(CMAKE_CROSSCOMPILING)
   find_program(VARKEL_HOST_CXX NAMES c++ g++ clang++ REQUIRED)
   set(line_host_sources
     ${CMAKE_SOURCE_DIR}/tests/support/line_host.cpp
+    ${CMAKE_SOURCE_DIR}/libquarn/Platform/src/byte_text.cpp
     ${CMAKE_SOURCE_DIR}/libquarn/Platform/src/ipv4.cpp
     ${CMAKE_SOURCE_DIR}/libquarn/Platform/src/pseudo_terminal_posix.cpp
     ${CMAKE_SOURCE_DIR}/libquarn/Platform/src/socket_posix.cpp)
