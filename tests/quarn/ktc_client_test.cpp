@@ -30,7 +30,7 @@ struct ExchangeCase {
   const char* name;
   Answer answer;
   int ret;
-  int last_return_code;  // of a failure
+  int last_return_code;
   Bytes with_header;
   Bytes without_header;
 };
@@ -68,11 +68,11 @@ void CheckExchange(std::uint8_t version, const ExchangeCase& c, bool with_header
   Bytes result = kBefore;
   EXPECT_EQ(client->QueryCommand(Bytes{0xAB}, result, 0x31, with_header), c.ret);
   EXPECT_EQ(result, with_header ? c.with_header : c.without_header);
-  const std::string code = std::to_string(c.last_return_code);
-  EXPECT_TRUE(c.ret == 0 || client->LastReturnCode() == c.last_return_code) << client->LastReturnCode();
+  EXPECT_EQ(client->LastReturnCode(), c.last_return_code);
   EXPECT_EQ(log, (version == 1 ? "SEND: 47 74 31 00 00 00 00 01 ab \nRECV: "
                                : "SEND: 57 75 01 31 00 00 00 00 00 00 00 01 ab \nRECV: ") +
-                     (c.ret == 0 ? HexLine(result) : "ret_code is " + code) + "\n");
+                     (c.ret == 0 ? HexLine(result) : "ret_code is " + std::to_string(c.last_return_code)) +
+                     "\n");
 }
 
 // Side by side, since many of them wait for a time-out.

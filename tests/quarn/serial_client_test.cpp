@@ -77,14 +77,12 @@ TEST(SerialClient, TellsSilenceNonsenseAndABrokenLineApart) {
   Lines lines;
   lines.body = {42};
   EXPECT_EQ(lines.Query(kShortMs).get(), -2);
-
-  auto wrong = lines.Query();
-  lines.uart.Read(2 * kRequestSize);  // the one before, too
   Bytes reply = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
   reply[10] ^= 1;
+  auto wrong = lines.Query();
+  lines.uart.Read(2 * kRequestSize);  // the one before, too
   ASSERT_TRUE(lines.rs485.Write(reply));
   EXPECT_EQ(wrong.get(), -2);
-
   auto pulled = lines.Query();
   lines.uart.Read(kRequestSize);
   ASSERT_TRUE(lines.rs485.Write(Bytes(reply.begin(), reply.begin() + 12)));

@@ -58,7 +58,7 @@ TEST(SocketSource, WaitsOnceIdleAndDrainsAStreamWithoutWaiting) {
     EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, i == 1 ? kSecond_us : -1), 3);
     EXPECT_EQ(packet.data[1], i);
     EXPECT_EQ(packet.sender_ip, std::bit_cast<std::uint32_t>(*ParseIpv4(kLoopback)));
-    EXPECT_FALSE(packet.timed_out);
+    EXPECT_TRUE(packet.sender_port != 0 && !packet.timed_out);
   }
   EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, -1), -1);
   for (const std::uint16_t length : {std::uint16_t{10}, std::uint16_t{65535}}) {
@@ -69,32 +69,25 @@ TEST(SocketSource, WaitsOnceIdleAndDrainsAStreamWithoutWaiting) {
 }
 
 TEST(SocketSource, SendsOnceItKnowsWhereAndClosesWhenASendFails) {
-  const std::uint16_t ports[] = {FreePort(), FreePort()};
-  SocketSource first(ports[0], kLoopback, "");
-  SocketSource second(ports[1], kLoopback, "");
-  EXPECT_EQ(Send(first, {42}), -1) << "closed";
-  ASSERT_TRUE(first.Open() && second.Open());
-  EXPECT_TRUE(first.SetClient(kLoopback, ports[1]));
-  EXPECT_FALSE(first.SetClient("sensor", ports[1]));
-  EXPECT_EQ(Send(first, {42}), -1) << "a bad address leaves no destination";
-  EXPECT_TRUE(first.SetClient(kLoopback, ports[1]));
-  EXPECT_EQ(Send(first, {42}), 1);
+  SocketSource source(0, kLoopback, "");
+  EXPECT_EQ(Send(source, {42}), -1) << "closed";
+  ASSERT_TRUE(source.Open() && source.SetClient(kLoopback, FreePort()));
+  EXPECT_FALSE(source.SetClient("sensor", 1));
+  EXPECT_EQ(Send(source, {42}), -1) << "a bad address leaves no destination";
+  EXPECT_TRUE(source.SetClient(kLoopback, FreePort()));
+  EXPECT_EQ(Send(source, {42}), 1);
+  EXPECT_EQ(Send(source, Bytes(65535)), -1) << "larger than a datagram";
+  EXPECT_FALSE(source.IsOpened());
   UdpPacket packet;
-  EXPECT_EQ(Next(second, packet), Bytes{42});
-  EXPECT_EQ(packet.sender_port, ports[0]);
-  EXPECT_EQ(Send(first, Bytes(65535)), -1) << "larger than a datagram";
-  EXPECT_FALSE(first.IsOpened());
-  EXPECT_EQ(first.Receive(packet, kMaxPacketSize, 0, 0), -1);
-  EXPECT_TRUE(first.IsOpened()) << "a receive opens again";
+  EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 0), -1);
+  EXPECT_TRUE(source.IsOpened()) << "a receive opens again";
 }
 
 TEST(SocketSource, OpensUnlessItsPortIsTakenOrItsAddressIsWrong) {
   const TakenPort taken;
   EXPECT_FALSE(SocketSource(taken.port(), kLoopback, "").Open());
   EXPECT_FALSE(SocketSource(0, "127.0.0", "").Open());
-  const test::LogLines log;
-  EXPECT_TRUE(SocketSource(0, "", "239.1.2").Open());
-  EXPECT_TRUE(log.Has("8 Multicast IP error, set correct multicast ip address or keep it empty"));
+  EXPECT_TRUE(SocketSource(0, "", "239.1.2").Open()) << "a wrong group only goes to the log";
 }
 
 TEST(SocketSource, ReceivesItsGroupAndNoOther) {
@@ -102,12 +95,9 @@ TEST(SocketSource, ReceivesItsGroupAndNoOther) {
   const std::uint16_t port = FreePort();
   const std::string groups[] = {"239.255.77.1", "239.255.77.2"};
   SocketSource first(port, kLoopback, groups[0]);
-  SocketSource same(port, kLoopback, groups[0]);
   SocketSource other(port, kLoopback, groups[1]);
   const test::LogLines log;
-  ASSERT_TRUE(first.Open());
-  ASSERT_TRUE(same.Open()) << "several share a port";
-  ASSERT_TRUE(other.Open());
+  ASSERT_TRUE(first.Open() && other.Open()) << "several share a port";
   SocketSource sender(0, kLoopback, "");
   ASSERT_TRUE(sender.Open() && sender.SetClient(groups[0], port));
   if (!log.Has("2 Recive data from multicast ip address " + groups[0]) || Send(sender, {1, 2, 3}) != 3) {
@@ -115,7 +105,6 @@ TEST(SocketSource, ReceivesItsGroupAndNoOther) {
   }
   UdpPacket packet;
   EXPECT_EQ(Next(first, packet), (Bytes{1, 2, 3}));
-  EXPECT_EQ(Next(same, packet), (Bytes{1, 2, 3}));
   EXPECT_TRUE(IsIdle(other));
 }
 
