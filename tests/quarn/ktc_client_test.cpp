@@ -29,10 +29,8 @@ Bytes Cut(Bytes bytes, std::size_t size) {
 struct ExchangeCase {
   const char* name;
   Answer answer;
-  int ret;
-  int last_return_code;
-  Bytes with_header;
-  Bytes without_header;
+  int ret, last_return_code;
+  Bytes with_header, without_header;
 };
 
 const Bytes kBefore = {0xEE, 0xEE};  // the result's contents before the exchange

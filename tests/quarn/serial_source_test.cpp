@@ -118,7 +118,7 @@ TEST(SerialSource, OpensWhileAnotherThreadClears) {
   auto clearing = std::async(std::launch::async, [&] {
     while (!done) source.Clear(SerialSource::kClearAll);
   });
-  for (int i = 0; i < 20; ++i) EXPECT_TRUE(source.Open());
+  for (int i = 0; i < 300; ++i) EXPECT_TRUE(source.Open());
   done = true;
   clearing.get();
   ASSERT_TRUE(line.Write(Reply(1)));
