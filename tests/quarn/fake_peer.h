@@ -5,8 +5,8 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <span>
+#include <stop_token>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -24,16 +24,14 @@ struct Request {
   Bytes payload;
 };
 
-/// What the peer does upon a request: sends `bytes` (none: silence), in one piece or byte by byte, and then
-/// perhaps closes the connection. The first two bytes always go together: the client drops an identifier that
-/// comes in two blocks.
+/// What the peer does upon a request: sends `bytes` (none: silence) and then perhaps closes the connection.
 struct Answer {
   Bytes bytes;
-  bool byte_by_byte = false;
   bool close = false;
 };
 
-/// A sensor that does what the test says, right or wrong. Serves one connection after the other.
+/// A sensor that does what the test says, right or wrong. Serves one connection after the other; a client of
+/// it is gone before it is destroyed.
 class FakePeer {
  public:
   using Handler = std::function<Answer(const Request&)>;
@@ -42,18 +40,7 @@ class FakePeer {
       : layout_(lidar::KtcParser(version).parser()->layout()),
         handler_(std::move(handler)),
         listener_(platform::TcpListener::Listen("127.0.0.1", 0)),
-        thread_([this] { Serve(); }) {}
-
-  ~FakePeer() {
-    stopping_ = true;
-    {
-      const std::lock_guard lock(mutex_);
-      if (connection_ != platform::kInvalidSocket) platform::ShutdownSocket(connection_);
-    }
-    thread_.join();
-  }
-  FakePeer(const FakePeer&) = delete;
-  FakePeer& operator=(const FakePeer&) = delete;
+        thread_([this](const std::stop_token& stop) { Serve(stop); }) {}
 
   std::uint16_t port() const { return listener_->port(); }
   int connections() const { return connections_; }
@@ -76,47 +63,34 @@ class FakePeer {
   static Answer Echo(const Request& request) { return {Reply(1, request.cmd, request.payload)}; }
 
  private:
-  void Serve() {
-    while (!stopping_) {
-      const platform::SocketHandle accepted = listener_->Accept(20);
-      if (accepted == platform::kInvalidSocket) continue;
+  void Serve(const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+      const platform::SocketHandle connection = listener_->Accept(20);
+      if (connection == platform::kInvalidSocket) continue;
       ++connections_;
-      SetConnection(accepted);
-      while (!stopping_ && Step(accepted)) continue;
-      SetConnection(platform::kInvalidSocket);
-      platform::CloseSocket(accepted);
+      while (Step(connection)) continue;
+      platform::CloseSocket(connection);
     }
-  }
-
-  void SetConnection(platform::SocketHandle connection) {
-    const std::lock_guard lock(mutex_);
-    connection_ = connection;
   }
 
   bool Step(platform::SocketHandle connection) {
-    const std::optional<Request> request = ReadRequest(connection);
-    if (!request) return false;
+    Bytes header(layout_.header_size);
+    if (!ReadAll(connection, header)) return false;
+    Request request{header[layout_.cmd],
+                    Bytes(lidar::LoadBigEndian<std::uint32_t>(header, layout_.payload_length))};
+    if (!ReadAll(connection, request.payload)) return false;
     {
       const std::lock_guard lock(mutex_);
-      requests_.push_back(*request);
+      requests_.push_back(request);
     }
-    const Answer answer = handler_(*request);
+    const Answer answer = handler_(request);
     std::span<const std::uint8_t> rest = answer.bytes;
-    for (std::size_t piece = 2; !rest.empty(); piece = 1) {
-      const auto part = answer.byte_by_byte ? rest.first(piece) : rest;
-      const int sent = platform::SendBytes(connection, part, 0);
+    while (!rest.empty()) {
+      const int sent = platform::SendBytes(connection, rest, 0);
       if (sent <= 0) return false;
       rest = rest.subspan(static_cast<std::size_t>(sent));
     }
     return !answer.close;
-  }
-
-  std::optional<Request> ReadRequest(platform::SocketHandle connection) const {
-    Bytes header(layout_.header_size);
-    if (!ReadAll(connection, header)) return std::nullopt;
-    Request request{header[layout_.cmd],
-                    Bytes(lidar::LoadBigEndian<std::uint32_t>(header, layout_.payload_length))};
-    return ReadAll(connection, request.payload) ? std::optional(std::move(request)) : std::nullopt;
   }
 
   static bool ReadAll(platform::SocketHandle connection, std::span<std::uint8_t> bytes) {
@@ -131,14 +105,10 @@ class FakePeer {
   const lidar::KtcLayout layout_;
   const Handler handler_;
   const std::unique_ptr<platform::TcpListener> listener_;
-  std::atomic<bool> stopping_{false};
   std::atomic<int> connections_{0};
-
   mutable std::mutex mutex_;
-  platform::SocketHandle connection_ = platform::kInvalidSocket;
   std::vector<Request> requests_;
-
-  std::thread thread_;  // last: everything stands when it starts
+  std::jthread thread_;  // last: everything stands when it starts
 };
 
 inline std::shared_ptr<lidar::KtcClient> MakeClient(std::uint16_t port, std::uint8_t version = 1,
@@ -152,8 +122,9 @@ inline std::shared_ptr<lidar::KtcClient> MakeClient(std::uint16_t port, std::uin
 
 /// A client that is connected to the peer.
 inline std::shared_ptr<lidar::KtcClient> Connect(const FakePeer& peer, std::uint8_t version = 1,
-                                                 std::uint32_t timeout_ms = 2000) {
-  auto client = MakeClient(peer.port(), version, timeout_ms);
+                                                 std::uint32_t timeout_ms = 2000,
+                                                 const lidar::KtcLimits& limits = {}) {
+  auto client = MakeClient(peer.port(), version, timeout_ms, 5, "127.0.0.1", 0, limits);
   EXPECT_TRUE(Eventually([&] { return client->IsOpen(); }));
   return client;
 }

@@ -11,10 +11,6 @@
 #include <string>
 #include <thread>
 
-#include "libquarn/KtcClient/src/tcp_client.h"
-#include "libquarn/KtcClient/src/tcp_open.h"
-#include "libquarn/KtcClient/src/tcp_ssl_client.h"
-
 namespace log_lib {
 namespace {
 
@@ -28,7 +24,9 @@ TEST(Logger, WritesLevelPlaceAndTextOnStop) {
   const std::filesystem::path folder =
       testing::TempDir() + "varkel_logger_test" + std::to_string(std::random_device()());
   Logger& logger = Logger::GetInstance();
-  QUARN_LOG(kError, "before the start");
+  logger.SetTap([](int, const std::string&) { throw std::runtime_error("tap"); });
+  EXPECT_NO_THROW(QUARN_LOG(kError, "before the start"));
+  logger.SetTap({});
   ASSERT_TRUE(logger.Start((folder / "log.txt").string()));
   std::thread other(LogFiftyLines, 0);
   LogFiftyLines(1);
@@ -50,37 +48,6 @@ TEST(Logger, WritesLevelPlaceAndTextOnStop) {
   EXPECT_FALSE(logger.Start(folder.string())) << "a folder";
   file.close();
   std::filesystem::remove_all(folder);
-}
-
-// Whoever reads the file looks for the transports under their own names.
-TEST(Logger, TransportsLogUnderTheirOwnNames) {
-  using quarn::lidar::TcpClient;
-  using quarn::lidar::TcpSslClient;
-  const std::string path =
-      testing::TempDir() + "varkel_transport_log" + std::to_string(std::random_device()());
-  ASSERT_TRUE(Logger::GetInstance().Start(path));
-  EXPECT_FALSE(TcpClient().SetReceiveTimeout(1));
-  EXPECT_FALSE(TcpSslClient().SetReceiveTimeout(1));
-  EXPECT_EQ(quarn::lidar::tcp_open("1.2.3", 80), -1);
-  EXPECT_FALSE(quarn::lidar::InitSslClient(nullptr, nullptr, "absent.pem"));
-  Logger::GetInstance().Stop();
-  std::ifstream file(path);
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
-  const std::string folder = " libquarn/KtcClient/src/";
-  for (const char* line :
-       {"tcp_client SetReceiveTimeout TcpClient not open",
-        "tcp_ssl_client SetReceiveTimeout TcpClient not open", "tcp_ssl_client tcp_open ip:1.2.3 port:80",
-        "tcp_ssl_client InitSslClient ca path: absent.pem"}) {
-    EXPECT_NE(text.find(folder + line), std::string::npos) << line << " is not in\n" << text;
-  }
-  file.close();
-  std::filesystem::remove(path);
-}
-
-TEST(Logger, SurvivesATapThatThrows) {
-  Logger::GetInstance().SetTap([](int, const std::string&) { throw std::runtime_error("tap"); });
-  EXPECT_NO_THROW(QUARN_LOG(kWarning, "thrown at"));
-  Logger::GetInstance().SetTap({});
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <future>
 #include <memory>
 
+#include "libquarn/Platform/src/hex_text.h"
 #include "libquarn/Source/src/ktc_serial_client.h"
 #include "libquarn/Source/src/serial_source.h"
 #include "tests/quarn/fake_peer.h"
@@ -27,7 +28,7 @@ Bytes Reply(ReplyKind kind, std::uint8_t code, const Bytes& rest) {
 
 /// A client on two lines; the test is the sensor.
 struct Lines {
-  explicit Lines() {
+  Lines() {
     uart_source->SetReceiveType(SerialSource::kCommandType);
     uart_source->SetAutoReceive(false);
     EXPECT_TRUE(uart_source->Open());
@@ -39,11 +40,6 @@ struct Lines {
       return client.QueryCommand(3, Bytes{11, 0}, body, timeout_ms);
     });
   }
-  std::future<int> SendFirmware() {
-    return std::async(std::launch::async, [this] {
-      return client.ExchangeOta(1, 2, Bytes{1, 2, 3}, 2, ota_reply);
-    });
-  }
 
   PseudoTerminal uart;
   PseudoTerminal rs485;
@@ -51,52 +47,42 @@ struct Lines {
   std::shared_ptr<SerialSource> rs485_source = std::make_shared<SerialSource>(rs485.name(), 115200, 3000000);
   SerialClient client{uart_source, rs485_source};
   Bytes body;
-  OtaReply ota_reply;
 };
 
-constexpr std::size_t kRequestSize = 21;   // code 3 with two payload bytes
-constexpr std::size_t kFirmwareSize = 32;  // three data bytes
+constexpr std::size_t kRequestSize = 21;  // code 3 with two payload bytes
 
-TEST(SerialClient, TakesTheReplyOutOfThePointCloud) {
+TEST(SerialClient, TakesTheReplyOutOfThePointCloudEvenWithAGarbledTag) {
   Lines lines;
   std::string log;  // written by the exchange's thread, read once it has ended
   lines.client.SetLogCallback([&](const std::string& line) { log += line.substr(0, 39) + "\n"; });
-  // What an abandoned exchange left unread is no reply to this one.
-  ASSERT_TRUE(lines.rs485.Write(Reply(ReplyKind::kCommand, 3, {9, 9, 9})));
-  auto result = lines.Query();
-  EXPECT_EQ(lines.uart.Read(kRequestSize).size(), kRequestSize);
-  const Bytes reply = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
-  ASSERT_TRUE(lines.rs485.Write(Bytes(500, 0x5A)));
-  for (const std::uint8_t byte : reply) ASSERT_TRUE(lines.rs485.Write(Bytes{byte}));
-  ASSERT_TRUE(lines.rs485.Write(Bytes(500, 0x5A)));
-  EXPECT_EQ(result.get(), 0);
-  EXPECT_EQ(lines.body, (Bytes{3, 3, 11, 0, 0}));
-  EXPECT_EQ(log, "SEND: 24 4c 44 43 4d 44 2c 03 03 0b 00 \nRECV: 24 4c 44 43 4d 44 2c 03 03 0b 00 \n");
-}
-
-TEST(SerialClient, TakesAReplyWhoseTagIsGarbled) {
-  Lines lines;
-  auto result = lines.Query();
-  EXPECT_EQ(lines.uart.Read(kRequestSize).size(), kRequestSize);
   Bytes reply = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
-  reply[0] = 0;
-  ASSERT_TRUE(lines.rs485.Write(test::Joined({Bytes(500, 0x5A), reply})));
-  EXPECT_EQ(result.get(), 0);
-  EXPECT_EQ(lines.body, (Bytes{3, 3, 11, 0, 0}));
+  for (const std::uint8_t first : Bytes{'$', 0}) {
+    // What an abandoned exchange left unread is no reply to this one.
+    ASSERT_TRUE(lines.rs485.Write(Reply(ReplyKind::kCommand, 3, {9, 9, 9})));
+    log.clear();
+    auto result = lines.Query();
+    EXPECT_EQ(lines.uart.Read(kRequestSize).size(), kRequestSize);
+    reply[0] = first;
+    ASSERT_TRUE(lines.rs485.Write(Bytes(500, 0x5A)));
+    for (const std::uint8_t byte : reply) ASSERT_TRUE(lines.rs485.Write(Bytes{byte}));
+    ASSERT_TRUE(lines.rs485.Write(Bytes(500, 0x5A)));
+    EXPECT_EQ(result.get(), 0);
+    EXPECT_EQ(lines.body, (Bytes{3, 3, 11, 0, 0}));
+    EXPECT_EQ(log, "SEND: 24 4c 44 43 4d 44 2c 03 03 0b 00 \nRECV: " +
+                       HexLine(Bytes(reply.begin(), reply.begin() + 11)) + "\n");
+  }
 }
 
 TEST(SerialClient, TellsSilenceNonsenseAndABrokenLineApart) {
   Lines lines;
   lines.body = {42};
   EXPECT_EQ(lines.Query(kShortMs).get(), -2);
-
-  auto wrong = lines.Query();
-  lines.uart.Read(2 * kRequestSize);  // the one before, too
   Bytes reply = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
   reply[10] ^= 1;
+  auto wrong = lines.Query();
+  lines.uart.Read(2 * kRequestSize);  // the one before, too
   ASSERT_TRUE(lines.rs485.Write(reply));
   EXPECT_EQ(wrong.get(), -2);
-
   auto pulled = lines.Query();
   lines.uart.Read(kRequestSize);
   ASSERT_TRUE(lines.rs485.Write(Bytes(reply.begin(), reply.begin() + 12)));
@@ -107,25 +93,23 @@ TEST(SerialClient, TellsSilenceNonsenseAndABrokenLineApart) {
   EXPECT_EQ(lines.body, Bytes{42}) << "a failed exchange leaves the result";
 }
 
-TEST(SerialClient, NeedsBothLinesForCommandsAndOneForFirmware) {
+TEST(SerialClient, ExchangesFirmwareFramesOnTheCommandLineAlone) {
   Lines lines;
-  Bytes body;
+  SerialClient client(lines.uart_source, nullptr);
+  EXPECT_EQ(client.QueryCommand(2, {}, lines.body, kShortMs), -1);
   OtaReply reply;
-  EXPECT_EQ(SerialClient(lines.uart_source, nullptr).QueryCommand(2, {}, body, kShortMs), -1);
-  EXPECT_EQ(SerialClient(nullptr, lines.rs485_source).QueryCommand(2, {}, body, kShortMs), -1);
   EXPECT_EQ(SerialClient(nullptr, lines.rs485_source).ExchangeOta(0, 0, {}, 1, reply), -1);
-}
-
-TEST(SerialClient, ExchangesFirmwareFramesOnTheCommandLine) {
-  Lines lines;
-  auto result = lines.SendFirmware();
-  EXPECT_EQ(lines.uart.Read(kFirmwareSize), EncodeOtaFrame(2, 1, 2, Bytes{1, 2, 3}));
+  const auto send = [&] {
+    return std::async(std::launch::async, [&] { return client.ExchangeOta(1, 2, Bytes{1, 2, 3}, 2, reply); });
+  };
+  const Bytes request = EncodeOtaFrame(2, 1, 2, Bytes{1, 2, 3});
+  auto result = send();
+  EXPECT_EQ(lines.uart.Read(request.size()), request);
   ASSERT_TRUE(lines.uart.Write(Reply(ReplyKind::kOta, 2, {0x00, 0x33})));
   EXPECT_EQ(result.get(), 0);
-  EXPECT_EQ(lines.ota_reply.command, 2);
-  EXPECT_EQ(lines.ota_reply.status, 0x33);
-  auto broken = lines.SendFirmware();
-  lines.uart.Read(kFirmwareSize);
+  EXPECT_TRUE(reply.command == 2 && reply.status == 0x33);
+  auto broken = send();
+  lines.uart.Read(request.size());
   lines.uart.Pull();
   EXPECT_EQ(broken.wait_for(test::kAtOnce), std::future_status::ready) << "the wait of half a minute ends";
   EXPECT_EQ(broken.get(), -3);

@@ -24,13 +24,12 @@ TEST(OtaTransfer, SendsStartBlocksAndEnd) {
             (std::vector<Frame>{
                 {1, 1476, 1, {}}, {2, 0, 2, block0}, {2, 1, 2, block1}, {3, Crc32Mpeg2(package), 1476, {}}}));
   EXPECT_EQ(progress, 2U);
-  progress = 10;
-  ScriptedExchange component;
-  EXPECT_EQ(SendOtaComponent(component, block0, 2, progress), 0);
+  exchange.frames.clear();
+  EXPECT_EQ(SendOtaComponent(exchange, block1, 2, progress), 0);
   EXPECT_EQ(
-      component.frames,
-      (std::vector<Frame>{{0x11, 1024, 2, {}}, {0x12, 0, 1, block0}, {0x13, Crc32Mpeg2(block0), 1024, {}}}));
-  EXPECT_EQ(progress, 11U);
+      exchange.frames,
+      (std::vector<Frame>{{0x11, 452, 2, {}}, {0x12, 0, 1, block1}, {0x13, Crc32Mpeg2(block1), 452, {}}}));
+  EXPECT_EQ(progress, 3U) << "a component adds to what was sent before";
 }
 
 // What the sensor does with the second block, how often it is asked, and what comes of it.

@@ -38,61 +38,44 @@ Bytes Collect(SerialSource& source, std::size_t size, bool data = false) {
   return all;
 }
 
-TEST(SerialPort, TakesAnyRateUpToFiveMillion) {
+TEST(SerialPort, TakesAnyRateUpToFiveMillionAndHasOneUser) {
   const PseudoTerminal line;
-  for (const std::uint32_t rate : {9600U, 115200U, 3000000U, 4000000U, 3125000U, 4999999U, 5000000U}) {
+  for (const std::uint32_t rate : {9600U, 3000000U, 3125000U, 4999999U, 5000000U}) {
     if (kUnderWine && (rate == 3125000 || rate > 4000000)) continue;  // only the usual ones reach the line
     const auto port = SerialPort::Open(line.name(), rate);
     ASSERT_TRUE(port) << rate;
     EXPECT_EQ(port->BaudRate(), rate);
     EXPECT_EQ(line.rate(), rate);
+    EXPECT_TRUE(kUnderWine || !SerialPort::Open(line.name(), rate)) << "opened twice";
   }
   EXPECT_FALSE(SerialPort::Open(line.name(), 0));
+  EXPECT_FALSE(SerialPort::Open("/dev/null", 9600) || SerialPort::Open("/dev/no-such-port", 9600));
 }
 
-TEST(SerialPort, HasOneUserAndIsASerialPort) {
-  for (const std::string name : {"/dev/no-such-port", "/dev/null", ""}) {
-    EXPECT_FALSE(SerialPort::Open(name, 9600)) << name;
-  }
-  SKIP_UNDER_WINE("serial ports may be opened twice");
+TEST(SerialSource, MovesEveryByteUnchangedAndEndsAWriteThatNobodyReads) {
   const PseudoTerminal line;
-  const auto port = SerialPort::Open(line.name(), 9600);
-  ASSERT_TRUE(port);
-  EXPECT_FALSE(SerialPort::Open(line.name(), 9600));
-}
-
-TEST(SerialPort, MovesEveryByteUnchangedAndEndsAWriteThatNobodyReads) {
-  const PseudoTerminal line;
-  const auto port = SerialPort::Open(line.name(), 115200);
-  ASSERT_TRUE(port);
+  SerialSource source(line.name(), 9600, 115200);
+  source.SetAutoReceive(false);
+  ASSERT_TRUE(source.Open());
   Bytes all(256);
   std::iota(all.begin(), all.end(), std::uint8_t{0});
-  EXPECT_EQ(port->Write(all), 256);
+  EXPECT_EQ(source.Send(all.data(), 256, 0), 256);
   EXPECT_EQ(line.Read(256), all);
   ASSERT_TRUE(line.Write(all));
-  Bytes received;
-  Bytes block(100);
-  while (received.size() < all.size() && port->WaitReadable(kPatienceUs) == 1) {
-    const int count = port->Read(block);
-    received.insert(received.end(), block.begin(), block.begin() + count);
-  }
-  EXPECT_EQ(received, all);
-  EXPECT_EQ(port->Read(block), 0);
+  EXPECT_EQ(Collect(source, 256), all);
   int sent = 256;
-  for (int i = 0; i < 4000 && sent == 256; ++i) sent = port->Write(all);
-  EXPECT_LT(sent, 256);
+  for (int i = 0; i < 4000 && sent == 256; ++i) sent = source.Send(all.data(), 256, 0);
+  EXPECT_EQ(sent, -1);
 }
 
 TEST(SerialSource, OpensAtTheRateOfItsType) {
   const PseudoTerminal line;
-  const test::LogLines log;
   for (const std::uint32_t type : {0U, 1U, 2U}) {
     SerialSource source(line.name(), 9600, 115200);
     source.SetReceiveType(type);
     EXPECT_EQ(source.Open() && source.IsOpened(), type < 2);
     EXPECT_EQ(line.rate(), type == 0 ? 115200U : 9600U);
   }
-  EXPECT_TRUE(log.Has("8 not support receiveStype, open error"));
 }
 
 TEST(SerialSource, TellsRepliesAndDataApart) {
@@ -135,7 +118,7 @@ TEST(SerialSource, OpensWhileAnotherThreadClears) {
   auto clearing = std::async(std::launch::async, [&] {
     while (!done) source.Clear(SerialSource::kClearAll);
   });
-  for (int i = 0; i < 20; ++i) EXPECT_TRUE(source.Open());
+  for (int i = 0; i < 300; ++i) EXPECT_TRUE(source.Open());
   done = true;
   clearing.get();
   ASSERT_TRUE(line.Write(Reply(1)));

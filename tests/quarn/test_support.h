@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -20,12 +19,6 @@
 #include "tests/support/silent_address.h"
 
 namespace quarn::test {
-
-#ifdef _WIN32
-inline constexpr int kConnectionRefused = 10061;  // the socket's error, which is not the C library's there
-#else
-inline constexpr int kConnectionRefused = ECONNREFUSED;
-#endif
 
 /// How long something that must come may take before the test fails.
 inline constexpr std::chrono::seconds kPatience{10};
@@ -57,11 +50,6 @@ inline void ExpectEndsAtOnce(const std::function<void()>& blocking, const std::f
               running.wait();
             }),
             kAtOnce);
-}
-
-/// A port on which nobody listens.
-inline std::uint16_t ClosedPort() {
-  return platform::TcpListener::Listen("127.0.0.1", 0)->port();
 }
 
 /// Holds a datagram port of its own, without sharing it.

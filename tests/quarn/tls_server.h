@@ -22,8 +22,6 @@ class TlsServer {
 
   /// 0 when the server did not start.
   std::uint16_t port() const { return port_; }
-  /// Waits for a line that begins with `start`; false when the server ends first.
-  bool Says(const std::string& start) { return !process_.LineAfter(start).empty(); }
 
  private:
   static std::vector<std::string> Command(const std::vector<std::string>& options) {

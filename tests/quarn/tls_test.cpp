@@ -1,13 +1,10 @@
-#include "libquarn/KtcClient/src/tcp_ssl_client.h"
-
 #include <gtest/gtest.h>
 
-#include <array>
 #include <functional>
-#include <optional>
 
 #include "libquarn/KtcClient/src/tcp_client.h"
 #include "libquarn/KtcClient/src/tcp_open.h"
+#include "libquarn/KtcClient/src/tcp_ssl_client.h"
 #include "tests/quarn/test_support.h"
 #include "tests/quarn/tls_server.h"
 #include "tests/support/certificates.h"
@@ -16,19 +13,15 @@ namespace quarn::lidar {
 namespace {
 
 using test::TlsServer;
-using Lines = std::vector<std::string>;
 
 const char kLoopback[] = "127.0.0.1";
 
-// Null for an empty name, as transports take it.
-const char* Path(const std::string& name) {
-  static std::vector<std::unique_ptr<std::string>> kept;
-  if (name.empty()) return nullptr;
-  return kept.emplace_back(std::make_unique<std::string>(test::Certificate(name)))->c_str();
+std::string Path(const std::string& name) {
+  return name.empty() ? "" : test::Certificate(name);
 }
 
-std::vector<std::string> ServerOptions(const std::string& cert = "server.pem", bool demand_identity = false,
-                                       const std::string& version = "-no_tls1_1") {
+std::vector<std::string> ServerOptions(const std::string& version = "-tls1_3",
+                                       const std::string& cert = "server.pem", bool demand_identity = false) {
   std::vector<std::string> options = {"-cert", Path(cert), "-key", Path("server.key"), version};
   if (demand_identity) {
     options.insert(options.end(), {"-CAfile", Path("ca.pem"), "-Verify", "1", "-verify_return_error"});
@@ -36,11 +29,9 @@ std::vector<std::string> ServerOptions(const std::string& cert = "server.pem", b
   return options;
 }
 
-bool Connect(TcpSslClient& client, std::uint16_t port, const std::string& identity = "",
-             const std::string& ca = "ca.pem") {
-  const bool named = !identity.empty();
-  return client.CreateContext(Path(named ? identity + ".pem" : ""), Path(named ? identity + ".key" : ""),
-                              Path(ca)) &&
+bool Connect(TcpSslClient& client, std::uint16_t port, const std::string& cert = "",
+             const std::string& key = "", const std::string& ca = "ca.pem") {
+  return client.CreateContext(Path(cert).c_str(), Path(key).c_str(), Path(ca).c_str()) &&
          client.StartSession(tcp_open(kLoopback, port)) && client.SetTimeout(10000, 10000) == 0;
 }
 
@@ -55,60 +46,34 @@ std::string Receive(TcpSslClient& client, std::uint32_t size) {
   return received == static_cast<int>(size) ? text : "failed with " + std::to_string(received);
 }
 
-TEST(Tls, ContextTellsWhichFileIsWrong) {
-  const std::string bad_key = "8 load private key file failed,please check private key file path";
-  const struct {
-    std::string cert, key, ca, error;
-  } cases[] = {
-      {"", "", "", ""},
-      {"client.pem", "client.key", "ca.pem", ""},
-      {"", "", "server.key", "8 load ca failed,please check ca file path"},
-      {"absent.pem", "client.key", "ca.pem", "8 load cert file failed,please check cert file path"},
-      {"client.pem", "locked.key", "ca.pem", bad_key},
-      {"client.pem", "other-kind.key", "ca.pem", "8 check private key failed"},
-  };
-  for (const auto& c : cases) {
-    const test::LogLines log;
-    const TlsContext context = InitSslClient(Path(c.cert), Path(c.key), Path(c.ca));
-    EXPECT_EQ(context != nullptr, c.error.empty()) << c.cert << " " << c.key << " " << c.ca;
-    EXPECT_TRUE(c.error.empty() || log.Has(c.error)) << c.error;
-  }
-}
-
 TEST(Tls, MeetsPeersGoodAndBad) {
-  const std::string success = "2 TcpSslClient::Open() success!";
-  const std::string refused = "8 connect ssl failed";
-  const std::string unverified = "8 verify ssl failed";
   const struct {
-    std::string what, server, identity, ca, with_tls12, with_tls13;
-    bool demands_identity, exchanges;
-  } cases[] = {
-      {"good peer", "server.pem", "client", "ca.pem", success, success, true, true},
-      {"peer that asks for nothing", "server.pem", "", "ca.pem", success, success, false, true},
-      {"wrong authority", "server.pem", "client", "other-ca.pem", refused, refused, true, false},
-      {"wrong one, no identity", "server.pem", "", "other-ca.pem", unverified, unverified, false, false},
-      {"no authority", "server.pem", "", "", unverified, unverified, false, false},
-      {"expired", "expired.pem", "client", "ca.pem", refused, refused, true, false},
-      {"expired, no identity", "expired.pem", "", "ca.pem", unverified, unverified, false, false},
+    const char *what, *version, *server, *cert, *key, *ca;
+    bool demands_identity, opens, exchanges;
+  } kCases[] = {
+      {"good peer", "-tls1_2", "server.pem", "client.pem", "client.key", "ca.pem", true, true, true},
+      {"good peer", "-tls1_3", "server.pem", "client.pem", "client.key", "ca.pem", true, true, true},
+      {"peer that asks for nothing", "-tls1_3", "server.pem", "", "", "ca.pem", false, true, true},
+      {"wrong authority", "-tls1_3", "server.pem", "", "", "other-ca.pem", false, false, false},
+      {"no authority", "-tls1_3", "server.pem", "", "", "", false, false, false},
+      {"expired", "-tls1_3", "expired.pem", "client.pem", "client.key", "ca.pem", true, false, false},
+      {"no client certificate", "-tls1_2", "server.pem", "", "", "ca.pem", true, false, false},
       // The newer handshake ends before the peer has looked for the client's certificate.
-      {"no client certificate", "server.pem", "", "ca.pem", refused, success, true, false},
+      {"no client certificate", "-tls1_3", "server.pem", "", "", "ca.pem", true, true, false},
+      {"locked key", "-tls1_3", "server.pem", "client.pem", "locked.key", "ca.pem", false, false, false},
+      {"other key", "-tls1_3", "server.pem", "client.pem", "other-kind.key", "ca.pem", false, false, false},
+      {"no authority's file", "-tls1_3", "server.pem", "", "", "server.key", false, false, false},
   };
-  for (const std::string version : {"-tls1_2", "-tls1_3"}) {
-    for (const auto& c : cases) {
-      SCOPED_TRACE(c.what + " " + version);
-      TlsServer server(ServerOptions(c.server, c.demands_identity, version));
-      ASSERT_NE(server.port(), 0);
-      TcpSslClient client;
-      const std::string& result = version == "-tls1_2" ? c.with_tls12 : c.with_tls13;
-      const test::LogLines log;
-      EXPECT_EQ(Connect(client, server.port(), c.identity, c.ca), result == success);
-      EXPECT_EQ(log.All().back(), result);
-      EXPECT_EQ(client.IsOpened(), result == success);
-      if (result == success) {
-        Send(client, "abc\n");
-        EXPECT_EQ(Receive(client, 4), c.exchanges ? "cba\n" : "failed with -1");
-        EXPECT_EQ(log.Has("8 ssl receive failed"), !c.exchanges);
-      }
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(std::string(c.what) + " " + c.version);
+    TlsServer server(ServerOptions(c.version, c.server, c.demands_identity));
+    ASSERT_NE(server.port(), 0);
+    TcpSslClient client;
+    EXPECT_EQ(Connect(client, server.port(), c.cert, c.key, c.ca), c.opens);
+    EXPECT_EQ(client.IsOpened(), c.opens);
+    if (c.opens) {
+      Send(client, "abc\n");
+      EXPECT_EQ(Receive(client, 4), c.exchanges ? "cba\n" : "failed with -1");
     }
   }
 }
@@ -118,34 +83,28 @@ TEST(Tls, ReceivesExactlyWhatIsAskedOrFails) {
   TcpSslClient client;
   ASSERT_TRUE(Connect(client, server.port()));
   EXPECT_EQ(Send(client, "abcdef\n"), 7);
-  std::array<std::uint8_t, 4> untouched{9, 9, 9, 9};
-  EXPECT_EQ(client.Receive(untouched.data(), 4, kReceiveWithoutWaiting), -1);
-  EXPECT_EQ(untouched, (std::array<std::uint8_t, 4>{9, 9, 9, 9}));
+  std::uint8_t byte = 9;
+  EXPECT_EQ(client.Receive(&byte, 1, kReceiveWithoutWaiting), -1);
+  EXPECT_EQ(byte, 9);
   EXPECT_EQ(Receive(client, 2), "fe");
   Send(client, "123\n");
   EXPECT_EQ(Receive(client, 9), "dcba\n321\n");  // both answers in one receive
   EXPECT_TRUE(client.SetReceiveTimeout(100));
   EXPECT_EQ(Receive(client, 60), "failed with -1");
-  EXPECT_EQ(Send(client, std::string(40000, 'x')), 40000);  // several records
 }
 
 TEST(Tls, OpensLeaveAPeerThatAnswers) {
-  for (const bool plain : {false, true}) {
-    const auto peer = platform::TcpListener::Listen(kLoopback, 0);
-    const test::LogLines log;
-    TcpSslClient client;
-    EXPECT_FALSE(plain ? client.Open(kLoopback, peer->port(), false, nullptr, nullptr, nullptr)
-                       : client.TryOpen(0, kLoopback, peer->port(), false, nullptr, nullptr, nullptr, 1));
-    EXPECT_EQ(log.All().back(), "8 Connect to Server Failed!~!~");
-    EXPECT_FALSE(client.IsOpened());
-    const platform::SocketHandle connection = peer->Accept(5000);
-    std::array<std::uint8_t, 1> byte{};
-    EXPECT_EQ(platform::ReceiveBytes(connection, byte, 0), 0);  // closed, and nothing was sent
+  const auto peer = platform::TcpListener::Listen(kLoopback, 0);
+  const test::LogLines log;
+  TcpSslClient client;
+  EXPECT_FALSE(client.Open(kLoopback, peer->port(), false, nullptr, nullptr, nullptr));
+  EXPECT_FALSE(client.TryOpen(0, kLoopback, peer->port(), false, nullptr, nullptr, nullptr, 1));
+  EXPECT_EQ(log.All().back(), "8 Connect to Server Failed!~!~");
+  for (const platform::SocketHandle connection : {peer->Accept(5000), peer->Accept(5000)}) {
+    std::uint8_t byte = 0;
+    EXPECT_EQ(platform::ReceiveBytes(connection, {&byte, 1}, 0), 0);  // closed, and nothing was sent
     platform::CloseSocket(connection);
   }
-  const test::LogLines log;
-  EXPECT_FALSE(TcpSslClient().TryOpen(0, "1.2.3", 80, false, nullptr, nullptr, nullptr, 1));
-  EXPECT_EQ(log.All(), (Lines{"8 tcp_try_open inet_pton error:1.2.3", "8 connect ssl failed"}));
 }
 
 TEST(Tls, InterruptEndsWhatRunsAndWhatComesLater) {
@@ -161,8 +120,7 @@ TEST(Tls, InterruptEndsWhatRunsAndWhatComesLater) {
         if (Connect(client, server.port())) {
           EXPECT_EQ(Receive(client, 1), "failed with -1");
         }
-      },
-  };
+      }};
   for (const auto& block : blocking) {
     TcpSslClient client;
     test::ExpectEndsAtOnce([&] { block(client); }, [&] { client.Interrupt(); });
