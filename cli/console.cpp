@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
-#include <streambuf>
 
 #include "libquarn/Platform/src/terminal.h"
 
@@ -16,13 +15,6 @@ namespace {
 
 using quarn::lidar::IsTerminal;
 using quarn::lidar::StandardStream;
-
-/// Swallows what is written to it. Stateless, so several threads may write at once.
-class Sink : public std::streambuf {
- protected:
-  int_type overflow(int_type character) override { return traits_type::not_eof(character); }
-  std::streamsize xsputn(const char*, std::streamsize count) override { return count; }
-};
 
 bool IsColourWanted() {
   const char* const no_colour = std::getenv("NO_COLOR");
@@ -50,8 +42,7 @@ std::string PlainBut(const std::string& text, QChar kept) {
 }  // namespace
 
 Console::Console() : has_colours_(IsColourWanted()), has_status_(IsTerminal(StandardStream::kError)) {
-  static Sink sink;
-  std::cout.rdbuf(&sink);
+  std::cout.rdbuf(nullptr);  // the core's trace lines are not among the results
 }
 
 void Console::Result(const std::string& text) {

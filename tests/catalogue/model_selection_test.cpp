@@ -16,7 +16,9 @@ TEST(ModelSelection, ListsTheTablesOfAFolder) {
                            ".hidden.csv", ".~lock.A.csv#", "~$A.csv"}) {
     std::ofstream(folder / name).flush();
   }
+#ifndef _WIN32  // Wine makes no links
   std::filesystem::create_symlink(folder / "loop.csv", folder / "loop.csv");
+#endif
   EXPECT_THAT(ListModels(folder.string()), testing::ElementsAre("A", "a", "b"));
   EXPECT_THAT(ListModels((folder / "missing").string()), testing::IsEmpty());
   std::filesystem::remove_all(folder);

@@ -1,4 +1,5 @@
 #include "tests/core/core_test.h"
+#include "tests/support/wine.h"
 
 namespace {
 
@@ -15,6 +16,7 @@ class ConnectionTest : public QObject {
         {"Zelto", "/dev/none", "/dev/none", "RS485 serial port", "RS485 serial open fail"},
         {"Zelto", "", "same", "UART serial port", "UART serial open fail"}};
     for (const QStringList& texts : cases) {
+      if (kUnderWine && texts[2] == "same") continue;  // where a serial port may be opened twice
       ControllerFixture fixture({}, texts[0].toStdString());
       VarkelManager& manager = *fixture.manager;
       const QString rs485 = manager.serial_port_485();
@@ -97,10 +99,11 @@ class ConnectionTest : public QObject {
   void SmallSensorOnLines() {
     ControllerFixture fixture({}, "Zelto");
     VarkelManager& manager = *fixture.manager;
-    manager.set_baud_rate("3125000");
+    const unsigned rate = kUnderWine ? 115200 : 3125000;  // only the usual ones reach the line there
+    manager.set_baud_rate(QString::number(rate));
     for (int round = 0; round < 2; ++round) {
       QVERIFY(fixture.Connect());
-      QCOMPARE(fixture.on_lines->rs485_rate(), 3125000U);
+      QCOMPARE(fixture.on_lines->rs485_rate(), rate);
       QCOMPARE(fixture.on_lines->uart_rate(), 9600U);
       manager.ZeltoSetStandby(1);  // needs KTC
       QCOMPARE(fixture.NextError(), "lidar is not connected, or lidar is upgrade");

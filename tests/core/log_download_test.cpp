@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 
 #include <QDateTime>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QStandardPaths>
@@ -23,15 +24,16 @@ QStringList Packed(const QString& archive) {
   QProcess tar;
   tar.start("tar", {"-tf", archive});
   if (!tar.waitForFinished()) return {"tar hangs"};
-  return QString::fromLocal8Bit(tar.readAll()).split('\n', Qt::SkipEmptyParts);
+  return QString::fromLocal8Bit(tar.readAll()).remove('\r').split('\n', Qt::SkipEmptyParts);
 }
 
 class LogDownloadTest : public QObject {
   Q_OBJECT
  private slots:
   void init() {
-    folder_ = std::make_unique<QTemporaryDir>();
-    parts_.removeRecursively();  // an earlier run's
+    folder_ =
+        std::make_unique<QTemporaryDir>(QDir::current().filePath("log-XXXXXX"));  // on the tables' own drive
+    parts_.removeRecursively();                                                   // an earlier run's
     fixture_ = std::make_unique<ControllerFixture>();
     QVERIFY(fixture_->ConnectOn());
   }

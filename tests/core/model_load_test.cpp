@@ -1,3 +1,4 @@
+#include <QDir>
 #include <QTemporaryDir>
 
 #include "tests/core/core_test.h"
@@ -9,7 +10,7 @@ class ModelLoadTest : public QObject {
   Q_OBJECT
  private slots:
   void FaultsOfATableAreLoggedOnceALoad() {
-    const QTemporaryDir folder;
+    const QTemporaryDir folder(QDir::current().filePath("table-XXXXXX"));  // on the tables' own drive
     Put(folder.filePath("odd.csv"),
         Content("Config/varID/Quenta.csv")
             .replace("Sync Angle,1,uint16,90,0~359,deg,", "X,1,uint8,90,,,\"0,5\"")

@@ -41,18 +41,19 @@ TEST(TcpOpen, AWaitThatFailsIsAFailedConnection) {
   const test::SilentAddress silent;
   const test::LogLines log;
   std::atomic<bool> interrupted{false};
-  auto opening =
-      std::async(std::launch::async, [&] { return tcp_open("127.0.0.1", silent.port(), &interrupted); });
+  constexpr int kOpening = 1;
+  std::atomic<int> result{kOpening};
+  const std::jthread opening([&] { result = tcp_open("127.0.0.1", silent.port(), &interrupted); });
   ASSERT_TRUE(test::Eventually([&] { return !log.All().empty(); }));
   rlimit files{};
   getrlimit(RLIMIT_NOFILE, &files);
   const rlimit none{0, files.rlim_max};
   setrlimit(RLIMIT_NOFILE, &none);  // from now on the system refuses to wait for a descriptor
-  const bool ended = opening.wait_for(test::kPatience) == std::future_status::ready;
+  const bool ended = test::Eventually([&] { return result != kOpening; });
   setrlimit(RLIMIT_NOFILE, &files);
   interrupted = true;
   EXPECT_TRUE(ended);
-  EXPECT_EQ(opening.get(), -1);
+  EXPECT_EQ(result, -1);
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ std::string Outcome(Read read, const char* text) {
   }
 }
 
-// What the standard library reads alike, fuzz/value_text.cpp compares.
+// What the standard library reads alike, fuzz/model_table.cpp compares.
 TEST(TextNumber, ReadsOrSaysWhyNot) {
   const struct {
     const char *text, *as_int, *as_float, *as_double;

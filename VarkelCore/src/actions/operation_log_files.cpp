@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
+#include <QThread>
 #include <utility>
 
 #include "VarkelCore/src/tasks/atomic_file.h"
@@ -12,6 +13,9 @@
 namespace varkel {
 
 namespace {
+
+constexpr int kRemovalAttempts = 20;
+constexpr unsigned long kRemovalPauseMs = 25;
 
 /// So many downloads would have to begin in one second before another one finds no time stamp.
 constexpr int kMaxStamps = 60;
@@ -51,7 +55,12 @@ bool OperationLogFiles::Write(std::size_t part, std::span<const std::uint8_t> by
 
 void OperationLogFiles::Remove() const {
   for (std::size_t part = 0; part < kOperationLogParts.size(); ++part) QFile::remove(Path(part));
-  QDir().rmdir(folder_);  // fails if something else is in it
+  // Windows keeps a folder in use for a moment after the program that worked in it has ended. What else is in
+  // it keeps it.
+  for (int attempt = 0; attempt < kRemovalAttempts && QDir(folder_).isEmpty(); ++attempt) {
+    if (QDir().rmdir(folder_)) return;
+    QThread::msleep(kRemovalPauseMs);
+  }
 }
 
 QStringList OperationLogFiles::names() const {

@@ -26,9 +26,8 @@ constexpr char kConversion[] =
     "bool VarkelManager::updateSingleVarFromOutput(VarInfo&, std::uint8_t, std::span<const std::uint8_t>, "
     "std::vector<std::uint8_t>&, bool)";
 
-template <typename... Values>
-void LogError(const char* format, const Values&... values) {
-  log_lib::Logger::GetInstance().AddToQueue(log_lib::kError, kSourceFile, 0, kConversion, format, values...);
+void LogError(const std::string& text) {
+  log_lib::Logger::GetInstance().AddToQueue(log_lib::kError, kSourceFile, 0, kConversion, "%s", text.c_str());
 }
 
 QString Text(const std::string& text) {
@@ -45,12 +44,12 @@ void LogFault(ValueFault fault, const VarInfo& var, std::size_t size) {
       LogError("HWVER size is not qual to 16, please check your config file");
       break;
     case ValueFault::kUnsupportedType:
-      LogError("var_type not support: %s", var.var_type.c_str());
+      LogError("var_type not support: " + var.var_type);
       break;
     case ValueFault::kEmpty:
     case ValueFault::kNumberSize:
-      LogError("%s: %zu bytes are no %s, please check your config file", var.var_name.c_str(), size,
-               var.var_type.c_str());
+      LogError(var.var_name + ": " + std::to_string(size) + " bytes are no " + var.var_type +
+               ", please check your config file");
       break;
     case ValueFault::kNone:
       break;
