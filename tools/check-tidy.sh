@@ -2,7 +2,7 @@
 # check-tidy.sh [--all | --base COMMIT] [PRESET]: clang-tidy over our own sources, tests and benchmarks included, with
 # the compile commands of a configured preset (dev). Checks what has changed since COMMIT, uncommitted changes too: by
 # default since the branch left origin/main or, where there is no such branch or nothing has changed since, over the
-# last 20 commits. --all checks everything.
+# last 2 commits. --all checks everything.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 all=
@@ -22,7 +22,7 @@ default_base() {
   local base
   base=$(git merge-base origin/main HEAD 2>/dev/null || true)
   if [ -z "$base" ] || git diff --quiet "$base" --; then
-    base=$(git rev-list --max-count=21 --first-parent HEAD | tail -n 1)
+    base=$(git rev-list --max-count=3 --first-parent HEAD | tail -n 1)
   fi
   echo "$base"
 }
