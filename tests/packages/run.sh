@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes the packages twice, the second time with everything linked and packed anew and elsewhere, compares them byte by
-# byte, and tries them. --compile also compiles all of it anew.
+# Makes the packages twice, the second time with everything linked and packed again elsewhere, compares them byte by
+# byte, and tries them. --compile also recompiles all of it.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 first=$PWD/dist

@@ -245,7 +245,7 @@ bool Guide::VisitSmallSensor() {
       return placeholder.exactMatch(row.toMap().value("value").toString());
     });
   };
-  // The connection is told when the versions have come, and the page asks for the destination then.
+  // The connection is reported at once; the page asks for versions and destination after that.
   const auto is_quiet = [this] { return !Find("loadingBar")->isVisible() && !manager_->isWorking(); };
   WaitUntil([&] { return is_filled() && is_quiet(); }, kReadMs);
   QTextStream out(stdout);
