@@ -7,6 +7,11 @@ set(CMAKE_C_COMPILER ${host}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${host}-g++-posix)
 set(CMAKE_RC_COMPILER ${host}-windres)
 
+# Without this a std::stop_callback that is destroyed while it runs can hang for ever: it waits on a binary_semaphore, and
+# libstdc++ 12 builds those on an atomic wait that looks at the value before it takes the lock where there is no futex
+# (_M_do_wait in bits/atomic_wait.h), so that a release in between wakes nobody.
+set(CMAKE_CXX_FLAGS_INIT -D_GLIBCXX_USE_POSIX_SEMAPHORE=1)
+
 set(VARKEL_WINDOWS_LIBRARIES ${CMAKE_CURRENT_LIST_DIR}/../build/windows-libraries)
 get_filename_component(VARKEL_WINDOWS_QT ${CMAKE_CURRENT_LIST_DIR}/../build/windows-qt REALPATH)
 set(CMAKE_FIND_ROOT_PATH /usr/${host} ${VARKEL_WINDOWS_LIBRARIES} ${VARKEL_WINDOWS_QT})
