@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <sstream>
+#include <string>
 #include <thread>
 
 #include "VarkelCore/src/session/exchange.h"
@@ -44,6 +46,19 @@ struct Case {
   std::string name() const { return std::string(operation->name) + " (" + operation->model + ") " + rule; }
 };
 
+/// A thread that was joined stays listed for a moment. Its flags say that it is gone: PF_EXITING, proc(5).
+bool IsExiting(const std::filesystem::path& task) {
+  constexpr unsigned long kExiting = 0x4;
+  std::string text;
+  std::ifstream stat(task / "stat");
+  if (!std::getline(stat, text)) return true;
+  std::istringstream fields(text.substr(text.rfind(')') + 1));
+  std::string skipped;
+  for (int i = 0; i < 6; ++i) fields >> skipped;
+  unsigned long flags = 0;
+  return !(fields >> flags) || (flags & kExiting) != 0;
+}
+
 /// A thread starts under the name of the one that made it: with a name of its own each case can count its
 /// threads, whatever runs beside it.
 std::size_t ThreadsNamed(const std::string& name) {
@@ -51,7 +66,9 @@ std::size_t ThreadsNamed(const std::string& name) {
   std::error_code gone;
   for (const auto& task : std::filesystem::directory_iterator("/proc/self/task", gone)) {
     std::string line;
-    if (std::ifstream comm(task.path() / "comm"); std::getline(comm, line) && line == name) ++count;
+    if (std::ifstream comm(task.path() / "comm");
+        std::getline(comm, line) && line == name && !IsExiting(task.path()))
+      ++count;
   }
   return count;
 }
