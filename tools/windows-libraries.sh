@@ -1,19 +1,25 @@
 #!/usr/bin/env bash
 # Provides the libraries of the Windows cross-build, once: OpenSSL and libcsv are built from Debian's source
-# packages, what consists of headers is linked to. Everything goes to build/windows-libraries, with OpenSSL's
-# program for the tests.
+# packages, what consists of headers is linked to, and OpenSSL's program is there for the tests. The tree goes to a
+# folder of the user's cache that is named after this script's content and the compiler; build/windows-libraries leads
+# there.
 # Needs what packages-windows.txt lists, and a package list that names sources (it makes one of its own).
 set -Eeuo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-prefix=$PWD/build/windows-libraries
 host=x86_64-w64-mingw32
-stamp=$prefix/complete-3
+cache=${VARKEL_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/varkel}
+made_of=$({ cat tools/windows-libraries.sh tools/debian-sources.sh; $host-gcc --version; } | sha256sum | cut -c 1-8)
+prefix=$cache/windows-libraries-$made_of
+stamp=$prefix/complete
+mkdir -p build
+rm -rf build/windows-libraries
+ln -s "$prefix" build/windows-libraries
 if [ -e "$stamp" ]; then
   echo "Windows libraries: $prefix is complete."
   exit 0
 fi
 work=$prefix/work
-rm -rf "$work"
+rm -rf "$prefix"
 mkdir -p "$work" "$prefix/bin" "$prefix/include" "$prefix/lib"
 . tools/debian-sources.sh
 log=$prefix/build.log
