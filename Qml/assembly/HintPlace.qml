@@ -17,6 +17,11 @@ Item {
 
     // When complete, so that it heeds its delay.
     Component.onCompleted: Qt.callLater(openInWindow)
+    Window.onWindowChanged: {
+        if (Window.window === null) {
+            tip.close();
+        }
+    }
 
     DefaultToolTip {
         id: tip
