@@ -15,7 +15,7 @@ namespace varkel::cli {
 namespace {
 
 constexpr std::chrono::milliseconds kCheckPeriod{100};
-/// A sensor unpacks the package and starts anew.
+/// A sensor unpacks the package and restarts.
 constexpr std::chrono::seconds kLongestReturn{120};
 
 const VarInfo* UpgradeRow(const ConfigParser& catalogue) {
@@ -52,7 +52,7 @@ class Upgrading {
 
   /// False when it was not started.
   bool Start(int small_mode);
-  /// Until the package is through and a sensor in the network has been told to restart.
+  /// Until the package is through and a sensor in the network has been asked to restart.
   void Wait();
 
  private:
@@ -98,9 +98,10 @@ SensorResult AwaitReturn(const Job& job) {
   while (std::chrono::steady_clock::now() < end && SleepUnlessStopped(job.stop, kCheckPeriod)) {
     RecordingReport report;
     auto link = SensorLink::Open(job.link.target(), job.table_folder, report, job.stop);
-    if (link)
+    if (link) {
       return Info(
           {job.arguments, job.table_folder, **link, report, job.stop, job.console, job.is_alone, {}, {}});
+    }
   }
   return Sentence(job.link.target(), kNoConnection,
                   "The package is through, but the sensor did not come back.");
@@ -112,13 +113,15 @@ SensorResult Upgrade(const Job& job) {
   const std::string& mode = job.arguments.mode;
   const bool is_network = job.link.has_variables();
   const auto small_mode = SmallMode(mode);
-  if (is_network ? !mode.empty() && mode != "lidar" : !small_mode)
+  if (is_network ? !mode.empty() && mode != "lidar" : !small_mode) {
     return Lacks(job, "upgrade mode \"" + mode + "\"");
+  }
   Upgrading upgrading(job);
   const bool is_started = upgrading.Start(small_mode.value_or(0));
   if (is_started) upgrading.Wait();
-  if (job.stop.stop_requested())
+  if (job.stop.stop_requested()) {
     return Sentence(job.link.target(), kFailed, "Stopped while the package was sent.");
+  }
   if (!is_started || !job.report.error().empty()) {
     const std::string fault = job.report.error();
     return Sentence(job.link.target(), kFailed,

@@ -2,7 +2,7 @@ import QtQuick 2.15
 import "."
 
 NoticeWindow {
-    // What packaging/licences/third-party.txt tells at length.
+    // packaging/licences/third-party.txt has the full texts.
     readonly property var madeWith: [
         ["Qt 5.15", "LGPL 3, linked dynamically: you may replace it"],
         ["OpenSSL 3", "Apache 2.0"],

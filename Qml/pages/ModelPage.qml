@@ -43,7 +43,7 @@ Item {
             anchors.fill: parent
             topMargin: Theme.margin - Theme.gapSmall
             bottomMargin: Theme.margin
-            // The package that the user has chosen stands in its row, which therefore stays.
+            // Its row shows the package that the user has chosen, so the row is kept.
             cacheBuffer: page.rows && page.rows.upgrades ? Theme.wholePage : Math.max(0, height)
             boundsBehavior: Flickable.StopAtBounds
             keyNavigationEnabled: false

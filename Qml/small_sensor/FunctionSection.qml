@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// What a small sensor can be told and asked, one row each. Rows that the model does not have are hidden.
+// What a small sensor can be set to and asked for, one row each. Rows that the model does not have are hidden.
 Section {
     id: section
 

@@ -2,7 +2,7 @@ import QtQuick 2.15
 import "../assembly"
 
 // Asks the sensor for something. It rests while the sensor is busy with another call, and dims so slowly that a
-// quick answer does not make the page flicker. Its tip stands beside it, off the button of the next row.
+// quick answer does not make the page flicker. Its tip appears beside it, off the button of the next row.
 DefaultToolButton {
     id: button
 

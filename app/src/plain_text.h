@@ -5,7 +5,7 @@
 
 /// Makes text from a sensor or a table fit to be shown or saved. What it could do to its surroundings becomes
 /// visible text: control characters (a line break would forge a second entry) turn into "\n" or "\x1b", those
-/// that change the direction of what stands beside them, and Unicode's line separators, into "\u202e".
+/// that change the direction of the text beside them, and Unicode's line separators, into "\u202e".
 ///
 /// QML has it as the singleton `PlainText`. What is shown is cut: laying out a megabyte stops the window.
 class PlainText : public QObject {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <functional>
 
-/// What a program tells of itself once its window is on the screen.
+/// What a program reports once its window is on the screen.
 namespace varkel::bench {
 
 /// Without a display the window is drawn into memory. Ahead of the application object.

@@ -117,7 +117,7 @@ int MeasureIdle(int seconds) {
   return EXIT_SUCCESS;
 }
 
-/// The longest of what it is told.
+/// The longest of the intervals that it measures.
 struct Longest {
   void Begin() { timer.start(); }
   void End() { ms = std::max(ms, static_cast<double>(timer.nsecsElapsed()) / 1e6); }

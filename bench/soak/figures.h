@@ -9,7 +9,7 @@ inline constexpr bool kSanitized = true;
 inline constexpr bool kSanitized = false;
 #endif
 
-/// What a process holds, as the system tells it.
+/// What a process holds, according to the system.
 struct Figures {
   static Figures Now();  ///< after free memory went back to the system
 

@@ -67,7 +67,7 @@ class DatagramStream {
   StopSignal stop_;
   std::atomic<std::uint64_t> sent_{0};
   std::atomic<std::uint64_t> refused_{0};
-  std::thread thread_;  // last: everything stands when it starts
+  std::thread thread_;  // last: it uses all of the above
 };
 
 }  // namespace varkel::sim

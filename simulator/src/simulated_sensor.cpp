@@ -56,7 +56,7 @@ struct SimulatedSensor::Parts {
     if (HasSmallSensor(options.table_path)) AddSmallSensor();
   }
 
-  /// It tells the serial number that the table does.
+  /// Its serial number is the one in the table.
   void AddSmallSensor() {
     device = std::make_unique<SmallSensorDevice>();
     tunnel.emplace(SerialParts{*device, faults, options.serial_watcher});

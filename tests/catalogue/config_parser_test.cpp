@@ -33,7 +33,7 @@ struct Loaded {
   std::string output;
 };
 
-// The identifiers, in order, each with a blank behind.
+// The identifiers, in order, each followed by a space.
 std::string Ids(const ConfigParser::VarList& vars) {
   std::string ids;
   for (const VarInfo* var : vars) ids += var->var_id + " ";
@@ -158,7 +158,7 @@ TEST(ConfigParser, LinksSwitchesToTheRowsAtTheirPosition) {
     rows.push_back("Get=7;Index=" + std::to_string(rows.size()) + ";FunctionModule=" + place);
   }
   const Loaded table(rows);
-  // A switch stands at its own position, may follow in the file, and none switches a negative position.
+  // A switch keeps its own position, may come later in the file, and none switches a negative position.
   const std::map<std::string, const VarInfo*> switches = {{"1-1", &table["1-1"]}, {"1-2", &table["1-1"]},
                                                           {"1-3", nullptr},       {"1-4", &table["1-5"]},
                                                           {"1-5", nullptr},       {"1-6", nullptr}};
@@ -231,7 +231,7 @@ TEST(ConfigParser, FindsTheFieldOfACommand) {
   };
   EXPECT_EQ(field_of("7", "1-2"), Span(3, 4));
   EXPECT_EQ(field_of("8", "1-1"), Span(4, 2));
-  EXPECT_EQ(field_of("7", "2-1"), Span(2, 1)) << "a command that stands in both columns reads";
+  EXPECT_EQ(field_of("7", "2-1"), Span(2, 1)) << "a command in both columns reads";
   EXPECT_EQ(field_of("99", "9-1"), Span(0, 32));
   EXPECT_EQ(table["9-1"].var_len, 32U);
   EXPECT_FALSE(table.catalogue.GetVarPosOffset("7", "5-5", 100, field));

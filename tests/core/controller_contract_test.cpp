@@ -8,7 +8,8 @@ namespace {
 class ControllerContractTest : public QObject {
   Q_OBJECT
  private slots:
-  // Hosts address signals and invokables by number: one that comes, goes or moves shifts those behind it.
+  // Hosts address signals and invokables by number: one that is added, removed or moved shifts those after
+  // it.
   void MethodsKeepTheirNumbers() {
     const std::pair<int, const char*> numbers[] = {{0, "isConnectedChanged()"},
                                                    {7, "sendCommandHistoryChanged()"},

@@ -22,8 +22,8 @@ struct ControllerFixture {
   /// Runs events until the condition holds; false when the time ran out.
   static bool Wait(const std::function<bool()>& condition, int seconds = 20);
 
-  /// True when the connection stands. Tries again when the sensor did not accept within its 200 ms, which a
-  /// busy machine may miss.
+  /// True when the connection is established. Tries again when the sensor did not accept within its 200 ms,
+  /// which a busy machine may miss.
   bool Connect();
   /// The same with that page shown; no page: nothing but the test's own requests is on the wire.
   bool ConnectOn(int page = -1);
@@ -31,7 +31,7 @@ struct ControllerFixture {
   QString NextError() { return Next(errors); }
   QString NextSuccess() { return Next(successes); }
 
-  void StartSensor();  ///< and tells the controller where
+  void StartSensor();  ///< and gives the controller its port
   void StopSensor();
   void AddFault(const std::string& rule);
   void ClearFaults();

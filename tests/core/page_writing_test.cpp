@@ -45,7 +45,8 @@ class PageWritingTest : public QObject {
   }
 
   void SaveCarriesEveryFieldAtItsPlace() {
-    fixture_->sensor->SetValue("Noise Filter Level", "-9");  // behind the user's back: must not be undone
+    fixture_->sensor->SetValue("Noise Filter Level",
+                               "-9");  // without the user's knowledge: must not be undone
     fixture_->Edit("Intensity Threshold", "200");
     fixture_->Edit("Detection Threshold", "126.5");
     QVERIFY(Saves(4));

@@ -108,7 +108,7 @@ class FakePeer {
   std::atomic<int> connections_{0};
   mutable std::mutex mutex_;
   std::vector<Request> requests_;
-  std::jthread thread_;  // last: everything stands when it starts
+  std::jthread thread_;  // last: it uses all of the above
 };
 
 inline std::shared_ptr<lidar::KtcClient> MakeClient(std::uint16_t port, std::uint8_t version = 1,

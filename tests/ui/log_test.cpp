@@ -150,7 +150,7 @@ class LogTest : public QObject {
     QVERIFY(save(desk.folder.filePath("no/such.txt")).contains("could not be written"));
 
 #ifndef _WIN32
-    // A full disk, for which the largest size of a file stands in: the log saved before is still there.
+    // A full disk, simulated by a limit on the size of a file: the log saved before is still there.
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit size{};
     getrlimit(RLIMIT_FSIZE, &size);

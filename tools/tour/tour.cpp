@@ -189,11 +189,11 @@ void Guide::TakeNotices() const {
   }
 }
 
-// What has just been told reaches the picture with the next frame, what is drawn by hand with the one after,
-// and a colour takes some more to change.
+// What has just been reported reaches the picture with the next frame, what is drawn by hand with the one
+// after, and a colour takes some more to change.
 void Guide::WaitForFrames() const {
   const auto frames =
-      std::make_shared<int>(0);  // a frame that another thread painted may be told of later still
+      std::make_shared<int>(0);  // a frame that another thread painted may be reported later still
   const auto counter =
       QObject::connect(&view_, &QQuickWindow::frameSwapped, manager_, [view = &view_, frames] {
         ++*frames;
@@ -235,7 +235,7 @@ bool Guide::VisitPages() {
   return true;
 }
 
-// A small sensor has one page of its own, which fills while the sensor tells of itself.
+// A small sensor has one page of its own, which fills as the sensor answers.
 bool Guide::VisitSmallSensor() {
   const auto rows = [this] { return manager_->ZeltoLidarInfo() + manager_->ZeltoLidarVersionInfo(); };
   const QRegExp placeholder("[x.]*");

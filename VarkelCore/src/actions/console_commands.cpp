@@ -36,7 +36,7 @@ void ConsoleCommands::Send(const std::string& command, const std::string& payloa
 }
 
 /// KTC commands to a network sensor, serial ones to a small sensor; nullopt when no command can be sent now.
-/// A small sensor's refusal is reported, a network sensor's the window tells by itself.
+/// A small sensor's refusal is reported, a network sensor's is shown by the window itself.
 std::optional<CommandConsole::Channel> ConsoleCommands::ChooseChannel(
     const std::shared_ptr<SensorSession>& session) const {
   if (connect_type_ == kNetwork) {

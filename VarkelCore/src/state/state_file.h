@@ -15,7 +15,7 @@ inline constexpr int kStateFormat = 1;
 /// Larger files are not read: a state of 10,000 variables takes 2 MiB.
 inline constexpr qint64 kLargestStateFile = 32LL * 1024 * 1024;
 
-/// One variable as a JSON object on one line; "live" stands only where it is true.
+/// One variable as a JSON object on one line; "live" is written only where it is true.
 std::string FormatValue(const StateValue& value);
 
 /// A state as JSON (UTF-8): keys in a fixed order, one variable a line.

@@ -14,7 +14,7 @@ namespace varkel {
 
 /// How reading ended.
 enum class ReadEnd {
-  kComplete,        ///< everything was asked for; what failed stands in the state
+  kComplete,        ///< everything was asked for; the state lists what failed
   kConnectionLost,  ///< the sensor does not answer any more
   kStopped
 };

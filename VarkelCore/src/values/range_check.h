@@ -8,7 +8,7 @@ namespace varkel {
 
 enum class RangeFault { kNone, kOutOfRange, kIpFormat, kMacFormat, kNotANumber };
 
-/// How a value stands against its table row.
+/// How a value relates to the limits of its table row.
 struct RangeVerdict {
   RangeFault fault = RangeFault::kNone;
   bool does_not_fit = false;  ///< kNotANumber: a number, but beyond its type

@@ -153,7 +153,7 @@ class ValueStore {
     Moment sent_at = 0;
     std::optional<SentField> sent;  // to this sensor
     bool edited = false;
-    bool changed = false;  // stands in changed_
+    bool changed = false;  // is listed in changed_
   };
 
   template <typename Change>

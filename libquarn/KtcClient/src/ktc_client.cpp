@@ -352,7 +352,7 @@ bool KtcClient::CheckHeader(const Reply& reply, std::uint8_t cmd) {
       return_code == 0 && returned_cmd == cmd) {
     return true;
   }
-  // The two versions' texts differ by a space, which tells log readers the version.
+  // The two versions' texts differ by a space, by which log readers recognise the version.
   if (parser_.version() == 1) {
     QUARN_LOG(log_lib::kWarning, "KtcClient::QueryCommand, RspCode invalid:%u, return_cmd:%u, cmd:%u",
               unsigned{return_code}, unsigned{returned_cmd}, unsigned{cmd});

@@ -12,7 +12,7 @@ namespace quarn::lidar {
 
 /// What the transports over a TCP socket share: the socket and its settings, the peer, and the interrupt.
 /// The settings' warnings say "TcpClient" for either transport, so that there is one text to search the log
-/// for; the source file that they carry tells the two apart.
+/// for; the source file that they carry distinguishes the two.
 class SocketTransport : public ClientBase {
  public:
   bool IsOpened() const override { return opened_; }
