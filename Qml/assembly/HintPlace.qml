@@ -17,11 +17,8 @@ Item {
 
     // When complete, so that it heeds its delay.
     Component.onCompleted: Qt.callLater(openInWindow)
-    Window.onWindowChanged: {
-        if (Window.window === null) {
-            tip.close();
-        }
-    }
+    // It is deleted a little later, and its delay may end before that.
+    Component.onDestruction: tip.close()
 
     DefaultToolTip {
         id: tip
