@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <exception>
 #include <limits>
 #include <optional>
@@ -24,6 +25,7 @@ struct Type {
   bool can_be_written;
 };
 
+constexpr std::int32_t kLastByteCommand = 0xFF;
 constexpr std::uint32_t kAnySize = std::numeric_limits<std::uint32_t>::max();
 constexpr std::array<Type, 17> kTypes = {{{"IP", 4, 4, false, true},
                                           {"MAC", 6, 6, false, true},
@@ -98,14 +100,21 @@ class RowLint {
     const std::string& cell = row_[column];
     if (cell.empty()) return;
     const bool is_hex = cell.starts_with("0x") || cell.starts_with("0X");
-    const std::string_view digits = is_hex ? "0123456789abcdefABCDEF" : "0123456789";
-    bool is_number = cell.find_first_not_of(digits, is_hex ? 2 : 0) == std::string::npos;
+    const bool is_octal = !is_hex && cell.starts_with('0');
+    const std::string_view digits = is_hex ? "0123456789abcdefABCDEF" : is_octal ? "01234567" : "0123456789";
+    bool is_number = cell.find_first_not_of(digits, is_hex ? 2 : 0) == std::string::npos &&
+                     cell.size() > (is_hex ? 2U : 0U);
     try {
       ParseCommandText(cell);
     } catch (const std::exception&) {
       is_number = false;
     }
-    if (!is_number) Error(column, "the command " + Quoted(cell) + " is no number; write 33 or 0x21.");
+    if (!is_number) {
+      Error(column, "the command " + Quoted(cell) + " is no number; write 33 or 0x21.");
+    } else if (!IsExtendedCommand(cell) && quarn::lidar::TextToInt(cell, 0) > kLastByteCommand) {
+      Error(column, "the command " + Quoted(cell) +
+                        " is no byte; write 0x00 to 0xFF, or all digits of a four-byte code.");
+    }
   }
 
   void CheckCoefficient(const char* column) {
@@ -116,6 +125,8 @@ class RowLint {
         Error(column, Quoted(cell) + " is a number only at its beginning; write it with a decimal point.");
       } else if (coefficient == 0.0F) {
         Error(column, "a coefficient of 0 loses every value; leave the cell empty for 1.");
+      } else if (!std::isfinite(coefficient)) {
+        Error(column, Quoted(cell) + " is no number to multiply with; leave the cell empty for 1.");
       }
     } catch (const std::exception&) {
       Error(column,
@@ -225,7 +236,7 @@ class RowLint {
   void CheckRange(const OptionsCell& options) {
     const Type* type = FindType(row_["VarType"]);
     if (type != nullptr && !type->is_number) {
-      Error("Options", "a " + row_["VarType"] + " has no range; leave Options empty.");
+      Error("Options", "the type " + row_["VarType"] + " has no range; leave Options empty.");
     }
     if (options.range_min > options.range_max) {
       Error("Options", "the range " + row_["Options"] + " holds nothing; write the smaller number first.");

@@ -214,7 +214,9 @@ std::vector<TableFinding> LintTable(const std::string& path) {
   } catch (const std::exception& error) {  // malformed quotes
     report.Error(table.line(), "", error.what() + std::string("."));
   }
-  return report.Take();
+  std::vector<TableFinding> findings = report.Take();
+  std::ranges::stable_sort(findings, {}, &TableFinding::line);
+  return findings;
 }
 
 }  // namespace varkel

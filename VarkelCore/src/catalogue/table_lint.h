@@ -22,7 +22,7 @@ struct TableFinding {
   bool misplaces_written_field = false;
 };
 
-/// Every fault of a model table, in file order where they belong to one row. Empty for a sound table. Raises
+/// Every fault of a model table, by their lines. Empty for a sound table. Raises
 /// nothing: a file that can't be read is a finding as well.
 std::vector<TableFinding> LintTable(const std::string& path);
 
