@@ -55,4 +55,17 @@ bool IsHostModel(const std::string& model_name, const std::string& folder) {
          std::filesystem::is_regular_file(folder + "/" + model_name + ".csv", error);
 }
 
+std::vector<std::string> ListTables(const std::string& folder) {
+  std::vector<std::string> models = ListModels(folder);
+  if (IsHostModel(kMarvoKtc, folder)) models.emplace_back(kMarvoKtc);
+  return models;
+}
+
+std::string TablePath(const std::string& model_or_file, const std::string& folder) {
+  std::error_code error;
+  const bool is_path = model_or_file.find_first_of("/\\") != std::string::npos ||
+                       std::filesystem::is_regular_file(model_or_file, error);
+  return is_path ? model_or_file : folder + "/" + model_or_file + ".csv";
+}
+
 }  // namespace varkel

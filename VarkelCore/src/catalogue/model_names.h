@@ -25,4 +25,10 @@ std::vector<std::string> ListModels(const std::string& folder = kTableFolder);
 /// Whether it is the model that only a host program selects, and its table exists.
 bool IsHostModel(const std::string& model_name, const std::string& folder = kTableFolder);
 
+/// Every model that has a table, the host program's behind those that a user can choose.
+std::vector<std::string> ListTables(const std::string& folder = kTableFolder);
+
+/// The file of a table that somebody names by its path or by its model.
+std::string TablePath(const std::string& model_or_file, const std::string& folder = kTableFolder);
+
 }  // namespace varkel
