@@ -132,6 +132,27 @@ void AddActions(CLI::App& app, Arguments& arguments) {
   command->add_flag("--no-wait", arguments.no_wait, "Do not wait until the sensor is back");
 }
 
+/// Commands within a command; theirs is the callback.
+void AddTableCommands(CLI::App& app, Arguments& arguments) {
+  CLI::App* const table = app.add_subcommand("table", "Work on a model's table alone, without a sensor");
+  table->require_subcommand(1);
+  const auto add = [&](const char* name, const char* description) {
+    CLI::App* const command = table->add_subcommand(name, description);
+    command->callback([&arguments, name] { arguments.command = std::string("table ") + name; });
+    return command;
+  };
+  auto* command = add("lint", "List every fault of a table; exit code 1 for errors, 2 for warnings alone");
+  command->add_option("table", arguments.table, "The model, or a file")->type_name("MODEL|FILE")->required();
+  command = add("reference", "Write a reference of the model for people");
+  command->add_option("table", arguments.table, "The model")->type_name("MODEL")->required();
+  command->add_option("-o", arguments.output, "The page (.html) or text (.md)")
+      ->type_name("FILE")
+      ->required();
+  command = add("dissector", "Write a dissector for Wireshark that knows the model's variables");
+  command->add_option("table", arguments.table, "The model; all models without it")->type_name("MODEL");
+  command->add_option("-o", arguments.output, "The Lua file")->type_name("FILE")->required();
+}
+
 }  // namespace
 
 std::unique_ptr<CLI::App> MakeParser(Arguments& arguments) {
@@ -143,6 +164,7 @@ std::unique_ptr<CLI::App> MakeParser(Arguments& arguments) {
   AddReadCommands(*app, arguments);
   AddChangeCommands(*app, arguments);
   AddActions(*app, arguments);
+  AddTableCommands(*app, arguments);
   app->require_subcommand(0, 1);
   return app;
 }

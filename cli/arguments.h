@@ -32,6 +32,7 @@ struct Arguments {
   bool defaults = false;
   bool live = false;
   std::string file;
+  std::string table;  ///< model, or file of a table
   std::string output;
   std::string id;
   std::string code;

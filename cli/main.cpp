@@ -13,6 +13,7 @@
 #include "VarkelCore/src/tasks/worker_threads.h"
 #include "cli/manual.h"
 #include "cli/run_sensors.h"
+#include "cli/table_commands.h"
 #include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/Platform/src/terminal.h"
 
@@ -115,6 +116,7 @@ int RunCommand(const Arguments& arguments, Console& console) {
   const std::string beside = QCoreApplication::applicationDirPath().toStdString() + "/../Config/varID";
   const std::string folder = arguments.tables.empty() ? beside : arguments.tables;
   if (arguments.command == "models") return ShowModels(arguments, folder, console);
+  if (IsTableCommand(arguments.command)) return RunTableCommand(arguments, folder, console);
   const auto targets = Targets(arguments);
   if (!targets) return WrongUse(console, targets.error());
   if (const std::string misuse = Misuse(arguments, targets->size()); !misuse.empty()) {

@@ -1,5 +1,6 @@
 #include "cli/manual.h"
 
+#include <utility>
 #include <vector>
 
 namespace varkel::cli {
@@ -49,15 +50,34 @@ std::string OptionNames(const CLI::App& app) {
   return names;
 }
 
+/// The commands by what one types, those within a command behind its name.
+std::vector<std::pair<std::string, const CLI::App*>> Commands(const CLI::App& app,
+                                                              const std::string& before = {}) {
+  std::vector<std::pair<std::string, const CLI::App*>> commands;
+  for (const CLI::App* command : app.get_subcommands({})) {
+    const std::string name = before + command->get_name();
+    commands.emplace_back(name, command);
+    const auto within = Commands(*command, name + " ");
+    commands.insert(commands.end(), within.begin(), within.end());
+  }
+  return commands;
+}
+
+/// What may follow a command: the commands within it, and its options.
+std::string Words(const CLI::App& command) {
+  std::string words;
+  for (const CLI::App* within : command.get_subcommands({})) words += " " + within->get_name();
+  return words + OptionNames(command);
+}
+
 }  // namespace
 
 std::string ManualPage(const CLI::App& app) {
   std::string text = ".TH VARKELCTL 1\n.SH NAME\nvarkelctl \\- " + Roff(app.get_description()) +
                      "\n.SH SYNOPSIS\n.B varkelctl\n[OPTIONS] COMMAND\n.SH OPTIONS\n" + Options(app) +
                      ".SH COMMANDS\n";
-  for (const CLI::App* command : app.get_subcommands({})) {
-    text += ".SS " + Roff(command->get_name()) + "\n" + Roff(command->get_description()) + "\n" +
-            Options(*command);
+  for (const auto& [name, command] : Commands(app)) {
+    text += ".SS " + Roff(name) + "\n" + Roff(command->get_description()) + "\n" + Options(*command);
   }
   return text + ".SH NOTES\n.nf\n" + Roff(app.get_footer()) + "\n.fi\n";
 }
@@ -65,9 +85,9 @@ std::string ManualPage(const CLI::App& app) {
 std::string BashCompletion(const CLI::App& app) {
   std::string names;
   std::string cases;
-  for (const CLI::App* command : app.get_subcommands({})) {
-    names += " " + command->get_name();
-    cases += "      " + command->get_name() + ") words=\"" + OptionNames(*command) + "\" ;;\n";
+  for (const CLI::App* command : app.get_subcommands({})) names += " " + command->get_name();
+  for (const auto& [name, command] : Commands(app)) {
+    cases += "      " + command->get_name() + ") words=\"" + Words(*command) + "\" ;;\n";
   }
   return "_varkelctl() {\n"
          "  local word words=\"" +

@@ -115,6 +115,42 @@ TEST(Cli, JsonFitsTheManual) {
   EXPECT_GT(Checked(desk({"--json", "compare", "--defaults"}), "compare")["differences"].toArray().size(), 0);
 }
 
+TEST(Cli, WorksOnTablesAlone) {
+  const QTemporaryDir folder;
+  const auto table = [&folder](const char* name, const char* from, const char* to) {
+    QFile file(folder.filePath(name));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(Content(QString(kTable)).replace(from, to));
+    return file.fileName();
+  };
+  const QString warned = table("warned.csv", "Motor Current", "Motor Speed");
+  const QString wrong = table("wrong.csv", "uint16,412", "uint24,412");
+  const struct {
+    QStringList arguments;
+    int exit;
+    const char* output;
+  } cases[] = {
+      {{"table"}, 64, ""},
+      {{"table", "lint", "Quenta"}, 0, "no findings"},
+      {{"table", "lint", warned}, 2, "VarName: warning: \"Motor Speed\" (5-3)"},
+      {{"table", "lint", wrong}, 1, "VarType: error: \"Motor Current\" (5-3)"},
+      {{"table", "lint", "No Such"}, 1, "can't be opened"},
+      {{"table", "reference", "Quenta", "-o", folder.filePath("a.html")}, 0, "a.html is written"},
+      {{"table", "reference", "Quenta", "-o", folder.filePath("a.pdf")}, 64, ""},
+      {{"table", "reference", "No Such", "-o", folder.filePath("a.md")}, 1, ""},
+      {{"table", "dissector", "-o", folder.filePath("a.lua")}, 0, "a.lua is written"},
+      {{"table", "dissector", "Quenta", "-o", folder.path()}, 1, ""},
+  };
+  for (const auto& c : cases) {
+    const Outcome outcome = RunProgram(c.arguments);
+    EXPECT_EQ(outcome.exit, c.exit) << c.arguments.join(' ').toStdString() << outcome.error.toStdString();
+    EXPECT_TRUE(outcome.output.contains(c.output)) << outcome.output.toStdString();
+  }
+  EXPECT_TRUE(Content(folder.filePath("a.lua")).contains("key = \"marvo_ktc\""));
+  const QJsonObject lint = Checked(RunProgram({"--json", "table", "lint", wrong}), "lint");
+  EXPECT_EQ(lint["findings"][0]["column"].toString(), "VarType");
+}
+
 TEST(Cli, ExitCodesTellWhatHappened) {
   Desk desk;
   const QString file = desk.folder.filePath("s.json");
