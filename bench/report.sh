@@ -6,7 +6,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 # Google Benchmark programs, and programs and scripts that print lines "name<tab>number" themselves.
 benchmarks=(table_bench ktc_bench exchange_bench udp_bench sensor_bench page_bench state_bench)
-measures=(table_memory window_measures cli_measures)
+measures=(table_memory dissector_measures window_measures cli_measures)
 scripts=(build_times)
 
 wanted=("$@")
