@@ -84,7 +84,7 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   container_->setFocusPolicy(Qt::TabFocus);
   horizontal_layout_3d_->addWidget(container_);
   container_->setFocus();
-  PassKeyboardOn(*windowHandle(), *view_);
+  new KeyboardFocus(*windowHandle(), *view_);  // the view's
   // The keys go to the view from the start; asked for earlier, before it is on the screen, this has no
   // effect.
   connect(
