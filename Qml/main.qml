@@ -138,6 +138,15 @@ Rectangle {
         varkel_manager.UpdateUI();
     }
 
+    // Where the focus is when nothing else has it: on nothing that takes what is typed.
+    function takeFocus() {
+        if (table) {
+            tabs.takeFocus();
+        } else {
+            topBar.takeFocus();
+        }
+    }
+
     // The page is read again when the save has ended.
     function saveModule(module) {
         saving = true;
@@ -180,7 +189,7 @@ Rectangle {
     onShownChanged: {
         topBar.fill();
         if (!Object.values(notices).some(notice => notice.visible)) {
-            topBar.takeFocus();
+            takeFocus();
         }
         body.setSource("pages/Body.qml", { "view": root });
         ahead = [];

@@ -70,6 +70,10 @@ Rectangle {
         color: Theme.hairline
     }
 
+    function takeFocus() {
+        column.children[currentIndex].forceActiveFocus(Qt.OtherFocusReason);
+    }
+
     function step(index) {
         if (index >= 0 && index < titles.length) {
             chosen(index);

@@ -69,6 +69,11 @@ Item {
         }
     }
 
+    FocusKeeper {
+        view: body.view
+        onLost: body.view.takeFocus()
+    }
+
     PageShortcuts {
         onChosen: body.view.choosePage(index)
     }

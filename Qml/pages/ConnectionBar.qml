@@ -13,7 +13,7 @@ RowLayout {
     signal aboutRequested
 
     function takeFocus() {
-        fields.takeFocus();
+        connectButton.forceActiveFocus(Qt.TabFocusReason);
     }
 
     function pressConnect() {
@@ -53,6 +53,8 @@ RowLayout {
     }
 
     DefaultToolButton {
+        id: connectButton
+
         objectName: "connectButton"
         Layout.alignment: Qt.AlignBottom
         text: varkel_manager.IsConnected ? "Disconnect" : "Connect"

@@ -53,7 +53,7 @@ class PageTest : public QObject {
 
   void TabGoesThroughTheWindowAsTheEyeDoes() {
     Desk desk;
-    EVENTUALLY_COMPARE(desk.view().activeFocusItem(), desk.Find("ipField"));
+    EVENTUALLY_COMPARE(desk.view().activeFocusItem(), desk.Find("tab_0"));
     desk.ShowPage(kNetworkPage);
     desk.Find("ipField")->forceActiveFocus(Qt::TabFocusReason);
     for (const char* name : {"portField", "udpPortField", "baudRateCombo", "modelCombo", "connectButton",
