@@ -74,6 +74,13 @@ Item {
         onLost: body.view.takeFocus()
     }
 
+    Search {
+        onChosen: {
+            body.view.choosePage(page);
+            pages.enterRow(row);
+        }
+    }
+
     PageShortcuts {
         onChosen: body.view.choosePage(index)
     }

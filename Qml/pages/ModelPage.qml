@@ -16,6 +16,12 @@ Item {
     signal saveRequested
     signal refused(string message)
 
+    // Puts the focus into a row, wherever it is in the list.
+    function enterRow(row) {
+        list.forceLayout();
+        steps.enter(row, true);
+    }
+
     objectName: "page_" + module
 
     Accessible.role: Accessible.Pane
@@ -24,6 +30,8 @@ Item {
     Component.onDestruction: list.model = null // rows that are just being made are given up
 
     TabSteps {
+        id: steps
+
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: parent.top

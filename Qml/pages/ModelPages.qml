@@ -17,7 +17,17 @@ Item {
     signal refused(string message)
     signal logRequested
 
+    // In the page that is shown.
+    function enterRow(row) {
+        var loader = modelPages.itemAt(currentIndex);
+        if (loader && loader.item) {
+            loader.item.enterRow(row);
+        }
+    }
+
     Repeater {
+        id: modelPages
+
         model: pages.titles
 
         PageLoader {

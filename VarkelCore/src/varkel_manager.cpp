@@ -17,6 +17,7 @@
 #include "VarkelCore/src/pages/page_read_queue.h"
 #include "VarkelCore/src/pages/page_reading.h"
 #include "VarkelCore/src/pages/page_saving.h"
+#include "VarkelCore/src/pages/search_model.h"
 #include "VarkelCore/src/pages/value_editor.h"
 #include "VarkelCore/src/session/connection_settings.h"
 #include "VarkelCore/src/session/connector.h"
@@ -104,6 +105,7 @@ struct VarkelManager::Parts {
   std::atomic<bool> checking = false;
   ModelSelection models;
   PageModels page_models;
+  SearchModel search{models};
   Activity activity;
   WorkerThreads workers;
   BackgroundWork background;
@@ -634,6 +636,9 @@ int VarkelManager::upgradeProgressTotalLen() const {
 
 // Small sensors
 
+QObject* VarkelManager::search() const {
+  return &d_->search;
+}
 QObject* VarkelManager::smallSensor() const {
   return &d_->small_sensor_functions;
 }

@@ -54,6 +54,8 @@ class VarkelManager : public QObject {
   Q_PROPERTY(bool isWorking READ isWorking NOTIFY isWorkingChanged)
   /// The functions of small sensors for calls that never wait (varkel::BackgroundFunctions).
   Q_PROPERTY(QObject* smallSensor READ smallSensor CONSTANT)
+  /// A search through all pages (varkel::SearchModel).
+  Q_PROPERTY(QObject* search READ search CONSTANT)
 
  public:
   /// The process's controller, created by the first call; the arguments of later calls are ignored.
@@ -102,6 +104,7 @@ class VarkelManager : public QObject {
   bool isReadingPage() const;
   bool isWorking() const;
   QObject* smallSensor() const;
+  QObject* search() const;
 
  signals:
   void isConnectedChanged();

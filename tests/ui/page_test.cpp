@@ -63,6 +63,23 @@ class PageTest : public QObject {
     }
   }
 
+  void SearchGoesToTheRow() {
+    Desk desk;
+    EVENTUALLY_VERIFY(desk.Find("tab_0")->hasActiveFocus());
+    desk.Key(Qt::Key_F, Qt::ControlModifier);
+    EVENTUALLY_VERIFY(desk.Find("searchField")->hasActiveFocus());
+    for (const char letter : {'p', 't', 'p'}) QTest::keyClick(&desk.view(), letter);
+    EVENTUALLY_VERIFY(desk.Property("searchList", "count").toInt() > 1);
+    desk.Key(Qt::Key_Escape);
+    EVENTUALLY_VERIFY(desk.Find("tab_0")->hasActiveFocus());
+    desk.Key(Qt::Key_F, Qt::ControlModifier);
+    EVENTUALLY_VERIFY(desk.Find("searchField")->hasActiveFocus());
+    for (const char letter : {'l', 'o', 'c', 'k', ' ', 't'}) QTest::keyClick(&desk.view(), letter);
+    desk.Key(Qt::Key_Return);
+    const QString field = "field_" + desk.Place(kTimeSyncPage, "PTP Lock Time");
+    EVENTUALLY_VERIFY(desk.Has(field) && desk.Find(field)->hasActiveFocus());
+  }
+
   void LongPageIsWalkedByKeyAndKeepsAnEdit() {
     constexpr int kRows = 90;
     Desk desk;
