@@ -78,6 +78,9 @@ QtObject {
     readonly property int busyHeight: 2
     readonly property int scrollBarWidth: 8
     readonly property int hintWidth: 420
+    readonly property int detailsLeastWidth: 260
+    readonly property int detailCaptionWidth: 84
+    readonly property int plotHeight: 150
     readonly property int searchWidth: 720
     readonly property int searchRows: 9
     readonly property int searchRowHeight: 44

@@ -12,6 +12,11 @@ Item {
     property QtObject rows // varkel_manager.pageModel(module)
     property bool saving: false
 
+    readonly property QtObject focused: list.currentItem ? list.currentItem.values : null // the row's roles
+
+    readonly property bool savable: footer.visible && !saving
+    readonly property bool hasPicture: (varkel_manager.level2List[module] || []).some(row => row[1] === 5)
+
     signal cancelRequested
     signal saveRequested
     signal refused(string message)
