@@ -132,6 +132,11 @@ Rectangle {
         }
     }
 
+    // As a click on the button does, which takes over what is being typed beside it.
+    function pressConnectButton() {
+        topBar.pressConnect();
+    }
+
     function changeModel(name) {
         printLog("Current selected model is " + name, "INFO");
         varkel_manager.InitConfigFileParser(name);

@@ -13,6 +13,7 @@ T.ComboBox {
     property bool dimmed: false
     property string hint
     property bool hintBeside: false
+    property bool openedByReturn: false // whose release would close it again
 
     implicitWidth: 160
     implicitHeight: Theme.controlHeight
@@ -28,8 +29,19 @@ T.ComboBox {
     Accessible.role: Accessible.ComboBox
     Accessible.description: hint
 
-    Keys.onReturnPressed: popup.opened ? event.accepted = false : popup.open()
-    Keys.onEnterPressed: popup.opened ? event.accepted = false : popup.open()
+    function openByReturn() {
+        openedByReturn = true;
+        popup.open();
+    }
+
+    Keys.onReturnPressed: popup.visible ? event.accepted = false : openByReturn()
+    Keys.onEnterPressed: popup.visible ? event.accepted = false : openByReturn()
+    Keys.onReleased: {
+        if (openedByReturn && (event.key === Qt.Key_Return || event.key === Qt.Key_Enter)) {
+            openedByReturn = false;
+            event.accepted = true;
+        }
+    }
 
     contentItem: T.TextField {
         text: combo.editable ? combo.editText : PlainText.line(combo.displayText)

@@ -15,7 +15,7 @@ Item {
     signal clicked
 
     implicitHeight: Theme.tabHeight
-    activeFocusOnTab: true
+    activeFocusOnTab: current || activeFocus
 
     Accessible.role: Accessible.PageTab
     Accessible.name: text

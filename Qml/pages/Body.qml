@@ -83,5 +83,8 @@ Item {
 
     PageShortcuts {
         onChosen: body.view.choosePage(index)
+        onSaveRequested: pages.saveShown()
+        onReadRequested: body.view.readCurrentPage()
+        onConnectRequested: body.view.pressConnectButton()
     }
 }

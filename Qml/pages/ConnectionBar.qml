@@ -17,8 +17,10 @@ RowLayout {
     }
 
     function pressConnect() {
-        fields.finish();
-        connectRequested();
+        if (connectButton.enabled) {
+            fields.finish();
+            connectRequested();
+        }
     }
 
     spacing: Theme.gap
