@@ -49,7 +49,7 @@ T.ComboBox {
         readOnly: !combo.editable
         color: combo.enabled && !combo.dimmed ? Theme.text : Theme.textMuted
         selectionColor: Theme.selection
-        selectedTextColor: Theme.text
+        selectedTextColor: Theme.accentText
         font: combo.font
         validator: combo.validator
         verticalAlignment: TextInput.AlignVCenter
@@ -74,9 +74,11 @@ T.ComboBox {
         border.width: combo.activeFocus ? 2 * Theme.line : Theme.line
         border.color: combo.faulty ? Theme.error
                                    : combo.activeFocus ? Theme.borderFocus
-                                                       : combo.marked ? Theme.accent
-                                                                      : combo.hovered ? Theme.borderHover
-                                                                                      : Theme.border
+                                                       : combo.hovered ? Theme.borderHover : Theme.border
+
+        EditedLine {
+            visible: combo.marked
+        }
     }
 
     delegate: T.ItemDelegate {
@@ -95,6 +97,7 @@ T.ComboBox {
 
         contentItem: BodyText {
             text: choice.text
+            color: choice.highlighted ? Theme.accentText : Theme.text
             elide: Text.ElideRight
             font.bold: combo.currentIndex === index
             Accessible.ignored: true

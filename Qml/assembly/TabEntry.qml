@@ -41,7 +41,7 @@ Item {
             width: Theme.markWidth
             height: parent.height
             visible: entry.current
-            color: Theme.accent
+            color: Theme.mark
         }
     }
 

@@ -24,7 +24,7 @@ Item {
 
         x: Theme.dot + Theme.gapSmall
         width: parent.width - x
-        text: PlainText.line(legend.summary.name || "") + legend.unit
+        text: PlainText.line(legend.summary.name || "") + (legend.unit.length > 0 ? " (" + legend.unit + ")" : "")
         elide: Text.ElideRight
     }
 

@@ -43,7 +43,6 @@ RowLayout {
     ConnectionLight {
         objectName: "connectionLight"
         Layout.alignment: Qt.AlignBottom
-        Layout.bottomMargin: (Theme.controlHeight - height) / 2
         connected: varkel_manager.IsConnected
     }
 

@@ -10,6 +10,7 @@ Rectangle {
     property bool current: false
     readonly property int page: values.page
     readonly property int row: values.row
+    readonly property color tone: current ? Theme.accentText : Theme.text
     readonly property string label: PlainText.line(values.label)
 
     signal clicked
@@ -30,6 +31,7 @@ Rectangle {
         y: Theme.gapTiny
         width: parent.width * Theme.rowShare - x
         text: row.label
+        color: row.tone
         elide: Text.ElideRight
         Accessible.ignored: true
     }
@@ -40,7 +42,7 @@ Rectangle {
         anchors.left: name.left
         anchors.top: name.bottom
         width: name.width
-        color: row.current ? Theme.text : Theme.textMuted
+        color: row.current ? Theme.accentText : Theme.textMuted
         font.pixelSize: Theme.fontSmall
         text: PlainText.line(row.values.place)
         elide: Text.ElideRight
@@ -56,6 +58,7 @@ Rectangle {
         width: parent.width - name.width - 2 * Theme.gap
         horizontalAlignment: Text.AlignRight
         text: PlainText.line(row.values.value)
+        color: row.tone
         elide: Text.ElideRight
     }
 

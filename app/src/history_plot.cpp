@@ -19,8 +19,9 @@ qint64 Milliseconds(const ReadingHistory::Point& point) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(point.time.time_since_epoch()).count();
 }
 
-QString Number(double number) {
-  return QString::number(number, 'g', 6);
+QString WithUnit(double number, const QString& unit) {
+  const QString text = QString::number(number, 'g', 6);
+  return unit.isEmpty() ? text : text + ' ' + unit;
 }
 
 QString Duration(qint64 ms) {
@@ -112,8 +113,8 @@ void HistoryPlot::PaintScale(QPainter& painter, const Scale& scale, const std::v
   const QRectF below(0, scale.area.bottom() + 2, width(), height() - scale.area.bottom() - 2);
   const auto& range = curves.front().range;
   if (one_scale) {
-    painter.drawText(above, Qt::AlignLeft | Qt::AlignVCenter, Number(range.max) + curves.front().unit);
-    painter.drawText(below, Qt::AlignLeft | Qt::AlignVCenter, Number(range.min) + curves.front().unit);
+    painter.drawText(above, Qt::AlignLeft | Qt::AlignVCenter, WithUnit(range.max, curves.front().unit));
+    painter.drawText(below, Qt::AlignLeft | Qt::AlignVCenter, WithUnit(range.min, curves.front().unit));
   } else {
     painter.drawText(above, Qt::AlignLeft | Qt::AlignVCenter, "each at its own scale");
   }
@@ -176,7 +177,7 @@ void HistoryPlot::Refresh() {
                                               [ms](const auto& point) { return Milliseconds(point) <= ms; });
       const auto nearest = after == curve.points->begin() ? after : std::prev(after);
       reading +=
-          "   " + (curves.size() > 1 ? curve.name + " " : QString()) + Number(nearest->value) + curve.unit;
+          "   " + (curves.size() > 1 ? curve.name + " " : QString()) + WithUnit(nearest->value, curve.unit);
     }
   }
   if (reading != reading_) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "VarkelCore/src/pages/page_description.h"
+#include "VarkelCore/src/pages/variable_details.h"
 #include "VarkelCore/src/tasks/atomic_file.h"
 
 namespace varkel {
@@ -14,8 +15,8 @@ QString Number(double number) {
 }
 
 /// A cell that a spreadsheet takes for text, whatever it holds.
-QString Cell(const std::string& text) {
-  return '"' + QString::fromStdString(text).replace('"', QStringLiteral("\"\"")) + '"';
+QString Cell(QString text) {
+  return '"' + text.replace('"', QStringLiteral("\"\"")) + '"';
 }
 
 }  // namespace
@@ -53,7 +54,7 @@ QVariantMap LiveHistory::summary(const QString& var_id) const {
   const VarInfo& var = *Find(var_id);
   const ReadingHistory::Summary summary = ReadingHistory::Summarize(*points);
   return {{QStringLiteral("name"), QString::fromStdString(var.var_name)},
-          {QStringLiteral("unit"), QString::fromStdString(var.unit)},
+          {QStringLiteral("unit"), BareUnit(var)},
           {QStringLiteral("min"), Number(summary.min)},
           {QStringLiteral("max"), Number(summary.max)},
           {QStringLiteral("mean"), Number(summary.mean)},
@@ -66,7 +67,7 @@ QString LiveHistory::saveCsv(const QUrl& file, const QStringList& var_ids) const
     const ReadingHistory::Points* const points = Points(var_id);
     if (points == nullptr) continue;
     const VarInfo& var = *Find(var_id);
-    const QString cells = ',' + Cell(var.var_name) + ',' + Cell(var.unit) + ',';
+    const QString cells = ',' + Cell(QString::fromStdString(var.var_name)) + ',' + Cell(BareUnit(var)) + ',';
     for (const auto& [time, value] : *points) {
       table += IsoTime(time) + cells + QString::number(value, 'g', 12) + '\n';
     }

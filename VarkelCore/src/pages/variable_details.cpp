@@ -25,13 +25,6 @@ QString ByteCount(std::uint32_t count) {
   return count == 1 ? QStringLiteral("1 byte") : QStringLiteral("%1 bytes").arg(count);
 }
 
-/// "(rpm)" of the table's " (rpm)" is the unit "rpm".
-QString BareUnit(const VarInfo& var) {
-  QString unit = Text(var.unit).trimmed();
-  if (unit.startsWith('(') && unit.endsWith(')')) unit = unit.mid(1, unit.size() - 2);
-  return unit;
-}
-
 QString Range(const VarInfo& var) {
   if (var.range_min == 0 && var.range_max == 0) return {};
   return QStringLiteral("%1 to %2").arg(var.range_min).arg(var.range_max);
@@ -91,6 +84,12 @@ QString LastSave(const Model& model, const VarInfo& var) {
 }
 
 }  // namespace
+
+QString BareUnit(const VarInfo& var) {
+  QString unit = Text(var.unit).trimmed();
+  if (unit.startsWith('(') && unit.endsWith(')')) unit = unit.mid(1, unit.size() - 2);
+  return unit;
+}
 
 QVariantList VariableDetails(const Model& model, const VarInfo& var) {
   const ValueStore::Shown shown = model.values.Show(var);
