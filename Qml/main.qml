@@ -132,10 +132,24 @@ Rectangle {
         }
     }
 
+    // As a click on the button does, which takes over what is being typed beside it.
+    function pressConnectButton() {
+        topBar.pressConnect();
+    }
+
     function changeModel(name) {
         printLog("Current selected model is " + name, "INFO");
         varkel_manager.InitConfigFileParser(name);
         varkel_manager.UpdateUI();
+    }
+
+    // Where the focus is when nothing else has it: on nothing that takes what is typed.
+    function takeFocus() {
+        if (table) {
+            tabs.takeFocus();
+        } else {
+            topBar.takeFocus();
+        }
     }
 
     // The page is read again when the save has ended.
@@ -180,7 +194,7 @@ Rectangle {
     onShownChanged: {
         topBar.fill();
         if (!Object.values(notices).some(notice => notice.visible)) {
-            topBar.takeFocus();
+            takeFocus();
         }
         body.setSource("pages/Body.qml", { "view": root });
         ahead = [];

@@ -1,27 +1,39 @@
 import QtQuick 2.15
 import "."
 
-Rectangle {
-    id: light
+// A light and, above it, the word for those to whom its colour says nothing.
+Item {
+    id: status
 
     property bool connected: false
+    readonly property color color: connected ? Theme.connected : Theme.disconnected
+    readonly property string word: connected ? "Connected" : "Offline"
 
-    implicitWidth: Theme.light
-    implicitHeight: Theme.light
-    radius: width / 2
-    color: connected ? Theme.connected : Theme.disconnected
-    border.width: Theme.line
-    border.color: Qt.darker(color, 1.6)
+    implicitWidth: Theme.lightWidth
+    implicitHeight: caption.height + Theme.gapTiny / 2 + Theme.controlHeight
 
     Accessible.role: Accessible.Indicator
     Accessible.name: connected ? "Connected" : "Not connected"
 
-    HoverHandler {
-        id: pointer
+    BodyText {
+        id: caption
+
+        anchors.horizontalCenter: parent.horizontalCenter
+        color: Theme.textMuted
+        font.pixelSize: Theme.fontSmall
+        text: status.word
+        Accessible.ignored: true
     }
 
-    Hint {
-        text: light.connected ? "Connected" : "Not connected"
-        shown: pointer.hovered
+    Rectangle {
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: (Theme.controlHeight - height) / 2
+        width: Theme.light
+        height: Theme.light
+        radius: width / 2
+        color: status.color
+        border.width: Theme.line
+        border.color: Qt.darker(color, 1.6)
     }
 }

@@ -13,6 +13,7 @@ T.ComboBox {
     property bool dimmed: false
     property string hint
     property bool hintBeside: false
+    property bool openedByReturn: false // whose release would close it again
 
     implicitWidth: 160
     implicitHeight: Theme.controlHeight
@@ -28,8 +29,19 @@ T.ComboBox {
     Accessible.role: Accessible.ComboBox
     Accessible.description: hint
 
-    Keys.onReturnPressed: popup.opened ? event.accepted = false : popup.open()
-    Keys.onEnterPressed: popup.opened ? event.accepted = false : popup.open()
+    function openByReturn() {
+        openedByReturn = true;
+        popup.open();
+    }
+
+    Keys.onReturnPressed: popup.visible ? event.accepted = false : openByReturn()
+    Keys.onEnterPressed: popup.visible ? event.accepted = false : openByReturn()
+    Keys.onReleased: {
+        if (openedByReturn && (event.key === Qt.Key_Return || event.key === Qt.Key_Enter)) {
+            openedByReturn = false;
+            event.accepted = true;
+        }
+    }
 
     contentItem: T.TextField {
         text: combo.editable ? combo.editText : PlainText.line(combo.displayText)
@@ -37,7 +49,7 @@ T.ComboBox {
         readOnly: !combo.editable
         color: combo.enabled && !combo.dimmed ? Theme.text : Theme.textMuted
         selectionColor: Theme.selection
-        selectedTextColor: Theme.text
+        selectedTextColor: Theme.accentText
         font: combo.font
         validator: combo.validator
         verticalAlignment: TextInput.AlignVCenter
@@ -62,9 +74,11 @@ T.ComboBox {
         border.width: combo.activeFocus ? 2 * Theme.line : Theme.line
         border.color: combo.faulty ? Theme.error
                                    : combo.activeFocus ? Theme.borderFocus
-                                                       : combo.marked ? Theme.accent
-                                                                      : combo.hovered ? Theme.borderHover
-                                                                                      : Theme.border
+                                                       : combo.hovered ? Theme.borderHover : Theme.border
+
+        EditedLine {
+            visible: combo.marked
+        }
     }
 
     delegate: T.ItemDelegate {
@@ -83,6 +97,7 @@ T.ComboBox {
 
         contentItem: BodyText {
             text: choice.text
+            color: choice.highlighted ? Theme.accentText : Theme.text
             elide: Text.ElideRight
             font.bold: combo.currentIndex === index
             Accessible.ignored: true

@@ -17,6 +17,7 @@ T.MenuItem {
 
     contentItem: BodyText {
         text: item.text
+        color: item.down ? Theme.accentPressedText : item.highlighted ? Theme.accentText : Theme.text
         elide: Text.ElideRight
         Accessible.ignored: true
     }

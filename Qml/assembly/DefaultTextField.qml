@@ -49,7 +49,7 @@ T.TextField {
     rightPadding: Theme.gapSmall
     color: dimmed && !typing ? Theme.textMuted : Theme.text
     selectionColor: Theme.selection
-    selectedTextColor: Theme.text
+    selectedTextColor: Theme.accentText
     placeholderTextColor: Theme.textFaint
     font.family: Theme.family
     font.pixelSize: Theme.font
@@ -93,7 +93,11 @@ T.TextField {
             if (field.readOnly) {
                 return "transparent";
             }
-            return field.marked ? Theme.accent : field.hovered ? Theme.borderHover : Theme.border;
+            return field.hovered ? Theme.borderHover : Theme.border;
+        }
+
+        EditedLine {
+            visible: field.marked
         }
     }
 

@@ -30,6 +30,7 @@ T.ToolButton {
         id: label
 
         text: button.text
+        color: !button.primary ? Theme.text : button.pressed ? Theme.accentPressedText : Theme.accentText
         horizontalAlignment: Text.AlignHCenter
         elide: Text.ElideRight
     }

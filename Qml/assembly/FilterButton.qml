@@ -31,7 +31,7 @@ T.AbstractButton {
 
     background: Rectangle {
         radius: height / 2
-        color: filter.checked ? Theme.button : filter.hovered ? Theme.raised : "transparent"
+        color: filter.checked || filter.hovered ? Theme.raised : "transparent"
         border.width: filter.visualFocus ? 2 * Theme.line : Theme.line
         border.color: filter.visualFocus ? Theme.borderFocus
                                          : filter.checked ? Theme.borderHover : Theme.border

@@ -59,7 +59,7 @@ Item {
         wrapMode: TextEdit.Wrap
         color: line.tone
         selectionColor: Theme.selection
-        selectedTextColor: Theme.text
+        selectedTextColor: Theme.accentText
         font.family: Theme.monospace
         font.pixelSize: Theme.fontSmall
         readOnly: true

@@ -37,7 +37,7 @@ Rectangle {
             wrapMode: TextEdit.Wrap
             color: Theme.text
             selectionColor: Theme.selection
-            selectedTextColor: Theme.text
+            selectedTextColor: Theme.accentText
             font.family: Theme.monospace
             font.pixelSize: Theme.font
             readOnly: true

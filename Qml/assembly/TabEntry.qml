@@ -15,7 +15,7 @@ Item {
     signal clicked
 
     implicitHeight: Theme.tabHeight
-    activeFocusOnTab: true
+    activeFocusOnTab: current || activeFocus
 
     Accessible.role: Accessible.PageTab
     Accessible.name: text
@@ -41,7 +41,7 @@ Item {
             width: Theme.markWidth
             height: parent.height
             visible: entry.current
-            color: Theme.accent
+            color: Theme.mark
         }
     }
 

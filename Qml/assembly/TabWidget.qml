@@ -2,7 +2,7 @@ import QtQuick 2.15
 import Varkel.Shell 1.0
 import "."
 
-// The list of pages at the window's side. Up and Down move along it.
+// The list of pages at the window's side. One stop of Tab; Up, Down, Home and End move along it.
 Rectangle {
     id: tabs
 
@@ -12,6 +12,11 @@ Rectangle {
     signal chosen(int index)
 
     color: Theme.bar
+    onCurrentIndexChanged: {
+        if (column.activeFocusIndex() >= 0) {
+            takeFocus();
+        }
+    }
 
     Accessible.role: Accessible.PageTabList
     Accessible.name: "Pages"
@@ -36,6 +41,10 @@ Rectangle {
         Column {
             id: column
 
+            function activeFocusIndex() {
+                return Array.prototype.findIndex.call(children, entry => entry.activeFocus);
+            }
+
             width: parent.width
 
             Repeater {
@@ -45,11 +54,17 @@ Rectangle {
                     objectName: "tab_" + index
                     width: column.width
                     text: PlainText.line(modelData)
-                    shortcutText: index < 9 ? "Ctrl+" + (index + 1) : ""
+                    shortcutText: index < 10 ? "Ctrl+" + (index + 1) % 10 : ""
                     current: index === tabs.currentIndex
                     onClicked: tabs.chosen(index)
                     Keys.onUpPressed: tabs.step(index - 1)
                     Keys.onDownPressed: tabs.step(index + 1)
+                    Keys.onPressed: {
+                        if (event.key === Qt.Key_Home || event.key === Qt.Key_End) {
+                            tabs.step(event.key === Qt.Key_Home ? 0 : tabs.titles.length - 1);
+                            event.accepted = true;
+                        }
+                    }
                 }
             }
         }
@@ -68,6 +83,10 @@ Rectangle {
         width: Theme.line
         height: parent.height
         color: Theme.hairline
+    }
+
+    function takeFocus() {
+        column.children[currentIndex].forceActiveFocus(Qt.OtherFocusReason);
     }
 
     function step(index) {

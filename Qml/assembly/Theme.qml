@@ -17,20 +17,23 @@ QtObject {
 
     // Lines.
     readonly property color hairline: "#3A3D3F"
-    readonly property color border: "#4D4D4D"
-    readonly property color borderHover: "#666666"
+    readonly property color border: "#808080"
+    readonly property color borderHover: "#A3A3A3"
     readonly property color borderFocus: "#4A90E2"
 
     // Texts.
     readonly property color text: "#EEEEEE"
-    readonly property color textMuted: "#A3A3A3"
-    readonly property color textFaint: "#7F8184"
+    readonly property color textMuted: "#ABADB0"
+    readonly property color textFaint: "#9C9EA1"
     readonly property color selection: "#2C67FF"
 
     // Meaning.
     readonly property color accent: "#2C67FF"
-    readonly property color accentHover: "#3F77FF"
+    readonly property color accentHover: "#1F57E6"
     readonly property color accentPressed: "#4A90E2"
+    readonly property color accentText: "#FFFFFF"
+    readonly property color accentPressedText: "#010101"
+    readonly property color mark: "#4A90E2" // of what is chosen or edited
     readonly property color connected: "#00FF6B"
     readonly property color disconnected: "red"
     readonly property color progress: "#3256FF"
@@ -57,6 +60,7 @@ QtObject {
     readonly property int liveMarkWidth: 30
     readonly property int dot: 7
     readonly property int light: 14
+    readonly property int lightWidth: 62
     readonly property int controlHeight: 29
     readonly property int rowHeight: 35
     readonly property int tallRowHeight: 80
@@ -78,6 +82,12 @@ QtObject {
     readonly property int busyHeight: 2
     readonly property int scrollBarWidth: 8
     readonly property int hintWidth: 420
+    readonly property int detailsLeastWidth: 260
+    readonly property int detailCaptionWidth: 84
+    readonly property int plotHeight: 150
+    readonly property int searchWidth: 720
+    readonly property int searchRows: 9
+    readonly property int searchRowHeight: 44
     readonly property int logWindowWidth: 980
     readonly property int logWindowHeight: 600
 

@@ -69,7 +69,22 @@ Item {
         }
     }
 
+    FocusKeeper {
+        view: body.view
+        onLost: body.view.takeFocus()
+    }
+
+    Search {
+        onChosen: {
+            body.view.choosePage(page);
+            pages.enterRow(row);
+        }
+    }
+
     PageShortcuts {
         onChosen: body.view.choosePage(index)
+        onSaveRequested: pages.saveShown()
+        onReadRequested: body.view.readCurrentPage()
+        onConnectRequested: body.view.pressConnectButton()
     }
 }

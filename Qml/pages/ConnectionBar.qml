@@ -13,12 +13,14 @@ RowLayout {
     signal aboutRequested
 
     function takeFocus() {
-        fields.takeFocus();
+        connectButton.forceActiveFocus(Qt.TabFocusReason);
     }
 
     function pressConnect() {
-        fields.finish();
-        connectRequested();
+        if (connectButton.enabled) {
+            fields.finish();
+            connectRequested();
+        }
     }
 
     spacing: Theme.gap
@@ -41,7 +43,6 @@ RowLayout {
     ConnectionLight {
         objectName: "connectionLight"
         Layout.alignment: Qt.AlignBottom
-        Layout.bottomMargin: (Theme.controlHeight - height) / 2
         connected: varkel_manager.IsConnected
     }
 
@@ -53,6 +54,8 @@ RowLayout {
     }
 
     DefaultToolButton {
+        id: connectButton
+
         objectName: "connectButton"
         Layout.alignment: Qt.AlignBottom
         text: varkel_manager.IsConnected ? "Disconnect" : "Connect"

@@ -31,10 +31,6 @@ RowLayout {
         baudRate.finish();
     }
 
-    function takeFocus() {
-        (network && !serial ? ip : rs485).takeFocus();
-    }
-
     spacing: Theme.gapSmall
     Component.onCompleted: load()
 

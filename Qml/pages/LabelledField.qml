@@ -23,10 +23,6 @@ ColumnLayout {
         field.finish();
     }
 
-    function takeFocus() {
-        field.forceActiveFocus(Qt.TabFocusReason);
-    }
-
     spacing: Theme.gapTiny / 2
 
     BodyText {

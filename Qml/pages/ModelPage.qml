@@ -12,9 +12,20 @@ Item {
     property QtObject rows // varkel_manager.pageModel(module)
     property bool saving: false
 
+    readonly property QtObject focused: list.currentItem ? list.currentItem.values : null // the row's roles
+
+    readonly property bool savable: footer.visible && !saving
+    readonly property bool hasPicture: (varkel_manager.level2List[module] || []).some(row => row[1] === 5)
+
     signal cancelRequested
     signal saveRequested
     signal refused(string message)
+
+    // Puts the focus into a row, wherever it is in the list.
+    function enterRow(row) {
+        list.forceLayout();
+        steps.enter(row, true);
+    }
 
     objectName: "page_" + module
 
@@ -24,6 +35,8 @@ Item {
     Component.onDestruction: list.model = null // rows that are just being made are given up
 
     TabSteps {
+        id: steps
+
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: parent.top

@@ -1,6 +1,7 @@
 import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
+import "../details"
 
 // The pages of the selected model, then the log page and the command page.
 Item {
@@ -11,13 +12,34 @@ Item {
     property bool saving: false
     readonly property int logIndex: titles.length
     readonly property int commandIndex: titles.length + 1
+    readonly property Item currentPage: modelPages.count > currentIndex && modelPages.itemAt(currentIndex)
+                                        ? modelPages.itemAt(currentIndex).item : null
+    property bool detailsWanted: true
+    readonly property bool detailsFit: details.width >= Theme.detailsLeastWidth
 
     signal cancelRequested(int module)
     signal saveRequested(int module)
     signal refused(string message)
     signal logRequested
 
+    // As its button does, if the page has one that can be pressed.
+    function saveShown() {
+        if (currentPage && currentPage.savable) {
+            saveRequested(currentIndex);
+        }
+    }
+
+    // In the page that is shown.
+    function enterRow(row) {
+        var loader = modelPages.itemAt(currentIndex);
+        if (loader && loader.item) {
+            loader.item.enterRow(row);
+        }
+    }
+
     Repeater {
+        id: modelPages
+
         model: pages.titles
 
         PageLoader {
@@ -56,5 +78,39 @@ Item {
     PageLoader {
         current: pages.currentIndex === pages.commandIndex
         source: "CommandPage.qml"
+    }
+
+    Loader {
+        id: details
+
+        readonly property real picture: pages.currentPage && pages.currentPage.hasPicture
+                                        ? Theme.tallRowHeight + Theme.gap : 0
+        readonly property real leftEdge: 2 * Theme.margin + pages.width * Theme.rowShare + picture
+
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.margin
+        y: Theme.margin
+        width: parent.width - leftEdge - Theme.margin
+        height: parent.height - y - Theme.footerHeight - Theme.gap
+        active: pages.detailsWanted && pages.detailsFit
+        visible: pages.currentPage !== null
+        sourceComponent: DetailsPane {
+            module: pages.currentIndex
+            values: pages.currentPage ? pages.currentPage.focused : null
+            onHidden: pages.detailsWanted = false
+        }
+    }
+
+    DetailsButton {
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.margin
+        y: Theme.margin - Theme.gapSmall
+        visible: !pages.detailsWanted && pages.detailsFit && pages.currentPage !== null
+        onClicked: pages.detailsWanted = true
+    }
+
+    Shortcut {
+        sequence: "F1"
+        onActivated: pages.detailsWanted = !pages.detailsWanted
     }
 }

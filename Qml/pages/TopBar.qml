@@ -16,6 +16,10 @@ Rectangle {
         connection.source = "ConnectionBar.qml";
     }
 
+    function pressConnect() {
+        connection.item.pressConnect();
+    }
+
     function takeFocus() {
         connection.item.takeFocus();
     }

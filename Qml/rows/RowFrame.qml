@@ -75,7 +75,7 @@ Item {
         width: Theme.markWidth
         height: parent.height
         visible: frame.edited || frame.faulty
-        color: frame.faulty ? Theme.error : Theme.accent
+        color: frame.faulty ? Theme.error : Theme.mark
     }
 
     BodyText {

@@ -17,7 +17,9 @@
 #include "VarkelCore/src/pages/page_read_queue.h"
 #include "VarkelCore/src/pages/page_reading.h"
 #include "VarkelCore/src/pages/page_saving.h"
+#include "VarkelCore/src/pages/search_model.h"
 #include "VarkelCore/src/pages/value_editor.h"
+#include "VarkelCore/src/pages/variable_details.h"
 #include "VarkelCore/src/session/connection_settings.h"
 #include "VarkelCore/src/session/connector.h"
 #include "VarkelCore/src/small_sensor/background_functions.h"
@@ -104,6 +106,7 @@ struct VarkelManager::Parts {
   std::atomic<bool> checking = false;
   ModelSelection models;
   PageModels page_models;
+  SearchModel search{models};
   Activity activity;
   WorkerThreads workers;
   BackgroundWork background;
@@ -404,6 +407,11 @@ QVariantMap VarkelManager::variableMap(int module, int group, int index) const {
   const VarInfo* var = model ? VariableAt(*model->catalogue, module, group, index) : nullptr;
   return var != nullptr ? VariableMap(*model, *var) : QVariantMap();
 }
+QVariantList VarkelManager::variableDetails(int module, int group, int index) const {
+  const auto model = d_->models.model();
+  const VarInfo* var = model ? VariableAt(*model->catalogue, module, group, index) : nullptr;
+  return var != nullptr ? VariableDetails(*model, *var) : QVariantList();
+}
 
 QVariantList VarkelManager::FovList() const {
   const auto model = d_->models.model();
@@ -634,6 +642,12 @@ int VarkelManager::upgradeProgressTotalLen() const {
 
 // Small sensors
 
+QObject* VarkelManager::history() const {
+  return &d_->page_models.history();
+}
+QObject* VarkelManager::search() const {
+  return &d_->search;
+}
 QObject* VarkelManager::smallSensor() const {
   return &d_->small_sensor_functions;
 }

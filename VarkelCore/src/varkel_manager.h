@@ -54,6 +54,10 @@ class VarkelManager : public QObject {
   Q_PROPERTY(bool isWorking READ isWorking NOTIFY isWorkingChanged)
   /// The functions of small sensors for calls that never wait (varkel::BackgroundFunctions).
   Q_PROPERTY(QObject* smallSensor READ smallSensor CONSTANT)
+  /// A search through all pages (varkel::SearchModel).
+  Q_PROPERTY(QObject* search READ search CONSTANT)
+  /// What live variables were since the model was selected (varkel::LiveHistory).
+  Q_PROPERTY(QObject* history READ history CONSTANT)
 
  public:
   /// The process's controller, created by the first call; the arguments of later calls are ignored.
@@ -102,6 +106,8 @@ class VarkelManager : public QObject {
   bool isReadingPage() const;
   bool isWorking() const;
   QObject* smallSensor() const;
+  QObject* search() const;
+  QObject* history() const;
 
  signals:
   void isConnectedChanged();
@@ -312,6 +318,8 @@ class VarkelManager : public QObject {
   /// The rows of a page as a list model (PageModel); null when there is no such page. This object owns it; it
   /// is another one after another model has been selected.
   Q_INVOKABLE QObject* pageModel(int module);
+  /// What there is to know about one variable, as maps of "caption" and "text"; empty when there is none.
+  Q_INVOKABLE QVariantList variableDetails(int module, int group, int index) const;
 
  private:
   struct Parts;

@@ -14,6 +14,7 @@
 #include <memory>
 
 #include "VarkelCore/src/varkel_manager.h"
+#include "app/src/history_plot.h"
 #include "app/src/keyboard_focus.h"
 #include "app/src/log_model.h"
 #include "app/src/plain_text.h"
@@ -51,6 +52,7 @@ QSize AvailableSize(const QStyle& style) {
 void PrepareQml() {
   Q_INIT_RESOURCE(qml);  // the linker drops the resources of a static library unless something names them
   qmlRegisterType<LogModel>("Varkel.Shell", 1, 0, "LogModel");
+  qmlRegisterType<HistoryPlot>("Varkel.Shell", 1, 0, "HistoryPlot");
   qmlRegisterSingletonType<PlainText>("Varkel.Shell", 1, 0, "PlainText",
                                       [](QQmlEngine*, QJSEngine*) -> QObject* { return new PlainText; });
 }
@@ -84,7 +86,7 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   container_->setFocusPolicy(Qt::TabFocus);
   horizontal_layout_3d_->addWidget(container_);
   container_->setFocus();
-  PassKeyboardOn(*windowHandle(), *view_);
+  new KeyboardFocus(*windowHandle(), *view_);  // the view's
   // The keys go to the view from the start; asked for earlier, before it is on the screen, this has no
   // effect.
   connect(

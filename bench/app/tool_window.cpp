@@ -3,6 +3,7 @@
 //   tool_window idle SECONDS       share of a core on a live page, without and with a sensor
 //   tool_window log SECONDS        the log window in a flood of 10,000 lines a second
 //   tool_window scroll             a page of 2,000 rows, by wheel and by key
+//   tool_window search             the search through 10,000 rows, letter by letter
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -35,6 +36,7 @@ constexpr char kTable[] = "./Config/varID/Quenta.csv";
 constexpr int kLivePage = 1;
 constexpr int kLinesAMillisecond = 10;
 constexpr int kRows = 2000;
+constexpr int kSearchedRows = 10000;
 constexpr int kNotch = 120;
 
 void Print(const char* name, double value) {
@@ -160,7 +162,7 @@ int MeasureLog(int seconds) {
 }
 
 /// Selects a model with one page of `kRows` rows: fields, switches, options and values that are only shown.
-bool SelectLongPage(VarkelManager& manager) {
+bool SelectLongPage(VarkelManager& manager, int rows) {
   const QTemporaryDir folder;
   QFile table(folder.filePath("Config/varID/Rows.csv"));
   if (!QDir(folder.path()).mkpath("Config/varID") || !table.open(QIODevice::WriteOnly)) return false;
@@ -168,7 +170,7 @@ bool SelectLongPage(VarkelManager& manager) {
       "GroupID,Index,Get,Set,SetIndex,VarName,Permission,VarType,DefaultValue,Options,Unit,Coefficient,"
       "SetCoefficient,OptionDescription,FunctionModule,VarLen,TimerUpdate,GetCmdPayload\n0,Page,Group\n");
   int index = 0;
-  for (int row = 1; row <= kRows; ++row) {
+  for (int row = 1; row <= rows; ++row) {
     const auto write = [&](const char* name, const char* options, const QString& place) {
       ++index;
       table.write(QString("1,%1,0x05,0x06,%1,%2 %3,1,uint16,1,%4,mV,,,,1_1_%3_%5,2,,\n")
@@ -191,7 +193,7 @@ bool SelectLongPage(VarkelManager& manager) {
   QDir::setCurrent(folder.path());
   manager.InitConfigFileParser("Rows");
   QDir::setCurrent(before);
-  return manager.level2List().value(0).toList().size() == kRows + 1;
+  return manager.level2List().value(0).toList().size() == rows + 1;
 }
 
 /// What the window's thread computes from one frame, or from the input that asks for another, to the next
@@ -234,7 +236,7 @@ QQuickItem* FindBelow(QQuickItem* item, const QString& name) {
 int MeasureScroll() {
   Tool tool;
   Wait(1000);
-  if (!SelectLongPage(*tool.manager)) return EXIT_FAILURE;
+  if (!SelectLongPage(*tool.manager, kRows)) return EXIT_FAILURE;
   Wait(1000);
   QQuickView& view = *tool.window->view();
   auto* const rows = FindBelow(view.rootObject(), "rows_0");
@@ -267,6 +269,36 @@ int MeasureScroll() {
   return EXIT_SUCCESS;
 }
 
+void Press(QQuickView& view, int key, Qt::KeyboardModifiers modifiers, const QString& text) {
+  QKeyEvent event(QEvent::KeyPress, key, modifiers, text);
+  QCoreApplication::sendEvent(&view, &event);
+}
+
+int MeasureSearch() {
+  Tool tool;
+  Wait(1000);
+  if (!SelectLongPage(*tool.manager, kSearchedRows)) return EXIT_FAILURE;
+  Wait(1000);
+  QQuickView& view = *tool.window->view();
+  if (!QMetaObject::invokeMethod(FindBelow(view.rootObject(), "search"), "open")) return EXIT_FAILURE;
+  Wait(500);
+  Frames frames(view);
+  for (const QString query : {"value 77", "limit 9 mv", "field 0x06 1", "no such row"}) {
+    for (const QChar letter : query) {
+      frames.BeginInput();
+      Press(view, letter.toUpper().unicode(), Qt::NoModifier, letter);
+      Wait(60);
+    }
+    for (int i = 0; i < query.size(); ++i) {
+      frames.BeginInput();
+      Press(view, Qt::Key_Backspace, Qt::NoModifier, "\b");
+      Wait(60);
+    }
+  }
+  frames.PrintAs("search");
+  return EXIT_SUCCESS;
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
@@ -276,6 +308,7 @@ int main(int argc, char* argv[]) {
   const char* const argument = argc > 2 ? argv[2] : "0";
   if (what == "idle") return MeasureIdle(std::atoi(argument));
   if (what == "scroll") return MeasureScroll();
+  if (what == "search") return MeasureSearch();
   if (what == "log") return MeasureLog(std::atoi(argument));
   Tool tool;
   QQuickView& view = *tool.window->view();

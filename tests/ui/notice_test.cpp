@@ -30,6 +30,28 @@ class NoticeTest : public QObject {
     EVENTUALLY_VERIFY(!desk.manager->IsConnected());
   }
 
+  void FocusReturnsToWhereItWas() {
+    Desk desk;
+    const auto has_focus = [&desk](const char* name) { return desk.Find(name)->hasActiveFocus(); };
+    EVENTUALLY_VERIFY(has_focus("tab_0"));
+    for (const char* name : {"aboutButton", "restartButton", "modelCombo", "saveButton_0"}) {
+      desk.Find(name)->forceActiveFocus(Qt::TabFocusReason);
+      desk.Key(Qt::Key_Space);
+      EVENTUALLY_VERIFY2(!has_focus(name) || desk.Property(name, "down").toBool(), name);
+      desk.Key(Qt::Key_Escape);
+      EVENTUALLY_VERIFY2(has_focus(name) && !desk.Property(name, "down").toBool(), name);
+    }
+    desk.ShowPage(1);  // and the button that has the focus is gone
+    EVENTUALLY_VERIFY(has_focus("tab_1"));
+    desk.Click("tab_9");
+    desk.Type("commandCodeField", "12");
+    desk.manager->setErrorMsg("It fails.");
+    QVERIFY(desk.Dismiss("errorWindow", "It fails."));
+    EVENTUALLY_VERIFY(has_focus("commandCodeField"));
+    desk.Key(Qt::Key_3);
+    QCOMPARE(desk.Text("commandCodeField"), "123");
+  }
+
   void ConsoleSendsShowsAndRecalls() {
     Desk desk;
     desk.Click("tab_9");

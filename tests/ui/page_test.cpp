@@ -49,18 +49,92 @@ class PageTest : public QObject {
     QVERIFY(desk.Has("commandPage"));
     desk.Key(Qt::Key_Up);
     QVERIFY(desk.Has("logPage"));
+    desk.Key(Qt::Key_0, Qt::ControlModifier);
+    QVERIFY(desk.Has("commandPage"));
+  }
+
+  void KeysSaveReadConnectAndOpen() {
+    Desk desk;
+    desk.Dial();
+    EVENTUALLY_VERIFY(desk.manager->IsConnected() && !desk.manager->isReadingPage());
+    desk.ShowPage(kNetworkPage);
+    desk.sensor.ClearReceived();
+    desk.Key(Qt::Key_F5);
+    QVERIFY(desk.sensor.WaitReceived(0x08, 1, std::chrono::seconds(5)));
+    const QString port = "field_" + desk.Place(kNetworkPage, "Destination Port");
+    desk.Type(port, "2400");
+    desk.Key(Qt::Key_S, Qt::ControlModifier);  // what is being typed counts
+    QVERIFY(desk.NoticeShows("successWindow", ""));
+    QCOMPARE(desk.sensor.ValueText("Destination Port"), "2400");
+    desk.Key(Qt::Key_Return);
+    desk.Key(Qt::Key_Return, Qt::ControlModifier);
+    EVENTUALLY_VERIFY(!desk.manager->IsConnected());
+    desk.Find("modelCombo")->forceActiveFocus(Qt::TabFocusReason);
+    desk.Key(Qt::Key_Return);
+    QVERIFY(desk.Property("modelCombo", "down").toBool());
+    desk.Key(Qt::Key_Return);
+    EVENTUALLY_VERIFY(!desk.Property("modelCombo", "down").toBool());
   }
 
   void TabGoesThroughTheWindowAsTheEyeDoes() {
     Desk desk;
-    EVENTUALLY_COMPARE(desk.view().activeFocusItem(), desk.Find("ipField"));
+    EVENTUALLY_COMPARE(desk.view().activeFocusItem(), desk.Find("tab_0"));
     desk.ShowPage(kNetworkPage);
     desk.Find("ipField")->forceActiveFocus(Qt::TabFocusReason);
     for (const char* name : {"portField", "udpPortField", "baudRateCombo", "modelCombo", "connectButton",
-                             "restartButton", "aboutButton", "tab_0"}) {
+                             "restartButton", "aboutButton", "tab_2", "field_2_0_0"}) {
       desk.Key(Qt::Key_Tab);
       QVERIFY2(desk.Find(name)->hasActiveFocus(), name);
     }
+  }
+
+  void SearchGoesToTheRow() {
+    Desk desk;
+    EVENTUALLY_VERIFY(desk.Find("tab_0")->hasActiveFocus());
+    desk.Key(Qt::Key_F, Qt::ControlModifier);
+    EVENTUALLY_VERIFY(desk.Find("searchField")->hasActiveFocus());
+    for (const char letter : {'p', 't', 'p'}) QTest::keyClick(&desk.view(), letter);
+    EVENTUALLY_VERIFY(desk.Property("searchList", "count").toInt() > 1);
+    desk.Key(Qt::Key_Escape);
+    EVENTUALLY_VERIFY(desk.Find("tab_0")->hasActiveFocus());
+    desk.Key(Qt::Key_F, Qt::ControlModifier);
+    EVENTUALLY_VERIFY(desk.Find("searchField")->hasActiveFocus());
+    for (const char letter : {'l', 'o', 'c', 'k', ' ', 't'}) QTest::keyClick(&desk.view(), letter);
+    desk.Key(Qt::Key_Return);
+    const QString field = "field_" + desk.Place(kTimeSyncPage, "PTP Lock Time");
+    EVENTUALLY_VERIFY(desk.Has(field) && desk.Find(field)->hasActiveFocus());
+  }
+
+  void DetailsAndPlotOfALiveRow() {
+    Desk desk;
+    QVERIFY(desk.Connect());
+    desk.ShowPage(kTimeSyncPage);
+    desk.Find("field_" + desk.Place(kTimeSyncPage, "GPS Satellites"))->forceActiveFocus(Qt::TabFocusReason);
+    EVENTUALLY_COMPARE(desk.Text("detailsTitle"), "GPS Satellites");
+    QCOMPARE(desk.Property("detail_Origin", "text"), "read from the sensor");
+    EVENTUALLY_VERIFY(desk.Has("plot"));
+    desk.Click("pinButton");
+    desk.Find("field_" + desk.Place(kTimeSyncPage, "PTP Master Offset (ns)"))->forceActiveFocus();
+    EVENTUALLY_COMPARE(desk.Property("plot", "series").toStringList().size(), 2);
+    const QQuickItem* const plot = desk.Find("plot");
+    QTest::mouseMove(&desk.view(), plot->mapToScene({plot->width() / 2, plot->height() / 2}).toPoint());
+    EVENTUALLY_VERIFY(desk.Text("plotReading").contains("GPS Satellites"));
+
+    const QString file = desk.folder.filePath("readings.csv");
+    const QStringList series = desk.Property("plot", "series").toStringList();
+    QString fault;
+    QMetaObject::invokeMethod(desk.manager->history(), "saveCsv", Q_RETURN_ARG(QString, fault),
+                              Q_ARG(QUrl, QUrl::fromLocalFile(file)), Q_ARG(QStringList, series));
+    QCOMPARE(fault, "");
+    QFile table(file);
+    QVERIFY(table.open(QIODevice::ReadOnly));
+    QCOMPARE(table.readLine(), "time,name,unit,value\n");
+    QVERIFY(table.readLine().contains(",\"GPS Satellites\",\"\","));
+
+    desk.Key(Qt::Key_F1);
+    EVENTUALLY_VERIFY(!desk.Has("detailsPane"));
+    desk.Click("detailsButton");
+    EVENTUALLY_VERIFY(desk.Has("detailsPane"));
   }
 
   void LongPageIsWalkedByKeyAndKeepsAnEdit() {

@@ -15,6 +15,7 @@ PageModel* PageModels::Get(int module) {
 void PageModels::Drop() {
   for (const auto& [module, page] : pages_) page->deleteLater();
   pages_.clear();
+  history_.Clear();
 }
 
 void PageModels::ValuesChanged() {
@@ -23,6 +24,7 @@ void PageModels::ValuesChanged() {
     if (!model) return;
     const auto changes = model->values.TakeChanges();
     for (const auto& [module, page] : pages_) page->ShowChanges(changes);
+    history_.Follow(model, changes);
   });
 }
 
