@@ -12,6 +12,7 @@ Rectangle {
     property int currentPage: 0
     property bool modelCheckDue: false
     property bool saving: false
+    property string lastSuccess
     property var outOfRangeNames: [] // those that the present check has found
     property bool shown: false // set when the first frame is on the screen
     readonly property bool complete: topBar.complete && body.item !== null
@@ -125,14 +126,38 @@ Rectangle {
             if (varkel_manager.IsUpgrading) {
                 callErrorInfoWindow("Disconnect REJECTED. Lidar is upgrading.");
             } else {
-                varkel_manager.Stop();
+                keepingEdits("Disconnecting", "Disconnect", disconnect);
             }
         } else {
             body.item.connecting = varkel_manager.ConnectLidar();
         }
     }
 
+    function disconnect() {
+        varkel_manager.Stop();
+    }
+
+    // Asks before what drops the user's edits.
+    function keepingEdits(act, button, next) {
+        var edits = varkel_manager.edits.all;
+        if (edits.length === 0) {
+            next();
+            return;
+        }
+        var shown = edits.slice(0, Theme.listedEdits).map(edit => edit.label + ": " + edit.from + " → " + edit.to);
+        if (edits.length > shown.length) {
+            shown.push("and " + (edits.length - shown.length) + " more");
+        }
+        notice("MessageWindow").notify(act + " drops the changes that are not saved:\n\n"
+                                       + shown.map(line => PlainText.line(line)).join("\n"), button, next);
+    }
+
     function changeModel(name) {
+        keepingEdits("Another model", "Change model", () => selectModel(name));
+    }
+
+    function selectModel(name) {
+        topBar.selectModel(name);
         printLog("Current selected model is " + name, "INFO");
         varkel_manager.InitConfigFileParser(name);
         varkel_manager.UpdateUI();
@@ -156,6 +181,14 @@ Rectangle {
                                        "Continue", () => saveModule(module));
     }
 
+    // Below the notice of the save; when that has been closed, only another value than was sent disturbs once more.
+    function showSaveOutcome(outcome, differs) {
+        var text = "Read back: " + outcome;
+        if (!notice("SuccessInfoWindow").amend(lastSuccess, text, differs ? "Warning" : "") && differs) {
+            callNoteWindow(text);
+        }
+    }
+
     function listed(names) {
         return names.map(name => PlainText.line(name)).join(", ");
     }
@@ -164,7 +197,7 @@ Rectangle {
         outOfRangeNames = [];
         if (!varkel_manager.IsConnected) {
             callNoteWindow("Please connect to lidar first");
-        } else if (varkel_manager.getSetMapSize() === 0 || varkel_manager.pageModel(module).edits === 0) {
+        } else if (varkel_manager.getSetMapSize() === 0 || !varkel_manager.edits.hasCommands(module)) {
             callNoteWindow("Nothing to be saved"); // the edits of other pages stay
         } else if (!varkel_manager.CheckModuleVarsWithinRange(module)) {
             var names = outOfRangeNames.length > 0 ? listed(outOfRangeNames) : "Some item";
@@ -216,9 +249,11 @@ Rectangle {
         anchors.left: parent.left
         anchors.top: topBar.bottom
         anchors.bottom: parent.bottom
+        anchors.bottomMargin: Theme.statusHeight
         width: Theme.sideBarWidth
         visible: root.table
         titles: root.tabTitles
+        edits: varkel_manager.edits.counts
         currentIndex: root.currentPage
         onChosen: root.choosePage(index)
     }
@@ -245,7 +280,8 @@ Rectangle {
         }
 
         function onSuccessMessageChanged() {
-            root.callSuccessInfoWindow(varkel_manager.successMessage);
+            root.lastSuccess = varkel_manager.successMessage;
+            root.callSuccessInfoWindow(root.lastSuccess);
             varkel_manager.setSuccessMsg("");
         }
 
@@ -273,6 +309,10 @@ Rectangle {
         function onPageWriteFinished(module) {
             root.saving = false;
             varkel_manager.ReadPageInBackground(module);
+        }
+
+        function onSaveReadBack(module, outcome, differs) {
+            root.showSaveOutcome(outcome, differs);
         }
 
         function onLidarClearModel() {

@@ -36,6 +36,16 @@ T.Popup {
         }
     }
 
+    // Adds to the notice that says `text`, if it is still open; whether it is.
+    function amend(text, more, otherTitle) {
+        if (!visible || message !== text) {
+            return false;
+        }
+        message = text + "\n\n" + more;
+        heading = otherTitle || heading;
+        return true;
+    }
+
     function present(entry) {
         message = entry.text;
         acceptText = entry.button;
@@ -53,7 +63,7 @@ T.Popup {
     parent: T.Overlay.overlay
     anchors.centerIn: parent
     width: Math.min(Theme.noticeWidth, parent ? parent.width - 2 * Theme.margin : Theme.noticeWidth)
-    implicitHeight: layout.implicitHeight + topPadding + bottomPadding
+    height: layout.implicitHeight + topPadding + bottomPadding // may grow while it is open
     padding: Theme.margin
     modal: true
     focus: true

@@ -28,6 +28,7 @@ Item {
         objectName: "pages"
         anchors.fill: parent
         anchors.leftMargin: Theme.sideBarWidth
+        anchors.bottomMargin: status.height
         visible: body.view.table
         titles: body.view.pageTitles
         currentIndex: body.view.currentPage
@@ -45,6 +46,7 @@ Item {
         readonly property bool wanted: !body.view.table
 
         anchors.fill: parent
+        anchors.bottomMargin: status.height
         visible: wanted
         onWantedChanged: {
             if (wanted) {
@@ -53,6 +55,17 @@ Item {
                 source = "";
             }
         }
+    }
+
+    StatusLine {
+        id: status
+
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        model: body.view.model
+        titles: body.view.pageTitles
+        onPageRequested: body.view.choosePage(page)
     }
 
     ModelCheck {
@@ -65,7 +78,7 @@ Item {
         onLost: {
             body.view.printLog("The sensor does not answer any more, so the connection is closed.",
                                "WARNING");
-            body.view.pressConnect();
+            body.view.disconnect();
         }
     }
 

@@ -16,6 +16,10 @@ RowLayout {
         fields.takeFocus();
     }
 
+    function selectModel(name) {
+        modelCombo.select(name);
+    }
+
     function pressConnect() {
         fields.finish();
         connectRequested();

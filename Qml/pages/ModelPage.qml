@@ -23,10 +23,24 @@ Item {
 
     Component.onDestruction: list.model = null // rows that are just being made are given up
 
-    TabSteps {
+    Loader {
+        id: strip
+
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: parent.top
+        height: active ? implicitHeight : 0
+        active: !varkel_manager.IsConnected && (!page.rows || !page.rows.upgrades)
+        sourceComponent: StaleStrip {
+            objectName: "staleStrip_" + page.module
+            rows: page.rows
+        }
+    }
+
+    TabSteps {
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.top: strip.bottom
         anchors.bottom: footer.visible ? footer.top : parent.bottom
         list: list
 

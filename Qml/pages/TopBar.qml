@@ -16,6 +16,10 @@ Rectangle {
         connection.source = "ConnectionBar.qml";
     }
 
+    function selectModel(name) {
+        connection.item.selectModel(name);
+    }
+
     function takeFocus() {
         connection.item.takeFocus();
     }

@@ -54,6 +54,8 @@ class VarkelManager : public QObject {
   Q_PROPERTY(bool isWorking READ isWorking NOTIFY isWorkingChanged)
   /// The functions of small sensors for calls that never wait (varkel::BackgroundFunctions).
   Q_PROPERTY(QObject* smallSensor READ smallSensor CONSTANT)
+  /// The edits of all pages that are not saved (varkel::UserEdits).
+  Q_PROPERTY(QObject* edits READ edits CONSTANT)
 
  public:
   /// The process's controller, created by the first call; the arguments of later calls are ignored.
@@ -102,6 +104,7 @@ class VarkelManager : public QObject {
   bool isReadingPage() const;
   bool isWorking() const;
   QObject* smallSensor() const;
+  QObject* edits() const;
 
  signals:
   void isConnectedChanged();
@@ -136,6 +139,9 @@ class VarkelManager : public QObject {
   void pageWriteFinished(int module);
   /// An edit was made, saved or taken back: "edited" of the variable maps and getSetMapSize may differ.
   void editsChanged();
+  /// What a save in the background sent has been read back, as far as it could be; `differs` when the sensor
+  /// holds something else. The outcome is in the log as well.
+  void saveReadBack(int module, QString outcome, bool differs);
 
  public:
   // Hosts address what follows by number: new ones are added at the end. All are called on the window's
@@ -317,6 +323,7 @@ class VarkelManager : public QObject {
   struct Parts;
 
   void AnnounceSave();
+  void CheckSave();
 
   std::unique_ptr<Parts> d_;
 };

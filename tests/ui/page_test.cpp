@@ -210,6 +210,80 @@ class PageTest : public QObject {
     QCOMPARE(desk.Text("field_" + place), "80");
   }
 
+  void RowsTellWhatBecameOfTheirValue() {
+    Desk desk;
+    const auto strip = [&] { return desk.Text("staleStrip_2"); };
+    desk.ShowPage(kNetworkPage);
+    const QString row = "row_" + desk.Place(kNetworkPage, "Destination Port");
+    const QString field = "field_" + desk.Place(kNetworkPage, "Destination Port");
+    const auto note = [&] { return desk.Property(row, "note").toString(); };
+    QCOMPARE(strip(), "Not connected. Values are the table's defaults");
+    QVERIFY(desk.Property(row, "dimmed").toBool());
+    QVERIFY(desk.Connect());
+    desk.ShowPage(kNetworkPage);
+    QVERIFY(!desk.Has("staleStrip_2") && !desk.Property(row, "dimmed").toBool());
+
+    desk.Enter(field, "2400");
+    QCOMPARE(note(), "was 2368");
+    desk.sensor.AddFault("0x20=error:5");
+    desk.Click("saveButton_2");
+    QVERIFY(desk.NoticeShows("errorWindow", "SET [0x20] FAILED"));
+    desk.Key(Qt::Key_Return);
+    QVERIFY(desk.Dismiss("errorWindow", "Set Failed"));
+    QCOMPARE(note(), "refused, code 5");
+    desk.sensor.ClearFaults();
+    desk.sensor.AddFault("0x20=clamp:1200");
+    desk.Click("saveButton_2");
+    QVERIFY(desk.Dismiss("successWindow", "0 of 1 verified, Destination Port holds 1200 instead of 2400"));
+    QCOMPARE(note(), "sent 2400, sensor holds 1200");
+    desk.sensor.ClearFaults();
+    desk.Enter(field, "2401");
+    desk.Click("saveButton_2");
+    QVERIFY(desk.Dismiss("successWindow", "1 of 1 verified"));
+    QCOMPARE(desk.Property(row, "values").value<QObject*>()->property("origin"), "verified");
+
+    desk.manager->Stop();
+    EVENTUALLY_VERIFY(strip().startsWith("Not connected. Values last read "));
+    QVERIFY(desk.Property(row, "dimmed").toBool());
+  }
+
+  void EditsAreListedUndoneAndAskedAbout() {
+    Desk desk;
+    QVERIFY(desk.Connect());
+    desk.ShowPage(kNetworkPage);
+    const QString field = "field_" + desk.Place(kNetworkPage, "Destination Port");
+    desk.Enter(field, "2400");
+    desk.Key(Qt::Key_Z, Qt::ControlModifier);  // in the field that has been left by Enter
+    QCOMPARE(desk.Text(field), "2368");
+    desk.ShowPage(kScanPage);
+    desk.Key(Qt::Key_Z, Qt::ShiftModifier | Qt::ControlModifier);
+    desk.Choose("field_" + desk.Place(kScanPage, "Spin Direction"), 1);
+    for (const char* tab : {"tab_2", "tab_4"}) QCOMPARE(desk.Property(tab, "edits").toInt(), 1);
+
+    desk.Click("connectButton");
+    QVERIFY(
+        desk.Dismiss("messageWindow", "Destination Port: 2368 → 2400"));  // Enter takes the harmless choice
+    QVERIFY(desk.manager->IsConnected());
+    desk.Click("editsButton");
+    desk.Click("takeBack_1");
+    EVENTUALLY_COMPARE(desk.Property("tab_4", "edits").toInt(), 0);
+    QCOMPARE(desk.Text("editTexts_0"), "2368 → 2400");
+    desk.Key(Qt::Key_Escape);
+    emit desk.manager->connectionCheckFinished(false);  // the check never asks
+    EVENTUALLY_VERIFY(!desk.manager->IsConnected());
+    QCOMPARE(desk.Property("tab_2", "edits").toInt(), 0);
+
+    desk.ShowPage(kNetworkPage);
+    desk.Enter(field, "2400");
+    desk.Find("modelCombo")->forceActiveFocus(Qt::TabFocusReason);
+    desk.Key(Qt::Key_Down);
+    QVERIFY(desk.NoticeShows("messageWindow", "Another model drops the changes that are not saved"));
+    QCOMPARE(desk.Property("modelCombo", "currentText"), "Quenta");
+    desk.Click("noticeAcceptButton");
+    EVENTUALLY_COMPARE(desk.Property("modelCombo", "currentText"), "Zelto");
+    QCOMPARE(desk.manager->getSetMapSize(), 0);
+  }
+
   void SaveAsksBeforeItWritesWhatWasNeverRead() {
     const QString question =
         "Saving also writes fields that have never been read from this sensor, with the "

@@ -46,6 +46,9 @@ QVariantList AngleTexts(const FovAngles& angles);
 QVariantList OptionLabels(const VarInfo& var);
 QVariantList OptionValues(const VarInfo& var);
 
+/// The text as a row shows it: the option's label where the table has one.
+QString ShownText(const VarInfo& var, const std::string& text);
+
 /// Maps of all variables: [page][group][index].
 QVariantList VariableMaps(const Model& model);
 
