@@ -11,6 +11,7 @@
 #include "VarkelCore/src/actions/sensor_restart.h"
 #include "VarkelCore/src/catalogue/model_names.h"
 #include "VarkelCore/src/catalogue/variable_search.h"
+#include "VarkelCore/src/pages/edit_check.h"
 #include "VarkelCore/src/pages/page_check.h"
 #include "VarkelCore/src/pages/page_description.h"
 #include "VarkelCore/src/pages/page_models.h"
@@ -486,7 +487,11 @@ void VarkelManager::SetText(int type, int level1, int level2, int level3, const 
     }
   };
   d_->report.Guard(var == nullptr ? std::function<void()>(edit) : do_edit);
+  const QString fault = var != nullptr && type == ValueEditor::kValue && model->values.IsEdited(*var)
+                            ? TypingFault(*var, text.toStdString())
+                            : QString();
   d_->page_models.ValuesChanged();
+  if (!fault.isEmpty()) d_->page_models.Refuse(*var, fault.toStdString());
   emit editsChanged();
 }
 
@@ -586,6 +591,16 @@ bool VarkelManager::CheckModuleVarsWithinRange(int module) {
 
 QObject* VarkelManager::pageModel(int module) {
   return d_->page_models.Get(module);
+}
+
+QVariantList VarkelManager::installedVersions() const {
+  const auto model = d_->models.model();
+  return model ? InstalledVersions(*model) : QVariantList();
+}
+
+double VarkelManager::packageSize(const QUrl& fileUrl) const {
+  const auto package = PackageFile::Open(fileUrl.toLocalFile());
+  return package ? static_cast<double>(package->size()) : -1;
 }
 
 // Console

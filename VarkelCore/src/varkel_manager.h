@@ -318,6 +318,10 @@ class VarkelManager : public QObject {
   /// The rows of a page as a list model (PageModel); null when there is no such page. This object owns it; it
   /// is another one after another model has been selected.
   Q_INVOKABLE QObject* pageModel(int module);
+  /// The versions that the pages show: maps with "label" and "value".
+  Q_INVOKABLE QVariantList installedVersions() const;
+  /// Bytes of a firmware package; -1 when the file can't be used.
+  Q_INVOKABLE double packageSize(const QUrl& fileUrl) const;
 
  private:
   struct Parts;

@@ -156,6 +156,22 @@ QVariantList VariableMaps(const Model& model) {
   return modules;
 }
 
+QVariantList InstalledVersions(const Model& model) {
+  QVariantList versions;
+  for (const auto& module : model.catalogue->module_vars()) {
+    for (const auto& group : module) {
+      for (const VarInfo* var : group) {
+        if (var->var_type != "SWVER_YMD") continue;
+        const QString value =
+            model.values.IsRead(*var) ? Text(model.values.Show(*var).text) : QStringLiteral("not read");
+        versions.append(
+            QVariantMap{{QStringLiteral("label"), Text(var->var_name)}, {QStringLiteral("value"), value}});
+      }
+    }
+  }
+  return versions;
+}
+
 QVariantList DownloadableLogs(const ConfigParser& catalogue) {
   QVariantList names;
   for (const VarInfo* var : catalogue.standalone_vars()) {

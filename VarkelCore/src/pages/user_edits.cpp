@@ -6,6 +6,7 @@
 #include <tuple>
 #include <vector>
 
+#include "VarkelCore/src/pages/edit_check.h"
 #include "VarkelCore/src/pages/page_description.h"
 #include "VarkelCore/src/pages/page_writer.h"
 
@@ -132,6 +133,16 @@ int UserEdits::Announce(const std::optional<EditHistory::Target>& target) {
   const auto* const var = std::get_if<VarInfo*>(&*target);
   const VarInfo* const shown = var != nullptr ? *var : FovVariable(*model);
   return shown == nullptr ? -1 : PageOf(*shown);
+}
+
+QStringList UserEdits::faults(int page) const {
+  const auto model = model_();
+  return model ? TypingFaults(*model, page) : QStringList();
+}
+
+QStringList UserEdits::outOfRange(int page) const {
+  const auto model = model_();
+  return model ? RangeFaults(*model, page) : QStringList();
 }
 
 bool UserEdits::hasCommands(int page) const {

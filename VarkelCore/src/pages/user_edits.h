@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QVariantList>
 #include <functional>
 #include <initializer_list>
@@ -48,6 +49,10 @@ class UserEdits : public QObject {
   Q_INVOKABLE int redo();
   /// Whether saving the page would send anything.
   Q_INVOKABLE bool hasCommands(int page) const;
+  /// A sentence for each edit of the page that can't be sent.
+  Q_INVOKABLE QStringList faults(int page) const;
+  /// A line for each value of the page that is out of its range, with the range.
+  Q_INVOKABLE QStringList outOfRange(int page) const;
 
  signals:
   void changed();
