@@ -13,6 +13,10 @@ Rectangle {
     property bool modelCheckDue: false
     property bool saving: false
     property string lastSuccess
+    property string lastOutcome // what the last notice said
+    property string lastOutcomeType
+    property string lastLine // of the log
+    property string noticeLine // a notice's line that may come as a line of the log as well
     property var outOfRangeNames: [] // those that the present check has found
     property bool shown: false // set when the first frame is on the screen
     readonly property bool complete: topBar.complete && body.item !== null
@@ -45,33 +49,76 @@ Rectangle {
         var message = notice("MessageWindow");
         if (btn_text === "Continue" && module_name !== "") {
             message.notify("The " + msg + "set by the user was detected to be outside the range "
-                           + "specified in the config file. Do you wish to continue?", btn_text,
+                           + "specified in the config file. Do you wish to continue?\n\n"
+                           + varkel_manager.edits.outOfRange(Number(module_name)).join("\n"), btn_text,
                            () => saveReadFields(Number(module_name)));
         } else {
             message.notify(msg, btn_text);
         }
     }
 
-    function callErrorInfoWindow(msg) {
+    function callErrorInfoWindow(msg, heading = "") {
         if (msg !== "") {
-            notice("ErrorInfoWindow").notify(msg);
+            var warning = msg.startsWith("WARNING");
+            record(msg, warning ? "WARNING" : "ERROR");
+            notice("ErrorInfoWindow").notify(msg, "", null, heading !== "" ? heading
+                                             : warning ? "Warning"
+                                             : /^(SET \[|Set Failed)/.test(msg) ? "Not saved" : "");
         }
     }
 
     function callSuccessInfoWindow(msg) {
         if (msg !== "") {
-            notice("SuccessInfoWindow").notify(msg);
+            record(msg, "INFO");
+            notice("SuccessInfoWindow").notify(msg, "", null, msg.startsWith("Set Lidar") ? "Saved" : "");
         }
     }
 
     // The success window for what was not done.
     function callNoteWindow(msg) {
+        record(msg, "INFO");
         notice("SuccessInfoWindow").note(msg);
     }
 
+    // Asks before something that can't be undone; the button names it.
+    function confirm(text, button, next) {
+        notice("MessageWindow").notify(text, button, next);
+    }
+
+    // Which sensor an act is for: "the sensor at 192.168.1.201:9347, Quenta, SN 123".
+    function sensorName() {
+        return "the sensor at " + body.item.sensorName();
+    }
+
+    function confirmUpgrade(file, mode, versions, next) {
+        var size = varkel_manager.packageSize(file);
+        var lines = ["Upgrade " + sensorName() + "?", "",
+                     "Package: " + PlainText.line(decodeURIComponent(file.toString().replace(/^.*\//, ""))),
+                     "Size: " + (size < 0 ? "the file can't be read" : size.toLocaleString(Qt.locale("en_US"), "f", 0) + " bytes")];
+        if (mode !== "") {
+            lines.push("Mode: " + mode);
+        }
+        versions.forEach(version => lines.push(PlainText.line(version.label + ": " + version.value)));
+        confirm(lines.join("\n"), "Upgrade", next);
+    }
+
+    // What a notice says is in the log as well, once: what reports a fault often logs it itself.
+    function record(msg, type) {
+        lastOutcome = msg;
+        lastOutcomeType = type;
+        if (msg !== lastLine) {
+            printLog(msg, type);
+            noticeLine = msg;
+        }
+    }
+
     function printLog(msg, type = "INFO") {
-        if (msg === "") {
+        if (msg === "" || msg === noticeLine) {
+            noticeLine = "";
             return;
+        }
+        if (!type.startsWith("BYTE")) {
+            lastLine = msg;
         }
         switch (type) {
         case "ERROR":
@@ -199,6 +246,8 @@ Rectangle {
             callNoteWindow("Please connect to lidar first");
         } else if (varkel_manager.getSetMapSize() === 0 || !varkel_manager.edits.hasCommands(module)) {
             callNoteWindow("Nothing to be saved"); // the edits of other pages stay
+        } else if (varkel_manager.edits.faults(module).length > 0) {
+            callErrorInfoWindow(varkel_manager.edits.faults(module).join("\n"), "Not saved");
         } else if (!varkel_manager.CheckModuleVarsWithinRange(module)) {
             var names = outOfRangeNames.length > 0 ? listed(outOfRangeNames) : "Some item";
             callMessageWindow(names + " ", "Continue", String(module));
@@ -239,6 +288,10 @@ Rectangle {
         width: parent.width
         onConnectRequested: root.pressConnect()
         onModelChosen: root.changeModel(name)
+        onRestartRequested: root.confirm("Restart " + root.sensorName() + "?\n\nThe connection ends, and changes that are not "
+                                         + "saved are dropped.", "Restart", () => varkel_manager.RestartInBackground())
+        onResetRequested: root.confirm("Reset all settings of " + root.sensorName() + "?\n\nThis can't be undone. The sensor "
+                                       + "may get another address.", "Reset", () => varkel_manager.ResetInBackground())
         onAboutRequested: root.notice("AboutWindow").show()
     }
 

@@ -75,6 +75,7 @@ QtObject {
     readonly property int tick: 12
     readonly property int tickStroke: 2
     readonly property int menuItemHeight: 42
+    readonly property int menuWidth: 260
     readonly property int footerHeight: 60
     readonly property int buttonWidth: 96
     readonly property int noticeWidth: 460

@@ -10,6 +10,10 @@ Item {
     property alias connecting: watch.connecting
 
     // What does not fit about the model connected to; empty when all is well.
+    function sensorName() {
+        return status.sensor;
+    }
+
     function modelWarning() {
         return modelCheck.warning(varkel_manager.getLidarPN(), varkel_manager.getLidarSN(), view.model);
     }
@@ -39,6 +43,7 @@ Item {
         }
         onSaveRequested: body.view.requestSave(module)
         onRefused: body.view.callErrorInfoWindow(message)
+        onUpgradeRequested: body.view.confirmUpgrade(file, "", varkel_manager.installedVersions(), start)
         onLogRequested: body.view.openLog()
     }
 
@@ -65,7 +70,13 @@ Item {
         anchors.bottom: parent.bottom
         model: body.view.model
         titles: body.view.pageTitles
+        connecting: watch.connecting
+        saving: body.view.saving
+        outcome: body.view.lastOutcome
+        outcomeColor: body.view.lastOutcomeType === "ERROR" ? Theme.error
+                      : body.view.lastOutcomeType === "WARNING" ? Theme.warning : Theme.textMuted
         onPageRequested: body.view.choosePage(page)
+        onLogRequested: body.view.openLog()
     }
 
     ModelCheck {
@@ -76,9 +87,10 @@ Item {
         id: watch
 
         onLost: {
-            body.view.printLog("The sensor does not answer any more, so the connection is closed.",
-                               "WARNING");
+            var sensor = status.sensor;
             body.view.disconnect();
+            body.view.record("The sensor at " + sensor + " does not answer any more, so the connection is closed.",
+                             "WARNING");
         }
     }
 

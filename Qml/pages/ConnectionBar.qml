@@ -10,6 +10,8 @@ RowLayout {
 
     signal connectRequested
     signal modelChosen(string name)
+    signal restartRequested
+    signal resetRequested
     signal aboutRequested
 
     function takeFocus() {
@@ -67,6 +69,8 @@ RowLayout {
 
     RestartMenu {
         Layout.alignment: Qt.AlignBottom
+        onRestartRequested: bar.restartRequested()
+        onResetRequested: bar.resetRequested()
     }
 
     DefaultToolButton {

@@ -15,7 +15,8 @@ T.Popup {
 
     objectName: "editsPanel"
     width: Theme.panelWidth
-    implicitHeight: Math.min(Theme.panelHeight, list.contentHeight + heading.height + topPadding + bottomPadding)
+    implicitHeight: Math.min(Theme.panelHeight, list.contentHeight + heading.height + topPadding + bottomPadding
+                             + Theme.gapSmall)
     padding: Theme.gap
     margins: Theme.gapSmall
     focus: true

@@ -15,6 +15,7 @@ Item {
     signal cancelRequested
     signal saveRequested
     signal refused(string message)
+    signal upgradeRequested(url file, var start)
 
     objectName: "page_" + module
 
@@ -30,7 +31,7 @@ Item {
         anchors.right: parent.right
         anchors.top: parent.top
         height: active ? implicitHeight : 0
-        active: !varkel_manager.IsConnected && (!page.rows || !page.rows.upgrades)
+        active: !varkel_manager.IsConnected
         sourceComponent: StaleStrip {
             objectName: "staleStrip_" + page.module
             rows: page.rows
@@ -81,6 +82,7 @@ Item {
                 number: index
                 values: model
                 onRefused: page.refused(message)
+                onUpgradeRequested: page.upgradeRequested(file, start)
             }
         }
     }

@@ -15,6 +15,7 @@ Item {
     signal cancelRequested(int module)
     signal saveRequested(int module)
     signal refused(string message)
+    signal upgradeRequested(url file, var start)
     signal logRequested
 
     Repeater {
@@ -34,6 +35,7 @@ Item {
                 onCancelRequested: pages.cancelRequested(loader.module)
                 onSaveRequested: pages.saveRequested(loader.module)
                 onRefused: pages.refused(message)
+                onUpgradeRequested: pages.upgradeRequested(file, start)
             }
         }
     }

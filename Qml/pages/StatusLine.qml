@@ -13,19 +13,34 @@ Rectangle {
     property string serialNumber
     readonly property int edits: varkel_manager.edits.all.length
 
+    property bool connecting: false
+    property bool saving: false
+    property string outcome // of what was done last
+    property color outcomeColor: Theme.textMuted
+
     signal pageRequested(int page)
+    signal logRequested
 
     function follow() {
         address = varkel_manager.connectType === 1 ? varkel_manager.serial_port_485 + ", " + varkel_manager.serial_port_232
                                                    : varkel_manager.ip_address + ":" + varkel_manager.port;
-        serialNumber = varkel_manager.connectType === 0 ? varkel_manager.getLidarSN() : "";
+        var info = varkel_manager.ZeltoLidarInfo;
+        serialNumber = varkel_manager.connectType === 0 ? varkel_manager.getLidarSN() : info.length > 0 ? info[0].value : "";
     }
 
-    function connection() {
-        if (!varkel_manager.IsConnected) {
-            return "Not connected";
+    readonly property string sensor: [address, model].concat(serialNumber ? ["SN " + serialNumber] : []).join(", ")
+
+    function activity() {
+        if (varkel_manager.IsUpgrading) {
+            return "Upgrading…";
         }
-        return "Connected to " + [address, model].concat(serialNumber ? ["SN " + serialNumber] : []).join(", ");
+        if (varkel_manager.IsDownloadLog) {
+            return "Downloading a log…";
+        }
+        if (connecting) {
+            return "Connecting…";
+        }
+        return saving ? "Saving…" : varkel_manager.isReadingPage ? "Reading…" : varkel_manager.isWorking ? "Asking…" : "";
     }
 
     implicitHeight: Theme.statusHeight
@@ -50,10 +65,25 @@ Rectangle {
 
         BodyText {
             objectName: "statusConnection"
-            Layout.fillWidth: true
+            Layout.maximumWidth: line.width / 2
             color: Theme.textMuted
             elide: Text.ElideRight
-            text: PlainText.line(line.connection())
+            text: PlainText.line(varkel_manager.IsConnected ? "Connected to " + line.sensor : "Not connected")
+        }
+
+        BodyText {
+            objectName: "statusActivity"
+            visible: text.length > 0
+            text: line.activity()
+        }
+
+        BodyText {
+            objectName: "statusOutcome"
+            Layout.fillWidth: true
+            horizontalAlignment: Text.AlignRight
+            color: line.outcomeColor
+            elide: Text.ElideRight
+            text: PlainText.line(line.outcome.replace(/\n[^]*/, ""))
         }
 
         DefaultToolButton {
@@ -61,7 +91,7 @@ Rectangle {
             visible: line.edits > 0
             implicitHeight: Theme.statusButtonHeight
             text: line.edits === 1 ? "1 change not saved" : line.edits + " changes not saved"
-            hint: "Lists the changes of all pages"
+            hint: panel.visible ? "" : "Lists the changes of all pages"
             onClicked: panel.opened ? panel.close() : panel.open()
 
             EditsPanel {
@@ -73,10 +103,22 @@ Rectangle {
                 onPageRequested: line.pageRequested(page)
             }
         }
+
+        DefaultToolButton {
+            objectName: "statusLogButton"
+            implicitHeight: Theme.statusButtonHeight
+            text: "Open log"
+            quiet: true
+            onClicked: line.logRequested()
+        }
     }
 
     Connections {
         target: varkel_manager
+
+        function onZeltoLidarInfoChanged() {
+            line.follow();
+        }
 
         function onIsConnectedChanged() {
             line.follow();

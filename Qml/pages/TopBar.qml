@@ -10,6 +10,8 @@ Rectangle {
 
     signal connectRequested
     signal modelChosen(string name)
+    signal restartRequested
+    signal resetRequested
     signal aboutRequested
 
     function fill() {
@@ -65,6 +67,14 @@ Rectangle {
 
         function onModelChosen(name) {
             bar.modelChosen(name);
+        }
+
+        function onRestartRequested() {
+            bar.restartRequested();
+        }
+
+        function onResetRequested() {
+            bar.resetRequested();
         }
 
         function onAboutRequested() {

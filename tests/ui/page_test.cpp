@@ -189,11 +189,17 @@ class PageTest : public QObject {
     QVERIFY(!edited());
     QCOMPARE(desk.Text("editCount_2"), "No changes");
 
+    desk.Enter("field_" + place, "80x");
+    QCOMPARE(desk.Property("row_" + place, "verdict"), "is no number");
+    desk.Click("saveButton_2");
+    QVERIFY(
+        desk.Dismiss("errorWindow", "Destination Port can't be \"80x\". It has to be a number from 1024"));
     desk.Enter("field_" + place, "80");  // the table says 1024 to 65535
     desk.Click("saveButton_2");
     QVERIFY(desk.Dismiss("messageWindow",
                          "The Destination Port set by the user was detected to be outside the range "
-                         "specified in the config file. Do you wish to continue?",
+                         "specified in the config file. Do you wish to continue?\n\n"
+                         "Destination Port: 80, allowed 1024 to 65535",
                          Qt::Key_Escape));
     QCOMPARE(desk.Property("row_" + place, "verdict"), "is out of range");
     QVERIFY(desk.sensor.Received(kSetDestination).empty());
@@ -202,7 +208,7 @@ class PageTest : public QObject {
     desk.Click("noticeAcceptButton");
     QVERIFY(!desk.Property("saveButton_2", "enabled").toBool());  // while this save runs
     QVERIFY(desk.NoticeShows("successWindow", "Set Lidar Successfully"));
-    QCOMPARE(desk.Notice("successWindow")->property("heading").toString(), "Done");
+    QCOMPARE(desk.Notice("successWindow")->property("heading").toString(), "Saved");
     desk.Key(Qt::Key_Return);
     QCOMPARE(desk.sensor.ValueText("Destination Port"), "80");
     EVENTUALLY_VERIFY(!edited());
@@ -348,12 +354,20 @@ class PageTest : public QObject {
 
   void UpgradeTakesPatchFilesAndForbidsDisconnecting() {
     Desk desk;
-    QVERIFY(desk.Connect());
     desk.ShowPage(kUpgradePage);
+    desk.Drop("new one.patch", "x");
+    QVERIFY(desk.Dismiss("errorWindow", "Connect to the sensor first"));
+    QVERIFY(desk.Connect());
     desk.Drop("firmware.patch.bin");
     QVERIFY(desk.Dismiss("errorWindow", "Upgrade package rejected: it has to be a .patch file"));
     QCOMPARE(desk.Text("upgradeFileName") + desk.Text("upgradeProgress"), "0.00%");
-    desk.Drop("new one.patch", "VARKEL-SIM FIRMWARE 4.1.2.9 2027-03-04\n" + QByteArray(20000, 'x'));
+    const QByteArray package = "VARKEL-SIM FIRMWARE 4.1.2.9 2027-03-04\n" + QByteArray(20000, 'x');
+    desk.Drop("new one.patch", package);
+    QVERIFY(
+        desk.Dismiss("messageWindow", "Package: new one.patch\nSize: 20,039 bytes\nFirmware Version: 3."));
+    QVERIFY(!desk.manager->IsUpgrading());
+    desk.Drop("new one.patch", package);
+    desk.Click("noticeAcceptButton");
     EVENTUALLY_VERIFY(desk.manager->IsUpgrading());
     QCOMPARE(desk.Text("upgradeFileName"), "new one.patch");
     QVERIFY(!desk.Find("attachButton")->isEnabled());
