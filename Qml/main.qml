@@ -12,6 +12,11 @@ Rectangle {
     property int currentPage: 0
     property bool modelCheckDue: false
     property bool saving: false
+    property string lastSuccess
+    property string lastOutcome // what the last notice said
+    property string lastOutcomeType
+    property string lastLine // of the log
+    property string noticeLine // a notice's line that may come as a line of the log as well
     property var outOfRangeNames: [] // those that the present check has found
     property bool shown: false // set when the first frame is on the screen
     readonly property bool complete: topBar.complete && body.item !== null
@@ -44,33 +49,76 @@ Rectangle {
         var message = notice("MessageWindow");
         if (btn_text === "Continue" && module_name !== "") {
             message.notify("The " + msg + "set by the user was detected to be outside the range "
-                           + "specified in the config file. Do you wish to continue?", btn_text,
+                           + "specified in the config file. Do you wish to continue?\n\n"
+                           + varkel_manager.edits.outOfRange(Number(module_name)).join("\n"), btn_text,
                            () => saveReadFields(Number(module_name)));
         } else {
             message.notify(msg, btn_text);
         }
     }
 
-    function callErrorInfoWindow(msg) {
+    function callErrorInfoWindow(msg, heading = "") {
         if (msg !== "") {
-            notice("ErrorInfoWindow").notify(msg);
+            var warning = msg.startsWith("WARNING");
+            record(msg, warning ? "WARNING" : "ERROR");
+            notice("ErrorInfoWindow").notify(msg, "", null, heading !== "" ? heading
+                                             : warning ? "Warning"
+                                             : /^(SET \[|Set Failed)/.test(msg) ? "Not saved" : "");
         }
     }
 
     function callSuccessInfoWindow(msg) {
         if (msg !== "") {
-            notice("SuccessInfoWindow").notify(msg);
+            record(msg, "INFO");
+            notice("SuccessInfoWindow").notify(msg, "", null, msg.startsWith("Set Lidar") ? "Saved" : "");
         }
     }
 
     // The success window for what was not done.
     function callNoteWindow(msg) {
+        record(msg, "INFO");
         notice("SuccessInfoWindow").note(msg);
     }
 
+    // Asks before something that can't be undone; the button names it.
+    function confirm(text, button, next) {
+        notice("MessageWindow").notify(text, button, next);
+    }
+
+    // Which sensor an act is for: "the sensor at 192.168.1.201:9347, Quenta, SN 123".
+    function sensorName() {
+        return "the sensor at " + body.item.sensorName();
+    }
+
+    function confirmUpgrade(file, mode, versions, next) {
+        var size = varkel_manager.packageSize(file);
+        var lines = ["Upgrade " + sensorName() + "?", "",
+                     "Package: " + PlainText.line(decodeURIComponent(file.toString().replace(/^.*\//, ""))),
+                     "Size: " + (size < 0 ? "the file can't be read" : size.toLocaleString(Qt.locale("en_US"), "f", 0) + " bytes")];
+        if (mode !== "") {
+            lines.push("Mode: " + mode);
+        }
+        versions.forEach(version => lines.push(PlainText.line(version.label + ": " + version.value)));
+        confirm(lines.join("\n"), "Upgrade", next);
+    }
+
+    // What a notice says is in the log as well, once: what reports a fault often logs it itself.
+    function record(msg, type) {
+        lastOutcome = msg;
+        lastOutcomeType = type;
+        if (msg !== lastLine) {
+            printLog(msg, type);
+            noticeLine = msg;
+        }
+    }
+
     function printLog(msg, type = "INFO") {
-        if (msg === "") {
+        if (msg === "" || msg === noticeLine) {
+            noticeLine = "";
             return;
+        }
+        if (!type.startsWith("BYTE")) {
+            lastLine = msg;
         }
         switch (type) {
         case "ERROR":
@@ -125,7 +173,7 @@ Rectangle {
             if (varkel_manager.IsUpgrading) {
                 callErrorInfoWindow("Disconnect REJECTED. Lidar is upgrading.");
             } else {
-                varkel_manager.Stop();
+                keepingEdits("Disconnecting", "Disconnect", disconnect);
             }
         } else {
             body.item.connecting = varkel_manager.ConnectLidar();
@@ -137,7 +185,31 @@ Rectangle {
         topBar.pressConnect();
     }
 
+    function disconnect() {
+        varkel_manager.Stop();
+    }
+
+    // Asks before what drops the user's edits.
+    function keepingEdits(act, button, next) {
+        var edits = varkel_manager.edits.all;
+        if (edits.length === 0) {
+            next();
+            return;
+        }
+        var shown = edits.slice(0, Theme.listedEdits).map(edit => edit.label + ": " + edit.from + " → " + edit.to);
+        if (edits.length > shown.length) {
+            shown.push("and " + (edits.length - shown.length) + " more");
+        }
+        notice("MessageWindow").notify(act + " drops the changes that are not saved:\n\n"
+                                       + shown.map(line => PlainText.line(line)).join("\n"), button, next);
+    }
+
     function changeModel(name) {
+        keepingEdits("Another model", "Change model", () => selectModel(name));
+    }
+
+    function selectModel(name) {
+        topBar.selectModel(name);
         printLog("Current selected model is " + name, "INFO");
         varkel_manager.InitConfigFileParser(name);
         varkel_manager.UpdateUI();
@@ -170,6 +242,14 @@ Rectangle {
                                        "Continue", () => saveModule(module));
     }
 
+    // Below the notice of the save; when that has been closed, only another value than was sent disturbs once more.
+    function showSaveOutcome(outcome, differs) {
+        var text = "Read back: " + outcome;
+        if (!notice("SuccessInfoWindow").amend(lastSuccess, text, differs ? "Warning" : "") && differs) {
+            callNoteWindow(text);
+        }
+    }
+
     function listed(names) {
         return names.map(name => PlainText.line(name)).join(", ");
     }
@@ -178,8 +258,10 @@ Rectangle {
         outOfRangeNames = [];
         if (!varkel_manager.IsConnected) {
             callNoteWindow("Please connect to lidar first");
-        } else if (varkel_manager.getSetMapSize() === 0 || varkel_manager.pageModel(module).edits === 0) {
+        } else if (varkel_manager.getSetMapSize() === 0 || !varkel_manager.edits.hasCommands(module)) {
             callNoteWindow("Nothing to be saved"); // the edits of other pages stay
+        } else if (varkel_manager.edits.faults(module).length > 0) {
+            callErrorInfoWindow(varkel_manager.edits.faults(module).join("\n"), "Not saved");
         } else if (!varkel_manager.CheckModuleVarsWithinRange(module)) {
             var names = outOfRangeNames.length > 0 ? listed(outOfRangeNames) : "Some item";
             callMessageWindow(names + " ", "Continue", String(module));
@@ -220,6 +302,10 @@ Rectangle {
         width: parent.width
         onConnectRequested: root.pressConnect()
         onModelChosen: root.changeModel(name)
+        onRestartRequested: root.confirm("Restart " + root.sensorName() + "?\n\nThe connection ends, and changes that are not "
+                                         + "saved are dropped.", "Restart", () => varkel_manager.RestartInBackground())
+        onResetRequested: root.confirm("Reset all settings of " + root.sensorName() + "?\n\nThis can't be undone. The sensor "
+                                       + "may get another address.", "Reset", () => varkel_manager.ResetInBackground())
         onAboutRequested: root.notice("AboutWindow").show()
     }
 
@@ -230,9 +316,11 @@ Rectangle {
         anchors.left: parent.left
         anchors.top: topBar.bottom
         anchors.bottom: parent.bottom
+        anchors.bottomMargin: Theme.statusHeight
         width: Theme.sideBarWidth
         visible: root.table
         titles: root.tabTitles
+        edits: varkel_manager.edits.counts
         currentIndex: root.currentPage
         onChosen: root.choosePage(index)
     }
@@ -259,7 +347,8 @@ Rectangle {
         }
 
         function onSuccessMessageChanged() {
-            root.callSuccessInfoWindow(varkel_manager.successMessage);
+            root.lastSuccess = varkel_manager.successMessage;
+            root.callSuccessInfoWindow(root.lastSuccess);
             varkel_manager.setSuccessMsg("");
         }
 
@@ -287,6 +376,10 @@ Rectangle {
         function onPageWriteFinished(module) {
             root.saving = false;
             varkel_manager.ReadPageInBackground(module);
+        }
+
+        function onSaveReadBack(module, outcome, differs) {
+            root.showSaveOutcome(outcome, differs);
         }
 
         function onLidarClearModel() {

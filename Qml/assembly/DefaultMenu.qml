@@ -5,7 +5,7 @@ import "."
 T.Menu {
     id: menu
 
-    implicitWidth: 2 * Theme.buttonWidth
+    implicitWidth: Theme.menuWidth
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     padding: Theme.gapTiny
     margins: Theme.gapSmall

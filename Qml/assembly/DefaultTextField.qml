@@ -5,7 +5,8 @@ import "."
 
 // A text field. `commit(text)` comes once an edit is finished (Enter, Tab or a click elsewhere) and only when
 // the text differs from the shown value; Escape takes the edit back. With `readOnly` it is flat text to
-// select and copy. `cut` means that `show(value)` got more than can be shown: an edit would lose the rest.
+// select and copy. Undo and redo of what is not being typed are `undone` and `redone`. `cut` means that
+// `show(value)` got more than can be shown: an edit would lose the rest.
 T.TextField {
     id: field
 
@@ -19,6 +20,8 @@ T.TextField {
     readonly property bool typing: activeFocus && (text !== value || selectedText.length > 0)
 
     signal commit(string text)
+    signal undone
+    signal redone
 
     function show(newValue) {
         var held = typing;
@@ -63,6 +66,14 @@ T.TextField {
     Accessible.readOnly: readOnly
     Accessible.description: hint
 
+    Keys.onPressed: {
+        var redo = event.matches(StandardKey.Redo) || (event.key === Qt.Key_Z
+                   && event.modifiers === (Qt.ControlModifier | Qt.ShiftModifier));
+        if (text === value && (redo || event.matches(StandardKey.Undo))) {
+            event.accepted = true;
+            redo ? redone() : undone();
+        }
+    }
     Keys.onEscapePressed: {
         event.accepted = text !== value;
         setText(value);

@@ -10,12 +10,21 @@ T.ToolTip {
 
     x: beside && parent ? parent.width + Theme.gap : 0
     y: !parent ? 0 : beside ? (parent.height - height) / 2 : parent.height + Theme.gapTiny
-    implicitWidth: Math.min(Theme.hintWidth, words.implicitWidth + leftPadding + rightPadding)
+    implicitWidth: Math.min(Theme.hintWidth, measured.implicitWidth + leftPadding + rightPadding)
     implicitHeight: words.implicitHeight + topPadding + bottomPadding
     padding: Theme.gapSmall
     margins: Theme.gapTiny
     delay: Theme.hintDelay
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent
+
+    // A wrapped text's own width is what it was given.
+    BodyText {
+        id: measured
+
+        visible: false
+        text: words.text
+        font: words.font
+    }
 
     contentItem: BodyText {
         id: words

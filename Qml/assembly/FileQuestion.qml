@@ -8,7 +8,8 @@ Loader {
     signal chosen(url file)
 
     // `properties` has a "title". With "selectFolder" a folder is asked for; otherwise a file, and with
-    // "selectExisting" false one to write. Files also have "nameFilters" and a "defaultSuffix".
+    // "selectExisting" false one to write. Files also have "nameFilters", a "defaultSuffix"
+    // and a "suggestedName".
     function ask(properties) {
         if (properties.selectFolder) {
             setSource("FolderQuestionDialog.qml", { "title": properties.title, "parentWindow": Window.window });
@@ -17,6 +18,7 @@ Loader {
                 "title": properties.title,
                 "parentWindow": Window.window,
                 "toWrite": properties.selectExisting === false,
+                "suggestedName": properties.suggestedName || "",
                 "nameFilters": properties.nameFilters || [],
                 "defaultSuffix": properties.defaultSuffix || ""
             });

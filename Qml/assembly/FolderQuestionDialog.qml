@@ -1,8 +1,13 @@
 import QtQml 2.15
 import Qt.labs.platform 1.1
+import "."
 
 FolderDialog {
     readonly property url answer: folder
 
-    Component.onCompleted: open()
+    Component.onCompleted: {
+        folder = LastFolder.folder;
+        open();
+    }
+    onAccepted: LastFolder.folder = folder
 }

@@ -15,6 +15,7 @@ T.Popup {
     property string message
     property string acceptText: "OK"
     property bool cancellable: false // Cancel is the button that Enter presses
+    readonly property real textHeight: Math.min(body.implicitHeight, Theme.noticeTextHeight)
     property var waiting: []
     property bool decided: false
 
@@ -36,6 +37,16 @@ T.Popup {
         }
     }
 
+    // Adds to the notice that says `text`, if it is still open; whether it is.
+    function amend(text, more, otherTitle) {
+        if (!visible || message !== text) {
+            return false;
+        }
+        message = text + "\n\n" + more;
+        heading = otherTitle || heading;
+        return true;
+    }
+
     function present(entry) {
         message = entry.text;
         acceptText = entry.button;
@@ -53,7 +64,9 @@ T.Popup {
     parent: T.Overlay.overlay
     anchors.centerIn: parent
     width: Math.min(Theme.noticeWidth, parent ? parent.width - 2 * Theme.margin : Theme.noticeWidth)
-    implicitHeight: layout.implicitHeight + topPadding + bottomPadding
+    // Added up, as a layout's own height lags behind a text that grows while it is shown.
+    height: titleRow.implicitHeight + textHeight + buttonRow.implicitHeight + 2 * layout.spacing + Theme.gapSmall
+            + topPadding + bottomPadding
     padding: Theme.margin
     modal: true
     focus: true
@@ -107,6 +120,8 @@ T.Popup {
         spacing: Theme.gap
 
         RowLayout {
+            id: titleRow
+
             Layout.fillWidth: true
 
             BodyText {
@@ -127,7 +142,8 @@ T.Popup {
 
         Flickable {
             Layout.fillWidth: true
-            Layout.preferredHeight: Math.min(contentHeight, Theme.noticeTextHeight)
+            Layout.minimumHeight: notice.textHeight
+            Layout.maximumHeight: notice.textHeight
             contentHeight: body.implicitHeight
             boundsBehavior: Flickable.StopAtBounds
             clip: true
@@ -145,6 +161,8 @@ T.Popup {
         }
 
         RowLayout {
+            id: buttonRow
+
             Layout.fillWidth: true
             Layout.topMargin: Theme.gapSmall
             spacing: Theme.gapSmall

@@ -9,6 +9,7 @@ Item {
     property bool current: false
     property string text
     property string shortcutText
+    property int edits: 0 // not saved
     property bool clickedLast: false
     readonly property bool visualFocus: activeFocus && !clickedLast
 
@@ -18,7 +19,7 @@ Item {
     activeFocusOnTab: current || activeFocus
 
     Accessible.role: Accessible.PageTab
-    Accessible.name: text
+    Accessible.name: edits > 0 ? text + ", changes not saved: " + edits : text
     Accessible.selected: current
     Accessible.focusable: true
     Accessible.onPressAction: clicked()
@@ -48,12 +49,37 @@ Item {
     BodyText {
         anchors.fill: parent
         anchors.leftMargin: Theme.gapLarge
-        anchors.rightMargin: Theme.gapSmall
+        anchors.rightMargin: Theme.gapSmall + (count.item ? count.item.width + Theme.gapTiny : 0)
         text: entry.text
         color: entry.current || pointer.containsMouse ? Theme.text : Theme.textMuted
         font.bold: entry.current
         elide: Text.ElideRight
         Accessible.ignored: true
+    }
+
+    Loader {
+        id: count
+
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.gap
+        anchors.verticalCenter: parent.verticalCenter
+        active: entry.edits > 0
+        sourceComponent: Rectangle {
+            implicitWidth: Math.max(height, number.implicitWidth + 2 * Theme.gapTiny)
+            implicitHeight: number.implicitHeight + Theme.gapTiny
+            radius: height / 2
+            color: Theme.accent
+
+            BodyText {
+                id: number
+
+                objectName: "tabEdits"
+                anchors.centerIn: parent
+                text: entry.edits
+                font.pixelSize: Theme.fontSmall
+                Accessible.ignored: true
+            }
+        }
     }
 
     MouseArea {

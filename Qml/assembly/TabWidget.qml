@@ -7,6 +7,7 @@ Rectangle {
     id: tabs
 
     property var titles: []
+    property var edits: [] // of each page, not saved
     property int currentIndex: 0
 
     signal chosen(int index)
@@ -56,6 +57,7 @@ Rectangle {
                     text: PlainText.line(modelData)
                     shortcutText: index < 10 ? "Ctrl+" + (index + 1) % 10 : ""
                     current: index === tabs.currentIndex
+                    edits: tabs.edits[index] || 0
                     onClicked: tabs.chosen(index)
                     Keys.onUpPressed: tabs.step(index - 1)
                     Keys.onDownPressed: tabs.step(index + 1)

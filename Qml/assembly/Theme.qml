@@ -69,7 +69,17 @@ QtObject {
     readonly property int topBarHeight: 70
     readonly property int sideBarWidth: 208
     readonly property int tabHeight: 40
+    readonly property int stripHeight: 32
+    readonly property int statusHeight: 32
+    readonly property int statusButtonHeight: 24
+    readonly property int panelWidth: 640
+    readonly property int listedEdits: 12
+    readonly property int panelHeight: 420
+    readonly property int noteWidth: 300
+    readonly property int tick: 12
+    readonly property int tickStroke: 2
     readonly property int menuItemHeight: 42
+    readonly property int menuWidth: 260
     readonly property int footerHeight: 60
     readonly property int buttonWidth: 96
     readonly property int noticeWidth: 460

@@ -3,7 +3,8 @@ import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
 import "."
 
-// Takes a firmware package by choice or by drop and shows how far its transfer is. Rows put inside it stand
+// Takes a firmware package by choice or by drop and shows how far its transfer is. Whoever hears of the package calls
+// `take(file)` when it is on its way. Rows put inside it stand
 // above the drop field.
 Item {
     id: area
@@ -12,12 +13,14 @@ Item {
     property bool upgrading: false
     property alias ratio: progress.ratio
     property string fileName
+    property string blocked // why no package can be taken now
     property string remark // shown in place of the file name until a file is taken
     property bool quietWhenIdle: false // no bar and no note but while upgrading
     default property alias content: extra.data
 
     signal fileChosen(url file)
     signal fileRefused(url file)
+    signal fileBlocked
 
     function ask() {
         question.ask({
@@ -32,13 +35,17 @@ Item {
         var path = file.toString();
         for (var i = 0; i < endings.length; ++i) {
             if (path.endsWith(endings[i])) {
-                remark = "";
-                fileName = decodeURIComponent(path.substring(path.lastIndexOf("/") + 1));
-                fileChosen(file);
+                blocked.length > 0 ? fileBlocked() : fileChosen(file);
                 return;
             }
         }
         fileRefused(file);
+    }
+
+    function take(file) {
+        var path = file.toString();
+        remark = "";
+        fileName = decodeURIComponent(path.substring(path.lastIndexOf("/") + 1));
     }
 
     implicitHeight: column.implicitHeight
@@ -57,7 +64,7 @@ Item {
             DefaultToolButton {
                 objectName: "attachButton"
                 text: "Attach File"
-                enabled: !area.upgrading
+                enabled: !area.upgrading && area.blocked.length === 0
                 onClicked: area.ask()
             }
 
@@ -66,7 +73,8 @@ Item {
                 objectName: "upgradeFileName"
                 color: area.remark.length > 0 ? Theme.warning : Theme.textMuted
                 elide: Text.ElideMiddle
-                text: PlainText.line(area.remark.length > 0 ? area.remark : area.fileName)
+                text: PlainText.line(area.remark.length > 0 ? area.remark : area.blocked.length > 0 ? area.blocked
+                                                                                              : area.fileName)
             }
         }
 
@@ -83,7 +91,7 @@ Item {
             height: Theme.dropHeight
             text: "Click to Upload or Drop Files Here"
             enabled: !area.upgrading
-            onClicked: area.ask()
+            onClicked: area.blocked.length > 0 ? area.fileBlocked() : area.ask()
             onDropped: area.offer(file)
         }
 

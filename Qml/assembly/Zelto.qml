@@ -12,6 +12,8 @@ Flickable {
     property alias commands: commandWidget
 
     signal logRequested
+    signal refused(string message)
+    signal upgradeRequested(url file, string mode, var start)
 
     objectName: "zeltoPage"
     contentHeight: column.height + 2 * Theme.margin
@@ -49,6 +51,8 @@ Flickable {
         UpgradeSection {
             width: column.width
             selectedModel: page.selectedModel
+            onRefused: page.refused(message)
+            onUpgradeRequested: page.upgradeRequested(file, mode, start)
         }
 
         Section {

@@ -42,6 +42,7 @@ ColumnLayout {
         Layout.fillWidth: true
         Accessible.name: "Baud Rate"
         editable: true
+        enabled: !varkel_manager.IsConnected
         validator: IntValidator {
             bottom: 0
         }

@@ -10,6 +10,10 @@ Item {
     property alias connecting: watch.connecting
 
     // What does not fit about the model connected to; empty when all is well.
+    function sensorName() {
+        return status.sensor;
+    }
+
     function modelWarning() {
         return modelCheck.warning(varkel_manager.getLidarPN(), varkel_manager.getLidarSN(), view.model);
     }
@@ -28,6 +32,7 @@ Item {
         objectName: "pages"
         anchors.fill: parent
         anchors.leftMargin: Theme.sideBarWidth
+        anchors.bottomMargin: status.height
         visible: body.view.table
         titles: body.view.pageTitles
         currentIndex: body.view.currentPage
@@ -38,6 +43,7 @@ Item {
         }
         onSaveRequested: body.view.requestSave(module)
         onRefused: body.view.callErrorInfoWindow(message)
+        onUpgradeRequested: body.view.confirmUpgrade(file, "", varkel_manager.installedVersions(), start)
         onLogRequested: body.view.openLog()
     }
 
@@ -45,6 +51,7 @@ Item {
         readonly property bool wanted: !body.view.table
 
         anchors.fill: parent
+        anchors.bottomMargin: status.height
         visible: wanted
         onWantedChanged: {
             if (wanted) {
@@ -55,6 +62,23 @@ Item {
         }
     }
 
+    StatusLine {
+        id: status
+
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        model: body.view.model
+        titles: body.view.pageTitles
+        connecting: watch.connecting
+        saving: body.view.saving
+        outcome: body.view.lastOutcome
+        outcomeColor: body.view.lastOutcomeType === "ERROR" ? Theme.error
+                      : body.view.lastOutcomeType === "WARNING" ? Theme.warning : Theme.textMuted
+        onPageRequested: body.view.choosePage(page)
+        onLogRequested: body.view.openLog()
+    }
+
     ModelCheck {
         id: modelCheck
     }
@@ -63,9 +87,10 @@ Item {
         id: watch
 
         onLost: {
-            body.view.printLog("The sensor does not answer any more, so the connection is closed.",
-                               "WARNING");
-            body.view.pressConnect();
+            var sensor = status.sensor;
+            body.view.disconnect();
+            body.view.record("The sensor at " + sensor + " does not answer any more, so the connection is closed.",
+                             "WARNING");
         }
     }
 

@@ -10,10 +10,16 @@ RowLayout {
 
     signal connectRequested
     signal modelChosen(string name)
+    signal restartRequested
+    signal resetRequested
     signal aboutRequested
 
     function takeFocus() {
         connectButton.forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    function selectModel(name) {
+        modelCombo.select(name);
     }
 
     function pressConnect() {
@@ -66,6 +72,8 @@ RowLayout {
 
     RestartMenu {
         Layout.alignment: Qt.AlignBottom
+        onRestartRequested: bar.restartRequested()
+        onResetRequested: bar.resetRequested()
     }
 
     DefaultToolButton {

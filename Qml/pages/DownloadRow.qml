@@ -14,14 +14,17 @@ LabelledRow {
         objectName: "downloadButton"
         text: "Download"
         enabled: varkel_manager.IsConnected && !varkel_manager.IsDownloadLog && !varkel_manager.IsUpgrading
-        hint: varkel_manager.IsConnected ? "Asks first where to put it" : "Connect first"
+        hint: "Asks first where to put it"
         onClicked: row.requested()
     }
 
     BodyText {
-        visible: row.downloading
+        objectName: "downloadState"
+        visible: text.length > 0
         color: Theme.textMuted
-        text: "Downloading…"
+        text: row.downloading ? "Downloading…" : !varkel_manager.IsConnected ? "Connect first"
+              : varkel_manager.IsDownloadLog ? "Another log is being downloaded"
+                                             : varkel_manager.IsUpgrading ? "An upgrade runs" : ""
     }
 
     Item {

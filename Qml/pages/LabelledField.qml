@@ -39,6 +39,7 @@ ColumnLayout {
         Layout.preferredWidth: labelled.fieldWidth
         Layout.fillWidth: true
         Accessible.name: caption.text
+        readOnly: varkel_manager.IsConnected // they tell where the connection leads
         onCommit: labelled.commit(text)
         onAccepted: {
             finish();

@@ -23,6 +23,8 @@ Flickable {
             "selectFolder": !archive,
             "selectExisting": !archive,
             "defaultSuffix": "tar",
+            "suggestedName": "operation_log_" + varkel_manager.getLidarSN().replace(/[^A-Za-z0-9._-]+/g, "_") + "_"
+                             + Qt.formatDate(new Date(), "yyyy-MM-dd") + ".tar",
             "nameFilters": archive ? ["Archives (*.tar)", "All files (*)"] : []
         });
     }

@@ -6,7 +6,7 @@ import "../assembly"
 ColumnLayout {
     id: labelled
 
-    readonly property string selected: combo.currentText
+    property string selected
     property bool fixed: false
 
     signal chosen(string name)
@@ -15,9 +15,16 @@ ColumnLayout {
         var startModel = varkel_manager.getVMNowName();
         fixed = startModel.length > 0;
         var names = varkel_manager.LidarModelList.map(String);
-        var wanted = fixed ? startModel : combo.currentText.length > 0 ? combo.currentText : "Quenta";
+        var wanted = fixed ? startModel : selected.length > 0 ? selected : "Quenta";
         combo.model = names;
         combo.currentIndex = Math.max(names.length > 0 ? 0 : -1, names.indexOf(wanted));
+        selected = combo.currentText;
+    }
+
+    // The choice of a user holds from here on: what else it takes is decided elsewhere.
+    function select(name) {
+        combo.currentIndex = combo.model.indexOf(name);
+        selected = name;
     }
 
     spacing: Theme.gapTiny / 2
@@ -33,20 +40,18 @@ ColumnLayout {
     DefaultComboBox {
         id: combo
 
-        property int settled: -1
-
         objectName: "modelCombo"
         Layout.preferredWidth: Theme.buttonWidth + 2 * Theme.margin
         Layout.fillWidth: true
         Accessible.name: "Model"
         enabled: !varkel_manager.IsConnected && !labelled.fixed
         onActivated: {
-            if (settled !== index) {
-                labelled.chosen(textAt(index));
+            var name = textAt(index);
+            labelled.select(labelled.selected);
+            if (name !== labelled.selected) {
+                labelled.chosen(name);
             }
-            settled = index;
         }
-        onPressedChanged: settled = currentIndex
     }
 
     Connections {

@@ -20,6 +20,7 @@ Item {
     signal cancelRequested
     signal saveRequested
     signal refused(string message)
+    signal upgradeRequested(url file, var start)
 
     // Puts the focus into a row, wherever it is in the list.
     function enterRow(row) {
@@ -34,12 +35,26 @@ Item {
 
     Component.onDestruction: list.model = null // rows that are just being made are given up
 
+    Loader {
+        id: strip
+
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.top: parent.top
+        height: active ? implicitHeight : 0
+        active: !varkel_manager.IsConnected
+        sourceComponent: StaleStrip {
+            objectName: "staleStrip_" + page.module
+            rows: page.rows
+        }
+    }
+
     TabSteps {
         id: steps
 
         anchors.left: parent.left
         anchors.right: parent.right
-        anchors.top: parent.top
+        anchors.top: strip.bottom
         anchors.bottom: footer.visible ? footer.top : parent.bottom
         list: list
 
@@ -80,6 +95,7 @@ Item {
                 number: index
                 values: model
                 onRefused: page.refused(message)
+                onUpgradeRequested: page.upgradeRequested(file, start)
             }
         }
     }

@@ -20,6 +20,7 @@ Item {
     signal cancelRequested(int module)
     signal saveRequested(int module)
     signal refused(string message)
+    signal upgradeRequested(url file, var start)
     signal logRequested
 
     // As its button does, if the page has one that can be pressed.
@@ -56,6 +57,7 @@ Item {
                 onCancelRequested: pages.cancelRequested(loader.module)
                 onSaveRequested: pages.saveRequested(loader.module)
                 onRefused: pages.refused(message)
+                onUpgradeRequested: pages.upgradeRequested(file, start)
             }
         }
     }

@@ -10,6 +10,7 @@ Loader {
     property QtObject values // the roles of the page's list model
 
     signal refused(string message)
+    signal upgradeRequested(url file, var start)
 
     sourceComponent: {
         switch (values.kind) {
@@ -82,6 +83,7 @@ Loader {
             module: modelRow.module
             values: modelRow.values
             onRefused: modelRow.refused(message)
+            onUpgradeRequested: modelRow.upgradeRequested(file, start)
         }
     }
 

@@ -48,7 +48,7 @@ Rectangle {
         DefaultToolButton {
             objectName: "saveButton_" + footer.module
             text: "Save"
-            primary: true
+            primary: footer.edits > 0
             enabled: !footer.saving
             hint: "Writes the changes to the sensor"
             onClicked: footer.saved()

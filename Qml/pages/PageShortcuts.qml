@@ -1,7 +1,8 @@
 import QtQuick 2.15
 import QtQuick.Window 2.15
 
-// Ctrl+1 to Ctrl+9 and Ctrl+0 choose a page, Ctrl+S saves it and F5 reads it; Ctrl+Return connects or disconnects.
+// Ctrl+1 to Ctrl+9 and Ctrl+0 choose a page, Ctrl+S saves it and F5 reads it; Ctrl+Return connects or disconnects,
+// Ctrl+Z and Ctrl+Shift+Z undo and redo an edit.
 Item {
     id: shortcuts
 
@@ -16,6 +17,16 @@ Item {
         if (item && item.finish) {
             item.finish();
         }
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Z"
+        onActivated: varkel_manager.edits.undo()
+    }
+
+    Shortcut {
+        sequences: ["Ctrl+Shift+Z", "Ctrl+Y"]
+        onActivated: varkel_manager.edits.redo()
     }
 
     Repeater {

@@ -3,17 +3,28 @@ import "../assembly"
 
 // What drops from the restart button.
 DefaultMenu {
+    id: menu
+
+    readonly property string blocked: !varkel_manager.IsConnected ? "connect first"
+                                      : varkel_manager.IsUpgrading ? "an upgrade runs"
+                                      : varkel_manager.IsDownloadLog ? "a download runs" : ""
+
+    signal restartRequested
+    signal resetRequested
+
     y: parent ? parent.height + Theme.gapTiny : 0
 
     DefaultMenuItem {
         objectName: "restartItem"
         text: "Restart"
-        onTriggered: varkel_manager.RestartInBackground()
+        reason: menu.blocked
+        onTriggered: menu.restartRequested()
     }
 
     DefaultMenuItem {
         objectName: "resetItem"
         text: "Reset All Settings"
-        onTriggered: varkel_manager.ResetInBackground()
+        reason: menu.blocked
+        onTriggered: menu.resetRequested()
     }
 }

@@ -8,6 +8,9 @@ DefaultToolButton {
     property bool available: false
     property var menu: null
 
+    signal restartRequested
+    signal resetRequested
+
     function lookUp() {
         available = varkel_manager.CheckVarExistsInConfigFileByName("Restart")
                 || varkel_manager.CheckVarExistsInConfigFileByName("Reset");
@@ -16,6 +19,8 @@ DefaultToolButton {
     function openMenu() {
         if (!menu) {
             menu = Qt.createComponent("RestartEntries.qml").createObject(button);
+            menu.restartRequested.connect(restartRequested);
+            menu.resetRequested.connect(resetRequested);
         }
         menu.open();
     }

@@ -7,6 +7,8 @@ Zelto {
 
     selectedModel: view.model
     onLogRequested: view.openLog()
+    onRefused: view.callErrorInfoWindow(message)
+    onUpgradeRequested: view.confirmUpgrade(file, mode, varkel_manager.ZeltoLidarVersionInfo, start)
     commands.history: varkel_manager.SendCommandHistory
     commands.replyHeader: varkel_manager.SendKtcCommandReturnHeader
     commands.replyPayload: varkel_manager.SendKtcCommandReturnPayload

@@ -10,6 +10,8 @@ Rectangle {
 
     signal connectRequested
     signal modelChosen(string name)
+    signal restartRequested
+    signal resetRequested
     signal aboutRequested
 
     function fill() {
@@ -18,6 +20,10 @@ Rectangle {
 
     function pressConnect() {
         connection.item.pressConnect();
+    }
+
+    function selectModel(name) {
+        connection.item.selectModel(name);
     }
 
     function takeFocus() {
@@ -65,6 +71,14 @@ Rectangle {
 
         function onModelChosen(name) {
             bar.modelChosen(name);
+        }
+
+        function onRestartRequested() {
+            bar.restartRequested();
+        }
+
+        function onResetRequested() {
+            bar.resetRequested();
         }
 
         function onAboutRequested() {

@@ -12,6 +12,8 @@ GridLayout {
     property bool dimmed: false
 
     signal angleCommitted(int index, string text)
+    signal undone
+    signal redone
 
     columns: 6
     columnSpacing: Theme.gapTiny
@@ -60,6 +62,8 @@ GridLayout {
                 grid.angleCommitted(angle, text);
                 show(angleText);
             }
+            onUndone: grid.undone()
+            onRedone: grid.redone()
             Component.onCompleted: show(angleText)
 
             Rectangle {

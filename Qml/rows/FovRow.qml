@@ -9,6 +9,7 @@ RowFrame {
     readonly property string shownText: choice.chosenLabel
 
     implicitHeight: Theme.tallRowHeight
+    noteInset: Theme.tallRowHeight + 2 * Theme.margin
 
     OptionChoice {
         id: choice
@@ -29,7 +30,9 @@ RowFrame {
         place: row.place
         angles: row.angles
         editable: row.writable
-        dimmed: row.unread
+        dimmed: row.dimmed
+        onUndone: varkel_manager.edits.undo()
+        onRedone: varkel_manager.edits.redo()
         onAngleCommitted: varkel_manager.SetMultiFovConfig(index, text)
     }
 

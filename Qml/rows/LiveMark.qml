@@ -11,8 +11,7 @@ Item {
         width: Theme.dot
         height: Theme.dot
         radius: width / 2
-        opacity: varkel_manager.IsConnected ? 1 : Theme.disabledOpacity
-        color: varkel_manager.IsConnected ? Theme.connected : Theme.textFaint
+        color: Theme.connected
     }
 
     BodyText {

@@ -30,7 +30,7 @@ Item {
             unlisted: choice.row.valueText
             marked: choice.row.edited
             faulty: choice.row.faulty
-            dimmed: choice.row.unread
+            dimmed: choice.row.dimmed
             hintBeside: true
             hint: choice.row.hint
             onActivated: {
@@ -49,7 +49,7 @@ Item {
             objectName: "field_" + choice.row.place + "_text"
             Accessible.name: choice.row.label
             readOnly: true
-            dimmed: choice.row.unread
+            dimmed: choice.row.dimmed
             onLabelChanged: show(label)
             Component.onCompleted: show(label)
         }

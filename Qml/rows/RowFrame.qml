@@ -12,17 +12,41 @@ Item {
     readonly property string valueText: values.text
     readonly property string label: PlainText.line(values.label)
     readonly property string place: module + "_" + values.group + "_" + values.variable
-    readonly property bool live: values.live
+    readonly property bool live: values.live && varkel_manager.IsConnected && !varkel_manager.IsUpgrading
+                                 && !varkel_manager.IsDownloadLog
     readonly property bool writable: values.writable
     readonly property bool edited: values.edited
     readonly property bool unread: values.origin === "default"
+    readonly property bool dimmed: unread || values.stale && !edited
+    readonly property bool differs: values.origin === "differs"
+    readonly property bool refused: values.refusal.length > 0
+    readonly property string note: noteText()
+    property int noteInset: Theme.gap // from the row's end to its note
     readonly property string verdict: values.verdict
-    readonly property bool faulty: verdict.length > 0
+    readonly property bool faulty: verdict.length > 0 || refused
     readonly property string hint: describe()
     default property alias content: slot.data
 
     function submit(type, text) {
         varkel_manager.SetText(type, module, values.group, values.variable, text);
+    }
+
+    function labelOf(text) {
+        var option = values.options.map(String).indexOf(text);
+        return PlainText.line(option < 0 ? text : values.optionLabels[option]);
+    }
+
+    function noteText() {
+        if (refused) {
+            return values.refusal;
+        }
+        if (edited) {
+            return values.origin === "edited" ? "was " + PlainText.line(values.heldText) : "changed";
+        }
+        if (differs) {
+            return "sent " + PlainText.line(values.sentText) + ", sensor holds " + labelOf(valueText);
+        }
+        return values.origin === "sent" ? "sent, not read back" : "";
     }
 
     function describe() {
@@ -38,15 +62,20 @@ Item {
         }
         if (unread) {
             lines.push("Not read from the sensor yet");
+        } else if (values.stale && !edited) {
+            lines.push("Read before the connection ended");
         } else if (edited) {
             lines.push("Changed, not saved yet");
         } else if (values.origin === "verified") {
             lines.push("Saved and read back");
-        } else if (values.origin === "differs") {
-            lines.push("Sent " + PlainText.line(values.sentText) + ", sensor holds " + PlainText.line(valueText));
+        } else if (differs) {
+            lines.push("Sent " + PlainText.line(values.sentText) + ", sensor holds " + labelOf(valueText));
         }
-        if (faulty) {
+        if (verdict.length > 0) {
             lines.push("The value " + verdict);
+        }
+        if (refused) {
+            lines.push("The last save was " + values.refusal);
         }
         return lines.join("\n");
     }
@@ -74,8 +103,8 @@ Item {
         x: -Theme.gapSmall
         width: Theme.markWidth
         height: parent.height
-        visible: frame.edited || frame.faulty
-        color: frame.faulty ? Theme.error : Theme.mark
+        visible: frame.edited || frame.faulty || frame.differs
+        color: frame.faulty ? Theme.error : frame.edited ? Theme.mark : Theme.warning
     }
 
     BodyText {
@@ -113,5 +142,17 @@ Item {
         height: Theme.rowHeight
         active: frame.live
         sourceComponent: LiveMark {}
+    }
+
+    Loader {
+        x: frame.width + frame.noteInset
+        width: Theme.noteWidth
+        height: Theme.rowHeight
+        active: frame.note.length > 0 || !frame.edited && frame.values.origin === "verified"
+        sourceComponent: RowNote {
+            text: frame.note
+            ticked: text.length === 0
+            tone: frame.faulty ? Theme.error : frame.differs && !frame.edited ? Theme.warning : Theme.textMuted
+        }
     }
 }

@@ -16,7 +16,7 @@ RowFrame {
         anchors.verticalCenter: parent.verticalCenter
         Accessible.name: row.label
         readOnly: true
-        dimmed: row.unread
+        dimmed: row.dimmed
         Component.onCompleted: show(row.valueText)
     }
 }

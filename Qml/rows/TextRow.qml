@@ -18,13 +18,15 @@ RowFrame {
         readOnly: !row.writable || cut
         marked: row.edited
         faulty: row.faulty
-        dimmed: row.unread
+        dimmed: row.dimmed
         hintBeside: true
         hint: row.writable ? row.hint : ""
         onCommit: {
             row.submit(1, text);
             show(row.valueText);
         }
+        onUndone: varkel_manager.edits.undo()
+        onRedone: varkel_manager.edits.redo()
         Component.onCompleted: show(row.valueText)
     }
 }

@@ -12,6 +12,7 @@ Item {
     readonly property string valueText: area.fileName
 
     signal refused(string message)
+    signal upgradeRequested(url file, var start) // asks before `start`
 
     objectName: "row_" + module + "_" + values.group + "_" + values.variable
     implicitHeight: area.implicitHeight + Theme.gapSmall
@@ -23,7 +24,13 @@ Item {
         y: Theme.gapTiny
         width: parent.width
         upgrading: varkel_manager.IsUpgrading
-        onFileChosen: varkel_manager.UpgradeLidar(file, row.module, row.values.group, row.values.variable)
+        blocked: varkel_manager.IsConnected ? varkel_manager.IsDownloadLog ? "A log is being downloaded" : ""
+                                            : "Connect to the sensor first"
+        onFileChosen: row.upgradeRequested(file, () => {
+            area.take(file);
+            varkel_manager.UpgradeLidar(file, row.module, row.values.group, row.values.variable);
+        })
+        onFileBlocked: row.refused("The upgrade can't start. " + area.blocked + ", then choose the package again.")
         onFileRefused: row.refused("Upgrade package rejected: it has to be a .patch file")
     }
 

@@ -11,6 +11,9 @@ Section {
     readonly property bool junctionBox: marvo && mode.currentIndex === 1
     readonly property int junctionBoxMode: 2
 
+    signal refused(string message)
+    signal upgradeRequested(url file, string mode, var start) // asks before `start`
+
     // The controller keeps a mode until it gets another one, so it gets the one shown at first as well.
     function chooseMode() {
         varkel_manager.ZeltoSetUpgradeMode(junctionBox ? junctionBoxMode : mode.currentIndex);
@@ -45,7 +48,12 @@ Section {
         endings: [".bin", ".patch"]
         quietWhenIdle: true
         upgrading: varkel_manager.IsUpgrading
-        onFileChosen: section.upgrade(file)
+        blocked: varkel_manager.IsConnected ? "" : "Connect to the sensor first"
+        onFileChosen: section.upgradeRequested(file, mode.currentText, () => {
+            area.take(file);
+            section.upgrade(file);
+        })
+        onFileBlocked: section.refused("The upgrade can't start. " + area.blocked + ", then choose the package again.")
         onFileRefused: {
             console.log("Rejected, need a *.bin or *.patch file");
             remark = "Rejected, need a *.bin or *.patch file";

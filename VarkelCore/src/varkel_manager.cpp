@@ -11,13 +11,16 @@
 #include "VarkelCore/src/actions/sensor_restart.h"
 #include "VarkelCore/src/catalogue/model_names.h"
 #include "VarkelCore/src/catalogue/variable_search.h"
+#include "VarkelCore/src/pages/edit_check.h"
 #include "VarkelCore/src/pages/page_check.h"
 #include "VarkelCore/src/pages/page_description.h"
 #include "VarkelCore/src/pages/page_models.h"
 #include "VarkelCore/src/pages/page_read_queue.h"
 #include "VarkelCore/src/pages/page_reading.h"
 #include "VarkelCore/src/pages/page_saving.h"
+#include "VarkelCore/src/pages/save_check.h"
 #include "VarkelCore/src/pages/search_model.h"
+#include "VarkelCore/src/pages/user_edits.h"
 #include "VarkelCore/src/pages/value_editor.h"
 #include "VarkelCore/src/pages/variable_details.h"
 #include "VarkelCore/src/session/connection_settings.h"
@@ -116,6 +119,8 @@ struct VarkelManager::Parts {
   PageReading reading;
   PageReadQueue page_reads;
   const ValueEditor editor;
+  UserEdits edits;
+  SaveCheck save_check;
   const PageCheck page_check;
   const PageWriter writer;
   const PageSaving saving;
@@ -153,11 +158,18 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
           },
           [this](int module) {
             events.Post([this, module] {
+              manager.CheckSave();
               emit manager.isReadingPageChanged();
               emit manager.pageReadFinished(module);
             });
           }),
       editor(report),
+      edits([this] { return models.model(); },
+            [this] {
+              page_models.ValuesChanged();
+              emit manager.editsChanged();
+              emit manager.fovConfigChanged();
+            }),
       page_check({report,
                   [this](const VarInfo& var, const std::string& verdict) {
                     events.Post([this, name = Text(var.var_name)] { emit manager.someVarOutOfRange(name); });
@@ -208,6 +220,7 @@ VarkelManager* VarkelManager::GetInstance(bool flag, const std::string& config_p
 
 VarkelManager::VarkelManager(bool flag, const std::string& config_path)
     : d_(std::make_unique<Parts>(*this, flag, config_path)) {
+  connect(this, &VarkelManager::editsChanged, &d_->edits, &UserEdits::changed);
   emit initInfoChanged();
   if (d_->settings_fault.empty()) return;
   // Reported when the event loop runs: by then the user interface listens.
@@ -288,6 +301,7 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   emit lidarClearModel();
   emit lidarModelChanged();
   emit lidarShowModel();
+  emit editsChanged();
   // Later: at the start the table is loaded before the window that shows this.
   d_->events.PostLater([this, loaded] {
     if (!loaded.fault.empty()) d_->report.Error(loaded.fault);
@@ -366,6 +380,8 @@ void VarkelManager::Stop() {
     quarn::platform::TraceLine("stop error");
   }
   d_->small_sensor_info.Reset();
+  d_->save_check.GiveUp();
+  d_->edits.Forget();
   if (const auto model = d_->models.model()) {
     if (type != kSerialLines) model->values.SerialNumberUnknown();
     type == kNetwork ? model->values.Disconnected() : model->values.SensorChanged();
@@ -378,6 +394,7 @@ void VarkelManager::Stop() {
   } else {
     emit zeltoLidarInfoChanged();
   }
+  emit editsChanged();
   emit sendLogMessage(QStringLiteral("Lidar disconnected"), QStringLiteral("INFO"));
 }
 
@@ -468,14 +485,28 @@ void VarkelManager::setSuccessMsg(const QString& str) {
 void VarkelManager::SetText(int type, int level1, int level2, int level3, const QString& text) {
   const auto model = d_->models.model();
   if (!model) return;
-  d_->report.Guard([&] { d_->editor.SetText(*model, type, level1, level2, level3, text.toStdString()); });
+  VarInfo* const var = VariableAt(*model->catalogue, level1, level2, level3);
+  const auto edit = [&] { d_->editor.SetText(*model, type, level1, level2, level3, text.toStdString()); };
+  const auto do_edit = [&] {
+    if (var == nullptr || var->switch_var == nullptr) {
+      d_->edits.Do(model, {var}, edit);
+    } else {
+      d_->edits.Do(model, {var, var->switch_var}, edit);
+    }
+  };
+  d_->report.Guard(var == nullptr ? std::function<void()>(edit) : do_edit);
+  const QString fault = var != nullptr && type == ValueEditor::kValue && model->values.IsEdited(*var)
+                            ? TypingFault(*var, text.toStdString())
+                            : QString();
   d_->page_models.ValuesChanged();
+  if (!fault.isEmpty()) d_->page_models.Refuse(*var, fault.toStdString());
   emit editsChanged();
 }
 
 void VarkelManager::ClearSetMap() {
   const auto model = d_->models.model();
   const bool angles_went_back = model && model->values.Cancel();
+  d_->edits.Forget();
   d_->page_models.ValuesChanged();
   emit editsChanged();
   if (angles_went_back) emit fovConfigChanged();
@@ -499,8 +530,10 @@ void VarkelManager::RunInBackground(int module) {
     emit pageWriteFinished(module);
     return;
   }
-  d_->background.Start([this, save] { d_->saving.Run(*save); },
-                       [this, module] {
+  const auto saved = std::make_shared<SavedEdits>();
+  d_->background.Start([this, save, saved] { *saved = d_->saving.Run(*save); },
+                       [this, save, saved, module] {
+                         d_->save_check.Saved(save->model, module, std::move(*saved));
                          AnnounceSave();
                          emit pageWriteFinished(module);
                        });
@@ -510,6 +543,18 @@ void VarkelManager::AnnounceSave() {
   emit sendCommandHistoryChanged();
   emit editsChanged();
   emit myMapChanged();
+}
+
+void VarkelManager::CheckSave() {
+  const auto outcome = d_->save_check.AfterReading(d_->page_reads.is_reading());
+  if (!outcome) return;
+  emit sendLogMessage("Read back after the save: " + outcome->text,
+                      outcome->good ? QStringLiteral("INFO") : QStringLiteral("WARNING"));
+  emit saveReadBack(outcome->module, outcome->text, outcome->differs);
+}
+
+QObject* VarkelManager::edits() const {
+  return &d_->edits;
 }
 
 QStringList VarkelManager::unreadFields(int module) const {
@@ -523,7 +568,14 @@ QStringList VarkelManager::unreadFields(int module) const {
 void VarkelManager::SetMultiFovConfig(int index, const QString& fov) {
   const auto model = d_->models.model();
   if (!model) return;
-  if (d_->editor.SetFov(*model, index, fov.toStdString())) {
+  bool taken = true;
+  const auto edit = [&] { taken = d_->editor.SetFov(*model, index, fov.toStdString()); };
+  if (index >= 0 && static_cast<std::size_t>(index) < FovAngles().size()) {
+    d_->edits.Do(model, {static_cast<std::size_t>(index)}, edit);
+  } else {
+    edit();
+  }
+  if (taken) {
     d_->page_models.ValuesChanged();
     emit editsChanged();
     return;
@@ -547,6 +599,16 @@ bool VarkelManager::CheckModuleVarsWithinRange(int module) {
 
 QObject* VarkelManager::pageModel(int module) {
   return d_->page_models.Get(module);
+}
+
+QVariantList VarkelManager::installedVersions() const {
+  const auto model = d_->models.model();
+  return model ? InstalledVersions(*model) : QVariantList();
+}
+
+double VarkelManager::packageSize(const QUrl& fileUrl) const {
+  const auto package = PackageFile::Open(fileUrl.toLocalFile());
+  return package ? static_cast<double>(package->size()) : -1;
 }
 
 // Console

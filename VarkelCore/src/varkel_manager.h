@@ -58,6 +58,8 @@ class VarkelManager : public QObject {
   Q_PROPERTY(QObject* search READ search CONSTANT)
   /// What live variables were since the model was selected (varkel::LiveHistory).
   Q_PROPERTY(QObject* history READ history CONSTANT)
+  /// The edits of all pages that are not saved (varkel::UserEdits).
+  Q_PROPERTY(QObject* edits READ edits CONSTANT)
 
  public:
   /// The process's controller, created by the first call; the arguments of later calls are ignored.
@@ -108,6 +110,7 @@ class VarkelManager : public QObject {
   QObject* smallSensor() const;
   QObject* search() const;
   QObject* history() const;
+  QObject* edits() const;
 
  signals:
   void isConnectedChanged();
@@ -142,6 +145,9 @@ class VarkelManager : public QObject {
   void pageWriteFinished(int module);
   /// An edit was made, saved or taken back: "edited" of the variable maps and getSetMapSize may differ.
   void editsChanged();
+  /// What a save in the background sent has been read back, as far as it could be; `differs` when the sensor
+  /// holds something else. The outcome is in the log as well.
+  void saveReadBack(int module, QString outcome, bool differs);
 
  public:
   // Hosts address what follows by number: new ones are added at the end. All are called on the window's
@@ -320,11 +326,16 @@ class VarkelManager : public QObject {
   Q_INVOKABLE QObject* pageModel(int module);
   /// What there is to know about one variable, as maps of "caption" and "text"; empty when there is none.
   Q_INVOKABLE QVariantList variableDetails(int module, int group, int index) const;
+  /// The versions that the pages show: maps with "label" and "value".
+  Q_INVOKABLE QVariantList installedVersions() const;
+  /// Bytes of a firmware package; -1 when the file can't be used.
+  Q_INVOKABLE double packageSize(const QUrl& fileUrl) const;
 
  private:
   struct Parts;
 
   void AnnounceSave();
+  void CheckSave();
 
   std::unique_ptr<Parts> d_;
 };

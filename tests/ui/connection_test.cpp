@@ -16,6 +16,10 @@ class ConnectionTest : public QObject {
     QCOMPARE(light(), QColor("#00FF6B"));
     QCOMPARE(desk.Text("connectButton"), "Disconnect");
     QVERIFY(!desk.Find("modelCombo")->isEnabled());
+    QVERIFY(desk.Property("ipField", "readOnly").toBool());
+    EVENTUALLY_COMPARE(desk.Text("statusConnection"), QString("Connected to 127.0.0.1:%1, Quenta, SN %2")
+                                                          .arg(desk.sensor.port())
+                                                          .arg(desk.Text(serial_number)));
     desk.manager->setIsDownloadLog(true);
     EVENTUALLY_VERIFY(!desk.Find("connectButton")->isEnabled());
     desk.manager->setIsDownloadLog(false);
@@ -33,6 +37,7 @@ class ConnectionTest : public QObject {
     desk.sensor.Stop();
     desk.Dial(port);
     QVERIFY(desk.Dismiss("errorWindow", "Connection Failed. Please check your network settings."));
+    QCOMPARE(desk.Text("statusOutcome"), "Connection Failed. Please check your network settings.");
     QCOMPARE(desk.manager->errorMessage(), "");
     EVENTUALLY_VERIFY(!desk.Has("loadingBar"));
     desk.Dial(silent.port());

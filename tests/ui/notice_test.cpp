@@ -26,8 +26,15 @@ class NoticeTest : public QObject {
     EVENTUALLY_VERIFY(desk.Has("restartItem"));
     QCOMPARE(desk.Text("resetItem"), "Reset All Settings");
     desk.Click("restartItem");
+    QVERIFY(desk.Dismiss("messageWindow", QString("127.0.0.1:%1, Quenta, SN QU").arg(desk.sensor.port())));
+    desk.Click("restartButton");
+    desk.Click("restartItem");
+    desk.Click("noticeAcceptButton");
     EVENTUALLY_COMPARE(desk.sensor.restarts(), 1U);
     EVENTUALLY_VERIFY(!desk.manager->IsConnected());
+    desk.Click("restartButton");
+    EVENTUALLY_VERIFY(desk.Has("resetItem") && !desk.Find("resetItem")->isEnabled());
+    QCOMPARE(desk.Property("resetItem", "reason"), "connect first");
   }
 
   void FocusReturnsToWhereItWas() {

@@ -263,11 +263,17 @@ class PageTest : public QObject {
     QVERIFY(!edited());
     QCOMPARE(desk.Text("editCount_2"), "No changes");
 
+    desk.Enter("field_" + place, "80x");
+    QCOMPARE(desk.Property("row_" + place, "verdict"), "is no number");
+    desk.Click("saveButton_2");
+    QVERIFY(
+        desk.Dismiss("errorWindow", "Destination Port can't be \"80x\". It has to be a number from 1024"));
     desk.Enter("field_" + place, "80");  // the table says 1024 to 65535
     desk.Click("saveButton_2");
     QVERIFY(desk.Dismiss("messageWindow",
                          "The Destination Port set by the user was detected to be outside the range "
-                         "specified in the config file. Do you wish to continue?",
+                         "specified in the config file. Do you wish to continue?\n\n"
+                         "Destination Port: 80, allowed 1024 to 65535",
                          Qt::Key_Escape));
     QCOMPARE(desk.Property("row_" + place, "verdict"), "is out of range");
     QVERIFY(desk.sensor.Received(kSetDestination).empty());
@@ -276,12 +282,86 @@ class PageTest : public QObject {
     desk.Click("noticeAcceptButton");
     QVERIFY(!desk.Property("saveButton_2", "enabled").toBool());  // while this save runs
     QVERIFY(desk.NoticeShows("successWindow", "Set Lidar Successfully"));
-    QCOMPARE(desk.Notice("successWindow")->property("heading").toString(), "Done");
+    QCOMPARE(desk.Notice("successWindow")->property("heading").toString(), "Saved");
     desk.Key(Qt::Key_Return);
     QCOMPARE(desk.sensor.ValueText("Destination Port"), "80");
     EVENTUALLY_VERIFY(!edited());
     QVERIFY(desk.Property("saveButton_2", "enabled").toBool());
     QCOMPARE(desk.Text("field_" + place), "80");
+  }
+
+  void RowsTellWhatBecameOfTheirValue() {
+    Desk desk;
+    const auto strip = [&] { return desk.Text("staleStrip_2"); };
+    desk.ShowPage(kNetworkPage);
+    const QString row = "row_" + desk.Place(kNetworkPage, "Destination Port");
+    const QString field = "field_" + desk.Place(kNetworkPage, "Destination Port");
+    const auto note = [&] { return desk.Property(row, "note").toString(); };
+    QCOMPARE(strip(), "Not connected. Values are the table's defaults");
+    QVERIFY(desk.Property(row, "dimmed").toBool());
+    QVERIFY(desk.Connect());
+    desk.ShowPage(kNetworkPage);
+    QVERIFY(!desk.Has("staleStrip_2") && !desk.Property(row, "dimmed").toBool());
+
+    desk.Enter(field, "2400");
+    QCOMPARE(note(), "was 2368");
+    desk.sensor.AddFault("0x20=error:5");
+    desk.Click("saveButton_2");
+    QVERIFY(desk.NoticeShows("errorWindow", "SET [0x20] FAILED"));
+    desk.Key(Qt::Key_Return);
+    QVERIFY(desk.Dismiss("errorWindow", "Set Failed"));
+    QCOMPARE(note(), "refused, code 5");
+    desk.sensor.ClearFaults();
+    desk.sensor.AddFault("0x20=clamp:1200");
+    desk.Click("saveButton_2");
+    QVERIFY(desk.Dismiss("successWindow", "0 of 1 verified, Destination Port holds 1200 instead of 2400"));
+    QCOMPARE(note(), "sent 2400, sensor holds 1200");
+    desk.sensor.ClearFaults();
+    desk.Enter(field, "2401");
+    desk.Click("saveButton_2");
+    QVERIFY(desk.Dismiss("successWindow", "1 of 1 verified"));
+    QCOMPARE(desk.Property(row, "values").value<QObject*>()->property("origin"), "verified");
+
+    desk.manager->Stop();
+    EVENTUALLY_VERIFY(strip().startsWith("Not connected. Values last read "));
+    QVERIFY(desk.Property(row, "dimmed").toBool());
+  }
+
+  void EditsAreListedUndoneAndAskedAbout() {
+    Desk desk;
+    QVERIFY(desk.Connect());
+    desk.ShowPage(kNetworkPage);
+    const QString field = "field_" + desk.Place(kNetworkPage, "Destination Port");
+    desk.Enter(field, "2400");
+    desk.Key(Qt::Key_Z, Qt::ControlModifier);  // in the field that has been left by Enter
+    QCOMPARE(desk.Text(field), "2368");
+    desk.ShowPage(kScanPage);
+    desk.Key(Qt::Key_Z, Qt::ShiftModifier | Qt::ControlModifier);
+    desk.Choose("field_" + desk.Place(kScanPage, "Spin Direction"), 1);
+    for (const char* tab : {"tab_2", "tab_4"}) QCOMPARE(desk.Property(tab, "edits").toInt(), 1);
+
+    desk.Click("connectButton");
+    QVERIFY(
+        desk.Dismiss("messageWindow", "Destination Port: 2368 → 2400"));  // Enter takes the harmless choice
+    QVERIFY(desk.manager->IsConnected());
+    desk.Click("editsButton");
+    desk.Click("takeBack_1");
+    EVENTUALLY_COMPARE(desk.Property("tab_4", "edits").toInt(), 0);
+    QCOMPARE(desk.Text("editTexts_0"), "2368 → 2400");
+    desk.Key(Qt::Key_Escape);
+    emit desk.manager->connectionCheckFinished(false);  // the check never asks
+    EVENTUALLY_VERIFY(!desk.manager->IsConnected());
+    QCOMPARE(desk.Property("tab_2", "edits").toInt(), 0);
+
+    desk.ShowPage(kNetworkPage);
+    desk.Enter(field, "2400");
+    desk.Find("modelCombo")->forceActiveFocus(Qt::TabFocusReason);
+    desk.Key(Qt::Key_Down);
+    QVERIFY(desk.NoticeShows("messageWindow", "Another model drops the changes that are not saved"));
+    QCOMPARE(desk.Property("modelCombo", "currentText"), "Quenta");
+    desk.Click("noticeAcceptButton");
+    EVENTUALLY_COMPARE(desk.Property("modelCombo", "currentText"), "Zelto");
+    QCOMPARE(desk.manager->getSetMapSize(), 0);
   }
 
   void SaveAsksBeforeItWritesWhatWasNeverRead() {
@@ -348,12 +428,20 @@ class PageTest : public QObject {
 
   void UpgradeTakesPatchFilesAndForbidsDisconnecting() {
     Desk desk;
-    QVERIFY(desk.Connect());
     desk.ShowPage(kUpgradePage);
+    desk.Drop("new one.patch", "x");
+    QVERIFY(desk.Dismiss("errorWindow", "Connect to the sensor first"));
+    QVERIFY(desk.Connect());
     desk.Drop("firmware.patch.bin");
     QVERIFY(desk.Dismiss("errorWindow", "Upgrade package rejected: it has to be a .patch file"));
     QCOMPARE(desk.Text("upgradeFileName") + desk.Text("upgradeProgress"), "0.00%");
-    desk.Drop("new one.patch", "VARKEL-SIM FIRMWARE 4.1.2.9 2027-03-04\n" + QByteArray(20000, 'x'));
+    const QByteArray package = "VARKEL-SIM FIRMWARE 4.1.2.9 2027-03-04\n" + QByteArray(20000, 'x');
+    desk.Drop("new one.patch", package);
+    QVERIFY(
+        desk.Dismiss("messageWindow", "Package: new one.patch\nSize: 20,039 bytes\nFirmware Version: 3."));
+    QVERIFY(!desk.manager->IsUpgrading());
+    desk.Drop("new one.patch", package);
+    desk.Click("noticeAcceptButton");
     EVENTUALLY_VERIFY(desk.manager->IsUpgrading());
     QCOMPARE(desk.Text("upgradeFileName"), "new one.patch");
     QVERIFY(!desk.Find("attachButton")->isEnabled());

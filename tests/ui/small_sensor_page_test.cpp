@@ -225,7 +225,11 @@ class SmallSensorPageTest : public QObject {
       QCOMPARE(desk.Text("upgradeFileName"), "Rejected, need a *.bin or *.patch file");
       QVERIFY(!desk.Has("upgradeProgress") && !desk.Has("upgradeNote"));
       desk.sensor.AddFault("ota:2=late:100");
+      EVENTUALLY_VERIFY(desk.Find("attachButton")->isEnabled());  // the window has heard of the connection
       desk.Drop("firmware.bin", content);
+      QVERIFY(desk.NoticeShows("messageWindow",
+                               "Mode: " + desk.Property("zeltoUpgradeMode", "currentText").toString()));
+      desk.Click("noticeAcceptButton");
       EVENTUALLY_VERIFY(desk.Has("upgradeProgress") && desk.Has("upgradeNote"));
       QVERIFY(!desk.Find("attachButton")->isEnabled() && !desk.Find("zeltoUpgradeMode")->isEnabled());
       QVERIFY(desk.NoticeShows("successWindow", notice));

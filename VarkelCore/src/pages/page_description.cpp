@@ -81,7 +81,7 @@ QVariantList PageRows(const ConfigParser& catalogue) {
 
 QVariantList AngleTexts(const FovAngles& angles) {
   QVariantList texts;
-  for (const float degrees : angles) texts.append(QString::number(degrees, 'f', 1));
+  for (const float degrees : angles) texts.append(Text(AngleText(degrees)));
   return texts;
 }
 
@@ -98,6 +98,13 @@ QVariantList OptionLabels(const VarInfo& var) {
     labels.append(label == var.option_labels.end() ? QString::number(option) : Text(label->second));
   }
   return labels;
+}
+
+QString ShownText(const VarInfo& var, const std::string& text) {
+  for (const auto& [option, label] : var.option_labels) {
+    if (std::to_string(option) == text) return Text(label);
+  }
+  return Text(text);
 }
 
 QString IsoTime(const std::optional<ValueStore::Time>& time) {
@@ -147,6 +154,22 @@ QVariantList VariableMaps(const Model& model) {
     modules.append(QVariant(groups));
   }
   return modules;
+}
+
+QVariantList InstalledVersions(const Model& model) {
+  QVariantList versions;
+  for (const auto& module : model.catalogue->module_vars()) {
+    for (const auto& group : module) {
+      for (const VarInfo* var : group) {
+        if (var->var_type != "SWVER_YMD") continue;
+        const QString value =
+            model.values.IsRead(*var) ? Text(model.values.Show(*var).text) : QStringLiteral("not read");
+        versions.append(
+            QVariantMap{{QStringLiteral("label"), Text(var->var_name)}, {QStringLiteral("value"), value}});
+      }
+    }
+  }
+  return versions;
 }
 
 QVariantList DownloadableLogs(const ConfigParser& catalogue) {

@@ -46,8 +46,15 @@ QVariantList AngleTexts(const FovAngles& angles);
 QVariantList OptionLabels(const VarInfo& var);
 QVariantList OptionValues(const VarInfo& var);
 
+/// The text as a row shows it: the option's label where the table has one.
+QString ShownText(const VarInfo& var, const std::string& text);
+
 /// Maps of all variables: [page][group][index].
 QVariantList VariableMaps(const Model& model);
+
+/// The firmware versions among the variables of the pages: maps with "label" and "value", which is "not read"
+/// until this sensor has told.
+QVariantList InstalledVersions(const Model& model);
 
 /// Names of the logs that can be downloaded one by one: variables kept off the pages that have a get command
 /// and whose name ends in "Log", but for the operation log, which is downloaded as an archive.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "VarkelCore/src/pages/page_description.h"
+#include "libquarn/KtcClient/src/ktc_client.h"
 
 namespace varkel {
 
@@ -15,10 +16,18 @@ constexpr int kHeadingKind = -1;
 const QVector<int> kChangingRoles = {PageModel::kText,     PageModel::kSwitchText, PageModel::kOrigin,
                                      PageModel::kReadTime, PageModel::kEdited,     PageModel::kRawHex,
                                      PageModel::kSentText, PageModel::kVerdict,    PageModel::kStale,
-                                     PageModel::kAngles};
+                                     PageModel::kAngles,   PageModel::kHeldText,   PageModel::kRefusal};
 
 QString Text(const std::string& text) {
   return QString::fromStdString(text);
+}
+
+/// The sensor's code, or what the client knows instead.
+QString RefusalWords(const std::optional<int>& code) {
+  if (!code) return {};
+  if (*code > 0) return QStringLiteral("refused, code %1").arg(*code);
+  return *code == quarn::lidar::KtcClient::kNotSent ? QStringLiteral("not sent")
+                                                    : QStringLiteral("not answered, code %1").arg(*code);
 }
 
 QString Hex(const std::vector<std::uint8_t>& bytes) {
@@ -84,7 +93,9 @@ QHash<int, QByteArray> PageModel::roleNames() const {
           {kVerdict, "verdict"},
           {kVarId, "varId"},
           {kStale, "stale"},
-          {kAngles, "angles"}};
+          {kAngles, "angles"},
+          {kHeldText, "heldText"},
+          {kRefusal, "refusal"}};
 }
 
 bool PageModel::upgrades() const {
@@ -143,7 +154,7 @@ QVariant PageModel::Changing(const Row& row, int role) const {
   if (role == kAngles) return row.kind == kFieldOfView ? AngleTexts(model_->values.Fov()) : QVariant();
   if (role == kSentText) {
     const auto verification = model_->values.Verify(*row.var);
-    return verification ? Text(verification->sent) : QString();
+    return verification ? ShownText(*row.var, verification->sent) : QString();
   }
   const ValueStore::Shown shown = model_->values.Show(*row.var);
   switch (role) {
@@ -161,6 +172,10 @@ QVariant PageModel::Changing(const Row& row, int role) const {
       return Hex(shown.raw);
     case kStale:
       return shown.stale;
+    case kHeldText:
+      return ShownText(*row.var, shown.held);
+    case kRefusal:
+      return RefusalWords(shown.refusal);
     default:
       return {};
   }
@@ -172,6 +187,12 @@ void PageModel::Follow(Row& row) {
   if (shown.text != row.refused_text) row.verdict.clear();
   edits_ += static_cast<int>(shown.edited) - static_cast<int>(row.edited);
   row.edited = shown.edited;
+  if (shown.read_time && (!last_read_ || *last_read_ < *shown.read_time)) last_read_ = shown.read_time;
+}
+
+QDateTime PageModel::lastRead() const {
+  return last_read_ ? QDateTime::fromString(IsoTime(last_read_), Qt::ISODateWithMs).toLocalTime()
+                    : QDateTime();
 }
 
 void PageModel::ShowChanges(const std::vector<const VarInfo*>& vars) {
@@ -184,6 +205,7 @@ void PageModel::ShowChanges(const std::vector<const VarInfo*>& vars) {
   std::sort(changed.begin(), changed.end());
   changed.erase(std::unique(changed.begin(), changed.end()), changed.end());
   const int edits_before = edits_;
+  const auto read_before = last_read_;
   for (const int number : changed) Follow(rows_[static_cast<std::size_t>(number)]);
   for (std::size_t first = 0; first < changed.size();) {
     std::size_t last = first;
@@ -192,6 +214,7 @@ void PageModel::ShowChanges(const std::vector<const VarInfo*>& vars) {
     first = last + 1;
   }
   if (edits_ != edits_before) emit editsChanged();
+  if (last_read_ != read_before) emit lastReadChanged();
 }
 
 void PageModel::SetVerdict(const VarInfo& var, const QString& verdict) {

@@ -2,10 +2,12 @@
 
 #include <QAbstractListModel>
 #include <QByteArray>
+#include <QDateTime>
 #include <QHash>
 #include <QString>
 #include <QVariant>
 #include <memory>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -21,6 +23,8 @@ class PageModel : public QAbstractListModel {
   Q_OBJECT
   /// The number of rows with an edit that is not saved.
   Q_PROPERTY(int edits READ edits NOTIFY editsChanged)
+  /// When the sensor reported one of the rows last; invalid before.
+  Q_PROPERTY(QDateTime lastRead READ lastRead NOTIFY lastReadChanged)
   /// Whether one of the rows is a firmware upgrade.
   Q_PROPERTY(bool upgrades READ upgrades CONSTANT)
 
@@ -48,8 +52,10 @@ class PageModel : public QAbstractListModel {
     kSentText,  ///< what was saved last on this connection
     kVerdict,   ///< why the page check refused the present text; empty when it did not
     kVarId,
-    kStale,   ///< read, but not from the sensor that is connected now
-    kAngles,  ///< ten texts; of the field of view's row only
+    kStale,     ///< read, but not from the sensor that is connected now
+    kAngles,    ///< ten texts; of the field of view's row only
+    kHeldText,  ///< what an edited text goes back to
+    kRefusal,   ///< why the last save of this edit failed, in a few words; empty when it did not
   };
 
   PageModel(std::shared_ptr<Model> model, int page, QObject* parent = nullptr);
@@ -58,6 +64,7 @@ class PageModel : public QAbstractListModel {
   QVariant data(const QModelIndex& index, int role) const override;
   QHash<int, QByteArray> roleNames() const override;
   int edits() const { return edits_; }
+  QDateTime lastRead() const;
   bool upgrades() const;
 
   /// Reports the rows that show one of these variables, or its switch, as changed.
@@ -67,6 +74,7 @@ class PageModel : public QAbstractListModel {
 
  signals:
   void editsChanged();
+  void lastReadChanged();
 
  private:
   struct Row {
@@ -88,6 +96,7 @@ class PageModel : public QAbstractListModel {
   const std::shared_ptr<Model> model_;
   std::vector<Row> rows_;
   int edits_ = 0;
+  std::optional<ValueStore::Time> last_read_;
   std::unordered_map<const VarInfo*, std::vector<int>> rows_of_;  ///< the rows that a variable changes
 };
 

@@ -10,8 +10,8 @@ std::optional<PageSaving::Save> PageSaving::Prepare(int module) const {
   return is_page ? std::optional(std::move(save)) : std::nullopt;
 }
 
-void PageSaving::Run(const Save& save) const {
-  writer_.Run(*save.model, *save.session->ktc_client(), save.module);
+SavedEdits PageSaving::Run(const Save& save) const {
+  return writer_.Run(*save.model, *save.session->ktc_client(), save.module);
 }
 
 bool PageSaving::MayWrite(const std::shared_ptr<SensorSession>& session) const {

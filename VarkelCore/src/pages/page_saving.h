@@ -26,8 +26,8 @@ class PageSaving {
   /// What saving the page takes; nullopt when it can't be saved now. Refusals are reported, but not that
   /// there is no such page.
   std::optional<Save> Prepare(int module) const;
-  /// Saves it on the calling thread; every outcome is reported.
-  void Run(const Save& save) const;
+  /// Saves it on the calling thread; every outcome is reported. What went out if all did.
+  SavedEdits Run(const Save& save) const;
 
  private:
   bool MayWrite(const std::shared_ptr<SensorSession>& session) const;

@@ -130,6 +130,10 @@ WritePlan PlanWrite(const Model& model, int module) {
   return plan;
 }
 
+bool HasPendingCommands(const Model& model, int module) {
+  return !PendingCommands(model, module).empty();
+}
+
 std::vector<std::string> UnreadFields(const Model& model, int module) {
   return NamesNotRead(model, PendingCommands(model, module), 0);
 }
@@ -154,28 +158,36 @@ SetRequest MakeSetRequest(Model& model, const std::string& set_cmd) {
   return request;
 }
 
-void PageWriter::Run(Model& model, quarn::lidar::KtcClient& client, int module) const {
+SavedEdits PageWriter::Run(Model& model, quarn::lidar::KtcClient& client, int module) const {
   try {
-    WriteAll(model, client, module);
+    SavedEdits saved = WriteAll(model, client, module);
     targets_.report.Success(
         "Set Lidar Successfully\nNote that if you have changed the TCP-related settings, you will need to "
         "restart the lidar for it to work.");
+    return saved;
   } catch (const std::exception& error) {
     PlainDebugLine(kRun, "(): Caught Exception: ", error.what());
     targets_.report.Error("Set Failed: " + std::string(error.what()));
+    return {};
   }
 }
 
-void PageWriter::WriteAll(Model& model, quarn::lidar::KtcClient& client, int module) const {
+SavedEdits PageWriter::WriteAll(Model& model, quarn::lidar::KtcClient& client, int module) const {
   const WritePlan plan = PlanWrite(model, module);
   Refresh(model, client, plan);
   std::vector<SentCommand> sent;
+  SavedEdits saved;
   for (const std::string& set_cmd : plan.commands) {
     const ValueStore::Moment asked = model.values.Now();
     sent.push_back(set_cmd == kFovSetCommand ? WriteFov(model, client) : Write(model, client, set_cmd));
+    for (const SentField& field : sent.back().fields) {
+      if (model.values.IsEdited(*field.var)) saved.vars.push_back(field.var);
+    }
+    saved.fov = saved.fov || (sent.back().fov && model.values.IsFovEdited());
     model.values.Sent(sent.back(), asked);
   }
   model.values.Saved(sent);
+  return saved;
 }
 
 void PageWriter::Refresh(Model& model, quarn::lidar::KtcClient& client, const WritePlan& plan) const {
@@ -198,6 +210,7 @@ SentCommand PageWriter::WriteFov(Model& model, quarn::lidar::KtcClient& client) 
   std::copy_n(angles.begin(), starts.size(), starts.begin());
   const auto channel_byte = static_cast<std::uint8_t>(quarn::lidar::TextToInt(value));
   if (client.WriteChannelFov(channel_byte, starts) != 0) {
+    model.values.Refused(kFovSetCommand, client.LastReturnCode());
     throw std::invalid_argument("set channel fov failed");
   }
   ReportSent(*model.catalogue, kFovSetCommand);
@@ -221,6 +234,7 @@ SentCommand PageWriter::Write(Model& model, quarn::lidar::KtcClient& client,
   // The request went out, but the sensor has moved to its new address before it could answer.
   const bool is_moved = set_cmd == kAddressSetCommand && result.error() == quarn::lidar::KtcClient::kNoHeader;
   if (is_moved) return std::move(request.command);
+  model.values.Refused(set_cmd, result.error());
   const std::string warning = "SET [" + set_cmd + "] FAILED";
   targets_.report.Log(warning, "WARNING");
   targets_.report.Error(warning);

@@ -24,6 +24,9 @@ struct WritePlan {
 /// Gathers the pending set commands of a page, the address command last.
 WritePlan PlanWrite(const Model& model, int module);
 
+/// Whether saving the page would send anything.
+bool HasPendingCommands(const Model& model, int module);
+
 /// The fields that saving the page would write although nobody has given them a value: not edited, and never
 /// reported by this sensor. Their names in the order of the page's commands; none when there is no such page.
 std::vector<std::string> UnreadFields(const Model& model, int module);
@@ -40,6 +43,12 @@ struct SetRequest {
 /// has no usable value.
 SetRequest MakeSetRequest(Model& model, const std::string& set_cmd);
 
+/// What the user had changed and a save has sent.
+struct SavedEdits {
+  std::vector<const VarInfo*> vars;
+  bool fov = false;  ///< angles of the field of view
+};
+
 /// Saves the edits of a page. Works on the calling thread.
 class PageWriter {
  public:
@@ -53,11 +62,12 @@ class PageWriter {
   /// Refreshes the untouched fields, then sends each pending set command whole. Untouched fields that the
   /// sensor did not report are named in a warning and go out with their last values. The first refused
   /// command ends the save: what was sent before stays written, and all edits stay pending, as does an edit
-  /// that is made while the page is saved. Every outcome is reported.
-  void Run(Model& model, quarn::lidar::KtcClient& client, int module) const;
+  /// that is made while the page is saved. Every outcome is reported. The edits that went out with a save
+  /// that ended well.
+  SavedEdits Run(Model& model, quarn::lidar::KtcClient& client, int module) const;
 
  private:
-  void WriteAll(Model& model, quarn::lidar::KtcClient& client, int module) const;
+  SavedEdits WriteAll(Model& model, quarn::lidar::KtcClient& client, int module) const;
   void Refresh(Model& model, quarn::lidar::KtcClient& client, const WritePlan& plan) const;
   SentCommand WriteFov(Model& model, quarn::lidar::KtcClient& client) const;
   SentCommand Write(Model& model, quarn::lidar::KtcClient& client, const std::string& set_cmd) const;

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <charconv>
 #include <cstddef>
+#include <string>
 
 namespace varkel {
 
@@ -15,5 +17,14 @@ using FovAngles = std::array<float, 2 * kFovSectors>;
 
 /// The whole turn, shown until the sensor reports its angles.
 inline constexpr FovAngles kDefaultFov = {0, 0, 0, 0, 0, 360, 360, 360, 360, 360};
+
+/// Degrees with one decimal, whatever the locale.
+inline std::string AngleText(float degrees) {
+  constexpr std::size_t kLongest = 64;
+  std::array<char, kLongest> text{};
+  const auto end =
+      std::to_chars(text.data(), text.data() + text.size(), degrees, std::chars_format::fixed, 1).ptr;
+  return {text.data(), end};
+}
 
 }  // namespace varkel

@@ -35,6 +35,15 @@ bool IsReadBackEqual(const SentField& sent, const Reading& reading) {
   return AreSameNumber(var, sent.text, reading.text);
 }
 
+/// "0.0 45.5 90.0 0.0 0.0"
+std::string StartAngles(const FovAngles& angles) {
+  std::string text;
+  for (std::size_t i = 0; i < kFovSectors; ++i) {
+    text += (i == 0 ? "" : " ") + AngleText(angles.at(i));
+  }
+  return text;
+}
+
 }  // namespace
 
 const char* OriginName(ValueOrigin origin) {
@@ -112,6 +121,7 @@ void ValueStore::Edit(VarInfo& var, const std::string& text) {
     if (var.current_val == text) return;
     State& state = Touch(var);
     var.current_val = text;
+    state.refusal.reset();
     if (std::exchange(state.edited, true)) return;
     if (!var.set_cmd.empty()) ++pending_[var.set_cmd];
   });
@@ -121,6 +131,23 @@ void ValueStore::EditFov(std::size_t index, float degrees) {
   Apply([&] {
     fov_.at(index) = degrees;
     fov_edited_ = true;
+    TouchFov();
+  });
+}
+
+void ValueStore::TakeBack(VarInfo& var) {
+  Apply([&] {
+    State& state = StateOf(var);
+    if (!state.edited) return;
+    var.current_val = state.reported;
+    ForgetEdit(var, state);
+  });
+}
+
+void ValueStore::TakeBackFov(std::size_t index) {
+  Apply([&] {
+    fov_.at(index) = reported_fov_.at(index);
+    fov_edited_ = fov_edited_ && fov_ != reported_fov_;
     TouchFov();
   });
 }
@@ -146,6 +173,7 @@ bool ValueStore::CancelAll() {
 
 void ValueStore::ForgetEdit(VarInfo& var, State& state) {
   state.edited = false;
+  state.refusal.reset();
   Touch(var);
   if (const auto pending = pending_.find(var.set_cmd); pending != pending_.end() && --pending->second == 0) {
     pending_.erase(pending);
@@ -167,6 +195,7 @@ void ValueStore::Sent(const SentCommand& command, Moment asked) {
     }
     if (command.fov) {
       std::copy_n(command.fov->begin(), kFovSectors, reported_fov_.begin());
+      sent_fov_ = command.fov;
       fov_sent_at_ = moment_;
       TouchFov();
     }
@@ -188,6 +217,16 @@ void ValueStore::Saved(std::span<const SentCommand> commands) {
   });
 }
 
+void ValueStore::Refused(const std::string& set_cmd, int code) {
+  Apply([&] {
+    const auto carried = catalogue_->set_cmd_map().find(set_cmd);
+    if (carried == catalogue_->set_cmd_map().end()) return;
+    for (const VarInfo* var : carried->second) {
+      if (StateOf(*var).edited) Touch(*var).refusal = code;
+    }
+  });
+}
+
 void ValueStore::SensorChanged() {
   Apply([&] { ForgetSensor(); });
 }
@@ -197,6 +236,7 @@ void ValueStore::ForgetSensor() {
     if (IsReadLocked(state) || state.sent) Touch(*var).sent.reset();
   }
   TouchFov();
+  sent_fov_.reset();
   sensor_since_ = moment_;
 }
 
@@ -248,6 +288,20 @@ bool ValueStore::IsEdited(const VarInfo& var) const {
   return state != nullptr && state->edited;
 }
 
+std::vector<const VarInfo*> ValueStore::EditedVars() const {
+  const auto lock = catalogue_->LockValues();
+  std::vector<const VarInfo*> edited;
+  for (const auto& [var, state] : states_) {
+    if (state.edited) edited.push_back(var);
+  }
+  return edited;
+}
+
+bool ValueStore::IsFovEdited() const {
+  const auto lock = catalogue_->LockValues();
+  return fov_edited_;
+}
+
 bool ValueStore::IsPending(const std::string& set_cmd) const {
   const auto lock = catalogue_->LockValues();
   return IsPendingLocked(set_cmd);
@@ -283,12 +337,14 @@ ValueStore::Field ValueStore::FieldToSend(const VarInfo& var) const {
 ValueStore::Shown ValueStore::Show(const VarInfo& var) const {
   const auto lock = catalogue_->LockValues();
   Shown shown;
-  shown.text = var.current_val;
+  shown.text = shown.held = var.current_val;
   shown.set_start_pos = var.set_start_pos;
   shown.length = var.var_len;
   if (const State* state = FindState(var)) {
     shown.origin = state->edited ? ValueOrigin::kEdited : state->origin;
     shown.edited = state->edited;
+    if (state->edited) shown.held = state->reported;
+    shown.refusal = state->refusal;
     shown.read_time = state->read_time;
     shown.stale = state->read_time && !IsReadLocked(*state);
     shown.raw = state->raw;
@@ -310,6 +366,17 @@ std::optional<ValueStore::Verification> ValueStore::Verify(const VarInfo& var) c
   if (state->read_at > state->sent_at) {
     verification.read_back = state->reported;
     verification.equal = state->origin != ValueOrigin::kDiffers;
+  }
+  return verification;
+}
+
+std::optional<ValueStore::Verification> ValueStore::VerifyFov() const {
+  const auto lock = catalogue_->LockValues();
+  if (!sent_fov_) return std::nullopt;
+  Verification verification{StartAngles(*sent_fov_), std::nullopt, false};
+  if (fov_read_at_ > fov_sent_at_) {
+    verification.read_back = StartAngles(reported_fov_);
+    verification.equal = verification.read_back == verification.sent;
   }
   return verification;
 }

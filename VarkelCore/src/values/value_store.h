@@ -80,13 +80,17 @@ class ValueStore {
   void Edit(VarInfo& var, const std::string& text);
   /// The user changed one angle of the field of view; `index` is below 10.
   void EditFov(std::size_t index, float degrees);
-  /// All edits go back to what the sensor reported last, or to the table's default. True when angles of the
-  /// field of view are among them.
+  /// One edit goes back to what the sensor reported last, or to the table's default.
+  void TakeBack(VarInfo& var);
+  void TakeBackFov(std::size_t index);
+  /// All edits go back like that. True when angles of the field of view are among them.
   bool Cancel();
   /// The command went out whole in a request made at `asked`. Its edits stay pending until the save ends.
   void Sent(const SentCommand& command, Moment asked);
   /// A save ended well: what it sent is no longer pending, unless it was edited again meanwhile.
   void Saved(std::span<const SentCommand> commands);
+  /// The sensor refused the command, or did not answer it. Its edits show the code until they change.
+  void Refused(const std::string& set_cmd, int code);
   /// Another sensor may answer from now on: what was read so far is not known to be its value.
   void SensorChanged();
   /// Cancel, SensorChanged, and the first four start angles become 0.
@@ -101,6 +105,9 @@ class ValueStore {
   bool IsRead(const VarInfo& var, Moment moment = 0) const;
   bool IsFovRead() const;
   bool IsEdited(const VarInfo& var) const;
+  /// In no particular order; without the angles of the field of view.
+  std::vector<const VarInfo*> EditedVars() const;
+  bool IsFovEdited() const;
   /// Whether an edit waits for this set command.
   bool IsPending(const std::string& set_cmd) const;
   /// The number of set commands with edits.
@@ -120,7 +127,9 @@ class ValueStore {
   /// What a row shows of the variable.
   struct Shown {
     std::string text;
-    std::string switch_text;  ///< the text of the variable's switch, if it has one
+    std::string switch_text;     ///< the text of the variable's switch, if it has one
+    std::string held;            ///< what an edited text goes back to
+    std::optional<int> refusal;  ///< why the last save of this edit failed
     ValueOrigin origin = ValueOrigin::kDefault;
     bool edited = false;  ///< the variable, its switch or, for the field of view, its angles
     bool stale = false;   ///< read, but not from the sensor that is connected now
@@ -139,6 +148,8 @@ class ValueStore {
   };
   /// nullopt if the variable was not sent to this sensor.
   std::optional<Verification> Verify(const VarInfo& var) const;
+  /// The start angles that were sent last, and what the sensor has reported since.
+  std::optional<Verification> VerifyFov() const;
 
   /// The variables that events have touched since the last call, each once.
   std::vector<const VarInfo*> TakeChanges();
@@ -152,6 +163,7 @@ class ValueStore {
     Moment read_at = 0;
     Moment sent_at = 0;
     std::optional<SentField> sent;  // to this sensor
+    std::optional<int> refusal;     // of the present edit
     bool edited = false;
     bool changed = false;  // is listed in changed_
   };
@@ -185,6 +197,7 @@ class ValueStore {
   bool fov_edited_ = false;
   Moment fov_read_at_ = 0;
   Moment fov_sent_at_ = 0;
+  std::optional<FovAngles> sent_fov_;  // to this sensor
 };
 
 }  // namespace varkel

@@ -1,0 +1,29 @@
+import QtQuick 2.15
+import "../assembly"
+
+// Beside a row: what became of its value. A tick when it was saved and read back, else a few words.
+Item {
+    id: note
+
+    property string text
+    property bool ticked: false
+    property color tone: Theme.textMuted
+
+    Accessible.role: Accessible.StaticText
+    Accessible.name: ticked ? "Saved and read back" : text
+
+    Loader {
+        anchors.verticalCenter: parent.verticalCenter
+        active: note.ticked
+        source: "Tick.qml"
+    }
+
+    BodyText {
+        anchors.fill: parent
+        text: note.text
+        color: note.tone
+        font.pixelSize: Theme.fontSmall
+        elide: Text.ElideRight
+        Accessible.ignored: true
+    }
+}

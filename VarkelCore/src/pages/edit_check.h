@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include "VarkelCore/src/values/model_selection.h"
+
+namespace varkel {
+
+/// What is wrong with a text that the user has typed for the variable, in a few words ("is no number"); empty
+/// when it can be sent. A range is judged later, when the user may insist.
+QString TypingFault(const VarInfo& var, const std::string& text);
+
+/// A sentence for each edit of the page whose text can't be sent.
+QStringList TypingFaults(const Model& model, int page);
+
+/// "Destination Port: 80, allowed 1024 to 65535" for each value of the page that the page check refuses.
+QStringList RangeFaults(const Model& model, int page);
+
+}  // namespace varkel

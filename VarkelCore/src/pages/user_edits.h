@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "VarkelCore/src/pages/edit_history.h"
+#include "VarkelCore/src/values/model_selection.h"
+
+namespace varkel {
+
+/// The edits of all pages of the selected model that are not saved, for QML. Lives on the user interface's
+/// thread; `changed` is emitted by whoever changes edits.
+class UserEdits : public QObject {
+  Q_OBJECT
+  /// Each a map: "key", "page" (its index), "label", "from" and "to" (the texts as a row shows them).
+  Q_PROPERTY(QVariantList all READ all NOTIFY changed)
+  /// How many rows of each page have one.
+  Q_PROPERTY(QVariantList counts READ counts NOTIFY changed)
+
+ public:
+  using ModelSource = std::function<std::shared_ptr<Model>()>;
+
+  /// `model` gives the selected model, or null; `edited` is called after each change made here.
+  UserEdits(ModelSource model, std::function<void()> edited)
+      : model_(std::move(model)), edited_(std::move(edited)) {}
+
+  QVariantList all() const;
+  QVariantList counts() const;
+
+  /// Makes an edit that can be undone.
+  void Do(const std::shared_ptr<Model>& model, std::initializer_list<EditHistory::Target> targets,
+          const std::function<void()>& change) {
+    history_.Do(model, targets, change);
+  }
+  /// What has been done so far can't be undone any more.
+  void Forget() { history_.Clear(); }
+
+  /// Takes one edit back, the one with this "key"; this can be undone as well.
+  Q_INVOKABLE void takeBack(const QString& key);
+  /// Undoes or redoes one edit. The page that shows it; -1 when there is none.
+  Q_INVOKABLE int undo();
+  Q_INVOKABLE int redo();
+  /// Whether saving the page would send anything.
+  Q_INVOKABLE bool hasCommands(int page) const;
+  /// A sentence for each edit of the page that can't be sent.
+  Q_INVOKABLE QStringList faults(int page) const;
+  /// A line for each value of the page that is out of its range, with the range.
+  Q_INVOKABLE QStringList outOfRange(int page) const;
+
+ signals:
+  void changed();
+
+ private:
+  int Announce(const std::optional<EditHistory::Target>& target);
+
+  const ModelSource model_;
+  const std::function<void()> edited_;
+  EditHistory history_;
+};
+
+}  // namespace varkel
