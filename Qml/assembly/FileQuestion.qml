@@ -8,12 +8,15 @@ Loader {
     signal chosen(url file)
 
     // `properties` has a "title". With "selectFolder" a folder is asked for; otherwise a file, and with
-    // "selectExisting" false one to write. Files also have "nameFilters" and a "defaultSuffix".
+    // "selectExisting" false one to write. Files also have "nameFilters" and a "defaultSuffix", and may have a "folder"
+    // to begin in and a "currentFile" to propose.
     function ask(properties) {
         if (properties.selectFolder) {
             setSource("FolderQuestionDialog.qml", { "title": properties.title, "parentWindow": Window.window });
         } else {
             setSource("FileQuestionDialog.qml", {
+                "startFolder": properties.folder || "",
+                "proposal": properties.currentFile || "",
                 "title": properties.title,
                 "parentWindow": Window.window,
                 "toWrite": properties.selectExisting === false,

@@ -17,6 +17,7 @@ T.Popup {
     property bool cancellable: false // Cancel is the button that Enter presses
     property var waiting: []
     property bool decided: false
+    readonly property real textHeight: Math.min(body.implicitHeight, Theme.noticeTextHeight)
 
     signal accepted(var next)
 
@@ -53,7 +54,9 @@ T.Popup {
     parent: T.Overlay.overlay
     anchors.centerIn: parent
     width: Math.min(Theme.noticeWidth, parent ? parent.width - 2 * Theme.margin : Theme.noticeWidth)
-    implicitHeight: layout.implicitHeight + topPadding + bottomPadding
+    // The layout's own implicit height stays behind when the text is wrapped anew.
+    height: topPadding + headingRow.implicitHeight + textHeight + buttons.implicitHeight + 2 * layout.spacing
+            + Theme.gapSmall + bottomPadding
     padding: Theme.margin
     modal: true
     focus: true
@@ -107,6 +110,8 @@ T.Popup {
         spacing: Theme.gap
 
         RowLayout {
+            id: headingRow
+
             Layout.fillWidth: true
 
             BodyText {
@@ -127,7 +132,7 @@ T.Popup {
 
         Flickable {
             Layout.fillWidth: true
-            Layout.preferredHeight: Math.min(contentHeight, Theme.noticeTextHeight)
+            Layout.preferredHeight: notice.textHeight
             contentHeight: body.implicitHeight
             boundsBehavior: Flickable.StopAtBounds
             clip: true
@@ -145,6 +150,8 @@ T.Popup {
         }
 
         RowLayout {
+            id: buttons
+
             Layout.fillWidth: true
             Layout.topMargin: Theme.gapSmall
             spacing: Theme.gapSmall

@@ -1,5 +1,6 @@
 import QtQuick 2.15
 import "../assembly"
+import "../snapshots"
 
 // What follows the window's first frame, but for the bar: the model's pages beside their list or the small
 // sensors' page, and what goes on besides.
@@ -39,6 +40,18 @@ Item {
         onSaveRequested: body.view.requestSave(module)
         onRefused: body.view.callErrorInfoWindow(message)
         onLogRequested: body.view.openLog()
+        onApplyAsked: body.view.notice("MessageWindow").notify(text, "Apply", () => varkel_manager.snapshots.apply(),
+                                                               "Apply to the sensor?")
+    }
+
+    SnapshotDrop {
+        parent: body.view
+        anchors.fill: parent
+        enabled: body.view.table
+        onOffered: {
+            body.view.choosePage(pages.snapshotsIndex);
+            varkel_manager.snapshots.compareFile(file);
+        }
     }
 
     Loader {

@@ -14,6 +14,7 @@ LabelledRow {
         objectName: "downloadButton"
         text: "Download"
         enabled: varkel_manager.IsConnected && !varkel_manager.IsDownloadLog && !varkel_manager.IsUpgrading
+                 && !varkel_manager.snapshots.applying
         hint: varkel_manager.IsConnected ? "Asks first where to put it" : "Connect first"
         onClicked: row.requested()
     }

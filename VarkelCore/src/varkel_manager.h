@@ -58,6 +58,8 @@ class VarkelManager : public QObject {
   Q_PROPERTY(QObject* search READ search CONSTANT)
   /// What live variables were since the model was selected (varkel::LiveHistory).
   Q_PROPERTY(QObject* history READ history CONSTANT)
+  /// Snapshots of the connected sensor (varkel::Snapshots).
+  Q_PROPERTY(QObject* snapshots READ snapshots CONSTANT)
 
  public:
   /// The process's controller, created by the first call; the arguments of later calls are ignored.
@@ -108,6 +110,7 @@ class VarkelManager : public QObject {
   QObject* smallSensor() const;
   QObject* search() const;
   QObject* history() const;
+  QObject* snapshots() const;
 
  signals:
   void isConnectedChanged();
