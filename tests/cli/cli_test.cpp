@@ -3,6 +3,7 @@
 #ifndef _WIN32
 #include "libquarn/Platform/src/pseudo_terminal.h"
 #endif
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QJsonArray>
@@ -225,6 +226,9 @@ TEST(Cli, SeveralSensorsAnswerInTheirOrder) {
   }
   EXPECT_EQ(names, (QStringList{"slow ok", "nobody failed", "quick ok"}));
   EXPECT_EQ(outcome.error, "3 sensors: 2 done; no connection: nobody\n");
+
+  RunProgram({"--targets", targets, "snapshot", "-o", second.folder.path()});
+  EXPECT_EQ(QDir(second.folder.path()).entryList(QDir::Files).size(), 2) << "both have one serial number";
 
   Put(targets, "host,port\n127.0.0.1,no\n");
   EXPECT_EQ(RunProgram({"--targets", targets, "info"}).exit, 64);
