@@ -22,7 +22,7 @@ Rectangle {
     readonly property bool complete: topBar.complete && body.item !== null
     readonly property string model: topBar.model
     readonly property bool table: varkel_manager.connectType === 0
-    readonly property var tabTitles: pageTitles.concat(["Log", "Send Command"])
+    readonly property var tabTitles: pageTitles.concat(["Log", "Send Command", "Snapshots"])
     property var notices: ({})
     property var ahead: [] // the types that loadAhead loads, held until they are used
     property var logWindow: null // made when it is first opened

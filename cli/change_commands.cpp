@@ -1,7 +1,9 @@
+#include <QFileInfo>
 #include <QString>
 #include <algorithm>
 
 #include "VarkelCore/src/state/sensor_change.h"
+#include "VarkelCore/src/state/sensor_link.h"
 #include "VarkelCore/src/state/state_file.h"
 #include "cli/commands.h"
 
@@ -92,7 +94,7 @@ SensorResult Shown(const Job& job, const ChangeResult& result) {
   return shown;
 }
 
-SensorResult Change(const Job& job, decltype(ChangeRequest::wanted) wanted) {
+SensorResult Change(const Job& job, const std::string& reason, decltype(ChangeRequest::wanted) wanted) {
   if (!job.link.has_variables()) return Lacks(job, "variables");
   ChangeRequest request;
   request.wanted = std::move(wanted);
@@ -100,7 +102,11 @@ SensorResult Change(const Job& job, decltype(ChangeRequest::wanted) wanted) {
   request.check_only = job.arguments.check;
   request.stop_on_refusal = job.arguments.stop_on_refusal;
   request.progress = job.progress;
-  return Shown(job, ChangeSensor(job.link, request, SnapshotFolder(), job.report, job.stop));
+  request.reason = reason;
+  const SensorTarget& target = job.link.target();
+  const ConnectedSensor sensor{
+      *job.link.model(), job.link.client(), {target.host, target.port}, job.link.connect_to()};
+  return Shown(job, ChangeSensor(sensor, request, SnapshotFolder(), job.report, job.stop));
 }
 
 SensorResult ListSnapshots(const Job& job, const std::string& sn) {
@@ -138,7 +144,8 @@ SensorResult Set(const Job& job) {
     const std::size_t equals = assignment.find('=');
     wanted.push_back({assignment.substr(0, equals), assignment.substr(equals + 1), {}});
   }
-  return Change(job, [&wanted](const Model&, const SensorState&) { return ChangeRequest::Wanted(wanted); });
+  return Change(job, "Before a change",
+                [&wanted](const Model&, const SensorState&) { return ChangeRequest::Wanted(wanted); });
 }
 
 SensorResult Apply(const Job& job) {
@@ -151,7 +158,9 @@ SensorResult Apply(const Job& job) {
       return Sentence(job.link.target(), kFailed, "The snapshot has no page \"" + page + "\".");
     }
   }
-  return Change(job, [&](const Model& model, const SensorState&) {
+  const std::string file_name =
+      QFileInfo(QString::fromStdString(job.arguments.file)).fileName().toStdString();
+  return Change(job, "Before " + file_name + " was applied", [&](const Model& model, const SensorState&) {
     return WantedFromState(
         model, *state, job.arguments.force ? Force::kYes : Force::kNo, [&](const StateValue& value) {
           return pages.empty() || std::find(pages.begin(), pages.end(), value.page) != pages.end();
@@ -162,7 +171,7 @@ SensorResult Apply(const Job& job) {
 SensorResult RollBack(const Job& job) {
   if (!job.link.has_variables()) return Lacks(job, "variables");
   if (job.arguments.list) return ListSnapshots(job, SerialNumber(job));
-  return Change(job, [&job](const Model& model, const SensorState& present) {
+  return Change(job, "Before a rollback", [&job](const Model& model, const SensorState& present) {
     return FromSnapshot(job, model, present);
   });
 }

@@ -1,8 +1,11 @@
 #include <QDateTime>
+#include <QDir>
 #include <QFileInfo>
 #include <algorithm>
 #include <chrono>
 #include <exception>
+#include <mutex>
+#include <set>
 
 #include "VarkelCore/src/small_sensor/small_sensor_info.h"
 #include "VarkelCore/src/state/state_file.h"
@@ -25,6 +28,17 @@ std::string JsonFailure(const ReadFailure& failure) {
       .Text("payload", failure.payload)
       .Number("code", failure.code)
       .str();
+}
+
+/// Names the file after the serial number, and after the sensor as well where another one of this run has the
+/// same number: none replaces another's file.
+QString FileIn(const QString& folder, const std::string& sn, const std::string& sensor) {
+  static std::mutex mutex;
+  static std::set<std::string> taken;
+  const std::lock_guard lock(mutex);
+  std::string name = sn.empty() ? sensor : sn;
+  if (!taken.insert(name).second) name += "-" + sensor;
+  return QDir(folder).filePath(SanitizedFileName(QString::fromStdString(name)) + QStringLiteral(".json"));
 }
 
 ExitCode ExitOf(const StateReading& reading) {
@@ -167,8 +181,7 @@ SensorResult TakeSnapshot(const Job& job) {
   }
   QString path = QString::fromStdString(job.arguments.output);
   if (QFileInfo(path).isDir()) {
-    const std::string& sn = reading.state.sn.empty() ? job.link.target().name() : reading.state.sn;
-    path += QStringLiteral("/") + SanitizedFileName(QString::fromStdString(sn)) + QStringLiteral(".json");
+    path = FileIn(path, reading.state.sn, job.link.target().name());
   }
   const std::string fault = SaveState(reading.state, path);
   if (!fault.empty()) return Sentence(job.link.target(), kFailed, fault);

@@ -8,13 +8,14 @@ Loader {
     signal chosen(url file)
 
     // `properties` has a "title". With "selectFolder" a folder is asked for; otherwise a file, and with
-    // "selectExisting" false one to write. Files also have "nameFilters", a "defaultSuffix"
-    // and a "suggestedName".
+    // "selectExisting" false one to write. Files also have "nameFilters", a "defaultSuffix", a "suggestedName" and a
+    // "folder" to begin in; without one it is the last folder used.
     function ask(properties) {
         if (properties.selectFolder) {
             setSource("FolderQuestionDialog.qml", { "title": properties.title, "parentWindow": Window.window });
         } else {
             setSource("FileQuestionDialog.qml", {
+                "startFolder": properties.folder || "",
                 "title": properties.title,
                 "parentWindow": Window.window,
                 "toWrite": properties.selectExisting === false,

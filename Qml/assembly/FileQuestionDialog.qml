@@ -5,17 +5,21 @@ import "."
 FileDialog {
     property bool toWrite: false
     property string suggestedName
+    property url startFolder
     readonly property url answer: file
 
     fileMode: toWrite ? FileDialog.SaveFile : FileDialog.OpenFile
 
-    folder: LastFolder.folder
-
     Component.onCompleted: {
+        folder = startFolder.toString() !== "" ? startFolder : LastFolder.folder;
         if (suggestedName.length > 0) {
-            currentFile = LastFolder.folder + "/" + encodeURIComponent(suggestedName);
+            currentFile = folder + "/" + encodeURIComponent(suggestedName);
         }
         open();
     }
-    onAccepted: LastFolder.keep(file)
+    onAccepted: {
+        if (startFolder.toString() === "") {
+            LastFolder.keep(file);
+        }
+    }
 }

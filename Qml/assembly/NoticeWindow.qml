@@ -15,9 +15,9 @@ T.Popup {
     property string message
     property string acceptText: "OK"
     property bool cancellable: false // Cancel is the button that Enter presses
-    readonly property real textHeight: Math.min(body.implicitHeight, Theme.noticeTextHeight)
     property var waiting: []
     property bool decided: false
+    readonly property real textHeight: Math.min(body.implicitHeight, Theme.noticeTextHeight)
 
     signal accepted(var next)
 

@@ -82,6 +82,9 @@ QtObject {
     readonly property int menuWidth: 260
     readonly property int footerHeight: 60
     readonly property int buttonWidth: 96
+    readonly property int checkSize: 18
+    readonly property int timeColumn: 180
+    readonly property int snapshotTableHeight: 212
     readonly property int noticeWidth: 460
     readonly property int noticeTextHeight: 320
     readonly property int popupHeight: 320

@@ -1,5 +1,6 @@
 import QtQuick 2.15
 import "../assembly"
+import "../snapshots"
 
 // What follows the window's first frame, but for the bar: the model's pages beside their list or the small
 // sensors' page, and what goes on besides.
@@ -45,6 +46,18 @@ Item {
         onRefused: body.view.callErrorInfoWindow(message)
         onUpgradeRequested: body.view.confirmUpgrade(file, "", varkel_manager.installedVersions(), start)
         onLogRequested: body.view.openLog()
+        onApplyAsked: body.view.notice("MessageWindow").notify(text, "Apply", () => varkel_manager.snapshots.apply(),
+                                                               "Apply to the sensor?")
+    }
+
+    SnapshotDrop {
+        parent: body.view
+        anchors.fill: parent
+        enabled: body.view.table
+        onOffered: {
+            body.view.choosePage(pages.snapshotsIndex);
+            varkel_manager.snapshots.compareFile(file);
+        }
     }
 
     Loader {

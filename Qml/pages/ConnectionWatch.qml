@@ -7,7 +7,7 @@ Item {
 
     property bool connecting: false
     readonly property bool idle: varkel_manager.IsConnected && !varkel_manager.IsUpgrading
-                                 && !varkel_manager.IsDownloadLog
+                                 && !varkel_manager.IsDownloadLog && !varkel_manager.snapshots.applying
 
     signal lost
 

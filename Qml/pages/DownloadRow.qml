@@ -14,6 +14,7 @@ LabelledRow {
         objectName: "downloadButton"
         text: "Download"
         enabled: varkel_manager.IsConnected && !varkel_manager.IsDownloadLog && !varkel_manager.IsUpgrading
+                 && !varkel_manager.snapshots.applying
         hint: "Asks first where to put it"
         onClicked: row.requested()
     }
@@ -24,7 +25,8 @@ LabelledRow {
         color: Theme.textMuted
         text: row.downloading ? "Downloading…" : !varkel_manager.IsConnected ? "Connect first"
               : varkel_manager.IsDownloadLog ? "Another log is being downloaded"
-                                             : varkel_manager.IsUpgrading ? "An upgrade runs" : ""
+                                             : varkel_manager.IsUpgrading ? "An upgrade runs"
+              : varkel_manager.snapshots.applying ? "A snapshot is being applied" : ""
     }
 
     Item {

@@ -3,7 +3,7 @@ import QtQuick.Layouts 1.15
 import "../assembly"
 import "../details"
 
-// The pages of the selected model, then the log page and the command page.
+// The pages of the selected model, then those of the log, of commands and of snapshots.
 Item {
     id: pages
 
@@ -16,12 +16,14 @@ Item {
                                         ? modelPages.itemAt(currentIndex).item : null
     property bool detailsWanted: true
     readonly property bool detailsFit: details.width >= Theme.detailsLeastWidth
+    readonly property int snapshotsIndex: titles.length + 2
 
     signal cancelRequested(int module)
     signal saveRequested(int module)
     signal refused(string message)
     signal upgradeRequested(url file, var start)
     signal logRequested
+    signal applyAsked(string text)
 
     // As its button does, if the page has one that can be pressed.
     function saveShown() {
@@ -80,6 +82,21 @@ Item {
     PageLoader {
         current: pages.currentIndex === pages.commandIndex
         source: "CommandPage.qml"
+    }
+
+    PageLoader {
+        id: snapshotsPage
+
+        current: pages.currentIndex === pages.snapshotsIndex
+        source: "SnapshotsPage.qml"
+    }
+
+    Connections {
+        target: snapshotsPage.item
+
+        function onApplyAsked(text) {
+            pages.applyAsked(text);
+        }
     }
 
     Loader {

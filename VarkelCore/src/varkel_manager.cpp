@@ -27,6 +27,7 @@
 #include "VarkelCore/src/session/connector.h"
 #include "VarkelCore/src/small_sensor/background_functions.h"
 #include "VarkelCore/src/small_sensor/small_sensor_info.h"
+#include "VarkelCore/src/snapshots/snapshots.h"
 #include "VarkelCore/src/tasks/background_work.h"
 #include "VarkelCore/src/tasks/signal_report.h"
 #include "VarkelCore/src/upgrade/firmware_upgrade.h"
@@ -133,6 +134,8 @@ struct VarkelManager::Parts {
   BackgroundFunctions small_sensor_functions;
   SmallSensorInfo small_sensor_info;
 
+  Snapshots snapshots;
+
   Connector connector;
 };
 
@@ -195,6 +198,7 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
       small_sensor_info(
           report, activity,
           {Raiser(&VarkelManager::zeltoLidarInfoChanged), Raiser(&VarkelManager::isGetPBLVersionChanged)}),
+      snapshots({connection, models, settings, activity, background, events, report, log_bytes}),
       connector(connection, workers, {report, log_bytes, activity},
                 {{kPageRefreshPeriod,
                   [this](SensorSession& session, const std::stop_token& stop) {
@@ -209,6 +213,8 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
                    Raise(&VarkelManager::isConnectedChanged);
                  },
                  Raiser(&VarkelManager::isConnectedChanged)}) {
+  connect(&manager, &VarkelManager::lidarModelChanged, &snapshots, &Snapshots::clear);
+  connect(&manager, &VarkelManager::editsChanged, &snapshots, &Snapshots::showEdits);
 }  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): std::function frees
 
 // Life
@@ -712,6 +718,9 @@ QObject* VarkelManager::search() const {
 }
 QObject* VarkelManager::smallSensor() const {
   return &d_->small_sensor_functions;
+}
+QObject* VarkelManager::snapshots() const {
+  return &d_->snapshots;
 }
 QVariantList VarkelManager::ZeltoLidarInfo() const {
   return RowMaps(d_->small_sensor_info.Info());

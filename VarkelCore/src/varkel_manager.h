@@ -60,6 +60,8 @@ class VarkelManager : public QObject {
   Q_PROPERTY(QObject* history READ history CONSTANT)
   /// The edits of all pages that are not saved (varkel::UserEdits).
   Q_PROPERTY(QObject* edits READ edits CONSTANT)
+  /// Snapshots of the connected sensor (varkel::Snapshots).
+  Q_PROPERTY(QObject* snapshots READ snapshots CONSTANT)
 
  public:
   /// The process's controller, created by the first call; the arguments of later calls are ignored.
@@ -111,6 +113,7 @@ class VarkelManager : public QObject {
   QObject* search() const;
   QObject* history() const;
   QObject* edits() const;
+  QObject* snapshots() const;
 
  signals:
   void isConnectedChanged();

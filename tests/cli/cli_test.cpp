@@ -1,12 +1,18 @@
 #include <gtest/gtest.h>
 
+#ifndef _WIN32
+#include "libquarn/Platform/src/pseudo_terminal.h"
+#endif
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QTemporaryDir>
+#include <array>
 #include <map>
 #include <memory>
 #include <string>
@@ -221,6 +227,9 @@ TEST(Cli, SeveralSensorsAnswerInTheirOrder) {
   EXPECT_EQ(names, (QStringList{"slow ok", "nobody failed", "quick ok"}));
   EXPECT_EQ(outcome.error, "3 sensors: 2 done; no connection: nobody\n");
 
+  RunProgram({"--targets", targets, "snapshot", "-o", second.folder.path()});
+  EXPECT_EQ(QDir(second.folder.path()).entryList(QDir::Files).size(), 2) << "both have one serial number";
+
   Put(targets, "host,port\n127.0.0.1,no\n");
   EXPECT_EQ(RunProgram({"--targets", targets, "info"}).exit, 64);
 }
@@ -241,6 +250,57 @@ TEST(Cli, CtrlCEndsWithinASecondAndSaysHowFarItCame) {
   EXPECT_TRUE(outcome.output.contains("90 → 45 ? sent, not confirmed"));
   EXPECT_TRUE(outcome.output.contains("10110 → 2000 – not sent"));
 }
+
+#ifndef _WIN32
+/// The program with all its streams on a terminal, where `answer` is typed, and what it showed there.
+Outcome OnTerminal(const QStringList& arguments, const QByteArray& answer = {}, bool has_colours = true) {
+  const auto terminal = quarn::platform::PseudoTerminal::Create();
+  const QString name = QString::fromStdString(terminal->name());
+  QProcess process;
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  if (!has_colours) environment.insert("NO_COLOR", "1");
+  process.setProcessEnvironment(environment);
+  process.setStandardInputFile(name);
+  process.setStandardOutputFile(name, QIODevice::Append);
+  process.setStandardErrorFile(name, QIODevice::Append);
+  process.start(QStringLiteral(VARKELCTL), arguments);
+  Outcome outcome;
+  if (!answer.isEmpty()) {
+    terminal->Write({reinterpret_cast<const std::uint8_t*>(answer.data()), std::size_t(answer.size())},
+                    1000000);
+  }
+  while (process.state() != QProcess::NotRunning || terminal->WaitReadable(0) > 0) {
+    std::array<std::uint8_t, 4096> block;
+    const int count = terminal->WaitReadable(10000) > 0 ? terminal->Read(block) : 0;
+    if (count > 0) outcome.output.append(reinterpret_cast<const char*>(block.data()), count);
+    process.waitForFinished(0);
+  }
+  outcome.exit = process.exitCode();
+  return outcome;
+}
+
+TEST(Cli, AsksPaintsAndShowsProgressOnATerminalOnly) {
+  Desk desk;
+  const Outcome refused = OnTerminal(desk.Args({"reset"}), "n\n");
+  EXPECT_EQ(refused.exit, 1);
+  EXPECT_TRUE(refused.output.contains("Reset all settings of 1 sensor? [y/N]"))
+      << refused.output.toStdString();
+  EXPECT_EQ(desk.sensor.restarts(), 0U);
+  EXPECT_EQ(OnTerminal(desk.Args({"restart"}), "y\n").exit, 0);
+  EXPECT_EQ(desk.sensor.restarts(), 1U);
+
+  Desk other;
+  const QByteArray green = "\x1B[32m✓\x1B[0m";
+  EXPECT_TRUE(OnTerminal(other.Args({"set", "Spin Rate=300"})).output.contains(green));
+  EXPECT_FALSE(OnTerminal(other.Args({"set", "Spin Rate=600"}), {}, false).output.contains("\x1B[3"));
+  EXPECT_FALSE(other({"set", "Spin Rate=300"}).output.contains('\x1B'));
+
+  other.sensor.AddFault("*=late:60");
+  const Outcome slow = OnTerminal(other.Args({"--json", "read", "--all"}));
+  EXPECT_TRUE(slow.output.contains("\r\x1B[K[#")) << slow.output.left(500).toStdString();
+  EXPECT_EQ(other({"read", "--all"}).error, "");
+}
+#endif
 
 TEST(Cli, TextsOfASensorCantCommandTheTerminal) {
   Desk desk;

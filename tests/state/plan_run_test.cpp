@@ -1,5 +1,7 @@
 #include "VarkelCore/src/state/plan_run.h"
 
+#include <algorithm>
+
 #include "VarkelCore/src/state/state_compare.h"
 #include "tests/state/state_rig.h"
 
@@ -84,6 +86,33 @@ TEST(PlanRun, ASnapshotBringsBackTheBytesBehindRoundedTexts) {
   for (const Difference& difference : CompareStates(before, rig.Read().state).differences) {
     EXPECT_TRUE(rig.model.catalogue->FindById(difference.id)->timer_update) << difference.name;
   }
+}
+
+TEST(PlanRun, BringsBackTheFieldOfView) {
+  StateRig rig;
+  const auto angles = [](const std::string& channel, std::vector<std::string> starts) {
+    std::vector<WantedValue> wanted = {{"Channel Field of View", channel, {}}};
+    for (std::size_t i = 0; i < starts.size(); ++i) {
+      wanted.push_back({"15-1-start-" + std::to_string(i + 1), starts[i], {}});
+    }
+    return wanted;
+  };
+  ASSERT_TRUE(rig.Apply(angles("5", {"10.0", "20.5", "30", "40", "350"})).is_all_verified());
+  const SensorState before = rig.Read().state;
+  // A sensor reports as many sectors as it was told, so what became of the other angles can't be known.
+  EXPECT_EQ(Verdicts(rig.Apply(angles("2", {"11", "22.2", "33"}))),
+            "Channel Field of View verified, Channel Field of View start 1 verified, "
+            "Channel Field of View start 2 verified, Channel Field of View start 3 unconfirmed");
+  const SensorState after = rig.Read().state;
+  const auto differences = CompareStates(before, after).differences;
+  EXPECT_EQ(std::count_if(differences.begin(), differences.end(),
+                          [](const Difference& one) { return one.id.starts_with("15-1"); }),
+            1 + 2 + 6);
+  const RunReport report = rig.Apply(*WantedFromState(rig.model, before));
+  EXPECT_TRUE(report.is_all_verified()) << Verdicts(report);
+  EXPECT_TRUE(CompareStates(before, rig.Read().state).is_equal());
+  EXPECT_EQ(rig.sensor.Received(0x22).back().payload,
+            (std::vector<std::uint8_t>{5, 0, 100, 0, 205, 0x01, 0x2C, 0x01, 0x90, 0x0D, 0xAC}));
 }
 
 TEST(PlanRun, FollowsTheSensorToItsNewAddress) {

@@ -18,7 +18,10 @@ TEST(SetPlan, RefusesBeforeAnythingGoesOut) {
       {"SN", "1", RefusalKind::kNotWritable},
       {"Restart", "1", RefusalKind::kNotWritable},
       {"Firmware Upgrade", "1", RefusalKind::kNotWritable},
-      {"Channel Field of View", "1", RefusalKind::kNotWritable},
+      {"Channel Field of View start 1", "360.5", RefusalKind::kOutOfRange},
+      {"15-1-start-1", "x", RefusalKind::kNotANumber},
+      {"15-1-end-1", "90", RefusalKind::kNotWritable},
+      {"15-1-start-2", "10", RefusalKind::kNotRead},
       {"VLAN ID", "12abc", RefusalKind::kNotANumber},
       {"VLAN ID", "", RefusalKind::kNotANumber},
       {"Receiver Gain", "nan", RefusalKind::kNotANumber},
@@ -76,7 +79,7 @@ TEST(SetPlan, AStateOfAnotherModelOrTableIsRefusedUnlessForced) {
   test::StateRig rig;
   SensorState state = rig.Read().state;
   const std::size_t all = WantedFromState(rig.model, state)->size();
-  EXPECT_EQ(all, 50U);
+  EXPECT_EQ(all, 51U);
   state.values.front().name = "Gone";
   EXPECT_EQ(WantedFromState(rig.model, state).error().front().kind, RefusalKind::kUnknown);
   state.model = "Another";

@@ -144,7 +144,7 @@ class PageTest : public QObject {
     const auto field = [](int row) { return QString("field_0_0_%1").arg(row); };
     const auto focused = [&desk] { return desk.view().activeFocusItem()->objectName(); };
     QVERIFY(!desk.Has(field(kRows - 1)));
-    desk.Find("tab_2")->forceActiveFocus(Qt::TabFocusReason);
+    desk.Find("tab_3")->forceActiveFocus(Qt::TabFocusReason);
     for (int row = 0; row < kRows; ++row) {
       desk.Key(Qt::Key_Tab);
       QCOMPARE(focused(), field(row));
@@ -155,7 +155,7 @@ class PageTest : public QObject {
     QCOMPARE(focused(), "cancelButton_0");
     desk.Key(Qt::Key_Backtab, Qt::ShiftModifier);
     QCOMPARE(focused(), field(kRows - 1));
-    desk.Find("tab_2")->forceActiveFocus(Qt::TabFocusReason);
+    desk.Find("tab_3")->forceActiveFocus(Qt::TabFocusReason);
     desk.Key(Qt::Key_Tab);
     QCOMPARE(focused(), field(0));
 

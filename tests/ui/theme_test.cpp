@@ -72,7 +72,7 @@ class ThemeTest : public QObject {
   void ControlsTellWhatTheyAre() {
     for (const QString model : {"", "Zelto"}) {
       Desk desk(model);
-      const int pages = model.isEmpty() ? desk.manager->level1List().size() + 2 : 1;
+      const int pages = model.isEmpty() ? desk.manager->level1List().size() + 3 : 1;
       int controls = 0;
       for (int page = 0; page < pages; ++page) {
         QMetaObject::invokeMethod(desk.root, "choosePage", Q_ARG(QVariant, page));

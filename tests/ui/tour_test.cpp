@@ -20,7 +20,7 @@ class TourTest : public QObject {
     QVERIFY(!desk.IsOpen("errorWindow"));
     const QDir pictures(plan.folder);
     const QStringList names = pictures.entryList({"*.png"});
-    QCOMPARE(names.size(), desk.manager->level1List().size() + 2);
+    QCOMPARE(names.size(), desk.manager->level1List().size() + 3);
     const QImage first(pictures.filePath(names[0]));
     QCOMPARE(first.size(), desk.view().size());
     QVERIFY(first != QImage(pictures.filePath(names[1])));

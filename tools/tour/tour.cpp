@@ -72,6 +72,7 @@ class Guide {
   bool VisitSmallSensor();
   bool Visit(int page, const QString& title);
   void WaitForLiveRounds(int page);
+  void CompareWithDefaults();
   void WaitForFrames() const;
   void PrintRows(int page, const QString& title) const;
   void TakeNotices() const;
@@ -131,12 +132,21 @@ void Guide::WaitForLiveRounds(int page) {
   QObject::disconnect(counter);
 }
 
+// The page of snapshots is empty until something is compared.
+void Guide::CompareWithDefaults() {
+  const auto is_done = [this] { return !manager_->isWorking(); };
+  WaitUntil(is_done, kReadMs);
+  QMetaObject::invokeMethod(manager_->snapshots(), "compare", Q_ARG(int, 0), Q_ARG(int, 2));
+  WaitUntil(is_done, kReadMs);
+}
+
 bool Guide::Visit(int page, const QString& title) {
   QMetaObject::invokeMethod(view_.rootObject(), "choosePage", Q_ARG(QVariant, page));
   if (!WaitUntil([this] { return !manager_->isReadingPage(); }, kReadMs)) {
     Fail("the page " + title + " could not be read in time.");
     return false;
   }
+  if (title == "Snapshots") CompareWithDefaults();
   WaitUntil([this] { return !Find("loadingBar")->isVisible(); }, kPaintMs);
   if (page < manager_->level1List().size()) {
     WaitForLiveRounds(page);

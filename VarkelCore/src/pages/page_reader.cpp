@@ -179,7 +179,7 @@ bool PageReader::ReadFov(Model& model, quarn::lidar::KtcClient& client, VarInfo&
   }
   std::copy_n(starts.begin(), kFovSectors, angles.begin());
   std::copy_n(ends.begin(), kFovSectors, angles.begin() + kFovSectors);
-  model.values.ReadFov(angles, asked);
+  model.values.ReadFov(angles, asked, static_cast<std::size_t>(count));
   model.values.Read({{&first, std::to_string(count), {}}}, asked);
   targets_.fov_changed();
   return true;

@@ -21,6 +21,8 @@ bool PageSaving::MayWrite(const std::shared_ptr<SensorSession>& session) const {
     report_.Error("Please wait for the lidar to upgrade completely");
   } else if (activity_.is_downloading()) {
     report_.Error("Please wait for the operation log to download completely");
+  } else if (activity_.is_changing()) {
+    report_.Error("Please wait until the snapshot has been applied");
   } else {
     return true;
   }

@@ -6,8 +6,9 @@
 
 namespace varkel {
 
-/// The long operations that other work has to wait for: a firmware upgrade and a log download. One object for
-/// the tool, since an upgrade goes on being one while its connection is lost. Thread-safe.
+/// The long operations that other work has to wait for: a firmware upgrade, a log download, a change that
+/// brings many values to the sensor. One object for the tool, since an upgrade goes on being one while its
+/// connection is lost. Thread-safe.
 class Activity {
  public:
   /// Called after the flag has changed, on the thread that changed it.
@@ -20,7 +21,8 @@ class Activity {
 
   bool is_upgrading() const { return upgrading_; }
   bool is_downloading() const { return downloading_; }
-  bool is_busy() const { return upgrading_ || downloading_; }
+  bool is_changing() const { return changing_; }
+  bool is_busy() const { return upgrading_ || downloading_ || changing_; }
 
   /// Claims the upgrade; false when one runs already.
   bool BeginUpgrade() {
@@ -32,6 +34,9 @@ class Activity {
     if (upgrading_.exchange(false)) events_.upgrading_changed();
   }
 
+  void BeginChange() { changing_ = true; }
+  void EndChange() { changing_ = false; }
+
   void SetDownloading(bool running) {
     if (downloading_.exchange(running) != running) events_.downloading_changed();
   }
@@ -40,6 +45,7 @@ class Activity {
   const Events events_;
   std::atomic<bool> upgrading_ = false;
   std::atomic<bool> downloading_ = false;
+  std::atomic<bool> changing_ = false;
 };
 
 }  // namespace varkel

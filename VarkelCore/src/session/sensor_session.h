@@ -54,6 +54,8 @@ class SensorSession : public SmallSensorChannel {
   /// serial ports are closed. May be called more than once, but not from the periodic round.
   void End();
   bool has_ended() const { return stop_.stop_requested(); }
+  /// Tells when the session ends.
+  std::stop_token end_token() const { return stop_.get_token(); }
 
   /// Asks the sensor whether it answers KTC (commands 7 and 8); over lines, whether both are still open.
   /// Blocks for two exchanges at most.

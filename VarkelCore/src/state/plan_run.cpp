@@ -10,6 +10,9 @@
 #include "VarkelCore/src/session/exchange.h"
 #include "VarkelCore/src/session/ktc_connect.h"
 #include "VarkelCore/src/state/exchange_text.h"
+#include "VarkelCore/src/state/fov_values.h"
+#include "libquarn/KtcClient/src/channel_fov.h"
+#include "libquarn/Platform/src/text_number.h"
 
 namespace varkel {
 
@@ -37,6 +40,17 @@ void UseExactBytes(ConfigParser& catalogue, const PlannedCommand& planned, SetRe
   }
 }
 
+/// The command of the field of view: the channel, then all five start angles.
+SetRequest MakeFovRequest(Model& model) {
+  VarInfo& channel = *FovChannel(*model.catalogue);
+  const std::string text = model.catalogue->CurrentValue(channel);
+  const auto byte = static_cast<std::uint8_t>(quarn::lidar::TextToInt(text));
+  const FovAngles angles = model.values.Fov();
+  quarn::lidar::FovAngles starts{};
+  std::copy_n(angles.begin(), kFovSectors, starts.begin());
+  return {{kFovSetCommand, {{&channel, text, {byte}}}, angles}, quarn::lidar::EncodeChannelFov(byte, starts)};
+}
+
 /// One run of one plan.
 class Writing {
  public:
@@ -55,6 +69,7 @@ class Writing {
               Outcomes outcomes);
   void Fail(std::int32_t code, Outcomes outcomes);
   bool ReadBack(const PlannedCommand& command, KtcClient& client, Outcomes outcomes);
+  void Judge(const PlannedField& field, ValueStore::Moment since, ChangeOutcome& outcome) const;
   void End(RunEnd end, std::string detail) {
     report_.end = end;
     report_.detail = std::move(detail);
@@ -94,7 +109,14 @@ bool Writing::EndIfStopped() {
 }
 
 SetRequest Writing::Prepare(const PlannedCommand& command) {
-  for (const PlannedField& field : command.fields) model_.values.Edit(*field.var, field.new_text);
+  for (const PlannedField& field : command.fields) {
+    if (field.angle) {
+      model_.values.EditFov(*field.angle, static_cast<float>(quarn::lidar::TextToDouble(field.new_text)));
+    } else {
+      model_.values.Edit(*field.var, field.new_text);
+    }
+  }
+  if (command.set_cmd == kFovSetCommand) return MakeFovRequest(model_);
   SetRequest request = MakeSetRequest(model_, command.set_cmd);
   UseExactBytes(*model_.catalogue, command, request);
   return request;
@@ -150,6 +172,7 @@ void Writing::Follow(const PlannedCommand& command, const SensorAddress& address
   for (ChangeOutcome& outcome : outcomes) outcome.verdict = Verdict::kUnconfirmed;
   if (const Client moved = FollowTo(address, options_.move, stop_)) {
     ReadBack(command, *moved, outcomes);
+    report_.moved_to = address;
     return;
   }
   if (EndIfStopped()) return;
@@ -165,26 +188,38 @@ void Writing::Follow(const PlannedCommand& command, const SensorAddress& address
 /// Reads what the command wrote, and judges it. False when nothing could be read.
 bool Writing::ReadBack(const PlannedCommand& command, KtcClient& client, Outcomes outcomes) {
   for (ChangeOutcome& outcome : outcomes) outcome.verdict = Verdict::kUnconfirmed;
+  const ValueStore::Moment since = model_.values.Now();
   std::vector<VarInfo*> vars;
-  for (const PlannedField& field : command.fields) vars.push_back(field.var);
+  for (const PlannedField& field : command.fields) {
+    if (std::find(vars.begin(), vars.end(), field.var) == vars.end()) vars.push_back(field.var);
+  }
   bool is_read = false;
   for (const ReadGroup& group : GroupByGetCommand(vars)) {
     if (stop_.stop_requested()) break;
     is_read |= reader_.ReadGroupOnce(model_, client, group) == 0;
   }
-  for (std::size_t i = 0; i < command.fields.size(); ++i) {
-    const auto verification = model_.values.Verify(*command.fields[i].var);
-    if (!verification || !verification->read_back) continue;
-    outcomes[i].verdict = verification->equal ? Verdict::kVerified : Verdict::kDiffers;
-    outcomes[i].holds = *verification->read_back;
-  }
+  for (std::size_t i = 0; i < command.fields.size(); ++i) Judge(command.fields[i], since, outcomes[i]);
   return is_read;
+}
+
+/// What could not be read back keeps its verdict, as do angles that the sensor does not report.
+void Writing::Judge(const PlannedField& field, ValueStore::Moment since, ChangeOutcome& outcome) const {
+  if (field.angle) {
+    if (*field.angle >= model_.values.FovSectorsRead(since)) return;
+    outcome.holds = FovAngleText(model_.values.ReportedFov().at(*field.angle));
+    outcome.verdict = outcome.holds == field.new_text ? Verdict::kVerified : Verdict::kDiffers;
+    return;
+  }
+  const auto verification = model_.values.Verify(*field.var);
+  if (!verification || !verification->read_back) return;
+  outcome.verdict = verification->equal ? Verdict::kVerified : Verdict::kDiffers;
+  outcome.holds = *verification->read_back;
 }
 
 }  // namespace
 
 ChangeOutcome NotSent(const PlannedField& field) {
-  return {field.var->var_id, field.var->var_name, field.old_text, field.new_text, Verdict::kNotSent, {}, 0};
+  return {field.id(), field.name(), field.old_text, field.new_text, Verdict::kNotSent, {}, 0};
 }
 
 const char* VerdictName(Verdict verdict) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -50,7 +51,8 @@ enum class RunEnd {
 struct RunReport {
   std::vector<ChangeOutcome> changes;  ///< in the order of the plan, every one of it
   RunEnd end = RunEnd::kComplete;
-  std::string detail;  ///< a sentence on an end that is not kComplete; else empty
+  std::string detail;                       ///< a sentence on an end that is not kComplete; else empty
+  std::optional<SensorAddress> moved_to{};  ///< where the sensor answers now, if it moved
 
   bool is_all_verified() const;
 };

@@ -16,12 +16,12 @@ RunReport NothingSent(const SetPlan& plan) {
 
 }  // namespace
 
-ChangeResult ChangeSensor(SensorLink& link, const ChangeRequest& request, const SnapshotFolder& snapshots,
-                          UserReport& report, const std::stop_token& stop) {
+ChangeResult ChangeSensor(const ConnectedSensor& sensor, const ChangeRequest& request,
+                          const SnapshotFolder& snapshots, UserReport& report, const std::stop_token& stop) {
   ChangeResult result;
-  Model& model = *link.model();
+  Model& model = sensor.model;
   StateReading reading =
-      StateReader(report).Read(model, *link.client(), StateVars(*model.catalogue), stop, request.progress);
+      StateReader(report).Read(model, *sensor.client, StateVars(*model.catalogue), stop, request.progress);
   result.present = std::move(reading.state);
   result.reading = reading.end;
   if (reading.end != ReadEnd::kComplete) return result;
@@ -37,6 +37,11 @@ ChangeResult ChangeSensor(SensorLink& link, const ChangeRequest& request, const 
   }
   result.run = NothingSent(*plan);
   if (plan->is_empty() || request.check_only) return result;
+  if (request.is_agreed && !request.is_agreed(result.run)) {
+    result.fault = "The sensor has changed since this was planned, so nothing was written. Plan it again.";
+    return result;
+  }
+  result.present.reason = request.reason;
   const auto snapshot = snapshots.Save(result.present);
   if (!snapshot) {
     result.fault = snapshot.error();
@@ -45,9 +50,9 @@ ChangeResult ChangeSensor(SensorLink& link, const ChangeRequest& request, const 
   result.snapshot = snapshot->path;
   RunOptions options;
   options.stop_on_refusal = request.stop_on_refusal;
-  options.move = {{link.target().host, link.target().port}, link.connect_to(), request.move_timeout};
+  options.move = {sensor.address, sensor.connect, request.move_timeout};
   options.progress = request.progress;
-  result.run = PlanRun(report).Run(model, link.client(), *plan, options, stop);
+  result.run = PlanRun(report).Run(model, sensor.client, *plan, options, stop);
   return result;
 }
 

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "VarkelCore/src/state/plan_run.h"
-#include "VarkelCore/src/state/sensor_link.h"
 #include "VarkelCore/src/state/snapshot_folder.h"
 
 namespace varkel {
@@ -26,6 +25,17 @@ struct ChangeRequest {
   bool stop_on_refusal = false;
   std::chrono::milliseconds move_timeout{30000};  ///< for a sensor that gets another address
   StateReader::Progress progress{};
+  std::string reason;  ///< stands in the automatic snapshot
+  /// Whether this is the plan that the user saw; asked right before it is carried out.
+  std::function<bool(const RunReport& planned)> is_agreed{};
+};
+
+/// A sensor, with a model that nobody else uses meanwhile.
+struct ConnectedSensor {
+  Model& model;
+  std::shared_ptr<quarn::lidar::KtcClient> client;
+  SensorAddress address;  ///< where it is
+  ConnectTo connect;      ///< to another address of it
 };
 
 struct ChangeResult {
@@ -40,7 +50,7 @@ struct ChangeResult {
 
 /// Reads the sensor, plans, keeps a snapshot of what it held, and carries the plan out. A sensor that can't
 /// be read to the end is left alone, as is one whose snapshot can't be kept.
-ChangeResult ChangeSensor(SensorLink& link, const ChangeRequest& request, const SnapshotFolder& snapshots,
-                          UserReport& report, const std::stop_token& stop);
+ChangeResult ChangeSensor(const ConnectedSensor& sensor, const ChangeRequest& request,
+                          const SnapshotFolder& snapshots, UserReport& report, const std::stop_token& stop);
 
 }  // namespace varkel

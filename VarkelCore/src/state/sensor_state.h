@@ -39,6 +39,7 @@ struct SensorState {
   std::string pn;
   std::string sn;
   std::string time;                                           ///< ISO text in UTC
+  std::string reason;                                         ///< why it was kept; may be empty
   std::string tool;                                           ///< version of the program that made it
   std::vector<std::pair<std::string, std::string>> versions;  ///< name and text
   std::vector<StateValue> values;                             ///< in the order of the pages

@@ -1,19 +1,18 @@
 #include "VarkelCore/src/state/set_plan.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <exception>
 #include <memory>
 #include <optional>
 #include <string_view>
-#include <system_error>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
 #include "VarkelCore/src/pages/page_writer.h"
 #include "VarkelCore/src/state/exchange_text.h"
+#include "VarkelCore/src/state/fov_values.h"
 #include "VarkelCore/src/state/variable_key.h"
 #include "VarkelCore/src/values/fov_angles.h"
 #include "VarkelCore/src/values/range_check.h"
@@ -27,9 +26,20 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-bool IsWritable(const VarInfo& var) {
+bool IsWritable(const ConfigParser& catalogue, const VarInfo& var) {
+  if (var.set_cmd == kFovSetCommand && &var != FovChannel(catalogue)) return false;
   return !var.set_cmd.empty() && !var.get_cmd.empty() && var.permission != 0 &&
-         var.set_cmd != kFovSetCommand && MakeStrParser(var.var_type) != nullptr && var.var_type != "raw";
+         MakeStrParser(var.var_type) != nullptr && var.var_type != "raw";
+}
+
+/// Only start angles go out.
+bool IsWritableAngle(const ConfigParser& catalogue, std::size_t angle) {
+  return angle < kFovSectors && IsWritable(catalogue, *FovChannel(catalogue));
+}
+
+bool IsSameAngle(double a, double b) {
+  constexpr double kTenths = 10;
+  return std::lround(a * kTenths) == std::lround(b * kTenths);
 }
 
 bool IsOption(const VarInfo& var, const std::string& text) {
@@ -92,12 +102,14 @@ class Planner {
   void Refuse(RefusalKind kind, const WantedValue& wanted, const std::string& text) {
     refusals.push_back({kind, wanted.key, text});
   }
+  void AddAngle(std::size_t angle, const WantedValue& wanted);
+  void CheckAngles(const PlannedField& field);
   bool Passes(VarInfo& var, const WantedValue& wanted, const std::string& text);
   bool HoldsAlready(const VarInfo& var, const std::string& text, const Bytes& bytes) const;
 
   Model& model_;
   const Force force_;
-  std::unordered_set<const VarInfo*> seen_;
+  std::unordered_set<std::string> seen_;
   std::vector<PlannedField> fields_;
 };
 
@@ -110,16 +122,14 @@ Bytes ExactBytes(const VarInfo& var, const WantedValue& wanted, const std::strin
 }
 
 void Planner::Add(const WantedValue& wanted) {
+  if (const auto angle = FindFovAngle(*model_.catalogue, wanted.key)) return AddAngle(*angle, wanted);
   const auto found = FindVariable(*model_.catalogue, wanted.key);
   if (!found) return Refuse(RefusalKind::kUnknown, wanted, found.error());
   VarInfo& var = **found;
-  if (!IsWritable(var)) {
-    const char* const reason = var.set_cmd == kFovSetCommand
-                                   ? "\" is set together with the angles, on its page."
-                                   : "\" can't be set.";
-    return Refuse(RefusalKind::kNotWritable, wanted, "\"" + var.var_name + reason);
+  if (!IsWritable(*model_.catalogue, var)) {
+    return Refuse(RefusalKind::kNotWritable, wanted, "\"" + var.var_name + "\" can't be set.");
   }
-  if (!seen_.insert(&var).second) {
+  if (!seen_.insert(var.var_id).second) {
     return Refuse(RefusalKind::kTwice, wanted, "\"" + var.var_name + "\" is given twice.");
   }
   const std::string text(Trimmed(wanted.text));
@@ -127,7 +137,34 @@ void Planner::Add(const WantedValue& wanted) {
   Bytes bytes = ExactBytes(var, wanted, text);
   if (HoldsAlready(var, text, bytes)) return;
   std::string old_text = model_.values.IsRead(var) ? model_.values.Show(var).text : std::string();
-  fields_.push_back({&var, std::move(old_text), text, std::move(bytes)});
+  fields_.push_back({&var, std::nullopt, std::move(old_text), text, std::move(bytes)});
+}
+
+void Planner::AddAngle(std::size_t angle, const WantedValue& wanted) {
+  constexpr double kWholeTurn = 360;
+  VarInfo& channel = *FovChannel(*model_.catalogue);
+  const std::string name = FovAngleName(channel, angle);
+  const std::string text(Trimmed(wanted.text));
+  const std::string says = "\"" + name + "\" can't be \"" + text + "\". ";
+  const auto number = WholeNumber(text);
+  if (!IsWritableAngle(*model_.catalogue, angle)) {
+    return Refuse(RefusalKind::kNotWritable, wanted, "\"" + name + "\" can't be set.");
+  }
+  if (!seen_.insert(name).second) {
+    return Refuse(RefusalKind::kTwice, wanted, "\"" + name + "\" is given twice.");
+  }
+  if (!number) return Refuse(RefusalKind::kNotANumber, wanted, says + "It has to be a number.");
+  if (*number < 0 || *number > kWholeTurn) {
+    return Refuse(RefusalKind::kOutOfRange, wanted, says + "It has to be from 0 to 360.");
+  }
+  const bool is_read = angle < model_.values.FovSectorsRead();
+  const float present = model_.values.ReportedFov().at(angle);
+  if (is_read && IsSameAngle(present, *number)) return;
+  fields_.push_back({&channel,
+                     angle,
+                     is_read ? FovAngleText(present) : std::string(),
+                     FovAngleText(static_cast<float>(*number)),
+                     {}});
 }
 
 bool Planner::Passes(VarInfo& var, const WantedValue& wanted, const std::string& text) {
@@ -182,6 +219,10 @@ void Planner::CheckCarriedFields() {
   std::unordered_set<std::string> commands;
   for (const PlannedField& field : fields_) {
     if (!commands.insert(field.var->set_cmd).second) continue;
+    if (field.var->set_cmd == kFovSetCommand) {
+      CheckAngles(field);
+      continue;
+    }
     for (const VarInfo* carried : model_.catalogue->set_cmd_map().at(field.var->set_cmd)) {
       const bool is_planned = std::any_of(fields_.begin(), fields_.end(),
                                           [&](const PlannedField& other) { return other.var == carried; });
@@ -198,6 +239,25 @@ void Planner::CheckCarriedFields() {
                             both + "whose present value can't be sent: " + bytes.error()});
       }
     }
+  }
+}
+
+/// The channel and all five start angles go out together.
+void Planner::CheckAngles(const PlannedField& field) {
+  const auto is_planned = [&](std::optional<std::size_t> angle) {
+    return std::any_of(fields_.begin(), fields_.end(), [&](const PlannedField& other) {
+      return other.var == field.var && other.angle == angle;
+    });
+  };
+  const auto refuse = [&](const std::string& name) {
+    refusals.push_back(
+        {RefusalKind::kNotRead, field.id(),
+         "\"" + field.name() + "\" goes out together with \"" + name + "\", which could not be read."});
+  };
+  if (force_ == Force::kYes) return;
+  if (!is_planned(std::nullopt) && !model_.values.IsRead(*field.var)) refuse(field.var->var_name);
+  for (std::size_t angle = model_.values.FovSectorsRead(); angle < kFovSectors; ++angle) {
+    if (!is_planned(angle)) return refuse(FovAngleName(*field.var, angle));
   }
 }
 
@@ -226,7 +286,30 @@ const VarInfo* VariableOf(const ConfigParser& catalogue, const StateValue& value
   return by_name && (*by_name)->var_name == value.name ? *by_name : nullptr;
 }
 
+/// The table's angle that a state's value belongs to, found as a variable is.
+std::optional<std::size_t> AngleOf(const ConfigParser& catalogue, const StateValue& value) {
+  const auto by_id = FindFovAngle(catalogue, value.id);
+  if (by_id && value.name == FovAngleName(*FovChannel(catalogue), *by_id)) return by_id;
+  return FindFovAngle(catalogue, value.name);
+}
+
 }  // namespace
+
+std::string PlannedField::id() const {
+  return angle ? FovAngleId(*var, *angle) : var->var_id;
+}
+
+std::string PlannedField::name() const {
+  return angle ? FovAngleName(*var, *angle) : var->var_name;
+}
+
+std::string SettableKey(const ConfigParser& catalogue, const StateValue& value) {
+  if (const auto angle = AngleOf(catalogue, value)) {
+    return IsWritableAngle(catalogue, *angle) ? FovAngleId(*FovChannel(catalogue), *angle) : std::string();
+  }
+  const VarInfo* const var = VariableOf(catalogue, value);
+  return var != nullptr && IsWritable(catalogue, *var) ? var->var_id : std::string();
+}
 
 tl::expected<SetPlan, std::vector<PlanRefusal>> MakeSetPlan(Model& model, std::span<const WantedValue> wanted,
                                                             Force force) {
@@ -249,9 +332,11 @@ tl::expected<std::vector<WantedValue>, std::vector<PlanRefusal>> WantedFromState
   std::vector<PlanRefusal> refusals;
   for (const StateValue& value : state.values) {
     if (takes && !takes(value)) continue;
-    const VarInfo* const var = VariableOf(*model.catalogue, value);
-    if (var != nullptr) {
-      if (IsWritable(*var)) wanted.push_back({var->var_id, value.text, value.raw});
+    const bool is_known =
+        AngleOf(*model.catalogue, value).has_value() || VariableOf(*model.catalogue, value) != nullptr;
+    if (is_known) {
+      std::string key = SettableKey(*model.catalogue, value);
+      if (!key.empty()) wanted.push_back({std::move(key), value.text, value.raw});
     } else if (force == Force::kNo) {
       refusals.push_back(
           {RefusalKind::kUnknown, value.id, "There is no variable " + value.id + " \"" + value.name + "\"."});

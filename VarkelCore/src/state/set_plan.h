@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <tl/expected.hpp>
@@ -21,10 +22,14 @@ struct WantedValue {
 
 /// A change of one variable.
 struct PlannedField {
-  VarInfo* var = nullptr;
+  VarInfo* var = nullptr;              ///< for an angle of the field of view its channel
+  std::optional<std::size_t> angle{};  ///< which one (FovAngles)
   std::string old_text;
   std::string new_text;
   std::vector<std::uint8_t> bytes;  ///< go out in place of the codec's, which rounds; empty: the codec's
+
+  std::string id() const;
+  std::string name() const;
 };
 
 /// One set command: it carries more fields than it changes, and they go out with the sensor's present values.
@@ -64,9 +69,12 @@ enum class Force { kNo, kYes };
 tl::expected<SetPlan, std::vector<PlanRefusal>> MakeSetPlan(Model& model, std::span<const WantedValue> wanted,
                                                             Force force = Force::kNo);
 
-/// What a state wants of the variables that can be written, but for the field of view, which is no variable;
-/// `takes` chooses among them. A state of another model is refused, as is one with variables that the model
-/// lacks; with force both count as if they were not there.
+/// The key under which a state's value can be planned; empty for one that the model lacks or can't set.
+std::string SettableKey(const ConfigParser& catalogue, const StateValue& value);
+
+/// What a state wants of the variables that can be written; `takes` chooses among them. A state of another
+/// model is refused, as is one with variables that the model lacks; with force both count as if they were not
+/// there.
 tl::expected<std::vector<WantedValue>, std::vector<PlanRefusal>> WantedFromState(
     const Model& model, const SensorState& state, Force force = Force::kNo,
     const std::function<bool(const StateValue&)>& takes = {});

@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QStandardPaths>
+#include <algorithm>
 
 #include "VarkelCore/src/state/state_file.h"
 #include "VarkelCore/src/tasks/atomic_file.h"
@@ -59,6 +60,18 @@ std::vector<SnapshotFolder::Entry> SnapshotFolder::List(const std::string& sn) c
     entries.push_back({name.chopped(static_cast<int>(qstrlen(".json"))), folder.filePath(name)});
   }
   return entries;
+}
+
+std::vector<SnapshotFolder::Description> SnapshotFolder::Describe(const std::string& sn) const {
+  std::vector<Description> all;
+  const QDir folder(FolderOf(sn));
+  for (const QString& name : folder.entryList({QStringLiteral("*.json")}, QDir::Files)) {
+    const auto state = LoadState(folder.filePath(name));
+    if (state) all.push_back({folder.filePath(name), state->time, state->reason, IsSnapshotName(name)});
+  }
+  std::sort(all.begin(), all.end(),
+            [](const Description& a, const Description& b) { return a.time > b.time; });
+  return all;
 }
 
 std::optional<SnapshotFolder::Entry> SnapshotFolder::Find(const std::string& sn, const QString& id) const {

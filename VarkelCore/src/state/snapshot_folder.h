@@ -29,12 +29,21 @@ class SnapshotFolder {
   tl::expected<Entry, std::string> Save(const SensorState& state) const;
   /// Newest first.
   std::vector<Entry> List(const std::string& sn) const;
+  /// A snapshot in a sensor's folder, an automatic one or one that the user put there.
+  struct Description {
+    QString path;
+    std::string time;    ///< as in the state
+    std::string reason;  ///< as in the state
+    bool is_automatic = false;
+  };
+  /// All that can be read, newest first.
+  std::vector<Description> Describe(const std::string& sn) const;
   /// By identifier; the newest for an empty one.
   std::optional<Entry> Find(const std::string& sn, const QString& id) const;
-
- private:
+  /// A sensor's folder, which need not be there yet.
   QString FolderOf(const std::string& sn) const;
 
+ private:
   const QString root_;
 };
 

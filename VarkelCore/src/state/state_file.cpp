@@ -53,6 +53,10 @@ class Members {
     if (number != value.toInt()) Fail(key, "is no whole number of 32 bits");
     return value.toInt();
   }
+  /// Empty where there is no such member.
+  std::string TextIfPresent(const char* key) const {
+    return object_.contains(QLatin1String(key)) ? Text(key) : std::string();
+  }
   /// False where there is no such member.
   bool Flag(const char* key) const {
     const QJsonValue value = object_.value(QLatin1String(key));
@@ -108,6 +112,7 @@ SensorState ReadState(const QJsonDocument& document) {
   SensorState state;
   state.tool = top.Text("tool");
   state.time = top.Text("time");
+  state.reason = top.TextIfPresent("reason");
   state.model = top.Text("model");
   state.table = top.Text("table");
   state.pn = top.Text("pn");
@@ -150,9 +155,10 @@ std::string FormatState(const SensorState& state) {
     return "  " + JsonText(key) + ": " + json + end;
   };
   return "{\n" + line("format", std::to_string(kStateFormat)) + line("tool", JsonText(state.tool)) +
-         line("time", JsonText(state.time)) + line("model", JsonText(state.model)) +
-         line("table", JsonText(state.table)) + line("pn", JsonText(state.pn)) +
-         line("sn", JsonText(state.sn)) +
+         line("time", JsonText(state.time)) +
+         (state.reason.empty() ? std::string() : line("reason", JsonText(state.reason))) +
+         line("model", JsonText(state.model)) + line("table", JsonText(state.table)) +
+         line("pn", JsonText(state.pn)) + line("sn", JsonText(state.sn)) +
          line("versions", JsonList(state.versions, FormatVersion, kElementIndent)) +
          line("values", JsonList(state.values, FormatValue, kElementIndent)) +
          line("failed", JsonList(state.failed, FormatFailure, kElementIndent), "\n") + "}\n";

@@ -11,6 +11,8 @@
 #include "VarkelCore/src/session/exchange.h"
 #include "VarkelCore/src/session/ktc_connect.h"
 #include "VarkelCore/src/state/exchange_text.h"
+#include "VarkelCore/src/state/fov_values.h"
+#include "libquarn/KtcClient/src/channel_fov.h"
 
 namespace varkel {
 
@@ -36,13 +38,34 @@ void TakeValues(const Model& model, const ReadGroup& group, ValueStore::Moment s
     if (var->var_name == "SN") state.sn = value.text;
     if (var->var_name == "PN") state.pn = value.text;
     state.values.push_back(std::move(value));
+    if (var == FovChannel(*model.catalogue)) {
+      AppendFovAngles(*model.catalogue, *var, model.values.ReportedFov(), model.values.FovSectorsRead(since),
+                      state.values);
+    }
   }
+}
+
+/// A reply with the field of view: those of its angles that it lacks keep their values.
+void StoreAngles(Model& model, std::span<const std::uint8_t> reply, ValueStore::Moment asked) {
+  FovAngles angles = model.values.ReportedFov();
+  quarn::lidar::FovAngles starts{};
+  quarn::lidar::FovAngles ends{};
+  std::copy_n(angles.begin(), kFovSectors, starts.begin());
+  std::copy_n(angles.begin() + kFovSectors, kFovSectors, ends.begin());
+  const int sectors = quarn::lidar::DecodeMultiFov(reply, starts, ends);
+  std::copy_n(starts.begin(), kFovSectors, angles.begin());
+  std::copy_n(ends.begin(), kFovSectors, angles.begin() + kFovSectors);
+  model.values.ReadFov(angles, asked, static_cast<std::size_t>(sectors));
 }
 
 /// Values come group after group; a state lists them in the order in which they were asked for.
 void SortAs(const std::vector<VarInfo*>& vars, std::vector<StateValue>& values) {
   std::unordered_map<std::string, std::size_t> place;
-  for (const VarInfo* var : vars) place.emplace(var->var_id, place.size());
+  for (const VarInfo* var : vars) {
+    place.emplace(var->var_id, place.size());
+    if (var->set_cmd != kFovSetCommand) continue;
+    for (std::size_t i = 0; i < 2 * kFovSectors; ++i) place.emplace(FovAngleId(*var, i), place.size());
+  }
   std::sort(values.begin(), values.end(),
             [&](const StateValue& a, const StateValue& b) { return place.at(a.id) < place.at(b.id); });
 }
@@ -85,7 +108,9 @@ std::int32_t StateReader::ReadGroupOnce(Model& model, KtcClient& client, const R
     const ExchangeResult reply =
         QueryTableCommand(client, command, RequestPayload(command, first.get_cmd_payload_bytes));
     if (!reply) return reply.error();
-    if (!reply->empty()) reader_.StoreReply(model, group.vars, *reply, asked);
+    if (reply->empty()) return 0;
+    reader_.StoreReply(model, group.vars, *reply, asked);
+    if (group.vars.front() == FovChannel(*model.catalogue)) StoreAngles(model, *reply, asked);
   } catch (const std::exception&) {
     // A get command that is no number, or a record without a type: the table's fault, nothing was read.
   }

@@ -106,10 +106,11 @@ void ValueStore::Store(Reading& reading, Time time) {
   if (!state.edited) var.current_val = state.reported;
 }
 
-void ValueStore::ReadFov(const FovAngles& angles, Moment asked) {
+void ValueStore::ReadFov(const FovAngles& angles, Moment asked, std::size_t sectors) {
   Apply([&] {
     if (asked < sensor_since_ || asked < fov_sent_at_) return;
     reported_fov_ = angles;
+    fov_sectors_ = sectors;
     fov_read_at_ = moment_;
     if (!fov_edited_) fov_ = angles;
     TouchFov();
@@ -280,6 +281,11 @@ bool ValueStore::IsRead(const VarInfo& var, Moment moment) const {
 bool ValueStore::IsFovRead() const {
   const auto lock = catalogue_->LockValues();
   return fov_read_at_ > sensor_since_;
+}
+
+std::size_t ValueStore::FovSectorsRead(Moment moment) const {
+  const auto lock = catalogue_->LockValues();
+  return fov_read_at_ > sensor_since_ && fov_read_at_ > moment ? fov_sectors_ : 0;
 }
 
 bool ValueStore::IsEdited(const VarInfo& var) const {

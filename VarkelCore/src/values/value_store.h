@@ -74,8 +74,8 @@ class ValueStore {
   /// The sensor reported these fields in answer to a request made at `asked`. Fields that were sent after
   /// that moment, and everything from before the last change of sensor, are out of date and dropped.
   void Read(std::vector<Reading> readings, Moment asked, Time time = std::chrono::system_clock::now());
-  /// The sensor reported the field of view.
-  void ReadFov(const FovAngles& angles, Moment asked);
+  /// The sensor reported the field of view, its first `sectors`; the other angles are those from before.
+  void ReadFov(const FovAngles& angles, Moment asked, std::size_t sectors = kFovSectors);
   /// The user changed a text. A text equal to the present one is no edit.
   void Edit(VarInfo& var, const std::string& text);
   /// The user changed one angle of the field of view; `index` is below 10.
@@ -104,6 +104,8 @@ class ValueStore {
   /// Whether this sensor reported the variable, since `moment` at that.
   bool IsRead(const VarInfo& var, Moment moment = 0) const;
   bool IsFovRead() const;
+  /// How many sectors this sensor reported last, since `moment` at that.
+  std::size_t FovSectorsRead(Moment moment = 0) const;
   bool IsEdited(const VarInfo& var) const;
   /// In no particular order; without the angles of the field of view.
   std::vector<const VarInfo*> EditedVars() const;
@@ -195,6 +197,7 @@ class ValueStore {
   FovAngles fov_ = kDefaultFov;
   FovAngles reported_fov_ = kDefaultFov;
   bool fov_edited_ = false;
+  std::size_t fov_sectors_ = 0;  // of the last reading
   Moment fov_read_at_ = 0;
   Moment fov_sent_at_ = 0;
   std::optional<FovAngles> sent_fov_;  // to this sensor

@@ -1,0 +1,74 @@
+import QtQuick 2.15
+import QtQuick.Layouts 1.15
+import Varkel.Shell 1.0
+import "../assembly"
+
+// Applies what is selected; how far the present work is, and what the last one came to.
+Rectangle {
+    id: footer
+
+    property QtObject snapshots // varkel_manager.snapshots
+    property bool connected: false
+    readonly property int selected: snapshots.differences.selected
+
+    implicitHeight: Theme.footerHeight
+    color: Theme.window
+
+    Rectangle {
+        width: parent.width
+        height: Theme.line
+        color: Theme.hairline
+    }
+
+    RowLayout {
+        anchors.fill: parent
+        anchors.leftMargin: Theme.margin
+        anchors.rightMargin: Theme.margin
+        spacing: Theme.gapSmall
+
+        BodyText {
+            objectName: "snapshotOutcome"
+            Layout.fillWidth: true
+            visible: !progress.visible
+            elide: Text.ElideMiddle
+            color: text.length > 0 && footer.snapshots.outcome.length > 0 ? Theme.text : Theme.textFaint
+            text: footer.snapshots.outcome.length > 0 ? PlainText.line(footer.snapshots.outcome)
+                                                      : footer.selected === 0 ? "Nothing selected"
+                                                                              : footer.selected + " selected"
+        }
+
+        ProgressLine {
+            id: progress
+
+            objectName: "snapshotProgress"
+            Layout.fillWidth: true
+            visible: false
+            ratio: footer.snapshots.progress
+        }
+
+        DefaultToolButton {
+            objectName: "stopSnapshotButton"
+            text: "Stop"
+            visible: progress.visible
+            hint: "Ends the work after its present exchange with the sensor"
+            onClicked: footer.snapshots.stop()
+        }
+
+        DefaultToolButton {
+            objectName: "applyButton"
+            text: "Apply selected"
+            primary: true
+            enabled: footer.connected && footer.selected > 0 && !footer.snapshots.busy
+            hint: footer.connected ? "Shows what would be written and asks" : "Connect first"
+            onClicked: footer.snapshots.plan()
+        }
+    }
+
+    // What is over within a blink shows no bar.
+    Timer {
+        interval: Theme.blink
+        running: footer.snapshots.busy
+        onRunningChanged: progress.visible = false
+        onTriggered: progress.visible = true
+    }
+}
