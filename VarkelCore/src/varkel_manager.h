@@ -58,6 +58,10 @@ class VarkelManager : public QObject {
   Q_PROPERTY(QObject* search READ search CONSTANT)
   /// What live variables were since the model was selected (varkel::LiveHistory).
   Q_PROPERTY(QObject* history READ history CONSTANT)
+  /// The console's last reply by the model's table, for a monospaced font; empty without one.
+  Q_PROPERTY(QString decodedReply READ decodedReply NOTIFY sendCommandHistoryChanged)
+  /// True while all exchanges are recorded.
+  Q_PROPERTY(bool isRecording READ isRecording NOTIFY isRecordingChanged)
 
  public:
   /// The process's controller, created by the first call; the arguments of later calls are ignored.
@@ -108,6 +112,8 @@ class VarkelManager : public QObject {
   QObject* smallSensor() const;
   QObject* search() const;
   QObject* history() const;
+  QString decodedReply() const;
+  bool isRecording() const;
 
  signals:
   void isConnectedChanged();
@@ -142,6 +148,7 @@ class VarkelManager : public QObject {
   void pageWriteFinished(int module);
   /// An edit was made, saved or taken back: "edited" of the variable maps and getSetMapSize may differ.
   void editsChanged();
+  void isRecordingChanged();
 
  public:
   // Hosts address what follows by number: new ones are added at the end. All are called on the window's
@@ -320,6 +327,13 @@ class VarkelManager : public QObject {
   Q_INVOKABLE QObject* pageModel(int module);
   /// What there is to know about one variable, as maps of "caption" and "text"; empty when there is none.
   Q_INVOKABLE QVariantList variableDetails(int module, int group, int index) const;
+  /// Records all exchanges to a pcap file, over reconnects too, until StopRecording or an end that is
+  /// reported. Empty, or a sentence that says why it can't.
+  Q_INVOKABLE QString StartRecording(const QUrl& fileUrl);
+  Q_INVOKABLE void StopRecording();
+  /// What two lines of the byte flow, a request's and what came of it, mean by the model's table; either may
+  /// be empty.
+  Q_INVOKABLE QString decodedLogLines(const QString& sent, const QString& received) const;
 
  private:
   struct Parts;
