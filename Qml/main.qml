@@ -145,6 +145,10 @@ Rectangle {
             });
             logWindow.byteFlowToggled.connect(on => varkel_manager.SetLogBytesFlowStatus(on));
             logWindow.failed.connect(callErrorInfoWindow);
+            logWindow.decode = varkel_manager.decodedLogLines;
+            logWindow.recording = Qt.binding(() => varkel_manager.isRecording);
+            logWindow.recordRequested.connect(file => callErrorInfoWindow(varkel_manager.StartRecording(file)));
+            logWindow.recordingEnded.connect(varkel_manager.StopRecording);
         }
         logWindow.present();
     }

@@ -5,6 +5,7 @@
 #include "VarkelCore/src/actions/log_download.h"
 #include "VarkelCore/src/actions/sensor_restart.h"
 #include "VarkelCore/src/tasks/atomic_file.h"
+#include "VarkelCore/src/values/decoded_text.h"
 #include "cli/commands.h"
 
 namespace varkel::cli {
@@ -49,6 +50,7 @@ SensorResult Send(const Job& job) {
       job.link.has_variables()
           ? CommandConsole::KtcChannel(client)
           : CommandConsole::SerialChannel(job.link.session()->serial_exchange(), client != nullptr);
+  const ExchangeDecoder decoder(job.link.model()->catalogue);
   std::uint8_t code = 0;
   const auto outcome = console.Send(channel, job.arguments.code, job.arguments.payload, code);
   if (outcome == CommandConsole::Outcome::kRefused) {
@@ -56,11 +58,15 @@ SensorResult Send(const Job& job) {
   }
   if (outcome == CommandConsole::Outcome::kFailed) {
     const int failure = job.link.has_variables() ? client->LastReturnCode() : -1;
-    return Sentence(job.link.target(), ExitOf(failure == 0 ? -1 : failure),
-                    job.report.error() + " (code " + std::to_string(failure) + ")");
+    return Sentence(
+        job.link.target(), ExitOf(failure == 0 ? -1 : failure),
+        job.report.error() + " (code " + std::to_string(failure) + ")\n" + console.FailureText(decoder));
   }
   SensorResult result;
   result.text = "header   " + console.return_header() + "\npayload  " + console.return_payload();
+  if (const auto fields = console.DecodedReply(decoder); !fields.empty()) {
+    result.text += "\n" + PlainLines(DecodedText(fields));
+  }
   if (!job.report.error().empty()) result.text += "\n" + job.report.error();
   result.json = JsonHead(job.link.target(), {}, true)
                     .Text("header", console.return_header())

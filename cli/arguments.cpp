@@ -46,6 +46,7 @@ void AddGlobalOptions(CLI::App& app, Arguments& arguments) {
       ->type_name("MS")
       ->capture_default_str();
   app.add_flag("--json", arguments.json, "One JSON object a sensor on standard output");
+  app.add_option("--capture", arguments.capture, "Record all exchanges to a pcap file")->type_name("FILE");
   app.add_flag("--print-manual", arguments.print_manual)->group("");
   app.add_flag("--print-completion", arguments.print_completion)->group("");
 }
@@ -153,6 +154,15 @@ void AddTableCommands(CLI::App& app, Arguments& arguments) {
   command->add_option("-o", arguments.output, "The Lua file")->type_name("FILE")->required();
 }
 
+void AddCaptureCommands(CLI::App& app, Arguments& arguments) {
+  auto* const group = app.add_subcommand("capture", "Show recorded exchanges");
+  group->require_subcommand(1);
+  auto* const show =
+      group->add_subcommand("show", "Show the exchanges of a pcap file, decoded by the model's table");
+  show->callback([&arguments] { arguments.command = "capture show"; });
+  show->add_option("file", arguments.file, "The recording")->type_name("FILE")->required();
+}
+
 }  // namespace
 
 std::unique_ptr<CLI::App> MakeParser(Arguments& arguments) {
@@ -165,6 +175,7 @@ std::unique_ptr<CLI::App> MakeParser(Arguments& arguments) {
   AddChangeCommands(*app, arguments);
   AddActions(*app, arguments);
   AddTableCommands(*app, arguments);
+  AddCaptureCommands(*app, arguments);
   app->require_subcommand(0, 1);
   return app;
 }

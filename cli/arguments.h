@@ -18,6 +18,7 @@ struct Arguments {
   int jobs = 32;
   int timeout_ms = 4000;
   bool json = false;
+  std::string capture;  ///< where to record the exchanges; empty: nowhere
 
   std::string command;
   std::vector<std::string> names;  ///< names, assignments or files

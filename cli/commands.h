@@ -71,4 +71,7 @@ SensorResult Upgrade(const Job& job);
 /// Compares two files; needs no sensor.
 SensorResult CompareFiles(const Arguments& arguments);
 
+/// Shows a recording by the table of `table_folder` that the arguments name; needs no sensor.
+ExitCode ShowCapture(const Arguments& arguments, const std::string& table_folder, Console& console);
+
 }  // namespace varkel::cli

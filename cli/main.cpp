@@ -117,6 +117,7 @@ int RunCommand(const Arguments& arguments, Console& console) {
   const std::string folder = arguments.tables.empty() ? beside : arguments.tables;
   if (arguments.command == "models") return ShowModels(arguments, folder, console);
   if (IsTableCommand(arguments.command)) return RunTableCommand(arguments, folder, console);
+  if (arguments.command == "capture show") return ShowCapture(arguments, folder, console);
   const auto targets = Targets(arguments);
   if (!targets) return WrongUse(console, targets.error());
   if (const std::string misuse = Misuse(arguments, targets->size()); !misuse.empty()) {
@@ -130,6 +131,15 @@ int RunCommand(const Arguments& arguments, Console& console) {
     return result.exit;
   }
   if (const auto end = AskedEnd(arguments, targets->size(), console)) return *end;
+  quarn::lidar::CaptureRecorder recorder(
+      [&console](const std::string& end) { console.Note("varkelctl: " + Plain(end)); });
+  if (!arguments.capture.empty()) {
+    const std::string fault = recorder.Start(QString::fromStdString(arguments.capture).toStdU16String());
+    if (!fault.empty()) {
+      console.Note("varkelctl: " + Plain(fault));
+      return kFailed;
+    }
+  }
   quarn::lidar::Timeouts().exchange_ms = static_cast<std::uint32_t>(arguments.timeout_ms);
   quarn::lidar::Timeouts().small_exchange_ms = static_cast<std::uint32_t>(arguments.timeout_ms);
   std::signal(SIGINT, RequestStop);
@@ -140,7 +150,8 @@ int RunCommand(const Arguments& arguments, Console& console) {
     if (stop_requested) stop.request_stop();
   });
   const std::stop_token token = stop.get_token();
-  return RunSensors(arguments, *targets, folder, FindSensorCommand(arguments.command), console, token);
+  return RunSensors(arguments, *targets, folder, FindSensorCommand(arguments.command), console, token,
+                    &recorder);
 }
 
 int Run(int argc, char** argv) {

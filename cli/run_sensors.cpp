@@ -18,13 +18,14 @@ class Sensors {
  public:
   Sensors(const Arguments& arguments, const std::vector<SensorTarget>& targets,
           const std::string& table_folder, const SensorCommand& command, Console& console,
-          const std::stop_token& stop)
+          const std::stop_token& stop, quarn::lidar::CaptureRecorder* recorder)
       : arguments_(arguments),
         targets_(targets),
         table_folder_(table_folder),
         command_(command),
         console_(console),
         stop_(stop),
+        recorder_(recorder),
         progress_(console),
         results_(targets.size()) {}
 
@@ -43,6 +44,7 @@ class Sensors {
   const SensorCommand& command_;
   Console& console_;
   const std::stop_token& stop_;
+  quarn::lidar::CaptureRecorder* const recorder_;
   Progress progress_;
   std::atomic<std::size_t> next_ = 0;
   std::mutex mutex_;  // guards what follows
@@ -78,7 +80,7 @@ void Sensors::Work() {
 SensorResult Sensors::RunOne(const SensorTarget& target) {
   if (stop_.stop_requested()) return Sentence(target, kFailed, "Stopped before it was begun.");
   RecordingReport report;
-  const auto link = SensorLink::Open(target, table_folder_, report, stop_);
+  const auto link = SensorLink::Open(target, table_folder_, report, stop_, recorder_);
   if (!link) {
     const bool is_lost = link.error().is_no_connection && !stop_.stop_requested();
     return Sentence(target, is_lost ? kNoConnection : kFailed, link.error().text);
@@ -142,8 +144,8 @@ void Sensors::Summarize() {
 
 ExitCode RunSensors(const Arguments& arguments, const std::vector<SensorTarget>& targets,
                     const std::string& table_folder, const SensorCommand& command, Console& console,
-                    const std::stop_token& stop) {
-  return Sensors(arguments, targets, table_folder, command, console, stop).Run();
+                    const std::stop_token& stop, quarn::lidar::CaptureRecorder* recorder) {
+  return Sensors(arguments, targets, table_folder, command, console, stop, recorder).Run();
 }
 
 SensorCommand FindSensorCommand(const std::string& name) {

@@ -9,13 +9,15 @@
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/exit_code.h"
+#include "libquarn/Capture/src/capture_recorder.h"
 
 namespace varkel::cli {
 
 /// Runs a command on every sensor, so many at once as the arguments say. One that fails does not stop the
-/// others; results show in the order of the targets, several with a summary. A stop ends all of them.
+/// others; results show in the order of the targets, several with a summary. A stop ends all of them. All
+/// exchanges go to `recorder`, if there is one.
 ExitCode RunSensors(const Arguments& arguments, const std::vector<SensorTarget>& targets,
                     const std::string& table_folder, const SensorCommand& command, Console& console,
-                    const std::stop_token& stop);
+                    const std::stop_token& stop, quarn::lidar::CaptureRecorder* recorder = nullptr);
 
 }  // namespace varkel::cli

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
@@ -18,6 +19,7 @@
 #include <vector>
 
 #include "simulator/src/datagram_stream.h"
+#include "simulator/src/replay.h"
 #include "simulator/src/simulated_sensor.h"
 #include "simulator/src/simulated_small_sensor.h"
 #include "simulator/transport_options.h"
@@ -27,6 +29,7 @@ namespace {
 namespace fs = std::filesystem;
 using varkel::sim::DatagramStream;
 using varkel::sim::Exchange;
+using varkel::sim::Replay;
 using varkel::sim::SensorOptions;
 using varkel::sim::SerialRequest;
 using varkel::sim::SimulatedSensor;
@@ -140,6 +143,19 @@ void PrintResult(const DatagramStream& stream) {
               static_cast<unsigned long long>(stream.refused()));
 }
 
+std::shared_ptr<Replay> LoadReplay(const std::string& path, bool paced) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw std::runtime_error("The recording " + path + " can't be opened.");
+  auto replay = std::make_shared<Replay>(file, paced ? Replay::Pace::kRecorded : Replay::Pace::kAtOnce);
+  std::printf("replaying %zu exchanges of %s\n", replay->exchanges(), replay->sensor().c_str());
+  if (!replay->fault().empty()) std::printf("%s\n", replay->fault().c_str());
+  return replay;
+}
+
+void PrintResult(const Replay& replay) {
+  for (const std::string& line : replay.Unseen()) std::printf("not recorded: %s\n", line.c_str());
+}
+
 int Run(int argc, char** argv) {
   CLI::App app("A simulated lidar sensor on a TCP port or, for the model Zelto, on two serial lines",
                "varkel-sim");
@@ -150,6 +166,8 @@ int Run(int argc, char** argv) {
   std::string folder = DefaultTableFolder().string();
   bool verbose = false;
   int restart_time_ms = 3000;
+  std::string recording;
+  bool paced = false;
   TlsChoice tls;
   StreamChoice datagrams;
   app.add_option("--model", model, "Model, named like its table")->capture_default_str();
@@ -169,6 +187,9 @@ int Run(int argc, char** argv) {
   app.add_option("--restart-time", restart_time_ms, "Milliseconds for which a restart refuses connections")
       ->check(CLI::Range(0, kLongestRestartMs))
       ->capture_default_str();
+  CLI::Option* const replayed =
+      app.add_option("--replay", recording, "Recording (pcap) of a sensor to answer like")->type_name("FILE");
+  app.add_flag("--paced", paced, "Answer as late as the recorded sensor did")->needs(replayed);
   AddOptions(app, tls);
   AddOptions(app, datagrams);
   app.add_flag("--verbose", verbose, "Print every exchange");
@@ -177,6 +198,11 @@ int Run(int argc, char** argv) {
   options.restart_time = std::chrono::milliseconds(restart_time_ms);
   if (tls.wanted) options.tls = tls.options;
   options.table_path = TableOf(model, folder);
+  if (!recording.empty()) {
+    if (model == kSerialModel) throw std::runtime_error("Only KTC can be replayed, not serial lines.");
+    options.replay = LoadReplay(recording, paced);
+  }
+  const std::shared_ptr<const Replay> replay = options.replay;
   std::signal(SIGINT, RequestStop);
   std::signal(SIGTERM, RequestStop);
   if (verbose) {
@@ -196,6 +222,7 @@ int Run(int argc, char** argv) {
     RunUntilSignal(sensor);
   }
   if (stream) PrintResult(*stream);
+  if (replay) PrintResult(*replay);
   return 0;
 }
 

@@ -10,6 +10,7 @@ Column {
     property var history: []
     property string replyHeader
     property string replyPayload
+    property string replyDecoded
     property bool ready: true
     property int recalled: -1
 
@@ -123,6 +124,24 @@ Column {
                 name: modelData.name
                 text: modelData.text
             }
+        }
+    }
+
+    // What the table knows of the reply: its fields, side by side with their bytes.
+    Column {
+        width: parent.width
+        spacing: Theme.gapTiny
+        visible: widget.replyDecoded.length > 0
+
+        BodyText {
+            text: "Decoded"
+        }
+
+        DecodedBytes {
+            objectName: "replyDecoded"
+            width: parent.width
+            name: "Decoded"
+            text: widget.replyDecoded
         }
     }
 

@@ -8,9 +8,13 @@ Rectangle {
     id: bar
 
     property LogModel log
+    property bool recording: false
+    readonly property int buttonWidth: Theme.buttonWidth * 2 / 3 // all of them fit beside the filters
 
     signal byteFlowToggled(bool on)
     signal saveRequested
+    signal recordRequested
+    signal recordingEnded
 
     implicitHeight: Theme.footerHeight
     color: Theme.bar
@@ -62,13 +66,22 @@ Rectangle {
             }
         }
 
+        RecordButton {
+            Layout.preferredWidth: Math.max(bar.buttonWidth, implicitTextWidth)
+            objectName: "recordButton"
+            recording: bar.recording
+            onClicked: bar.recording ? bar.recordingEnded() : bar.recordRequested()
+        }
+
         DefaultToolButton {
+            Layout.preferredWidth: bar.buttonWidth
             objectName: "logPauseButton"
             text: bar.log && bar.log.paused ? "Resume" : "Pause"
             onClicked: bar.log.paused = !bar.log.paused
         }
 
         DefaultToolButton {
+            Layout.preferredWidth: bar.buttonWidth
             objectName: "logCopyButton"
             text: "Copy"
             hint: "Copies all lines shown"
@@ -76,6 +89,7 @@ Rectangle {
         }
 
         DefaultToolButton {
+            Layout.preferredWidth: bar.buttonWidth
             objectName: "logSaveButton"
             text: "Save…"
             hint: "Writes all lines shown to a file"
@@ -83,6 +97,7 @@ Rectangle {
         }
 
         DefaultToolButton {
+            Layout.preferredWidth: bar.buttonWidth
             objectName: "logClearButton"
             text: "Clear"
             onClicked: bar.log.clear()

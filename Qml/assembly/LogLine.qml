@@ -2,10 +2,12 @@ import QtQuick 2.15
 import Varkel.Shell 1.0
 import "."
 
-// One line of the log: time, level, message. A part of the message can be selected and copied.
+// One line of the log: time, level, message. A part of the message can be selected and copied. A line of the byte
+// flow can be opened: below it stands what its bytes mean.
 Item {
     id: line
 
+    readonly property bool opens: model.level === LogModel.Bytes
     readonly property color tone: {
         switch (model.level) {
         case LogModel.Warning:
@@ -18,7 +20,10 @@ Item {
         return Theme.info;
     }
 
+    signal toggled(int row, bool open)
+
     implicitHeight: Math.max(message.implicitHeight, Theme.fontHeading) + Theme.gapTiny
+                    + (meaning.visible ? meaning.height + 2 * Theme.gapTiny : 0)
 
     Accessible.role: Accessible.ListItem
     Accessible.name: model.time + " " + model.levelName + " " + model.message
@@ -47,12 +52,23 @@ Item {
         Accessible.ignored: true
     }
 
+    Opener {
+        id: opener
+
+        objectName: "logOpener"
+        anchors.left: level.right
+        visible: line.opens
+        open: model.meaning.length > 0
+        hint: open ? "Hide what the bytes mean" : "Show what the bytes mean"
+        onClicked: line.toggled(index, !open)
+    }
+
     TextEdit {
         id: message
 
-        anchors.left: level.right
+        anchors.left: opener.right
         anchors.right: parent.right
-        anchors.leftMargin: Theme.gapSmall
+        anchors.leftMargin: Theme.gapTiny
         anchors.rightMargin: Theme.gapLarge
         text: model.message
         textFormat: TextEdit.PlainText
@@ -69,5 +85,18 @@ Item {
                 deselect();
             }
         }
+    }
+
+    DecodedBytes {
+        id: meaning
+
+        objectName: "logMeaning"
+        anchors.left: message.left
+        anchors.right: message.right
+        anchors.top: message.bottom
+        anchors.topMargin: Theme.gapTiny
+        visible: model.meaning.length > 0
+        name: "What the bytes mean"
+        text: model.meaning
     }
 }

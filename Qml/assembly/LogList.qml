@@ -9,6 +9,16 @@ ListView {
 
     property LogModel log
     property bool following: true
+    // Says what a request and what came of it mean; set by whoever knows the model's table.
+    property var decode: null
+
+    // Opens or closes a line of the byte flow.
+    function open(row, wanted) {
+        var exchange = log.exchange(row);
+        var meaning = wanted && decode ? decode(exchange[0], exchange[1]) : "";
+        following = following && !wanted;
+        log.explain(row, wanted && meaning.length === 0 ? "Nothing is known of these bytes." : meaning);
+    }
 
     objectName: "logList"
     model: log
@@ -50,5 +60,6 @@ ListView {
 
     delegate: LogLine {
         width: list.width
+        onToggled: list.open(row, open)
     }
 }

@@ -9,9 +9,13 @@ Window {
     id: logWindow
 
     property LogModel log
+    property bool recording: false
+    property var decode: null
 
     signal byteFlowToggled(bool on)
     signal failed(string message)
+    signal recordRequested(url file)
+    signal recordingEnded
 
     function present() {
         show();
@@ -44,6 +48,14 @@ Window {
         LogBar {
             Layout.fillWidth: true
             log: logWindow.log
+            recording: logWindow.recording
+            onRecordRequested: recordQuestion.ask({
+                "title": "Record all exchanges",
+                "selectExisting": false,
+                "defaultSuffix": "pcap",
+                "nameFilters": ["Captures (*.pcap)", "All files (*)"]
+            })
+            onRecordingEnded: logWindow.recordingEnded()
             onByteFlowToggled: logWindow.byteFlowToggled(on)
             onSaveRequested: question.ask({
                 "title": "Save the log",
@@ -57,7 +69,14 @@ Window {
             Layout.fillWidth: true
             Layout.fillHeight: true
             log: logWindow.log
+            decode: logWindow.decode
         }
+    }
+
+    FileQuestion {
+        id: recordQuestion
+
+        onChosen: logWindow.recordRequested(file)
     }
 
     FileQuestion {

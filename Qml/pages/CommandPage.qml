@@ -24,6 +24,7 @@ Flickable {
         history: varkel_manager.SendCommandHistory
         replyHeader: varkel_manager.SendKtcCommandReturnHeader
         replyPayload: varkel_manager.SendKtcCommandReturnPayload
+        replyDecoded: varkel_manager.decodedReply
         ready: varkel_manager.IsConnected || varkel_manager.connectType !== 0
         onSend: varkel_manager.SendCommandInBackground(code, payload)
     }

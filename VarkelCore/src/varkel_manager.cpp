@@ -31,6 +31,7 @@
 #include "VarkelCore/src/tasks/background_work.h"
 #include "VarkelCore/src/tasks/signal_report.h"
 #include "VarkelCore/src/upgrade/firmware_upgrade.h"
+#include "VarkelCore/src/values/logged_exchange.h"
 #include "VarkelCore/src/values/model_selection.h"
 #include "libquarn/Platform/src/text_number.h"
 #include "libquarn/Platform/src/trace.h"
@@ -107,6 +108,7 @@ struct VarkelManager::Parts {
   SignalReport report;
   std::atomic<int> connect_type = kNetwork;
   ByteLogSwitch log_bytes = false;
+  quarn::lidar::CaptureRecorder recorder;
   std::atomic<bool> checking = false;
   ModelSelection models;
   PageModels page_models;
@@ -148,6 +150,11 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
              {[this](const QString& text, const QString& type) { emit manager.sendLogMessage(text, type); },
               [this](const QString& text) { manager.setErrorMsg(text); },
               [this](const QString& text) { manager.setSuccessMsg(text); }}),
+      recorder([this](const std::string& end) {
+        report.Error(end);
+        report.Log(end, "ERROR");
+        Raise(&VarkelManager::isRecordingChanged);
+      }),
       models([this] { page_models.ValuesChanged(); }),
       page_models(face, models, events),
       activity({Raiser(&VarkelManager::isUpgradingChanged), Raiser(&VarkelManager::isDownloadLogChanged)}),
@@ -180,7 +187,7 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
                   }}),
       writer({reader, report}),
       saving(connection, models, activity, writer, report),
-      console(connection, activity, connect_type, report,
+      console(connection, activity, models, connect_type, report,
               {Raiser(&VarkelManager::sendCommandHistoryChanged),
                [this](const auto& session) { Disconnect(session); }}),
       downloads(connection, activity, workers, report,
@@ -199,7 +206,7 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
           report, activity,
           {Raiser(&VarkelManager::zeltoLidarInfoChanged), Raiser(&VarkelManager::isGetPBLVersionChanged)}),
       snapshots({connection, models, settings, activity, background, events, report, log_bytes}),
-      connector(connection, workers, {report, log_bytes, activity},
+      connector(connection, workers, {report, log_bytes, activity, &recorder},
                 {{kPageRefreshPeriod,
                   [this](SensorSession& session, const std::stop_token& stop) {
                     if (reading.RefreshShownPage(session, stop)) Raise(&VarkelManager::myTimerMapChanged);
@@ -413,6 +420,32 @@ bool VarkelManager::IsConnected() const {
 void VarkelManager::SetLogBytesFlowStatus(bool flag) {
   d_->log_bytes = flag;
 }
+QString VarkelManager::decodedLogLines(const QString& sent, const QString& received) const {
+  const auto catalogue = d_->models.catalogue();
+  return catalogue
+             ? Text(DecodeLogLines(ExchangeDecoder(catalogue), sent.toStdString(), received.toStdString()))
+             : QString();
+}
+
+// Recording
+
+QString VarkelManager::StartRecording(const QUrl& fileUrl) {
+  const QString path = fileUrl.toLocalFile();
+  const std::string fault = d_->recorder.Start(path.toStdU16String());
+  if (fault.empty()) d_->report.Log("Recording to " + path.toStdString(), "INFO");
+  emit isRecordingChanged();
+  return Text(fault);
+}
+void VarkelManager::StopRecording() {
+  if (!d_->recorder.is_recording()) return;
+  d_->recorder.Stop();
+  d_->report.Log("Recording ended", "INFO");
+  emit isRecordingChanged();
+}
+bool VarkelManager::isRecording() const {
+  return d_->recorder.is_recording();
+}
+
 void VarkelManager::StartGetConfigFile() {
   const auto session = d_->connection.session();
   if (session) d_->workers.Start([session](const std::stop_token&) { QueryConfigFile(*session); });
@@ -635,6 +668,9 @@ QVariantList VarkelManager::SendCommandHistory() const {
 
 QString VarkelManager::getSendKtcCommandReturnHeader() const {
   return Text(d_->console.console().return_header());
+}
+QString VarkelManager::decodedReply() const {
+  return Text(d_->console.DecodedReply());
 }
 QString VarkelManager::getSendKtcCommandReturnPayload() const {
   return Text(d_->console.console().return_payload());

@@ -62,6 +62,10 @@ class VarkelManager : public QObject {
   Q_PROPERTY(QObject* edits READ edits CONSTANT)
   /// Snapshots of the connected sensor (varkel::Snapshots).
   Q_PROPERTY(QObject* snapshots READ snapshots CONSTANT)
+  /// The console's last reply by the model's table, for a monospaced font; empty without one.
+  Q_PROPERTY(QString decodedReply READ decodedReply NOTIFY sendCommandHistoryChanged)
+  /// True while all exchanges are recorded.
+  Q_PROPERTY(bool isRecording READ isRecording NOTIFY isRecordingChanged)
 
  public:
   /// The process's controller, created by the first call; the arguments of later calls are ignored.
@@ -114,6 +118,8 @@ class VarkelManager : public QObject {
   QObject* history() const;
   QObject* edits() const;
   QObject* snapshots() const;
+  QString decodedReply() const;
+  bool isRecording() const;
 
  signals:
   void isConnectedChanged();
@@ -151,6 +157,7 @@ class VarkelManager : public QObject {
   /// What a save in the background sent has been read back, as far as it could be; `differs` when the sensor
   /// holds something else. The outcome is in the log as well.
   void saveReadBack(int module, QString outcome, bool differs);
+  void isRecordingChanged();
 
  public:
   // Hosts address what follows by number: new ones are added at the end. All are called on the window's
@@ -333,6 +340,13 @@ class VarkelManager : public QObject {
   Q_INVOKABLE QVariantList installedVersions() const;
   /// Bytes of a firmware package; -1 when the file can't be used.
   Q_INVOKABLE double packageSize(const QUrl& fileUrl) const;
+  /// Records all exchanges to a pcap file, over reconnects too, until StopRecording or an end that is
+  /// reported. Empty, or a sentence that says why it can't.
+  Q_INVOKABLE QString StartRecording(const QUrl& fileUrl);
+  Q_INVOKABLE void StopRecording();
+  /// What two lines of the byte flow, a request's and what came of it, mean by the model's table; either may
+  /// be empty.
+  Q_INVOKABLE QString decodedLogLines(const QString& sent, const QString& received) const;
 
  private:
   struct Parts;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kBatchMs = 40;
 
-enum Role { kTime = Qt::UserRole + 1, kLevel, kLevelName, kMessage };
+enum Role { kTime = Qt::UserRole + 1, kLevel, kLevelName, kMessage, kMeaning };
 
 QString LevelName(LogModel::Level level) {
   static const std::array<QString, 4> kNames{"INFO", "WARN", "ERROR", "BYTES"};
@@ -49,13 +49,19 @@ QVariant LogModel::data(const QModelIndex& index, int role) const {
       return LevelName(line.level);
     case kMessage:
       return PlainText::line(line.message, PlainText::kShownField);
+    case kMeaning:
+      return line.meaning;
     default:
       return {};
   }
 }
 
 QHash<int, QByteArray> LogModel::roleNames() const {
-  return {{kTime, "time"}, {kLevel, "level"}, {kLevelName, "levelName"}, {kMessage, "message"}};
+  return {{kTime, "time"},
+          {kLevel, "level"},
+          {kLevelName, "levelName"},
+          {kMessage, "message"},
+          {kMeaning, "meaning"}};
 }
 
 void LogModel::setPaused(bool paused) {
@@ -106,6 +112,37 @@ void LogModel::clear() {
 
 void LogModel::copy() const {
   QGuiApplication::clipboard()->setText(Text());
+}
+
+QStringList LogModel::exchange(int row) const {
+  if (row < 0 || row >= rowCount() || rows_[static_cast<std::size_t>(row)].level != Bytes) {
+    return {};
+  }
+  const QString& message = rows_[static_cast<std::size_t>(row)].message;
+  if (!message.startsWith("RECV: ")) {
+    return {message, {}};
+  }
+  for (int asked = row - 1; asked >= 0; --asked) {
+    const Line& line = rows_[static_cast<std::size_t>(asked)];
+    if (line.level == Bytes) {
+      return {line.message.startsWith("SEND: ") ? line.message : QString(), message};
+    }
+  }
+  return {QString(), message};
+}
+
+void LogModel::explain(int row, const QString& meaning) {
+  if (row < 0 || row >= rowCount()) {
+    return;
+  }
+  Line& shown = rows_[static_cast<std::size_t>(row)];
+  shown.meaning = meaning;
+  const auto kept = std::find_if(lines_.begin(), lines_.end(),
+                                 [&shown](const Line& line) { return line.number == shown.number; });
+  if (kept != lines_.end()) {
+    kept->meaning = meaning;
+  }
+  emit dataChanged(index(row), index(row), {kMeaning});
 }
 
 QString LogModel::save(const QUrl& file) const {

@@ -2,6 +2,7 @@
 
 #include <QAbstractListModel>
 #include <QString>
+#include <QStringList>
 #include <QTime>
 #include <QTimer>
 #include <QUrl>
@@ -44,6 +45,11 @@ class LogModel : public QAbstractListModel {
   Q_INVOKABLE void clear();
   /// The lines shown, one text line each, to the clipboard.
   Q_INVOKABLE void copy() const;
+  /// The two lines of the byte flow that belong to the one in that row, as they came: a request's and a
+  /// reply's. The second is empty for a request's line. Empty for other lines.
+  Q_INVOKABLE QStringList exchange(int row) const;
+  /// What the line means, shown below it; an empty text takes that away.
+  Q_INVOKABLE void explain(int row, const QString& meaning);
   /// The lines shown to a file, in UTF-8. Empty on success, otherwise a sentence that says why it failed.
   Q_INVOKABLE QString save(const QUrl& file) const;
 
@@ -60,6 +66,7 @@ class LogModel : public QAbstractListModel {
     QTime time;
     Level level = Info;
     QString message;
+    QString meaning;
   };
 
   bool IsShown(const Line& line) const { return shown_levels_[static_cast<std::size_t>(line.level)]; }

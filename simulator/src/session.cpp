@@ -47,6 +47,7 @@ bool SendReply(ByteStream& stream, const std::vector<std::uint8_t>& frame, const
 
 Reply Handle(const ReceivedRequest& request, ReplyPlan& plan, const SessionParts& parts) {
   if (plan.error) return {*plan.error, {}};
+  if (parts.replay != nullptr) return parts.replay->Answer(request, plan);
   if (parts.tunnel != nullptr && SmallSensorTunnel::Takes(request)) {
     return parts.tunnel->Handle(request, plan);
   }

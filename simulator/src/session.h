@@ -6,6 +6,7 @@
 #include "simulator/src/command_handler.h"
 #include "simulator/src/exchange_log.h"
 #include "simulator/src/fault_rules.h"
+#include "simulator/src/replay.h"
 #include "simulator/src/restart_switch.h"
 #include "simulator/src/small_sensor_tunnel.h"
 #include "simulator/src/stop_signal.h"
@@ -19,6 +20,7 @@ struct SessionParts {
   ExchangeLog& log;
   const std::function<void(const Exchange&)>& watcher;  ///< may be empty
   const SmallSensorTunnel* tunnel = nullptr;            ///< the way to the small sensor of this server
+  Replay* replay = nullptr;                             ///< answers in place of the others
 };
 
 /// Answers one client until it leaves, the rules close the connection, the sensor restarts, or the signal is

@@ -12,6 +12,7 @@
 #include "simulator/src/command_handler.h"
 #include "simulator/src/fault_rules.h"
 #include "simulator/src/firmware_store.h"
+#include "simulator/src/replay.h"
 #include "simulator/src/sensor_state.h"
 #include "simulator/src/session.h"
 #include "simulator/src/sim_server.h"
@@ -99,8 +100,12 @@ SimulatedSensor::~SimulatedSensor() = default;
 void SimulatedSensor::Start() {
   if (parts_->server) return;
   Parts& parts = *parts_;
-  const SessionParts session{parts.handler, parts.faults, parts.log, parts.options.watcher,
-                             parts.tunnel ? &*parts.tunnel : nullptr};
+  const SessionParts session{parts.handler,
+                             parts.faults,
+                             parts.log,
+                             parts.options.watcher,
+                             parts.tunnel ? &*parts.tunnel : nullptr,
+                             parts.options.replay.get()};
   const auto serve = [&parts, session](quarn::platform::SocketHandle socket, const StopSignal& stop,
                                        RestartSwitch& restart) {
     const auto stream = parts.tls ? parts.tls->Accept(socket) : std::make_unique<PlainStream>(socket);

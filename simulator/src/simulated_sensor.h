@@ -16,6 +16,8 @@
 
 namespace varkel::sim {
 
+class Replay;
+
 struct SensorOptions {
   std::string table_path{};                        ///< the model's table, e.g. "./Config/varID/Quenta.csv"
   std::string address = "127.0.0.1";               ///< dotted IP version 4 text
@@ -26,6 +28,7 @@ struct SensorOptions {
   Clock clock{};                                   ///< empty: the steady clock from construction on
   std::function<void(const Exchange&)> watcher{};  ///< called on client threads, may be empty
   std::function<void(const SerialRequest&)> serial_watcher{};  ///< the same for what a small sensor gets
+  std::shared_ptr<Replay> replay{};  ///< answers in place of the table's values; may be null
 };
 
 /// A sensor of one model on a TCP port of its own, speaking KTC 1.0 and 2.0 to any number of clients,

@@ -13,10 +13,12 @@
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
 #include <array>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <string>
 
+#include "simulator/src/replay.h"
 #include "simulator/src/simulated_sensor.h"
 #include "tests/support/qt_files.h"
 
@@ -89,18 +91,22 @@ std::string Violation(const QJsonValue& value, const QJsonValue& schema, const s
   return {};
 }
 
-/// The one line of output as an object that fits the manual's schema.
-QJsonObject Checked(const Outcome& outcome, const char* schema) {
-  EXPECT_EQ(outcome.output.count('\n'), 1) << outcome.output.toStdString();
-  const QJsonObject object = QJsonDocument::fromJson(outcome.output).object();
+/// The manual's schema of that name.
+QJsonObject Schema(const char* schema) {
   for (const QByteArray& block :
        Content(QStringLiteral(VARKELCTL_MANUAL)).replace("```json", "\x01").split('\x01')) {
     const QJsonObject found = QJsonDocument::fromJson(block.left(block.indexOf("```"))).object();
-    if (found["schema"].toString() != QLatin1String(schema)) continue;
-    EXPECT_EQ(Violation(object, found, schema), "") << outcome.output.toStdString();
-    return object;
+    if (found["schema"].toString() == QLatin1String(schema)) return found;
   }
   ADD_FAILURE() << "no schema " << schema;
+  return {};
+}
+
+/// The one line of output as an object that fits the schema.
+QJsonObject Checked(const Outcome& outcome, const char* schema) {
+  EXPECT_EQ(outcome.output.count('\n'), 1) << outcome.output.toStdString();
+  const QJsonObject object = QJsonDocument::fromJson(outcome.output).object();
+  EXPECT_EQ(Violation(object, Schema(schema), schema), "") << outcome.output.toStdString();
   return object;
 }
 
@@ -308,6 +314,39 @@ TEST(Cli, TextsOfASensorCantCommandTheTerminal) {
   const Outcome outcome = desk({"read", "PN"});
   EXPECT_FALSE(outcome.output.contains('\x1B'));
   EXPECT_TRUE(outcome.output.contains("?[2Jx?"));
+}
+
+TEST(Cli, ARecordedSensorIsReplayedAndReadAgain) {
+  Desk desk;
+  desk.sensor.SetValue("PN", "a part of its own");
+  const QString file = desk.folder.filePath("session.pcap");
+  ASSERT_EQ(desk({"--capture", file, "read", "SN", "PN", "--page", "Network"}).exit, 0);
+  const Outcome original = desk({"--json", "read", "SN", "PN", "--page", "Network"});
+
+  std::ifstream recording(file.toStdString(), std::ios::binary);
+  const auto replay = std::make_shared<sim::Replay>(recording, sim::Replay::Pace::kRecorded);
+  const std::uint16_t port = desk.sensor.port();
+  desk.sensor.Stop();
+  SimulatedSensor replayed({.table_path = kTable, .port = port, .replay = replay});
+  replayed.Start();
+  const QString host = QStringLiteral("127.0.0.1:%1").arg(port);
+  EXPECT_EQ(RunProgram({"--host", host, "--json", "read", "SN", "PN", "--page", "Network"}).output,
+            original.output);
+  EXPECT_TRUE(replay->Unseen().empty());
+  EXPECT_EQ(RunProgram({"--host", host, "send", "52", "01"}).exit, 3);
+  EXPECT_EQ(replay->Unseen(), std::vector<std::string>{"command 0x52, payload 01: once"});
+
+  const Outcome shown = RunProgram({"capture", "show", file});
+  EXPECT_EQ(shown.exit, 0) << shown.error.toStdString();
+  EXPECT_TRUE(shown.output.contains("0x07 (read Model, PN and 5 more): ok"));
+  EXPECT_TRUE(shown.output.contains("PN = a part of its own"));
+  const Outcome json = RunProgram({"--json", "capture", "show", file});
+  for (const QByteArray& line : json.output.trimmed().split('\n')) {
+    EXPECT_EQ(Violation(QJsonDocument::fromJson(line).object(), Schema("exchange"), ""), "");
+  }
+  EXPECT_EQ(RunProgram({"capture", "show", file + "x"}).exit, 1);
+  EXPECT_EQ(
+      RunProgram({"--capture", desk.folder.filePath("no/such.pcap"), "--host", host, "read", "SN"}).exit, 1);
 }
 
 TEST(Cli, AnUpgradeWaitsUntilTheSensorIsBack) {

@@ -11,8 +11,10 @@
 #include <QLineEdit>
 #include <QRegularExpression>
 #include <csignal>
+#include <fstream>
 
 #include "app/src/log_model.h"
+#include "libquarn/Capture/src/captured_exchanges.h"
 #include "tests/ui/desk.h"
 
 namespace {
@@ -129,6 +131,47 @@ class LogTest : public QObject {
     EVENTUALLY_VERIFY(QFile::exists(desk.folder.filePath("log.txt")));
   }
 #endif
+
+  void RecordsAndExplainsExchanges() {
+    LogDesk desk;
+    const QString file = desk.folder.filePath("session.pcap");
+    QCOMPARE(desk.manager->StartRecording(QUrl::fromLocalFile(file)), "");
+    EVENTUALLY_COMPARE(desk.Text("recordButton"), "Stop recording");
+    desk.Click("byteFlowSwitch");
+    for (int connection = 0; connection < 2; ++connection) {
+      desk.manager->set_ip_address("127.0.0.1");
+      desk.manager->set_port(QString::number(desk.sensor.port()));
+      desk.manager->ConnectLidar();
+      EVENTUALLY_VERIFY(desk.manager->IsConnected());
+      desk.manager->SendCommandInBackground("05", "");
+      EVENTUALLY_COMPARE(desk.manager->CommandLogCnt(), connection + 1);
+      desk.manager->Stop();
+    }
+    QVERIFY(desk.manager->decodedReply().contains("State = "));
+    desk.Click("recordButton");
+    EVENTUALLY_COMPARE(desk.Text("recordButton"), "Record…");
+    std::ifstream recording(file.toStdString(), std::ios::binary);
+    int asked = 0;
+    const auto summary =
+        quarn::lidar::ReadCapture(recording, [&](const quarn::lidar::CapturedExchange& exchange) {
+          if (exchange.command == 5 && !exchange.reply.empty()) ++asked;
+        });
+    QVERIFY(asked >= 2);
+    QVERIFY(summary.connections >= 2);
+
+    const QStringList lines = desk.Lines();
+    const int reply = lines.indexOf(QRegularExpression("BYTES RECV: 47 74 05 .*"));
+    QVERIFY(reply > 0);
+    QMetaObject::invokeMethod(desk.Find("logList"), "open", Q_ARG(QVariant, reply), Q_ARG(QVariant, true));
+    const QString meaning = desk.log->index(reply).data(desk.log->roleNames().key("meaning")).toString();
+    desk.manager->StartRecording(QUrl::fromLocalFile(file));
+    QTest::qWait(300);
+    desk.root->property("x");
+    QMetaObject::invokeMethod(desk.root, "choosePage",
+                              Q_ARG(QVariant, desk.manager->level1List().size() + 1));
+    QTest::qWait(500);
+    QVERIFY2(meaning.startsWith("0x05 (read ") && meaning.contains("Motor Speed = 60"), qPrintable(meaning));
+  }
 
   void CopiesAndSavesTheLinesShown() {
     const LogDesk desk;

@@ -11,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include "VarkelCore/src/values/protocol_fields.h"
 #include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/Platform/src/trace.h"
 namespace varkel {
@@ -88,16 +89,15 @@ CommandConsole::Channel CommandConsole::SerialChannel(std::shared_ptr<quarn::lid
                                                       bool over_ktc) {
   return {[exchange = std::move(exchange)](std::uint8_t code, std::span<const std::uint8_t> payload,
                                            std::vector<std::uint8_t>& reply) {
-            const int result =
-                exchange->QueryFrame(code, payload, reply, quarn::lidar::Timeouts().small_exchange_ms);
-            if (result == 0) reply.resize(reply.size() - std::min(reply.size(), kSerialTail));
-            return result;
+            return exchange->QueryFrame(code, payload, reply, quarn::lidar::Timeouts().small_exchange_ms);
           },
           over_ktc ? "Query Serial command fail. Please check BytesFlow in Log Window. Please input right "
                      "Serial command header and payload."
                    : "Query Serial command fail. Please input right Serial command header and payload.",
           "Incorrect Serial header was entered. Parsing failed.",
-          "Incorrect Serial payload was entered. Parsing failed."};
+          "Incorrect Serial payload was entered. Parsing failed.",
+          true,
+          kSerialTail};
 }
 
 CommandConsole::Outcome CommandConsole::Send(const Channel& channel, const std::string& command,
@@ -127,7 +127,13 @@ CommandConsole::Outcome CommandConsole::Send(const Channel& channel, const std::
   }
 
   std::vector<std::uint8_t> reply;
-  if (channel.query(code, bytes, reply) != 0 || reply.size() < kHeaderSize) {
+  const bool is_answered = channel.query(code, bytes, reply) == 0;
+  {
+    const std::lock_guard lock(mutex_);
+    last_exchange_ = {channel.is_serial, code, bytes, reply, is_answered};
+  }
+  reply.resize(reply.size() - std::min(reply.size(), channel.tail));
+  if (!is_answered || reply.size() < kHeaderSize) {
     quarn::platform::TraceLine("query command failed!");
     SetReplyTexts({}, {});
     report_.Error(channel.query_failed);
@@ -156,6 +162,32 @@ void CommandConsole::SetReplyTexts(std::string header, std::string payload) {
   const std::lock_guard lock(mutex_);
   return_header_ = std::move(header);
   return_payload_ = std::move(payload);
+}
+
+CommandConsole::Exchange CommandConsole::last_exchange() const {
+  const std::lock_guard lock(mutex_);
+  return last_exchange_;
+}
+
+std::vector<DecodedField> CommandConsole::DecodedReply(const ExchangeDecoder& decoder) const {
+  const Exchange exchange = last_exchange();
+  if (!exchange.is_answered || exchange.reply.size() < kHeaderSize) return {};
+  return exchange.is_serial ? SerialFrameFields(exchange.reply, true)
+                            : decoder.Reply(exchange.command, exchange.request,
+                                            std::span(exchange.reply).subspan(kHeaderSize));
+}
+
+std::string CommandConsole::FailureText(const ExchangeDecoder& decoder) const {
+  constexpr std::size_t kReturnCode = 3;
+  const Exchange exchange = last_exchange();
+  std::string name =
+      exchange.is_serial ? std::string() : decoder.CommandName(exchange.command, exchange.request);
+  if (!name.empty()) name = " (" + name + ")";
+  const bool is_refused =
+      !exchange.is_serial && exchange.reply.size() >= kHeaderSize && exchange.reply[kReturnCode] != 0;
+  return "0x" + UpperHex(std::span(&exchange.command, 1)) + name + ": " +
+         (is_refused ? "refused with code " + std::to_string(exchange.reply[kReturnCode])
+                     : "no reply that could be used");
 }
 
 std::string CommandConsole::return_header() const {

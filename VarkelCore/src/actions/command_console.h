@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "VarkelCore/src/tasks/user_report.h"
+#include "VarkelCore/src/values/exchange_decoder.h"
 #include "libquarn/KtcClient/src/ktc_client.h"
 #include "libquarn/Source/src/serial_exchange.h"
 
@@ -37,6 +38,8 @@ class CommandConsole {
     const char* query_failed;
     const char* bad_header;
     const char* bad_payload;
+    bool is_serial = false;
+    std::size_t tail = 0;  ///< bytes at the end of a reply that are not shown
   };
   static Channel KtcChannel(std::shared_ptr<quarn::lidar::KtcClient> client);
   /// Serial commands; the tag and the length byte of a reply frame are its header. With `over_ktc` the notice
@@ -51,6 +54,23 @@ class CommandConsole {
   Outcome Send(const Channel& channel, const std::string& command, const std::string& payload,
                std::uint8_t& code);
 
+  /// A command and its reply, whole: header and payload, or a serial frame. A refused command has the header
+  /// that came.
+  struct Exchange {
+    bool is_serial = false;
+    std::uint8_t command = 0;
+    std::vector<std::uint8_t> request;
+    std::vector<std::uint8_t> reply;
+    bool is_answered = false;
+  };
+  /// The last one that was sent.
+  Exchange last_exchange() const;
+  /// What the last reply means by the model's table; empty without one.
+  std::vector<DecodedField> DecodedReply(const ExchangeDecoder& decoder) const;
+  /// What was asked last and what came of it, when that failed: "0x20 (write Destination IP): refused with
+  /// code 3".
+  std::string FailureText(const ExchangeDecoder& decoder) const;
+
   std::string return_header() const;  ///< the last reply, upper-case hexadecimal
   std::string return_payload() const;
   std::vector<Record> history() const;  ///< newest first
@@ -64,6 +84,7 @@ class CommandConsole {
   std::string return_header_;
   std::string return_payload_;
   std::deque<Record> history_;
+  Exchange last_exchange_;
 };
 
 }  // namespace varkel

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "VarkelCore/src/catalogue/model_names.h"
+#include "VarkelCore/src/values/decoded_text.h"
 
 namespace varkel {
 
@@ -14,9 +15,11 @@ constexpr std::uint8_t kResetCommand = 0x25;
 }  // namespace
 
 ConsoleCommands::ConsoleCommands(const SensorConnection& connection, const Activity& activity,
-                                 const std::atomic<int>& connect_type, UserReport& report, Events events)
+                                 const ModelSelection& models, const std::atomic<int>& connect_type,
+                                 UserReport& report, Events events)
     : connection_(connection),
       activity_(activity),
+      models_(models),
       connect_type_(connect_type),
       report_(report),
       events_(std::move(events)),
@@ -29,10 +32,18 @@ void ConsoleCommands::Send(const std::string& command, const std::string& payloa
   std::uint8_t code = 0;
   const auto outcome = console_.Send(*channel, command, payload, code);
   if (outcome == CommandConsole::Outcome::kRefused) return;
+  if (const auto catalogue = models_.catalogue(); catalogue && outcome == CommandConsole::Outcome::kFailed) {
+    report_.Log(console_.FailureText(ExchangeDecoder(catalogue)), "WARNING");
+  }
   events_.history_changed();
   if (outcome != CommandConsole::Outcome::kSent || (code != kRestartCommand && code != kResetCommand)) return;
   events_.restarted(session);
   report_.Success(code == kRestartCommand ? "Lidar restart." : "Lidar reset.");
+}
+
+std::string ConsoleCommands::DecodedReply() const {
+  const auto catalogue = models_.catalogue();
+  return catalogue ? DecodedText(console_.DecodedReply(ExchangeDecoder(catalogue))) : std::string();
 }
 
 /// KTC commands to a network sensor, serial ones to a small sensor; nullopt when no command can be sent now.

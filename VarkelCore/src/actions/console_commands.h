@@ -7,6 +7,7 @@
 
 #include "VarkelCore/src/actions/command_console.h"
 #include "VarkelCore/src/session/sensor_connection.h"
+#include "VarkelCore/src/values/model_selection.h"
 
 namespace varkel {
 
@@ -20,11 +21,14 @@ class ConsoleCommands {
   };
 
   /// `connect_type` is the controller's; everything outlives this object.
-  ConsoleCommands(const SensorConnection& connection, const Activity& activity,
+  ConsoleCommands(const SensorConnection& connection, const Activity& activity, const ModelSelection& models,
                   const std::atomic<int>& connect_type, UserReport& report, Events events);
 
   /// Texts as CommandConsole::Send takes them. Blocks for one exchange; every outcome is reported.
   void Send(const std::string& command, const std::string& payload);
+
+  /// What the last reply means by the selected model's table, for a monospaced font; empty without one.
+  std::string DecodedReply() const;
 
   const CommandConsole& console() const { return console_; }
 
@@ -33,6 +37,7 @@ class ConsoleCommands {
 
   const SensorConnection& connection_;
   const Activity& activity_;
+  const ModelSelection& models_;
   const std::atomic<int>& connect_type_;
   UserReport& report_;
   const Events events_;

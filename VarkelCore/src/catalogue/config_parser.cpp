@@ -14,7 +14,6 @@ namespace varkel {
 namespace {
 
 constexpr std::string_view kModuleGroupId = "0";
-constexpr std::string_view kTakesWholePayload = "Shared Secret Key";
 constexpr const char* kGetKind = "get";
 constexpr const char* kSetKind = "set";
 constexpr int kNoIndex = -1;
@@ -233,7 +232,7 @@ VarInfo* ConfigParser::StoreRow(const CsvRow& row, const Columns& columns) {
   var.unit = unit.empty() ? std::string() : " (" + std::string(unit) + ")";
   var.get_start_pos = 0;
   var.set_start_pos = 0;
-  var.var_len = var_name == kTakesWholePayload ? 0 : static_cast<std::uint32_t>(IntCell(var_len, 0));
+  var.var_len = TakesWholePayload(var_name) ? 0 : static_cast<std::uint32_t>(IntCell(var_len, 0));
   var.permission = IntCell(permission, 0);
   var.coefficient = FloatCell(coefficient, 1.0F);
   var.set_coefficient = FloatCell(set_coefficient, 1.0F);
@@ -364,7 +363,7 @@ bool ConfigParser::GetVarPosOffset(const std::string& cmd, VarInfo& var, std::ui
     return false;
   }
   const auto lock = LockValues();
-  if (var.var_name == kTakesWholePayload) {
+  if (TakesWholePayload(var.var_name)) {
     var.set_start_pos = 0;
     var.var_len = payload_length;
     pos_offset = {0, payload_length};

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -60,6 +61,11 @@ struct VarInfo {
   std::string get_cmd_payload;  ///< hexadecimal digits without prefix
   std::vector<std::uint8_t> get_cmd_payload_bytes;
 };
+
+/// Whether the variable's field is all of its payload, however long that is.
+inline bool TakesWholePayload(std::string_view var_name) {
+  return var_name == "Shared Secret Key";
+}
 
 /// What the user reads about a switch row whose switch the table does not name.
 inline std::string MissingSwitchText(const VarInfo& var) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "VarkelCore/src/tasks/worker_threads.h"
+#include "libquarn/Platform/src/ipv4.h"
 #include "libquarn/Platform/src/text_number.h"
 #include "libquarn/Platform/src/trace.h"
 
@@ -25,14 +26,17 @@ constexpr std::uint8_t kProtocolVersion = 1;
 constexpr float kConnectTimeoutS = 0.0F;  // one try
 constexpr std::uint8_t kProbeCommands[] = {7, 8};
 
-/// Connects in the background. The low 16 bits of the settings' port count; a port that is no number raises
-/// the conversion errors of text_number.h.
+/// The low 16 bits count; a port that is no number raises the conversion errors of text_number.h.
+std::uint16_t PortOf(const ConnectionSettings& settings) {
+  return static_cast<std::uint16_t>(quarn::lidar::TextToInt(settings.port));
+}
+
+/// Connects in the background.
 std::shared_ptr<KtcClient> StartClient(const ConnectionSettings& settings,
                                        std::uint32_t exchange_timeout_ms) {
-  const auto port = static_cast<std::uint16_t>(quarn::lidar::TextToInt(settings.port));
-  return std::make_shared<KtcClient>(settings.ip_address, port, false, kPlainTcp, kProtocolVersion, "", "",
-                                     "", exchange_timeout_ms, exchange_timeout_ms, kConnectTimeoutS,
-                                     std::uint16_t{0});
+  return std::make_shared<KtcClient>(settings.ip_address, PortOf(settings), false, kPlainTcp,
+                                     kProtocolVersion, "", "", "", exchange_timeout_ms, exchange_timeout_ms,
+                                     kConnectTimeoutS, std::uint16_t{0});
 }
 
 std::shared_ptr<ByteLog> InstallByteLog(KtcClient& client, const SessionContext& context) {
@@ -40,6 +44,12 @@ std::shared_ptr<ByteLog> InstallByteLog(KtcClient& client, const SessionContext&
   client.SetLogCallback([&report = context.report](const std::string& line) { report.Bytes(line); },
                         [byte_log] { return byte_log->IsWanted(); });
   return byte_log;
+}
+
+void InstallWireTap(KtcClient& client, const ConnectionSettings& settings, const SessionContext& context) {
+  if (context.recorder == nullptr) return;
+  const auto address = quarn::lidar::ParseIpv4(settings.ip_address);
+  client.SetWireTap(context.recorder->Connection({address.value_or(quarn::lidar::Ipv4{}), PortOf(settings)}));
 }
 
 ConnectFailure Failure(const std::string& reason) {
@@ -67,6 +77,7 @@ SessionResult ConnectKtc(const char* function, const std::stop_token& stop,
     const std::stop_callback interrupt(stop, [&client] { client->Interrupt(); });
     SleepUnlessStopped(stop, kAcceptTime);
     if (!client->IsOpen()) throw std::runtime_error("TCP connection failed.");
+    InstallWireTap(*client, settings, context);
     return finish({client, InstallByteLog(*client, context)});
   } catch (const std::exception& error) {
     reason = error.what();

@@ -37,6 +37,9 @@ SessionResult OpenSerialLines(const ConnectionSettings& settings, const SessionC
   const auto byte_log = std::make_shared<ByteLog>(context.log_bytes);
   client->SetLogCallback([&report = context.report](const std::string& line) { report.Bytes(line); },
                          [byte_log] { return byte_log->IsWanted(); });
+  if (context.recorder != nullptr) {
+    client->SetWireTap(context.recorder->Connection(quarn::lidar::kSerialLinesEndpoint));
+  }
   return std::make_shared<SensorSession>(SensorSession::Lines{rs485, uart, client}, byte_log,
                                          context.activity, std::move(periodic));
 }

@@ -8,6 +8,7 @@
 #include "VarkelCore/src/session/connection_settings.h"
 #include "VarkelCore/src/session/sensor_session.h"
 #include "VarkelCore/src/tasks/user_report.h"
+#include "libquarn/Capture/src/capture_recorder.h"
 
 namespace varkel {
 
@@ -24,6 +25,7 @@ struct SessionContext {
   UserReport& report;  ///< gets the byte log's lines
   const ByteLogSwitch& log_bytes;
   const Activity& activity;
+  quarn::lidar::CaptureRecorder* recorder = nullptr;  ///< null: nothing is ever recorded
 };
 
 // The three ways to a session. Each blocks until the session is made or can't be; a stop ends the attempt at

@@ -53,13 +53,12 @@ tl::expected<std::shared_ptr<Model>, std::string> LoadModel(const std::string& f
   }
 }
 
-tl::expected<std::unique_ptr<SensorLink>, LinkFailure> SensorLink::Open(const SensorTarget& target,
-                                                                        const std::string& table_folder,
-                                                                        UserReport& report,
-                                                                        const std::stop_token& stop) {
+tl::expected<std::unique_ptr<SensorLink>, LinkFailure> SensorLink::Open(
+    const SensorTarget& target, const std::string& table_folder, UserReport& report,
+    const std::stop_token& stop, quarn::lidar::CaptureRecorder* recorder) {
   auto model = LoadModel(table_folder, target.model);
   if (!model) return tl::unexpected(LinkFailure{false, model.error()});
-  auto link = std::unique_ptr<SensorLink>(new SensorLink(target, *model, report));
+  auto link = std::unique_ptr<SensorLink>(new SensorLink(target, *model, report, recorder));
   SessionResult session = link->Connect(target, stop);
   if (!session) {
     const std::string reason = stop.stop_requested() ? "Stopped." : session.error().log_line;
@@ -70,11 +69,16 @@ tl::expected<std::unique_ptr<SensorLink>, LinkFailure> SensorLink::Open(const Se
   return link;
 }
 
-SensorLink::SensorLink(SensorTarget target, std::shared_ptr<Model> model, UserReport& report)
-    : target_(std::move(target)), model_(std::move(model)), report_(report), activity_({[] {}, [] {}}) {}
+SensorLink::SensorLink(SensorTarget target, std::shared_ptr<Model> model, UserReport& report,
+                       quarn::lidar::CaptureRecorder* recorder)
+    : target_(std::move(target)),
+      model_(std::move(model)),
+      report_(report),
+      recorder_(recorder),
+      activity_({[] {}, [] {}}) {}
 
 SessionResult SensorLink::Connect(const SensorTarget& target, const std::stop_token& stop) {
-  const SessionContext context{report_, log_bytes_, activity_};
+  const SessionContext context{report_, log_bytes_, activity_, recorder_};
   switch (ConnectTypeOf(target.model)) {
     case kSerialLines:
       return OpenSerialLines(SettingsOf(target), context, NoRounds());

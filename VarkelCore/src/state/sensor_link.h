@@ -30,11 +30,11 @@ struct LinkFailure {
 /// at once.
 class SensorLink {
  public:
-  /// Blocks until the sensor answers or can't be reached; `report` outlives the link.
-  static tl::expected<std::unique_ptr<SensorLink>, LinkFailure> Open(const SensorTarget& target,
-                                                                     const std::string& table_folder,
-                                                                     UserReport& report,
-                                                                     const std::stop_token& stop);
+  /// Blocks until the sensor answers or can't be reached; `report` and `recorder`, if there is one, outlive
+  /// the link.
+  static tl::expected<std::unique_ptr<SensorLink>, LinkFailure> Open(
+      const SensorTarget& target, const std::string& table_folder, UserReport& report,
+      const std::stop_token& stop, quarn::lidar::CaptureRecorder* recorder = nullptr);
 
   const SensorTarget& target() const { return target_; }
   const std::shared_ptr<Model>& model() const { return model_; }
@@ -48,13 +48,15 @@ class SensorLink {
   ConnectTo connect_to();
 
  private:
-  SensorLink(SensorTarget target, std::shared_ptr<Model> model, UserReport& report);
+  SensorLink(SensorTarget target, std::shared_ptr<Model> model, UserReport& report,
+             quarn::lidar::CaptureRecorder* recorder);
 
   SessionResult Connect(const SensorTarget& target, const std::stop_token& stop);
 
   const SensorTarget target_;
   const std::shared_ptr<Model> model_;
   UserReport& report_;
+  quarn::lidar::CaptureRecorder* const recorder_;
   const ByteLogSwitch log_bytes_ = false;
   Activity activity_;
   std::shared_ptr<SensorSession> session_;

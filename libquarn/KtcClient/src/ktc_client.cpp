@@ -283,7 +283,7 @@ bool KtcClient::DrainStaleInput(ClientBase& transport, Reply& reply) {
   bool ends = true;
   int received = 1;
   while (ends && received > 0) {
-    received = transport.Receive(stale.data(), static_cast<std::uint32_t>(stale.size()), 0);
+    received = Receive(transport, stale);
     ends = Clock::now() < limit;
   }
   reply.peer_had_left = received == 0;
@@ -302,6 +302,9 @@ bool KtcClient::SendRequest(ClientBase& transport, std::span<const std::uint8_t>
   if (!frame.empty() && frame.size() <= kMaxFrame) {
     sent = transport.Send(frame.data(), static_cast<std::uint16_t>(frame.size()), 0);
   }
+  if (tap_ && sent > 0) {
+    tap_->Pass(WireDirection::kToSensor, std::span(frame).first(static_cast<std::size_t>(sent)));
+  }
   PassToLog("SEND: ", frame);
   if (frame.empty() || !std::cmp_equal(sent, frame.size())) {
     QUARN_LOG(log_lib::kWarning, "send failure, %d.", sent);
@@ -319,7 +322,7 @@ bool KtcClient::ReadHeader(ClientBase& transport, Reply& reply) {
   while (reply.header_size < parser.GetHeaderSize()) {
     const std::span<std::uint8_t> missing =
         std::span(reply.header).subspan(reply.header_size, parser.GetHeaderSize() - reply.header_size);
-    const int received = transport.Receive(missing.data(), static_cast<std::uint32_t>(missing.size()), 0);
+    const int received = Receive(transport, missing);
     if (received <= 0) {
       last_return_code_ = kNoHeader;
       return false;
@@ -378,7 +381,7 @@ bool KtcClient::ReadPayload(ClientBase& transport, std::size_t length, Reply& re
       reply.payload.resize(filled + std::min(limit - filled, kPayloadBlock));
     }
     const std::span<std::uint8_t> missing = std::span(reply.payload).subspan(filled);
-    const int received = transport.Receive(missing.data(), static_cast<std::uint32_t>(missing.size()), 0);
+    const int received = Receive(transport, missing);
     if (received <= 0) {
       last_return_code_ = kNoPayload;
       return false;
@@ -401,6 +404,19 @@ bool KtcClient::ReadPayload(ClientBase& transport, std::size_t length, Reply& re
     return false;
   }
   return true;
+}
+
+int KtcClient::Receive(ClientBase& transport, std::span<std::uint8_t> buffer) {
+  const int received = transport.Receive(buffer.data(), static_cast<std::uint32_t>(buffer.size()), 0);
+  if (tap_ && received > 0) {
+    tap_->Pass(WireDirection::kFromSensor, buffer.first(static_cast<std::size_t>(received)));
+  }
+  return received;
+}
+
+void KtcClient::SetWireTap(std::shared_ptr<WireTap> tap) {
+  const std::lock_guard lock(command_mutex_);
+  tap_ = std::move(tap);
 }
 
 void KtcClient::SetCurrentTimeouts(std::uint32_t receive_ms, std::uint32_t send_ms) {

@@ -20,6 +20,7 @@
 #include "libquarn/KtcClient/src/channel_fov.h"
 #include "libquarn/KtcClient/src/client_base.h"
 #include "libquarn/KtcClient/src/ktc_parser.h"
+#include "libquarn/Platform/src/wire_tap.h"
 
 namespace quarn::lidar {
 
@@ -111,6 +112,9 @@ class KtcClient {
   /// returns, the previous callback is no longer running.
   void SetLogCallback(std::function<void(const std::string&)> callback, std::function<bool()> wanted = {});
 
+  /// `tap` sees every byte of later exchanges, TLS or not; null takes it away.
+  void SetWireTap(std::shared_ptr<WireTap> tap);
+
   /// Why the last failed exchange failed.
   std::int32_t LastReturnCode() const { return last_return_code_; }
 
@@ -156,6 +160,7 @@ class KtcClient {
   bool ReadHeader(ClientBase& transport, Reply& reply);
   bool CheckHeader(const Reply& reply, std::uint8_t cmd);
   bool ReadPayload(ClientBase& transport, std::size_t length, Reply& reply);
+  int Receive(ClientBase& transport, std::span<std::uint8_t> buffer);
 
   void SetCurrentTimeouts(std::uint32_t receive_ms, std::uint32_t send_ms);
   int SendPieces(std::span<const std::vector<std::uint8_t>> frames, std::uint32_t code, bool extended,
@@ -185,8 +190,9 @@ class KtcClient {
   const float connect_timeout_s_;
   const KtcLimits limits_;
 
-  // Guarded by command_mutex_: what the transport was last given.
-  std::uint32_t current_receive_timeout_ms_;
+  // Guarded by command_mutex_.
+  std::shared_ptr<WireTap> tap_;
+  std::uint32_t current_receive_timeout_ms_;  // what the transport was last given
   std::uint32_t current_send_timeout_ms_;
 
   // Guarded by state_mutex_.

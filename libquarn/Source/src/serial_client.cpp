@@ -19,11 +19,6 @@ bool IsOpen(const std::shared_ptr<Source>& source) {
   return source && source->IsOpened();
 }
 
-// A frame that is longer than one send takes is cut at its length's low 16 bits.
-bool SendFrame(Source& source, std::span<const std::uint8_t> frame) {
-  return source.Send(frame.data(), static_cast<std::uint16_t>(frame.size()), 0) >= 0;
-}
-
 }  // namespace
 
 int SerialClient::QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
@@ -35,7 +30,7 @@ int SerialClient::QueryFrame(std::uint8_t code, std::span<const std::uint8_t> pa
   const std::vector<std::uint8_t> request = EncodeCommandFrame(code, payload, FreshNonce());
   PassToLog("SEND: ", request);
   replies_->Clear(SerialSource::kClearPendingInput);
-  if (!SendFrame(*commands_, request)) {
+  if (!SendFrame(request)) {
     return kNotSent;
   }
   return ReadReply(*replies_, ReplyKind::kCommand, timeout_ms, frame);
@@ -48,7 +43,7 @@ int SerialClient::ExchangeOta(std::uint32_t first, std::uint32_t second, std::sp
     return kNotSent;
   }
   commands_->Clear(SerialSource::kClearPendingInput);
-  if (!SendFrame(*commands_, EncodeOtaFrame(type, first, second, data))) {
+  if (!SendFrame(EncodeOtaFrame(type, first, second, data))) {
     return kNotSent;
   }
   std::vector<std::uint8_t> frame;
@@ -57,6 +52,16 @@ int SerialClient::ExchangeOta(std::uint32_t first, std::uint32_t second, std::sp
     reply = ReadOtaReply(frame);
   }
   return result;
+}
+
+// A frame that is longer than one send takes is cut at its length's low 16 bits.
+bool SerialClient::SendFrame(std::span<const std::uint8_t> frame) {
+  const auto size = static_cast<std::uint16_t>(frame.size());
+  const bool sent = commands_->Send(frame.data(), size, 0) >= 0;
+  if (tap_ && sent && size > 0) {
+    tap_->Pass(WireDirection::kToSensor, frame.first(size));
+  }
+  return sent;
 }
 
 // Collects pieces until the reply is whole or the time is up; a broken line ends the wait.
@@ -75,7 +80,12 @@ int SerialClient::ReadReply(Source& source, ReplyKind kind, std::uint32_t timeou
     if (received < 0) {
       return kNotReceived;
     }
-    state = assembler.Add(std::span(packet.data).first(static_cast<std::size_t>(received)));
+    const std::span<const std::uint8_t> piece =
+        std::span(packet.data).first(static_cast<std::size_t>(received));
+    if (tap_ && received > 0) {
+      tap_->Pass(WireDirection::kFromSensor, piece);
+    }
+    state = assembler.Add(piece);
     // Time is up only after a last look at what came meanwhile.
     if (left.count() == 0) {
       state = assembler.Finish();
@@ -87,6 +97,11 @@ int SerialClient::ReadReply(Source& source, ReplyKind kind, std::uint32_t timeou
   }
   frame.assign(assembler.block().begin(), assembler.block().end());
   return 0;
+}
+
+void SerialClient::SetWireTap(std::shared_ptr<WireTap> tap) {
+  const std::lock_guard lock(exchange_mutex_);
+  tap_ = std::move(tap);
 }
 
 void SerialClient::SetLogCallback(LogCallback callback, std::function<bool()> wanted) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "libquarn/Platform/src/wire_tap.h"
 #include "libquarn/Source/src/serial_exchange.h"
 #include "libquarn/Source/src/serial_frame.h"
 #include "libquarn/Source/src/source.h"
@@ -34,8 +35,12 @@ class SerialClient : public SerialExchange {
   /// or call this client.
   void SetLogCallback(LogCallback callback, std::function<bool()> wanted = {});
 
+  /// `tap` sees every frame of later exchanges, of either kind, and what came in answer; null takes it away.
+  void SetWireTap(std::shared_ptr<WireTap> tap);
+
  private:
   // With exchange_mutex_ held.
+  bool SendFrame(std::span<const std::uint8_t> frame);
   int ReadReply(Source& source, ReplyKind kind, std::uint32_t timeout_ms, std::vector<std::uint8_t>& frame);
   void PassToLog(const char* prefix, std::span<const std::uint8_t> bytes);
 
@@ -43,7 +48,8 @@ class SerialClient : public SerialExchange {
   const std::shared_ptr<Source> commands_;
   const std::shared_ptr<Source> replies_;
 
-  std::mutex exchange_mutex_;  // held for the whole of an exchange
+  std::mutex exchange_mutex_;  // held for the whole of an exchange; guards tap_
+  std::shared_ptr<WireTap> tap_;
 
   // Guarded by log_mutex_, which is held while they run.
   std::mutex log_mutex_;
