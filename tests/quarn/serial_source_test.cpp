@@ -1,16 +1,43 @@
 #include "libquarn/Source/src/serial_source.h"
 
 #include <gtest/gtest.h>
+#ifndef _WIN32
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <cstdarg>
+#endif
+
+#include <atomic>
 #include <future>
 #include <numeric>
 #include <string>
+#include <thread>
 
 #include "libquarn/Source/src/serial_frame.h"
 #include "tests/quarn/bytes.h"
 #include "tests/quarn/test_support.h"
 #include "tests/support/pseudo_terminal.h"
 #include "tests/support/wine.h"
+
+namespace {
+std::atomic<int> line_takes_ms{0};
+}  // namespace
+
+#ifndef _WIN32
+// In the C library's place: the system may take its time to open a line and to clear its input.
+extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept {
+  va_list arguments;
+  va_start(arguments, request);
+  void* const argument = va_arg(arguments, void*);
+  va_end(arguments);
+  if (request == TCFLSH || request == TIOCEXCL) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(line_takes_ms));
+  }
+  return static_cast<int>(syscall(SYS_ioctl, descriptor, request, argument));
+}
+#endif
 
 namespace quarn::lidar {
 namespace {
@@ -111,14 +138,17 @@ TEST(SerialSource, PulledLineAndCloseEndAReceiveAtOnce) {
   }
 }
 
+// Both take their time, so that a clearing is under way whenever the port changes: no opening may find it
+// still held or touch what is being cleared.
 TEST(SerialSource, OpensWhileAnotherThreadClears) {
   const PseudoTerminal line;
   SerialSource source(line.name(), 9600, 115200);
+  line_takes_ms = 2;
   std::atomic<bool> done{false};
   auto clearing = std::async(std::launch::async, [&] {
     while (!done) source.Clear(SerialSource::kClearAll);
   });
-  for (int i = 0; i < 300; ++i) EXPECT_TRUE(source.Open());
+  for (int i = 0; i < 50; ++i) EXPECT_TRUE(source.Open());
   done = true;
   clearing.get();
   ASSERT_TRUE(line.Write(Reply(1)));
