@@ -72,8 +72,9 @@ TEST(SerialPort, TakesAnyRateUpToFiveMillionAndHasOneUser) {
     const auto port = SerialPort::Open(line.name(), rate);
     ASSERT_TRUE(port) << rate;
     EXPECT_EQ(port->BaudRate(), rate);
+    if (kUnderWine) continue;  // where the other end sees no rate, and a port may be opened twice
     EXPECT_EQ(line.rate(), rate);
-    EXPECT_TRUE(kUnderWine || !SerialPort::Open(line.name(), rate)) << "opened twice";
+    EXPECT_FALSE(SerialPort::Open(line.name(), rate)) << "opened twice";
   }
   EXPECT_FALSE(SerialPort::Open(line.name(), 0));
   EXPECT_FALSE(SerialPort::Open("/dev/null", 9600) || SerialPort::Open("/dev/no-such-port", 9600));
@@ -101,7 +102,7 @@ TEST(SerialSource, OpensAtTheRateOfItsType) {
     SerialSource source(line.name(), 9600, 115200);
     source.SetReceiveType(type);
     EXPECT_EQ(source.Open() && source.IsOpened(), type < 2);
-    EXPECT_EQ(line.rate(), type == 0 ? 115200U : 9600U);
+    EXPECT_TRUE(kUnderWine || line.rate() == (type == 0 ? 115200U : 9600U));
   }
 }
 
