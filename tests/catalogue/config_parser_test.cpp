@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <stdexcept>
-#include <tuple>
 
 #include "tests/catalogue/table_file.h"
 
@@ -52,30 +51,6 @@ TEST(ConfigParser, TellsAMissingFileFromAnEmptyTable) {
     EXPECT_TRUE(catalogue.ExtractConfigInfo());
     EXPECT_THAT(catalogue.var_map(), IsEmpty());
   }
-}
-
-TEST(ConfigParser, FillsARecordFromItsRow) {
-  const Loaded table({"0,Page,Group",
-                      "GroupID=3;Index=12;Get=0x07;Set=0x21;SetIndex=4;VarName=Motor speed;Permission=1;"
-                      "VarType=uint16;DefaultValue=600;Unit=rpm;Coefficient=0.5;SetCoefficient=0.25;"
-                      "FunctionModule=1_1_5_3;VarLen=2;TimerUpdate=1",
-                      "Index=1;Get=0x07;TimerUpdate=2"});
-  const VarInfo& var = table["3-12"];
-  EXPECT_EQ(
-      var.get_cmd + var.set_cmd + var.var_type + var.var_name + var.unit + var.default_val + var.current_val,
-      "0x070x21uint16Motor speed (rpm)600600");
-  EXPECT_THAT((std::vector{var.index, var.set_index, var.permission, var.component_type}),
-              ElementsAre(12, 4, 1, 3));
-  EXPECT_EQ(std::tuple(var.coefficient, var.set_coefficient, var.var_len, var.timer_update),
-            std::tuple(0.5F, 0.25F, 2U, true));
-  EXPECT_EQ(table.catalogue.FindByName("Motor speed"), &var);
-  EXPECT_EQ(table.output, "");
-
-  const VarInfo& bare = table["1-1"];
-  EXPECT_EQ(std::tuple(bare.coefficient, bare.set_coefficient, bare.var_len, bare.timer_update),
-            std::tuple(1.0F, 1.0F, 0U, false))
-      << "an update of 2 is not 1";
-  EXPECT_EQ(bare.set_index, -1);
 }
 
 TEST(ConfigParser, ReadsTheNotationsOfCells) {

@@ -132,23 +132,6 @@ class ConnectionTest : public QObject {
       QVERIFY2(fixture.log.filter("Connection Error").isEmpty(), qPrintable(fixture.log.join('\n')));
     }
   }
-
-  void StartModelIsTheOnlyOne() {
-    ControllerFixture fixture;
-    QSignalSpy list_changed(fixture.manager.get(), &VarkelManager::lidarModelListChanged);
-    QSignalSpy type_changed(fixture.manager.get(), &VarkelManager::connectTypeChanged);
-    for (const char* name : {"", "no such model"}) fixture.manager->SetVMNowName(name);
-    QCOMPARE(list_changed.count(), 0);
-    int changes = 0;
-    // The latter is in no list, but a host may ask for it.
-    for (const auto& [name, type] : {std::pair{"Zelto", 1}, {"Marvo-KTC", 2}}) {
-      fixture.manager->SetVMNowName(name);
-      QCOMPARE(list_changed.count(), ++changes);
-      QCOMPARE(type_changed.count(), changes);
-      QCOMPARE(fixture.manager->connectType(), type);
-      QCOMPARE(fixture.manager->LidarModelList(), QVariantList{name});
-    }
-  }
 };
 
 const RegisterTest<ConnectionTest> registered;

@@ -16,18 +16,6 @@ class PageWritingTest : public QObject {
     QVERIFY(fixture_->ConnectOn());
   }
 
-  void EditsAreCounted() {
-    VarkelManager& manager = *fixture_->manager;
-    fixture_->Edit("Intensity Threshold", fixture_->Shown("Intensity Threshold"));
-    QCOMPARE(manager.getSetMapSize(), 0);
-    fixture_->Edit("Intensity Threshold", "13");
-    fixture_->Edit("Noise Filter Level", "3");
-    QCOMPARE(manager.getSetMapSize(), 1);  // one command carries both
-    manager.SetText(1, 99, 0, 0, "1");
-    manager.SetText(1, 0, 0, -1, "1");
-    QCOMPARE(manager.getSetMapSize(), 1);
-  }
-
   void FaultyEditsAreReported() {
     const struct {
       const char* text;
@@ -145,21 +133,6 @@ class PageWritingTest : public QObject {
     manager.GetLidarModuleInfo(5);
     QCOMPARE(fov_changed.count(), 1);
     QCOMPARE(manager.FovList()[1], "45.5");
-  }
-
-  void EditsGoBackWithoutTheSensor() {
-    VarkelManager& manager = *fixture_->manager;
-    QSignalSpy fov_changed(&manager, &VarkelManager::fovConfigChanged);
-    const std::function<void()> endings[] = {[&] { manager.ClearSetMap(); }, [&] { manager.Stop(); }};
-    for (const auto& end : endings) {
-      fov_changed.clear();
-      fixture_->Edit("Intensity Threshold", "77");
-      manager.SetMultiFovConfig(4, "45.5");
-      end();
-      QCOMPARE(fixture_->Shown("Intensity Threshold"), "12");
-      QCOMPARE(manager.FovList()[4], "0.0");
-      QCOMPARE(fov_changed.count(), 1);
-    }
   }
 
   void FieldsThatWereNotReadAreNamed() {

@@ -74,14 +74,6 @@ class StartupTest : public QObject {
     }
     QVERIFY(startup::loadApplicationFont(startup::kRegularFont, "Tag") >= 0);
   }
-
-  void PaletteLeavesSomeRolesAlone() {
-    const QPalette palette = startup::DarkPalette();
-    QCOMPARE(palette.color(QPalette::Disabled, QPalette::Text), QColor("#EEEEEE"));
-    for (const auto role : {QPalette::Shadow, QPalette::Link, QPalette::LinkVisited, QPalette::ToolTipText}) {
-      QCOMPARE(palette.color(role), QPalette().color(role));
-    }
-  }
 };
 const RegisterTest<StartupTest> registration;
 
