@@ -5,7 +5,6 @@
 #include "libquarn/KtcClient/src/tcp_ssl_client.h"
 #include "tests/quarn/test_support.h"
 #include "tests/quarn/tls_server.h"
-#include "tests/support/certificates.h"
 
 namespace quarn::lidar {
 namespace {
@@ -15,7 +14,7 @@ using test::TlsServer;
 const char kLoopback[] = "127.0.0.1";
 
 std::string Path(const std::string& name) {
-  return name.empty() ? "" : test::Certificate(name);
+  return name.empty() ? "" : VARKEL_CERTIFICATES + name;
 }
 
 std::vector<std::string> ServerOptions(const std::string& version = "-tls1_3",
