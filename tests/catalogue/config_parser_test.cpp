@@ -40,11 +40,8 @@ std::string Ids(const ConfigParser::VarList& vars) {
 }
 
 TEST(ConfigParser, TellsAMissingFileFromAnEmptyTable) {
-  testing::internal::CaptureStdout();
   EXPECT_FALSE(ConfigParser("no such table.csv").ExtractConfigInfo());
   EXPECT_FALSE(ConfigParser("/").ExtractConfigInfo()) << "a folder";
-  const std::string said = kLoad + "(): error with csv_reader_, loc = ";
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), said + "no such table.csv\n" + said + "/\n");
   for (const std::string& text : {TableText({}), std::string()}) {
     const TableFile file(text);
     ConfigParser catalogue(file.path());

@@ -217,25 +217,6 @@ class SmallSensorPageTest : public QObject {
       QVERIFY(mode == 0 || static_cast<int>(received[0].purpose) == mode);
     }
   }
-
-  void TabFollowsTheEye() {
-    const SmallDesk desk("Marvo-KTC");
-    const QQuickItem* const page = desk.Find("zeltoPage");
-    auto* const content = page->property("contentItem").value<QQuickItem*>();
-    desk.Find("zeltoInfo_0")->forceActiveFocus(Qt::TabFocusReason);
-    QPointF last;
-    int visited = 0;
-    for (; desk.view().activeFocusItem()->objectName() != "sendButton"; ++visited) {
-      desk.Key(Qt::Key_Tab);
-      const QQuickItem* const item = desk.view().activeFocusItem();
-      const QPointF at = item->mapToItem(content, {});
-      const bool onward = at.y() > last.y() + 5 || (at.y() > last.y() - 5 && at.x() > last.x());
-      const qreal top = item->mapToItem(page, {}).y();
-      QVERIFY2(onward && top >= 0 && top + item->height() <= page->height(), qPrintable(item->objectName()));
-      last = at;
-    }
-    QVERIFY(visited > 20);
-  }
 };
 const RegisterTest<SmallSensorPageTest> registration;
 

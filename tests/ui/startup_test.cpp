@@ -65,15 +65,6 @@ class StartupTest : public QObject {
       QCOMPARE(arguments::ModuleName(pointers), name);
     }
   }
-
-  void MissingFont() {
-    const QRegularExpression warning("Font file missing: \"Tag\" absolutePath: .*(nowhere.ttf|fonts)");
-    for (const char* path : {"nowhere.ttf", "fonts"}) {  // the latter is a folder
-      QTest::ignoreMessage(QtWarningMsg, warning);
-      QCOMPARE(startup::loadApplicationFont(path, "Tag"), -1);
-    }
-    QVERIFY(startup::loadApplicationFont(startup::kRegularFont, "Tag") >= 0);
-  }
 };
 const RegisterTest<StartupTest> registration;
 
