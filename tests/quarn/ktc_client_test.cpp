@@ -170,30 +170,6 @@ TEST(KtcClient, ConnectsOnceTheAddressIsKnown) {
   EXPECT_TRUE(test::Eventually([&] { return client->IsOpen(); }));
 }
 
-// By itself when its time is over, at once when it is destroyed.
-TEST(KtcClient, GivesUpWithAReason) {
-  const test::SilentAddress silent;
-  const struct {
-    std::string ip;
-    std::uint32_t type;
-    float patience_s;
-    std::string last_line;
-  } kCases[] = {{"", 0, 0, "4 ktc connect : get lidar ip timeout"},
-                {"127.0.0.1", 0, 0, "4 ktc connect exit 2"},
-                {"127.0.0.1", 7, 0, "4 ktc connect exit 2"},
-                {"", 0, -1, "4 ktc connect exit 1"},
-                {"127.0.0.1", 0, -1, "4 ktc connect exit 2"}};
-  for (const auto& c : kCases) {
-    const test::LogLines log;
-    auto client = MakeClient(silent.port(), 1, 2000, c.patience_s, c.ip, c.type);
-    EXPECT_TRUE(
-        test::Eventually([&] { return log.Has(c.last_line) || (c.patience_s < 0 && !log.All().empty()); }));
-    EXPECT_FALSE(client->IsOpen());
-    EXPECT_LT(test::TimeOf([&] { client.reset(); }), test::kAtOnce);
-    EXPECT_TRUE(log.Has(c.last_line)) << c.last_line;
-  }
-}
-
 // The time-outs that hold after a transfer show in how long the client waits for a silent peer.
 TEST(TransferFile, SendsNumberedPiecesAndRestoresTimeouts) {
   constexpr std::uint32_t kShortTimeoutMs = 300;

@@ -96,16 +96,6 @@ TEST(SerialSource, MovesEveryByteUnchangedAndEndsAWriteThatNobodyReads) {
   EXPECT_EQ(sent, -1);
 }
 
-TEST(SerialSource, OpensAtTheRateOfItsType) {
-  const PseudoTerminal line;
-  for (const std::uint32_t type : {0U, 1U, 2U}) {
-    SerialSource source(line.name(), 9600, 115200);
-    source.SetReceiveType(type);
-    EXPECT_EQ(source.Open() && source.IsOpened(), type < 2);
-    EXPECT_TRUE(kUnderWine || line.rate() == (type == 0 ? 115200U : 9600U));
-  }
-}
-
 TEST(SerialSource, TellsRepliesAndDataApart) {
   const Bytes text = {'$', 'L', 'D', 'C', 'M', 'x', '$', '$', 'L', 'D'};
   const Bytes firmware = EncodeReplyFrame(ReplyKind::kOta, 1, Bytes(255, 0x24), 0);
