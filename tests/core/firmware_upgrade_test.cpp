@@ -1,8 +1,8 @@
 #include <QElapsedTimer>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include "tests/core/core_test.h"
+#include "tests/support/qt_files.h"
 
 namespace {
 
@@ -56,9 +56,8 @@ class FirmwareUpgradeTest : public QObject {
 
  private:
   QUrl Package(const QByteArray& content) const {
-    QFile file(folder_.filePath("new.patch"));
-    if (file.open(QIODevice::WriteOnly)) file.write(content);
-    return QUrl::fromLocalFile(file.fileName());
+    Put(folder_.filePath("new.patch"), content);
+    return QUrl::fromLocalFile(folder_.filePath("new.patch"));
   }
   int Upgrade(const QUrl& file) const {
     const auto place = fixture_->Find("Firmware Upgrade");

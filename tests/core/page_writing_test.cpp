@@ -119,16 +119,12 @@ class PageWritingTest : public QObject {
     manager.SetMultiFovConfig(10, "5");
     QCOMPARE(manager.getSetMapSize(), 0);
     manager.SetMultiFovConfig(1, "45.5");
-    QCOMPARE(manager.FovList()[1], "45.5");
     fixture_->Edit("Channel Field of View", "2", 3);
     QVERIFY(Saves(5));
     const Bytes sent = Sent(0x22);
     QCOMPARE(sent.size(), 11U);
     QCOMPARE(sent[0], std::uint8_t{2});
     QCOMPARE(sent[3] * 256 + sent[4], 455);
-    manager.Stop();
-    QCOMPARE(manager.FovList()[1], "0.0");
-    QVERIFY(fixture_->ConnectOn());
     fov_changed.clear();
     manager.GetLidarModuleInfo(5);
     QCOMPARE(fov_changed.count(), 1);
@@ -151,14 +147,9 @@ class PageWritingTest : public QObject {
     QVERIFY(fixture_->log.contains(warning + unread.join(", ")));
     QVERIFY(Saves(5));
     QVERIFY(fixture_->log.contains(warning + "Channel Field of View"));
-
     fixture_->ClearFaults();
     for (int page : {4, 5}) manager.GetLidarModuleInfo(page);
     QVERIFY(manager.unreadFields(4).isEmpty() && manager.unreadFields(5).isEmpty());
-    manager.Stop();
-    QVERIFY(fixture_->ConnectOn());
-    fixture_->Edit("Intensity Threshold", "14");
-    QCOMPARE(manager.unreadFields(4), unread);  // it may be another sensor
   }
 
   void EveryFailingVariableOfAPageIsNamed() {
