@@ -69,7 +69,7 @@ TEST(MarvoUpgrade, OtherPartitionAndNothingToSend) {
   MarvoFixture on_b;
   on_b.partition = 3;
   EXPECT_EQ(on_b.Run(FullMarvoPackage())[3], "INFO Marvo upgrade: current partition=B");
-  EXPECT_EQ(on_b.channel.ktc->frames.front().first, 1500U);
+  EXPECT_EQ(on_b.channel.ktc->frames.front(), (Frame{0x11, 1500, 2, {}}));
   MarvoFixture none;
   EXPECT_EQ(none.Run(MarvoPackage(1, {{{0, 100}}}, 100)).back(), "disconnect");
   EXPECT_EQ(none.claimed.total, 0);

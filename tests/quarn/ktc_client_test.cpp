@@ -163,6 +163,17 @@ TEST(KtcClient, ConnectsOnceTheAddressIsKnown) {
   EXPECT_TRUE(test::Eventually([&] { return client->IsOpen(); }));
 }
 
+TEST(KtcClient, GivesUpWhenItsTimeIsOver) {
+  const test::SilentAddress silent;
+  for (const auto& [ip, reason] :
+       {std::pair("", "4 ktc connect : get lidar ip timeout"), {"127.0.0.1", "4 ktc connect exit 2"}}) {
+    const test::LogLines log;
+    const auto client = MakeClient(silent.port(), 1, 2000, 0, ip);
+    EXPECT_TRUE(test::Eventually([&] { return log.Has(reason); })) << reason;
+    EXPECT_FALSE(client->IsOpen());
+  }
+}
+
 // The time-outs that hold after a transfer show in how long the client waits for a silent peer.
 TEST(TransferFile, SendsNumberedPiecesAndRestoresTimeouts) {
   constexpr std::uint32_t kShortTimeoutMs = 300;

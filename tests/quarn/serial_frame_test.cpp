@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "libquarn/Platform/src/serial_port.h"
+#include "libquarn/Source/src/reply_assembler.h"
 #include "tests/quarn/bytes.h"
 #include "tests/support/protocol_page.h"
 
@@ -50,6 +51,18 @@ TEST(SerialFrames, LengthsWrapNoncesDifferAndPortsGetTheirPrefix) {
   EXPECT_TRUE(first != FreshNonce() || first != FreshNonce());
   EXPECT_EQ(platform::WindowsDeviceName("COM3"), "COM3");
   EXPECT_EQ(platform::WindowsDeviceName("COM12"), "\\\\.\\COM12");
+}
+
+// Behind noise and in any split fuzz/serial_reply.cpp looks for replies that kept their tag.
+TEST(ReplyAssembler, TakesAGarbledTagInPiecesAndKeepsNoMoreThanABlock) {
+  Bytes reply = EncodeReplyFrame(ReplyKind::kCommand, 3, Bytes{11, 0, 0}, 0x11223344);
+  reply[0] = 0;
+  ReplyAssembler assembler(ReplyKind::kCommand);
+  EXPECT_EQ(assembler.Add(std::span(reply).first(9)), ReplyAssembler::State::kIncomplete);
+  EXPECT_EQ(assembler.Add(std::span(reply).subspan(9)), ReplyAssembler::State::kPassed);
+  ReplyAssembler flooded(ReplyKind::kCommand);
+  EXPECT_EQ(flooded.Add(Bytes(100000, 0x24)), ReplyAssembler::State::kIncomplete);
+  EXPECT_LE(flooded.block().size(), kMaxReplyBlock);
 }
 
 }  // namespace
