@@ -7,8 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <span>
-#include <string>
-#include <string_view>
 #include <vector>
 
 namespace fuzz {
@@ -53,14 +51,6 @@ class Input {
     std::uint64_t value = 0;
     for (std::size_t i = 0; i < sizeof(T); ++i) value = (value << 8U) | Byte();
     return static_cast<T>(value);
-  }
-
-  /// The text up to the next line feed, which is dropped; the rest when there is none.
-  std::string Line() {
-    const auto end = std::find(rest_.begin(), rest_.end(), '\n');
-    const Bytes line = Take(static_cast<std::size_t>(end - rest_.begin()));
-    Take(1);
-    return {line.begin(), line.end()};
   }
 
  private:

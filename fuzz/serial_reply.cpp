@@ -3,6 +3,7 @@
 // Input: options, then pieces of the stream: 0 nothing came in time, 251 a good reply (code, size, contents),
 // 252 the same with one byte changed (position, mask), 253 the same cut short (size left), any other number
 // so many bytes.
+#include <string>
 #include <utility>
 
 #include "fuzz/input.h"

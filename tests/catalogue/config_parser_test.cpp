@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <stdexcept>
-#include <tuple>
 
 #include "tests/catalogue/table_file.h"
 
@@ -41,41 +40,14 @@ std::string Ids(const ConfigParser::VarList& vars) {
 }
 
 TEST(ConfigParser, TellsAMissingFileFromAnEmptyTable) {
-  testing::internal::CaptureStdout();
   EXPECT_FALSE(ConfigParser("no such table.csv").ExtractConfigInfo());
   EXPECT_FALSE(ConfigParser("/").ExtractConfigInfo()) << "a folder";
-  const std::string said = kLoad + "(): error with csv_reader_, loc = ";
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), said + "no such table.csv\n" + said + "/\n");
   for (const std::string& text : {TableText({}), std::string()}) {
     const TableFile file(text);
     ConfigParser catalogue(file.path());
     EXPECT_TRUE(catalogue.ExtractConfigInfo());
     EXPECT_THAT(catalogue.var_map(), IsEmpty());
   }
-}
-
-TEST(ConfigParser, FillsARecordFromItsRow) {
-  const Loaded table({"0,Page,Group",
-                      "GroupID=3;Index=12;Get=0x07;Set=0x21;SetIndex=4;VarName=Motor speed;Permission=1;"
-                      "VarType=uint16;DefaultValue=600;Unit=rpm;Coefficient=0.5;SetCoefficient=0.25;"
-                      "FunctionModule=1_1_5_3;VarLen=2;TimerUpdate=1",
-                      "Index=1;Get=0x07;TimerUpdate=2"});
-  const VarInfo& var = table["3-12"];
-  EXPECT_EQ(
-      var.get_cmd + var.set_cmd + var.var_type + var.var_name + var.unit + var.default_val + var.current_val,
-      "0x070x21uint16Motor speed (rpm)600600");
-  EXPECT_THAT((std::vector{var.index, var.set_index, var.permission, var.component_type}),
-              ElementsAre(12, 4, 1, 3));
-  EXPECT_EQ(std::tuple(var.coefficient, var.set_coefficient, var.var_len, var.timer_update),
-            std::tuple(0.5F, 0.25F, 2U, true));
-  EXPECT_EQ(table.catalogue.FindByName("Motor speed"), &var);
-  EXPECT_EQ(table.output, "");
-
-  const VarInfo& bare = table["1-1"];
-  EXPECT_EQ(std::tuple(bare.coefficient, bare.set_coefficient, bare.var_len, bare.timer_update),
-            std::tuple(1.0F, 1.0F, 0U, false))
-      << "an update of 2 is not 1";
-  EXPECT_EQ(bare.set_index, -1);
 }
 
 TEST(ConfigParser, ReadsTheNotationsOfCells) {
@@ -104,42 +76,6 @@ TEST(ConfigParser, ReadsTheNotationsOfCells) {
     EXPECT_EQ(std::pair(var.range_min, var.range_max), c.range);
     EXPECT_EQ(var.option_labels, c.labels);
   }
-}
-
-TEST(ConfigParser, PutsVariablesOnTheirPages) {
-  std::vector<std::string> rows = {"0,Network,Address,Time", "0,Scan,Motor"};
-  for (const char* place : {"1_1_1_0", "1_1_2_1|2_1_7_1", "1_3_1_0", "0_1_1_0", "3_1_1_0", "1_1_8_6", "1_1_4",
-                            "|1_2_9_3_9|", "1_-5_1_0", "-2147483648_1_1_0"}) {
-    rows.push_back("Get=7;Index=" + std::to_string(rows.size() - 1) + ";FunctionModule=" + place);
-  }
-  const Loaded table(rows);
-  EXPECT_THAT(table.catalogue.module_titles(),
-              ElementsAre(ElementsAre("Network", "Address", "Time"), ElementsAre("Scan", "Motor")));
-  const auto& modules = table.catalogue.module_vars();
-  ASSERT_EQ(modules.size(), 2U);
-  EXPECT_EQ(Ids(modules[0][0]) + "/ " + Ids(modules[0][1]) + "/ " + Ids(modules[1][0]),
-            "1-1 1-2 / 1-8 / 1-2 ");
-  EXPECT_EQ(Ids(table.catalogue.standalone_vars()), "1-6 ");
-  EXPECT_EQ(table["1-2"].module_places.at({1, 0}), 7);
-  EXPECT_EQ(table["1-3"].module_places.at({0, 2}), 1) << "kept, though no page has the place";
-  EXPECT_THAT(table["1-7"].module_places, IsEmpty());
-  EXPECT_FALSE(table["1-8"].has_switch) << "only a switch has a fifth number";
-}
-
-TEST(ConfigParser, LaysOutPayloadsByTheirIndexes) {
-  const Loaded table({"Index=7;Get=0x07;Set=0x21;SetIndex=2;VarLen=4",
-                      "Index=3;Get=0x07;Set=0x21;SetIndex=3;VarLen=2",
-                      "Index=12;Get=0x07;Set=0x21;SetIndex=1;VarLen=1", "Index=2;Get=0x010;VarLen=4",
-                      "Index=1;Get=0x010;VarLen=2", "Index=20;Set=0x21;VarLen=3",
-                      "Index=30;Set=0x0100;SetIndex=1;VarLen=3"});
-  EXPECT_EQ(Ids(table.catalogue.get_cmd_map().at("0x07")), "1-3 1-7 1-12 ");
-  EXPECT_EQ(Ids(table.catalogue.set_cmd_map().at("0x21")), "1-20 1-12 1-7 1-3 ");
-  // A four-byte reply begins with its code.
-  const std::map<std::string, std::uint32_t> get_starts = {
-      {"1-3", 0}, {"1-7", 2}, {"1-12", 6}, {"1-1", 4}, {"1-2", 6}};
-  for (const auto& [id, start] : get_starts) EXPECT_EQ(table[id].get_start_pos, start) << id;
-  const std::map<std::string, std::uint32_t> set_starts = {{"1-12", 3}, {"1-3", 8}, {"1-30", 0}};
-  for (const auto& [id, start] : set_starts) EXPECT_EQ(table[id].set_start_pos, start) << id;
 }
 
 TEST(ConfigParser, NamesWriteOnlyVariablesApart) {

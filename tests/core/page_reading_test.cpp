@@ -58,15 +58,6 @@ class PageReadingTest : public QObject {
     QCOMPARE(fixture.Shown("Start Count"), "4711");
   }
 
-  void RefusedCommandLeavesTheOtherRows() {
-    ControllerFixture fixture({"0x0B=error:9"});
-    fixture.sensor->SetValue("SN", "QU-TEST-2");
-    QVERIFY(fixture.ConnectOn());
-    fixture.manager->GetLidarModuleInfo(0);
-    QCOMPARE(fixture.Shown("SN"), "QU-TEST-2");
-    QVERIFY(fixture.errors.isEmpty());  // no read failure disturbs the user
-  }
-
   void ShortReplyIsReportedAndNothingElseChanges() {
     ControllerFixture fixture({"0x0C=lying-length:-4"});  // cuts into the last field
     QVERIFY(fixture.ConnectOn());

@@ -42,25 +42,6 @@ class SettingsTest : public QObject {
     QCOMPARE(written.value("point_cloud_baudrate").toString(), "3000000");
     QCOMPARE(file.Load().ip_address, std::string("10.0.0.7"));
   }
-
-  void SettersOfTheFace() {
-    ControllerFixture fixture;
-    VarkelManager& manager = *fixture.manager;
-    QSignalSpy error_changed(&manager, &VarkelManager::errorMessageChanged);
-    QSignalSpy download_changed(&manager, &VarkelManager::isDownloadLogChanged);
-    for (const char* port : {"70000", "x", "99999999999"}) manager.setUdpPort(port);
-    QCOMPARE(fixture.errors, (QStringList{"invalid stoi argument", "stoi argument out of range"}));
-    QCOMPARE(fixture.log.last(), "ERROR stoi argument out of range");
-    QCOMPARE(manager.udpPort(), "4464");
-    manager.set_baud_rate("x");
-    QCOMPARE(manager.baud_rate(), "0");
-    error_changed.clear();
-    manager.setErrorMsg("");
-    QCOMPARE(manager.errorMessage(), "");
-    QCOMPARE(error_changed.count(), 0);
-    for (const bool on : {false, true}) manager.setIsDownloadLog(on);
-    QCOMPARE(download_changed.count(), 1);
-  }
 };
 
 const RegisterTest<SettingsTest> registered;

@@ -63,9 +63,6 @@ Function Standby(int value) {
 Function SpinRate(int value) {
   return [=](auto& sensor) { return sensor.SetSpinRate(value), Lines{}; };
 }
-Function ReturnMode(int value) {
-  return [=](auto& sensor) { return sensor.SetReturnMode(value), Lines{}; };
-}
 Function ImuRange(int angular, int accel) {
   return [=](auto& sensor) { return sensor.SetImuRange(angular, accel), Lines{}; };
 }
@@ -107,7 +104,6 @@ TEST(SmallSensor, SendsReadsAndTells) {
   const Lines silence;
   const Lines file_wrong = Error("get calibration", -2);
   const Lines safety_wrong = Error("get function safety", -2);
-  const Lines imu_set = {"success: IMU range set successfully"};
   const Lines angular_wrong = {"error: Invalid angular range index"};
   const Lines accel_wrong = {"error: Invalid acceleration range index"};
   const Bytes here = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 192, 168, 0, 7, 0x09, 0x40};
@@ -119,8 +115,6 @@ TEST(SmallSensor, SendsReadsAndTells) {
     Lines result{};
   } cases[] = {
       {Standby(0), {0, 0, 0}, {3, 0, 0}, silence},
-      {Standby(-1), {11, 0, 0}, {3, 11, 0}, silence},
-      {ReturnMode(0), {8, 0, 0}, {3, 8, 0}, silence},
       {SpinRate(1), {10, 0, 0, 0}, {3, 10, 1}, Error("set lidar spin rate", -2)},
       {Correction(), {7, 0, 3, 0xDE, 0x00, 0x0A, 9}, {2, 7}, silence, {"0", std::string("\xDE\0\n", 3)}},
       {Correction(), {7, 0, 2, 1, 2, 3, 4}, {2, 7}, file_wrong, {"-2"}},
@@ -133,22 +127,12 @@ TEST(SmallSensor, SendsReadsAndTells) {
       {Safety, {8, 0xA1, 2, 0x34, 0x12, 0xFF, 0xFF, 9}, {2, 8}, silence, {"Shutdown", "0x1234", "0xFFFF"}},
       {Safety, {8, 0xA1, 3}, {2, 8}, silence, {"3"}},
       {Safety, {8, 0xA2, 0}, {2, 8}, safety_wrong},
-      {ImuRange(5, 3), {11, 0, 0, 0}, {2, 11, 8, 3}, imu_set},
       {ImuRange(0, 0), {11, 0, 0, 0, 0}, {2, 11, 0, 0}, Error("set IMU range", -2)},
       {ImuRange(6, 9), {}, {}, angular_wrong},
       {ImuRange(0, -1), {}, {}, accel_wrong},
       {BaudRate, {1, 2, 0xF0, 0x2F, 0xAF, 0x08}, {0xFF, 0, 1}, silence, {"4029656840"}},
-      {SetBaudRate(" 3125000 "),
-       {},
-       {0xFF, 0, 1, 0x39, 0x00, 0x2F, 0xAF, 0x08},
-       {"success: set baud rate successful"}},
       {Destination, here, {8}, silence, {"192.168.0.7", "2368"}},
       {Destination, Bytes(here.begin(), here.end() - 1), {8}, Error("get destination config", -2)},
-      {SetDestination("10.0.0.255", 65535),
-       {},
-       {0x20, 10, 0, 0, 255, 0xFF, 0xFF},
-       {"success: set destination IP and port successful"},
-       {"done"}},
   };
   for (const auto& [call, reply, sent, told, result] : cases) {
     SCOPED_TRACE(testing::PrintToString(sent) + " " + testing::PrintToString(reply));
@@ -157,6 +141,11 @@ TEST(SmallSensor, SendsReadsAndTells) {
     EXPECT_EQ(call(fixture.sensor), result);
     EXPECT_EQ(fixture.Requests(), sent.empty() ? std::vector<Bytes>{} : std::vector<Bytes>{sent});
     EXPECT_EQ(fixture.report.Take(), told);
+    // Cut short anywhere a reply says less or is reported; under the sanitizer no byte behind it is read.
+    for (std::size_t size = 0; size < reply.size(); ++size) {
+      fixture.Answer(Bytes(reply.begin(), reply.begin() + static_cast<std::ptrdiff_t>(size)));
+      EXPECT_TRUE(call(fixture.sensor) != result || !fixture.report.Take().empty() || result.empty()) << size;
+    }
   }
 }
 
@@ -195,7 +184,6 @@ TEST(SmallSensor, RefusesWithTheWordsOfTheFunction) {
     std::string only{};  ///< in KTC; none: the connection becomes KTC instead
   } cases[] = {{Standby(1), upgrade},
                {SpinRate(1), upgrade},
-               {ReturnMode(1), upgrade},
                {Correction(), upgrade},
                {Safety, upgrade},
                {ImuRange(0, 0), upgrade, "Marvo IMU range setting is only supported in KTC_SERIAL mode"},
@@ -267,11 +255,8 @@ TEST(SmallSensorInfo, ShowsPlaceholdersThenWhatWasRead) {
   EXPECT_EQ(fixture.info.Info(),
             (Rows{{"Serial Number", "Z-0042"}, {"Destination IP", "10.0.0.0"}, {"UDP Port", "80"}}));
   EXPECT_EQ(fixture.info.Versions(), (Rows{{"PBL Version", "1.2.5"}}));
-  Bytes version_request = {15, 5};
-  version_request.resize(27);
-  EXPECT_EQ(fixture.Sent(), (std::vector<Command>{{2, {10, 1}}, {2, version_request}}));
   for (const Ktc& request : fixture.SentKtc()) EXPECT_TRUE(request.silent);
-
+  fixture.Sent();
   EXPECT_EQ(fixture.Round(), Lines{});  // nothing new, and the PBL version is not asked for again
   EXPECT_EQ(fixture.Sent().size(), 1U);
   fixture.info.Reset();
@@ -279,48 +264,30 @@ TEST(SmallSensorInfo, ShowsPlaceholdersThenWhatWasRead) {
   fixture.activity.BeginUpgrade();
   fixture.Round();
   EXPECT_TRUE(fixture.Sent().empty());
-
-  InfoFixture marvo("Marvo-KTC");
-  marvo.AnswerAll("M1");
-  marvo.Round();
-  EXPECT_EQ(
-      marvo.info.Versions(),
-      (Rows{{"BMB FPGA Version", "1.2.0"}, {"TMB FPGA Version", "1.2.1"}, {"BMB MCU Version", "1.2.2"}}));
-  EXPECT_EQ(marvo.Sent().size(), 4U);
 }
 
-TEST(SmallSensorInfo, LogsAFailingQueryOnce) {
-  InfoFixture fixture("Marvo-KTC");
-  fixture.Answer({}, -3);
-  EXPECT_EQ(
-      fixture.Round(),
-      (Lines{"ERROR Zelto-KTC get SN failed, ret:-3", "ERROR Failed to get BMB FPGA version, ret:-3",
-             "ERROR Failed to get TMB FPGA version, ret:-3", "ERROR Failed to get BMB MCU version, ret:-3"}));
-  EXPECT_EQ(fixture.info.Versions()[0].value, "xxxxxxxx");
-  EXPECT_EQ(fixture.Round(), Lines{});
-  for (const std::string& serial :
-       {std::string(), std::string(2, '\0'), std::string("A\a"), std::string("A\x80")}) {
-    fixture.Answer({}, -3);
-    fixture.Round();  // another failure in between, so that each of these is news
-    fixture.AnswerAll(serial);
-    EXPECT_EQ(fixture.Round().front(), "ERROR Zelto-KTC SN invalid after validation");
-    EXPECT_EQ(fixture.info.Info()[0].value, "xxxxxxxx");
-  }
-}
-
-TEST(SmallSensorInfo, AsksAgainForAVersionThatWasLost) {
+TEST(SmallSensorInfo, TellsOfAFailureOnceAndAsksAgainForVersions) {
   InfoFixture fixture("Zelto");
   fixture.Answer({}, -2);
   EXPECT_EQ(fixture.Round(), (Lines{"ERROR Zelto-KTC get SN failed, ret:-2", "pbl begins",
                                     "ERROR get pbl version error, ret:-2", "pbl ends"}));
-  fixture.AnswerAll("Z1");
-  EXPECT_EQ(fixture.Round(), (Lines{"changed", "pbl begins", "changed", "pbl ends"}));
-  EXPECT_EQ(fixture.Round(), Lines{});
-
-  InfoFixture deaf("Zelto");  // a sensor without that query is not held up by it for good
-  deaf.Answer({}, -2);
-  for (int round = 0; round < 5; ++round) deaf.Round();
-  EXPECT_EQ(deaf.Sent().size(), 5U + SmallSensorInfo::kVersionTries);
+  for (int round = 1; round < 5; ++round) {
+    for (const std::string& line : fixture.Round()) EXPECT_FALSE(line.starts_with("ERROR")) << line;
+  }
+  EXPECT_EQ(fixture.Sent().size(), 5U + SmallSensorInfo::kVersionTries) << "a deaf sensor is not held up";
+  InfoFixture again("Zelto");
+  again.Answer({}, -2);
+  again.Round();
+  again.AnswerAll("Z1");
+  EXPECT_EQ(again.Round(), (Lines{"changed", "pbl begins", "changed", "pbl ends"}));
+  for (const std::string& serial :
+       {std::string(), std::string(2, '\0'), std::string("A\a"), std::string("A\x80")}) {
+    again.Answer({}, -3);
+    again.Round();  // another failure in between, so that each of these is news
+    again.AnswerAll(serial);
+    EXPECT_EQ(again.Round(), Lines{"ERROR Zelto-KTC SN invalid after validation"});
+    EXPECT_EQ(again.info.Info()[0].value, "Z1");
+  }
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <future>
 #include <stdexcept>
 
-#include "libquarn/Platform/src/hex_text.h"
 #include "tests/quarn/fake_peer.h"
 #include "tests/quarn/test_support.h"
 
@@ -61,16 +60,10 @@ void CheckExchange(std::uint8_t version, const ExchangeCase& c, bool with_header
                std::to_string(version));
   FakePeer peer(version, [&](const Request&) { return c.answer; });
   const auto client = Connect(peer, version, 1000);
-  std::string log;
-  client->SetLogCallback([&](const std::string& line) { log += line + "\n"; });
   Bytes result = kBefore;
   EXPECT_EQ(client->QueryCommand(Bytes{0xAB}, result, 0x31, with_header), c.ret);
   EXPECT_EQ(result, with_header ? c.with_header : c.without_header);
   EXPECT_EQ(client->LastReturnCode(), c.last_return_code);
-  EXPECT_EQ(log, (version == 1 ? "SEND: 47 74 31 00 00 00 00 01 ab \nRECV: "
-                               : "SEND: 57 75 01 31 00 00 00 00 00 00 00 01 ab \nRECV: ") +
-                     (c.ret == 0 ? HexLine(result) : "ret_code is " + std::to_string(c.last_return_code)) +
-                     "\n");
 }
 
 // Side by side, since many of them wait for a time-out.
@@ -170,27 +163,14 @@ TEST(KtcClient, ConnectsOnceTheAddressIsKnown) {
   EXPECT_TRUE(test::Eventually([&] { return client->IsOpen(); }));
 }
 
-// By itself when its time is over, at once when it is destroyed.
-TEST(KtcClient, GivesUpWithAReason) {
+TEST(KtcClient, GivesUpWhenItsTimeIsOver) {
   const test::SilentAddress silent;
-  const struct {
-    std::string ip;
-    std::uint32_t type;
-    float patience_s;
-    std::string last_line;
-  } kCases[] = {{"", 0, 0, "4 ktc connect : get lidar ip timeout"},
-                {"127.0.0.1", 0, 0, "4 ktc connect exit 2"},
-                {"127.0.0.1", 7, 0, "4 ktc connect exit 2"},
-                {"", 0, -1, "4 ktc connect exit 1"},
-                {"127.0.0.1", 0, -1, "4 ktc connect exit 2"}};
-  for (const auto& c : kCases) {
+  for (const auto& [ip, reason] :
+       {std::pair("", "4 ktc connect : get lidar ip timeout"), {"127.0.0.1", "4 ktc connect exit 2"}}) {
     const test::LogLines log;
-    auto client = MakeClient(silent.port(), 1, 2000, c.patience_s, c.ip, c.type);
-    EXPECT_TRUE(
-        test::Eventually([&] { return log.Has(c.last_line) || (c.patience_s < 0 && !log.All().empty()); }));
+    const auto client = MakeClient(silent.port(), 1, 2000, 0, ip);
+    EXPECT_TRUE(test::Eventually([&] { return log.Has(reason); })) << reason;
     EXPECT_FALSE(client->IsOpen());
-    EXPECT_LT(test::TimeOf([&] { client.reset(); }), test::kAtOnce);
-    EXPECT_TRUE(log.Has(c.last_line)) << c.last_line;
   }
 }
 

@@ -1,16 +1,43 @@
 #include "libquarn/Source/src/serial_source.h"
 
 #include <gtest/gtest.h>
+#ifndef _WIN32
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <cstdarg>
+#endif
+
+#include <atomic>
 #include <future>
 #include <numeric>
 #include <string>
+#include <thread>
 
 #include "libquarn/Source/src/serial_frame.h"
 #include "tests/quarn/bytes.h"
 #include "tests/quarn/test_support.h"
 #include "tests/support/pseudo_terminal.h"
 #include "tests/support/wine.h"
+
+namespace {
+std::atomic<int> line_takes_ms{0};
+}  // namespace
+
+#ifndef _WIN32
+// In the C library's place: the system may take its time to open a line and to clear its input.
+extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept {
+  va_list arguments;
+  va_start(arguments, request);
+  void* const argument = va_arg(arguments, void*);
+  va_end(arguments);
+  if (request == TCFLSH || request == TIOCEXCL) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(line_takes_ms));
+  }
+  return static_cast<int>(syscall(SYS_ioctl, descriptor, request, argument));
+}
+#endif
 
 namespace quarn::lidar {
 namespace {
@@ -45,8 +72,9 @@ TEST(SerialPort, TakesAnyRateUpToFiveMillionAndHasOneUser) {
     const auto port = SerialPort::Open(line.name(), rate);
     ASSERT_TRUE(port) << rate;
     EXPECT_EQ(port->BaudRate(), rate);
+    if (kUnderWine) continue;  // where the other end sees no rate, and a port may be opened twice
     EXPECT_EQ(line.rate(), rate);
-    EXPECT_TRUE(kUnderWine || !SerialPort::Open(line.name(), rate)) << "opened twice";
+    EXPECT_FALSE(SerialPort::Open(line.name(), rate)) << "opened twice";
   }
   EXPECT_FALSE(SerialPort::Open(line.name(), 0));
   EXPECT_FALSE(SerialPort::Open("/dev/null", 9600) || SerialPort::Open("/dev/no-such-port", 9600));
@@ -66,16 +94,6 @@ TEST(SerialSource, MovesEveryByteUnchangedAndEndsAWriteThatNobodyReads) {
   int sent = 256;
   for (int i = 0; i < 4000 && sent == 256; ++i) sent = source.Send(all.data(), 256, 0);
   EXPECT_EQ(sent, -1);
-}
-
-TEST(SerialSource, OpensAtTheRateOfItsType) {
-  const PseudoTerminal line;
-  for (const std::uint32_t type : {0U, 1U, 2U}) {
-    SerialSource source(line.name(), 9600, 115200);
-    source.SetReceiveType(type);
-    EXPECT_EQ(source.Open() && source.IsOpened(), type < 2);
-    EXPECT_EQ(line.rate(), type == 0 ? 115200U : 9600U);
-  }
 }
 
 TEST(SerialSource, TellsRepliesAndDataApart) {
@@ -111,14 +129,17 @@ TEST(SerialSource, PulledLineAndCloseEndAReceiveAtOnce) {
   }
 }
 
+// Both take their time, so that a clearing is under way whenever the port changes: no opening may find it
+// still held or touch what is being cleared.
 TEST(SerialSource, OpensWhileAnotherThreadClears) {
   const PseudoTerminal line;
   SerialSource source(line.name(), 9600, 115200);
+  line_takes_ms = 2;
   std::atomic<bool> done{false};
   auto clearing = std::async(std::launch::async, [&] {
     while (!done) source.Clear(SerialSource::kClearAll);
   });
-  for (int i = 0; i < 300; ++i) EXPECT_TRUE(source.Open());
+  for (int i = 0; i < 50; ++i) EXPECT_TRUE(source.Open());
   done = true;
   clearing.get();
   ASSERT_TRUE(line.Write(Reply(1)));

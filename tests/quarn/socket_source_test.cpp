@@ -15,7 +15,6 @@ namespace {
 
 using test::Bytes;
 using test::FreePort;
-using test::TakenPort;
 
 const std::string kLoopback = "127.0.0.1";
 constexpr int kSecond_us = 1'000'000;
@@ -25,10 +24,10 @@ int Send(SocketSource& source, const Bytes& bytes) {
 }
 
 // The next datagram; a read that finds none yet is tried again, as the tool's readers do.
-Bytes Next(SocketSource& source, UdpPacket& packet, std::uint16_t length = kMaxPacketSize) {
+Bytes Next(SocketSource& source, UdpPacket& packet) {
   int received = 0;
   for (int attempt = 0; attempt < 3 && received <= 0; ++attempt) {
-    received = source.Receive(packet, length, 0, kSecond_us);
+    received = source.Receive(packet, kMaxPacketSize, 0, kSecond_us);
   }
   return {packet.data.begin(), packet.data.begin() + std::max(received, 0)};
 }
@@ -61,11 +60,6 @@ TEST(SocketSource, WaitsOnceIdleAndDrainsAStreamWithoutWaiting) {
     EXPECT_TRUE(packet.sender_port != 0 && !packet.timed_out);
   }
   EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, -1), -1);
-  for (const std::uint16_t length : {std::uint16_t{10}, std::uint16_t{65535}}) {
-    EXPECT_EQ(Send(sender, Bytes(9000, 0x5A)), 9000);
-    EXPECT_EQ(Next(source, packet, length).size(), std::min<std::size_t>(length, kMaxPacketSize));
-    EXPECT_TRUE(IsIdle(source));  // the rest is gone
-  }
 }
 
 TEST(SocketSource, SendsOnceItKnowsWhereAndClosesWhenASendFails) {
@@ -81,13 +75,6 @@ TEST(SocketSource, SendsOnceItKnowsWhereAndClosesWhenASendFails) {
   UdpPacket packet;
   EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 0), -1);
   EXPECT_TRUE(source.IsOpened()) << "a receive opens again";
-}
-
-TEST(SocketSource, OpensUnlessItsPortIsTakenOrItsAddressIsWrong) {
-  const TakenPort taken;
-  EXPECT_FALSE(SocketSource(taken.port(), kLoopback, "").Open());
-  EXPECT_FALSE(SocketSource(0, "127.0.0", "").Open());
-  EXPECT_TRUE(SocketSource(0, "", "239.1.2").Open()) << "a wrong group only goes to the log";
 }
 
 TEST(SocketSource, ReceivesItsGroupAndNoOther) {

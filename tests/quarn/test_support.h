@@ -52,24 +52,9 @@ inline void ExpectEndsAtOnce(const std::function<void()>& blocking, const std::f
             kAtOnce);
 }
 
-/// Holds a datagram port of its own, without sharing it.
-struct TakenPort {
-  TakenPort() { platform::BindDatagramPort(socket, "", 0, ""); }
-  ~TakenPort() {
-    platform::CloseSocket(socket);
-    platform::CleanUpSockets();
-  }
-  TakenPort(const TakenPort&) = delete;
-  TakenPort& operator=(const TakenPort&) = delete;
-  std::uint16_t port() const { return platform::LocalPort(socket); }
-
-  const bool started = platform::StartUpSockets();
-  const platform::SocketHandle socket = platform::CreateUdpSocket();
-};
-
-/// A datagram port that nobody holds.
+/// A port that nobody holds.
 inline std::uint16_t FreePort() {
-  return TakenPort().port();
+  return platform::TcpListener::Listen("127.0.0.1", 0)->port();
 }
 
 /// Collects the log lines of its lifetime as "level text".

@@ -17,7 +17,6 @@ std::string Outcome(Read read, const char* text) {
   }
 }
 
-// What the standard library reads alike, fuzz/model_table.cpp compares.
 TEST(TextNumber, ReadsOrSaysWhyNot) {
   const struct {
     const char *text, *as_int, *as_float, *as_double;

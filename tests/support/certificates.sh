@@ -3,7 +3,6 @@
 #   ca.pem, other-ca.pem            two authorities
 #   server.pem/.key, expired.pem    of ca: a peer for 127.0.0.1, good and out of date (one key for both)
 #   client.pem/.key                 of ca: the tool's own identity
-#   other.key, other-kind.key       keys that fit no certificate, the second of another algorithm
 #   locked.key                      client.key, locked with a pass phrase
 set -euo pipefail
 mkdir -p "$1"
@@ -29,6 +28,4 @@ leaf server server.key 30
 leaf expired server.key -1
 key client.key
 leaf client client.key 30
-key other.key
-openssl genpkey -algorithm ED25519 -out other-kind.key 2>&3
 openssl pkey -in client.key -aes256 -passout pass:secret -out locked.key 2>&3

@@ -65,23 +65,6 @@ class StartupTest : public QObject {
       QCOMPARE(arguments::ModuleName(pointers), name);
     }
   }
-
-  void MissingFont() {
-    const QRegularExpression warning("Font file missing: \"Tag\" absolutePath: .*(nowhere.ttf|fonts)");
-    for (const char* path : {"nowhere.ttf", "fonts"}) {  // the latter is a folder
-      QTest::ignoreMessage(QtWarningMsg, warning);
-      QCOMPARE(startup::loadApplicationFont(path, "Tag"), -1);
-    }
-    QVERIFY(startup::loadApplicationFont(startup::kRegularFont, "Tag") >= 0);
-  }
-
-  void PaletteLeavesSomeRolesAlone() {
-    const QPalette palette = startup::DarkPalette();
-    QCOMPARE(palette.color(QPalette::Disabled, QPalette::Text), QColor("#EEEEEE"));
-    for (const auto role : {QPalette::Shadow, QPalette::Link, QPalette::LinkVisited, QPalette::ToolTipText}) {
-      QCOMPARE(palette.color(role), QPalette().color(role));
-    }
-  }
 };
 const RegisterTest<StartupTest> registration;
 
