@@ -91,8 +91,8 @@ std::vector<std::uint8_t> EncodeTcpPacket(const TcpSegment& segment, std::uint16
   constexpr std::uint8_t kHops = 64;
   constexpr std::uint16_t kWindow = 0xFFFF;
   const Bytes payload = segment.payload.first(std::min(segment.payload.size(), kLargestSegment));
-  std::vector<std::uint8_t> packet(kIpHeader + kTcpHeader);
-  packet.insert(packet.end(), payload.begin(), payload.end());
+  std::vector<std::uint8_t> packet(kIpHeader + kTcpHeader + payload.size());
+  std::copy(payload.begin(), payload.end(), packet.begin() + kIpHeader + kTcpHeader);
   const std::span<std::uint8_t> ip = std::span(packet).first(kIpHeader);
   const std::span<std::uint8_t> tcp = std::span(packet).subspan(kIpHeader);
   ip[0] = kIpVersionAndSize;
