@@ -64,8 +64,9 @@ hold_line() { # LINK TCP-PORT
 VARKEL_LINES=
 tcp_port=$((20000 + $$ % 1000 * 10))
 for port in "${ports[@]}"; do
+  tcp_port=$((tcp_port + 1))
   ln -sfn "$lines/$port" "$WINEPREFIX/dosdevices/${port,,}"
-  hold_line "$lines/$port" $((++tcp_port)) >"$place/line-$port.log" 2>&1 </dev/null &
+  hold_line "$lines/$port" "$tcp_port" >"$place/line-$port.log" 2>&1 </dev/null &
   held_lines+=($!)
   VARKEL_LINES+="$port:$tcp_port "
 done

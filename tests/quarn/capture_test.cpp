@@ -30,7 +30,10 @@ struct Rig {
       : recorder([this](const std::string& text) { said.push_back(text); }, largest) {
     EXPECT_EQ(recorder.Start(path), "");
   }
-  ~Rig() { std::filesystem::remove(path); }
+  ~Rig() {
+    recorder.Stop();
+    std::filesystem::remove(path);
+  }
 
   std::string File() const {
     std::ostringstream text;
