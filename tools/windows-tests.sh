@@ -22,12 +22,12 @@ quietly() {
   shift
   "$@" >"$log" 2>&1 </dev/null || { cat "$log" >&2; exit 1; }
 }
-held_lines=()
+line_host=
 screen=
 end() {
   "$server" -k >/dev/null 2>&1 || true
   local process
-  for process in "${held_lines[@]}" $screen; do kill "$process" 2>/dev/null || true; done
+  for process in $line_host $screen; do kill "$process" 2>/dev/null || true; done
 }
 trap end EXIT
 "$server" -k >/dev/null 2>&1 || true
@@ -52,25 +52,19 @@ quietly documents.log "$wine" reg add \
   'HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders' \
   /v Personal /t REG_EXPAND_SZ /d '%VARKEL_DOCUMENTS%' /f
 
-# Serial ports are links to pseudo-terminals, whose far ends tests reach over TCP, one connection at a time.
-hold_line() { # LINK TCP-PORT
-  trap 'kill "$socat"; exit' TERM
-  while :; do
-    socat -t0 "PTY,link=$1,raw,echo=0" "TCP-LISTEN:$2,bind=127.0.0.1,reuseaddr,sndbuf=4096" &
-    socat=$!
-    wait "$socat" || sleep 0.1
-  done
-}
-VARKEL_LINES=
-tcp_port=$((20000 + $$ % 1000 * 10))
+# Serial ports are links: to a name that leads to the pseudo-terminal that the host has made for a test.
+build/windows/line_host "$lines" "${ports[@]}" >"$place/line_host.log" 2>&1 </dev/null &
+line_host=$!
 for port in "${ports[@]}"; do
-  tcp_port=$((tcp_port + 1))
   ln -sfn "$lines/$port" "$WINEPREFIX/dosdevices/${port,,}"
-  hold_line "$lines/$port" "$tcp_port" >"$place/line-$port.log" 2>&1 </dev/null &
-  held_lines+=($!)
-  VARKEL_LINES+="$port:$tcp_port "
 done
-export VARKEL_LINES
+for _ in $(seq 100); do
+  VARKEL_LINE_HOST=$(sed -n 's/^port //p' "$place/line_host.log")
+  [ -z "$VARKEL_LINE_HOST" ] || break
+  sleep 0.05
+done
+export VARKEL_LINE_HOST
+[ -n "$VARKEL_LINE_HOST" ] || { cat "$place/line_host.log" >&2; exit 1; }
 
 failed=0
 for ((run = 1; run <= times; ++run)); do

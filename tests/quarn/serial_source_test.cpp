@@ -72,9 +72,8 @@ TEST(SerialPort, TakesAnyRateUpToFiveMillionAndHasOneUser) {
     const auto port = SerialPort::Open(line.name(), rate);
     ASSERT_TRUE(port) << rate;
     EXPECT_EQ(port->BaudRate(), rate);
-    if (kUnderWine) continue;  // where the other end sees no rate, and a port may be opened twice
     EXPECT_EQ(line.rate(), rate);
-    EXPECT_FALSE(SerialPort::Open(line.name(), rate)) << "opened twice";
+    EXPECT_TRUE(kUnderWine || !SerialPort::Open(line.name(), rate)) << "opened twice";
   }
   EXPECT_FALSE(SerialPort::Open(line.name(), 0));
   EXPECT_FALSE(SerialPort::Open("/dev/null", 9600) || SerialPort::Open("/dev/no-such-port", 9600));

@@ -1,52 +1,44 @@
-// Serial lines for tests where the system has no pseudo-terminals: in the place of
-// pseudo_terminal_windows.cpp, which the linker leaves out when a test program brings this file. VARKEL_LINES
-// names the ports whose far ends socat holds beside the tests, and the TCP ports that lead there: "COM3:20003
-// COM4:20004". Each TCP port takes one connection at a time; the line lasts as long as that.
+// The simulated sensor's serial lines where the system has no pseudo-terminals: in the place of
+// pseudo_terminal_windows.cpp, which the linker leaves out when a test program brings this file.
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
-#include <sstream>
+#include <mutex>
 #include <thread>
 
 #include "libquarn/Platform/src/pseudo_terminal.h"
-#include "libquarn/Platform/src/socket.h"
+#include "tests/support/hosted_line.h"
 
 namespace quarn::platform {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds kBreath{1};  // lets a writer have its turn
+constexpr std::size_t kBlockSize = 4096;
+
+}  // namespace
 
 struct PseudoTerminal::Native {
-  Native() { StartUpSockets(); }
-  ~Native() {
-    CloseSocket(socket);
-    CleanUpSockets();
-  }
-  Native(const Native&) = delete;
-  Native& operator=(const Native&) = delete;
-
-  bool Connect(const std::string& port) {
-    CloseSocket(socket);
-    socket = CreateTcpSocket();
-    SetReceiveBufferSize(socket, 4096);  // a line holds little that nobody reads
-    return ConnectSocket(socket, "127.0.0.1", static_cast<std::uint16_t>(std::stoi(port))) == 0;
+  /// What the client sent and nobody has read yet; asks the host when that is nothing. With the lock held.
+  bool HasBytes() {
+    if (pulled) return false;
+    if (bytes.empty()) {
+      bytes.resize(kBlockSize);
+      bytes.resize(static_cast<std::size_t>(line.Read(bytes)));
+    }
+    return !bytes.empty();
   }
 
-  SocketHandle socket = kInvalidSocket;
   std::atomic<bool> pulled{false};
+  std::mutex mutex;  // guards what follows: one request at a time
+  test::HostedLine line;
+  std::vector<std::uint8_t> bytes;
 };
 
 std::unique_ptr<PseudoTerminal> PseudoTerminal::Create() {
-  const char* const lines = std::getenv("VARKEL_LINES");
   auto native = std::make_unique<Native>();
-  // All may be taken, or between two connections.
-  for (int attempt = 0; attempt < 200 && lines != nullptr; ++attempt) {
-    std::istringstream words(lines);
-    for (std::string line; words >> line;) {
-      const std::size_t colon = line.find(':');
-      if (!native->Connect(line.substr(colon + 1))) continue;
-      return std::unique_ptr<PseudoTerminal>(new PseudoTerminal(std::move(native), line.substr(0, colon)));
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return nullptr;
+  const std::string name = native->line.name();
+  return std::unique_ptr<PseudoTerminal>(new PseudoTerminal(std::move(native), name));
 }
 
 PseudoTerminal::PseudoTerminal(std::unique_ptr<Native> native, std::string name)
@@ -55,28 +47,46 @@ PseudoTerminal::PseudoTerminal(std::unique_ptr<Native> native, std::string name)
 PseudoTerminal::~PseudoTerminal() = default;
 
 int PseudoTerminal::WaitReadable(std::int64_t timeout_us) {
-  const int wait_ms = static_cast<int>(timeout_us < 0 ? -1 : timeout_us / 1000);
-  const int ready = platform::WaitReadable(native_->socket, wait_ms);
-  return native_->pulled ? -1 : ready;
+  const auto deadline = Clock::now() + std::chrono::microseconds(timeout_us);
+  while (!native_->pulled) {
+    {
+      const std::lock_guard lock(native_->mutex);
+      if (native_->HasBytes()) return 1;
+    }
+    if (timeout_us >= 0 && Clock::now() >= deadline) return 0;
+    std::this_thread::sleep_for(kBreath);
+  }
+  return -1;
 }
 
 int PseudoTerminal::Read(std::span<std::uint8_t> buffer) {
-  if (platform::WaitReadable(native_->socket, 0) == 0) return 0;
-  const int count = ReceiveBytes(native_->socket, buffer, 0);
-  return native_->pulled || count <= 0 ? -1 : count;
+  const std::lock_guard lock(native_->mutex);
+  if (native_->pulled) return -1;
+  const std::size_t count = std::min(buffer.size(), native_->bytes.size());
+  std::copy_n(native_->bytes.begin(), count, buffer.begin());
+  native_->bytes.erase(native_->bytes.begin(), native_->bytes.begin() + static_cast<std::ptrdiff_t>(count));
+  return static_cast<int>(count);
 }
 
-bool PseudoTerminal::Write(std::span<const std::uint8_t> bytes, std::int64_t timeout_us) {
-  SetSocketSendTimeout(native_->socket, static_cast<std::uint32_t>(timeout_us / 1000));
-  return SendBytes(native_->socket, bytes, 0) == static_cast<int>(bytes.size());
+bool PseudoTerminal::Write(std::span<const std::uint8_t> bytes, std::int64_t /*the host's own patience*/) {
+  const std::lock_guard lock(native_->mutex);
+  while (!bytes.empty() && !native_->pulled) {
+    const auto block = bytes.first(std::min(bytes.size(), kBlockSize));
+    if (!native_->line.Write(block)) return false;
+    bytes = bytes.subspan(block.size());
+  }
+  return bytes.empty();
 }
 
 std::uint32_t PseudoTerminal::BaudRate() {
-  return 0;  // stays on the other side
+  const std::lock_guard lock(native_->mutex);
+  return native_->pulled ? 0 : native_->line.BaudRate();
 }
 
 void PseudoTerminal::Pull() {
-  if (!native_->pulled.exchange(true)) ShutdownSocket(native_->socket);
+  if (native_->pulled.exchange(true)) return;
+  const std::lock_guard lock(native_->mutex);
+  native_->line.Pull();
 }
 
 }  // namespace quarn::platform

@@ -9,14 +9,24 @@
 #include <string>
 #include <vector>
 
+#ifdef _WIN32
+#include "tests/support/hosted_line.h"
+#else
 #include "libquarn/Platform/src/pseudo_terminal.h"
+#endif
 
 namespace quarn::test {
+
+#ifdef _WIN32
+using Line = HostedLine;
+#else
+using Line = platform::PseudoTerminal;
+#endif
 
 /// A serial line: the code under test opens `name()`, this is the sensor's end of it.
 class PseudoTerminal {
  public:
-  PseudoTerminal() : line_(platform::PseudoTerminal::Create()) {}
+  PseudoTerminal() : line_(Line::Create()) {}
 
   const std::string& name() const { return line_->name(); }
 
@@ -49,7 +59,7 @@ class PseudoTerminal {
  private:
   static constexpr std::int64_t kPatienceUs = 10'000'000;
 
-  const std::unique_ptr<platform::PseudoTerminal> line_;
+  const std::unique_ptr<Line> line_;
 };
 
 }  // namespace quarn::test
