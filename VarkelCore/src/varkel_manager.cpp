@@ -314,6 +314,7 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   emit lidarClearModel();
   emit lidarModelChanged();
   emit lidarShowModel();
+  d_->console.Forget();
   emit editsChanged();
   // Later: at the start the table is loaded before the window that shows this.
   d_->events.PostLater([this, loaded] {
@@ -777,22 +778,23 @@ void VarkelManager::ZeltoSetReturnMode(int mode) {
   d_->small_sensor.SetReturnMode(mode);
 }
 int VarkelManager::ZeltoGetCorrection(const QString& path) {
-  return d_->small_sensor.GetCorrection(path.toStdString());
+  const auto result = d_->small_sensor.GetCorrection(path.toStdString());
+  return result ? 0 : result.error().code;
 }
 QVariantList VarkelManager::ZeltoGetLidarFunctionSafety() {
-  return TextList(d_->small_sensor.GetLidarFunctionSafety());
+  return TextList(d_->small_sensor.GetLidarFunctionSafety().value_or(std::vector<std::string>()));
 }
 QString VarkelManager::ZeltoGetBaudRate() {
-  return Text(d_->small_sensor.GetBaudRate());
+  return Text(d_->small_sensor.GetBaudRate().value_or(""));
 }
 void VarkelManager::ZeltoSetBaudRateFromUI(const QString& baudRateStr) {
   d_->small_sensor.SetBaudRate(baudRateStr.toStdString());
 }
 QVariantList VarkelManager::ZeltoGetDestinationConfig(bool silent) {
-  return TextList(d_->small_sensor.GetDestinationConfig(silent));
+  return TextList(d_->small_sensor.GetDestinationConfig(silent).value_or(std::vector<std::string>()));
 }
 bool VarkelManager::ZeltoSetDestinationIPandPort(const QString& ip, int port) {
-  return d_->small_sensor.SetDestinationIPandPort(ip.toStdString(), port);
+  return d_->small_sensor.SetDestinationIPandPort(ip.toStdString(), port).has_value();
 }
 void VarkelManager::ZeltoSetUpgradeMode(int mode) {
   d_->upgrade.set_mode(mode);

@@ -70,8 +70,12 @@ class ConnectionTest : public QObject {
     const struct {
       const char* model;
       QStringList shown, hidden;
-    } cases[] = {{"Zelto", {"zeltoPage", "rs485Field", "uartField"}, {"ipField", "restartButton", "tab_0"}},
-                 {"Zelto-KTC", {"zeltoPage", "rs485Field", "ipField"}, {"restartButton", "tab_0"}},
+    } cases[] = {{"Zelto",
+                  {"zeltoPage", "rs485Field", "uartField", "baudRateCombo"},
+                  {"ipField", "restartButton", "tab_0"}},
+                 {"Zelto-KTC",
+                  {"zeltoPage", "ipField", "portField", "udpPortField", "baudRateCombo"},
+                  {"rs485Field", "uartField", "restartButton", "tab_0"}},
                  {"Quenta", {"page_0", "restartButton", "ipField"}, {"zeltoPage", "rs485Field"}}};
     Desk desk;
     desk.ShowPage(2);
