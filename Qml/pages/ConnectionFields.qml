@@ -56,7 +56,7 @@ RowLayout {
         onAccepted: fields.accepted()
     }
 
-    LabelledField {
+    AddressField {
         id: ip
 
         fieldName: "ipField"
