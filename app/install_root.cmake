@@ -1,4 +1,4 @@
-# What the tool finds beside itself, with the model tables: fonts and pictures, copied into the build tree's root
+# What the tool finds beside itself, with the model tables: fonts, pictures and its documents, copied into the build tree's root
 # and installed into the same places.
 set(VARKEL_FONTS "" CACHE PATH "Folder of Roboto-Bold.ttf and Roboto-Regular.ttf, where no package provides them")
 set(font_folders HINTS ${VARKEL_FONTS} PATHS /usr/share/fonts PATH_SUFFIXES truetype/roboto/unhinted/RobotoTTF
@@ -17,3 +17,6 @@ endfunction()
 install_root_file(${ROBOTO_BOLD} fonts/Roboto-Bold-3.ttf)
 install_root_file(${ROBOTO_REGULAR} fonts/Roboto-Regular-14.ttf)
 install_root_file(${CMAKE_SOURCE_DIR}/png/Varkel-LOGO-black.svg png/Varkel-LOGO-black.svg)
+foreach(document model-table protocol serial-protocol varkelctl wireshark)
+  install_root_file(${CMAKE_SOURCE_DIR}/docs/${document}.md docs/${document}.md)
+endforeach()

@@ -1,4 +1,5 @@
 import QtQuick 2.15
+import Varkel.Shell 1.0
 import "."
 
 NoticeWindow {
@@ -13,16 +14,35 @@ NoticeWindow {
         ["GCC's and MinGW-w64's run-time libraries", "GPL 3 with the exception for such libraries"]
     ]
 
-    objectName: "aboutWindow"
-    title: "Varkel"
-    titleColor: Theme.accentPressed
+    readonly property var keys: [
+        ["Ctrl+1 to Ctrl+0", "the first ten pages, or a section"],
+        ["Page Up, Page Down", "the page's rows, a screen at a time"],
+        ["Ctrl+F", "search through all pages"],
+        ["Ctrl+S, F5", "save the page, read it"],
+        ["Ctrl+Z, Ctrl+Shift+Z", "undo and redo a change"],
+        ["Ctrl+Return", "connect or disconnect"],
+        ["F1", "details of the row, shown or hidden"],
+        ["Down", "in the address: those that connected before"]
+    ]
 
     function show() {
-        notify("Version " + Qt.application.version
+        links.folders = About.folders();
+        notify("Version " + Qt.application.version + ", " + About.build
                + "\n\nReads, sets and upgrades lidar sensors over Ethernet and serial lines."
                + "\n\n" + Qt.application.organization
+               + "\n\nKeys\n" + keys.map(key => key[0] + ": " + key[1]).join("\n")
                + "\n\nMade with\n" + madeWith.map(part => part[0] + ": " + part[1]).join("\n")
                + "\n\nThe texts of the licences are in the folder \"licences\" beside the program, with how to replace"
                + " Qt.", "Close");
+    }
+
+    objectName: "aboutWindow"
+    title: "Varkel"
+    titleColor: Theme.accentPressed
+    extra: FolderLinks {
+        id: links
+
+        anchors.left: parent.left
+        anchors.right: parent.right
     }
 }

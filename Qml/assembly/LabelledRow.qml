@@ -23,7 +23,7 @@ Item {
         id: slot
 
         x: parent.width * Theme.labelShare
-        width: parent.width - x
+        width: parent.width * (1 - Theme.labelShare)
         height: parent.height
         spacing: Theme.gapSmall
     }

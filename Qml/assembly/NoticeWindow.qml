@@ -17,7 +17,12 @@ T.Popup {
     property bool cancellable: false // Cancel is the button that Enter presses
     property var waiting: []
     property bool decided: false
-    readonly property real textHeight: Math.min(body.implicitHeight, Theme.noticeTextHeight)
+    property alias extra: extraSlot.data // below the text
+    readonly property real restHeight: titleRow.implicitHeight + extraSlot.implicitHeight + buttonRow.implicitHeight
+                                       + 3 * layout.spacing + Theme.gapSmall + topPadding + bottomPadding
+    readonly property real textHeight: Math.min(body.implicitHeight, Theme.noticeTextHeight,
+                                                parent ? Math.max(Theme.rowHeight, parent.height - restHeight - Theme.margin)
+                                                       : Theme.noticeTextHeight)
 
     signal accepted(var next)
 
@@ -65,8 +70,7 @@ T.Popup {
     anchors.centerIn: parent
     width: Math.min(Theme.noticeWidth, parent ? parent.width - 2 * Theme.margin : Theme.noticeWidth)
     // Added up, as a layout's own height lags behind a text that grows while it is shown.
-    height: titleRow.implicitHeight + textHeight + buttonRow.implicitHeight + 2 * layout.spacing + Theme.gapSmall
-            + topPadding + bottomPadding
+    height: textHeight + restHeight - (extraSlot.visible ? 0 : layout.spacing)
     padding: Theme.margin
     modal: true
     focus: true
@@ -118,6 +122,8 @@ T.Popup {
         id: layout
 
         spacing: Theme.gap
+        Keys.onUpPressed: flick.scroll(-Theme.rowHeight)
+        Keys.onDownPressed: flick.scroll(Theme.rowHeight)
 
         RowLayout {
             id: titleRow
@@ -141,6 +147,12 @@ T.Popup {
         }
 
         Flickable {
+            id: flick
+
+            function scroll(by) {
+                contentY = Math.max(0, Math.min(contentHeight - height, contentY + by));
+            }
+
             Layout.fillWidth: true
             Layout.minimumHeight: notice.textHeight
             Layout.maximumHeight: notice.textHeight
@@ -158,6 +170,14 @@ T.Popup {
                 wrapMode: Text.Wrap
                 lineHeight: 1.25
             }
+        }
+
+        Item {
+            id: extraSlot
+
+            Layout.fillWidth: true
+            implicitHeight: childrenRect.height
+            visible: children.length > 0
         }
 
         RowLayout {

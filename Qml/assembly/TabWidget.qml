@@ -9,6 +9,7 @@ Rectangle {
     property var titles: []
     property var edits: [] // of each page, not saved
     property int currentIndex: 0
+    property string entryName: "tab_" // with its number
 
     signal chosen(int index)
 
@@ -52,7 +53,7 @@ Rectangle {
                 model: tabs.titles
 
                 TabEntry {
-                    objectName: "tab_" + index
+                    objectName: tabs.entryName + index
                     width: column.width
                     text: PlainText.line(modelData)
                     shortcutText: index < 10 ? "Ctrl+" + (index + 1) % 10 : ""

@@ -4,8 +4,8 @@ import QtQuick.Templates 2.15 as T
 import "."
 import "../small_sensor"
 
-// The page of the small serial sensors, which have no table-driven pages.
-Flickable {
+// The page of the small serial sensors, which have no table-driven pages: its sections, and beside them their list.
+Item {
     id: page
 
     property string selectedModel
@@ -15,79 +15,99 @@ Flickable {
     signal refused(string message)
     signal upgradeRequested(url file, string mode, var start)
 
-    objectName: "zeltoPage"
-    contentHeight: column.height + 2 * Theme.margin
-    boundsBehavior: Flickable.StopAtBounds
-    clip: true
-    T.ScrollBar.vertical: DefaultScrollBar {}
+    function showSection(index) {
+        list.show(index);
+    }
 
+    objectName: "zeltoPage"
     Accessible.role: Accessible.Pane
     Accessible.name: selectedModel
 
-    Column {
-        id: column
+    SectionList {
+        id: list
 
-        x: Theme.margin
-        y: Theme.margin - Theme.gapSmall
-        width: page.width * Theme.rowShare
-        spacing: Theme.gap
+        width: Theme.sideBarWidth
+        height: parent.height
+        view: sectionsView
+        sections: column.children
+    }
 
-        Section {
-            width: column.width
-            title: "Lidar Info"
+    Flickable {
+        id: sectionsView
 
-            InfoTable {
+        objectName: "zeltoView"
+        anchors.fill: parent
+        anchors.leftMargin: list.width
+        contentHeight: column.height + 2 * Theme.margin
+        boundsBehavior: Flickable.StopAtBounds
+        clip: true
+        T.ScrollBar.vertical: DefaultScrollBar {}
+
+        Column {
+            id: column
+
+            x: Theme.margin
+            y: Theme.margin - Theme.gapSmall
+            width: sectionsView.width * Theme.rowShare
+            spacing: Theme.gap
+
+            Section {
                 width: column.width
-                fieldName: "zeltoInfo"
-                entries: varkel_manager.ZeltoLidarInfo
-            }
-        }
+                title: "Lidar Info"
 
-        FunctionSection {
-            width: column.width
-            selectedModel: page.selectedModel
-        }
-
-        UpgradeSection {
-            width: column.width
-            selectedModel: page.selectedModel
-            onRefused: page.refused(message)
-            onUpgradeRequested: page.upgradeRequested(file, mode, start)
-        }
-
-        Section {
-            width: column.width
-            title: "Log"
-
-            LabelledRow {
-                width: column.width
-                text: "VK Log Window"
-
-                Item {
-                    Layout.fillWidth: true
-                }
-
-                DefaultToolButton {
-                    objectName: "zeltoLogButton"
-                    text: "Open"
-                    onClicked: page.logRequested()
+                InfoTable {
+                    width: column.width
+                    fieldName: "zeltoInfo"
+                    entries: varkel_manager.ZeltoLidarInfo
                 }
             }
-        }
 
-        Section {
-            width: column.width
-            title: "Send Command"
-
-            GetCmdWidget {
-                id: commandWidget
-
+            FunctionSection {
                 width: column.width
+                selectedModel: page.selectedModel
+            }
+
+            UpgradeSection {
+                width: column.width
+                selectedModel: page.selectedModel
+                onRefused: page.refused(message)
+                onUpgradeRequested: page.upgradeRequested(file, mode, start)
+            }
+
+            Section {
+                width: column.width
+                title: "Log"
+
+                LabelledRow {
+                    width: column.width
+                    text: "VK Log Window"
+
+                    Item {
+                        Layout.fillWidth: true
+                    }
+
+                    DefaultToolButton {
+                        objectName: "zeltoLogButton"
+                        text: "Open"
+                        onClicked: page.logRequested()
+                    }
+                }
+            }
+
+            Section {
+                width: column.width
+                title: "Send Command"
+
+                GetCmdWidget {
+                    id: commandWidget
+
+                    width: column.width
+                }
             }
         }
     }
 
     FocusFollower {
-        view: page
+        view: sectionsView
     }
 }

@@ -61,6 +61,8 @@ Item {
     }
 
     Loader {
+        id: smallSensor
+
         readonly property bool wanted: !body.view.table
 
         anchors.fill: parent
@@ -120,7 +122,7 @@ Item {
     }
 
     PageShortcuts {
-        onChosen: body.view.choosePage(index)
+        onChosen: smallSensor.item ? smallSensor.item.showSection(index) : body.view.choosePage(index)
         onSaveRequested: pages.saveShown()
         onReadRequested: body.view.readCurrentPage()
         onConnectRequested: body.view.pressConnectButton()

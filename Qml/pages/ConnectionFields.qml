@@ -2,13 +2,13 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// Where the sensor is: address and ports for a network sensor, serial ports too for the small ones.
+// Where the sensor is: address and ports in the network, or two serial ports.
 RowLayout {
     id: fields
 
     readonly property int type: varkel_manager.connectType
     readonly property bool network: type !== 1
-    readonly property bool serial: type !== 0
+    readonly property bool serial: !network
 
     signal accepted
 
@@ -56,7 +56,7 @@ RowLayout {
         onAccepted: fields.accepted()
     }
 
-    LabelledField {
+    AddressField {
         id: ip
 
         fieldName: "ipField"

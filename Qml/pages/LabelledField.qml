@@ -10,6 +10,8 @@ ColumnLayout {
     property alias value: field.value
     property alias fieldName: field.objectName
     property alias hint: field.hint
+    property alias field: field
+    property var keyTakers: [] // what gets the field's keys before the field does
     property int fieldWidth: Theme.buttonWidth
 
     signal commit(string text)
@@ -39,6 +41,7 @@ ColumnLayout {
         Layout.preferredWidth: labelled.fieldWidth
         Layout.fillWidth: true
         Accessible.name: caption.text
+        Keys.forwardTo: labelled.keyTakers
         readOnly: varkel_manager.IsConnected // they tell where the connection leads
         onCommit: labelled.commit(text)
         onAccepted: {

@@ -47,7 +47,7 @@ Item {
         anchors.right: bar.right
         anchors.top: bar.bottom
         anchors.topMargin: Theme.gap
-        height: Theme.snapshotTableHeight
+        height: Math.min(Theme.snapshotTableHeight, page.height / 3) // leaves room for what differs on a low screen
         snapshots: page.snapshots
     }
 

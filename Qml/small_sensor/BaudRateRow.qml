@@ -1,15 +1,18 @@
 import QtQuick 2.15
-import QtQuick.Layouts 1.15
 import "../assembly"
 
-LabelledRow {
-    text: "Baud Rate"
+FunctionRow {
+    id: row
 
-    DefaultTextField {
+    name: "zeltoBaudRate"
+    text: "Baud Rate"
+    said: ({ "readBaudRate": "Read", "setBaudRate": "Saved" })
+    onForget: field.forget()
+
+    SettingField {
         id: field
 
         objectName: "zeltoBaudRateField"
-        Layout.fillWidth: true
         Accessible.name: "Baud Rate"
         hint: "Bits a second on the sensor's serial line"
     }
@@ -24,6 +27,8 @@ LabelledRow {
         onClicked: {
             if (field.text.length > 0) {
                 varkel_manager.smallSensor.setBaudRate(field.text);
+            } else {
+                row.say("Type a baud rate first", true);
             }
         }
     }

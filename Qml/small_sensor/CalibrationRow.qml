@@ -3,7 +3,7 @@ import QtQuick.Layouts 1.15
 import "../assembly"
 
 // The sensor's correction data, put into a file of the chosen folder.
-LabelledRow {
+FunctionRow {
     id: row
 
     property string file
@@ -15,20 +15,16 @@ LabelledRow {
 
     function save(folder) {
         file = "correction_" + Qt.formatDateTime(new Date(), "yyyyMMdd-hhmmss") + ".bin";
-        outcome.text = "";
         varkel_manager.smallSensor.readCorrection(localPath(folder).replace(/\/$/, "") + "/" + file);
     }
 
+    name: "zeltoCalibration"
     objectName: "zeltoCalibrationRow"
     text: "Lidar Calibration File"
+    said: ({ "readCorrection": "Saved as " + file + "," })
 
-    BodyText {
-        id: outcome
-
-        objectName: "zeltoCalibrationOutcome"
+    Item {
         Layout.fillWidth: true
-        color: Theme.textMuted
-        elide: Text.ElideMiddle
     }
 
     SensorButton {
@@ -45,13 +41,5 @@ LabelledRow {
         id: question
 
         onChosen: row.save(file)
-    }
-
-    Connections {
-        target: varkel_manager.smallSensor
-
-        function onCorrectionRead(code) {
-            outcome.text = code === 0 ? "Saved as " + row.file : "";
-        }
     }
 }

@@ -17,20 +17,14 @@ Column {
         if (isOffered() && varkel_manager.IsConnected) {
             varkel_manager.smallSensor.readDestination(true); // silent: nobody asked for it
         } else {
-            clear(ip);
-            clear(port);
+            ip.forget();
+            port.forget();
         }
     }
 
     function put(ipText, portText) {
         ip.show(ipText);
         port.show(portText);
-    }
-
-    // Takes an edit in progress away as well.
-    function clear(field) {
-        field.show("");
-        field.text = "";
     }
 
     // What is no number goes out as one that the sensor's function refuses with its own words.
@@ -49,28 +43,28 @@ Column {
             text: "Destination IP"
         }
 
-        DefaultTextField {
+        SettingField {
             id: ip
 
             objectName: "zeltoDestinationIpField"
-            Layout.fillWidth: true
             Accessible.name: "Destination IP"
             hint: "IPv4 address that the sensor sends its points to"
         }
     }
 
-    LabelledRow {
+    FunctionRow {
         width: destination.width
+        name: "zeltoDestination"
+        said: ({ "readDestination": "Read", "setDestination": "Saved" })
 
         ControlCaption {
             text: "UDP Port"
         }
 
-        DefaultTextField {
+        SettingField {
             id: port
 
             objectName: "zeltoDestinationPortField"
-            Layout.fillWidth: true
             Accessible.name: "UDP Port"
             hint: "Port that the sensor sends its points to"
         }

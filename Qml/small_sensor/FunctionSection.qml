@@ -1,57 +1,79 @@
 import QtQuick 2.15
 import "../assembly"
 
-// What a small sensor can be set to and asked for, one row each. Rows that the model does not have are hidden.
+// What a small sensor can be set to and asked for, one row each. Rows that the model does not have are hidden, and all
+// rest where no KTC reaches the sensor.
 Section {
     id: section
 
     property string selectedModel
+    readonly property bool reachable: varkel_manager.connectType !== 1
 
     title: "Lidar Function"
 
-    BaudRateRow {
+    BodyText {
+        objectName: "zeltoFunctionsRest"
         width: section.width
+        height: Theme.rowHeight
+        visible: !section.reachable
+        color: Theme.warning
+        text: "These functions need KTC, which the model \"Zelto\" does not have over its serial lines."
+        elide: Text.ElideRight
     }
 
-    ChoiceRow {
-        width: section.width
-        text: "Standby Mode"
-        controlName: "zeltoStandby"
-        onSaved: varkel_manager.smallSensor.setStandby(index)
-        choices: ["In Operation", "Standby"]
-    }
+    Column {
+        id: rows
 
-    ChoiceRow {
         width: section.width
-        text: "Spin Rate"
-        controlName: "zeltoSpinRate"
-        onSaved: varkel_manager.smallSensor.setSpinRate(index)
-        choices: ["5hz", "10hz"]
-    }
+        enabled: section.reachable
 
-    ChoiceRow {
-        width: section.width
-        text: "Return Mode"
-        controlName: "zeltoReturnMode"
-        onSaved: varkel_manager.smallSensor.setReturnMode(index)
-        choices: ["Strongest", "Last"]
-    }
+        BaudRateRow {
+            width: rows.width
+        }
 
-    ImuRangeRow {
-        width: section.width
-        visible: section.selectedModel === "Marvo-KTC"
-    }
+        ChoiceRow {
+            width: rows.width
+            name: "zeltoStandby"
+            text: "Standby Mode"
+            said: ({ "setStandby": "Saved" })
+            choices: ["In Operation", "Standby"]
+            onSaved: varkel_manager.smallSensor.setStandby(index)
+        }
 
-    CalibrationRow {
-        width: section.width
-    }
+        ChoiceRow {
+            width: rows.width
+            name: "zeltoSpinRate"
+            text: "Spin Rate"
+            said: ({ "setSpinRate": "Saved" })
+            choices: ["5hz", "10hz"]
+            onSaved: varkel_manager.smallSensor.setSpinRate(index)
+        }
 
-    SafetyRows {
-        width: section.width
-    }
+        ChoiceRow {
+            width: rows.width
+            name: "zeltoReturnMode"
+            text: "Return Mode"
+            said: ({ "setReturnMode": "Saved" })
+            choices: ["Strongest", "Last"]
+            onSaved: varkel_manager.smallSensor.setReturnMode(index)
+        }
 
-    DestinationRows {
-        width: section.width
-        selectedModel: section.selectedModel
+        ImuRangeRow {
+            width: rows.width
+            visible: section.selectedModel === "Marvo-KTC"
+        }
+
+        CalibrationRow {
+            width: rows.width
+        }
+
+        SafetyRows {
+            width: rows.width
+        }
+
+        DestinationRows {
+            width: rows.width
+            selectedModel: section.selectedModel
+        }
     }
 }

@@ -3,33 +3,49 @@ import QtQuick.Layouts 1.15
 import "../assembly"
 
 // The ranges of the inertial unit: rotation and acceleration.
-LabelledRow {
-    text: "IMU Range"
+FunctionRow {
+    id: row
 
-    DefaultComboBox {
+    property var sent: [-1, -1]
+
+    name: "zeltoImuRange"
+    text: "IMU Range"
+    said: ({ "setImuRange": "Saved" })
+    onSucceeded: [angular.held, acceleration.held] = sent
+    onForget: {
+        angular.forget();
+        acceleration.forget();
+    }
+
+    UnreadComboBox {
         id: angular
 
         objectName: "zeltoAngularRangeCombo"
-        Layout.fillWidth: true
         Layout.preferredWidth: 1
         Accessible.name: "Angular range"
-        hint: "Angular range, degrees a second"
+        hint: "Angular range, degrees a second. The sensor can't be asked for it"
         model: ["±2000 dps", "±1000 dps", "±500 dps", "±250 dps", "±125 dps", "±4000 dps"]
     }
 
-    DefaultComboBox {
+    UnreadComboBox {
         id: acceleration
 
         objectName: "zeltoAccelerationRangeCombo"
-        Layout.fillWidth: true
         Layout.preferredWidth: 1
         Accessible.name: "Acceleration range"
-        hint: "Acceleration range"
+        hint: "Acceleration range. The sensor can't be asked for it"
         model: ["±16g", "±8g", "±4g", "±2g"]
     }
 
     SaveButton {
         objectName: "zeltoImuRangeSave"
-        onClicked: varkel_manager.smallSensor.setImuRange(angular.currentIndex, acceleration.currentIndex)
+        onClicked: {
+            if (angular.currentIndex < 0 || acceleration.currentIndex < 0) {
+                row.say("Choose both ranges first", true);
+            } else {
+                row.sent = [angular.currentIndex, acceleration.currentIndex];
+                varkel_manager.smallSensor.setImuRange(angular.currentIndex, acceleration.currentIndex);
+            }
+        }
     }
 }

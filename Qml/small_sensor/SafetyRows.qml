@@ -7,12 +7,21 @@ import "../assembly"
 Column {
     id: safety
 
+    property bool read: false
     property string faultState: "Normal"
     property var codes: ["None"]
 
-    LabelledRow {
+    FunctionRow {
         width: safety.width
+        name: "zeltoSafety"
         text: "Function Safety"
+        said: ({ "readSafety": "Read" })
+        unread: "not read"
+        onForget: {
+            safety.read = false;
+            safety.faultState = "Normal";
+            safety.codes = ["None"];
+        }
 
         ControlCaption {
             text: "Fault State"
@@ -22,8 +31,9 @@ Column {
             objectName: "zeltoFaultState"
             Layout.fillWidth: true
             Layout.leftMargin: Theme.gapSmall
-            Accessible.name: "Fault State " + text
+            Accessible.name: "Fault State " + (safety.read ? text : "not read")
             text: PlainText.line(safety.faultState)
+            color: safety.read ? Theme.text : Theme.textMuted
             elide: Text.ElideRight
         }
 
@@ -44,6 +54,8 @@ Column {
             objectName: "zeltoFaultCodeCombo"
             Layout.fillWidth: true
             Accessible.name: "Fault Code"
+            dimmed: !safety.read
+            hint: safety.read ? "" : "Not read from the sensor yet"
             model: safety.codes
         }
     }
@@ -53,6 +65,7 @@ Column {
 
         function onSafetyRead(texts) {
             if (texts.length > 0) {
+                safety.read = true;
                 safety.faultState = texts[0];
                 safety.codes = texts.length > 1 ? texts.slice(1) : ["None"];
             }

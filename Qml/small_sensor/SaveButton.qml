@@ -2,6 +2,5 @@ import "../assembly"
 
 SensorButton {
     text: "Save"
-    primary: true
     tip: "Writes it to the sensor"
 }

@@ -2,10 +2,9 @@ import QtQuick 2.15
 import "../assembly"
 
 // Asks the sensor for something. It rests while the sensor is busy with another call, and dims so slowly that a
-// quick answer does not make the page flicker. Its tip appears beside it, off the button of the next row.
+// quick answer does not make the page flicker. What it does is told to screen readers only: a tip would cover the
+// outcome beside it or the button of the next row.
 DefaultToolButton {
-    id: button
-
     property string tip
 
     enabled: !varkel_manager.isWorking
@@ -15,11 +14,5 @@ DefaultToolButton {
         NumberAnimation {
             duration: Theme.blink
         }
-    }
-
-    Hint {
-        text: button.tip
-        beside: true
-        shown: button.hovered
     }
 }

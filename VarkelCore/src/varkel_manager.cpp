@@ -25,6 +25,7 @@
 #include "VarkelCore/src/pages/variable_details.h"
 #include "VarkelCore/src/session/connection_settings.h"
 #include "VarkelCore/src/session/connector.h"
+#include "VarkelCore/src/session/recent_addresses.h"
 #include "VarkelCore/src/small_sensor/background_functions.h"
 #include "VarkelCore/src/small_sensor/small_sensor_info.h"
 #include "VarkelCore/src/snapshots/snapshots.h"
@@ -99,6 +100,8 @@ struct VarkelManager::Parts {
   const SettingsFile settings_file;
   std::string settings_fault;  ///< why the settings are the defaults
   ConnectionSettings settings;
+  RecentAddresses recent_addresses;
+  std::string dialled;  ///< the address of the last attempt
   QString error_message;
   QString success_message;
   QString vm_now_name;
@@ -222,6 +225,10 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
                  Raiser(&VarkelManager::isConnectedChanged)}) {
   connect(&manager, &VarkelManager::lidarModelChanged, &snapshots, &Snapshots::clear);
   connect(&manager, &VarkelManager::editsChanged, &snapshots, &Snapshots::showEdits);
+  connect(&manager, &VarkelManager::isConnectedChanged, &recent_addresses, [this] {
+    const auto session = connection.session();
+    if (session && session->ktc_client()) recent_addresses.add(Text(dialled));
+  });
 }  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): std::function frees
 
 // Life
@@ -314,6 +321,7 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   emit lidarClearModel();
   emit lidarModelChanged();
   emit lidarShowModel();
+  d_->console.Forget();
   emit editsChanged();
   // Later: at the start the table is loaded before the window that shows this.
   d_->events.PostLater([this, loaded] {
@@ -359,6 +367,7 @@ int VarkelManager::connectType() const {
 bool VarkelManager::ConnectLidar() {
   if (GetIsConnectingLidar()) return false;
   if (const auto model = d_->models.model()) model->values.SensorChanged();
+  d_->dialled = d_->settings.ip_address;
   if (!d_->connector.Start(d_->connect_type, d_->settings)) return false;
   const std::string fault = d_->settings_file.Save(d_->settings);
   if (!fault.empty()) d_->report.Log(fault, "WARNING");
@@ -752,6 +761,9 @@ QObject* VarkelManager::history() const {
 QObject* VarkelManager::search() const {
   return &d_->search;
 }
+QObject* VarkelManager::recentAddresses() const {
+  return &d_->recent_addresses;
+}
 QObject* VarkelManager::smallSensor() const {
   return &d_->small_sensor_functions;
 }
@@ -777,22 +789,23 @@ void VarkelManager::ZeltoSetReturnMode(int mode) {
   d_->small_sensor.SetReturnMode(mode);
 }
 int VarkelManager::ZeltoGetCorrection(const QString& path) {
-  return d_->small_sensor.GetCorrection(path.toStdString());
+  const auto result = d_->small_sensor.GetCorrection(path.toStdString());
+  return result ? 0 : result.error().code;
 }
 QVariantList VarkelManager::ZeltoGetLidarFunctionSafety() {
-  return TextList(d_->small_sensor.GetLidarFunctionSafety());
+  return TextList(d_->small_sensor.GetLidarFunctionSafety().value_or(std::vector<std::string>()));
 }
 QString VarkelManager::ZeltoGetBaudRate() {
-  return Text(d_->small_sensor.GetBaudRate());
+  return Text(d_->small_sensor.GetBaudRate().value_or(""));
 }
 void VarkelManager::ZeltoSetBaudRateFromUI(const QString& baudRateStr) {
   d_->small_sensor.SetBaudRate(baudRateStr.toStdString());
 }
 QVariantList VarkelManager::ZeltoGetDestinationConfig(bool silent) {
-  return TextList(d_->small_sensor.GetDestinationConfig(silent));
+  return TextList(d_->small_sensor.GetDestinationConfig(silent).value_or(std::vector<std::string>()));
 }
 bool VarkelManager::ZeltoSetDestinationIPandPort(const QString& ip, int port) {
-  return d_->small_sensor.SetDestinationIPandPort(ip.toStdString(), port);
+  return d_->small_sensor.SetDestinationIPandPort(ip.toStdString(), port).has_value();
 }
 void VarkelManager::ZeltoSetUpgradeMode(int mode) {
   d_->upgrade.set_mode(mode);

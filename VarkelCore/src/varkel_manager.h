@@ -66,6 +66,8 @@ class VarkelManager : public QObject {
   Q_PROPERTY(QString decodedReply READ decodedReply NOTIFY sendCommandHistoryChanged)
   /// True while all exchanges are recorded.
   Q_PROPERTY(bool isRecording READ isRecording NOTIFY isRecordingChanged)
+  /// The addresses that connected last (varkel::RecentAddresses).
+  Q_PROPERTY(QObject* recentAddresses READ recentAddresses CONSTANT)
 
  public:
   /// The process's controller, created by the first call; the arguments of later calls are ignored.
@@ -120,6 +122,7 @@ class VarkelManager : public QObject {
   QObject* snapshots() const;
   QString decodedReply() const;
   bool isRecording() const;
+  QObject* recentAddresses() const;
 
  signals:
   void isConnectedChanged();

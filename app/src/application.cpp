@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QIcon>
-#include <QStandardPaths>
 
 #include "app/src/arguments.h"
 #include "app/src/main_window.h"
@@ -40,7 +39,7 @@ void SetIcon() {
 }
 
 void StartLogger() {
-  const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+  const QString folder = startup::LogFolder();
   if (!QDir().mkpath(folder) ||
       !log_lib::Logger::GetInstance().Start(QDir(folder).filePath("varkel.log").toStdString())) {
     qWarning() << "[Varkel] No log file in" << folder;

@@ -14,6 +14,7 @@
 #include <memory>
 
 #include "VarkelCore/src/varkel_manager.h"
+#include "app/src/about.h"
 #include "app/src/history_plot.h"
 #include "app/src/keyboard_focus.h"
 #include "app/src/log_model.h"
@@ -55,6 +56,8 @@ void PrepareQml() {
   qmlRegisterType<HistoryPlot>("Varkel.Shell", 1, 0, "HistoryPlot");
   qmlRegisterSingletonType<PlainText>("Varkel.Shell", 1, 0, "PlainText",
                                       [](QQmlEngine*, QJSEngine*) -> QObject* { return new PlainText; });
+  qmlRegisterSingletonType<About>("Varkel.Shell", 1, 0, "About",
+                                  [](QQmlEngine*, QJSEngine*) -> QObject* { return new About; });
 }
 
 MainWindow::MainWindow(QWidget* parent, const QString& module_name)

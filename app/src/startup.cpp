@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QFontDatabase>
+#include <QStandardPaths>
 #include <algorithm>
 
 namespace startup {
@@ -73,6 +74,10 @@ void SetIdentity() {
   QCoreApplication::setOrganizationName("QuarnTech");
   QCoreApplication::setOrganizationDomain("quarntech.example");
   QCoreApplication::setApplicationVersion(VARKEL_VERSION);
+}
+
+QString LogFolder() {
+  return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
 }
 
 int loadApplicationFont(const QString& path, const QString& tag) {

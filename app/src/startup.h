@@ -28,6 +28,9 @@ QString InstallRoot(const QString& application_dir);
 /// Tells Qt whose program this is and which version.
 void SetIdentity();
 
+/// Where the log file is.
+QString LogFolder();
+
 /// Registers a font file; returns its id, or -1 after a warning.
 int loadApplicationFont(const QString& path, const QString& tag);
 

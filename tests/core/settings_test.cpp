@@ -3,6 +3,7 @@
 #include <QTemporaryDir>
 
 #include "VarkelCore/src/session/connection_settings.h"
+#include "VarkelCore/src/session/recent_addresses.h"
 #include "tests/core/core_test.h"
 
 namespace {
@@ -41,6 +42,18 @@ class SettingsTest : public QObject {
     QCOMPARE(written.value("udp_port").toInt(), 2400);
     QCOMPARE(written.value("point_cloud_baudrate").toString(), "3000000");
     QCOMPARE(file.Load().ip_address, std::string("10.0.0.7"));
+  }
+
+  void TenAddressesAreKeptTheMostRecentFirst() {
+    QTemporaryDir folder;
+    const QString path = folder.filePath("own/recent.txt");
+    varkel::RecentAddresses first(path);
+    for (int i = 0; i < 12; ++i) first.add(QString("10.0.0.%1").arg(i));
+    first.add("10.0.0.5");
+    first.remove("10.0.0.10");
+    const varkel::RecentAddresses next(path);
+    QCOMPARE(next.all().join(' '),
+             "10.0.0.5 10.0.0.11 10.0.0.9 10.0.0.8 10.0.0.7 10.0.0.6 10.0.0.4 10.0.0.3 10.0.0.2");
   }
 };
 

@@ -69,7 +69,8 @@ Function ImuRange(int angular, int accel) {
 /// The code, and what the file holds if there is one.
 Function Correction(const std::string& path = kCorrection) {
   return [=](auto& sensor) {
-    Lines result = {std::to_string(sensor.GetCorrection(path))};
+    const auto saved = sensor.GetCorrection(path);
+    Lines result = {std::to_string(saved ? 0 : saved.error().code)};
     using Text = std::istreambuf_iterator<char>;
     if (std::ifstream file(path, std::ios::binary); file) result.emplace_back(Text(file), Text());
     std::remove(path.c_str());
@@ -77,16 +78,16 @@ Function Correction(const std::string& path = kCorrection) {
   };
 }
 Lines Safety(SmallSensor& sensor) {
-  return sensor.GetLidarFunctionSafety();
+  return sensor.GetLidarFunctionSafety().value_or(Lines());
 }
 Lines BaudRate(SmallSensor& sensor) {
-  return {sensor.GetBaudRate()};
+  return {sensor.GetBaudRate().value_or("")};
 }
 Function SetBaudRate(const std::string& text) {
   return [=](auto& sensor) { return sensor.SetBaudRate(text), Lines{}; };
 }
 Lines Destination(SmallSensor& sensor) {
-  return sensor.GetDestinationConfig(false);
+  return sensor.GetDestinationConfig(false).value_or(Lines());
 }
 Function SetDestination(const std::string& ip, int port) {
   return [=](auto& sensor) { return Lines{sensor.SetDestinationIPandPort(ip, port) ? "done" : "failed"}; };

@@ -70,8 +70,12 @@ class ConnectionTest : public QObject {
     const struct {
       const char* model;
       QStringList shown, hidden;
-    } cases[] = {{"Zelto", {"zeltoPage", "rs485Field", "uartField"}, {"ipField", "restartButton", "tab_0"}},
-                 {"Zelto-KTC", {"zeltoPage", "rs485Field", "ipField"}, {"restartButton", "tab_0"}},
+    } cases[] = {{"Zelto",
+                  {"zeltoPage", "rs485Field", "uartField", "baudRateCombo"},
+                  {"ipField", "restartButton", "tab_0"}},
+                 {"Zelto-KTC",
+                  {"zeltoPage", "ipField", "portField", "udpPortField", "baudRateCombo"},
+                  {"rs485Field", "uartField", "restartButton", "tab_0"}},
                  {"Quenta", {"page_0", "restartButton", "ipField"}, {"zeltoPage", "rs485Field"}}};
     Desk desk;
     desk.ShowPage(2);
@@ -83,6 +87,37 @@ class ConnectionTest : public QObject {
     desk.Type("udpPortField", "70000");
     desk.Key(Qt::Key_Tab);
     EVENTUALLY_COMPARE(desk.Text("udpPortField"), "4464");  // what is kept of it
+  }
+
+  void RecentAddressesAreOfferedAndDoNotDisturbTyping() {
+    Desk desk;
+    QObject* const recent = desk.manager->recentAddresses();
+    const auto keep = [&](const QStringList& wanted) {
+      for (const QString& old : recent->property("all").toStringList()) {
+        QMetaObject::invokeMethod(recent, "remove", Q_ARG(QString, old));
+      }
+      for (const QString& address : wanted) QMetaObject::invokeMethod(recent, "add", Q_ARG(QString, address));
+    };
+    keep({});
+    QVERIFY(desk.Connect());
+    EVENTUALLY_COMPARE(recent->property("all").toStringList(), QStringList("127.0.0.1"));
+    desk.Press("connectButton");
+    EVENTUALLY_VERIFY(!desk.manager->IsConnected());
+    keep({"10.0.0.3", "10.0.0.2", "10.0.0.1"});
+    desk.Type("ipField", "9");
+    desk.Key(Qt::Key_Down);
+    QVERIFY(desk.Has("recentAddress_2"));
+    QTest::keyClick(&desk.view(), '8');  // goes on as if nothing were open
+    EVENTUALLY_VERIFY(!desk.Has("recentAddress_0"));
+    QCOMPARE(desk.Text("ipField"), "98");
+    for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Delete, Qt::Key_Down, Qt::Key_Return}) desk.Key(key);
+    QCOMPARE(desk.manager->ip_address(), "10.0.0.3");
+    desk.Click("recentAddressesButton");
+    desk.Click("recentAddress_0");
+    QCOMPARE(desk.manager->ip_address(), "10.0.0.2");
+    QVERIFY(!desk.manager->GetIsConnectingLidar());
+    keep({});
+    QVERIFY(!desk.Has("recentAddressesButton"));
   }
 
   void StartModelIsTheOnlyOneOrUnknown() {

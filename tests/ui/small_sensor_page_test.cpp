@@ -144,11 +144,13 @@ class SmallSensorPageTest : public QObject {
       return desk.Text("zeltoCalibrationOutcome");
     };
     QVERIFY(QDir(desk.folder.path()).mkdir("100% ä #1"));
-    QCOMPARE(save_calibration(), "");
+    QVERIFY(save_calibration().startsWith("get calibration error, ret:"));
     desk.sensor.ClearFaults();
     const QString outcome = save_calibration();
-    QVERIFY(QRegularExpression("^Saved as correction_20\\d{6}-\\d{6}\\.bin$").match(outcome).hasMatch());
-    QFile saved(desk.folder.filePath("100% ä #1/" + outcome.mid(9)));
+    QVERIFY(QRegularExpression("^Saved as correction_20\\d{6}-\\d{6}\\.bin, [0-9:]{8}$")
+                .match(outcome)
+                .hasMatch());
+    QFile saved(desk.folder.filePath("100% ä #1/" + outcome.mid(9).section(',', 0, 0)));
     QVERIFY(saved.open(QIODevice::ReadOnly));
     const QByteArray content = saved.readAll();
     QCOMPARE(std::vector<std::uint8_t>(content.begin(), content.end()), desk.device.state.Items().correction);
@@ -160,6 +162,46 @@ class SmallSensorPageTest : public QObject {
                                 Q_ARG(QVariant, QUrl(url)));
       QCOMPARE(local, path);
     }
+  }
+
+  void OutcomesStandBesideTheirRows() {
+    SmallDesk desk("Zelto-KTC");
+    const auto outcome = [&](const char* name) {
+      return desk.Text(QString(name) + "Outcome").section(' ', 0, 3);
+    };
+    QVERIFY(desk.Connect());
+    QCOMPARE(desk.Property("zeltoStandbyCombo", "displayText").toString(), "not read");
+    QCOMPARE(outcome("zeltoSafety"), "not read");
+    desk.Press("zeltoStandbySave");  // nothing is chosen
+    QCOMPARE(outcome("zeltoStandby"), "Choose a value first");
+    desk.Choose("zeltoStandbyCombo", 1);
+    QVERIFY(desk.Property("zeltoStandbyCombo", "marked").toBool());
+    desk.Press("zeltoStandbySave");
+    EVENTUALLY_VERIFY(outcome("zeltoStandby").startsWith("Saved "));
+    QVERIFY(!desk.Property("zeltoStandbyCombo", "marked").toBool());
+    desk.Press("zeltoSafetyGet");
+    EVENTUALLY_VERIFY(outcome("zeltoSafety").startsWith("Read "));
+    desk.sensor.AddFault("*=error");
+    desk.Choose("zeltoStandbyCombo", 0);
+    desk.Press("zeltoStandbySave");
+    EVENTUALLY_COMPARE(outcome("zeltoStandby"), "set lidar mode error,");
+    QVERIFY(desk.Dismiss("errorWindow", "set lidar mode error"));
+    QVERIFY(desk.Property("zeltoStandbyCombo", "marked").toBool());  // the sensor did not take it
+    desk.sensor.ClearFaults();
+    desk.manager->Stop();
+    QCOMPARE(desk.Property("zeltoStandbyCombo", "displayText").toString(), "not read");
+    QCOMPARE(outcome("zeltoStandby") + outcome("zeltoSafety"), "not read");
+  }
+
+  void FunctionsRestWithoutKtcAndSectionsAreListed() {
+    const SmallDesk desk("Zelto");
+    QVERIFY(desk.Has("zeltoFunctionsRest") && !desk.Find("zeltoBaudRateGet")->isEnabled());
+    desk.Key(Qt::Key_5, Qt::ControlModifier);  // "Send Command", the last one
+    EVENTUALLY_VERIFY(desk.Property("section_4", "current").toBool());
+    const auto* const view = desk.Find("zeltoView");
+    QVERIFY(view->property("atYEnd").toBool());
+    desk.Click("section_0");
+    QCOMPARE(view->property("contentY").toInt(), 0);
   }
 
   void DestinationIsReadAnew() {

@@ -190,6 +190,14 @@ std::string CommandConsole::FailureText(const ExchangeDecoder& decoder) const {
                      : "no reply that could be used");
 }
 
+void CommandConsole::Forget() {
+  const std::lock_guard lock(mutex_);
+  return_header_.clear();
+  return_payload_.clear();
+  history_.clear();
+  last_exchange_ = {};
+}
+
 std::string CommandConsole::return_header() const {
   const std::lock_guard lock(mutex_);
   return return_header_;

@@ -54,6 +54,9 @@ class CommandConsole {
   Outcome Send(const Channel& channel, const std::string& command, const std::string& payload,
                std::uint8_t& code);
 
+  /// Empties the history and the last reply.
+  void Forget();
+
   /// A command and its reply, whole: header and payload, or a serial frame. A refused command has the header
   /// that came.
   struct Exchange {

@@ -41,6 +41,11 @@ void ConsoleCommands::Send(const std::string& command, const std::string& payloa
   report_.Success(code == kRestartCommand ? "Lidar restart." : "Lidar reset.");
 }
 
+void ConsoleCommands::Forget() {
+  console_.Forget();
+  events_.history_changed();
+}
+
 std::string ConsoleCommands::DecodedReply() const {
   const auto catalogue = models_.catalogue();
   return catalogue ? DecodedText(console_.DecodedReply(ExchangeDecoder(catalogue))) : std::string();

@@ -27,6 +27,9 @@ class ConsoleCommands {
   /// Texts as CommandConsole::Send takes them. Blocks for one exchange; every outcome is reported.
   void Send(const std::string& command, const std::string& payload);
 
+  /// Empties the history and the last reply, which were another model's.
+  void Forget();
+
   /// What the last reply means by the selected model's table, for a monospaced font; empty without one.
   std::string DecodedReply() const;
 

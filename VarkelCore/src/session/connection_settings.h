@@ -23,6 +23,8 @@ class SettingsFile {
   SettingsFile();
   explicit SettingsFile(QString path);
 
+  const QString& path() const { return path_; }
+
   /// The values in the file; the defaults for keys it does not have. A value of a wrong type reads as "" or
   /// 0. `fault` is set to a sentence if there is something else in its place (no regular file, larger than 1
   /// MiB, not readable); it is not opened then, because that could take long or never end.

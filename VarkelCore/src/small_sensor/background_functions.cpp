@@ -9,74 +9,89 @@ namespace varkel {
 
 namespace {
 
-QStringList Texts(const std::vector<std::string>& texts) {
+using Texts = std::vector<std::string>;
+
+QStringList TextList(const FunctionResult<Texts>& texts) {
   QStringList list;
-  for (const std::string& text : texts) list.append(QString::fromStdString(text));
+  for (const std::string& text : texts.value_or(Texts())) list.append(QString::fromStdString(text));
   return list;
+}
+
+template <typename Value>
+QString FaultText(const FunctionResult<Value>& result) {
+  return result ? QString() : QString::fromStdString(result.error().text);
 }
 
 }  // namespace
 
 void BackgroundFunctions::setStandby(int standby) {
-  Run([this, standby] { sensor_.SetStandby(standby); });
+  Set("setStandby", [this, standby] { return sensor_.SetStandby(standby); });
 }
 
 void BackgroundFunctions::setSpinRate(int rate) {
-  Run([this, rate] { sensor_.SetSpinRate(rate); });
+  Set("setSpinRate", [this, rate] { return sensor_.SetSpinRate(rate); });
 }
 
 void BackgroundFunctions::setReturnMode(int mode) {
-  Run([this, mode] { sensor_.SetReturnMode(mode); });
+  Set("setReturnMode", [this, mode] { return sensor_.SetReturnMode(mode); });
 }
 
 void BackgroundFunctions::setBaudRate(const QString& text) {
-  Run([this, text = text.toStdString()] { sensor_.SetBaudRate(text); });
+  Set("setBaudRate", [this, text = text.toStdString()] { return sensor_.SetBaudRate(text); });
 }
 
 void BackgroundFunctions::setDestination(const QString& ip, int port) {
-  Run([this, ip = ip.toStdString(), port] { sensor_.SetDestinationIPandPort(ip, port); });
+  Set("setDestination",
+      [this, ip = ip.toStdString(), port] { return sensor_.SetDestinationIPandPort(ip, port); });
 }
 
 void BackgroundFunctions::setImuRange(int angularRangeIndex, int accelRangeIndex) {
-  Run([=, this] { sensor_.SetImuRange(angularRangeIndex, accelRangeIndex); });
+  Set("setImuRange", [=, this] { return sensor_.SetImuRange(angularRangeIndex, accelRangeIndex); });
 }
 
 void BackgroundFunctions::readCorrection(const QString& path) {
-  Ask<int>(
-      corrections_, [this, path = path.toStdString()] { return sensor_.GetCorrection(path); },
-      &BackgroundFunctions::correctionRead);
+  Ask<void>(
+      "readCorrection", corrections_,
+      [this, path = path.toStdString()] { return sensor_.GetCorrection(path); },
+      [this](const FunctionResult<void>& result) { emit correctionRead(result ? 0 : result.error().code); });
 }
 
 void BackgroundFunctions::readSafety() {
-  Ask<QStringList>(
-      safeties_, [this] { return Texts(sensor_.GetLidarFunctionSafety()); },
-      &BackgroundFunctions::safetyRead);
+  Ask<Texts>(
+      "readSafety", safeties_, [this] { return sensor_.GetLidarFunctionSafety(); },
+      [this](const FunctionResult<Texts>& texts) { emit safetyRead(TextList(texts)); });
 }
 
 void BackgroundFunctions::readBaudRate() {
-  Ask<QString>(
-      baud_rates_, [this] { return QString::fromStdString(sensor_.GetBaudRate()); },
-      &BackgroundFunctions::baudRateRead);
+  Ask<std::string>(
+      "readBaudRate", baud_rates_, [this] { return sensor_.GetBaudRate(); },
+      [this](const FunctionResult<std::string>& rate) {
+        emit baudRateRead(QString::fromStdString(rate.value_or("")));
+      });
 }
 
 void BackgroundFunctions::readDestination(bool silent) {
-  Ask<QStringList>(
-      destinations_, [this, silent] { return Texts(sensor_.GetDestinationConfig(silent)); },
-      &BackgroundFunctions::destinationRead);
+  Ask<Texts>(
+      "readDestination", destinations_, [this, silent] { return sensor_.GetDestinationConfig(silent); },
+      [this](const FunctionResult<Texts>& texts) { emit destinationRead(TextList(texts)); });
 }
 
-void BackgroundFunctions::Run(std::function<void()> call) {
-  work_.Start(std::move(call), [] {});
+void BackgroundFunctions::Set(const char* name, std::function<FunctionResult<void>()> call) {
+  const auto result = std::make_shared<FunctionResult<void>>();
+  work_.Start([result, call = std::move(call)] { *result = call(); },
+              [this, name, result] { emit finished(name, FaultText(*result)); });
 }
 
-template <typename Answer>
-void BackgroundFunctions::Ask(int& pending, std::function<Answer()> call,
-                              void (BackgroundFunctions::*answered)(Answer)) {
+template <typename Value>
+void BackgroundFunctions::Ask(const char* name, int& pending, std::function<FunctionResult<Value>()> call,
+                              std::function<void(const FunctionResult<Value>&)> answer) {
   ++pending;
-  const auto answer = std::make_shared<Answer>();
-  work_.Start([answer, call = std::move(call)] { *answer = call(); },
-              [this, answer, answered, &pending] {
-                if (--pending == 0) emit(this->*answered)(*answer);
+  const auto result = std::make_shared<FunctionResult<Value>>();
+  work_.Start([result, call = std::move(call)] { *result = call(); },
+              [this, name, result, answer = std::move(answer), &pending] {
+                if (--pending > 0) return;
+                answer(*result);
+                emit finished(name, FaultText(*result));
               });
 }
 

@@ -34,15 +34,18 @@ class BackgroundFunctions : public QObject {
   Q_INVOKABLE void readDestination(bool silent);
 
  signals:
+  /// Follows every call, after its answer: the call's name ("setStandby"), and why it failed, else empty.
+  void finished(QString call, QString fault);
   void correctionRead(int code);                ///< 0 when the file was written
   void safetyRead(QStringList texts);           ///< the state, then fault codes; empty after a failure
   void baudRateRead(QString text);              ///< decimal; empty after a failure
   void destinationRead(QStringList ipAndPort);  ///< empty after a failure
 
  private:
-  void Run(std::function<void()> call);
-  template <typename Answer>
-  void Ask(int& pending, std::function<Answer()> call, void (BackgroundFunctions::*answered)(Answer));
+  void Set(const char* name, std::function<FunctionResult<void>()> call);
+  template <typename Value>
+  void Ask(const char* name, int& pending, std::function<FunctionResult<Value>()> call,
+           std::function<void(const FunctionResult<Value>&)> answer);
 
   SmallSensor& sensor_;
   BackgroundWork& work_;

@@ -88,49 +88,51 @@ int ReadCorrection(SerialExchange& exchange, Bytes& data) {
 
 }  // namespace
 
-void SmallSensor::SetStandby(int standby) {
-  const Exchange exchange = ReadyAsKtc();
-  if (!exchange) return;
+FunctionResult<void> SmallSensor::SetStandby(int standby) {
+  const auto exchange = ReadyAsKtc();
+  if (!exchange) return tl::unexpected(exchange.error());
   const std::uint8_t mode = standby != 0 ? quarn::lidar::kStandbyItem : quarn::lidar::kOperationItem;
-  if (Report(SetItem(*exchange, mode, 0), "set lidar mode error, ret:")) exchange->set_current_mode(mode);
+  auto result = Report(SetItem(**exchange, mode, 0), "set lidar mode error, ret:");
+  if (result) (*exchange)->set_current_mode(mode);
+  return result;
 }
 
-void SmallSensor::SetSpinRate(int rate) {
-  const Exchange exchange = ReadyAsKtc();
-  if (!exchange) return;
-  Report(SetItem(*exchange, quarn::lidar::kSpinRateItem, static_cast<std::uint8_t>(rate)),
-         "set lidar spin rate error, ret:");
+FunctionResult<void> SmallSensor::SetSpinRate(int rate) {
+  const auto exchange = ReadyAsKtc();
+  if (!exchange) return tl::unexpected(exchange.error());
+  return Report(SetItem(**exchange, quarn::lidar::kSpinRateItem, static_cast<std::uint8_t>(rate)),
+                "set lidar spin rate error, ret:");
 }
 
-void SmallSensor::SetReturnMode(int mode) {
-  const Exchange exchange = ReadyAsKtc();
-  if (!exchange) return;
+FunctionResult<void> SmallSensor::SetReturnMode(int mode) {
+  const auto exchange = ReadyAsKtc();
+  if (!exchange) return tl::unexpected(exchange.error());
   const std::uint8_t item = mode != 0 ? quarn::lidar::kLastItem : quarn::lidar::kStrongestItem;
-  Report(SetItem(*exchange, item, 0), "set lidar return mode error, ret:");
+  return Report(SetItem(**exchange, item, 0), "set lidar return mode error, ret:");
 }
 
-int SmallSensor::GetCorrection(const std::string& path) {
-  const Exchange exchange = ReadyAsKtc();
-  if (!exchange) return -1;
+FunctionResult<void> SmallSensor::GetCorrection(const std::string& path) {
+  const auto exchange = ReadyAsKtc();
+  if (!exchange) return tl::unexpected(exchange.error());
   Bytes data;
-  const int code = ReadCorrection(*exchange, data);
-  if (!Report(code, "get calibration error, ret:")) return code;
-  if (WriteAtomically(QString::fromStdString(path), data) != WriteResult::kWritten) {
-    const std::string text = "create calibration file fail, save correction file error";
-    report_.Error(text);
-    report_.Log(text, "ERROR");
-    return -1;
+  auto result = Report(ReadCorrection(**exchange, data), "get calibration error, ret:");
+  if (result && WriteAtomically(QString::fromStdString(path), data) != WriteResult::kWritten) {
+    const auto refusal = Refuse("create calibration file fail, save correction file error");
+    report_.Log(refusal.value().text, "ERROR");
+    return refusal;
   }
-  return 0;
+  return result;
 }
 
-std::vector<std::string> SmallSensor::GetLidarFunctionSafety() {
-  const Exchange exchange = ReadyAsKtc();
-  if (!exchange) return {};
+FunctionResult<std::vector<std::string>> SmallSensor::GetLidarFunctionSafety() {
+  const auto exchange = ReadyAsKtc();
+  if (!exchange) return tl::unexpected(exchange.error());
   Bytes body;
-  int code = GetItem(*exchange, {quarn::lidar::kFunctionSafetyItem}, kMinSafetyReply, body);
+  int code = GetItem(**exchange, {quarn::lidar::kFunctionSafetyItem}, kMinSafetyReply, body);
   if (code == 0 && body[kSafetyMark] != kSafetyMarkValue) code = SerialExchange::kWrongReply;
-  if (!Report(code, "get function safety error, ret:")) return {};
+  if (const auto result = Report(code, "get function safety error, ret:"); !result) {
+    return tl::unexpected(result.error());
+  }
   std::vector<std::string> texts = {StateText(body[kReplyValue])};
   for (std::size_t at = kFaultCodes; at + sizeof(std::uint16_t) <= body.size(); at += sizeof(std::uint16_t)) {
     texts.push_back(FaultText(LoadLittleEndian<std::uint16_t>(body, at)));
@@ -138,102 +140,99 @@ std::vector<std::string> SmallSensor::GetLidarFunctionSafety() {
   return texts;
 }
 
-std::string SmallSensor::GetBaudRate() {
-  const Channel channel = ReadyIfKtc("GetBaudRate is only supported in KTC serial mode", kNotReadyForKtc);
-  if (!channel) return {};
-  const ExchangeResult reply = channel->QueryKtc(kKtcExtensionCmd, quarn::lidar::kGetBaudRatePayload,
-                                                 SmallSensorChannel::Logged::kYes);
+FunctionResult<std::string> SmallSensor::GetBaudRate() {
+  const auto channel = ReadyIfKtc("GetBaudRate is only supported in KTC serial mode", kNotReadyForKtc);
+  if (!channel) return tl::unexpected(channel.error());
+  const ExchangeResult reply = (*channel)->QueryKtc(kKtcExtensionCmd, quarn::lidar::kGetBaudRatePayload,
+                                                    SmallSensorChannel::Logged::kYes);
   int code = reply ? 0 : reply.error();
   if (reply && reply->size() < sizeof(std::uint32_t)) code = SerialExchange::kWrongReply;
-  if (!Report(code, "get baud rate error, ret:")) return {};
+  if (const auto result = Report(code, "get baud rate error, ret:"); !result) {
+    return tl::unexpected(result.error());
+  }
   return std::to_string(LoadBigEndian<std::uint32_t>(*reply, reply->size() - sizeof(std::uint32_t)));
 }
 
-void SmallSensor::SetBaudRate(const std::string& text) {
-  const Channel channel = ReadyIfKtc("SetBaudRate is only supported in KTC serial mode", kNotReadyForKtc);
-  if (!channel) return;
+FunctionResult<void> SmallSensor::SetBaudRate(const std::string& text) {
+  const auto channel = ReadyIfKtc("SetBaudRate is only supported in KTC serial mode", kNotReadyForKtc);
+  if (!channel) return tl::unexpected(channel.error());
   const std::uint32_t baud_rate = ReadBaudRate(text);
-  if (baud_rate == 0) {
-    report_.Error("invalid baud rate value");
-    return;
-  }
-  const ExchangeResult reply = channel->QueryKtc(
+  if (baud_rate == 0) return Refuse("invalid baud rate value");
+  const ExchangeResult reply = (*channel)->QueryKtc(
       kKtcExtensionCmd, quarn::lidar::SetBaudRatePayload(baud_rate), SmallSensorChannel::Logged::kYes);
-  if (Report(reply ? 0 : reply.error(), "set baud rate error, ret:")) {
-    report_.Success("set baud rate successful");
-  }
+  auto result = Report(reply ? 0 : reply.error(), "set baud rate error, ret:");
+  if (result) report_.Success("set baud rate successful");
+  return result;
 }
 
-std::vector<std::string> SmallSensor::GetDestinationConfig(bool silent) {
-  const Channel channel =
+FunctionResult<std::vector<std::string>> SmallSensor::GetDestinationConfig(bool silent) {
+  const auto channel =
       ReadyIfKtc("GetDestinationConfig is only supported in KTC serial mode", kNotReadyForKtc);
-  if (!channel) return {};
+  if (!channel) return tl::unexpected(channel.error());
   using Logged = SmallSensorChannel::Logged;
-  const auto destination = ReadDestination(*channel, silent ? Logged::kNo : Logged::kYes);
-  if (!Report(destination ? 0 : destination.error(), "get destination config error, ret:")) return {};
-  return {destination->ip, std::to_string(destination->port)};
+  const auto destination = ReadDestination(**channel, silent ? Logged::kNo : Logged::kYes);
+  const auto result = Report(destination ? 0 : destination.error(), "get destination config error, ret:");
+  if (!result) return tl::unexpected(result.error());
+  return std::vector<std::string>{destination->ip, std::to_string(destination->port)};
 }
 
-bool SmallSensor::SetDestinationIPandPort(const std::string& ip, int port) {
-  const Channel channel =
+FunctionResult<void> SmallSensor::SetDestinationIPandPort(const std::string& ip, int port) {
+  const auto channel =
       ReadyIfKtc("SetDestinationIPandPort is only supported in KTC serial mode", kNotReadyForKtc);
-  if (!channel) return false;
-  if (!Report(WriteDestination(*channel, ip, port), "set destination IP and port error, ret:")) return false;
-  report_.Success("set destination IP and port successful");
-  return true;
+  if (!channel) return tl::unexpected(channel.error());
+  auto result = Report(WriteDestination(**channel, ip, port), "set destination IP and port error, ret:");
+  if (result) report_.Success("set destination IP and port successful");
+  return result;
 }
 
-void SmallSensor::SetImuRange(int angular_range_index, int accel_range_index) {
+FunctionResult<void> SmallSensor::SetImuRange(int angular_range_index, int accel_range_index) {
   const auto angular = static_cast<unsigned>(angular_range_index);
   const auto accel = static_cast<unsigned>(accel_range_index);
-  if (angular >= kAngularCodes.size()) {
-    report_.Error("Invalid angular range index");
-    return;
-  }
-  if (accel >= kAccelCodes.size()) {
-    report_.Error("Invalid acceleration range index");
-    return;
-  }
-  const Channel channel =
-      ReadyIfKtc("Marvo IMU range setting is only supported in KTC_SERIAL mode", kNotReady);
-  if (!channel) return;
+  if (angular >= kAngularCodes.size()) return Refuse("Invalid angular range index");
+  if (accel >= kAccelCodes.size()) return Refuse("Invalid acceleration range index");
+  const auto channel = ReadyIfKtc("Marvo IMU range setting is only supported in KTC_SERIAL mode", kNotReady);
+  if (!channel) return tl::unexpected(channel.error());
   Bytes body;
   int code =
-      GetItem(*channel->ktc_exchange(),
+      GetItem(*(*channel)->ktc_exchange(),
               {quarn::lidar::kImuRangeItem, kAngularCodes[angular], kAccelCodes[accel]}, kImuReplySize, body);
   if (code == 0 && body.size() != kImuReplySize) code = SerialExchange::kWrongReply;
-  if (Report(code, "set IMU range error, ret:")) report_.Success("IMU range set successfully");
+  auto result = Report(code, "set IMU range error, ret:");
+  if (result) report_.Success("IMU range set successfully");
+  return result;
 }
 
 /// The exchange of the functions that switch the controller to KTC first, whether they then succeed or not.
-SmallSensor::Exchange SmallSensor::ReadyAsKtc() {
+FunctionResult<SmallSensor::Exchange> SmallSensor::ReadyAsKtc() {
   connect_type_ = kKtcToSmallSensor;
-  const Channel channel = Ready(kNotReady);
-  return channel ? channel->ktc_exchange() : nullptr;
+  return Ready(kNotReady).map([](const Channel& channel) { return channel->ktc_exchange(); });
 }
 
 /// The channel of the functions that refuse while the controller is no KTC one.
-SmallSensor::Channel SmallSensor::ReadyIfKtc(const char* only_ktc, const char* not_ready) {
+FunctionResult<SmallSensor::Channel> SmallSensor::ReadyIfKtc(const char* only_ktc, const char* not_ready) {
   if (connect_type_ == kKtcToSmallSensor) return Ready(not_ready);
-  report_.Error(only_ktc);
-  return nullptr;
+  return Refuse(only_ktc);
 }
 
 /// A channel with a KTC exchange; else a notice.
-SmallSensor::Channel SmallSensor::Ready(const char* refusal) {
+FunctionResult<SmallSensor::Channel> SmallSensor::Ready(const char* refusal) {
   Channel channel = activity_.is_upgrading() ? nullptr : channel_();
   if (channel && channel->ktc_exchange()) return channel;
-  report_.Error(refusal);
-  return nullptr;
+  return Refuse(refusal);
 }
 
-/// True for code 0.
-bool SmallSensor::Report(int code, const char* prefix) {
-  if (code == 0) return true;
-  const std::string text = prefix + std::to_string(code);
+/// What an exchange that ended with this code came to: a failure for all but 0.
+FunctionResult<void> SmallSensor::Report(int code, const char* prefix) {
+  if (code == 0) return {};
+  FunctionFault fault{code, prefix + std::to_string(code)};
+  report_.Error(fault.text);
+  report_.Log(fault.text, "ERROR");
+  return tl::unexpected(std::move(fault));
+}
+
+tl::unexpected<FunctionFault> SmallSensor::Refuse(const std::string& text) {
   report_.Error(text);
-  report_.Log(text, "ERROR");
-  return false;
+  return tl::unexpected(FunctionFault{-1, text});
 }
 
 }  // namespace varkel

@@ -8,11 +8,22 @@
 #include <string>
 #include <vector>
 
+#include <tl/expected.hpp>
+
 #include "VarkelCore/src/session/activity.h"
 #include "VarkelCore/src/session/small_sensor_channel.h"
 #include "VarkelCore/src/tasks/user_report.h"
 
 namespace varkel {
+
+/// Why a function failed.
+struct FunctionFault {
+  int code = -1;     ///< of the sensor or the exchange; -1 when nothing was exchanged
+  std::string text;  ///< as it was reported
+};
+
+template <typename Value>
+using FunctionResult = tl::expected<Value, FunctionFault>;
 
 /// The functions of a small sensor: each one short exchange, answered at once, failures as a notice and an
 /// "ERROR" log line. Blocks for the length of that exchange. Thread-safe.
@@ -29,30 +40,31 @@ class SmallSensor {
               std::atomic<int>& connect_type)
       : report_(report), activity_(activity), channel_(std::move(channel)), connect_type_(connect_type) {}
 
-  void SetStandby(int standby);  ///< any number but 0 is standby
-  void SetSpinRate(int rate);    ///< its low byte
-  void SetReturnMode(int mode);  ///< 0 strongest, else last
-  /// Writes the correction data to the file `path` (UTF-8). 0, -1 when refused or not written, else the code.
-  int GetCorrection(const std::string& path);
-  /// The state's text, then the fault codes; empty on failure.
-  std::vector<std::string> GetLidarFunctionSafety();
+  FunctionResult<void> SetStandby(int standby);  ///< any number but 0 is standby
+  FunctionResult<void> SetSpinRate(int rate);    ///< its low byte
+  FunctionResult<void> SetReturnMode(int mode);  ///< 0 strongest, else last
+  /// Writes the correction data to the file `path` (UTF-8).
+  FunctionResult<void> GetCorrection(const std::string& path);
+  /// The state's text, then the fault codes.
+  FunctionResult<std::vector<std::string>> GetLidarFunctionSafety();
 
-  std::string GetBaudRate();  ///< decimal; empty on failure
-  void SetBaudRate(const std::string& text);
-  /// Address and port as texts; empty on failure. `silent` keeps the exchange out of the byte log.
-  std::vector<std::string> GetDestinationConfig(bool silent);
-  bool SetDestinationIPandPort(const std::string& ip, int port);
+  FunctionResult<std::string> GetBaudRate();  ///< decimal
+  FunctionResult<void> SetBaudRate(const std::string& text);
+  /// Address and port as texts. `silent` keeps the exchange out of the byte log.
+  FunctionResult<std::vector<std::string>> GetDestinationConfig(bool silent);
+  FunctionResult<void> SetDestinationIPandPort(const std::string& ip, int port);
   /// Indices of the page's lists.
-  void SetImuRange(int angular_range_index, int accel_range_index);
+  FunctionResult<void> SetImuRange(int angular_range_index, int accel_range_index);
 
  private:
   using Channel = std::shared_ptr<SmallSensorChannel>;
   using Exchange = std::shared_ptr<quarn::lidar::SerialExchange>;
 
-  Exchange ReadyAsKtc();
-  Channel ReadyIfKtc(const char* only_ktc, const char* not_ready);
-  Channel Ready(const char* refusal);
-  bool Report(int code, const char* prefix);
+  FunctionResult<Exchange> ReadyAsKtc();
+  FunctionResult<Channel> ReadyIfKtc(const char* only_ktc, const char* not_ready);
+  FunctionResult<Channel> Ready(const char* refusal);
+  FunctionResult<void> Report(int code, const char* prefix);
+  tl::unexpected<FunctionFault> Refuse(const std::string& text);
 
   UserReport& report_;
   const Activity& activity_;

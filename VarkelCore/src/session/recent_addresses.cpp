@@ -1,0 +1,55 @@
+#include "VarkelCore/src/session/recent_addresses.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <cstdint>
+#include <vector>
+
+#include "VarkelCore/src/tasks/atomic_file.h"
+
+namespace varkel {
+
+namespace {
+constexpr qint64 kLargestFile = 4096;
+}  // namespace
+
+RecentAddresses::RecentAddresses()
+    : RecentAddresses(QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) +
+                      QStringLiteral("/recent-addresses.txt")) {}
+
+// Read anew each time: another window of the tool may have added to it.
+QStringList RecentAddresses::all() const {
+  QFile file(path_);
+  if (!IsWritableTarget(path_) || !file.open(QIODevice::ReadOnly)) return {};
+  QStringList addresses;
+  for (const QString& line : QString::fromUtf8(file.read(kLargestFile)).split('\n')) {
+    const QString address = line.trimmed();
+    if (!address.isEmpty() && !addresses.contains(address)) addresses.append(address);
+  }
+  return addresses.mid(0, kMost);
+}
+
+void RecentAddresses::add(const QString& address) {
+  QStringList addresses = all();
+  addresses.removeAll(address.trimmed());
+  addresses.prepend(address.trimmed());
+  Keep(addresses.mid(0, kMost));
+}
+
+void RecentAddresses::remove(const QString& address) {
+  QStringList addresses = all();
+  addresses.removeAll(address);
+  Keep(addresses);
+}
+
+// A convenience: when the file can't be written, nobody is told.
+void RecentAddresses::Keep(const QStringList& addresses) {
+  const QByteArray text = addresses.join('\n').toUtf8();
+  QDir().mkpath(QFileInfo(path_).path());
+  WriteAtomically(path_, std::vector<std::uint8_t>(text.begin(), text.end()));
+  emit changed();
+}
+
+}  // namespace varkel
