@@ -107,6 +107,14 @@ Item {
         }
     }
 
+    Connections {
+        target: varkel_manager.sensorReturn
+
+        function onEnded(text, back) {
+            body.view.showUpgradeOutcome(text, back);
+        }
+    }
+
     FocusKeeper {
         view: body.view
         onLost: body.view.takeFocus()

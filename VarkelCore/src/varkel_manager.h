@@ -62,6 +62,8 @@ class VarkelManager : public QObject {
   Q_PROPERTY(QObject* edits READ edits CONSTANT)
   /// Snapshots of the connected sensor (varkel::Snapshots).
   Q_PROPERTY(QObject* snapshots READ snapshots CONSTANT)
+  /// What becomes of a sensor after its upgrade (varkel::SensorReturn).
+  Q_PROPERTY(QObject* sensorReturn READ sensorReturn CONSTANT)
   /// The console's last reply by the model's table, for a monospaced font; empty without one.
   Q_PROPERTY(QString decodedReply READ decodedReply NOTIFY sendCommandHistoryChanged)
   /// True while all exchanges are recorded.
@@ -118,6 +120,7 @@ class VarkelManager : public QObject {
   QObject* history() const;
   QObject* edits() const;
   QObject* snapshots() const;
+  QObject* sensorReturn() const;
   QString decodedReply() const;
   bool isRecording() const;
 
