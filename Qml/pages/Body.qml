@@ -115,6 +115,17 @@ Item {
         }
     }
 
+    Connections {
+        target: varkel_manager.edits
+
+        function onStepped(page, row) {
+            if (page !== body.view.currentPage) {
+                body.view.choosePage(page);
+            }
+            pages.enterRow(row);
+        }
+    }
+
     FocusKeeper {
         view: body.view
         onLost: body.view.takeFocus()

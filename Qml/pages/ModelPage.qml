@@ -22,10 +22,12 @@ Item {
     signal refused(string message)
     signal upgradeRequested(url file, var start)
 
-    // Puts the focus into a row, wherever it is in the list.
+    // Puts the focus into a row, wherever it is in the list; within the row it stays where it is.
     function enterRow(row) {
         list.forceLayout();
-        steps.enter(row, true);
+        if (!steps.inside || list.currentIndex !== row) {
+            steps.enter(row, true);
+        }
     }
 
     objectName: "page_" + module
