@@ -16,6 +16,7 @@
 #include "VarkelCore/src/varkel_manager.h"
 #include "app/src/history_plot.h"
 #include "app/src/keyboard_focus.h"
+#include "app/src/last_folder.h"
 #include "app/src/log_model.h"
 #include "app/src/plain_text.h"
 
@@ -55,6 +56,8 @@ void PrepareQml() {
   qmlRegisterType<HistoryPlot>("Varkel.Shell", 1, 0, "HistoryPlot");
   qmlRegisterSingletonType<PlainText>("Varkel.Shell", 1, 0, "PlainText",
                                       [](QQmlEngine*, QJSEngine*) -> QObject* { return new PlainText; });
+  qmlRegisterSingletonType<LastFolder>("Varkel.Shell", 1, 0, "LastFolder",
+                                       [](QQmlEngine*, QJSEngine*) -> QObject* { return new LastFolder; });
 }
 
 MainWindow::MainWindow(QWidget* parent, const QString& module_name)
