@@ -89,6 +89,10 @@ Rectangle {
             text: PlainText.line(line.outcome.replace(/\n[^]*/, ""))
         }
 
+        FindingsButton {
+            implicitHeight: Theme.statusButtonHeight
+        }
+
         DefaultToolButton {
             objectName: "editsButton"
             visible: line.edits > 0

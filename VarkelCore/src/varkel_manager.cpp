@@ -20,6 +20,7 @@
 #include "VarkelCore/src/pages/page_saving.h"
 #include "VarkelCore/src/pages/save_check.h"
 #include "VarkelCore/src/pages/search_model.h"
+#include "VarkelCore/src/pages/table_findings.h"
 #include "VarkelCore/src/pages/user_edits.h"
 #include "VarkelCore/src/pages/value_editor.h"
 #include "VarkelCore/src/pages/variable_details.h"
@@ -131,6 +132,7 @@ struct VarkelManager::Parts {
   SearchModel search{models};
   Activity activity;
   WorkerThreads workers;
+  TableFindings findings{workers, events};
   BackgroundWork background;
   SensorConnection connection;
 
@@ -327,6 +329,7 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   d_->connect_type = ConnectTypeOf(model);
   d_->sensor_return.Cancel();
   const LoadReport loaded = d_->models.Select(model);
+  d_->findings.Check(std::string(kTableFolder) + "/" + model + ".csv");
   d_->page_models.Drop();
   d_->small_sensor_info.SetModel(model);
   emit zeltoLidarInfoChanged();
@@ -779,6 +782,9 @@ QObject* VarkelManager::smallSensor() const {
 }
 QObject* VarkelManager::snapshots() const {
   return &d_->snapshots;
+}
+QObject* VarkelManager::findings() const {
+  return &d_->findings;
 }
 QObject* VarkelManager::sensorReturn() const {
   return &d_->sensor_return;

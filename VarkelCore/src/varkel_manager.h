@@ -64,6 +64,8 @@ class VarkelManager : public QObject {
   Q_PROPERTY(QObject* snapshots READ snapshots CONSTANT)
   /// What becomes of a sensor after its upgrade (varkel::SensorReturn).
   Q_PROPERTY(QObject* sensorReturn READ sensorReturn CONSTANT)
+  /// Faults of the selected model's table (varkel::TableFindings).
+  Q_PROPERTY(QObject* findings READ findings CONSTANT)
   /// The console's last reply by the model's table, for a monospaced font; empty without one.
   Q_PROPERTY(QString decodedReply READ decodedReply NOTIFY sendCommandHistoryChanged)
   /// True while all exchanges are recorded.
@@ -121,6 +123,7 @@ class VarkelManager : public QObject {
   QObject* edits() const;
   QObject* snapshots() const;
   QObject* sensorReturn() const;
+  QObject* findings() const;
   QString decodedReply() const;
   bool isRecording() const;
 
