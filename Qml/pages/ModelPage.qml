@@ -14,6 +14,7 @@ Item {
 
     readonly property QtObject focused: list.currentItem ? list.currentItem.values : null // the row's roles
 
+    readonly property real stripHeight: strip.height
     readonly property bool savable: footer.visible && !saving
     readonly property bool hasPicture: (varkel_manager.level2List[module] || []).some(row => row[1] === 5)
 
