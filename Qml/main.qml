@@ -254,6 +254,15 @@ Rectangle {
         }
     }
 
+    // Below the notice of the upgrade while that is open, else in one of its own.
+    function showUpgradeOutcome(text, back) {
+        record(text, back ? "INFO" : "WARNING");
+        var window = notice("SuccessInfoWindow");
+        if (!window.amend(lastSuccess, text, back ? "" : "Warning")) {
+            back ? window.notify(text) : window.note(text);
+        }
+    }
+
     function listed(names) {
         return names.map(name => PlainText.line(name)).join(", ");
     }

@@ -1,6 +1,6 @@
 import QtQml 2.15
 import Qt.labs.platform 1.1
-import "."
+import Varkel.Shell 1.0
 
 FolderDialog {
     readonly property url answer: folder

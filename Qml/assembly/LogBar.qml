@@ -89,7 +89,7 @@ Rectangle {
         }
 
         DefaultToolButton {
-            Layout.preferredWidth: bar.buttonWidth
+            Layout.preferredWidth: bar.buttonWidth + Theme.gapSmall
             objectName: "logSaveButton"
             text: "Save…"
             hint: "Writes all lines shown to a file"

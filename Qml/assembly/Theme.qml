@@ -75,7 +75,7 @@ QtObject {
     readonly property int panelWidth: 640
     readonly property int listedEdits: 12
     readonly property int panelHeight: 420
-    readonly property int noteWidth: 300
+    readonly property real noteShare: 0.6 // at most, of the space of a control
     readonly property int tick: 12
     readonly property int tickStroke: 2
     readonly property int menuItemHeight: 42
@@ -101,7 +101,7 @@ QtObject {
     readonly property int searchWidth: 720
     readonly property int searchRows: 9
     readonly property int searchRowHeight: 44
-    readonly property int logWindowWidth: 980
+    readonly property int logWindowWidth: 1040
     readonly property int logWindowHeight: 600
 
     // Fonts.

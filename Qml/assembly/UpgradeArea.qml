@@ -15,6 +15,7 @@ Item {
     property string fileName
     property string blocked // why no package can be taken now
     property string remark // shown in place of the file name until a file is taken
+    property string after // what becomes of the sensor after an upgrade, in place of the note
     property bool quietWhenIdle: false // no bar and no note but while upgrading
     default property alias content: extra.data
 
@@ -107,7 +108,9 @@ Item {
             objectName: "upgradeNote"
             width: parent.width
             visible: area.upgrading || !area.quietWhenIdle
-            text: "Keep the power on while upgrading. The lidar will reboot after upgrade."
+            text: !area.upgrading && area.after.length > 0
+                  ? PlainText.paragraph(area.after)
+                  : "Keep the power on while upgrading. The lidar will reboot after upgrade."
             color: area.upgrading ? Theme.warning : Theme.textMuted
             wrapMode: Text.Wrap
         }

@@ -109,6 +109,25 @@ Item {
         }
     }
 
+    Connections {
+        target: varkel_manager.sensorReturn
+
+        function onEnded(text, back) {
+            body.view.showUpgradeOutcome(text, back);
+        }
+    }
+
+    Connections {
+        target: varkel_manager.edits
+
+        function onStepped(page, row) {
+            if (page !== body.view.currentPage) {
+                body.view.choosePage(page);
+            }
+            pages.enterRow(row);
+        }
+    }
+
     FocusKeeper {
         view: body.view
         onLost: body.view.takeFocus()

@@ -14,6 +14,7 @@ Item {
 
     readonly property QtObject focused: list.currentItem ? list.currentItem.values : null // the row's roles
 
+    readonly property real stripHeight: strip.height
     readonly property bool savable: footer.visible && !saving
     readonly property bool hasPicture: (varkel_manager.level2List[module] || []).some(row => row[1] === 5)
 
@@ -22,10 +23,12 @@ Item {
     signal refused(string message)
     signal upgradeRequested(url file, var start)
 
-    // Puts the focus into a row, wherever it is in the list.
+    // Puts the focus into a row, wherever it is in the list; within the row it stays where it is.
     function enterRow(row) {
         list.forceLayout();
-        steps.enter(row, true);
+        if (!steps.inside || list.currentIndex !== row) {
+            steps.enter(row, true);
+        }
     }
 
     objectName: "page_" + module

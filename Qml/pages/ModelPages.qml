@@ -108,7 +108,7 @@ Item {
 
         anchors.right: parent.right
         anchors.rightMargin: Theme.margin
-        y: Theme.margin
+        y: Theme.margin + (pages.currentPage ? pages.currentPage.stripHeight : 0)
         width: parent.width - leftEdge - Theme.margin
         height: parent.height - y - Theme.footerHeight - Theme.gap
         active: pages.detailsWanted && pages.detailsFit
@@ -123,7 +123,7 @@ Item {
     DetailsButton {
         anchors.right: parent.right
         anchors.rightMargin: Theme.margin
-        y: Theme.margin - Theme.gapSmall
+        y: details.y - Theme.gapSmall
         visible: !pages.detailsWanted && pages.detailsFit && pages.currentPage !== null
         onClicked: pages.detailsWanted = true
     }

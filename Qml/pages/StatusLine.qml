@@ -40,6 +40,9 @@ Rectangle {
         if (connecting) {
             return "Connecting…";
         }
+        if (varkel_manager.sensorReturn.isWaiting) {
+            return "Waiting for the sensor…";
+        }
         return saving ? "Saving…" : varkel_manager.isReadingPage ? "Reading…" : varkel_manager.isWorking ? "Asking…" : "";
     }
 
@@ -84,6 +87,10 @@ Rectangle {
             color: line.outcomeColor
             elide: Text.ElideRight
             text: PlainText.line(line.outcome.replace(/\n[^]*/, ""))
+        }
+
+        FindingsButton {
+            implicitHeight: Theme.statusButtonHeight
         }
 
         DefaultToolButton {

@@ -9,7 +9,7 @@ RowFrame {
     readonly property string shownText: choice.chosenLabel
 
     implicitHeight: Theme.tallRowHeight
-    noteInset: Theme.tallRowHeight + 2 * Theme.margin
+    noteInCaption: true
 
     OptionChoice {
         id: choice

@@ -21,7 +21,12 @@ Item {
     readonly property bool differs: values.origin === "differs"
     readonly property bool refused: values.refusal.length > 0
     readonly property string note: noteText()
-    property int noteInset: Theme.gap // from the row's end to its note
+    readonly property bool ticked: note.length === 0 && !edited && values.origin === "verified"
+    property bool noteInCaption: false // beside the label, for controls that can't give way
+    // What the control gives to the note, which has no room outside the row: there are the details.
+    readonly property real noteRoom: noteInCaption || note.length === 0 || !noteLoader.item ? 0
+                                     : Math.min(noteLoader.item.implicitWidth + Theme.gapSmall,
+                                                (width - slot.x - mark.width) * Theme.noteShare)
     readonly property string verdict: values.verdict
     readonly property bool faulty: verdict.length > 0 || refused
     readonly property string hint: describe()
@@ -130,7 +135,7 @@ Item {
         id: slot
 
         x: parent.width * Theme.labelShare
-        width: parent.width - x - mark.width - Theme.gapSmall
+        width: parent.width - x - mark.width - Theme.gapSmall - frame.noteRoom
         height: parent.height
     }
 
@@ -145,13 +150,18 @@ Item {
     }
 
     Loader {
-        x: frame.width + frame.noteInset
-        width: Theme.noteWidth
+        id: noteLoader
+
+        readonly property real captionEnd: Math.min(caption.implicitWidth, caption.width / 2) + Theme.gap
+
+        x: frame.ticked ? (frame.live ? slot.x - width : mark.x)
+           : frame.noteInCaption ? captionEnd : slot.x + slot.width + Theme.gapSmall
+        width: frame.ticked ? mark.width : frame.noteInCaption ? slot.x - captionEnd - Theme.gap : frame.noteRoom
         height: Theme.rowHeight
-        active: frame.note.length > 0 || !frame.edited && frame.values.origin === "verified"
+        active: frame.note.length > 0 || frame.ticked
         sourceComponent: RowNote {
             text: frame.note
-            ticked: text.length === 0
+            ticked: frame.ticked
             tone: frame.faulty ? Theme.error : frame.differs && !frame.edited ? Theme.warning : Theme.textMuted
         }
     }

@@ -1,13 +1,15 @@
 import QtQuick 2.15
 import "../assembly"
 
-// Beside a row: what became of its value. A tick when it was saved and read back, else a few words.
+// In a row: what became of its value. A tick when it was saved and read back, else a few words.
 Item {
     id: note
 
     property string text
     property bool ticked: false
     property color tone: Theme.textMuted
+
+    implicitWidth: words.implicitWidth
 
     Accessible.role: Accessible.StaticText
     Accessible.name: ticked ? "Saved and read back" : text
@@ -19,6 +21,8 @@ Item {
     }
 
     BodyText {
+        id: words
+
         anchors.fill: parent
         text: note.text
         color: note.tone

@@ -24,6 +24,7 @@ Item {
         y: Theme.gapTiny
         width: parent.width
         upgrading: varkel_manager.IsUpgrading
+        after: varkel_manager.sensorReturn.text
         blocked: varkel_manager.IsConnected ? varkel_manager.IsDownloadLog ? "A log is being downloaded" : ""
                                             : "Connect to the sensor first"
         onFileChosen: row.upgradeRequested(file, () => {

@@ -20,6 +20,7 @@
 #include "VarkelCore/src/pages/page_saving.h"
 #include "VarkelCore/src/pages/save_check.h"
 #include "VarkelCore/src/pages/search_model.h"
+#include "VarkelCore/src/pages/table_findings.h"
 #include "VarkelCore/src/pages/user_edits.h"
 #include "VarkelCore/src/pages/value_editor.h"
 #include "VarkelCore/src/pages/variable_details.h"
@@ -32,6 +33,7 @@
 #include "VarkelCore/src/tasks/background_work.h"
 #include "VarkelCore/src/tasks/signal_report.h"
 #include "VarkelCore/src/upgrade/firmware_upgrade.h"
+#include "VarkelCore/src/upgrade/sensor_return.h"
 #include "VarkelCore/src/values/logged_exchange.h"
 #include "VarkelCore/src/values/model_selection.h"
 #include "libquarn/Platform/src/text_number.h"
@@ -92,6 +94,21 @@ struct VarkelManager::Parts {
     return code;
   }
 
+  /// The same after an upgrade: a network sensor is then waited for.
+  int RestartUpgraded(const std::shared_ptr<SensorSession>& session,
+                      const FirmwareUpgrade::Catalogue& catalogue) {
+    if (!session->has_pages()) return Restart(session, *catalogue);
+    const SensorIdentity before = ReadIdentity(*session->ktc_client(), catalogue);
+    const int code = RestartSensor(*catalogue, *session, report);
+    if (code != 0) return code;
+    events.Post([this, session, catalogue, before] {
+      if (connection.session() != session) return;
+      manager.Stop();
+      sensor_return.Await(settings, catalogue, before);
+    });
+    return 0;
+  }
+
   VarkelManager& manager;
   const bool creation_flag;
   const std::string config_file_path;
@@ -118,6 +135,7 @@ struct VarkelManager::Parts {
   SearchModel search{models};
   Activity activity;
   WorkerThreads workers;
+  TableFindings findings{workers, events};
   BackgroundWork background;
   SensorConnection connection;
 
@@ -134,6 +152,7 @@ struct VarkelManager::Parts {
   ConsoleCommands console;
   LogDownloads downloads;
   FirmwareUpgrade upgrade;
+  SensorReturn sensor_return;
 
   SmallSensor small_sensor;
   BackgroundFunctions small_sensor_functions;
@@ -200,8 +219,10 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
                  }}),
       upgrade(
           report, activity, workers, connect_type,
-          {[this](const auto& session, const ConfigParser& catalogue) { return Restart(session, catalogue); },
+          {[this](const auto& session, const auto& catalogue) { return RestartUpgraded(session, catalogue); },
            [this](const auto& session) { Disconnect(session); }}),
+      sensor_return(workers, events, {report, log_bytes, activity, &recorder},
+                    [this] { manager.ConnectLidar(); }, {}),
       small_sensor(
           report, activity, [this] { return connection.session(); }, connect_type),
       small_sensor_functions(small_sensor, background),
@@ -313,7 +334,9 @@ QVariantList VarkelManager::LidarModelList() const {
 void VarkelManager::InitConfigFileParser(const QString& model_name) {
   const std::string model = model_name.toStdString();
   d_->connect_type = ConnectTypeOf(model);
+  d_->sensor_return.Cancel();
   const LoadReport loaded = d_->models.Select(model);
+  d_->findings.Check(std::string(kTableFolder) + "/" + model + ".csv");
   d_->page_models.Drop();
   d_->small_sensor_info.SetModel(model);
   emit zeltoLidarInfoChanged();
@@ -366,6 +389,7 @@ int VarkelManager::connectType() const {
 
 bool VarkelManager::ConnectLidar() {
   if (GetIsConnectingLidar()) return false;
+  d_->sensor_return.Cancel();
   if (const auto model = d_->models.model()) model->values.SensorChanged();
   d_->dialled = d_->settings.ip_address;
   if (!d_->connector.Start(d_->connect_type, d_->settings)) return false;
@@ -396,6 +420,7 @@ void VarkelManager::Stop() {
     emit sendLogMessage(QStringLiteral("connect type is not support"), QStringLiteral("INFO"));
     return;
   }
+  d_->sensor_return.Cancel();
   try {
     d_->connection.End();
   } catch (const std::exception&) {
@@ -769,6 +794,12 @@ QObject* VarkelManager::smallSensor() const {
 }
 QObject* VarkelManager::snapshots() const {
   return &d_->snapshots;
+}
+QObject* VarkelManager::findings() const {
+  return &d_->findings;
+}
+QObject* VarkelManager::sensorReturn() const {
+  return &d_->sensor_return;
 }
 QVariantList VarkelManager::ZeltoLidarInfo() const {
   return RowMaps(d_->small_sensor_info.Info());

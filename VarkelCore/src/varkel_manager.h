@@ -62,6 +62,10 @@ class VarkelManager : public QObject {
   Q_PROPERTY(QObject* edits READ edits CONSTANT)
   /// Snapshots of the connected sensor (varkel::Snapshots).
   Q_PROPERTY(QObject* snapshots READ snapshots CONSTANT)
+  /// What becomes of a sensor after its upgrade (varkel::SensorReturn).
+  Q_PROPERTY(QObject* sensorReturn READ sensorReturn CONSTANT)
+  /// Faults of the selected model's table (varkel::TableFindings).
+  Q_PROPERTY(QObject* findings READ findings CONSTANT)
   /// The console's last reply by the model's table, for a monospaced font; empty without one.
   Q_PROPERTY(QString decodedReply READ decodedReply NOTIFY sendCommandHistoryChanged)
   /// True while all exchanges are recorded.
@@ -120,6 +124,8 @@ class VarkelManager : public QObject {
   QObject* history() const;
   QObject* edits() const;
   QObject* snapshots() const;
+  QObject* sensorReturn() const;
+  QObject* findings() const;
   QString decodedReply() const;
   bool isRecording() const;
   QObject* recentAddresses() const;

@@ -17,6 +17,7 @@
 #include "app/src/about.h"
 #include "app/src/history_plot.h"
 #include "app/src/keyboard_focus.h"
+#include "app/src/last_folder.h"
 #include "app/src/log_model.h"
 #include "app/src/plain_text.h"
 
@@ -58,6 +59,8 @@ void PrepareQml() {
                                       [](QQmlEngine*, QJSEngine*) -> QObject* { return new PlainText; });
   qmlRegisterSingletonType<About>("Varkel.Shell", 1, 0, "About",
                                   [](QQmlEngine*, QJSEngine*) -> QObject* { return new About; });
+  qmlRegisterSingletonType<LastFolder>("Varkel.Shell", 1, 0, "LastFolder",
+                                       [](QQmlEngine*, QJSEngine*) -> QObject* { return new LastFolder; });
 }
 
 MainWindow::MainWindow(QWidget* parent, const QString& module_name)

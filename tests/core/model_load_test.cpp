@@ -17,12 +17,21 @@ class ModelLoadTest : public QObject {
             .replace("5_3_1_2_1", "5_3_9_2_9"));
     ControllerFixture fixture;
     fixture.manager->InitConfigFileParser(QDir("Config/varID").relativeFilePath(folder.filePath("odd")));
-    QTRY_VERIFY(!fixture.log.isEmpty());
+    QObject* const findings = fixture.manager->findings();
+    QTRY_VERIFY(!fixture.log.isEmpty() && !findings->property("lines").toStringList().isEmpty());
+    QVERIFY(findings->property("summary").toString().endsWith(" in odd.csv"));
+    QCOMPARE(findings->property("lines")
+                 .toStringList()
+                 .filter(QRegularExpression("^odd.csv:\\d+: VarLen: "))
+                 .size(),
+             1);
     for (const char* line :
          {"ERROR config file error.*type 2 of X", "WARNING .*set command 0x45.*uint8 takes 1",
           "WARNING .*Coefficient \"0,5\" is a number only at"}) {
       QVERIFY2(fixture.log.filter(QRegularExpression(line)).size() == 1, qPrintable(fixture.log.join('\n')));
     }
+    fixture.manager->InitConfigFileParser("Quenta");
+    QVERIFY(findings->property("lines").toStringList().isEmpty());
   }
 };
 

@@ -1,3 +1,4 @@
+#include <QRegularExpression>
 #include "tests/core/core_test.h"
 
 namespace {
@@ -84,6 +85,9 @@ class PageWritingTest : public QObject {
     fixture_->Edit("Minimum Range", "1");      // 0x43, behind it
     fixture_->Edit("UTC Offset", "5");         // another page's
     QVERIFY(!Saves(4));
+    const QRegularExpression refusal(
+        "^WARNING The command \\[0x45\\] to write .*Sync.* was refused with code 5$");
+    QVERIFY2(fixture_->log.filter(refusal).size() == 1, qPrintable(fixture_->log.join('\n')));
     QCOMPARE(fixture_->sensor->ValueText("Operating Mode"), std::string("1"));
     QVERIFY(fixture_->sensor->Received(0x43).empty());
     QCOMPARE(fixture_->manager->getSetMapSize(), 4);

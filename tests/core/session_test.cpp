@@ -60,6 +60,24 @@ class SessionTest : public QObject {
     }
   }
 
+  void UpgradedSensorIsConnectedAgain() {
+    ControllerFixture fixture;
+    VarkelManager& manager = *fixture.manager;
+    QVERIFY(fixture.ConnectOn());
+    const auto row = fixture.Find("Firmware Upgrade");
+    Put(folder_.filePath("named"), "VARKEL-SIM FIRMWARE 9.8.7.6 2024-10-01\n");
+    QCOMPARE(
+        manager.UpgradeLidar(QUrl::fromLocalFile(folder_.filePath("named")), row.page, row.group, row.index),
+        0);
+    QVERIFY(fixture.Wait([&] { return manager.sensorReturn()->property("isWaiting").toBool(); }));
+    QVERIFY(!manager.IsConnected());
+    QVERIFY(fixture.Wait([&] { return manager.IsConnected(); }));
+    QCOMPARE(manager.sensorReturn()->property("text").toString(),
+             QString("The sensor is back after the upgrade.\n"
+                     "Firmware Version: 3.4.12.0 (2024-09-18) → 9.8.7.6 (2024-10-01)"));
+    QVERIFY2(fixture.errors.isEmpty(), qPrintable(fixture.errors.join('\n')));
+  }
+
   void DisconnectInARoundIsNoFaultOfTheSensor() {
     ControllerFixture fixture({"ldcmd-get:10=late:500"}, "Zelto-KTC");  // what a round asks first
     for (int attempt = 0; attempt < 8; ++attempt) {

@@ -225,6 +225,14 @@ TEST(Dissector, KnowsSmallSensorsAndEveryModel) {
   EXPECT_THAT(wireshark.Run("-o ktc.ports:1-9000 -Y ktc"), Not(HasSubstr("Reply")));
 }
 
+TEST(Dissector, RecordingsOfSerialLinesNeedNoPreference) {
+  Wireshark wireshark({"Zelto"});
+  wireshark.capture().sensor_port = 9348;
+  wireshark.capture().FromSensor(
+      FromHex("24 4c 44 43 4d 44 2c 08 02 0a 01 5a 31 32 33 34 00 07 00 00 00 8e 65 8e f8 ee ff"));
+  EXPECT_THAT(wireshark.Run("-Y 'tcp.srcport == 9348' -V"), HasSubstr("Text: Z1234"));
+}
+
 TEST(Dissector, BearsAnyBytes) {
   constexpr std::size_t kStreams = 4000;
   std::vector<Bytes> frames;

@@ -58,10 +58,16 @@ TEST_F(UserEditsTest, StepsGoBackAndForthOneByOne) {
   Turn(1, 45.5F);
   EXPECT_EQ(Listed(), all);
   EXPECT_EQ(edits.counts(), QVariantList{3});  // rows
-  const char* const undone[] = {"Rate Slow>Fast, On 1>0, Filter 3>0", "Rate Slow>Fast", ""};
-  for (const char* listed : undone) {
+  int row = -1;
+  QObject::connect(&edits, &UserEdits::stepped, &edits, [&row](int, int shown) { row = shown; });
+  const struct {
+    const char* listed;
+    int row;
+  } undone[] = {{"Rate Slow>Fast, On 1>0, Filter 3>0", 3}, {"Rate Slow>Fast", 2}, {"", 1}};
+  for (const auto& step : undone) {
     EXPECT_EQ(edits.undo(), 0);
-    EXPECT_EQ(Listed(), listed);
+    EXPECT_EQ(Listed(), step.listed);
+    EXPECT_EQ(row, step.row);
   }
   EXPECT_EQ(edits.undo(), -1);
   EXPECT_FALSE(edits.hasCommands(0));

@@ -29,6 +29,8 @@ class CaptureFile {
   void ToSensor(const Bytes& bytes, std::uint16_t client = 50000) { Segment(bytes, client, true); }
   void FromSensor(const Bytes& bytes, std::uint16_t client = 50000) { Segment(bytes, client, false); }
 
+  std::uint16_t sensor_port = kSensorPort;  ///< of what follows
+
   void Flush() { file_.flush(); }
 
  private:
@@ -52,8 +54,8 @@ class CaptureFile {
     Append(packet, 0x0000'4000'4006'0000, 8);
     Append(packet, kAddresses[to_sensor ? 0 : 1], 4);
     Append(packet, kAddresses[to_sensor ? 1 : 0], 4);
-    Append(packet, to_sensor ? client : kSensorPort, 2);
-    Append(packet, to_sensor ? kSensorPort : client, 2);
+    Append(packet, to_sensor ? client : sensor_port, 2);
+    Append(packet, to_sensor ? sensor_port : client, 2);
     Append(packet, sent[to_sensor ? 1 : 0] + 1U, 4);
     Append(packet, sent[to_sensor ? 0 : 1] + 1U, 4);
     Append(packet, 0x5018'FFFF'0000'0000, 8);

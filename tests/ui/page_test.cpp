@@ -337,6 +337,9 @@ class PageTest : public QObject {
     QCOMPARE(desk.Text(field), "2368");
     desk.ShowPage(kScanPage);
     desk.Key(Qt::Key_Z, Qt::ShiftModifier | Qt::ControlModifier);
+    EVENTUALLY_VERIFY(desk.Has(field) && desk.Find(field)->hasActiveFocus());  // the page of the edit
+    QCOMPARE(desk.Text(field), "2400");
+    desk.ShowPage(kScanPage);
     desk.Choose("field_" + desk.Place(kScanPage, "Spin Direction"), 1);
     for (const char* tab : {"tab_2", "tab_4"}) QCOMPARE(desk.Property(tab, "edits").toInt(), 1);
 

@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 
 #include "app/src/arguments.h"
+#include "app/src/last_folder.h"
 #include "tests/support/qt_test.h"
 
 namespace {
@@ -28,6 +29,17 @@ class StartupTest : public QObject {
       const double got = startup::ScaleFactor(screen);
       QVERIFY2(std::abs(got - scale) < 1e-6, qPrintable(QString::number(got, 'g', 10)));
     }
+  }
+
+  void LastFolderOutlivesTheRunUnlessItIsGone() {
+    const QTemporaryDir settings;
+    const QString file = settings.filePath("new/window.ini");
+    const QUrl documents = LastFolder(file).folder();
+    QVERIFY(QDir(settings.path()).mkpath("ü #1"));
+    LastFolder(file).keep(QUrl::fromLocalFile(settings.filePath("ü #1/a.tar")));
+    QCOMPARE(LastFolder(file).folder(), QUrl::fromLocalFile(settings.filePath("ü #1")));
+    QVERIFY(QDir(settings.path()).rmdir("ü #1"));
+    QCOMPARE(LastFolder(file).folder(), documents);
   }
 
   void Root() {

@@ -20,7 +20,7 @@ local models = {}
 local ktc = Proto("ktc", "KTC lidar commands")
 local serial = Proto("ktcserial", "Small lidar sensor, serial frames")
 
-local DEFAULT_PORTS = "9347"
+local DEFAULT_PORTS = "9347-9348" -- 9348: recordings of serial lines
 -- What a frame may announce: the tool gives up a reply after as many bytes.
 local MOST_PAYLOAD = 64 * 1024 * 1024
 -- Requests that may wait for their reply in one stream; older ones were given up.

@@ -15,6 +15,7 @@
 #include "VarkelCore/src/catalogue/command_text.h"
 #include "VarkelCore/src/session/exchange.h"
 #include "VarkelCore/src/tasks/diagnostics.h"
+#include "VarkelCore/src/values/exchange_decoder.h"
 #include "VarkelCore/src/values/str_parser.h"
 #include "libquarn/Platform/src/text_number.h"
 
@@ -211,6 +212,7 @@ SentCommand PageWriter::WriteFov(Model& model, quarn::lidar::KtcClient& client) 
   const auto channel_byte = static_cast<std::uint8_t>(quarn::lidar::TextToInt(value));
   if (client.WriteChannelFov(channel_byte, starts) != 0) {
     model.values.Refused(kFovSetCommand, client.LastReturnCode());
+    ReportRefused(model, kFovSetCommand, {}, client.LastReturnCode());
     throw std::invalid_argument("set channel fov failed");
   }
   ReportSent(*model.catalogue, kFovSetCommand);
@@ -238,6 +240,7 @@ SentCommand PageWriter::Write(Model& model, quarn::lidar::KtcClient& client,
   const std::string warning = "SET [" + set_cmd + "] FAILED";
   targets_.report.Log(warning, "WARNING");
   targets_.report.Error(warning);
+  ReportRefused(model, set_cmd, payload, result.error());
   throw std::invalid_argument(set_cmd + " SET  ret_code: " + std::to_string(result.error()));
 }
 
@@ -245,6 +248,17 @@ void PageWriter::ReportSent(const ConfigParser& catalogue, const std::string& se
   std::vector<std::string> names;
   for (const VarInfo* var : catalogue.set_cmd_map().at(set_cmd)) names.push_back(var->var_name);
   targets_.report.Log("Send KTC command [" + set_cmd + "] to set " + Joined(names) + " success.", "INFO");
+}
+
+/// The notices name the command alone; this line says what it would have written.
+void PageWriter::ReportRefused(const Model& model, const std::string& set_cmd,
+                               std::span<const std::uint8_t> payload, int code) const {
+  const ExchangeDecoder decoder(model.catalogue);
+  const std::string what = decoder.CommandName(ParseCommandText(set_cmd).code, payload);
+  targets_.report.Log("The command [" + set_cmd + "] to " + what +
+                          (code > 0 ? " was refused with code " + std::to_string(code)
+                                    : " got no reply that could be used (" + std::to_string(code) + ")"),
+                      "WARNING");
 }
 
 }  // namespace varkel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -72,6 +73,8 @@ class PageWriter {
   SentCommand WriteFov(Model& model, quarn::lidar::KtcClient& client) const;
   SentCommand Write(Model& model, quarn::lidar::KtcClient& client, const std::string& set_cmd) const;
   void ReportSent(const ConfigParser& catalogue, const std::string& set_cmd) const;
+  void ReportRefused(const Model& model, const std::string& set_cmd, std::span<const std::uint8_t> payload,
+                     int code) const;
 
   Targets targets_;
 };

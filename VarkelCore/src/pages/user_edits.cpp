@@ -21,6 +21,17 @@ int PageOf(const VarInfo& var) {
   return var.module_places.empty() ? -1 : var.module_places.begin()->first.first;
 }
 
+/// Where the page's list shows a variable or what it switches; -1 for neither.
+int RowOf(const ConfigParser& catalogue, int page, const VarInfo& var) {
+  int row = 0;
+  for (const PageRow& place : RowsOfPage(catalogue, page)) {
+    const VarInfo* const shown = VariableAt(catalogue, page, place.group, place.index);
+    if (shown != nullptr && (shown == &var || shown->switch_var == &var)) return row;
+    ++row;
+  }
+  return -1;
+}
+
 /// The variable of the field of view's row; null when no page has one.
 const VarInfo* FovVariable(const Model& model) {
   const auto carried = model.catalogue->set_cmd_map().find(kFovSetCommand);
@@ -85,8 +96,9 @@ QVariantList UserEdits::counts() const {
   if (!model) return pages;
   std::vector<int> counts(model->catalogue->module_vars().size(), 0);
   const auto count = [&](const VarInfo& var) {
-    for (const auto& [place, position] : var.module_places)
+    for (const auto& [place, position] : var.module_places) {
       ++counts.at(static_cast<std::size_t>(place.first));
+    }
   };
   const std::vector<const VarInfo*> edited = model->values.EditedVars();
   const auto is_edited = [&](const VarInfo* var) {
@@ -132,7 +144,9 @@ int UserEdits::Announce(const std::optional<EditHistory::Target>& target) {
   edited_();
   const auto* const var = std::get_if<VarInfo*>(&*target);
   const VarInfo* const shown = var != nullptr ? *var : FovVariable(*model);
-  return shown == nullptr ? -1 : PageOf(*shown);
+  const int page = shown == nullptr ? -1 : PageOf(*shown);
+  if (page >= 0) emit stepped(page, RowOf(*model->catalogue, page, *shown));
+  return page;
 }
 
 QStringList UserEdits::faults(int page) const {

@@ -56,6 +56,8 @@ class UserEdits : public QObject {
 
  signals:
   void changed();
+  /// An edit was undone or redone: the page that shows it, and the row in the page's list.
+  void stepped(int page, int row);
 
  private:
   int Announce(const std::optional<EditHistory::Target>& target);

@@ -41,7 +41,7 @@ int FirmwareUpgrade::StartFromRow(const Session& session, const Catalogue& catal
   Start(session, package,
         [this, session, catalogue, command](const auto& stop, const auto& bytes, const auto& run) {
           SendOverNetwork(stop, *session->ktc_client(), bytes, command, report_, run,
-                          [&] { return host_.restart(session, *catalogue); });
+                          [&] { return host_.restart(session, catalogue); });
         });
   return 0;
 }
@@ -58,7 +58,7 @@ int FirmwareUpgrade::StartSmallSensor(const Session& session, const Catalogue& c
   if (mode == kJunctionBox && session->ktc_client()) {
     Start(session, package, [this, session, catalogue](const auto& stop, const auto& bytes, const auto& run) {
       SendOverNetwork(stop, *session->ktc_client(), bytes, kJunctionBoxCommand, report_, run,
-                      [&] { return host_.restart(session, *catalogue); });
+                      [&] { return host_.restart(session, catalogue); });
     });
   } else {
     Start(session, package, [this, session, mode](const auto& stop, const auto& bytes, const auto& run) {

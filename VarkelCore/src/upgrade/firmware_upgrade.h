@@ -29,7 +29,7 @@ class FirmwareUpgrade {
   /// What an upgrade does to a session when the package is through. Called on a worker.
   struct Host {
     /// Restarts that sensor with the table's command and disconnects it: 0 on success.
-    std::function<int(const Session&, const ConfigParser&)> restart;
+    std::function<int(const Session&, const Catalogue&)> restart;
     /// Disconnects it, unless it has been already.
     std::function<void(const Session&)> disconnect;
   };
