@@ -40,8 +40,8 @@ class Upgrading {
       : job_(job),
         connect_type_(ConnectTypeOf(job.link.target().model)),
         upgrade_(job.report, job.link.activity(), workers_, connect_type_,
-                 {[this](const auto& session, const ConfigParser& catalogue) {
-                    const int code = RestartSensor(catalogue, *session, job_.report);
+                 {[this](const auto& session, const auto& catalogue) {
+                    const int code = RestartSensor(*catalogue, *session, job_.report);
                     is_restarted_ = true;
                     return code;
                   },
