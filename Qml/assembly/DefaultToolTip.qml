@@ -15,7 +15,7 @@ T.ToolTip {
     padding: Theme.gapSmall
     margins: Theme.gapTiny
     delay: Theme.hintDelay
-    closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent
+    closePolicy: T.Popup.CloseOnPressOutsideParent // Escape belongs to the field that is being edited
 
     // A wrapped text's own width is what it was given.
     BodyText {
