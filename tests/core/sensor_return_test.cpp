@@ -31,7 +31,7 @@ struct Rig {
     back.Cancel();
     workers.StopAndJoin();
   }
-  void Await(SensorIdentity before) {
+  void Await(const SensorIdentity& before) {
     ConnectionSettings settings;
     settings.ip_address = "127.0.0.1";
     settings.port = std::to_string(port);

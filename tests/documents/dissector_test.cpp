@@ -41,11 +41,11 @@ class Recorder {
   /// The payload of the reply.
   Bytes Exchange(std::uint8_t command, const Bytes& payload) {
     Bytes reply;
-    client_->QueryCommand(payload, reply, command, true);
+    EXPECT_EQ(client_->QueryCommand(payload, reply, command, true), 0);
     capture_.ToSensor(KtcFrame(version_, command, payload));
     capture_.FromSensor(reply);
-    reply.erase(reply.begin(), reply.begin() + (version_ == 1 ? 8 : 12));
-    return reply;
+    const std::size_t header = std::min<std::size_t>(reply.size(), version_ == 1 ? 8 : 12);
+    return Bytes(reply.begin() + static_cast<std::ptrdiff_t>(header), reply.end());
   }
 
  private:

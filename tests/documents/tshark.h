@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <random>
 #include <string>
 
 #include "VarkelCore/src/documents/dissector.h"
@@ -49,7 +50,9 @@ class Wireshark {
 
  private:
   const testing::TestInfo* const test_ = testing::UnitTest::GetInstance()->current_test_info();
-  const std::string folder_ = testing::TempDir() + "varkel_" + test_->name();
+  // Another checkout may run the same test now.
+  const std::string folder_ =
+      testing::TempDir() + "varkel_" + test_->name() + "_" + std::to_string(std::random_device()());
   std::unique_ptr<CaptureFile> capture_;
 };
 
