@@ -2,7 +2,7 @@ import QtQuick 2.15
 import Varkel.Shell 1.0
 import "../assembly"
 
-// A caption and what it says of the variable; nothing when there is nothing to say.
+// A caption and a property of the variable; hidden when the property is empty.
 Item {
     id: line
 

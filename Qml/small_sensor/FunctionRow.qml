@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// A row for one thing that the sensor can be set to or asked for; what came of the last call stands beside it.
+// A row for one thing that the sensor can be set to or asked for; the outcome of the last call is shown beside it.
 // What the row shows is of this connection: `forget` comes when it ends or another model is chosen.
 LabelledRow {
     id: row

@@ -18,7 +18,7 @@ QString OwnFile() {
 LastFolder::LastFolder(QString path, QObject* parent)
     : QObject(parent), path_(path.isEmpty() ? OwnFile() : std::move(path)) {}
 
-// Read anew each time: another window of the tool may have been answered since.
+// Read each time: another window of the tool may have stored another folder since.
 QUrl LastFolder::folder() const {
   const QString kept = QSettings(path_, QSettings::IniFormat).value(kKey).toString();
   const bool is_there = !kept.isEmpty() && QDir(kept).exists();
@@ -26,7 +26,7 @@ QUrl LastFolder::folder() const {
                                       : QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
 }
 
-// A convenience: when it can't be kept, nobody is told.
+// Only a convenience, so a failure to store it is not reported.
 void LastFolder::setFolder(const QUrl& folder) {
   if (!folder.isLocalFile()) {
     return;

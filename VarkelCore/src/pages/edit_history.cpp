@@ -76,7 +76,7 @@ EditHistory::Value EditHistory::Present(const Target& target) const {
   return {model_->catalogue->CurrentValue(var), 0, model_->values.IsEdited(var)};
 }
 
-/// What is not edited may have been read anew.
+/// What is not edited may have been read again.
 bool EditHistory::IsPresent(const Target& target, const Value& value) const {
   const Value present = Present(target);
   if (present.edited != value.edited) return false;

@@ -19,7 +19,7 @@ RecentAddresses::RecentAddresses()
     : RecentAddresses(QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) +
                       QStringLiteral("/recent-addresses.txt")) {}
 
-// Read anew each time: another window of the tool may have added to it.
+// Read each time: another window of the tool may have added to it.
 QStringList RecentAddresses::all() const {
   QFile file(path_);
   if (!IsWritableTarget(path_) || !file.open(QIODevice::ReadOnly)) return {};
@@ -44,7 +44,7 @@ void RecentAddresses::remove(const QString& address) {
   Keep(addresses);
 }
 
-// A convenience: when the file can't be written, nobody is told.
+// Only a convenience, so a file that can't be written is not reported.
 void RecentAddresses::Keep(const QStringList& addresses) {
   const QByteArray text = addresses.join('\n').toUtf8();
   QDir().mkpath(QFileInfo(path_).path());
