@@ -10,7 +10,7 @@
 #include <memory>
 #include <string>
 
-/// The one controller that QML talks to: a thin face over the classes that connect, read, write and load.
+/// The one controller that QML talks to: a thin facade over the classes that connect, read, write and load.
 ///
 /// Lives on the window's thread, which makes all calls. Workers run on their own threads; their reports reach
 /// this object through an event queue, so every signal is emitted on the window's thread, in the order in

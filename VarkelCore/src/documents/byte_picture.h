@@ -7,8 +7,9 @@
 
 namespace varkel {
 
-/// The bytes of a payload as an inline SVG picture, eight to a line: a box for each field, with its first
-/// byte and its name. Colours come from the classes "field", "other" and "code" of the page's style.
+/// The layout of a payload as an inline SVG diagram, eight bytes to a line: a box for each field, with its
+/// first byte position and its name. Colours come from the classes "field", "other" and "code" of the page's
+/// style.
 std::string BytePicture(const Command& command, const std::vector<CommandField>& fields);
 
 }  // namespace varkel
