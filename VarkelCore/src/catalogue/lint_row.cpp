@@ -81,7 +81,7 @@ class RowLint {
     report_.Warning(row_.line, column, row_.Name() + ": " + text);
   }
 
-  bool TakesWholePayload() const { return row_["VarName"] == "Shared Secret Key"; }
+  bool TakesWholePayload() const { return varkel::TakesWholePayload(row_["VarName"]); }
 
   void CheckInteger(const char* column) {
     const std::string& cell = row_[column];

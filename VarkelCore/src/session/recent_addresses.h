@@ -6,8 +6,8 @@
 
 namespace varkel {
 
-/// The addresses that connected last, the most recent first. They are kept in a file of the tool's own, one
-/// a line. Lives on the window's thread.
+/// The addresses of recent successful connections, the most recent first. They are kept in a file of the
+/// tool's own, one per line. Lives on the window's thread.
 class RecentAddresses : public QObject {
   Q_OBJECT
   Q_PROPERTY(QStringList all READ all NOTIFY changed)
