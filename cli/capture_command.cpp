@@ -63,14 +63,14 @@ std::string Outcome(const CapturedExchange& exchange) {
     case Answer::kNone:
       return "no reply";
     case Answer::kBrokenOff:
-      text = "the reply broke off after " + std::to_string(exchange.reply.size()) + " of " +
+      text = "the reply was cut off after " + std::to_string(exchange.reply.size()) + " of " +
              std::to_string(exchange.announced) + " bytes";
       break;
     case Answer::kWhole:
       text = exchange.return_code == 0 ? "ok" : ExchangeCodeText(exchange.return_code);
       break;
   }
-  if (exchange.reply_command != exchange.command) text += ", as an answer to another command";
+  if (exchange.reply_command != exchange.command) text += ", answering another command";
   return text + ", " + QString::number(static_cast<double>(DelayUs(exchange)) / 1000, 'f', 1).toStdString() +
          " ms";
 }
@@ -128,16 +128,16 @@ std::string JsonOf(const CapturedExchange& exchange, const Decoded& decoded) {
   return object.Raw("reply", JsonList(decoded.reply, JsonField)).str();
 }
 
-/// "43 exchanges in 1 connection; 3 packets of something else".
+/// "43 exchanges in 1 connection; 3 other packets".
 std::string SummaryText(const quarn::lidar::CaptureSummary& summary) {
   std::string text = std::to_string(summary.exchanges) + " exchanges in " +
                      std::to_string(summary.connections) +
                      (summary.connections == 1 ? " connection" : " connections");
   const std::pair<std::uint64_t, const char*> oddities[] = {
-      {summary.other_packets, "packets of something else"},
-      {summary.unasked, "replies that nobody asked for"},
+      {summary.other_packets, "other packets"},
+      {summary.unasked, "unsolicited replies"},
       {summary.noise, "bytes that belong to no frame"},
-      {summary.lost, "bytes that the file lacks"}};
+      {summary.lost, "bytes missing from the file"}};
   for (const auto& [count, what] : oddities) {
     if (count > 0) text += "; " + std::to_string(count) + " " + what;
   }

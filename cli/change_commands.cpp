@@ -64,7 +64,7 @@ std::string Problem(const ChangeResult& result) {
   for (const PlanRefusal& refusal : result.refusals) text += (text.empty() ? "" : "\n") + refusal.text;
   if (!text.empty()) return text;
   if (result.reading == ReadEnd::kConnectionLost) {
-    return "The sensor does not answer any more; nothing was written.";
+    return "The sensor no longer answers; nothing was written.";
   }
   if (result.reading == ReadEnd::kStopped) return "Stopped; nothing was written.";
   return result.fault.empty() ? result.run.detail : result.fault;

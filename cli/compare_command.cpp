@@ -56,7 +56,7 @@ SensorResult CompareSensor(const Job& job) {
           .Read(*job.link.model(), *job.link.client(), StateVars(*model.catalogue), job.stop, job.progress);
   if (reading.end != ReadEnd::kComplete) {
     return Sentence(job.link.target(), reading.end == ReadEnd::kStopped ? kFailed : kNoConnection,
-                    "The sensor could not be read to the end.");
+                    "The sensor could not be read completely.");
   }
   return Shown(CompareStates(*left, reading.state, LiveOf(job.arguments)),
                JsonHead(job.link.target(), reading.state.sn, true));

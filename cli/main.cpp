@@ -101,7 +101,7 @@ std::string Misuse(const Arguments& arguments, std::size_t sensors) {
 std::optional<int> AskedEnd(const Arguments& arguments, std::size_t sensors, Console& console) {
   if (arguments.yes || (arguments.command != "restart" && arguments.command != "reset")) return std::nullopt;
   if (!quarn::lidar::IsTerminal(quarn::lidar::StandardStream::kInput)) {
-    return WrongUse(console, arguments.command + " needs --yes where nobody can be asked.");
+    return WrongUse(console, arguments.command + " needs --yes when not run on a terminal.");
   }
   std::cerr << (arguments.command == "restart" ? "Restart " : "Reset all settings of ") << sensors
             << (sensors == 1 ? " sensor? [y/N] " : " sensors? [y/N] ") << std::flush;

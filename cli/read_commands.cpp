@@ -177,7 +177,7 @@ SensorResult TakeSnapshot(const Job& job) {
   const StateReading reading = ReadVars(job, StateVars(*job.link.model()->catalogue));
   if (reading.end != ReadEnd::kComplete) {
     return Sentence(job.link.target(), reading.end == ReadEnd::kStopped ? kFailed : kNoConnection,
-                    "The sensor could not be read to the end, so no file was written.");
+                    "The sensor could not be read completely, so no file was written.");
   }
   QString path = QString::fromStdString(job.arguments.output);
   if (QFileInfo(path).isDir()) {

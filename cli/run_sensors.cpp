@@ -78,7 +78,7 @@ void Sensors::Work() {
 }
 
 SensorResult Sensors::RunOne(const SensorTarget& target) {
-  if (stop_.stop_requested()) return Sentence(target, kFailed, "Stopped before it was begun.");
+  if (stop_.stop_requested()) return Sentence(target, kFailed, "Stopped before it began.");
   RecordingReport report;
   const auto link = SensorLink::Open(target, table_folder_, report, stop_, recorder_);
   if (!link) {
@@ -132,7 +132,7 @@ void Sensors::Summarize() {
                                                  {kDifferent, "with differences"},
                                                  {kRefused, "refused or not verified"},
                                                  {kNoConnection, "no connection"},
-                                                 {kWrongUse, "wrong use"}};
+                                                 {kWrongUse, "wrong usage"}};
   std::string text = std::to_string(targets_.size()) + " sensors: " + std::to_string(done) + " done";
   for (const auto& [exit, list] : names) {
     if (exit != kDone) text += std::string("; ") + words.at(exit) + ": " + list;

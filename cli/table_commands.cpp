@@ -64,7 +64,7 @@ ExitCode WriteDocument(const Arguments& arguments, Console& console, const std::
   if (!IsWritableTarget(path) || WriteAtomically(path, bytes) != WriteResult::kWritten) {
     return Say(arguments, console, kFailed, "The file " + arguments.output + " can't be written.");
   }
-  return Say(arguments, console, kDone, arguments.output + " is written.");
+  return Say(arguments, console, kDone, arguments.output + " has been written.");
 }
 
 ExitCode Reference(const Arguments& arguments, const std::string& table_folder, Console& console) {

@@ -104,7 +104,7 @@ SensorResult AwaitReturn(const Job& job) {
     }
   }
   return Sentence(job.link.target(), kNoConnection,
-                  "The package is through, but the sensor did not come back.");
+                  "The package was transferred, but the sensor did not come back.");
 }
 
 }  // namespace
@@ -120,7 +120,7 @@ SensorResult Upgrade(const Job& job) {
   const bool is_started = upgrading.Start(small_mode.value_or(0));
   if (is_started) upgrading.Wait();
   if (job.stop.stop_requested()) {
-    return Sentence(job.link.target(), kFailed, "Stopped while the package was sent.");
+    return Sentence(job.link.target(), kFailed, "Stopped while the package was being sent.");
   }
   if (!is_started || !job.report.error().empty()) {
     const std::string fault = job.report.error();

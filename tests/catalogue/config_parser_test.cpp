@@ -125,7 +125,7 @@ TEST(ConfigParser, WarnsOfCoefficientsWithARest) {
   EXPECT_EQ(std::pair(table["1-2"].coefficient, table["1-2"].set_coefficient), std::pair(0.5F, 1e-3F));
   const std::string place = "variable 1-1 \"Speed\", row 2: ";
   const std::string rest =
-      " is a number only at its beginning, and no more of it is used. Write it with a decimal point.";
+      " only begins with a number, and the rest is ignored. Write it with a decimal point.";
   EXPECT_THAT(table.catalogue.load_warnings(),
               ElementsAre(place + "Coefficient \"0,5\"" + rest, place + "SetCoefficient \"2 rpm\"" + rest));
 }

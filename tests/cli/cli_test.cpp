@@ -147,10 +147,10 @@ TEST(Cli, WorksOnTablesAlone) {
       {{"table", "lint", warned}, 2, "VarName: warning: \"Motor Speed\" (5-3)"},
       {{"table", "lint", wrong}, 1, "VarType: error: \"Motor Current\" (5-3)"},
       {{"table", "lint", "No Such"}, 1, "can't be opened"},
-      {{"table", "reference", "Quenta", "-o", folder.filePath("a.html")}, 0, "a.html is written"},
+      {{"table", "reference", "Quenta", "-o", folder.filePath("a.html")}, 0, "a.html has been written"},
       {{"table", "reference", "Quenta", "-o", folder.filePath("a.pdf")}, 64, ""},
       {{"table", "reference", "No Such", "-o", folder.filePath("a.md")}, 1, ""},
-      {{"table", "dissector", "-o", folder.filePath("a.lua")}, 0, "a.lua is written"},
+      {{"table", "dissector", "-o", folder.filePath("a.lua")}, 0, "a.lua has been written"},
       {{"table", "dissector", "Quenta", "-o", folder.path()}, 1, ""},
   };
   for (const auto& c : cases) {

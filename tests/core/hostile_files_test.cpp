@@ -34,9 +34,9 @@ class HostileFilesTest : public QObject {
     const struct {
       std::function<void(const QByteArray& path)> make;
       const char* why;
-    } cases[] = {{[](const auto& path) { mkdir(path, 0700); }, "no regular file"},
-                 {[](const auto& path) { QCOMPARE(symlink(path, path), 0); }, "no regular file"},
-                 {[](const auto& path) { mkfifo(path, 0600); }, "no regular file"},  // nobody fills it
+    } cases[] = {{[](const auto& path) { mkdir(path, 0700); }, "not a regular file"},
+                 {[](const auto& path) { QCOMPARE(symlink(path, path), 0); }, "not a regular file"},
+                 {[](const auto& path) { mkfifo(path, 0600); }, "not a regular file"},  // nobody fills it
                  {[](const auto& path) {
                     Put(path, kOld);
                     QFile::resize(path, 100'000'000);
@@ -84,8 +84,8 @@ class HostileFilesTest : public QObject {
     QFile::remove(path);
     QVERIFY(QDir().mkpath(path));
     ControllerFixture fixture;
-    const QString why = path + ": it is no regular file.";
-    QTRY_VERIFY(fixture.log.contains("WARNING The defaults stand in for the settings of " + why));
+    const QString why = path + ": it is not a regular file.";
+    QTRY_VERIFY(fixture.log.contains("WARNING The defaults are used instead of the settings in " + why));
     QVERIFY(fixture.Connect());
     QVERIFY(fixture.log.contains("WARNING The connection settings can't be saved to " + why));
     QVERIFY(QDir().rmdir(path));

@@ -60,7 +60,7 @@ class SnapshotsTest : public QObject {
     QCOMPARE(rig.sensor->ValueText("Spin Rate"), std::string("600"));
     rig.differences.selectAll(true);
     QVERIFY(!rig.Plan());
-    QCOMPARE(rig.snapshots.outcome(), QString("Nothing to write: the sensor holds these values already."));
+    QCOMPARE(rig.snapshots.outcome(), QString("Nothing to write: the sensor already holds these values."));
   }
 
   void ADisconnectEndsItAtOnce() {

@@ -126,7 +126,7 @@ TEST(Dissector, SaysWhatIsWrongAndWhatItIs) {
        "shorter than its variables"},
       {"long", "47 74 42 00 00 00 00 00", "47 74 44 00 00 00 00 04 01 00 5a 77",
        "Beyond the variables: Payload: 77"},
-      {"stray", "47 74 05 00 00 00 00 00", "47 74 07 00 00 00 00 00", "nobody asked for"},
+      {"stray", "47 74 05 00 00 00 00 00", "47 74 07 00 00 00 00 00", "Unsolicited reply"},
       {"unknown", "47 74 ee 00 00 00 00 03 61 62 63", "", "has no such command"},
       {"unknown bytes", "47 74 ee 00 00 00 00 03 61 62 63", "", "Payload: 616263"},
       {"noise", "01 02 47 74 05 00 00 00 00 00", "", "Bytes outside of frames: 0102"},

@@ -280,8 +280,8 @@ TEST(CaptureFile, SaysWhatIsWrong) {
     Bytes file;
     const char* fault;
   } kCases[] = {
-      {{}, "The file is no pcap capture."},
-      {FromHex("0a 0d 0d 0a 00 00"), "The file is of the format pcapng: save it as pcap (editcap -F pcap)."},
+      {{}, "The file is not a pcap capture."},
+      {FromHex("0a 0d 0d 0a 00 00"), "The file is in the pcapng format: save it as pcap (editcap -F pcap)."},
       {FromHex("d4 c3 b2 a1 02 00"), "The file ends within its header."}};
   for (const auto& c : kCases) EXPECT_EQ(Read({c.file.begin(), c.file.end()}).summary.fault, c.fault);
 

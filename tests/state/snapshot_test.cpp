@@ -63,15 +63,15 @@ TEST(Snapshot, SaysWhereAFileIsWrong) {
     const char* error;
   } cases[] = {
       {"", "no JSON at line 1, column 1: illegal value"},
-      {"[1]", "no snapshot: it is no object"},
-      {"{}", "no snapshot: format is no number"},
-      {FileText("2", "[]"), "no snapshot: format is 2, newer than this program reads (1)"},
-      {FileText("1e99", "[]"), "no snapshot: format is no whole number of 32 bits"},
-      {FileText("1", "{}"), "no snapshot: values is no list"},
-      {FileText("1", "[7]"), "no snapshot: values[0] is no object"},
-      {FileText("1", "[" + wrong_type + "]"), "no snapshot: values[0].value is no text"},
+      {"[1]", "not a snapshot: it is not an object"},
+      {"{}", "not a snapshot: format is not a number"},
+      {FileText("2", "[]"), "not a snapshot: format is 2, newer than this program reads (1)"},
+      {FileText("1e99", "[]"), "not a snapshot: format is not a 32-bit integer"},
+      {FileText("1", "{}"), "not a snapshot: values is not a list"},
+      {FileText("1", "[7]"), "not a snapshot: values[0] is not an object"},
+      {FileText("1", "[" + wrong_type + "]"), "not a snapshot: values[0].value is not a text"},
       {FileText("1", "[" + value + ", " + value + "]"),
-       "no snapshot: values[1].id is 1-1 for the second time"},
+       "not a snapshot: values[1].id is 1-1 again"},
       {FileText("1", "[" + value).chopped(20), "no JSON at line 2"},
       {QByteArray(100000, '['), "no JSON at line 1"},
   };

@@ -264,7 +264,7 @@ class PageTest : public QObject {
     QCOMPARE(desk.Text("editCount_2"), "No changes");
 
     desk.Enter("field_" + place, "80x");
-    QCOMPARE(desk.Property("row_" + place, "verdict"), "is no number");
+    QCOMPARE(desk.Property("row_" + place, "verdict"), "is not a number");
     desk.Click("saveButton_2");
     QVERIFY(
         desk.Dismiss("errorWindow", "Destination Port can't be \"80x\". It has to be a number from 1024"));

@@ -88,7 +88,7 @@ class SnapshotsPageTest : public QObject {
     desk.Click("applyButton");
     QVERIFY(desk.NoticeShows("messageWindow", "Spin Rate: 1200 → 600"));
     QVERIFY(desk.NoticeShows("messageWindow",
-                             "Left as they are, since they have edits that are not saved: VLAN ID."));
+                             "Left unchanged because of unsaved edits: VLAN ID."));
     QCOMPARE(desk.sensor.ValueText("Spin Rate"), std::string("1200"));
     desk.Click("noticeAcceptButton");
     EVENTUALLY_COMPARE(desk.Text("snapshotOutcome"), QString("1 written and verified, 1 refused."));

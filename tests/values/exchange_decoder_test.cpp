@@ -94,7 +94,7 @@ TEST(LoggedExchange, JoinsTheTwoLines) {
        "0x20 (write Destination IP, Destination Port)\n 0  c0 a8 01 0a  ....  Destination IP = 192.168.1.10"},
       {sent, "RECV: ret_code is 3", "0x20 (write Destination IP, Destination Port): refused with code 3"},
       {sent, "RECV: ret_code is -2",
-       "0x20 (write Destination IP, Destination Port): no reply that could be used"},
+       "0x20 (write Destination IP, Destination Port): no usable reply"},
       {"SEND: 47 74 0c 00 00 00 00 00 ", "RECV: 47 74 0c 00 00 00 00 01 32 ",
        "0x0C (read Calibration Date, Calibration Count and 4 more)\n  0  32  2  Calibration Date = -"},
       {"", "RECV: 01 02 ", ""},

@@ -187,7 +187,7 @@ std::string CommandConsole::FailureText(const ExchangeDecoder& decoder) const {
       !exchange.is_serial && exchange.reply.size() >= kHeaderSize && exchange.reply[kReturnCode] != 0;
   return "0x" + UpperHex(std::span(&exchange.command, 1)) + name + ": " +
          (is_refused ? "refused with code " + std::to_string(exchange.reply[kReturnCode])
-                     : "no reply that could be used");
+                     : "no usable reply");
 }
 
 void CommandConsole::Forget() {

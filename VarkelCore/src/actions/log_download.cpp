@@ -85,7 +85,7 @@ std::string LogDownload::FetchOperationLog(const ConfigParser& catalogue, quarn:
   // What would be in the way at the end is found out before anything is downloaded.
   const QString tar = FindTar();
   if (tar.isEmpty()) {
-    return "The operation log can't be packed: there is no program \"tar\". Install it, or add its folder to "
+    return "The operation log can't be packed: the program \"tar\" was not found. Install it, or add its folder to "
            "PATH.";
   }
   if (!IsWritableTarget(archive)) {
@@ -103,7 +103,7 @@ std::string LogDownload::FetchOperationLog(const ConfigParser& catalogue, quarn:
   if (!FetchParts(*var, client, files, stop)) return kOperationLogFailed;
   const std::string fault = RunTar(tar, files.folder(), files.names(), archive, files.stamp(), stop);
   if (!fault.empty()) {
-    report_.Log("The parts of the operation log stay in " + files.folder().toStdString() + ": " + fault,
+    report_.Log("The parts of the operation log are kept in " + files.folder().toStdString() + ": " + fault,
                 "ERROR");
     return kOperationLogFailed;
   }

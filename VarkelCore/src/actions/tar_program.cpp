@@ -30,7 +30,7 @@ bool WaitForEnd(QProcess& process, const std::stop_token& stop) {
 
 std::string Pack(QProcess& process, const std::stop_token& stop) {
   if (!process.waitForStarted()) return "tar can't be started: " + process.errorString().toStdString() + '.';
-  if (!WaitForEnd(process, stop)) return "tar was ended before it had packed the files.";
+  if (!WaitForEnd(process, stop)) return "tar was stopped before it had packed the files.";
   if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0) return {};
   return "tar failed: " + QString::fromLocal8Bit(process.readAllStandardError()).trimmed().toStdString();
 }

@@ -287,7 +287,7 @@ void ConfigParser::WarnOfPartialNumber(const CsvRow& row, const Columns& columns
   if (!cell.empty() && !IsWholeNumber(cell)) {
     load_warnings_.push_back(
         columns.Describe(row) + ": " + column.name() + " \"" + std::string(cell) +
-        "\" is a number only at its beginning, and no more of it is used. Write it with a "
+        "\" only begins with a number, and the rest is ignored. Write it with a "
         "decimal point.");
   }
 }

@@ -142,7 +142,7 @@ void CsvTable::ReadBlocks(Parser& parser) {
     }
   }
   if (file_.bad()) {
-    throw std::runtime_error("Can't read on in line " + std::to_string(LineAt(path_, offset)) + " of " +
+    throw std::runtime_error("Can't read past line " + std::to_string(LineAt(path_, offset)) + " of " +
                              path_);
   }
   const int result = csv_fini(&parser.state, Callbacks::OnCell, Callbacks::OnLine, &callbacks);
@@ -158,7 +158,7 @@ void CsvTable::ReadBlocks(Parser& parser) {
 // Where the comma is the decimal point, spreadsheet programs write ";" between cells.
 std::string CsvTable::WrongSeparator() const {
   const bool is_one_cell = header_.size() == 1 && header_.front().find(';') != std::string::npos;
-  return is_one_cell ? ": " + path_ + " has \";\" between its cells. Save it as comma-separated text (CSV)."
+  return is_one_cell ? ": " + path_ + " separates its cells with \";\". Save it as comma-separated text (CSV)."
                      : "";
 }
 

@@ -38,7 +38,7 @@ bool HasAllColumns(const CsvTable& table, LintReport& report) {
   for (const char* column : kColumns) {
     if (std::ranges::count(table.header(), column) > 0) continue;
     report.Error(1, column,
-                 std::string("The header has no column ") + column + "; add it, if only with empty cells.");
+                 std::string("The header has no column ") + column + "; add it, even if its cells are empty.");
     has_all = false;
   }
   return has_all;
@@ -72,8 +72,8 @@ void CheckSwitches(const Rows& rows, LintReport& report) {
     if (std::ranges::none_of(places, has_switch)) {
       report.Error(row.line, "FunctionModule",
                    row.Name() +
-                       ": a row of kind 2 has no switch; give a row at the same position, the switch, that "
-                       "position as a fifth number.");
+                       ": a row of kind 2 has no switch; give the switch, a row at the same position, that "
+                       "position as its fifth number.");
     }
   }
 }
@@ -85,11 +85,11 @@ void CheckDuplicates(const Rows& rows, LintReport& report) {
     if (const auto [first, is_new] = ids.try_emplace(row.Id(), &row); !is_new) {
       report.Error(
           row.line, "Index",
-          row.Name() + ": the identifier is taken by " + InLine(*first->second) + "; give another Index.");
+          row.Name() + ": the identifier is already used by " + InLine(*first->second) + "; give another Index.");
     }
     if (const auto [first, is_new] = names.try_emplace(row["VarName"], &row); !is_new) {
       report.Warning(row.line, "VarName",
-                     row.Name() + ": the name is taken by " + InLine(*first->second) + "; give another one.");
+                     row.Name() + ": the name is already used by " + InLine(*first->second) + "; give another one.");
     }
   }
 }
@@ -114,7 +114,7 @@ void CheckOrder(const std::string& command, const std::vector<const LintRow*>& f
     if (index < 0) {
       fault = " is missing; number the fields of the command from 1.";
     } else if (index == before) {
-      fault = " " + std::to_string(index) + " is taken twice, by " + InLine(*order[i - 1].second) +
+      fault = " " + std::to_string(index) + " is used twice, by " + InLine(*order[i - 1].second) +
               " too; number the fields in their order.";
     } else if (index > before + 1 && before >= 0) {
       fault = " " + std::to_string(index) + " follows " + std::to_string(before) +

@@ -100,7 +100,7 @@ local e = {
     expert.severity.ERROR),
   cut = info("ktc.cut", "The frame is cut off", expert.group.MALFORMED, expert.severity.ERROR),
   noise = info("ktc.noise_seen", "Bytes that belong to no frame", expert.group.PROTOCOL, expert.severity.WARN),
-  stray = info("ktc.stray", "A reply that nobody asked for", expert.group.SEQUENCE, expert.severity.WARN),
+  stray = info("ktc.stray", "Unsolicited reply", expert.group.SEQUENCE, expert.severity.WARN),
   piece = info("ktc.piece_crc_wrong", "The CRC of the piece is wrong", expert.group.CHECKSUM, expert.severity.ERROR),
   type = info("ktc.field_size", "The field's length does not fit its type", expert.group.PROTOCOL,
     expert.severity.WARN),

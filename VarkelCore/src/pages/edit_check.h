@@ -7,7 +7,7 @@
 
 namespace varkel {
 
-/// What is wrong with a text typed for the variable, in a few words ("is no number"); empty if it can be
+/// What is wrong with a text typed for the variable, in a few words ("is not a number"); empty if it can be
 /// sent. Ranges are checked later, where the user may override them.
 QString TypingFault(const VarInfo& var, const std::string& text);
 

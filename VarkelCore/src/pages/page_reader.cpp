@@ -48,7 +48,7 @@ void LogFault(ValueFault fault, const VarInfo& var, std::size_t size) {
       break;
     case ValueFault::kEmpty:
     case ValueFault::kNumberSize:
-      LogError(var.var_name + ": " + std::to_string(size) + " bytes are no " + var.var_type +
+      LogError(var.var_name + ": " + std::to_string(size) + " bytes are not a valid " + var.var_type +
                ", please check your config file");
       break;
     case ValueFault::kNone:

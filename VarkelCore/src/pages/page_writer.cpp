@@ -257,7 +257,7 @@ void PageWriter::ReportRefused(const Model& model, const std::string& set_cmd,
   const std::string what = decoder.CommandName(ParseCommandText(set_cmd).code, payload);
   targets_.report.Log("The command [" + set_cmd + "] to " + what +
                           (code > 0 ? " was refused with code " + std::to_string(code)
-                                    : " got no reply that could be used (" + std::to_string(code) + ")"),
+                                    : " got no usable reply (" + std::to_string(code) + ")"),
                       "WARNING");
 }
 

@@ -49,7 +49,7 @@ QString Place(const std::string& command, std::uint32_t first, std::uint32_t len
 }
 
 QString Origin(const ValueStore::Shown& shown) {
-  if (shown.stale && shown.origin != ValueOrigin::kEdited) return QStringLiteral("read from a sensor before");
+  if (shown.stale && shown.origin != ValueOrigin::kEdited) return QStringLiteral("read from an earlier sensor");
   switch (shown.origin) {
     case ValueOrigin::kDefault:
       return QStringLiteral("not read, the table's default");
@@ -79,7 +79,7 @@ QString LastSave(const Model& model, const VarInfo& var) {
   if (!verification) return {};
   const QString sent = QStringLiteral("sent ") + Text(verification->sent);
   if (!verification->read_back) return sent + QStringLiteral(", not read back yet");
-  if (verification->equal) return sent + QStringLiteral(", read back equal");
+  if (verification->equal) return sent + QStringLiteral(", read back the same");
   return sent + QStringLiteral(", sensor holds ") + Text(*verification->read_back);
 }
 

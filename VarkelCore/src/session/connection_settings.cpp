@@ -23,7 +23,7 @@ constexpr qint64 kLargestFile = qint64{1} << 20;  // the six keys take a few hun
 /// Why the settings can't be read from or written to `path`; empty if they can.
 QString Obstacle(const QString& path) {
   const QFileInfo info(path);
-  if (!IsWritableTarget(path)) return QStringLiteral("it is no regular file");
+  if (!IsWritableTarget(path)) return QStringLiteral("it is not a regular file");
   if (!info.exists()) return {};
   if (info.size() > kLargestFile) return QStringLiteral("it has %1 bytes").arg(info.size());
   QFile file(path);
@@ -91,7 +91,7 @@ SettingsFile::SettingsFile(QString path) : path_(std::move(path)) {}
 ConnectionSettings SettingsFile::Load(std::string* fault) const {
   ConnectionSettings settings;
   if (const QString obstacle = Obstacle(path_); !obstacle.isEmpty()) {
-    if (fault != nullptr) *fault = Sentence("The defaults stand in for the settings of ", path_, obstacle);
+    if (fault != nullptr) *fault = Sentence("The defaults are used instead of the settings in ", path_, obstacle);
     return settings;
   }
   const QSettings file(path_, QSettings::IniFormat);

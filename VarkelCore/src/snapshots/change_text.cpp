@@ -37,13 +37,13 @@ QString OutcomeText(const ChangeOutcome& change) {
 }
 
 QString PlanText(const std::vector<ChangeOutcome>& changes, const QStringList& edited) {
-  QString text = QStringLiteral("%1 will be written to the sensor, after a snapshot of what it holds now:\n")
+  QString text = QStringLiteral("%1 will be written to the sensor, after a snapshot of its present state:\n")
                      .arg(Counted(changes.size(), "value", "values"));
   for (const ChangeOutcome& change : changes) {
     text += QStringLiteral("\n%1: %2 → %3").arg(Text(change.name), OldText(change), Text(change.new_text));
   }
   if (!edited.isEmpty()) {
-    text += QStringLiteral("\n\nLeft as they are, since they have edits that are not saved: %1.")
+    text += QStringLiteral("\n\nLeft unchanged because of unsaved edits: %1.")
                 .arg(edited.join(QStringLiteral(", ")));
   }
   return text;
@@ -51,7 +51,7 @@ QString PlanText(const std::vector<ChangeOutcome>& changes, const QStringList& e
 
 QString SummaryText(const RunReport& run) {
   const std::pair<Verdict, const char*> parts[] = {{Verdict::kVerified, "written and verified"},
-                                                   {Verdict::kDiffers, "written, but held differently"},
+                                                   {Verdict::kDiffers, "written, but the sensor holds another value"},
                                                    {Verdict::kRefused, "refused"},
                                                    {Verdict::kUnconfirmed, "sent, not confirmed"},
                                                    {Verdict::kNotSent, "not sent"}};
@@ -75,7 +75,7 @@ QString ProblemText(const ChangeResult& result) {
   for (const PlanRefusal& refusal : result.refusals) refusals += Text(refusal.text);
   if (!refusals.isEmpty()) return QStringLiteral("Nothing was written.\n") + refusals.join(QLatin1Char('\n'));
   if (result.reading == ReadEnd::kConnectionLost) {
-    return QStringLiteral("The sensor does not answer any more; nothing was written.");
+    return QStringLiteral("The sensor no longer answers; nothing was written.");
   }
   if (result.reading == ReadEnd::kStopped) return QStringLiteral("Stopped; nothing was written.");
   return Text(result.fault.empty() ? result.run.detail : result.fault);

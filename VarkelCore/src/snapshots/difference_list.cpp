@@ -168,7 +168,7 @@ void DifferenceList::ShowOutcomes(const std::vector<ChangeOutcome>& changes) {
   for (DifferenceRow& row : rows_) {
     const auto found = outcome_of.find(row.key);
     const bool was_held = found == outcome_of.end() && row.selected;
-    row.outcome = was_held                    ? QStringLiteral("held already")
+    row.outcome = was_held                    ? QStringLiteral("already held")
                   : found == outcome_of.end() ? QString()
                                               : OutcomeText(*found->second);
     row.is_good = was_held || (found != outcome_of.end() && found->second->verdict == Verdict::kVerified);

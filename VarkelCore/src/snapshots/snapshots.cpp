@@ -39,7 +39,7 @@ QString RemarkOn(const SensorState& left, const SensorState& right, const Compar
     remarks += QStringLiteral("The models differ (%1 and %2), so nothing of this can be applied.")
                    .arg(QString::fromStdString(left.model), QString::fromStdString(right.model));
   } else if (comparison.other_table) {
-    remarks += QStringLiteral("The model's table has changed in between: compared by identifier and name.");
+    remarks += QStringLiteral("The model's table has changed in the meantime: compared by identifier and name.");
   }
   for (const SensorState* state : {&left, &right}) {
     std::size_t missing = 0;
@@ -81,7 +81,7 @@ Snapshots::Session Snapshots::UsableSession() const {
 }
 
 bool Snapshots::MayBegin(Needs needs) {
-  if (is_busy()) return Refuse("Please wait until the work with snapshots that runs has ended");
+  if (is_busy()) return Refuse("Please wait until the current snapshot operation has ended");
   if (!context_.models.model()) return Refuse("Please choose a model first");
   if (needs == Needs::kNothing) return true;
   if (!UsableSession()) return Refuse("Please connect to lidar first");
@@ -322,7 +322,7 @@ void Snapshots::Planned(Plan plan, ChangeResult& result, const QStringList& edit
   }
   if (result.run.changes.empty()) {
     differences_.ShowOutcomes({});
-    Tell(QStringLiteral("Nothing to write: the sensor holds these values already."));
+    Tell(QStringLiteral("Nothing to write: the sensor already holds these values."));
     return;
   }
   plan.changes = result.run.changes;
@@ -336,7 +336,7 @@ void Snapshots::apply() {
   if (!MayBegin(Needs::kSensor)) return;
   const auto plan = std::exchange(plan_, std::nullopt);
   if (!plan || plan->session != UsableSession() || plan->model != context_.models.model()) {
-    Refuse("The sensor that this was planned for is not connected any more; nothing was written");
+    Refuse("The sensor that this was planned for is no longer connected; nothing was written");
     return;
   }
   ChangeRequest request = plan->request;

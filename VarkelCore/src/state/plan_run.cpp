@@ -104,7 +104,7 @@ RunReport Writing::Of(const SetPlan& plan) {
 
 bool Writing::EndIfStopped() {
   if (!stop_.stop_requested()) return false;
-  End(RunEnd::kStopped, "Stopped: what is not marked as sent was not written.");
+  End(RunEnd::kStopped, "Stopped: values not marked as sent were not written.");
   return true;
 }
 
@@ -149,7 +149,7 @@ void Writing::Perform(const PlannedCommand& command, Outcomes outcomes) {
     if (code > 0 || code == KtcClient::kNotSent || report_.end != RunEnd::kComplete) return;
   }
   if (!ReadBack(command, *client_, outcomes) && !EndIfStopped() && !AnswersKtc(*client_)) {
-    End(RunEnd::kConnectionLost, "The sensor does not answer any more.");
+    End(RunEnd::kConnectionLost, "The sensor no longer answers.");
   }
 }
 
@@ -161,7 +161,7 @@ void Writing::Fail(std::int32_t code, Outcomes outcomes) {
     if (code < 0 && code != KtcClient::kNotSent) outcome.verdict = Verdict::kUnconfirmed;
   }
   if (code > 0) {
-    if (options_.stop_on_refusal) End(RunEnd::kEndedByRefusal, "Ended by a refusal.");
+    if (options_.stop_on_refusal) End(RunEnd::kEndedByRefusal, "Ended after a refusal.");
   } else if (!EndIfStopped() && !AnswersKtc(*client_) && !EndIfStopped()) {
     End(RunEnd::kConnectionLost, "The connection was lost: " + ExchangeCodeText(code) + ".");
   }
@@ -179,7 +179,7 @@ void Writing::Follow(const PlannedCommand& command, const SensorAddress& address
   std::string detail = NotReachedText(options_.move.present, address, options_.move.timeout);
   if (ReadBack(command, *client_, outcomes)) {
     detail += " It still answers at " + AddressText(options_.move.present) +
-              ": a restart may bring it to the new address.";
+              ": a restart may move it to the new address.";
   }
   for (ChangeOutcome& outcome : outcomes) outcome.code = code;
   End(RunEnd::kNotReached, std::move(detail));

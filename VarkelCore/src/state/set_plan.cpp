@@ -192,7 +192,7 @@ bool Planner::Passes(VarInfo& var, const WantedValue& wanted, const std::string&
   } else if (!verdict.passes()) {
     Refuse(RefusalKind::kOutOfRange, wanted,
            says + (verdict.fault == RangeFault::kIpFormat ? "It has to be an address like 192.168.1.201."
-                                                          : "It has to be six bytes joined by \":\"."));
+                                                          : "It has to be six bytes separated by \":\"."));
   } else if (const auto bytes = CodecBytes(var, text); !bytes) {
     Refuse(RefusalKind::kOutOfRange, wanted, says + bytes.error());
   } else {
@@ -228,7 +228,7 @@ void Planner::CheckCarriedFields() {
                                           [&](const PlannedField& other) { return other.var == carried; });
       if (is_planned) continue;
       const std::string both =
-          "\"" + field.var->var_name + "\" goes out together with \"" + carried->var_name + "\", ";
+          "\"" + field.var->var_name + "\" is sent together with \"" + carried->var_name + "\", ";
       if (carried->var_type == "raw") continue;
       if (MakeStrParser(carried->var_type) == nullptr) {
         refusals.push_back({RefusalKind::kNotWritable, field.var->var_id, both + "which can't be set."});
@@ -252,7 +252,7 @@ void Planner::CheckAngles(const PlannedField& field) {
   const auto refuse = [&](const std::string& name) {
     refusals.push_back(
         {RefusalKind::kNotRead, field.id(),
-         "\"" + field.name() + "\" goes out together with \"" + name + "\", which could not be read."});
+         "\"" + field.name() + "\" is sent together with \"" + name + "\", which could not be read."});
   };
   if (force_ == Force::kYes) return;
   if (!is_planned(std::nullopt) && !model_.values.IsRead(*field.var)) refuse(field.var->var_name);
@@ -326,7 +326,7 @@ tl::expected<std::vector<WantedValue>, std::vector<PlanRefusal>> WantedFromState
   if (state.model != model.name && force == Force::kNo) {
     return tl::unexpected(std::vector<PlanRefusal>{
         {RefusalKind::kOtherModel, state.model,
-         "The state is of the model " + state.model + ", the sensor is a " + model.name + "."}});
+         "The state is from the model " + state.model + ", but the sensor is a " + model.name + "."}});
   }
   std::vector<WantedValue> wanted;
   std::vector<PlanRefusal> refusals;

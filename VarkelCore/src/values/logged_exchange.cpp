@@ -57,7 +57,7 @@ std::string KtcText(const ExchangeDecoder& decoder, const KtcFrame& request, con
   if (received.starts_with(kFailed)) {
     return title + ": " +
            (received.substr(kFailed.size()).starts_with('-')
-                ? "no reply that could be used"
+                ? "no usable reply"
                 : "refused with code " + received.substr(kFailed.size()));
   }
   auto reply = BytesOf(received, kReceived);

@@ -25,9 +25,9 @@ PcapReader::PcapReader(std::istream& file) : file_(file) {
     if (magic == kPcapMicroseconds || magic == kPcapNanoseconds) break;
   }
   if (magic == kPcapNextGeneration) {
-    fault_ = "The file is of the format pcapng: save it as pcap (editcap -F pcap).";
+    fault_ = "The file is in the pcapng format: save it as pcap (editcap -F pcap).";
   } else if (magic != kPcapMicroseconds && magic != kPcapNanoseconds) {
-    fault_ = "The file is no pcap capture.";
+    fault_ = "The file is not a pcap capture.";
   } else if (size < header.size()) {
     fault_ = "The file ends within its header.";
   }

@@ -289,7 +289,7 @@ bool KtcClient::DrainStaleInput(ClientBase& transport, Reply& reply) {
   reply.peer_had_left = received == 0;
   transport.SetTimeout(current_receive_timeout_ms_, current_send_timeout_ms_);
   if (!ends) {
-    QUARN_LOG(log_lib::kWarning, "the sensor sends without pause, the request is not sent.");
+    QUARN_LOG(log_lib::kWarning, "the sensor sends continuously, the request is not sent.");
     last_return_code_ = kNotSent;
   }
   return ends;
@@ -338,7 +338,7 @@ bool KtcClient::ReadHeader(ClientBase& transport, Reply& reply) {
       const auto now = Clock::now();
       limit = limit.value_or(now + limits_.longest_noise);
       if (now > *limit) {
-        QUARN_LOG(log_lib::kWarning, "the sensor sends without pause, but no reply.");
+        QUARN_LOG(log_lib::kWarning, "the sensor sends continuously, but no reply.");
         last_return_code_ = kNoHeader;
         return false;
       }
@@ -389,7 +389,7 @@ bool KtcClient::ReadPayload(ClientBase& transport, std::size_t length, Reply& re
     filled += static_cast<std::size_t>(received);
     if (const auto now = Clock::now(); filled < limit && now - window >= limits_.least_bytes_time) {
       if (filled - counted < limits_.least_bytes) {
-        QUARN_LOG(log_lib::kWarning, "the sensor's reply comes too slowly, %u of %u bytes.",
+        QUARN_LOG(log_lib::kWarning, "the sensor's reply arrives too slowly, %u of %u bytes.",
                   static_cast<unsigned>(filled), static_cast<unsigned>(length));
         last_return_code_ = kNoPayload;
         return false;
