@@ -43,7 +43,7 @@ using namespace varkel;
 
 namespace {
 
-/// Bounds the load on the sensor.
+/// Limits the load on the sensor.
 constexpr std::chrono::milliseconds kPageRefreshPeriod{100};
 
 QString Text(const std::string& text) {
@@ -67,34 +67,34 @@ QVariantList RowMaps(const std::vector<InfoRow>& rows) {
 
 }  // namespace
 
-/// The controller's collaborators, in an order in which each needs only earlier ones.
+/// The controller's collaborators, ordered such that each needs only earlier ones.
 struct VarkelManager::Parts {
   Parts(VarkelManager& face, bool flag, std::string path);
 
   using Signal = void (VarkelManager::*)();
-  /// Raises a signal on the window's thread.
+  /// Emits a signal on the window's thread.
   void Raise(Signal notify) {
     events.Post([this, notify] { std::invoke(notify, manager); });
   }
-  /// What raises it.
+  /// A function that emits it.
   std::function<void()> Raiser(Signal notify) {
     return [this, notify] { Raise(notify); };
   }
-  /// Disconnects that session's sensor, unless it has been already.
+  /// Disconnects that session's sensor unless it is already disconnected.
   void Disconnect(const std::shared_ptr<SensorSession>& session) {
     events.Post([this, session] {
       if (connection.session() == session) manager.Stop();
     });
   }
 
-  /// Restarts that session's sensor with the table's command and disconnects it: 0 on success.
+  /// Restarts that session's sensor with the table's command and, on success (0), disconnects it.
   int Restart(const std::shared_ptr<SensorSession>& session, const ConfigParser& catalogue) {
     const int code = RestartSensor(catalogue, *session, report);
     if (code == 0) Disconnect(session);
     return code;
   }
 
-  /// The same after an upgrade: a network sensor is then waited for.
+  /// The same after an upgrade; then waits for a network sensor to come back.
   int RestartUpgraded(const std::shared_ptr<SensorSession>& session,
                       const FirmwareUpgrade::Catalogue& catalogue) {
     if (!session->has_pages()) return Restart(session, *catalogue);
@@ -113,9 +113,9 @@ struct VarkelManager::Parts {
   const bool creation_flag;
   const std::string config_file_path;
 
-  // The window's thread only.
+  // Used on the window's thread only.
   const SettingsFile settings_file;
-  std::string settings_fault;  ///< why the settings are the defaults
+  std::string settings_fault;  ///< why the default settings are used
   ConnectionSettings settings;
   RecentAddresses recent_addresses;
   std::string dialled;  ///< the address of the last attempt
@@ -123,7 +123,7 @@ struct VarkelManager::Parts {
   QString success_message;
   QString vm_now_name;
 
-  // Shared with workers: atomics and classes that guard themselves.
+  // Shared with workers: atomics and thread-safe classes.
   EventQueue events;
   SignalReport report;
   std::atomic<int> connect_type = kNetwork;
@@ -264,7 +264,7 @@ VarkelManager::VarkelManager(bool flag, const std::string& config_path)
   connect(this, &VarkelManager::editsChanged, &d_->edits, &UserEdits::changed);
   emit initInfoChanged();
   if (d_->settings_fault.empty()) return;
-  // Reported when the event loop runs: by then the user interface listens.
+  // Reported once the event loop runs: by then the user interface is listening.
   QMetaObject::invokeMethod(this, "sendLogMessage", Qt::QueuedConnection,
                             Q_ARG(QString, Text(d_->settings_fault)),
                             Q_ARG(QString, QStringLiteral("WARNING")));
@@ -346,7 +346,7 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   emit lidarShowModel();
   d_->console.Forget();
   emit editsChanged();
-  // Later: at the start the table is loaded before the window that shows this.
+  // Posted for later: at start-up the table is loaded before the window that shows this.
   d_->events.PostLater([this, loaded] {
     if (!loaded.fault.empty()) d_->report.Error(loaded.fault);
     for (const std::string& error : loaded.errors) d_->report.Log(error, "ERROR");
@@ -433,7 +433,7 @@ void VarkelManager::Stop() {
     if (type != kSerialLines) model->values.SerialNumberUnknown();
     type == kNetwork ? model->values.Disconnected() : model->values.SensorChanged();
   }
-  d_->connect_type = ConnectTypeOf(d_->models.model_name());  // the next connection is the model's
+  d_->connect_type = ConnectTypeOf(d_->models.model_name());  // the next connection has the model's type
   emit isConnectedChanged();
   if (type == kNetwork) {
     emit myMapChanged();

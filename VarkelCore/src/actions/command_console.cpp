@@ -26,7 +26,7 @@ std::string WithoutHexPrefix(const std::string& text) {
   return text.rfind("0x", 0) == 0 || text.rfind("0X", 0) == 0 ? text.substr(2) : text;
 }
 
-/// A line that was copied often brings a blank or a line end along.
+/// A copied line often ends in a space or a line break.
 std::string Trimmed(const std::string& text) {
   constexpr std::string_view kBlanks = " \t\r\n";
   const std::size_t begin = text.find_first_not_of(kBlanks);
@@ -34,7 +34,7 @@ std::string Trimmed(const std::string& text) {
                                     : text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
 }
 
-/// One byte in base 16. Standard output says whether another text is no number or too large a one.
+/// One byte in base 16. For any other text, standard output says whether it is not a number or too large.
 std::optional<std::uint8_t> ReadByte(const std::string& digits) {
   std::uint8_t value = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);

@@ -11,7 +11,8 @@ namespace {
 
 constexpr int kAutomaticBase = 0;
 
-// All 32 bits of "0x…": TextToInt stops at the largest signed number. Other texts are left to it.
+// Reads all 32 bits of "0x…", since TextToInt only goes to the largest signed number. Other texts are left to
+// TextToInt.
 std::optional<std::uint32_t> FullHexCode(const std::string& text) {
   constexpr std::size_t kPrefixSize = 2;
   constexpr int kHexadecimal = 16;

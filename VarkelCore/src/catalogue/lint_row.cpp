@@ -54,7 +54,7 @@ std::string Quoted(const std::string& text) {
   return "\"" + text + "\"";
 }
 
-/// The checks of one row; each reports what it finds.
+/// The checks of one row; each reports its findings.
 class RowLint {
  public:
   RowLint(const LintRow& row, const PageGroups& pages, LintReport& report)

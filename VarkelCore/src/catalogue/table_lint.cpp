@@ -44,7 +44,7 @@ bool HasAllColumns(const CsvTable& table, LintReport& report) {
   return has_all;
 }
 
-/// The places of a row; none if the cell can't be read, which its own check reports.
+/// The places of a row; empty if the cell can't be parsed, which its own check reports.
 std::vector<PlaceCell> Places(const LintRow& row) {
   std::vector<PlaceCell> places;
   std::string_view cell = row["FunctionModule"];
@@ -94,7 +94,7 @@ void CheckDuplicates(const Rows& rows, LintReport& report) {
   }
 }
 
-/// The fields of one command lie one after the other in the order of their indexes.
+/// Checks that the fields of one command follow each other without gaps, in the order of their indexes.
 void CheckOrder(const std::string& command, const std::vector<const LintRow*>& fields, bool writes,
                 LintReport& report) {
   const char* const column = writes ? "SetIndex" : "Index";
@@ -155,7 +155,7 @@ void CheckCommands(const Rows& rows, LintReport& report) {
   }
 }
 
-/// Reads the rows of variables and checks each by itself; the rows of pages go before those that use them.
+/// Reads the variable rows and checks each by itself; page rows come before the rows that use them.
 class TableReader {
  public:
   TableReader(CsvTable& table, LintReport& report) : table_(table), report_(report) {}

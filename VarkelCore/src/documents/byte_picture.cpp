@@ -11,17 +11,17 @@ namespace {
 constexpr std::uint32_t kBytesALine = 8;
 constexpr std::uint32_t kByteWidth = 84;
 constexpr std::uint32_t kLineHeight = 44;
-constexpr std::uint32_t kGap = 3;             // between two lines
-constexpr std::uint32_t kCharacterWidth = 7;  // of the picture's letters, at most
+constexpr std::uint32_t kGap = 3;             // between lines
+constexpr std::uint32_t kCharacterWidth = 7;  // maximum, in the diagram's font
 constexpr std::uint32_t kPadding = 6;
-// A longer field is drawn with this many bytes, which its name says.
+// A longer field is drawn with this many bytes; its label gives the real size.
 constexpr std::uint32_t kLongestDrawn = 24;
 
 std::string Number(std::uint64_t number) {
   return std::to_string(number);
 }
 
-/// Up to two lines of at most `most` characters, parted at a blank where there is one.
+/// Up to two lines of at most `most` characters, broken at a space if there is one.
 std::vector<std::string> Wrapped(std::string_view name, std::size_t most) {
   if (CharacterCount(name) <= most) return {std::string(name)};
   std::size_t split = std::string_view::npos;
@@ -33,7 +33,7 @@ std::vector<std::string> Wrapped(std::string_view name, std::size_t most) {
   return {std::string(name.substr(0, split)), Shortened(name.substr(split + 1), most)};
 }
 
-/// Draws boxes one after the other and breaks them at the ends of the lines.
+/// Draws boxes one after the other, wrapping them at the ends of lines.
 class Picture {
  public:
   void Add(const std::string& style, std::uint64_t position, std::uint32_t length, const std::string& name,

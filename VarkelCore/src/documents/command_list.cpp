@@ -17,7 +17,7 @@ class CommandMap {
       try {
         code = ParseCommandText(text);
       } catch (const std::exception&) {
-        continue;  // the table's lint tells
+        continue;  // reported by the linter
       }
       const std::string key = CommandKey(code);
       WireCommand& command = commands_[key];

@@ -14,7 +14,7 @@ QString Text(const std::string& text) {
   return QString::fromStdString(text);
 }
 
-/// The switch half of a switch row is linked to itself: its position is the one that it switches.
+/// The switch half of a switch row is its own switch: its position is the one that it switches.
 bool IsRow(const VarInfo& var) {
   return !var.has_switch;
 }

@@ -12,7 +12,7 @@ namespace varkel {
 namespace {
 
 constexpr int kHeadingKind = -1;
-/// What events of the values can change.
+/// The roles that value events can change.
 const QVector<int> kChangingRoles = {PageModel::kText,     PageModel::kSwitchText, PageModel::kOrigin,
                                      PageModel::kReadTime, PageModel::kEdited,     PageModel::kRawHex,
                                      PageModel::kSentText, PageModel::kVerdict,    PageModel::kStale,
@@ -22,7 +22,7 @@ QString Text(const std::string& text) {
   return QString::fromStdString(text);
 }
 
-/// The sensor's code, or what the client knows instead.
+/// The sensor's code, or the client's reason.
 QString RefusalWords(const std::optional<int>& code) {
   if (!code) return {};
   if (*code > 0) return QStringLiteral("refused, code %1").arg(*code);
@@ -53,7 +53,8 @@ PageModel::PageModel(std::shared_ptr<Model> model, int page, QObject* parent)
   }
 }
 
-/// A switch shows in the row that it switches, every field of the angles' command in the field of view's row.
+/// A switch affects the row that it switches; every field of the angles' command affects the field of view's
+/// row.
 void PageModel::Watch(const VarInfo& var, int row) {
   rows_of_[&var].push_back(row);
   if (var.switch_var != nullptr && var.switch_var != &var) rows_of_[var.switch_var].push_back(row);
@@ -181,7 +182,7 @@ QVariant PageModel::Changing(const Row& row, int role) const {
   }
 }
 
-/// Brings what is kept of the row's values up to date.
+/// Updates the cached values of the row.
 void PageModel::Follow(Row& row) {
   const ValueStore::Shown shown = model_->values.Show(*row.var);
   if (shown.text != row.refused_text) row.verdict.clear();

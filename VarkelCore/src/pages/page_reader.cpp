@@ -19,8 +19,8 @@ namespace varkel {
 
 namespace {
 
-// Faults of the table are found in the log file under the controller's name and the operation's, wherever it
-// is written.
+// The log file lists faults of the table under the controller's source file and the operation's name,
+// whichever file logs them.
 constexpr char kSourceFile[] = "VarkelCore/src/varkel_manager";
 constexpr char kConversion[] =
     "bool VarkelManager::updateSingleVarFromOutput(VarInfo&, std::uint8_t, std::span<const std::uint8_t>, "
@@ -34,7 +34,7 @@ QString Text(const std::string& text) {
   return QString::fromStdString(text);
 }
 
-/// Faults of the table: the sensor's reply does not fit the declared type.
+/// Logs a fault of the table: the sensor's reply does not fit the declared type.
 void LogFault(ValueFault fault, const VarInfo& var, std::size_t size) {
   switch (fault) {
     case ValueFault::kMacSize:
@@ -165,7 +165,7 @@ bool PageReader::Query(quarn::lidar::KtcClient& client, const VarInfo& first, co
 
 bool PageReader::ReadFov(Model& model, quarn::lidar::KtcClient& client, VarInfo& first) const {
   const ValueStore::Moment asked = model.values.Now();
-  FovAngles angles = model.values.ReportedFov();  // those that the reply lacks keep their values
+  FovAngles angles = model.values.ReportedFov();  // angles that the reply lacks keep their values
   std::array<float, kFovSectors> starts{};
   std::array<float, kFovSectors> ends{};
   std::copy_n(angles.begin(), kFovSectors, starts.begin());

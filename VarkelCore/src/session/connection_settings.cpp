@@ -51,9 +51,9 @@ Values AllValues(const QSettings& file) {
   return values;
 }
 
-/// The file's content with the settings put in, as a file beside it; its path, empty when it can't be
-/// written. QSettings takes a full disk for success: what it has written is read back, under another name, as
-/// it remembers the values of the first one.
+/// Writes the file's content with the new settings to a file next to it and returns its path, empty if it
+/// can't be written. QSettings reports success even on a full disk, so the draft is read back, under another
+/// name because QSettings caches the values of the first one.
 QString WriteDraft(const ConnectionSettings& settings, const QString& path) {
   const QString unproven = path + QStringLiteral(".new");
   QString draft = path + QStringLiteral(".proven");
@@ -110,7 +110,7 @@ std::string SettingsFile::Save(const ConnectionSettings& settings) const {
   };
   if (const QString obstacle = Obstacle(path_); !obstacle.isEmpty()) return fault(obstacle);
   const QFileInfo old(path_);
-  const QString target = old.exists() ? old.canonicalFilePath() : path_;  // a link stays one
+  const QString target = old.exists() ? old.canonicalFilePath() : path_;  // a link is kept
   QDir().mkpath(old.path());
   QLockFile lock(path_ + QStringLiteral(".lock"));  // the one that QSettings takes, in the host viewer too
   if (!lock.tryLock(kLockTimeMs)) return fault(QStringLiteral("it is in use or protected"));

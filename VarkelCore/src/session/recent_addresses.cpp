@@ -19,7 +19,7 @@ RecentAddresses::RecentAddresses()
     : RecentAddresses(QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) +
                       QStringLiteral("/recent-addresses.txt")) {}
 
-// Read each time: another window of the tool may have added to it.
+// Read every time: another instance of the tool may have changed the file.
 QStringList RecentAddresses::all() const {
   QFile file(path_);
   if (!IsWritableTarget(path_) || !file.open(QIODevice::ReadOnly)) return {};

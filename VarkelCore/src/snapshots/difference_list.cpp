@@ -26,7 +26,7 @@ const StateValue* Find(const ValuesById& values, const std::string& id) {
   return found == values.end() ? nullptr : found->second;
 }
 
-/// As on the pages: an option by its label, any other value with its unit.
+/// Like on the pages: an option by its label, any other value with its unit.
 QString Shown(const ConfigParser& catalogue, const StateValue& value) {
   const QString text = QString::fromStdString(value.text);
   const VarInfo* const var = catalogue.FindById(value.id);

@@ -53,7 +53,7 @@ QString RemarkOn(const SensorState& left, const SensorState& right, const Compar
   return remarks.join(QLatin1Char(' '));
 }
 
-/// The same changes from the same values.
+/// Whether both are the same changes from the same values.
 bool AreSame(const std::vector<ChangeOutcome>& a, const std::vector<ChangeOutcome>& b) {
   return std::equal(
       a.begin(), a.end(), b.begin(), b.end(), [](const ChangeOutcome& one, const ChangeOutcome& other) {

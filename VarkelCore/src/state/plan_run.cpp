@@ -21,7 +21,7 @@ namespace {
 using quarn::lidar::KtcClient;
 using Client = std::shared_ptr<KtcClient>;
 
-/// Puts the exact bytes of planned fields in place of those that the codecs made of their rounded texts.
+/// Replaces the bytes that the codecs made from rounded texts by the exact bytes of the planned fields.
 void UseExactBytes(ConfigParser& catalogue, const PlannedCommand& planned, SetRequest& request) {
   for (const PlannedField& field : planned.fields) {
     std::pair<std::uint32_t, std::uint32_t> place;
@@ -130,7 +130,7 @@ void Writing::Perform(const PlannedCommand& command, Outcomes outcomes) {
     const ValueStore::Moment asked = model_.values.Now();
     const ExchangeResult result = QueryTableCommand(*client_, wire, RequestPayload(wire, request.payload));
     code = result ? 0 : result.error();
-    if (code <= 0 && code != KtcClient::kNotSent) {  // the sensor may have carried it out
+    if (code <= 0 && code != KtcClient::kNotSent) {  // the sensor may have executed it
       const SentCommand sent[] = {request.command};
       model_.values.Sent(request.command, asked);
       model_.values.Saved(sent);
@@ -153,7 +153,7 @@ void Writing::Perform(const PlannedCommand& command, Outcomes outcomes) {
   }
 }
 
-/// The command was refused, or nobody knows what became of it.
+/// The command was refused, or its outcome is unknown.
 void Writing::Fail(std::int32_t code, Outcomes outcomes) {
   for (ChangeOutcome& outcome : outcomes) {
     outcome.code = code;
@@ -185,7 +185,7 @@ void Writing::Follow(const PlannedCommand& command, const SensorAddress& address
   End(RunEnd::kNotReached, std::move(detail));
 }
 
-/// Reads what the command wrote, and judges it. False when nothing could be read.
+/// Reads back what the command wrote and sets the verdicts. False if nothing could be read.
 bool Writing::ReadBack(const PlannedCommand& command, KtcClient& client, Outcomes outcomes) {
   for (ChangeOutcome& outcome : outcomes) outcome.verdict = Verdict::kUnconfirmed;
   const ValueStore::Moment since = model_.values.Now();
@@ -202,7 +202,7 @@ bool Writing::ReadBack(const PlannedCommand& command, KtcClient& client, Outcome
   return is_read;
 }
 
-/// What could not be read back keeps its verdict, as do angles that the sensor does not report.
+/// Fields that could not be read back keep their verdicts, as do angles that the sensor does not report.
 void Writing::Judge(const PlannedField& field, ValueStore::Moment since, ChangeOutcome& outcome) const {
   if (field.angle) {
     if (*field.angle >= model_.values.FovSectorsRead(since)) return;

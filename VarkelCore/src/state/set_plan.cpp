@@ -32,7 +32,7 @@ bool IsWritable(const ConfigParser& catalogue, const VarInfo& var) {
          MakeStrParser(var.var_type) != nullptr && var.var_type != "raw";
 }
 
-/// Only start angles go out.
+/// Only start angles can be written.
 bool IsWritableAngle(const ConfigParser& catalogue, std::size_t angle) {
   return angle < kFovSectors && IsWritable(catalogue, *FovChannel(catalogue));
 }
@@ -49,7 +49,7 @@ bool IsOption(const VarInfo& var, const std::string& text) {
                                [&](std::int32_t option) { return *number == option; });
 }
 
-/// A range with a 0 bound is none.
+/// A range with a bound of 0 counts as no range.
 bool IsInRange(const VarInfo& var, double number) {
   return var.range_min == 0 || var.range_max == 0 || (var.range_min <= number && number <= var.range_max);
 }
@@ -66,7 +66,7 @@ std::string Limits(const VarInfo& var) {
   return "It has to be one of " + options + ".";
 }
 
-/// The bytes that the codec makes; the error says why there are none.
+/// The bytes from the codec; the error is a sentence.
 tl::expected<Bytes, std::string> CodecBytes(const VarInfo& var, const std::string& text) {
   try {
     return MakeStrParser(var.var_type)->ParseToBytes(text, var.set_coefficient);
@@ -75,7 +75,7 @@ tl::expected<Bytes, std::string> CodecBytes(const VarInfo& var, const std::strin
   }
 }
 
-/// Takes the model's edits back whatever happens: they serve only to judge.
+/// Edits the model temporarily for the range check; the destructor reverts the edits.
 class Trial {
  public:
   explicit Trial(Model& model) : model_(model) { model_.values.Cancel(); }
@@ -87,7 +87,7 @@ class Trial {
   Model& model_;
 };
 
-/// Plans with one model, gathering what is wrong.
+/// Makes a plan for one model, collecting all refusals.
 class Planner {
  public:
   Planner(Model& model, Force force) : model_(model), force_(force) {}
@@ -113,7 +113,7 @@ class Planner {
   std::vector<PlannedField> fields_;
 };
 
-/// The wanted bytes, where they are those of the wanted text and can go out as they are.
+/// The wanted raw bytes, if they match the wanted text and can be sent as they are; otherwise empty.
 Bytes ExactBytes(const VarInfo& var, const WantedValue& wanted, const std::string& text) {
   Bytes raw = RawBytes(wanted.raw);
   if (raw.empty() || raw.size() != var.var_len || var.coefficient != var.set_coefficient) return {};
@@ -201,7 +201,7 @@ bool Planner::Passes(VarInfo& var, const WantedValue& wanted, const std::string&
   return false;
 }
 
-/// Whether the text, or the bytes that would go out for it, are what the sensor reported.
+/// Whether the sensor already reported this text, or the bytes that would be sent for it.
 bool Planner::HoldsAlready(const VarInfo& var, const std::string& text, const Bytes& bytes) const {
   if (!model_.values.IsRead(var)) return false;
   const ValueStore::Shown shown = model_.values.Show(var);
@@ -214,7 +214,7 @@ bool Planner::HoldsAlready(const VarInfo& var, const std::string& text, const By
   return present && *made == *present;
 }
 
-/// Every other field of the commands has to be known, and one that its codec takes.
+/// Checks that every other field of the commands is known and can be encoded.
 void Planner::CheckCarriedFields() {
   std::unordered_set<std::string> commands;
   for (const PlannedField& field : fields_) {
@@ -242,7 +242,7 @@ void Planner::CheckCarriedFields() {
   }
 }
 
-/// The channel and all five start angles go out together.
+/// The channel and all five start angles are sent together.
 void Planner::CheckAngles(const PlannedField& field) {
   const auto is_planned = [&](std::optional<std::size_t> angle) {
     return std::any_of(fields_.begin(), fields_.end(), [&](const PlannedField& other) {
@@ -278,7 +278,8 @@ SetPlan Planner::Plan() const {
   return plan;
 }
 
-/// The table's variable that a state's value belongs to: by identifier and name, or by a name that has moved.
+/// The table's variable for a state's value: by identifier and name, or by name alone if the identifier has
+/// changed.
 const VarInfo* VariableOf(const ConfigParser& catalogue, const StateValue& value) {
   const VarInfo* const by_id = catalogue.FindById(value.id);
   if (by_id != nullptr && by_id->var_name == value.name) return by_id;
@@ -286,7 +287,7 @@ const VarInfo* VariableOf(const ConfigParser& catalogue, const StateValue& value
   return by_name && (*by_name)->var_name == value.name ? *by_name : nullptr;
 }
 
-/// The table's angle that a state's value belongs to, found as a variable is.
+/// The table's angle for a state's value, found in the same way.
 std::optional<std::size_t> AngleOf(const ConfigParser& catalogue, const StateValue& value) {
   const auto by_id = FindFovAngle(catalogue, value.id);
   if (by_id && value.name == FovAngleName(*FovChannel(catalogue), *by_id)) return by_id;

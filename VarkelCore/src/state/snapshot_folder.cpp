@@ -15,7 +15,7 @@ namespace varkel {
 
 namespace {
 
-/// Other files in the folder are the user's.
+/// Whether the file is an automatic snapshot; other files in the folder are the user's.
 bool IsSnapshotName(const QString& name) {
   static const QRegularExpression pattern(QStringLiteral("^\\d{8}T\\d{6}\\.\\d{3}\\.json$"));
   return pattern.match(name).hasMatch();

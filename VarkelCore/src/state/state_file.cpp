@@ -34,7 +34,7 @@ std::string FormatFailure(const ReadFailure& failure) {
       .str();
 }
 
-/// Reads the members of one object; a fault raises std::runtime_error with the member's place.
+/// Reads the members of one object; raises std::runtime_error with the member's location on a fault.
 class Members {
  public:
   Members(const QJsonValue& value, std::string place) : object_(value.toObject()), place_(std::move(place)) {
@@ -53,11 +53,11 @@ class Members {
     if (number != value.toInt()) Fail(key, "is not a 32-bit integer");
     return value.toInt();
   }
-  /// Empty where there is no such member.
+  /// Empty if there is no such member.
   std::string TextIfPresent(const char* key) const {
     return object_.contains(QLatin1String(key)) ? Text(key) : std::string();
   }
-  /// False where there is no such member.
+  /// False if there is no such member.
   bool Flag(const char* key) const {
     const QJsonValue value = object_.value(QLatin1String(key));
     if (!value.isBool() && !value.isUndefined()) Fail(key, "is neither true nor false");

@@ -26,7 +26,7 @@ std::string Meaning(const DecodedField& field) {
   if (field.name.empty()) return {};
   const std::string value = FieldText(field);
   std::string text = value.empty() ? field.name : field.name + " = " + value;
-  // A text from the sensor must not forge lines.
+  // Text from the sensor must not add lines of its own.
   std::replace_if(
       text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; },
       '?');
