@@ -12,7 +12,7 @@ namespace varkel::cli {
 
 namespace {
 
-/// The sensor refused, or something else failed.
+/// The exit code for a sensor's code (refused) or any other failure.
 ExitCode ExitOf(int code) {
   return code == 0 ? kDone : code > 0 ? kRefused : kFailed;
 }
@@ -32,7 +32,7 @@ SensorResult OfDownload(const Job& job) {
   return Sentence(job.link.target(), is_done ? kDone : kFailed, text);
 }
 
-/// Logs of several sensors have the same names: each sensor gets a folder of its own.
+/// Logs of different sensors have the same names, so each sensor gets its own folder.
 QString FolderForLogs(const Job& job) {
   QString folder = QString::fromStdString(job.arguments.output);
   if (job.is_alone) return folder;

@@ -133,7 +133,7 @@ void AddActions(CLI::App& app, Arguments& arguments) {
   command->add_flag("--no-wait", arguments.no_wait, "Do not wait for the sensor to come back");
 }
 
-/// Commands within a command; theirs is the callback.
+/// The "table" command; only its subcommands have callbacks.
 void AddTableCommands(CLI::App& app, Arguments& arguments) {
   CLI::App* const table = app.add_subcommand("table", "Work with a model's table, without a sensor");
   table->require_subcommand(1);

@@ -31,7 +31,7 @@ long long DelayUs(const CapturedExchange& exchange) {
   return std::chrono::duration_cast<std::chrono::microseconds>(exchange.answered - exchange.asked).count();
 }
 
-/// An exchange with what its bytes mean.
+/// An exchange and its decoded fields.
 struct Decoded {
   std::string name;
   Fields request;
@@ -56,7 +56,7 @@ Decoded Decode(const ExchangeDecoder& decoder, const CapturedExchange& exchange)
   return decoded;
 }
 
-/// What became of the request.
+/// The outcome of the request.
 std::string Outcome(const CapturedExchange& exchange) {
   std::string text;
   switch (exchange.answer) {
@@ -94,7 +94,7 @@ std::string TextOf(const CapturedExchange& exchange, const Decoded& decoded) {
                     Indented("reply", DecodedText(decoded.reply)));
 }
 
-/// Text from the sensor need not be UTF-8, JSON has to be.
+/// Text from the sensor need not be valid UTF-8, but JSON must be.
 std::string Utf8(const std::string& text) {
   return QString::fromStdString(text).toStdString();
 }

@@ -121,7 +121,7 @@ SensorResult ListSnapshots(const Job& job, const std::string& sn) {
   return result;
 }
 
-/// What the newest automatic snapshot wants, or the one that was asked for.
+/// The values of the requested automatic snapshot, by default the newest.
 ChangeRequest::Wanted FromSnapshot(const Job& job, const Model& model, const SensorState& present) {
   const auto entry = SnapshotFolder().Find(present.sn, QString::fromStdString(job.arguments.id));
   const auto refuse = [](const std::string& text) {

@@ -22,7 +22,7 @@ namespace {
 using namespace varkel;
 using namespace varkel::cli;
 
-/// The longest time that a signal goes unnoticed: a handler may do no more than set a flag.
+/// The interval for checking the signal flag, since a handler may do no more than set it.
 constexpr std::chrono::milliseconds kSignalCheck{50};
 
 std::atomic<bool> stop_requested{false};
@@ -32,7 +32,7 @@ extern "C" void RequestStop(int /*signal*/) {
   stop_requested = true;
 }
 
-/// Qt's debug lines are for whoever debugs the window.
+/// Qt's debug lines are only for debugging the window.
 void DropDebugLines(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
   if (type == QtCriticalMsg || type == QtFatalMsg) std::cerr << text.toStdString() << std::endl;
 }
@@ -55,7 +55,7 @@ int ShowModels(const Arguments& arguments, const std::string& folder, Console& c
   return models.empty() ? kFailed : kDone;
 }
 
-/// The sensors that the command line names; the error is a sentence.
+/// The sensors given on the command line; the error is a sentence.
 tl::expected<std::vector<SensorTarget>, std::string> Targets(const Arguments& arguments) {
   SensorTarget usual;
   usual.model = arguments.model;
@@ -76,7 +76,7 @@ tl::expected<std::vector<SensorTarget>, std::string> Targets(const Arguments& ar
   return targets;
 }
 
-/// What is wrong with the command's own arguments; empty when nothing is.
+/// What is wrong with the command's own arguments; empty if nothing is.
 std::string Misuse(const Arguments& arguments, std::size_t sensors) {
   if (arguments.command == "read" && !arguments.all && arguments.names.empty() && arguments.pages.empty()) {
     return "read needs a NAME, --page or --all.";
@@ -97,7 +97,8 @@ std::string Misuse(const Arguments& arguments, std::size_t sensors) {
   return {};
 }
 
-/// Asks where somebody can answer; else only --yes agrees. What to end with; nullopt to go on.
+/// Asks for confirmation on a terminal; elsewhere only --yes confirms. Returns the exit code, or nullopt to
+/// continue.
 std::optional<int> AskedEnd(const Arguments& arguments, std::size_t sensors, Console& console) {
   if (arguments.yes || (arguments.command != "restart" && arguments.command != "reset")) return std::nullopt;
   if (!quarn::lidar::IsTerminal(quarn::lidar::StandardStream::kInput)) {

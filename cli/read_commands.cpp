@@ -30,8 +30,8 @@ std::string JsonFailure(const ReadFailure& failure) {
       .str();
 }
 
-/// Names the file after the serial number, and after the sensor as well where another one of this run has the
-/// same number: none replaces another's file.
+/// Names the file after the serial number, and also after the sensor if another one in this run has the same
+/// number, so that no file is overwritten.
 QString FileIn(const QString& folder, const std::string& sn, const std::string& sensor) {
   static std::mutex mutex;
   static std::set<std::string> taken;
@@ -81,7 +81,7 @@ StateReading ReadVars(const Job& job, const std::vector<VarInfo*>& vars) {
   return StateReader(job.report).Read(*job.link.model(), *job.link.client(), vars, job.stop, job.progress);
 }
 
-/// The variables that the command line names; the error is a sentence.
+/// The variables given on the command line; the error is a sentence.
 tl::expected<std::vector<VarInfo*>, std::string> WantedVars(const Job& job) {
   const ConfigParser& catalogue = *job.link.model()->catalogue;
   const std::vector<VarInfo*> all = StateVars(catalogue);
@@ -105,7 +105,7 @@ tl::expected<std::vector<VarInfo*>, std::string> WantedVars(const Job& job) {
   return vars;
 }
 
-/// What a small sensor says of itself.
+/// The information that a small sensor reports about itself.
 SensorResult SmallInfo(const Job& job) {
   SmallSensorInfo info(job.report, job.link.activity(), {[] {}, [] {}});
   info.SetModel(job.link.target().model);

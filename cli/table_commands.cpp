@@ -18,7 +18,7 @@ namespace varkel::cli {
 
 namespace {
 
-/// A result that is nothing but a sentence.
+/// Prints a result that is just a sentence.
 ExitCode Say(const Arguments& arguments, Console& console, ExitCode exit, const std::string& text) {
   if (arguments.json) {
     const char* const key = exit == kDone ? "message" : "error";

@@ -25,7 +25,7 @@ const VarInfo* UpgradeRow(const ConfigParser& catalogue) {
   return nullptr;
 }
 
-/// What the package replaces on a small sensor; nullopt for a mode that it lacks.
+/// The upgrade mode of a small sensor; nullopt if there is no such mode.
 std::optional<int> SmallMode(const std::string& mode) {
   if (mode.empty() || mode == "app") return 0;
   if (mode == "pbl") return 1;
@@ -33,7 +33,7 @@ std::optional<int> SmallMode(const std::string& mode) {
   return std::nullopt;
 }
 
-/// One upgrade, started and waited for.
+/// Starts one upgrade and waits for it.
 class Upgrading {
  public:
   explicit Upgrading(const Job& job)
@@ -50,9 +50,9 @@ class Upgrading {
   Upgrading(const Upgrading&) = delete;
   Upgrading& operator=(const Upgrading&) = delete;
 
-  /// False when it was not started.
+  /// False if it was not started.
   bool Start(int small_mode);
-  /// Until the package is through and a sensor in the network has been asked to restart.
+  /// Waits until the package has been transferred and a network sensor has been asked to restart.
   void Wait();
 
  private:
@@ -92,7 +92,7 @@ void Upgrading::Wait() {
   }
 }
 
-/// Waits until the sensor answers again; what it is then.
+/// Waits until the sensor answers again; returns what it then reports.
 SensorResult AwaitReturn(const Job& job) {
   const auto end = std::chrono::steady_clock::now() + kLongestReturn;
   while (std::chrono::steady_clock::now() < end && SleepUnlessStopped(job.stop, kCheckPeriod)) {

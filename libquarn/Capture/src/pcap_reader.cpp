@@ -9,7 +9,7 @@ namespace quarn::lidar {
 namespace {
 
 constexpr std::size_t kLinkTypePosition = 20;
-constexpr std::uint32_t kLinkTypeMask = 0x0FFFFFFF;  // the upper bits tell of checksums
+constexpr std::uint32_t kLinkTypeMask = 0x0FFFFFFF;  // the upper bits are about checksums
 constexpr std::uint32_t kMicroseconds = 1'000'000;
 constexpr std::uint32_t kNanoseconds = 1'000'000'000;
 
