@@ -62,7 +62,7 @@ std::string KtcText(const ExchangeDecoder& decoder, const KtcFrame& request, con
   }
   auto reply = BytesOf(received, kReceived);
   if (!reply) return {};
-  // KTC: the reply includes its header.
+  // Replies to console commands are logged with their header.
   if (const auto frame = FrameOf(*reply);
       frame && frame->command == request.command && frame->version == request.version) {
     reply = frame->payload;

@@ -56,8 +56,8 @@ ValueText Ip(Bytes bytes, float /*coefficient*/) {
   return {ValueFault::kNone, Dotted(bytes)};
 }
 
-// The sensor's other tools show three digits for 0x10 ("010"), and users compare the addresses: the leading
-// zero is added up to and including that value.
+// Bytes up to and including 0x10 get a leading zero, so 0x10 shows as "010": the sensor's other tools show
+// addresses this way, and users compare them.
 ValueText Mac(Bytes bytes, float /*coefficient*/) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   constexpr std::uint8_t kLastWithZero = 0x10;
