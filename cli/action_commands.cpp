@@ -19,7 +19,7 @@ ExitCode ExitOf(int code) {
 
 SensorResult OfRestart(const Job& job, int (*act)(const ConfigParser&, SensorSession&, UserReport&),
                        const char* done) {
-  if (!job.link.client()) return Lacks(job, "KTC commands");
+  if (!job.link.client()) return ModelLacks(job, "KTC commands");
   const int code = act(*job.link.model()->catalogue, *job.link.session(), job.report);
   const std::string fault = job.report.error().empty() ? "The sensor did not answer." : job.report.error();
   return Sentence(job.link.target(), ExitOf(code), code == 0 ? done : fault);
@@ -84,7 +84,7 @@ SensorResult Reset(const Job& job) {
 }
 
 SensorResult DownloadLog(const Job& job) {
-  if (!job.link.client()) return Lacks(job, "logs");
+  if (!job.link.client()) return ModelLacks(job, "logs");
   const LogDownload download(job.report, [](bool) {});
   download.DownloadLog(*job.link.model()->catalogue, *job.link.client(), FolderForLogs(job),
                        QString::fromStdString(job.arguments.id));
@@ -92,7 +92,7 @@ SensorResult DownloadLog(const Job& job) {
 }
 
 SensorResult DownloadOperationLog(const Job& job) {
-  if (!job.link.client()) return Lacks(job, "logs");
+  if (!job.link.client()) return ModelLacks(job, "logs");
   const LogDownload download(job.report, [](bool) {});
   download.DownloadOperationLog(*job.link.model()->catalogue, *job.link.client(),
                                 QString::fromStdString(job.arguments.output), job.stop);

@@ -4,7 +4,7 @@ namespace varkel::cli {
 
 namespace {
 
-constexpr int kMostJobs = 1024;
+constexpr int kMaxJobs = 1024;
 constexpr int kLongestTimeoutMs = 600'000;
 constexpr int kShortestIntervalMs = 10;
 constexpr int kLongestIntervalMs = 86'400'000;
@@ -38,7 +38,7 @@ void AddGlobalOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--rs485", arguments.rs485, "RS485 line of a Zelto")->type_name("PORT");
   app.add_option("--uart", arguments.uart, "UART line of a Zelto")->type_name("PORT");
   app.add_option("--jobs", arguments.jobs, "Number of sensors to work on at once")
-      ->check(CLI::Range(1, kMostJobs))
+      ->check(CLI::Range(1, kMaxJobs))
       ->type_name("N")
       ->capture_default_str();
   app.add_option("--timeout", arguments.timeout_ms, "Time-out for a reply, in milliseconds")

@@ -62,7 +62,7 @@ std::string Outcome(const CapturedExchange& exchange) {
   switch (exchange.answer) {
     case Answer::kNone:
       return "no reply";
-    case Answer::kBrokenOff:
+    case Answer::kIncomplete:
       text = "the reply was cut off after " + std::to_string(exchange.reply.size()) + " of " +
              std::to_string(exchange.announced) + " bytes";
       break;
@@ -135,7 +135,7 @@ std::string SummaryText(const quarn::lidar::CaptureSummary& summary) {
                      (summary.connections == 1 ? " connection" : " connections");
   const std::pair<std::uint64_t, const char*> oddities[] = {
       {summary.other_packets, "other packets"},
-      {summary.unasked, "unsolicited replies"},
+      {summary.unsolicited, "unsolicited replies"},
       {summary.noise, "bytes that belong to no frame"},
       {summary.lost, "bytes missing from the file"}};
   for (const auto& [count, what] : oddities) {

@@ -95,7 +95,7 @@ SensorResult Shown(const Job& job, const ChangeResult& result) {
 }
 
 SensorResult Change(const Job& job, const std::string& reason, decltype(ChangeRequest::wanted) wanted) {
-  if (!job.link.has_variables()) return Lacks(job, "variables");
+  if (!job.link.has_variables()) return ModelLacks(job, "variables");
   ChangeRequest request;
   request.wanted = std::move(wanted);
   request.force = job.arguments.force ? Force::kYes : Force::kNo;
@@ -169,7 +169,7 @@ SensorResult Apply(const Job& job) {
 }
 
 SensorResult RollBack(const Job& job) {
-  if (!job.link.has_variables()) return Lacks(job, "variables");
+  if (!job.link.has_variables()) return ModelLacks(job, "variables");
   if (job.arguments.list) return ListSnapshots(job, SerialNumber(job));
   return Change(job, "Before a rollback", [&job](const Model& model, const SensorState& present) {
     return FromSnapshot(job, model, present);

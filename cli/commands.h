@@ -50,7 +50,7 @@ std::string SerialNumber(const Job& job);
 /// A result that is just a sentence.
 SensorResult Sentence(const SensorTarget& target, ExitCode exit, const std::string& text);
 /// The model has no such thing.
-SensorResult Lacks(const Job& job, const std::string& what);
+SensorResult ModelLacks(const Job& job, const std::string& what);
 
 // One for each command.
 SensorResult Info(const Job& job);

@@ -46,7 +46,7 @@ LiveValues LiveOf(const Arguments& arguments) {
 }  // namespace
 
 SensorResult CompareSensor(const Job& job) {
-  if (!job.link.has_variables()) return Lacks(job, "variables");
+  if (!job.link.has_variables()) return ModelLacks(job, "variables");
   const Model& model = *job.link.model();
   tl::expected<SensorState, std::string> left = DefaultState(model);
   if (!job.arguments.defaults) left = LoadState(QString::fromStdString(job.arguments.names.front()));

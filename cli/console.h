@@ -6,7 +6,7 @@
 
 namespace varkel::cli {
 
-enum class Colour { kPlain, kGood, kBad, kWeak };
+enum class Colour { kPlain, kGood, kBad, kDim };
 
 /// The terminal: results on standard output, everything else on standard error. Thread-safe.
 class Console {

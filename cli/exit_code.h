@@ -13,7 +13,7 @@ enum ExitCode : int {
 
 /// The more severe code, which becomes the exit code for several sensors. In descending order: no connection,
 /// refused, failed, different.
-constexpr ExitCode Heavier(ExitCode a, ExitCode b) {
+constexpr ExitCode MoreSevere(ExitCode a, ExitCode b) {
   for (const ExitCode code : {kNoConnection, kRefused, kFailed, kDifferent}) {
     if (a == code || b == code) return code;
   }

@@ -45,7 +45,7 @@ ExitCode ExitOf(const StateReading& reading) {
   if (reading.end == ReadEnd::kConnectionLost) return kNoConnection;
   ExitCode exit = reading.end == ReadEnd::kStopped ? kFailed : kDone;
   for (const ReadFailure& failure : reading.state.failed) {
-    exit = Heavier(exit, failure.code > 0 ? kRefused : kFailed);
+    exit = MoreSevere(exit, failure.code > 0 ? kRefused : kFailed);
   }
   return exit;
 }
@@ -145,13 +145,13 @@ SensorResult Info(const Job& job) {
 }
 
 SensorResult Read(const Job& job) {
-  if (!job.link.has_variables()) return Lacks(job, "variables");
+  if (!job.link.has_variables()) return ModelLacks(job, "variables");
   const auto vars = WantedVars(job);
   return vars ? Shown(job, ReadVars(job, *vars)) : Sentence(job.link.target(), kFailed, vars.error());
 }
 
 SensorResult Watch(const Job& job) {
-  if (!job.link.has_variables()) return Lacks(job, "variables");
+  if (!job.link.has_variables()) return ModelLacks(job, "variables");
   const auto vars = WantedVars(job);
   if (!vars) return Sentence(job.link.target(), kFailed, vars.error());
   ExitCode exit = kDone;
@@ -165,7 +165,7 @@ SensorResult Watch(const Job& job) {
     for (const StateValue& value : reading.state.values)
       line.text += "  " + Plain(value.name) + "=" + WithUnit(value);
     line.text += FailureLines(reading);
-    exit = Heavier(exit, line.exit);
+    exit = MoreSevere(exit, line.exit);
     job.show(line);
     if (reading.end == ReadEnd::kConnectionLost) break;
   }
@@ -173,7 +173,7 @@ SensorResult Watch(const Job& job) {
 }
 
 SensorResult TakeSnapshot(const Job& job) {
-  if (!job.link.has_variables()) return Lacks(job, "variables");
+  if (!job.link.has_variables()) return ModelLacks(job, "variables");
   const StateReading reading = ReadVars(job, StateVars(*job.link.model()->catalogue));
   if (reading.end != ReadEnd::kComplete) {
     return Sentence(job.link.target(), reading.end == ReadEnd::kStopped ? kFailed : kNoConnection,

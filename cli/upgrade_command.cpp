@@ -114,7 +114,7 @@ SensorResult Upgrade(const Job& job) {
   const bool is_network = job.link.has_variables();
   const auto small_mode = SmallMode(mode);
   if (is_network ? !mode.empty() && mode != "lidar" : !small_mode) {
-    return Lacks(job, "upgrade mode \"" + mode + "\"");
+    return ModelLacks(job, "upgrade mode \"" + mode + "\"");
   }
   Upgrading upgrading(job);
   const bool is_started = upgrading.Start(small_mode.value_or(0));

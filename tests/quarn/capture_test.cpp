@@ -59,7 +59,7 @@ struct Read {
       text << e.connection << " " << unsigned{e.command} << ">";
       if (e.answer == Answer::kNone) text << "-";
       if (e.answer != Answer::kNone) text << unsigned{e.return_code} << " " << e.reply.size();
-      if (e.answer == Answer::kBrokenOff) text << "/" << e.announced;
+      if (e.answer == Answer::kIncomplete) text << "/" << e.announced;
       if (e.answer != Answer::kNone && e.reply_command != e.command) {
         text << " as " << unsigned{e.reply_command};
       }
@@ -112,7 +112,7 @@ TEST(Capture, PairsLateBrokenAndForeignReplies) {
     const char* what;
     std::vector<Piece> pieces;
     const char* text;
-    std::uint64_t unasked = 0;
+    std::uint64_t unsolicited = 0;
     std::uint64_t noise = 0;
   } kCases[] = {
       {"late",
@@ -130,7 +130,7 @@ TEST(Capture, PairsLateBrokenAndForeignReplies) {
       {"at the end", {{kToSensor, Frame(5)}, {kFromSensor, half}}, "1 5>0 2/9; "},
       {"refused", {{kToSensor, Frame(5)}, {kFromSensor, Frame(5, {}, 3)}}, "1 5>3 0; "},
       {"other", {{kToSensor, Frame(5)}, {kFromSensor, Frame(6)}}, "1 5>0 0 as 6; "},
-      {"unasked", {{kToSensor, Frame(5)}, {kFromSensor, Frame(5)}, {kFromSensor, Frame(5)}}, "1 5>0 0; ", 1},
+      {"unsolicited", {{kToSensor, Frame(5)}, {kFromSensor, Frame(5)}, {kFromSensor, Frame(5)}}, "1 5>0 0; ", 1},
       {"noise",
        {{kToSensor, Frame(5)}, {kFromSensor, {0x47, 1, 2}}, {kFromSensor, Frame(5)}},
        "1 5>0 0; ",
@@ -143,7 +143,7 @@ TEST(Capture, PairsLateBrokenAndForeignReplies) {
     for (const Piece& piece : c.pieces) tap->Pass(piece.direction, piece.bytes);
     const Read read(rig.File());
     EXPECT_EQ(read.Text(), c.text) << c.what;
-    EXPECT_EQ(read.summary.unasked, c.unasked) << c.what;
+    EXPECT_EQ(read.summary.unsolicited, c.unsolicited) << c.what;
     EXPECT_EQ(read.summary.noise, c.noise) << c.what;
   }
 }

@@ -35,7 +35,7 @@ TEST(SetPlan, RefusesBeforeAnythingGoesOut) {
     const std::vector<WantedValue> wanted = {{"Spin Rate", "300", {}}, {key, text, {}}};
     const auto plan = MakeSetPlan(rig.model, wanted);
     ASSERT_FALSE(plan) << key << "=" << text;
-    EXPECT_EQ(plan.error().front().kind, std::string(key) == "Spin Rate" ? RefusalKind::kTwice : kind)
+    EXPECT_EQ(plan.error().front().kind, std::string(key) == "Spin Rate" ? RefusalKind::kDuplicate : kind)
         << plan.error().front().text;
   }
 }

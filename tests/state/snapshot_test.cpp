@@ -101,7 +101,7 @@ TEST(Snapshot, TheNewestOfEachSensorAreKept) {
   SensorState state;
   state.sn = "../SN/1";
   QString last;
-  for (int i = 0; i < SnapshotFolder::kKept + 2; ++i) {
+  for (int i = 0; i < SnapshotFolder::kMaxKept + 2; ++i) {
     const auto entry = folder.Save(state);
     ASSERT_TRUE(entry) << entry.error();
     EXPECT_GT(entry->id, last);
@@ -110,7 +110,7 @@ TEST(Snapshot, TheNewestOfEachSensorAreKept) {
   EXPECT_EQ(Files(root.path()), QStringList{"_._SN_1"}) << "a serial number leads to no other folder";
   Put(root.filePath("_._SN_1/mine.json"), "{}");
   ASSERT_TRUE(folder.Save(state));
-  EXPECT_EQ(folder.List(state.sn).size(), std::size_t{SnapshotFolder::kKept});
+  EXPECT_EQ(folder.List(state.sn).size(), std::size_t{SnapshotFolder::kMaxKept});
   EXPECT_TRUE(QFile::exists(root.filePath("_._SN_1/mine.json")));
   EXPECT_TRUE(folder.Find(state.sn, last));
   EXPECT_FALSE(folder.Find(state.sn, "../mine"));

@@ -35,6 +35,6 @@ std::span<const std::uint8_t> ReplyContent(const Command& command, std::span<con
 
 /// Whether a reply echoes a four-byte code other than the command's. All four-byte codes share one command
 /// byte, so this is how a late reply to an earlier request is recognised.
-bool AnswersAnother(const Command& command, std::span<const std::uint8_t> reply);
+bool AnswersOtherCommand(const Command& command, std::span<const std::uint8_t> reply);
 
 }  // namespace varkel

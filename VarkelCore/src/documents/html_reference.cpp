@@ -1,6 +1,6 @@
 #include <string_view>
 
-#include "VarkelCore/src/documents/byte_picture.h"
+#include "VarkelCore/src/documents/byte_diagram.h"
 #include "VarkelCore/src/documents/markup.h"
 #include "VarkelCore/src/documents/table_reference.h"
 #include "embedded/texts.h"
@@ -139,7 +139,7 @@ class HtmlWriter {
     if (const auto size = PayloadSize(fields); size && !command.has_angles) {
       html_ += ", " + Counted(*size, "byte");
     }
-    html_ += "</figcaption>" + BytePicture(command.command, fields) + "</figure>\n";
+    html_ += "</figcaption>" + ByteDiagram(command.command, fields) + "</figure>\n";
   }
 
   const TableReference& reference_;

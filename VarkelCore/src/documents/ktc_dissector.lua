@@ -24,11 +24,11 @@ local serial = Proto("ktcserial", "Small lidar sensor, serial frames")
 
 local DEFAULT_PORTS = "9347-9348" -- 9348: recordings of serial lines
 -- The largest payload length: the tool gives up on a reply after this many bytes.
-local MOST_PAYLOAD = 64 * 1024 * 1024
+local MAX_PAYLOAD = 64 * 1024 * 1024
 -- The number of requests that may wait for a reply in one stream; older ones have been given up.
-local MOST_PENDING = 64
+local MAX_PENDING = 64
 -- Requests up to this size are kept: the meaning of some replies depends on their request.
-local LONGEST_KEPT_REQUEST = 16
+local MAX_KEPT_REQUEST = 16
 
 -- The positions of the header's fields, by the identifier at its beginning.
 local HEADERS = {
@@ -38,7 +38,7 @@ local HEADERS = {
 local COMMAND_TAG, FIRMWARE_TAG = "$LDCMD,", "$LDOTA,"
 local STARTS = {"Gt", "Wu", COMMAND_TAG, FIRMWARE_TAG}
 local EXTENSION = 0xFF -- the command byte of four-byte codes, and of the serial line behind the sensor
-local PIECE_HEADER, LONGEST_PIECE = 16, 1024
+local PIECE_HEADER, MAX_PIECE = 16, 1024
 
 -- ---------------------------------------------------------------------------------------------------------------
 -- Fields
@@ -364,7 +364,7 @@ end
 
 local streams = {}   -- by both endpoints: which one is the client, and its pending requests
 local exchanges = {} -- by the position of a frame: its exchange
-local MOST_OFFSET = 2 ^ 27 -- a position is the packet's number and the offset in the reassembled bytes
+local MAX_OFFSET = 2 ^ 27 -- a position is the packet's number and the offset in the reassembled bytes
 
 function ktc.init()
   streams = {}
@@ -410,16 +410,16 @@ end
 
 -- Frames are dissected several times and in any order, but the first time always in capture order.
 local function exchange_of(frame, pinfo)
-  local place = pinfo.number * MOST_OFFSET + frame.tvb:offset() + frame.offset
+  local place = pinfo.number * MAX_OFFSET + frame.tvb:offset() + frame.offset
   if pinfo.visited then return exchanges[place] end
   local pending = stream_state(pinfo).pending
   local exchange
   if frame.is_request then
     exchange = {command = frame.command, asked_in = pinfo.number, asked_at = pinfo.rel_ts}
     local size = frame.payload_size
-    exchange.payload = size > 0 and size <= LONGEST_KEPT_REQUEST and frame.tvb:raw(frame.payload, size) or ""
+    exchange.payload = size > 0 and size <= MAX_KEPT_REQUEST and frame.tvb:raw(frame.payload, size) or ""
     pending[#pending + 1] = exchange
-    if #pending > MOST_PENDING then table.remove(pending, 1) end
+    if #pending > MAX_PENDING then table.remove(pending, 1) end
   else
     exchange = take_pending(pending, frame.command)
     if exchange then exchange.answered_in, exchange.answered_at = pinfo.number, pinfo.rel_ts end
@@ -601,7 +601,7 @@ local function add_piece(tree, tvb, offset, size)
 end
 
 local function is_piece_size(size)
-  return size > PIECE_HEADER and size <= PIECE_HEADER + LONGEST_PIECE
+  return size > PIECE_HEADER and size <= PIECE_HEADER + MAX_PIECE
 end
 
 -- A piece of a file is a complete frame inside the payload, after a four-byte code if there is one.
@@ -737,7 +737,7 @@ local function add_frame(tree, pinfo, asks, tvb, offset, available, header, anno
   add_exchange(item, frame, exchange)
   local text
   if announced > frame.payload_size then
-    item:add_proto_expert_info(announced > MOST_PAYLOAD and e.huge or e.cut)
+    item:add_proto_expert_info(announced > MAX_PAYLOAD and e.huge or e.cut)
     add_bytes(item, frame)
   else
     text = add_payload(item, frame, exchange)
@@ -789,7 +789,7 @@ end
 -- Asks TCP for the rest of a frame; false if that is not possible.
 local function wants_rest(tvb, pinfo, offset, size, needed)
   if pinfo.can_desegment == 0 or size < tvb:reported_len() then return false end
-  if needed and needed > MOST_PAYLOAD + 12 then return false end
+  if needed and needed > MAX_PAYLOAD + 12 then return false end
   pinfo.desegment_offset = offset
   pinfo.desegment_len = needed and needed - (size - offset) or DESEGMENT_ONE_MORE_SEGMENT
   return true

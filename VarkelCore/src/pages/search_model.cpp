@@ -73,7 +73,7 @@ void SearchModel::setQuery(const QString& query) {
   } else if (!finder_ || &finder_->model() != model.get()) {
     finder_.emplace(model);
   }
-  if (finder_) found_ = finder_->Find(query.toStdString(), kMostRows);
+  if (finder_) found_ = finder_->Find(query.toStdString(), kMaxRows);
   endResetModel();
   emit queryChanged();
 }

@@ -26,7 +26,7 @@ class SearchModel : public QAbstractListModel {
     kRow,                       ///< index in the page's list of rows
   };
   /// More rows than anyone reads; a longer query finds fewer.
-  static constexpr std::size_t kMostRows = 100;
+  static constexpr std::size_t kMaxRows = 100;
 
   explicit SearchModel(const ModelSelection& models, QObject* parent = nullptr);
 

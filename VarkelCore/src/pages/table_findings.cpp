@@ -13,14 +13,14 @@ void TableFindings::Check(const std::string& path) {
   // The working directory may have changed by the time the worker runs.
   const QString file = QFileInfo(QString::fromStdString(path)).absoluteFilePath();
   workers_.Start([this, file, check = ++checks_](const std::stop_token&) {
-    const Found found = LookThrough(file);
+    const Found found = Lint(file);
     events_.Post([this, found, check] {
       if (check == checks_) Show(found);
     });
   });
 }
 
-TableFindings::Found TableFindings::LookThrough(const QString& path) {
+TableFindings::Found TableFindings::Lint(const QString& path) {
   const std::vector<TableFinding> findings = LintTable(path.toStdString());
   if (findings.empty()) return {};
   const QString name = QFileInfo(path).fileName();

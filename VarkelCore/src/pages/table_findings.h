@@ -39,7 +39,7 @@ class TableFindings : public QObject {
     QStringList lines;
   };
 
-  static Found LookThrough(const QString& path);
+  static Found Lint(const QString& path);
   void Show(Found found);
 
   WorkerThreads& workers_;

@@ -28,14 +28,14 @@ QStringList RecentAddresses::all() const {
     const QString address = line.trimmed();
     if (!address.isEmpty() && !addresses.contains(address)) addresses.append(address);
   }
-  return addresses.mid(0, kMost);
+  return addresses.mid(0, kMaxAddresses);
 }
 
 void RecentAddresses::add(const QString& address) {
   QStringList addresses = all();
   addresses.removeAll(address.trimmed());
   addresses.prepend(address.trimmed());
-  Keep(addresses.mid(0, kMost));
+  Keep(addresses.mid(0, kMaxAddresses));
 }
 
 void RecentAddresses::remove(const QString& address) {

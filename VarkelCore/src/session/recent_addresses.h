@@ -13,7 +13,7 @@ class RecentAddresses : public QObject {
   Q_PROPERTY(QStringList all READ all NOTIFY changed)
 
  public:
-  static constexpr int kMost = 10;
+  static constexpr int kMaxAddresses = 10;
 
   RecentAddresses();
   explicit RecentAddresses(QString path) : path_(std::move(path)) {}

@@ -111,7 +111,7 @@ void Snapshots::Start(const Session& session, std::function<Result(SnapshotJob&)
       *context_.models.model(), session, context_.report, [this](std::size_t done, std::size_t total) {
         context_.events.Post([this, done, total] { ShowProgress(done, total); });
       });
-  Tell({});
+  SetOutcome({});
   emit busyChanged();
   emit progressChanged();
   context_.work.Start(
@@ -148,7 +148,7 @@ void Snapshots::ShowProgress(std::size_t done, std::size_t total) {
   emit progressChanged();
 }
 
-void Snapshots::Tell(const QString& outcome) {
+void Snapshots::SetOutcome(const QString& outcome) {
   if (outcome == outcome_) return;
   outcome_ = outcome;
   emit outcomeChanged();
@@ -215,7 +215,7 @@ void Snapshots::save(const QUrl& file) {
         QString text = QStringLiteral("%1 values are saved in %2.").arg(saved.values).arg(path);
         if (saved.failures > 0) text += QStringLiteral(" %1 requests failed.").arg(saved.failures);
         refresh();
-        Tell(text);
+        SetOutcome(text);
       });
 }
 
@@ -279,7 +279,7 @@ void Snapshots::clear() {
   right_title_.clear();
   remark_.clear();
   differences_.Set({});
-  Tell({});
+  SetOutcome({});
   emit comparisonChanged();
 }
 
@@ -322,7 +322,7 @@ void Snapshots::Planned(Plan plan, ChangeResult& result, const QStringList& edit
   }
   if (result.run.changes.empty()) {
     differences_.ShowOutcomes({});
-    Tell(QStringLiteral("Nothing to write: the sensor already holds these values."));
+    SetOutcome(QStringLiteral("Nothing to write: the sensor already holds these values."));
     return;
   }
   plan.changes = result.run.changes;
@@ -358,7 +358,7 @@ void Snapshots::Applied(ChangeResult& result) {
   const QString problem = ProblemText(result);
   if (!problem.isEmpty()) context_.report.Error(problem.toStdString());
   refresh();
-  if (!result.run.changes.empty()) Tell(SummaryText(result.run));
+  if (!result.run.changes.empty()) SetOutcome(SummaryText(result.run));
 }
 
 ConnectTo Snapshots::Connector() const {

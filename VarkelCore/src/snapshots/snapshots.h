@@ -132,7 +132,7 @@ class Snapshots : public QObject {
   void Show(Compared& compared, const StateSource& left, const StateSource& right);
   void Planned(Plan plan, ChangeResult& result, const QStringList& edited);
   void Applied(ChangeResult& result);
-  void Tell(const QString& outcome);
+  void SetOutcome(const QString& outcome);
   void ShowProgress(std::size_t done, std::size_t total);
   ConnectTo Connector() const;
 

@@ -130,7 +130,7 @@ void Planner::Add(const WantedValue& wanted) {
     return Refuse(RefusalKind::kNotWritable, wanted, "\"" + var.var_name + "\" can't be set.");
   }
   if (!seen_.insert(var.var_id).second) {
-    return Refuse(RefusalKind::kTwice, wanted, "\"" + var.var_name + "\" is given twice.");
+    return Refuse(RefusalKind::kDuplicate, wanted, "\"" + var.var_name + "\" is given twice.");
   }
   const std::string text(Trimmed(wanted.text));
   if (!Passes(var, wanted, text)) return;
@@ -151,7 +151,7 @@ void Planner::AddAngle(std::size_t angle, const WantedValue& wanted) {
     return Refuse(RefusalKind::kNotWritable, wanted, "\"" + name + "\" can't be set.");
   }
   if (!seen_.insert(name).second) {
-    return Refuse(RefusalKind::kTwice, wanted, "\"" + name + "\" is given twice.");
+    return Refuse(RefusalKind::kDuplicate, wanted, "\"" + name + "\" is given twice.");
   }
   if (!number) return Refuse(RefusalKind::kNotANumber, wanted, says + "It has to be a number.");
   if (*number < 0 || *number > kWholeTurn) {

@@ -50,7 +50,7 @@ enum class RefusalKind {
   kOutOfRange,  ///< out of its range or type, or none of its options
   kNotRead,     ///< another field of its command is unknown, so the command would overwrite it with a guess
   kOtherModel,
-  kTwice,  ///< two values for one variable
+  kDuplicate,  ///< two values for one variable
 };
 
 struct PlanRefusal {

@@ -48,7 +48,7 @@ tl::expected<SnapshotFolder::Entry, std::string> SnapshotFolder::Save(const Sens
     return tl::unexpected(std::move(fault));
   }
   const std::vector<Entry> all = List(state.sn);
-  for (std::size_t i = kKept; i < all.size(); ++i) QFile::remove(all[i].path);
+  for (std::size_t i = kMaxKept; i < all.size(); ++i) QFile::remove(all[i].path);
   return entry;
 }
 

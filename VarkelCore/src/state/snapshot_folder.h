@@ -14,7 +14,7 @@ namespace varkel {
 class SnapshotFolder {
  public:
   /// The number kept for each sensor; older ones are deleted.
-  static constexpr int kKept = 20;
+  static constexpr int kMaxKept = 20;
 
   /// The user's documents folder + "/VelmoraDataFiles/Snapshots".
   SnapshotFolder();

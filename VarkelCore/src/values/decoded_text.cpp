@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kLineBytes = 16;
 constexpr std::size_t kLongestField = 256;  // bytes shown
-constexpr std::size_t kMostLines = 512;
+constexpr std::size_t kMaxLines = 512;
 
 std::string Ascii(std::span<const std::uint8_t> bytes) {
   std::string text;
@@ -59,7 +59,7 @@ std::string DecodedText(std::span<const DecodedField> fields) {
     std::string meaning = Meaning(field);
     std::size_t place = field.place;
     do {
-      if (lines++ == kMostLines) return text + "\n…";
+      if (lines++ == kMaxLines) return text + "\n…";
       const auto line = rest.first(std::min(rest.size(), kLineBytes));
       rest = rest.subspan(line.size());
       std::string shown = Padded(std::to_string(place), digits, true) + "  " +

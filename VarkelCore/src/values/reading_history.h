@@ -12,8 +12,8 @@ namespace varkel {
 /// variables are limited; the oldest are dropped. Not thread-safe.
 class ReadingHistory {
  public:
-  static constexpr std::size_t kMostPoints = 18000;  ///< half an hour at ten readings a second
-  static constexpr std::size_t kMostVariables = 64;
+  static constexpr std::size_t kMaxPoints = 18000;  ///< half an hour at ten readings a second
+  static constexpr std::size_t kMaxVariables = 64;
 
   struct Point {
     ValueStore::Time time;

@@ -70,7 +70,7 @@ class Pairing {
   }
 
   void BreakOff() {
-    if (auto frame = replies_.TakeIncomplete()) Reply(std::move(*frame), last_, Answer::kBrokenOff);
+    if (auto frame = replies_.TakeIncomplete()) Reply(std::move(*frame), last_, Answer::kIncomplete);
   }
 
   void Reply(KtcFrame frame, CaptureTime time, Answer answer) {
@@ -80,7 +80,7 @@ class Pairing {
     });
     if (found == pending_.rend() && !pending_.empty() && waits(pending_.back())) found = pending_.rbegin();
     if (found == pending_.rend()) {
-      ++summary_.unasked;
+      ++summary_.unsolicited;
       return;
     }
     found->answer = answer;

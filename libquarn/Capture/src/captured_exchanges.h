@@ -15,7 +15,7 @@ namespace quarn::lidar {
 /// A request and its reply, if any.
 struct CapturedExchange {
   enum class Protocol : std::uint8_t { kKtc1 = 1, kKtc2 = 2, kSerialLines };
-  enum class Answer : std::uint8_t { kNone, kWhole, kBrokenOff };
+  enum class Answer : std::uint8_t { kNone, kWhole, kIncomplete };
 
   std::size_t connection = 0;  ///< from 1
   TcpEndpoint sensor;
@@ -38,7 +38,7 @@ struct CaptureSummary {
   std::uint64_t other_packets = 0;  ///< not TCP over IP version 4
   std::size_t connections = 0;
   std::uint64_t exchanges = 0;
-  std::uint64_t unasked = 0;  ///< complete frames from the sensor that answer no request
+  std::uint64_t unsolicited = 0;  ///< complete frames from the sensor that answer no request
   std::uint64_t noise = 0;    ///< bytes that belong to no frame
   std::uint64_t lost = 0;     ///< bytes of connections that are missing from the file
   std::string fault;          ///< what is wrong with the file, as a sentence; empty if it is complete

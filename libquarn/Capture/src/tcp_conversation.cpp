@@ -6,7 +6,7 @@ namespace quarn::lidar {
 namespace {
 
 /// Limits the memory for a file that only opens connections.
-constexpr std::size_t kMostOpen = 1024;
+constexpr std::size_t kMaxOpen = 1024;
 constexpr std::uint16_t kKtcPort = 9347;
 
 bool IsSensorPort(std::uint16_t port) {
@@ -56,7 +56,7 @@ std::map<TcpConversations::Key, TcpConversations::Conversation>::iterator TcpCon
     open_.erase(found);
     break;
   }
-  if ((!begins && segment.payload.empty() && (segment.flags & kTcpSyn) == 0) || open_.size() >= kMostOpen) {
+  if ((!begins && segment.payload.empty() && (segment.flags & kTcpSyn) == 0) || open_.size() >= kMaxOpen) {
     return open_.end();
   }
   const bool to_sensor = GoesToSensor(segment);

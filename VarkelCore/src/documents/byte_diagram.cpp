@@ -1,4 +1,4 @@
-#include "VarkelCore/src/documents/byte_picture.h"
+#include "VarkelCore/src/documents/byte_diagram.h"
 
 #include <algorithm>
 #include <string_view>
@@ -34,7 +34,7 @@ std::vector<std::string> Wrapped(std::string_view name, std::size_t most) {
 }
 
 /// Draws boxes one after the other, wrapping them at the ends of lines.
-class Picture {
+class Diagram {
  public:
   void Add(const std::string& style, std::uint64_t position, std::uint32_t length, const std::string& name,
            const std::string& title) {
@@ -96,10 +96,10 @@ std::string Bytes(std::uint64_t first, std::uint32_t length) {
 
 }  // namespace
 
-std::string BytePicture(const Command& command, const std::vector<CommandField>& fields) {
-  Picture picture;
+std::string ByteDiagram(const Command& command, const std::vector<CommandField>& fields) {
+  Diagram diagram;
   if (command.extended_code) {
-    picture.Add("code", 0, kExtendedCodeSize, "command", "the command's code, bytes 0 to 3");
+    diagram.Add("code", 0, kExtendedCodeSize, "command", "the command's code, bytes 0 to 3");
   }
   bool is_even = false;
   for (const CommandField& field : fields) {
@@ -111,10 +111,10 @@ std::string BytePicture(const Command& command, const std::vector<CommandField>&
     if (is_shortened) words.append(" (").append(extent).append(")");
     std::string title = name;
     title.append(", ").append(field.var->var_type).append(", ").append(extent);
-    picture.Add(is_even ? "other" : "field", field.position, std::min(length, kLongestDrawn), words, title);
+    diagram.Add(is_even ? "other" : "field", field.position, std::min(length, kLongestDrawn), words, title);
     is_even = !is_even;
   }
-  return picture.Svg("byte layout");
+  return diagram.Svg("byte layout");
 }
 
 }  // namespace varkel
