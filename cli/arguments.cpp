@@ -95,18 +95,15 @@ void AddChangeCommands(CLI::App& app, Arguments& arguments) {
   auto* command = AddCommand(app, arguments, "set", "Write variables");
   command->add_option("assignment", arguments.names, "What to write")->type_name("NAME=VALUE")->required();
   command->add_flag("--check", arguments.check, "Show what would be written, and write nothing");
-  command->add_flag("--stop-on-refusal", arguments.stop_on_refusal,
-                    "Stop at the first refused command");
+  command->add_flag("--stop-on-refusal", arguments.stop_on_refusal, "Stop at the first refused command");
   command = AddCommand(app, arguments, "apply", "Write the values of a snapshot");
   command->add_option("file", arguments.file, "The snapshot")->type_name("FILE")->required();
   AddPages(*command, arguments);
   command->add_flag("--check", arguments.check, "Show what would be written, and write nothing");
   command->add_flag("--force", arguments.force,
                     "Allow another model, and overwrite fields that can't be read");
-  command->add_flag("--stop-on-refusal", arguments.stop_on_refusal,
-                    "Stop at the first refused command");
-  command =
-      AddCommand(app, arguments, "rollback", "Undo the last change, or return to an earlier snapshot");
+  command->add_flag("--stop-on-refusal", arguments.stop_on_refusal, "Stop at the first refused command");
+  command = AddCommand(app, arguments, "rollback", "Undo the last change, or return to an earlier snapshot");
   command->add_flag("--list", arguments.list, "List the automatic snapshots of the sensor");
   command->add_option("id", arguments.id, "The snapshot; default: the newest")->type_name("ID");
 }
@@ -127,7 +124,9 @@ void AddActions(CLI::App& app, Arguments& arguments) {
   command->add_option("-o", arguments.output, "The archive")->type_name("FILE")->required();
   command = AddCommand(app, arguments, "upgrade", "Upgrade the firmware");
   command->add_option("file", arguments.file, "The package")->type_name("FILE")->required();
-  command->add_option("--mode", arguments.mode, "What the package replaces (default: lidar; app on a small sensor)")
+  command
+      ->add_option("--mode", arguments.mode,
+                   "What the package replaces (default: lidar; app on a small sensor)")
       ->check(CLI::IsMember({"app", "pbl", "junction", "lidar"}))
       ->type_name("MODE");
   command->add_flag("--no-wait", arguments.no_wait, "Do not wait for the sensor to come back");
@@ -146,9 +145,7 @@ void AddTableCommands(CLI::App& app, Arguments& arguments) {
   command->add_option("table", arguments.table, "The model, or a file")->type_name("MODEL|FILE")->required();
   command = add("reference", "Write a reference manual of the model");
   command->add_option("table", arguments.table, "The model")->type_name("MODEL")->required();
-  command->add_option("-o", arguments.output, "The file, .html or .md")
-      ->type_name("FILE")
-      ->required();
+  command->add_option("-o", arguments.output, "The file, .html or .md")->type_name("FILE")->required();
   command = add("dissector", "Write a Wireshark dissector for the model's variables");
   command->add_option("table", arguments.table, "The model; default: all models")->type_name("MODEL");
   command->add_option("-o", arguments.output, "The Lua file")->type_name("FILE")->required();

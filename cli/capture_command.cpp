@@ -133,11 +133,10 @@ std::string SummaryText(const quarn::lidar::CaptureSummary& summary) {
   std::string text = std::to_string(summary.exchanges) + " exchanges in " +
                      std::to_string(summary.connections) +
                      (summary.connections == 1 ? " connection" : " connections");
-  const std::pair<std::uint64_t, const char*> oddities[] = {
-      {summary.other_packets, "other packets"},
-      {summary.unsolicited, "unsolicited replies"},
-      {summary.noise, "bytes that belong to no frame"},
-      {summary.lost, "bytes missing from the file"}};
+  const std::pair<std::uint64_t, const char*> oddities[] = {{summary.other_packets, "other packets"},
+                                                            {summary.unsolicited, "unsolicited replies"},
+                                                            {summary.noise, "bytes that belong to no frame"},
+                                                            {summary.lost, "bytes missing from the file"}};
   for (const auto& [count, what] : oddities) {
     if (count > 0) text += "; " + std::to_string(count) + " " + what;
   }

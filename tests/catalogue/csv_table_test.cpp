@@ -59,8 +59,9 @@ TEST(CsvTable, SaysWhereQuotesAreMalformed) {
   EXPECT_THAT(Read("A,B\n1,2\n3,x\"y\n"), HasSubstr("Malformed quotes in line 3 of"));
   EXPECT_THAT(Read("A,B\n1,2\n3,\"4\n5,6\n"), HasSubstr("A quote opened in row 3 of"));
   EXPECT_EQ(Read("A,C\n1,2\n"), "Can't find a column named B");
-  EXPECT_EQ(Read("A;B\n1;2\n"), "Can't find a column named B: " + TableFile("").path() +
-                                    " separates its cells with \";\". Save it as comma-separated text (CSV).");
+  EXPECT_EQ(Read("A;B\n1;2\n"),
+            "Can't find a column named B: " + TableFile("").path() +
+                " separates its cells with \";\". Save it as comma-separated text (CSV).");
 }
 
 }  // namespace

@@ -65,8 +65,10 @@ TEST(TableLint, FindsEachFault) {
       {"Index=2;Get=0x40;VarName=B;VarType=raw;GetCmdPayload=0x01", "", "5 error GetCmdPayload", "line 4"},
       {"Index=2;Get=1;Set=0x41;SetIndex=1;VarName=B;VarType=raw", "", "5 error SetIndex", "is used twice"},
       {"Index=2;Get=1;Set=0x41;VarName=B;VarType=raw", "", "5 error SetIndex", "SetIndex is missing"},
-      {"Index=1;Get=1;VarName=B;VarType=raw", "", "5 error Index", "the identifier is already used by line 4"},
-      {"Index=2;Get=1;VarName=Speed;VarType=raw", "", "5 warning VarName", "the name is already used by line 4"},
+      {"Index=1;Get=1;VarName=B;VarType=raw", "", "5 error Index",
+       "the identifier is already used by line 4"},
+      {"Index=2;Get=1;VarName=Speed;VarType=raw", "", "5 warning VarName",
+       "the name is already used by line 4"},
   };
   const std::string sound =
       ";Index=1;Get=0x40;Set=0x41;SetIndex=1;VarName=Speed;VarType=uint16;VarLen=2;Options=1~100;"

@@ -135,7 +135,8 @@ class LogDownloadTest : public QObject {
     const Table<QString, int, QString, QString, QString, int> row("tar", "disk", "rule", "name", "error",
                                                                   "parts");
     const char* const no_tar =
-        "The operation log can't be packed: the program \"tar\" was not found. Install it, or add its folder to "
+        "The operation log can't be packed: the program \"tar\" was not found. Install it, or add its folder "
+        "to "
         "PATH.";
     row("no tar", "-", 0, "", "logs.tar", no_tar, 0);
     row("no file", "", 0, "", "pipe.tar", kFailed, 0);

@@ -70,8 +70,7 @@ TEST(Snapshot, SaysWhereAFileIsWrong) {
       {FileText("1", "{}"), "not a snapshot: values is not a list"},
       {FileText("1", "[7]"), "not a snapshot: values[0] is not an object"},
       {FileText("1", "[" + wrong_type + "]"), "not a snapshot: values[0].value is not a text"},
-      {FileText("1", "[" + value + ", " + value + "]"),
-       "not a snapshot: values[1].id is 1-1 again"},
+      {FileText("1", "[" + value + ", " + value + "]"), "not a snapshot: values[1].id is 1-1 again"},
       {FileText("1", "[" + value).chopped(20), "no JSON at line 2"},
       {QByteArray(100000, '['), "no JSON at line 1"},
   };

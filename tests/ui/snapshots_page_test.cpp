@@ -87,8 +87,7 @@ class SnapshotsPageTest : public QObject {
     desk.Key(Qt::Key_Space);
     desk.Click("applyButton");
     QVERIFY(desk.NoticeShows("messageWindow", "Spin Rate: 1200 → 600"));
-    QVERIFY(desk.NoticeShows("messageWindow",
-                             "Left unchanged because of unsaved edits: VLAN ID."));
+    QVERIFY(desk.NoticeShows("messageWindow", "Left unchanged because of unsaved edits: VLAN ID."));
     QCOMPARE(desk.sensor.ValueText("Spin Rate"), std::string("1200"));
     desk.Click("noticeAcceptButton");
     EVENTUALLY_COMPARE(desk.Text("snapshotOutcome"), QString("1 written and verified, 1 refused."));

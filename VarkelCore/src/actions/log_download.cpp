@@ -85,7 +85,8 @@ std::string LogDownload::FetchOperationLog(const ConfigParser& catalogue, quarn:
   // Obstacles to packing are found before anything is downloaded.
   const QString tar = FindTar();
   if (tar.isEmpty()) {
-    return "The operation log can't be packed: the program \"tar\" was not found. Install it, or add its folder to "
+    return "The operation log can't be packed: the program \"tar\" was not found. Install it, or add its "
+           "folder to "
            "PATH.";
   }
   if (!IsWritableTarget(archive)) {

@@ -285,10 +285,9 @@ ConfigParser::VarList& ConfigParser::Group(const ModulePlace& place) {
 void ConfigParser::WarnOfPartialNumber(const CsvRow& row, const Columns& columns, const CsvColumn& column) {
   const std::string_view cell = row.Cell(column);
   if (!cell.empty() && !IsWholeNumber(cell)) {
-    load_warnings_.push_back(
-        columns.Describe(row) + ": " + column.name() + " \"" + std::string(cell) +
-        "\" only begins with a number, and the rest is ignored. Write it with a "
-        "decimal point.");
+    load_warnings_.push_back(columns.Describe(row) + ": " + column.name() + " \"" + std::string(cell) +
+                             "\" only begins with a number, and the rest is ignored. Write it with a "
+                             "decimal point.");
   }
 }
 

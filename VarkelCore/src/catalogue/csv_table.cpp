@@ -158,8 +158,9 @@ void CsvTable::ReadBlocks(Parser& parser) {
 // In locales with decimal commas, spreadsheet programs separate cells with ";".
 std::string CsvTable::WrongSeparator() const {
   const bool is_one_cell = header_.size() == 1 && header_.front().find(';') != std::string::npos;
-  return is_one_cell ? ": " + path_ + " separates its cells with \";\". Save it as comma-separated text (CSV)."
-                     : "";
+  return is_one_cell
+             ? ": " + path_ + " separates its cells with \";\". Save it as comma-separated text (CSV)."
+             : "";
 }
 
 void CsvTable::EndCell(std::string_view text) {

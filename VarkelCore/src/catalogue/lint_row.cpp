@@ -137,8 +137,7 @@ class RowLint {
   void CheckType() {
     const Type* type = FindType(row_["VarType"]);
     if (type == nullptr) {
-      Error("VarType",
-            "there is no type " + Quoted(row_["VarType"]) + "; use a known one, such as uint16.");
+      Error("VarType", "there is no type " + Quoted(row_["VarType"]) + "; use a known one, such as uint16.");
       return;
     }
     const auto length = Length();
@@ -203,8 +202,8 @@ class RowLint {
     try {
       options = ParseOptions(row_["Options"]);
     } catch (const std::exception&) {
-      Error("Options",
-            Quoted(row_["Options"]) + " contains something other than numbers; write 0|1|2, or 1~100 for a range.");
+      Error("Options", Quoted(row_["Options"]) +
+                           " contains something other than numbers; write 0|1|2, or 1~100 for a range.");
       return;
     }
     try {

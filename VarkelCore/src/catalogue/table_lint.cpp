@@ -37,8 +37,9 @@ bool HasAllColumns(const CsvTable& table, LintReport& report) {
   bool has_all = true;
   for (const char* column : kColumns) {
     if (std::ranges::count(table.header(), column) > 0) continue;
-    report.Error(1, column,
-                 std::string("The header has no column ") + column + "; add it, even if its cells are empty.");
+    report.Error(
+        1, column,
+        std::string("The header has no column ") + column + "; add it, even if its cells are empty.");
     has_all = false;
   }
   return has_all;
@@ -83,13 +84,14 @@ void CheckDuplicates(const Rows& rows, LintReport& report) {
   std::map<std::string, const LintRow*> names;
   for (const LintRow& row : rows) {
     if (const auto [first, is_new] = ids.try_emplace(row.Id(), &row); !is_new) {
-      report.Error(
-          row.line, "Index",
-          row.Name() + ": the identifier is already used by " + InLine(*first->second) + "; give another Index.");
+      report.Error(row.line, "Index",
+                   row.Name() + ": the identifier is already used by " + InLine(*first->second) +
+                       "; give another Index.");
     }
     if (const auto [first, is_new] = names.try_emplace(row["VarName"], &row); !is_new) {
-      report.Warning(row.line, "VarName",
-                     row.Name() + ": the name is already used by " + InLine(*first->second) + "; give another one.");
+      report.Warning(
+          row.line, "VarName",
+          row.Name() + ": the name is already used by " + InLine(*first->second) + "; give another one.");
     }
   }
 }

@@ -49,7 +49,8 @@ QString Place(const std::string& command, std::uint32_t first, std::uint32_t len
 }
 
 QString Origin(const ValueStore::Shown& shown) {
-  if (shown.stale && shown.origin != ValueOrigin::kEdited) return QStringLiteral("read from an earlier sensor");
+  if (shown.stale && shown.origin != ValueOrigin::kEdited)
+    return QStringLiteral("read from an earlier sensor");
   switch (shown.origin) {
     case ValueOrigin::kDefault:
       return QStringLiteral("not read, the table's default");

@@ -91,7 +91,8 @@ SettingsFile::SettingsFile(QString path) : path_(std::move(path)) {}
 ConnectionSettings SettingsFile::Load(std::string* fault) const {
   ConnectionSettings settings;
   if (const QString obstacle = Obstacle(path_); !obstacle.isEmpty()) {
-    if (fault != nullptr) *fault = Sentence("The defaults are used instead of the settings in ", path_, obstacle);
+    if (fault != nullptr)
+      *fault = Sentence("The defaults are used instead of the settings in ", path_, obstacle);
     return settings;
   }
   const QSettings file(path_, QSettings::IniFormat);

@@ -50,11 +50,12 @@ QString PlanText(const std::vector<ChangeOutcome>& changes, const QStringList& e
 }
 
 QString SummaryText(const RunReport& run) {
-  const std::pair<Verdict, const char*> parts[] = {{Verdict::kVerified, "written and verified"},
-                                                   {Verdict::kDiffers, "written, but the sensor holds another value"},
-                                                   {Verdict::kRefused, "refused"},
-                                                   {Verdict::kUnconfirmed, "sent, not confirmed"},
-                                                   {Verdict::kNotSent, "not sent"}};
+  const std::pair<Verdict, const char*> parts[] = {
+      {Verdict::kVerified, "written and verified"},
+      {Verdict::kDiffers, "written, but the sensor holds another value"},
+      {Verdict::kRefused, "refused"},
+      {Verdict::kUnconfirmed, "sent, not confirmed"},
+      {Verdict::kNotSent, "not sent"}};
   QStringList texts;
   for (const auto& [verdict, words] : parts) {
     const auto count =

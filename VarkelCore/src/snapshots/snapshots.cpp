@@ -39,7 +39,8 @@ QString RemarkOn(const SensorState& left, const SensorState& right, const Compar
     remarks += QStringLiteral("The models differ (%1 and %2), so nothing of this can be applied.")
                    .arg(QString::fromStdString(left.model), QString::fromStdString(right.model));
   } else if (comparison.other_table) {
-    remarks += QStringLiteral("The model's table has changed in the meantime: compared by identifier and name.");
+    remarks +=
+        QStringLiteral("The model's table has changed in the meantime: compared by identifier and name.");
   }
   for (const SensorState* state : {&left, &right}) {
     std::size_t missing = 0;

@@ -43,7 +43,7 @@ struct ChangeResult {
   ReadEnd reading = ReadEnd::kComplete;
   std::vector<PlanRefusal> refusals;  ///< why nothing was planned
   std::string fault;                  ///< why nothing was written although it was planned
-  QString snapshot;  ///< file of the automatic snapshot; empty if there was nothing to write
+  QString snapshot;                   ///< file of the automatic snapshot; empty if there was nothing to write
   /// The outcome of each planned change; all "not sent" if nothing was written.
   RunReport run;
 };

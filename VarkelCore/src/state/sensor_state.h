@@ -26,9 +26,9 @@ struct StateValue {
 struct ReadFailure {
   std::string get;      ///< get command as in the table
   std::string payload;  ///< its payload, hexadecimal digits
-  std::int32_t code =
-      0;               ///< the sensor's (1 to 255) or the client's (negative); 0: the reply lacks the fields
-  std::string reason;  ///< the same in words
+  /// The sensor's (1 to 255) or the client's (negative); 0: the reply lacks the fields.
+  std::int32_t code = 0;
+  std::string reason;            ///< the same in words
   std::vector<std::string> ids;  ///< the variables that are missing because of it
 };
 

@@ -26,7 +26,7 @@ struct Difference {
 };
 
 struct Comparison {
-  std::vector<Difference> differences;  ///< in the order of the left state, then those that only the right one has
+  std::vector<Difference> differences;  ///< in the order of the left state, then those only in the right one
   bool other_model = false;
   /// The states come from different tables of a model. An identifier may then stand for another variable, so
   /// identifier and name must both match.

@@ -26,8 +26,8 @@ struct Model {
 
 /// The findings of loading a table, as sentences for the log.
 struct LoadReport {
-  std::string
-      fault;  ///< why the table could not be loaded: file, fault and, if known, the variable; empty if it was
+  /// Why the table could not be loaded: file, fault and, if known, the variable. Empty on success.
+  std::string fault;
   std::vector<std::string> errors;
   std::vector<std::string> warnings;
 };

@@ -39,9 +39,9 @@ struct CaptureSummary {
   std::size_t connections = 0;
   std::uint64_t exchanges = 0;
   std::uint64_t unsolicited = 0;  ///< complete frames from the sensor that answer no request
-  std::uint64_t noise = 0;    ///< bytes that belong to no frame
-  std::uint64_t lost = 0;     ///< bytes of connections that are missing from the file
-  std::string fault;          ///< what is wrong with the file, as a sentence; empty if it is complete
+  std::uint64_t noise = 0;        ///< bytes that belong to no frame
+  std::uint64_t lost = 0;         ///< bytes of connections that are missing from the file
+  std::string fault;              ///< what is wrong with the file, as a sentence; empty if it is complete
 };
 
 /// Reads the exchanges of a pcap capture, those of each connection in order. Replies are matched with

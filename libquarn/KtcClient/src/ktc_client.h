@@ -46,8 +46,8 @@ struct KtcLimits {
 class KtcClient {
  public:
   /// Why an exchange failed, in addition to the sensor's own codes (1 to 255).
-  static constexpr std::int32_t kOtherReply =
-      -1;                                        ///< the reply answers another command; 0 in `LastReturnCode`
+  /// The reply answers another command; 0 in `LastReturnCode`.
+  static constexpr std::int32_t kOtherReply = -1;
   static constexpr std::int32_t kNoHeader = -2;  ///< no reply header came, or only noise
   /// The reply's payload was incomplete, too slow or too large.
   static constexpr std::int32_t kNoPayload = -3;
