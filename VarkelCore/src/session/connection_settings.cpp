@@ -113,7 +113,7 @@ std::string SettingsFile::Save(const ConnectionSettings& settings) const {
   const QFileInfo old(path_);
   const QString target = old.exists() ? old.canonicalFilePath() : path_;  // a link is kept
   QDir().mkpath(old.path());
-  QLockFile lock(path_ + QStringLiteral(".lock"));  // the one that QSettings takes, in the host viewer too
+  QLockFile lock(path_ + QStringLiteral(".lock"));  // QSettings uses the same one, also in the host viewer
   if (!lock.tryLock(kLockTimeMs)) return fault(QStringLiteral("it is in use or protected"));
   const QString draft = WriteDraft(settings, target);
   if (old.exists()) QFile::setPermissions(draft, old.permissions());

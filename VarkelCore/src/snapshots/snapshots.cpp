@@ -36,7 +36,7 @@ StateSource SourceOf(int other, const QUrl& file) {
 QString RemarkOn(const SensorState& left, const SensorState& right, const Comparison& comparison) {
   QStringList remarks;
   if (comparison.other_model) {
-    remarks += QStringLiteral("The models differ (%1 and %2), so nothing of this can be applied.")
+    remarks += QStringLiteral("The models differ (%1 and %2), so none of this can be applied.")
                    .arg(QString::fromStdString(left.model), QString::fromStdString(right.model));
   } else if (comparison.other_table) {
     remarks +=
