@@ -99,7 +99,7 @@ std::string Misuse(const Arguments& arguments, std::size_t sensors) {
 
 /// Asks for confirmation on a terminal; elsewhere only --yes confirms. Returns the exit code, or nullopt to
 /// continue.
-std::optional<int> AskedEnd(const Arguments& arguments, std::size_t sensors, Console& console) {
+std::optional<int> ExitUnlessConfirmed(const Arguments& arguments, std::size_t sensors, Console& console) {
   if (arguments.yes || (arguments.command != "restart" && arguments.command != "reset")) return std::nullopt;
   if (!quarn::lidar::IsTerminal(quarn::lidar::StandardStream::kInput)) {
     return WrongUse(console, arguments.command + " needs --yes when not run on a terminal.");
@@ -114,8 +114,9 @@ std::optional<int> AskedEnd(const Arguments& arguments, std::size_t sensors, Con
 }
 
 int RunCommand(const Arguments& arguments, Console& console) {
-  const std::string beside = QCoreApplication::applicationDirPath().toStdString() + "/../Config/varID";
-  const std::string folder = arguments.tables.empty() ? beside : arguments.tables;
+  const std::string default_folder =
+      QCoreApplication::applicationDirPath().toStdString() + "/../Config/varID";
+  const std::string folder = arguments.tables.empty() ? default_folder : arguments.tables;
   if (arguments.command == "models") return ShowModels(arguments, folder, console);
   if (IsTableCommand(arguments.command)) return RunTableCommand(arguments, folder, console);
   if (arguments.command == "capture show") return ShowCapture(arguments, folder, console);
@@ -131,7 +132,7 @@ int RunCommand(const Arguments& arguments, Console& console) {
             : console.Result(arguments.json ? result.json : result.text);
     return result.exit;
   }
-  if (const auto end = AskedEnd(arguments, targets->size(), console)) return *end;
+  if (const auto end = ExitUnlessConfirmed(arguments, targets->size(), console)) return *end;
   quarn::lidar::CaptureRecorder recorder(
       [&console](const std::string& end) { console.Note("varkelctl: " + Plain(end)); });
   if (!arguments.capture.empty()) {
