@@ -360,7 +360,7 @@ class PageTest : public QObject {
     desk.Enter(field, "2400");
     desk.Find("modelCombo")->forceActiveFocus(Qt::TabFocusReason);
     desk.Key(Qt::Key_Down);
-    QVERIFY(desk.NoticeShows("messageWindow", "Another model drops the changes that are not saved"));
+    QVERIFY(desk.NoticeShows("messageWindow", "Changing the model discards the unsaved changes"));
     QCOMPARE(desk.Property("modelCombo", "currentText"), "Quenta");
     desk.Click("noticeAcceptButton");
     EVENTUALLY_COMPARE(desk.Property("modelCombo", "currentText"), "Zelto");
@@ -436,7 +436,7 @@ class PageTest : public QObject {
     QVERIFY(desk.Dismiss("errorWindow", "Connect to the sensor first"));
     QVERIFY(desk.Connect());
     desk.Drop("firmware.patch.bin");
-    QVERIFY(desk.Dismiss("errorWindow", "Upgrade package rejected: it has to be a .patch file"));
+    QVERIFY(desk.Dismiss("errorWindow", "Upgrade package rejected: it must be a .patch file"));
     QCOMPARE(desk.Text("upgradeFileName") + desk.Text("upgradeProgress"), "0.00%");
     const QByteArray package = "VARKEL-SIM FIRMWARE 4.1.2.9 2027-03-04\n" + QByteArray(20000, 'x');
     desk.Drop("new one.patch", package);
