@@ -9,7 +9,7 @@
 #include "bench/soak/figures.h"
 #include "bench/soak/operations.h"
 #include "tests/support/silent_address.h"
-#include "tests/ui/desk.h"
+#include "tests/ui/window_driver.h"
 
 namespace {
 
@@ -68,59 +68,59 @@ class ResponsivenessTest : public QObject {
 
   void ConnectingAndPages() {
     const quarn::test::SilentAddress nobody;
-    Desk desk;
-    VarkelManager& manager = *desk.manager;
-    const auto key = [&desk](int page) {
-      desk.Key(static_cast<Qt::Key>(Qt::Key_1 + page), Qt::ControlModifier);
+    WindowDriver driver;
+    VarkelManager& manager = *driver.manager;
+    const auto key = [&driver](int page) {
+      driver.Key(static_cast<Qt::Key>(Qt::Key_1 + page), Qt::ControlModifier);
     };
     Watch("Quenta",
-          {{"connect to nobody", [&] { desk.Dial(nobody.port()); }}, {"give up", [&] { manager.Stop(); }}});
-    QVERIFY(desk.Dismiss("errorWindow", "Connection Failed"));  // it would take the clicks
-    Watch("Quenta", {{"connect", [&] { desk.Dial(); }}});
+          {{"connect to nobody", [&] { driver.Dial(nobody.port()); }}, {"give up", [&] { manager.Stop(); }}});
+    QVERIFY(driver.Dismiss("errorWindow", "Connection Failed"));  // it would take the clicks
+    Watch("Quenta", {{"connect", [&] { driver.Dial(); }}});
     QTRY_VERIFY_WITH_TIMEOUT(manager.IsConnected() && !manager.isReadingPage(), 15000);
     for (int page = 0; page <= manager.level1List().size(); ++page) {
       Watch("Quenta", {{QString("first visit of page %1").arg(page), [&] { key(page); }}});
     }
-    Watch("Quenta", {{"fall silent", [&] { desk.sensor.AddFault("*=silence"); }},
+    Watch("Quenta", {{"fall silent", [&] { driver.sensor.AddFault("*=silence"); }},
                      {"check", [&] { manager.CheckConnectionInBackground(); }},
                      {"change page", [&] { key(2); }},
                      {"change back", [&] { key(4); }},
                      {"edit", [&] { manager.SetText(1, 4, 3, 0, "77"); }},
                      {"angle", [&] { manager.SetMultiFovConfig(0, "20"); }},
-                     {"save", [&] { desk.Click("saveButton_4"); }},
-                     {"cancel", [&] { desk.Click("cancelButton_4"); }},
-                     {"disconnect", [&] { desk.Click("connectButton"); }}});
+                     {"save", [&] { driver.Click("saveButton_4"); }},
+                     {"cancel", [&] { driver.Click("cancelButton_4"); }},
+                     {"disconnect", [&] { driver.Click("connectButton"); }}});
     QVERIFY(!manager.IsConnected() && manager.getSetMapSize() == 0);
-    desk.sensor.ClearFaults();
-    QVERIFY(desk.Connect());
-    desk.ShowPage(1);
-    desk.sensor.AddFault("*=silence");
-    const auto change_model = [&desk](const char* model) {
-      QMetaObject::invokeMethod(desk.root, "changeModel", Q_ARG(QVariant, QString(model)));
+    driver.sensor.ClearFaults();
+    QVERIFY(driver.Connect());
+    driver.ShowPage(1);
+    driver.sensor.AddFault("*=silence");
+    const auto change_model = [&driver](const char* model) {
+      QMetaObject::invokeMethod(driver.root, "changeModel", Q_ARG(QVariant, QString(model)));
     };
     Watch("Quenta", {{"other model", [&] { change_model("Zelto-KTC"); }},
                      {"and back", [&] { change_model("Quenta"); }},
-                     {"close", [&] { desk.window.reset(); }}});
+                     {"close", [&] { driver.window.reset(); }}});
   }
 
   void EveryOperation() {
     for (const char* model : {"Quenta", "Zelto", "Zelto-KTC", "Marvo-KTC"}) {
-      Desk desk(model);
-      VarkelManager& manager = *desk.manager;
+      WindowDriver driver(model);
+      VarkelManager& manager = *driver.manager;
       const auto is_idle = [&manager] {
         return !manager.isWorking() && !manager.IsUpgrading() && !manager.IsDownloadLog();
       };
       for (const auto& [name, start] : OperationsOf(model, folder_.path())) {
-        desk.sensor.ClearFaults();
-        desk.lines.ClearFaults();
-        QVERIFY(desk.Connect());
-        desk.sensor.AddFault("*=silence");
-        desk.lines.AddFault("*=silence");
+        driver.sensor.ClearFaults();
+        driver.lines.ClearFaults();
+        QVERIFY(driver.Connect());
+        driver.sensor.AddFault("*=silence");
+        driver.lines.AddFault("*=silence");
         Watch(model, {{name, [&, start = start] { start(manager); }},
                       {"disconnect after it", [&] { manager.Stop(); }}});
         QTRY_VERIFY_WITH_TIMEOUT(is_idle() && !manager.IsConnected(), 15000);
       }
-      Watch(model, {{"close", [&] { desk.window.reset(); }}});
+      Watch(model, {{"close", [&] { driver.window.reset(); }}});
     }
   }
 

@@ -52,8 +52,8 @@ Outcome RunProgram(const QStringList& arguments) {
 }
 
 /// A sensor of its own, and the program on it.
-struct Desk {
-  Desk() { sensor.Start(); }
+struct Fixture {
+  Fixture() { sensor.Start(); }
   QString host() const { return QStringLiteral("127.0.0.1:%1").arg(sensor.port()); }
   QStringList Args(QStringList arguments) const {
     return QStringList{"--host", host(), "--timeout", "1000"} + arguments;
@@ -111,20 +111,21 @@ QJsonObject Checked(const Outcome& outcome, const char* schema) {
 }
 
 TEST(Cli, JsonFitsTheManual) {
-  Desk desk;
-  desk.sensor.AddFault("0x0C=error:9");
-  const QJsonObject read = Checked(desk({"--json", "read", "--all"}), "read");
+  Fixture fixture;
+  fixture.sensor.AddFault("0x0C=error:9");
+  const QJsonObject read = Checked(fixture({"--json", "read", "--all"}), "read");
   EXPECT_EQ(read["sn"].toString(), "QU64A2419C0087");
   EXPECT_EQ(read["failed"][0]["code"].toInt(), 9);
-  Checked(desk({"--json", "watch", "SN", "--count", "1"}), "read");
-  const QJsonObject set = Checked(desk({"set", "Spin Rate=300", "--json"}), "change");
+  Checked(fixture({"--json", "watch", "SN", "--count", "1"}), "read");
+  const QJsonObject set = Checked(fixture({"set", "Spin Rate=300", "--json"}), "change");
   EXPECT_EQ(set["changes"][0]["verdict"].toString(), "verified");
   EXPECT_TRUE(QFile::exists(set["snapshot"].toString()));
-  const QJsonObject refused = Checked(desk({"--json", "set", "Spin Rate=5"}), "change");
+  const QJsonObject refused = Checked(fixture({"--json", "set", "Spin Rate=5"}), "change");
   EXPECT_FALSE(refused["ok"].toBool());
-  Checked(desk({"--json", "rollback"}), "change");
-  EXPECT_EQ(desk.sensor.ValueText("Spin Rate"), "600");
-  EXPECT_GT(Checked(desk({"--json", "compare", "--defaults"}), "compare")["differences"].toArray().size(), 0);
+  Checked(fixture({"--json", "rollback"}), "change");
+  EXPECT_EQ(fixture.sensor.ValueText("Spin Rate"), "600");
+  EXPECT_GT(Checked(fixture({"--json", "compare", "--defaults"}), "compare")["differences"].toArray().size(),
+            0);
 }
 
 TEST(Cli, WorksOnTablesAlone) {
@@ -164,8 +165,8 @@ TEST(Cli, WorksOnTablesAlone) {
 }
 
 TEST(Cli, ExitCodesTellWhatHappened) {
-  Desk desk;
-  const QString file = desk.folder.filePath("s.json");
+  Fixture fixture;
+  const QString file = fixture.folder.filePath("s.json");
   const struct {
     const char* fault;
     QStringList arguments;
@@ -196,27 +197,27 @@ TEST(Cli, ExitCodesTellWhatHappened) {
       {"0x41=close:0", {"set", "Spin Rate=300"}, 4},
       {"", {"send", "zz"}, 64},
       {"", {"send", "07"}, 0},
-      {"0x62=error:3", {"log", "Fault Log", "-o", desk.folder.path()}, 1},
-      {"", {"log", "Fault Log", "-o", desk.folder.path()}, 0},
+      {"0x62=error:3", {"log", "Fault Log", "-o", fixture.folder.path()}, 1},
+      {"", {"log", "Fault Log", "-o", fixture.folder.path()}, 0},
       {"", {"upgrade", file + "x"}, 1},
       {"", {"--model", "Zelto-KTC", "read", "--all"}, 1},
       {"", {"restart", "--yes"}, 0},
   };
   for (const auto& [fault, arguments, exit] : cases) {
-    desk.sensor.ClearFaults();
-    if (*fault != '\0') desk.sensor.AddFault(fault);
-    const Outcome outcome = desk(arguments);
+    fixture.sensor.ClearFaults();
+    if (*fault != '\0') fixture.sensor.AddFault(fault);
+    const Outcome outcome = fixture(arguments);
     EXPECT_EQ(outcome.exit, exit) << arguments.join(' ').toStdString() << ": " << outcome.output.toStdString()
                                   << outcome.error.toStdString();
     EXPECT_EQ(outcome.output.isEmpty() && outcome.error.isEmpty(), false)
         << arguments.join(' ').toStdString();
   }
-  EXPECT_EQ(desk.sensor.restarts(), 1U);
+  EXPECT_EQ(fixture.sensor.restarts(), 1U);
 }
 
 TEST(Cli, SeveralSensorsAnswerInTheirOrder) {
-  Desk first;
-  Desk second;
+  Fixture first;
+  Fixture second;
   first.sensor.AddFault("*=late:30");
   const QString targets = first.folder.filePath("targets.csv");
   Put(targets, QStringLiteral("label,host,port\nslow,127.0.0.1,%1\nnobody,127.0.0.1,1\nquick,127.0.0.1,%2\n")
@@ -241,11 +242,11 @@ TEST(Cli, SeveralSensorsAnswerInTheirOrder) {
 }
 
 TEST(Cli, CtrlCEndsWithinASecondAndSaysHowFarItCame) {
-  Desk desk;
-  desk.sensor.AddFault("0x45=silence");
-  const auto process = Start({"--host", desk.host(), "--timeout", "20000", "set", "Spin Rate=300",
+  Fixture fixture;
+  fixture.sensor.AddFault("0x45=silence");
+  const auto process = Start({"--host", fixture.host(), "--timeout", "20000", "set", "Spin Rate=300",
                               "Sync Angle=45", "GPS UDP Port=2000"});
-  ASSERT_TRUE(desk.sensor.WaitReceived(0x45, 1, std::chrono::seconds(20)));
+  ASSERT_TRUE(fixture.sensor.WaitReceived(0x45, 1, std::chrono::seconds(20)));
   QElapsedTimer timer;
   timer.start();
   process->terminate();
@@ -286,16 +287,16 @@ Outcome OnTerminal(const QStringList& arguments, const QByteArray& answer = {}, 
 }
 
 TEST(Cli, AsksPaintsAndShowsProgressOnATerminalOnly) {
-  Desk desk;
-  const Outcome refused = OnTerminal(desk.Args({"reset"}), "n\n");
+  Fixture fixture;
+  const Outcome refused = OnTerminal(fixture.Args({"reset"}), "n\n");
   EXPECT_EQ(refused.exit, 1);
   EXPECT_TRUE(refused.output.contains("Reset all settings of 1 sensor? [y/N]"))
       << refused.output.toStdString();
-  EXPECT_EQ(desk.sensor.restarts(), 0U);
-  EXPECT_EQ(OnTerminal(desk.Args({"restart"}), "y\n").exit, 0);
-  EXPECT_EQ(desk.sensor.restarts(), 1U);
+  EXPECT_EQ(fixture.sensor.restarts(), 0U);
+  EXPECT_EQ(OnTerminal(fixture.Args({"restart"}), "y\n").exit, 0);
+  EXPECT_EQ(fixture.sensor.restarts(), 1U);
 
-  Desk other;
+  Fixture other;
   const QByteArray green = "\x1B[32m✓\x1B[0m";
   EXPECT_TRUE(OnTerminal(other.Args({"set", "Spin Rate=300"})).output.contains(green));
   EXPECT_FALSE(OnTerminal(other.Args({"set", "Spin Rate=600"}), {}, false).output.contains("\x1B[3"));
@@ -309,24 +310,24 @@ TEST(Cli, AsksPaintsAndShowsProgressOnATerminalOnly) {
 #endif
 
 TEST(Cli, TextsOfASensorCantCommandTheTerminal) {
-  Desk desk;
-  desk.sensor.SetValue("PN", "\x1B[2Jx\xC2\x9B");
-  const Outcome outcome = desk({"read", "PN"});
+  Fixture fixture;
+  fixture.sensor.SetValue("PN", "\x1B[2Jx\xC2\x9B");
+  const Outcome outcome = fixture({"read", "PN"});
   EXPECT_FALSE(outcome.output.contains('\x1B'));
   EXPECT_TRUE(outcome.output.contains("?[2Jx?"));
 }
 
 TEST(Cli, ARecordedSensorIsReplayedAndReadAgain) {
-  Desk desk;
-  desk.sensor.SetValue("PN", "a part of its own");
-  const QString file = desk.folder.filePath("session.pcap");
-  ASSERT_EQ(desk({"--capture", file, "read", "SN", "PN", "--page", "Network"}).exit, 0);
-  const Outcome original = desk({"--json", "read", "SN", "PN", "--page", "Network"});
+  Fixture fixture;
+  fixture.sensor.SetValue("PN", "a part of its own");
+  const QString file = fixture.folder.filePath("session.pcap");
+  ASSERT_EQ(fixture({"--capture", file, "read", "SN", "PN", "--page", "Network"}).exit, 0);
+  const Outcome original = fixture({"--json", "read", "SN", "PN", "--page", "Network"});
 
   std::ifstream recording(file.toStdString(), std::ios::binary);
   const auto replay = std::make_shared<sim::Replay>(recording, sim::Replay::Pace::kRecorded);
-  const std::uint16_t port = desk.sensor.port();
-  desk.sensor.Stop();
+  const std::uint16_t port = fixture.sensor.port();
+  fixture.sensor.Stop();
   SimulatedSensor replayed({.table_path = kTable, .port = port, .replay = replay});
   replayed.Start();
   const QString host = QStringLiteral("127.0.0.1:%1").arg(port);
@@ -346,14 +347,15 @@ TEST(Cli, ARecordedSensorIsReplayedAndReadAgain) {
   }
   EXPECT_EQ(RunProgram({"capture", "show", file + "x"}).exit, 1);
   EXPECT_EQ(
-      RunProgram({"--capture", desk.folder.filePath("no/such.pcap"), "--host", host, "read", "SN"}).exit, 1);
+      RunProgram({"--capture", fixture.folder.filePath("no/such.pcap"), "--host", host, "read", "SN"}).exit,
+      1);
 }
 
 TEST(Cli, AnUpgradeWaitsUntilTheSensorIsBack) {
-  Desk desk;
-  const QString package = desk.folder.filePath("new.patch");
+  Fixture fixture;
+  const QString package = fixture.folder.filePath("new.patch");
   Put(package, "VARKEL-SIM FIRMWARE 9.8.7.6 2026-10-01\n" + QByteArray(5000, 'x'));
-  const Outcome outcome = desk({"upgrade", package});
+  const Outcome outcome = fixture({"upgrade", package});
   EXPECT_EQ(outcome.exit, 0) << outcome.error.toStdString();
   EXPECT_TRUE(outcome.output.contains("9.8.7.6 (2026-10-01)")) << outcome.output.toStdString();
 }
