@@ -1,6 +1,6 @@
-// Whole-process measures of the window, as lines "name<tab>number". Start and memory take turns with an empty
-// window, with priority over the machine's other work where that is allowed; of nine starts the quickest
-// counts, and the median of the memories.
+// Whole-process measurements of the window, as lines "name<tab>number". Start and memory are measured
+// alternately with an empty window, with priority over the machine's other work where that is allowed: the
+// fastest of nine starts, and the median of their memory.
 #include <pthread.h>
 #include <sched.h>
 #include <QCoreApplication>
@@ -36,8 +36,8 @@ bool Run(const QString& program, const QStringList& arguments, Figures& figures)
   return true;
 }
 
-/// Whether this thread and what it starts run with priority over the machine's other work, where that is
-/// allowed.
+/// Gives this thread and its children priority over the machine's other work, where that is allowed; returns
+/// whether it is.
 void SetAheadOfOthers(bool on) {
   sched_param priority{};
   priority.sched_priority = on ? 1 : 0;

@@ -1,5 +1,5 @@
-// Loading a model's table, beside libcsv alone over the same file: the reader with the same settings, whose
-// callbacks do nothing but count, and once more with callbacks that keep the cells.
+// Loading a model's table, compared with libcsv alone on the same file and with the same settings: once with
+// callbacks that only count, and once with callbacks that keep the cells.
 
 #include <benchmark/benchmark.h>
 #include <csv.h>
@@ -25,14 +25,14 @@ const std::string& TablePath(const benchmark::State& state) {
   return tables.try_emplace(state.range(0), static_cast<std::size_t>(state.range(0))).first->second.path();
 }
 
-/// Seconds that this thread has had of the processor: other work on the machine doesn't count.
+/// Processor time of this thread in seconds: other work on the machine doesn't count.
 double ThreadSeconds() {
   timespec time{};
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-// What comes after the load, the freeing of all records among it, is not its time.
+// Work after the load, such as freeing all records, is not measured.
 void BM_TableLoad(benchmark::State& state) {
   const std::string& path = TablePath(state);
   for ([[maybe_unused]] auto _ : state) {

@@ -1,4 +1,4 @@
-// What a firmware package costs beside its pieces sent as plain exchanges, in milliseconds.
+// The cost of sending a firmware package, compared with its pieces sent as plain exchanges, in milliseconds.
 
 #include <benchmark/benchmark.h>
 
@@ -26,7 +26,7 @@ double Milliseconds(Clock::duration time) {
   return std::chrono::duration<double, std::milli>(time).count();
 }
 
-/// A client that is connected to a simulated sensor.
+/// A client connected to a simulated sensor.
 struct ConnectedClient {
   ConnectedClient() : sensor({.table_path = VARKEL_TABLES "/Quenta.csv"}) {
     sensor.Start();
@@ -39,7 +39,7 @@ struct ConnectedClient {
   std::unique_ptr<quarn::lidar::KtcClient> client;
 };
 
-// A package in pieces, and alternately, as many plain exchanges as it has pieces, each with a piece's bytes.
+// Alternately a package in pieces, and plain exchanges equal in number and size to the pieces.
 void BM_FileTransfer(benchmark::State& state) {
   const ConnectedClient connected;
   const Bytes package(static_cast<std::size_t>(state.range(0)) * kPieceSize, 0x5A);

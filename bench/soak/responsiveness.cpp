@@ -13,12 +13,12 @@
 
 namespace {
 
-// The aim is 100 ms, and the printed figures show it. What fails is a call that waits for the sensor, which
-// takes seconds; a busy machine is no failure.
+// The aim is 100 ms, as the printed figures show. Only a call that waits for the sensor, which takes seconds,
+// fails the test; a busy machine does not.
 constexpr unsigned long kAllowedMs = kSanitized ? 1000 : 400;
 constexpr int kPackageSize = 32 * 1024 * 1024;
 
-/// Measures the longest time between two turns of the event loop, less what the thread waited for a core.
+/// Measures the longest time between two turns of the event loop, minus the time waiting for a core.
 class Heartbeat {
  public:
   Heartbeat() {
@@ -27,7 +27,7 @@ class Heartbeat {
     QObject::connect(&beats_, &QTimer::timeout, [this] { Beat(); });
     beats_.start(2);
   }
-  /// The longest gap while the work starts and the loop then runs for a while.
+  /// The longest gap while the work starts and the event loop then runs for a while.
   double LongestGapMs(const std::function<void()>& work) {
     QEventLoop loop;
     loop.processEvents();
@@ -55,7 +55,7 @@ class Heartbeat {
   double longest_ms_ = 0;
 };
 
-/// Whatever the window starts with a sensor that stays silent, it goes on answering its user.
+/// Whatever the window does while the sensor stays silent, it keeps responding to its user.
 class ResponsivenessTest : public QObject {
   Q_OBJECT
  private slots:
@@ -75,7 +75,7 @@ class ResponsivenessTest : public QObject {
     };
     Watch("Quenta",
           {{"connect to nobody", [&] { driver.Dial(nobody.port()); }}, {"give up", [&] { manager.Stop(); }}});
-    QVERIFY(driver.Dismiss("errorWindow", "Connection Failed"));  // it would take the clicks
+    QVERIFY(driver.Dismiss("errorWindow", "Connection Failed"));  // it would receive the clicks
     Watch("Quenta", {{"connect", [&] { driver.Dial(); }}});
     QTRY_VERIFY_WITH_TIMEOUT(manager.IsConnected() && !manager.isReadingPage(), 15000);
     for (int page = 0; page <= manager.level1List().size(); ++page) {
@@ -128,7 +128,7 @@ class ResponsivenessTest : public QObject {
   void Watch(const QString& model, const std::vector<std::pair<QString, std::function<void()>>>& steps) {
     Heartbeat heartbeat;
     QVERIFY(heartbeat.LongestGapMs([] { QThread::msleep(kAllowedMs + 10); }) >
-            kAllowedMs);  // it does measure
+            kAllowedMs);  // proves that gaps are measured
     for (const auto& [name, work] : steps) {
       const double gap = heartbeat_.LongestGapMs(work);
       std::cout << qPrintable(QString("%1 %2 %3 ms").arg(model, -10).arg(name, -28).arg(gap, 6, 'f', 1))

@@ -18,7 +18,7 @@ using quarn::lidar::CapturedExchange;
 using Answer = CapturedExchange::Answer;
 
 constexpr std::size_t kMostUnseen = 1000;
-/// Nonce, CRC and trailer of a command frame.
+/// Size of the nonce, CRC and trailer of a command frame.
 constexpr std::size_t kSerialTail = 10;
 
 bool LooksForSensor(const ReceivedRequest& request) {

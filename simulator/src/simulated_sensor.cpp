@@ -74,7 +74,7 @@ struct SimulatedSensor::Parts {
     if (!version) return;
     try {
       state.SetValue(kFirmwareVersion, *version);
-    } catch (const std::logic_error&) {  // a table that shows no version, or in another form
+    } catch (const std::logic_error&) {  // the table has no version, or one in another form
     }
   }
 

@@ -51,7 +51,7 @@ Outcome RunProgram(const QStringList& arguments) {
   return Finish(*Start(arguments));
 }
 
-/// A sensor of its own, and the program on it.
+/// A simulated sensor, and the program run against it.
 struct Fixture {
   Fixture() { sensor.Start(); }
   QString host() const { return QStringLiteral("127.0.0.1:%1").arg(sensor.port()); }
@@ -64,7 +64,7 @@ struct Fixture {
   QTemporaryDir folder;
 };
 
-/// The place where the value is not what the schema says; empty when it is.
+/// The place where the value does not match the schema; empty if it matches.
 std::string Violation(const QJsonValue& value, const QJsonValue& schema, const std::string& place) {
   static const std::map<QString, QJsonValue::Type> types = {
       {"string", QJsonValue::String}, {"number", QJsonValue::Double}, {"boolean", QJsonValue::Bool}};
@@ -91,7 +91,7 @@ std::string Violation(const QJsonValue& value, const QJsonValue& schema, const s
   return {};
 }
 
-/// The manual's schema of that name.
+/// The manual's schema with that name.
 QJsonObject Schema(const char* schema) {
   for (const QByteArray& block :
        Content(QStringLiteral(VARKELCTL_MANUAL)).replace("```json", "\x01").split('\x01')) {
@@ -102,7 +102,7 @@ QJsonObject Schema(const char* schema) {
   return {};
 }
 
-/// The one line of output as an object that fits the schema.
+/// The single line of output as an object, checked against the schema.
 QJsonObject Checked(const Outcome& outcome, const char* schema) {
   EXPECT_EQ(outcome.output.count('\n'), 1) << outcome.output.toStdString();
   const QJsonObject object = QJsonDocument::fromJson(outcome.output).object();
@@ -164,7 +164,7 @@ TEST(Cli, WorksOnTablesAlone) {
   EXPECT_EQ(lint["findings"][0]["column"].toString(), "VarType");
 }
 
-TEST(Cli, ExitCodesTellWhatHappened) {
+TEST(Cli, ExitCodesMatchTheOutcome) {
   Fixture fixture;
   const QString file = fixture.folder.filePath("s.json");
   const struct {
@@ -215,7 +215,7 @@ TEST(Cli, ExitCodesTellWhatHappened) {
   EXPECT_EQ(fixture.sensor.restarts(), 1U);
 }
 
-TEST(Cli, SeveralSensorsAnswerInTheirOrder) {
+TEST(Cli, ResultsComeInTheOrderOfTheSensors) {
   Fixture first;
   Fixture second;
   first.sensor.AddFault("*=late:30");
@@ -235,13 +235,14 @@ TEST(Cli, SeveralSensorsAnswerInTheirOrder) {
   EXPECT_EQ(outcome.error, "3 sensors: 2 done; no connection: nobody\n");
 
   RunProgram({"--targets", targets, "snapshot", "-o", second.folder.path()});
-  EXPECT_EQ(QDir(second.folder.path()).entryList(QDir::Files).size(), 2) << "both have one serial number";
+  EXPECT_EQ(QDir(second.folder.path()).entryList(QDir::Files).size(), 2)
+      << "both have the same serial number";
 
   Put(targets, "host,port\n127.0.0.1,no\n");
   EXPECT_EQ(RunProgram({"--targets", targets, "info"}).exit, 64);
 }
 
-TEST(Cli, CtrlCEndsWithinASecondAndSaysHowFarItCame) {
+TEST(Cli, CtrlCEndsWithinASecondAndReportsWhatWasWritten) {
   Fixture fixture;
   fixture.sensor.AddFault("0x45=silence");
   const auto process = Start({"--host", fixture.host(), "--timeout", "20000", "set", "Spin Rate=300",
@@ -259,7 +260,7 @@ TEST(Cli, CtrlCEndsWithinASecondAndSaysHowFarItCame) {
 }
 
 #ifndef _WIN32
-/// The program with all its streams on a terminal, where `answer` is typed, and what it showed there.
+/// Runs the program with all its streams on a terminal, types `answer`, and returns what it printed there.
 Outcome OnTerminal(const QStringList& arguments, const QByteArray& answer = {}, bool has_colours = true) {
   const auto terminal = quarn::platform::PseudoTerminal::Create();
   const QString name = QString::fromStdString(terminal->name());
@@ -286,7 +287,7 @@ Outcome OnTerminal(const QStringList& arguments, const QByteArray& answer = {}, 
   return outcome;
 }
 
-TEST(Cli, AsksPaintsAndShowsProgressOnATerminalOnly) {
+TEST(Cli, AsksAndShowsColoursAndProgressOnATerminalOnly) {
   Fixture fixture;
   const Outcome refused = OnTerminal(fixture.Args({"reset"}), "n\n");
   EXPECT_EQ(refused.exit, 1);
@@ -309,7 +310,7 @@ TEST(Cli, AsksPaintsAndShowsProgressOnATerminalOnly) {
 }
 #endif
 
-TEST(Cli, TextsOfASensorCantCommandTheTerminal) {
+TEST(Cli, TextsFromASensorCantControlTheTerminal) {
   Fixture fixture;
   fixture.sensor.SetValue("PN", "\x1B[2Jx\xC2\x9B");
   const Outcome outcome = fixture({"read", "PN"});

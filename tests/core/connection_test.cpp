@@ -107,8 +107,8 @@ class ConnectionTest : public QObject {
       QCOMPARE(fixture.on_lines->uart_rate(), 9600U);
       manager.ZeltoSetStandby(1);  // needs KTC
       QCOMPARE(fixture.NextError(), "lidar is not connected, or lidar is upgrade");
-      QCOMPARE(manager.connectType(),
-               2);  // it switches even if the function is refused: hosts select KTC with it
+      // Hosts switch to KTC this way, so it happens even if the function is refused.
+      QCOMPARE(manager.connectType(), 2);
       manager.SendCommand("02", "0A 01");  // the serial number
       QVERIFY2(fixture.errors.isEmpty(), qPrintable(fixture.errors.join('\n')));
       QVERIFY(manager.getSendKtcCommandReturnHeader().startsWith("24 4C 44 43 4D 44 2C "));

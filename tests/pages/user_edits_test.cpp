@@ -52,7 +52,7 @@ class UserEditsTest : public testing::Test {
 TEST_F(UserEditsTest, StepsGoBackAndForthOneByOne) {
   const char* const all = "Rate Slow>Fast, On 1>0, Filter 3>0, Channel, start 2 0.0>45.5";
   Edit("Rate", "8");
-  Edit("Rate", "8");  // no edit
+  Edit("Rate", "8");  // not an edit
   Edit("On", "0");
   Edit("Filter", "0");  // the same click
   Turn(1, 45.5F);
@@ -77,7 +77,7 @@ TEST_F(UserEditsTest, StepsGoBackAndForthOneByOne) {
   EXPECT_EQ(told, 6);
 }
 
-TEST_F(UserEditsTest, OneIsTakenBackAlone) {
+TEST_F(UserEditsTest, OneIsRevertedAlone) {
   Read("Rate", "7", 7);
   Edit("Rate", "8");
   Turn(9, 90);
@@ -90,7 +90,7 @@ TEST_F(UserEditsTest, OneIsTakenBackAlone) {
   EXPECT_EQ(Listed(), "Rate Slow>Fast");
 }
 
-TEST_F(UserEditsTest, WhatIsSavedIsNotUndone) {
+TEST_F(UserEditsTest, SavedEditsAreNotUndone) {
   Edit("Filter", "5");
   Edit("Rate", "8");
   const SentCommand command = Send("Rate", "8", 8);
@@ -117,7 +117,7 @@ TEST_F(UserEditsTest, RefusalShowsUntilTheEditChanges) {
   }
 }
 
-TEST_F(UserEditsTest, ReadingBackTellsWhatTheSensorMadeOfASave) {
+TEST_F(UserEditsTest, ReadingBackReportsTheOutcomeOfASave) {
   SaveCheck check;
   const auto saved = [&](SavedEdits sent) {
     for (const VarInfo* var : sent.vars) Send(var->var_name.c_str(), "8", 8);

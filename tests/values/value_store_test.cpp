@@ -46,7 +46,7 @@ class ValueStoreTest : public testing::Test {
   ValueStore& values = model->values;
 };
 
-TEST_F(ValueStoreTest, TextKnowsWhereItComesFrom) {
+TEST_F(ValueStoreTest, RecordsTheOriginOfATextThroughASave) {
   ExpectShown("Rate", "7", kDefault);
   Read("Rate", "1.30", {13});
   ExpectShown("Rate", "1.30", kRead);
@@ -54,7 +54,7 @@ TEST_F(ValueStoreTest, TextKnowsWhereItComesFrom) {
   EXPECT_TRUE(Shown("Rate").read_time);
   values.Edit(Var("Rate"), "1.5");
   ExpectShown("Rate", "1.5", kEdited);
-  Read("Rate", "1.40", {14});  // never overwrites the user's
+  Read("Rate", "1.40", {14});  // never overwrites the user's edit
   ExpectShown("Rate", "1.5", kEdited);
   const SentCommand command = Command("Rate", "1.5", {15});
   Send(command);
@@ -82,7 +82,7 @@ TEST_F(ValueStoreTest, ReadsBackWithAnotherScale) {
   }
 }
 
-TEST_F(ValueStoreTest, KeptFieldIsNoChange) {
+TEST_F(ValueStoreTest, AnUneditedFieldIsNotAChange) {
   Read("Rate", "1.30", {13});
   Send(Command("Rate", "1.30", {13}));
   ExpectShown("Rate", "1.30", kRead);
@@ -91,8 +91,8 @@ TEST_F(ValueStoreTest, KeptFieldIsNoChange) {
   ExpectShown("Rate", "1.20", kDiffers);  // the sensor did not keep it
 }
 
-// What an edit goes back to, by what happened before it.
-TEST_F(ValueStoreTest, CancelGivesBackWhatTheSensorReported) {
+// The value that Cancel restores, depending on what happened before the edit.
+TEST_F(ValueStoreTest, CancelRestoresWhatTheSensorReported) {
   const struct {
     const char* name;
     std::function<void()> before;
@@ -101,9 +101,9 @@ TEST_F(ValueStoreTest, CancelGivesBackWhatTheSensorReported) {
       {"Rate", [] {}, "7"},
       {"Rate", [this] { Read("Rate", "1.30"); }, "1.30"},
       {"Rate", [this] { values.Edit(Var("Rate"), "9"), Read("Rate", "1.40"); }, "1.40"},
-      {"Rate", [this] { Send(Command("Rate", "2", {20})); }, "2"},  // the sensor took it
+      {"Rate", [this] { Send(Command("Rate", "2", {20})); }, "2"},  // the sensor accepted it
       {"SN", [this] { values.SerialNumberUnknown(); }, "xxxxxxxx"},
-      {"Stray", [] {}, "3"},  // can't be saved, but edited
+      {"Stray", [] {}, "3"},  // can be edited, but not saved
   };
   for (const auto& c : kCases) {
     c.before();
@@ -133,7 +133,7 @@ TEST_F(ValueStoreTest, FieldOfViewFollowsTheSameRules) {
   EXPECT_EQ(values.pending_count(), 1U);
   SentCommand command = Command("Channel", "2", {2});
   command.fov = values.Fov();
-  values.EditFov(4, 46);  // while the page is saved
+  values.EditFov(4, 46);  // while the page is being saved
   Send(command);
   values.Saved({&command, 1});
   EXPECT_TRUE(values.IsPending(kFovSetCommand) && !values.IsEdited(Var("Channel")));
@@ -147,7 +147,7 @@ TEST_F(ValueStoreTest, FieldOfViewFollowsTheSameRules) {
 TEST_F(ValueStoreTest, LateRepliesAreDropped) {
   const auto before = values.Now();
   Send(Command("Rate", "2", {20}));
-  values.Read({{&Var("Rate"), "7", {}}}, before);  // asked before the command went out
+  values.Read({{&Var("Rate"), "7", {}}}, before);  // requested before the command was sent
   ExpectShown("Rate", "2", kSent);
   values.Disconnected();
   values.SerialNumberUnknown();
@@ -176,9 +176,9 @@ TEST_F(ValueStoreTest, AnotherSensorHasReportedNothing) {
   EXPECT_EQ(values.pending_count(), 0U);
 }
 
-TEST_F(ValueStoreTest, TellsExactlyWhatAnEventTouched) {
+TEST_F(ValueStoreTest, ReportsExactlyWhatAnEventChanged) {
   using Names = std::vector<std::string>;
-  values.Edit(Var("Rate"), "7");  // as it is
+  values.Edit(Var("Rate"), "7");  // unchanged
   EXPECT_EQ(told, 0);
   Read("Rate", "8");
   values.Edit(Var("Rate"), "9");
