@@ -11,7 +11,8 @@ NoticeWindow {
         ["spdlog, fmt", "MIT"],
         ["CLI11", "BSD, used by the command-line programs"],
         ["Roboto", "Apache 2.0"],
-        ["GCC's and MinGW-w64's runtime libraries", "GPL 3 with the runtime library exception"]
+        ["GCC's runtime libraries", "GPL 3 with the GCC Runtime Library Exception"],
+        ["MinGW-w64", "its own permissive licences"]
     ]
 
     readonly property var keys: [

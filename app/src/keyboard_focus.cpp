@@ -11,8 +11,8 @@
 
 namespace {
 
-// An X server ignores a request that carries an older time than the last change of the focus, and that change
-// may be news to Qt, whose time is that of the last event it has read.
+// An X server ignores a request with an older time than the last change of the focus, which Qt may not know
+// of yet: its time is that of the last event it has read.
 void BringClockUpToDate() {
 #ifdef VARKEL_X11
   if (QX11Info::isPlatformX11()) {

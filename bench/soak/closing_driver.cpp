@@ -1,4 +1,4 @@
-// The tool with nobody at it: starts one long operation and, a while later, ends it in some way.
+// Runs the tool without a user: starts a long operation, later ends it in some way, and closes the window.
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QTimer>
