@@ -177,7 +177,7 @@ Rectangle {
             if (varkel_manager.IsUpgrading) {
                 callErrorInfoWindow("Disconnect REJECTED. Lidar is upgrading.");
             } else {
-                keepingEdits("Disconnecting", "Disconnect", disconnect);
+                confirmDiscard("Disconnecting", "Disconnect", disconnect);
             }
         } else {
             body.item.connecting = varkel_manager.ConnectLidar();
@@ -194,7 +194,7 @@ Rectangle {
     }
 
     // Asks before an action that discards the user's edits.
-    function keepingEdits(act, button, next) {
+    function confirmDiscard(act, button, next) {
         var edits = varkel_manager.edits.all;
         if (edits.length === 0) {
             next();
@@ -209,7 +209,7 @@ Rectangle {
     }
 
     function changeModel(name) {
-        keepingEdits("Changing the model", "Change model", () => selectModel(name));
+        confirmDiscard("Changing the model", "Change model", () => selectModel(name));
     }
 
     function selectModel(name) {

@@ -67,7 +67,7 @@ void Assemble(ReplyKind kind, const std::vector<Vector>& pieces) {
 
 // Noise without the beginning of a tag or a trailer, or a reply that broke off, never hides a reply, whatever
 // the pieces.
-void AssembleBehindNoise(ReplyKind kind, Vector noise, std::size_t piece_size) {
+void AssembleAfterNoise(ReplyKind kind, Vector noise, std::size_t piece_size) {
   std::replace(noise.begin(), noise.end(), std::uint8_t{'$'}, std::uint8_t{0});
   std::replace(noise.begin(), noise.end(), std::uint8_t{0xEE}, std::uint8_t{0});
   const Bytes contents = Bytes(noise).first(std::min<std::size_t>(noise.size(), 200));
@@ -130,6 +130,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Assemble(kind, pieces);
   SplitStream(pieces, stream, other_size);
   stream.resize(std::min<std::size_t>(stream.size(), 300));
-  AssembleBehindNoise(kind, stream, other_size);
+  AssembleAfterNoise(kind, stream, other_size);
   return 0;
 }

@@ -153,7 +153,7 @@ std::shared_ptr<Replay> LoadReplay(const std::string& path, bool paced) {
 }
 
 void PrintResult(const Replay& replay) {
-  for (const std::string& line : replay.Unseen()) std::printf("not recorded: %s\n", line.c_str());
+  for (const std::string& line : replay.Unrecorded()) std::printf("not recorded: %s\n", line.c_str());
 }
 
 int Run(int argc, char** argv) {

@@ -13,7 +13,7 @@ namespace {
 
 // An X server ignores a request with an older time than the last change of the focus, which Qt may not know
 // of yet: its time is that of the last event it has read.
-void BringClockUpToDate() {
+void SyncEventTime() {
 #ifdef VARKEL_X11
   if (QX11Info::isPlatformX11()) {
     QX11Info::setAppTime(QX11Info::getTimestamp());
@@ -54,7 +54,7 @@ void KeyboardFocus::FocusWindowChanged(const QWindow* focused) {
       QFocusEvent in(QEvent::FocusIn, Qt::ActiveWindowFocusReason);
       QCoreApplication::sendEvent(&view_, &in);
     }
-    BringClockUpToDate();
+    SyncEventTime();
     view_.requestActivate();
   } else if (std::exchange(view_keeps_focus_, false) && focused != &view_) {
     QFocusEvent out(QEvent::FocusOut, Qt::ActiveWindowFocusReason);

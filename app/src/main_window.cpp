@@ -33,7 +33,7 @@ constexpr int kMargin = 11;
 
 // The first text in a font takes a millisecond. These are the fonts of the first frame's texts; a size that
 // differs from the QML's only costs that time.
-void MakeFontsReady() {
+void PrepareFonts() {
   const std::pair<int, QFont::Weight> kUsed[] = {{22, QFont::Bold}, {13, QFont::Bold}, {13, QFont::Normal}};
   for (const auto& [pixels, weight] : kUsed) {
     QFont font = QGuiApplication::font();
@@ -76,7 +76,7 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   view_->setColor(palette().color(QPalette::Window));
   // QML's own thread loads the types while this one reads the table and prepares the fonts.
   const QQmlComponent types(view_->engine(), QUrl(kView), QQmlComponent::Asynchronous);
-  MakeFontsReady();
+  PrepareFonts();
   manager_->InitConfigFileParser(kDefaultModel);
   manager_->SetVMNowName(module_name);
 

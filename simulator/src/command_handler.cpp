@@ -101,7 +101,7 @@ const CommandHandler::Route* CommandHandler::FindRoute(const CommandKey& key) co
   return found == routes_.end() ? nullptr : &found->second;
 }
 
-void CommandHandler::TakePackagesUnder(std::uint8_t command) {
+void CommandHandler::AddUpgradeCommand(std::uint8_t command) {
   routes_[{command, std::nullopt, CommandFamily::kKtc}].action = CommandAction::kUpgrade;
 }
 

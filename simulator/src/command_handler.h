@@ -33,7 +33,7 @@ class CommandHandler {
   CommandHandler(std::shared_ptr<const ConfigParser> model, SensorState& state, FirmwareStore& firmware);
 
   /// Makes a command that the table lacks accept firmware packages. Call before the first Handle.
-  void TakePackagesUnder(std::uint8_t command);
+  void AddUpgradeCommand(std::uint8_t command);
 
   /// A write stores raw numbers of at most `clamp`, if it is set.
   Reply Handle(const ReceivedRequest& request, std::optional<std::int64_t> clamp = std::nullopt);

@@ -21,7 +21,7 @@ constexpr std::size_t kPeriods = 5;
 constexpr std::chrono::seconds kCounterStep{10};
 
 /// The tables do not mark counters, so they are recognised by their names.
-bool NamesACounter(std::string name) {
+bool IsCounterName(std::string name) {
   std::transform(name.begin(), name.end(), name.begin(),
                  [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
   constexpr std::array<std::string_view, 4> kCounted = {"count", "errors", "packets", "pulses"};
@@ -61,7 +61,7 @@ LiveKind LiveKindOf(const VarInfo& var) {
   if (var.var_type == "DT") return LiveKind::kSeconds;
   const auto type = NumberTypeOf(var.var_type);
   if (!type) return LiveKind::kFixed;
-  return !type->is_signed && NamesACounter(var.var_name) ? LiveKind::kCounter : LiveKind::kWave;
+  return !type->is_signed && IsCounterName(var.var_name) ? LiveKind::kCounter : LiveKind::kWave;
 }
 
 std::vector<std::uint8_t> LiveBytes(LiveKind kind, const VarInfo& var, std::span<const std::uint8_t> base,

@@ -33,7 +33,7 @@ class Replay {
   Reply Answer(const ReceivedRequest& request, ReplyPlan& plan);
 
   /// Requests that were not recorded, up to 1000 different ones, as "command 0x20, payload c0 a8: 3 times".
-  std::vector<std::string> Unseen() const;
+  std::vector<std::string> Unrecorded() const;
 
   const std::string& sensor() const { return sensor_; }  ///< address and port
   std::size_t exchanges() const { return exchanges_; }

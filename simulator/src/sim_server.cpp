@@ -56,7 +56,7 @@ std::size_t SimServer::connected_clients() const {
 void SimServer::AcceptClients() {
   while (!stop_.raised()) {
     const SocketHandle socket = listener_->Accept(kAcceptSliceMs);
-    JoinThoseWhoLeft();
+    JoinFinished();
     if (socket != kInvalidSocket) Admit(socket);
     if (RestartHasBegun()) Restart();
   }
@@ -146,7 +146,7 @@ void SimServer::Serve(Client& client, SocketHandle socket) {
   client.socket = kInvalidSocket;
 }
 
-void SimServer::JoinThoseWhoLeft() {
+void SimServer::JoinFinished() {
   std::list<Client> left;
   {
     const std::lock_guard<std::mutex> lock(mutex_);

@@ -63,7 +63,7 @@ class SimServer : public RestartSwitch {
   void AcceptClients();
   void Admit(quarn::platform::SocketHandle socket);
   void Serve(Client& client, quarn::platform::SocketHandle socket);
-  void JoinThoseWhoLeft();
+  void JoinFinished();
   bool RestartHasBegun() const;
   void Restart();
   void WaitForReply();

@@ -61,7 +61,7 @@ struct SimulatedSensor::Parts {
   void AddSmallSensor() {
     device = std::make_unique<SmallSensorDevice>();
     tunnel.emplace(SerialParts{*device, faults, options.serial_watcher});
-    handler.TakePackagesUnder(kJunctionBoxPackage);
+    handler.AddUpgradeCommand(kJunctionBoxPackage);
     if (model->FindByName(kSerialNumber) == nullptr) return;
     device->state.Change(
         [number = state.ValueText(kSerialNumber)](SmallSensorItems& items) { items.serial_number = number; });

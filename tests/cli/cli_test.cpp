@@ -334,9 +334,9 @@ TEST(Cli, ARecordedSensorIsReplayedAndReadAgain) {
   const QString host = QStringLiteral("127.0.0.1:%1").arg(port);
   EXPECT_EQ(RunProgram({"--host", host, "--json", "read", "SN", "PN", "--page", "Network"}).output,
             original.output);
-  EXPECT_TRUE(replay->Unseen().empty());
+  EXPECT_TRUE(replay->Unrecorded().empty());
   EXPECT_EQ(RunProgram({"--host", host, "send", "52", "01"}).exit, 3);
-  EXPECT_EQ(replay->Unseen(), std::vector<std::string>{"command 0x52, payload 01: once"});
+  EXPECT_EQ(replay->Unrecorded(), std::vector<std::string>{"command 0x52, payload 01: once"});
 
   const Outcome shown = RunProgram({"capture", "show", file});
   EXPECT_EQ(shown.exit, 0) << shown.error.toStdString();

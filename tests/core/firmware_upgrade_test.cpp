@@ -14,7 +14,7 @@ class FirmwareUpgradeTest : public QObject {
     QVERIFY(fixture_->ConnectOn());
   }
 
-  void EntryReturnsAtOnceAndNothingRunsBeside() {
+  void EntryReturnsAtOnceAndNothingElseStarts() {
     VarkelManager& manager = *fixture_->manager;
     QCOMPARE(manager.upgradeProgressTotalLen(), 1);
     const QUrl file = Package(QByteArray(3 * 1024 + 100, 'x'));

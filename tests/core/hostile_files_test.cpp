@@ -30,7 +30,7 @@ bool WriteBytes(const QString& path) {
 class HostileFilesTest : public QObject {
   Q_OBJECT
  private slots:
-  void NoRegularFileIsReadOrWritten() {
+  void OnlyRegularFilesAreReadOrWritten() {
     const struct {
       std::function<void(const QByteArray& path)> make;
       const char* why;
@@ -78,7 +78,7 @@ class HostileFilesTest : public QObject {
     }
   }
 
-  void UserHearsOfSettingsThatAreNone() {
+  void InvalidSettingsAreReported() {
     const QString path = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +
                          "/VelmoraDataFiles/RecvSettings.ini";
     QFile::remove(path);
@@ -107,7 +107,7 @@ class HostileFilesTest : public QObject {
     }
   }
 
-  void NamesAreMadeFitForAFile() {
+  void NamesAreSanitizedForFiles() {
     const QString letters = QString::fromUtf8("é😀");  // 2 and 4 bytes
     const std::pair<QString, QString> cases[] = {
         {"Event Log", "Event Log"},

@@ -159,10 +159,10 @@ class LogDownloadTest : public QObject {
     if (!tar.isEmpty()) ReplaceTar(tar);
     auto full = disk > 0 ? std::make_unique<FullDisk>(disk) : nullptr;
     fixture_->manager->DownloadOperationLog(Target(name));
-    const QString told = fixture_->NextError();
+    const QString reported = fixture_->NextError();
     full.reset();
     cleanup();
-    QCOMPARE(told, error);
+    QCOMPARE(reported, error);
     QVERIFY(!fixture_->manager->IsDownloadLog());
     QCOMPARE(Content(path), QByteArray(kOld));
     QCOMPARE(Files(folder_->path()), (QStringList{"logs.tar", "pipe.tar"}));

@@ -45,7 +45,7 @@ class PageReadingTest : public QObject {
     QCOMPARE(safety.front().payload, (std::vector<std::uint8_t>{0x01, 0x02}));
   }
 
-  void LiveValuesMoveAndOthersAreLeftAlone() {
+  void LiveValuesChangeAndOthersDoNot() {
     ControllerFixture fixture;
     QSignalSpy rounds(fixture.manager.get(), &VarkelManager::myTimerMapChanged);
     QVERIFY(fixture.ConnectOn(1));

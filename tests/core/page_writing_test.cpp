@@ -33,7 +33,7 @@ class PageWritingTest : public QObject {
     QCOMPARE(fixture_->manager->getSetMapSize(), 0);
   }
 
-  void SaveCarriesEveryFieldAtItsPlace() {
+  void SaveSendsEveryFieldAtItsOffset() {
     fixture_->sensor->SetValue("Noise Filter Level",
                                "-9");  // without the user's knowledge: must not be undone
     fixture_->Edit("Intensity Threshold", "200");

@@ -101,7 +101,7 @@ class SensorReturnTest : public QObject {
     QCOMPARE(rig.connects, 1);
   }
 
-  void WaitEndsByTimeOrByTheUser() {
+  void WaitEndsOnTimeOutOrByTheUser() {
     Rig rig(1ms);
     rig.sensor.Stop();
     rig.Await({"QU64A2419C0087", {}});

@@ -12,7 +12,7 @@ class SessionTest : public QObject {
  private slots:
   void initTestCase() { quarn::lidar::Timeouts().unpack_ms = 1000; }
 
-  void KtcOfASmallSensorServesEveryOperation() {
+  void EveryOperationWorksOverASmallSensorsKtc() {
     ControllerFixture fixture({}, "Marvo-KTC");
     VarkelManager& manager = *fixture.manager;
     QVERIFY(fixture.Connect());

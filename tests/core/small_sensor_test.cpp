@@ -112,7 +112,7 @@ TEST(SmallSensor, SendsReadsAndReports) {
     Function call;
     Bytes reply;  ///< a serial one from its byte 2 on
     Bytes sent;
-    Lines told;
+    Lines reported;
     Lines result{};
   } cases[] = {
       {Standby(0), {0, 0, 0}, {3, 0, 0}, silence},
@@ -135,13 +135,13 @@ TEST(SmallSensor, SendsReadsAndReports) {
       {Destination, here, {8}, silence, {"192.168.0.7", "2368"}},
       {Destination, Bytes(here.begin(), here.end() - 1), {8}, Error("get destination config", -2)},
   };
-  for (const auto& [call, reply, sent, told, result] : cases) {
+  for (const auto& [call, reply, sent, reported, result] : cases) {
     SCOPED_TRACE(testing::PrintToString(sent) + " " + testing::PrintToString(reply));
     SmallSensorFixture fixture;
     fixture.Answer(reply);
     EXPECT_EQ(call(fixture.sensor), result);
     EXPECT_EQ(fixture.Requests(), sent.empty() ? std::vector<Bytes>{} : std::vector<Bytes>{sent});
-    EXPECT_EQ(fixture.report.Take(), told);
+    EXPECT_EQ(fixture.report.Take(), reported);
     // A reply cut off anywhere says less or is reported; the sanitizer checks that no byte after it is read.
     for (std::size_t size = 0; size < reply.size(); ++size) {
       fixture.Answer(Bytes(reply.begin(), reply.begin() + static_cast<std::ptrdiff_t>(size)));

@@ -45,8 +45,8 @@ class UserEditsTest : public testing::Test {
        "2",
        "Index=4;Get=0x23;Set=0x22;VarName=Channel;VarType=uint8;DefaultValue=0;VarLen=1;"
        "FunctionModule=1_1_3_5"});
-  int told = 0;
-  UserEdits edits{[this] { return model; }, [this] { ++told; }};
+  int reported = 0;
+  UserEdits edits{[this] { return model; }, [this] { ++reported; }};
 };
 
 TEST_F(UserEditsTest, StepsGoBackAndForthOneByOne) {
@@ -74,7 +74,7 @@ TEST_F(UserEditsTest, StepsGoBackAndForthOneByOne) {
   for (int i = 0; i < 3; ++i) EXPECT_EQ(edits.redo(), 0);
   EXPECT_EQ(edits.redo(), -1);
   EXPECT_EQ(Listed(), all);
-  EXPECT_EQ(told, 6);
+  EXPECT_EQ(reported, 6);
 }
 
 TEST_F(UserEditsTest, OneIsRevertedAlone) {

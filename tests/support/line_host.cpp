@@ -32,7 +32,7 @@ class Names {
   }
 
   /// Empty when all are taken.
-  std::string LeadTo(const std::string& terminal) {
+  std::string LinkTo(const std::string& terminal) {
     const std::lock_guard lock(mutex_);
     for (auto& [name, taken] : taken_) {
       if (taken) continue;
@@ -76,7 +76,7 @@ Bytes Answer(PseudoTerminal& line, const Bytes& request) {
 
 void Serve(platform::SocketHandle connection, Names& names) {
   const auto line = PseudoTerminal::Create();
-  const std::string name = line ? names.LeadTo(line->name()) : "";
+  const std::string name = line ? names.LinkTo(line->name()) : "";
   bool alive = test::SendBlock(connection, Bytes(name.begin(), name.end())) && !name.empty();
   while (alive) {
     const auto request = test::ReceiveBlock(connection);

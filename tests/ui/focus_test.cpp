@@ -41,7 +41,7 @@ class FocusTest : public QObject {
     }
   }
 
-  void ReturnEndsTheNoticeThatAClickHasBrought() {
+  void ReturnClosesTheNoticeThatAClickOpened() {
     const RealInputDriver driver;
     for (int notice = 0; notice < 20; ++notice) {
       driver.RealClick("saveButton_0", notice % 2 == 0 ? -20 : 20);

@@ -45,7 +45,7 @@ class LogWindowDriver : public WindowDriver {
 class LogTest : public QObject {
   Q_OBJECT
  private slots:
-  void LinesComeByLevel() {
+  void LinesAreFilteredByLevel() {
     const std::pair<const char*, const char*> lines[] = {{"a", "INFO"},  {"b", "ERROR"}, {"c", "WARNING"},
                                                          {"d", "BYTES"}, {"e", "BYTE"},  {"f", "other"},
                                                          {"", "INFO"}};
@@ -104,14 +104,14 @@ class LogTest : public QObject {
     QCOMPARE(driver.log->rowCount(), 10000);
   }
 
-  void LongLinesHaveABoundOfTheirOwn() {
+  void LongLinesAreLimitedSeparately() {
     LogModel log;
     for (int line = 0; line < 40; ++line) log.append(LogModel::Info, QString(1000000, 'm'));
     EVENTUALLY_COMPARE(log.rowCount(), 33);  // what 32 MiB hold
   }
 #ifndef _WIN32
   // On other systems the dialog is the system's own, which a test can't inspect.
-  void SavingAsksWhere() {
+  void SavingAsksForAFile() {
     LogWindowDriver driver;
     driver.Say("<b>48 °C</b>");
     EVENTUALLY_COMPARE(driver.log->rowCount(), 1);

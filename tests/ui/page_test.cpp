@@ -76,7 +76,7 @@ class PageTest : public QObject {
     EVENTUALLY_VERIFY(!driver.Property("modelCombo", "down").toBool());
   }
 
-  void TabGoesThroughTheWindowAsTheEyeDoes() {
+  void TabFollowsTheVisualOrder() {
     WindowDriver driver;
     EVENTUALLY_COMPARE(driver.view().activeFocusItem(), driver.Find("tab_0"));
     driver.ShowPage(kNetworkPage);
@@ -293,7 +293,7 @@ class PageTest : public QObject {
     QCOMPARE(driver.Text("field_" + place), "80");
   }
 
-  void RowsTellWhatBecameOfTheirValue() {
+  void RowsShowTheStateOfTheirValue() {
     WindowDriver driver;
     const auto strip = [&] { return driver.Text("staleStrip_2"); };
     driver.ShowPage(kNetworkPage);
@@ -406,7 +406,7 @@ class PageTest : public QObject {
     QCOMPARE(driver.sensor.ValueText("Sync Angle"), "0");
   }
 
-  void AnotherModelTakesThePageAwayAtOnce() {
+  void AnotherModelRemovesThePageAtOnce() {
     WindowDriver driver;
     QVERIFY(driver.Connect());
     driver.ShowPage(kScanPage);

@@ -37,7 +37,7 @@ class SilentSensorTest : public QObject {
     row("upgrade inside KTC", "Marvo-KTC",
         [](auto& driver) { driver.manager->MarvoUpgradeLidar(Package(driver)); });
   }
-  void GoesOnAndCloses() {
+  void RespondsAndCloses() {
     QFETCH(QString, model);
     QFETCH(Start, start);
     WindowDriver driver(model);

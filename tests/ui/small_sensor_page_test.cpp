@@ -165,7 +165,7 @@ class SmallSensorPageTest : public QObject {
     }
   }
 
-  void OutcomesStandBesideTheirRows() {
+  void OutcomesAppearBesideTheirRows() {
     SmallSensorPageDriver driver("Zelto-KTC");
     const auto outcome = [&](const char* name) {
       return driver.Text(QString(name) + "Outcome").section(' ', 0, 3);
@@ -194,7 +194,7 @@ class SmallSensorPageTest : public QObject {
     QCOMPARE(outcome("zeltoStandby") + outcome("zeltoSafety"), "not read");
   }
 
-  void FunctionsRestWithoutKtcAndSectionsAreListed() {
+  void FunctionsAreDisabledWithoutKtcAndSectionsAreListed() {
     const SmallSensorPageDriver driver("Zelto");
     QVERIFY(driver.Has("zeltoFunctionsRest") && !driver.Find("zeltoBaudRateGet")->isEnabled());
     driver.Key(Qt::Key_5, Qt::ControlModifier);  // "Send Command", the last one
@@ -205,7 +205,7 @@ class SmallSensorPageTest : public QObject {
     QCOMPARE(view->property("contentY").toInt(), 0);
   }
 
-  void DestinationIsReadAnew() {
+  void DestinationIsReadAgain() {
     SmallSensorPageDriver driver("Zelto-KTC");
     const auto ask = [&] { emit driver.manager->connectTypeChanged(); };
     QVERIFY(driver.Connect());

@@ -31,7 +31,7 @@ class StartupTest : public QObject {
     }
   }
 
-  void LastFolderOutlivesTheRunUnlessItIsGone() {
+  void LastFolderIsKeptUnlessItIsGone() {
     const QTemporaryDir settings;
     const QString file = settings.filePath("new/window.ini");
     const QUrl documents = LastFolder(file).folder();

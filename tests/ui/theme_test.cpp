@@ -34,7 +34,7 @@ void VisitControls(QQuickItem* item, const std::function<void(QQuickItem*)>& vis
 class ThemeTest : public QObject {
   Q_OBJECT
  private slots:
-  void ColoursStandOut() {
+  void ColoursHaveEnoughContrast() {
     QQmlEngine engine;
     QQmlComponent component(&engine);
     component.setData(
@@ -69,7 +69,7 @@ class ThemeTest : public QObject {
     }
   }
 
-  void ControlsTellWhatTheyAre() {
+  void ControlsAreAccessible() {
     for (const QString model : {"", "Zelto"}) {
       WindowDriver driver(model);
       const int pages = model.isEmpty() ? driver.manager->level1List().size() + 3 : 1;

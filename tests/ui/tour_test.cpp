@@ -10,7 +10,7 @@ namespace {
 class TourTest : public QObject {
   Q_OBJECT
  private slots:
-  void TourPhotographsEveryPageUnlessThereIsNoSensor() {
+  void TourPicturesEveryPageIfThereIsASensor() {
     WindowDriver driver;
     driver.sensor.SetValue("SN", "");  // causes a warning, which must not appear in the pictures
     const tour::Plan plan{driver.folder.filePath("new/pictures"), "127.0.0.1",
