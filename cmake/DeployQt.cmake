@@ -11,7 +11,7 @@ function(varkel_deploy_qt target)
   get_target_property(qmake Qt5::qmake IMPORTED_LOCATION)
   get_filename_component(qt_programs ${qmake} DIRECTORY)
   find_program(WINDEPLOYQT NAMES windeployqt windeployqt-qt5 HINTS ${qt_programs} REQUIRED)
-  # SVG pictures need a plugin.
+  # The pictures are SVG, which only a plugin knows of.
   install(CODE "
     execute_process(
       COMMAND \"${WINDEPLOYQT}\" --qmldir \"${CMAKE_SOURCE_DIR}/Qml\" --svg --compiler-runtime --no-translations
@@ -19,7 +19,7 @@ function(varkel_deploy_qt target)
       COMMAND_ERROR_IS_FATAL ANY)")
 endfunction()
 
-# The same without Qt's tool, which runs only on Windows. Add the plugins and modules that a new import needs.
+# The same without Qt's tool, which runs on Windows only. A plugin or module that a new import needs is added here.
 function(varkel_copy_qt)
   foreach(library Core Gui Qml QmlModels QmlWorkerScript Quick QuickTemplates2 Svg Widgets)
     install(FILES ${VARKEL_WINDOWS_QT}/bin/Qt5${library}.dll DESTINATION bin)

@@ -9,7 +9,7 @@ function(varkel_embed_text target header)
   while(ARGN)
     list(POP_FRONT ARGN file name)
     get_filename_component(path ${file} ABSOLUTE)
-    # As numbers, because compilers limit the length of a string literal.
+    # As numbers: a compiler takes only so many characters in one text.
     file(READ ${path} bytes HEX)
     string(REGEX REPLACE "(..)" "'\\\\x\\1'," bytes "${bytes}")
     string(APPEND definitions "constexpr char k${name}Bytes[] = {${bytes}};\n")

@@ -1,4 +1,4 @@
-# libcsv installs neither a CMake nor a pkg-config file. Where it is not packaged, CSV_SOURCE_DIR names its
+# libcsv installs neither a CMake nor a pkg-config file. Where nobody packages it, CSV_SOURCE_DIR names its
 # unpacked sources, one C file and one header.
 set(CSV_SOURCE_DIR "" CACHE PATH "Sources of libcsv (libcsv.c and csv.h), when it isn't installed")
 if(CSV_SOURCE_DIR AND NOT TARGET CSV::CSV)

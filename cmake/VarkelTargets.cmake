@@ -1,9 +1,9 @@
-# One function per kind of target, so that each target's CMake file only names sources and dependencies.
+# One function a kind of target, so that each target's CMake file only names sources and dependencies.
 
 # Warnings are errors where the compilers are known.
 if(MSVC)
   set(VARKEL_WARNINGS /W4)
-  # Standard C++, UTF-8 in sources and literals.
+  # Standard behaviour of the language, UTF-8 in sources and literals.
   add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:/permissive-;/utf-8;/Zc:__cplusplus;/Zc:preprocessor>")
   add_compile_definitions(_CRT_SECURE_NO_WARNINGS)
 else()
@@ -13,11 +13,11 @@ else()
   endif()
 endif()
 if(WIN32)
-  # The Windows 10 API, without rarely used parts and without the macros min and max.
+  # Windows 10's interface, without what nobody uses and without its macros min and max.
   add_compile_definitions(_WIN32_WINNT=0x0A00 WIN32_LEAN_AND_MEAN NOMINMAX)
 endif()
 if(MINGW)
-  # Reproducible builds: the same sources make the same program.
+  # The same sources make the same program.
   add_link_options(-Wl,--no-insert-timestamp)
 endif()
 
@@ -50,9 +50,9 @@ function(varkel_library name)
 endfunction()
 
 # varkel_layer(NAME (FOLDER folder | HEADERS headers...) SOURCES ... [DEPENDS public...] [PRIVATE_DEPENDS ...])
-# A library whose headers can be included, by their path from the project's root, only by targets that depend on it: it
-# exports a folder of links to them instead of the root, so an include against the direction of the layers fails to
-# compile. Where links can't be created, the root is used.
+# A library whose headers only those targets can include, by their path from the project's root, that depend on it: it
+# hands on a folder of links to them instead of the root. An include against the direction of the layers fails to
+# compile. Where links can't be made the root serves.
 function(varkel_layer name)
   cmake_parse_arguments(ARG "" "FOLDER" "HEADERS;SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
   set(root ${CMAKE_BINARY_DIR}/include/${name})
@@ -80,9 +80,9 @@ endfunction()
 
 # varkel_register_test(NAME [arguments of the program...])
 # varkel_register_test(NAME COMMAND command...): NAME need not be a target
-# Tests run in the build tree's root (an install root with ./Config/varID) and each has a home folder of its own.
-# Windows keeps the documents folder in the registry, where tools/windows-tests.sh makes it refer to VARKEL_DOCUMENTS.
-# Only Qt for Linux has the platform "offscreen".
+# Tests run in the build tree's root (an install root, so ./Config/varID is there) with a home of their own. Windows
+# keeps the documents folder in the registry: tools/windows-tests.sh has it taken from VARKEL_DOCUMENTS. Only Linux'
+# Qt has the platform "offscreen".
 function(varkel_register_test name)
   cmake_parse_arguments(ARG "" "" "COMMAND" ${ARGN})
   if(NOT ARG_COMMAND)
@@ -107,7 +107,7 @@ function(varkel_gtest name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
   varkel_program(${name} SOURCES ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} GTest::gtest GTest::gmock GTest::gtest_main)
   if(MINGW)
-    # With more optimisation GCC 12 gives false warnings about the vectors in tables of cases.
+    # Optimised further, GCC 12 misjudges the vectors in tables of cases.
     target_compile_options(${name} PRIVATE -Og)
   endif()
   varkel_program_resource(${name} "Tests")
@@ -115,7 +115,7 @@ function(varkel_gtest name)
   varkel_register_test(${name})
 endfunction()
 
-# varkel_alone_on_desktop(TEST): its windows need the focus, which another test must not take.
+# varkel_alone_on_desktop(TEST): its windows want the focus, which another test's must not take.
 function(varkel_alone_on_desktop name)
   set_tests_properties(${name} PROPERTIES RESOURCE_LOCK desktop)
 endfunction()
@@ -126,7 +126,7 @@ function(varkel_qtest name)
   cmake_parse_arguments(ARG "" "" "TESTS;SOURCES;DEPENDS" ${ARGN})
   list(TRANSFORM ARG_TESTS APPEND .cpp OUTPUT_VARIABLE sources)
   if(WIN32)
-    # The simulated sensor's serial lines, and UTF-8 as in the tool.
+    # The simulated sensor's serial lines, and UTF-8 as the tool has it.
     list(APPEND sources ${CMAKE_SOURCE_DIR}/tests/support/hosted_pseudo_terminal.cpp)
   endif()
   varkel_program(${name} SOURCES ${sources} ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} Qt5::Test)

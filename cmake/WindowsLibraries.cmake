@@ -1,8 +1,8 @@
-# The dependencies of the Windows cross-build, under the same names as in a native build.
+# The dependencies of the cross-build for Windows under the names that the native packages give them.
 set(OPENSSL_ROOT_DIR ${VARKEL_WINDOWS_LIBRARIES})
 set(OPENSSL_USE_STATIC_LIBS TRUE)
 find_package(OpenSSL 3 REQUIRED)
-# The system libraries that the static libraries need.
+# What the static libraries call on their part.
 set_property(TARGET OpenSSL::Crypto APPEND PROPERTY INTERFACE_LINK_LIBRARIES ws2_32 crypt32)
 
 function(varkel_header_library name)

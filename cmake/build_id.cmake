@@ -1,5 +1,5 @@
-# cmake -DSOURCE=FOLDER -DOUTPUT=HEADER -P build_id.cmake: writes the commit being built, if that has changed.
-# Without a repository the date is taken from SOURCE_DATE_EPOCH, if that is set.
+# cmake -DSOURCE=FOLDER -DOUTPUT=HEADER -P build_id.cmake: writes which commit is being built, when that has changed.
+# Without a repository SOURCE_DATE_EPOCH, if it is set, tells the day.
 cmake_minimum_required(VERSION 3.22)
 
 execute_process(COMMAND git -C ${SOURCE} log -1 --abbrev=12 "--format=%h;%cs" OUTPUT_VARIABLE last_commit

@@ -36,7 +36,7 @@ class HostileFilesTest : public QObject {
       const char* why;
     } cases[] = {{[](const auto& path) { mkdir(path, 0700); }, "no regular file"},
                  {[](const auto& path) { QCOMPARE(symlink(path, path), 0); }, "no regular file"},
-                 {[](const auto& path) { mkfifo(path, 0600); }, "no regular file"},  // nothing writes to it
+                 {[](const auto& path) { mkfifo(path, 0600); }, "no regular file"},  // nobody fills it
                  {[](const auto& path) {
                     Put(path, kOld);
                     QFile::resize(path, 100'000'000);

@@ -32,7 +32,7 @@ class ValueStoreTest : public testing::Test {
     return names;
   }
 
-  int reported = 0;
+  int reports = 0;
   const std::shared_ptr<Model> model = test::ModelOf(
       {"Index=1;Get=0x01;Set=0x02;VarName=Rate;VarType=uint8;DefaultValue=7;Coefficient=0.1;SetCoefficient="
        "0.1;VarLen=1;FunctionModule=1_1_1_1",
@@ -42,7 +42,7 @@ class ValueStoreTest : public testing::Test {
        "Index=4;Get=0x23;Set=0x22;VarName=Channel;VarType=uint8;DefaultValue=0;VarLen=1;"
        "FunctionModule=1_1_4_5",
        "Index=5;Get=0x01;VarName=Stray;VarType=uint8;DefaultValue=3;VarLen=1;FunctionModule=1_1_5_1"},
-      [this] { ++reported; });
+      [this] { ++reports; });
   ValueStore& values = model->values;
 };
 
@@ -179,11 +179,11 @@ TEST_F(ValueStoreTest, AnotherSensorHasReportedNothing) {
 TEST_F(ValueStoreTest, ReportsExactlyWhatAnEventChanged) {
   using Names = std::vector<std::string>;
   values.Edit(Var("Rate"), "7");  // unchanged
-  EXPECT_EQ(reported, 0);
+  EXPECT_EQ(reports, 0);
   Read("Rate", "8");
   values.Edit(Var("Rate"), "9");
   values.Edit(Var("Scaled"), "9");
-  EXPECT_EQ(reported, 1);
+  EXPECT_EQ(reports, 1);
   EXPECT_EQ(Changes(), (Names{"Rate", "Scaled"}));
   values.EditFov(0, 5);
   EXPECT_EQ(Changes(), Names{"Channel"});
@@ -191,7 +191,7 @@ TEST_F(ValueStoreTest, ReportsExactlyWhatAnEventChanged) {
   EXPECT_EQ(Changes(), (Names{"Channel", "Rate", "Scaled"}));
   values.SerialNumberUnknown();
   EXPECT_EQ(Changes(), Names{"SN"});
-  EXPECT_EQ(reported, 4);
+  EXPECT_EQ(reports, 4);
   EXPECT_TRUE(Changes().empty());
 }
 
