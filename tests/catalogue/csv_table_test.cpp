@@ -12,7 +12,7 @@ namespace {
 using test::TableFile;
 using testing::HasSubstr;
 
-// The cells of columns A and B of every row, joined so that a failing case reads well, or the error.
+// The cells of columns A and B of every row, joined into one readable text, or the error.
 std::string Read(const std::string& text) {
   const TableFile file(text);
   CsvTable table(file.path());

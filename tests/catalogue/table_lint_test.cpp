@@ -24,8 +24,8 @@ std::vector<std::string> Places(const std::vector<TableFinding>& findings) {
 }
 
 TEST(TableLint, FindsEachFault) {
-  // Put over a sound row, the fault makes the one finding that follows; the columns of a row in quotes are
-  // one a line of the file.
+  // Each fault, put into a correct row, causes exactly one finding; a quoted row has one column per line of
+  // the file.
   const struct {
     const char *row, *fault, *finding, *text;
   } kCases[] = {
@@ -92,7 +92,7 @@ TEST(TableLint, FindsEachFault) {
   }
 }
 
-TEST(TableLint, FindsWhatIsMissingAsAWhole) {
+TEST(TableLint, FindsAMissingFileOrColumn) {
   EXPECT_THAT(Places(LintTable("no such table.csv")), testing::ElementsAre("0 error "));
   const TableFile file(TableText({}, "Unit"));
   EXPECT_THAT(Places(LintTable(file.path())), testing::ElementsAre("1 error Unit"));

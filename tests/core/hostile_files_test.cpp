@@ -30,7 +30,7 @@ bool WriteBytes(const QString& path) {
 class HostileFilesTest : public QObject {
   Q_OBJECT
  private slots:
-  void NoRegularFileIsReadOrWritten() {
+  void OnlyRegularFilesAreReadOrWritten() {
     const struct {
       std::function<void(const QByteArray& path)> make;
       const char* why;
@@ -48,7 +48,7 @@ class HostileFilesTest : public QObject {
                   },
                   "Permission denied"}};
     for (const auto& [make, why] : cases) {
-      if (geteuid() == 0 && *why == 'P') continue;  // who may read everything
+      if (geteuid() == 0 && *why == 'P') continue;  // root may read everything
       const QTemporaryDir folder;
       const QString path = folder.filePath("file");
       make(path.toUtf8());
@@ -78,7 +78,7 @@ class HostileFilesTest : public QObject {
     }
   }
 
-  void UserHearsOfSettingsThatAreNone() {
+  void InvalidSettingsAreReported() {
     const QString path = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +
                          "/VelmoraDataFiles/RecvSettings.ini";
     QFile::remove(path);
@@ -107,7 +107,7 @@ class HostileFilesTest : public QObject {
     }
   }
 
-  void NamesAreMadeFitForAFile() {
+  void NamesAreSanitizedForFiles() {
     const QString letters = QString::fromUtf8("é😀");  // 2 and 4 bytes
     const std::pair<QString, QString> cases[] = {
         {"Event Log", "Event Log"},

@@ -9,7 +9,7 @@ namespace {
 class ModelLoadTest : public QObject {
   Q_OBJECT
  private slots:
-  void FaultsOfATableAreLoggedOnceALoad() {
+  void FaultsOfATableAreLoggedOncePerLoad() {
     const QTemporaryDir folder(QDir::current().filePath("table-XXXXXX"));  // on the tables' own drive
     Put(folder.filePath("odd.csv"),
         Content("Config/varID/Quenta.csv")

@@ -16,7 +16,7 @@ struct NoReport : UserReport {
   void Success(const std::string&) override {}
 };
 
-/// A sensor that is waited for, by a short-lived wait.
+/// Waits for a sensor, with a short time-out.
 struct Rig {
   explicit Rig(std::chrono::milliseconds limit)
       : back(workers, events, {report, log_bytes, activity}, [this] { ++connects; }, {limit, 10ms, 10ms}) {
@@ -92,7 +92,7 @@ class SensorReturnTest : public QObject {
 
   void SensorThatIsStillBootingIsAskedAgain() {
     Rig rig(20s);
-    rig.sensor.AddFault("0x07=error:9");  // answers, but not who it is
+    rig.sensor.AddFault("0x07=error:9");  // answers, but not with its serial number
     rig.Await({"QU64A2419C0087", {}});
     QVERIFY(rig.sensor.WaitReceived(7, 4, 20s));
     QVERIFY(rig.back.is_waiting());
@@ -101,7 +101,7 @@ class SensorReturnTest : public QObject {
     QCOMPARE(rig.connects, 1);
   }
 
-  void WaitEndsByTimeOrByTheUser() {
+  void WaitEndsOnTimeOutOrByTheUser() {
     Rig rig(1ms);
     rig.sensor.Stop();
     rig.Await({"QU64A2419C0087", {}});
@@ -115,7 +115,7 @@ class SensorReturnTest : public QObject {
     QVERIFY(ended.sensor.WaitReceived(7, 1, 20s));
     ended.back.Cancel();
     ended.workers.StopAndJoin();
-    ControllerFixture::Wait([] { return true; });  // what the wait still posted
+    ControllerFixture::Wait([] { return true; });  // runs events that the wait still posted
     QVERIFY(ended.outcome.isEmpty() && ended.back.text().isEmpty());
     QCOMPARE(ended.connects, 0);
   }

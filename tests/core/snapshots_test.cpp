@@ -83,7 +83,7 @@ class SnapshotsTest : public QObject {
     QCOMPARE(rig.NextError(), QString("Please connect to lidar first"));
   }
 
-  void ALostConnectionIsTold() {
+  void ALostConnectionIsReported() {
     Rig rig;
     QVERIFY(rig.Plan());
     rig.AddFault("0x41=close:0");

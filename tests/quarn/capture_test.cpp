@@ -24,7 +24,7 @@ using enum WireDirection;
 constexpr TcpEndpoint kSensor = {{10, 0, 0, 7}, 9347};
 constexpr TcpEndpoint kTool = {{10, 0, 0, 1}, 50000};
 
-/// A file of its own and a recorder that remembers what it said.
+/// A file and a recorder, with the messages it reported.
 struct Rig {
   explicit Rig(std::uint64_t largest = CaptureRecorder::kLargestFile)
       : recorder([this](const std::string& text) { said.push_back(text); }, largest) {
@@ -52,7 +52,7 @@ struct Read {
     std::istringstream in(file);
     summary = ReadCapture(in, [this](const CapturedExchange& exchange) { exchanges.push_back(exchange); });
   }
-  /// "1 07>00 4b" an exchange: connection, command, code and how much of the reply came.
+  /// An exchange as "1 07>00 4b": connection, command, code and how much of the reply arrived.
   std::string Text() const {
     std::ostringstream text;
     for (const CapturedExchange& e : exchanges) {
@@ -79,7 +79,7 @@ Bytes Frame(std::uint8_t command, const Bytes& payload = {}, std::uint8_t code =
   return frame;
 }
 
-TEST(Capture, GivesBackWhatWentOverTheWire) {
+TEST(Capture, ReturnsWhatWentOverTheWire) {
   Rig rig;
   const auto first = rig.recorder.Connection(kSensor);
   const Bytes log = Counting(10000);
@@ -101,7 +101,7 @@ TEST(Capture, GivesBackWhatWentOverTheWire) {
   EXPECT_EQ(read.summary.fault, "");
 }
 
-// Replies go with requests as the client takes them.
+// Replies are matched to requests as the client does.
 TEST(Capture, PairsLateBrokenAndForeignReplies) {
   struct Piece {
     WireDirection direction;
@@ -155,7 +155,7 @@ TEST(CaptureRecorder, BeginsAndEndsWhenever) {
   Rig rig;
   rig.recorder.Stop();
   const auto tap = rig.recorder.Connection(kSensor);
-  tap->Pass(kToSensor, Frame(1));  // nobody records
+  tap->Pass(kToSensor, Frame(1));  // not recording
   EXPECT_EQ(Read(rig.File()).Text(), "");
   for (int recording = 0; recording < 2; ++recording) {
     EXPECT_EQ(rig.recorder.Start(rig.path), "");
@@ -168,7 +168,7 @@ TEST(CaptureRecorder, BeginsAndEndsWhenever) {
   EXPECT_FALSE(rig.recorder.is_recording());
 }
 
-TEST(CaptureRecorder, EndsAtItsLargestSizeWithAWord) {
+TEST(CaptureRecorder, EndsAtItsMaximumSizeWithAMessage) {
   Rig rig(20'000);
   const auto tap = rig.recorder.Connection(kSensor);
   for (int i = 0; i < 10; ++i) {
@@ -184,9 +184,9 @@ TEST(CaptureRecorder, EndsAtItsLargestSizeWithAWord) {
   EXPECT_GE(read.exchanges.size(), 4U);
 }
 
-// ---- Files from elsewhere
+// ---- Files from other programs
 
-/// A file in either byte order, of any link type.
+/// A file in either byte order, with any link type.
 class File {
  public:
   File(bool is_little, std::uint32_t magic, std::uint32_t link) : is_little_(is_little) {
@@ -248,7 +248,7 @@ TEST(CaptureFile, ReadsEveryKind) {
   }
 }
 
-TEST(CaptureFile, PutsSegmentsTogether) {
+TEST(CaptureFile, ReassemblesSegments) {
   const Bytes request = Frame(7);
   const Bytes reply = Frame(7, Counting(12));  // 20 bytes
   const auto part = [&](std::size_t from, std::size_t size) {
@@ -302,7 +302,7 @@ TEST(CaptureFile, SaysWhatIsWrong) {
     EXPECT_LE(read.exchanges.size(), 2U) << size;
     for (const CapturedExchange& exchange : read.exchanges) EXPECT_EQ(exchange.command, 7) << size;
   }
-  EXPECT_EQ(whole_ends, Read(whole).summary.packets);  // behind each packet but the last, and the header
+  EXPECT_EQ(whole_ends, Read(whole).summary.packets);  // after the header and each packet but the last
   for (std::size_t i = 0; i < whole.size(); ++i) {
     std::string flipped = whole;
     flipped[i] = static_cast<char>(flipped[i] ^ 0x80);

@@ -23,7 +23,7 @@ QByteArray FileText(const std::string& format, const std::string& values) {
       values + ", \"failed\": []}");
 }
 
-TEST(Snapshot, HoldsWhatTheSensorReports) {
+TEST(Snapshot, ContainsWhatTheSensorReports) {
   test::StateRig rig;
   rig.sensor.AddFault("0x0C=error:9");
   const auto [state, end] = rig.Read();
@@ -46,7 +46,7 @@ TEST(Snapshot, HoldsWhatTheSensorReports) {
             std::string::npos);
 }
 
-TEST(Snapshot, AnyTextComesBack) {
+TEST(Snapshot, AnyTextSurvivesAFile) {
   SensorState state;
   state.values.push_back({"1-1", "quote\" back\\slash", "line\nend", "tab\t", "\xC2\xB0", "\x01\x7F", ""});
   const auto again = ParseState(QByteArray::fromStdString(FormatState(state)));
@@ -106,7 +106,7 @@ TEST(Snapshot, TheNewestOfEachSensorAreKept) {
     EXPECT_GT(entry->id, last);
     last = entry->id;
   }
-  EXPECT_EQ(Files(root.path()), QStringList{"_._SN_1"}) << "a serial number leads to no other folder";
+  EXPECT_EQ(Files(root.path()), QStringList{"_._SN_1"}) << "a serial number can't lead to another folder";
   Put(root.filePath("_._SN_1/mine.json"), "{}");
   ASSERT_TRUE(folder.Save(state));
   EXPECT_EQ(folder.List(state.sn).size(), std::size_t{SnapshotFolder::kMaxKept});

@@ -28,7 +28,7 @@ std::string Text(const std::vector<DecodedField>& fields) {
   return text;
 }
 
-TEST(ExchangeDecoder, TellsWhatTheTableAndTheProtocolKnow) {
+TEST(ExchangeDecoder, ExplainsBytesByTableAndProtocol) {
   const struct {
     std::uint8_t command;
     const char* request;
@@ -70,7 +70,7 @@ TEST(ExchangeDecoder, TellsWhatTheTableAndTheProtocolKnow) {
   }
 }
 
-TEST(DecodedText, SetsBytesAndMeaningSideBySide) {
+TEST(DecodedText, ShowsBytesAndMeaningSideBySide) {
   const std::vector<DecodedField> fields = {
       {"1-1", "Name", "A\nb", {}, {}, 0, FromHex("41 0a 62")},
       {{}, {}, {}, {}, {}, 3, std::vector<std::uint8_t>(17, 0x2E)},

@@ -64,7 +64,7 @@ TEST(ReadingHistoryTest, IsBounded) {
   EXPECT_EQ(history.Find(vars[0])->size(), ReadingHistory::kMaxPoints);
   EXPECT_EQ(history.Find(vars[0])->front().time, ValueStore::Time(milliseconds(6)));
   for (std::size_t i = 1; i < vars.size(); ++i) history.Add(vars[i], ReadAt(static_cast<int>(i), "1"));
-  EXPECT_EQ(history.Find(vars[1]), nullptr);  // the one that was read longest ago
+  EXPECT_EQ(history.Find(vars[1]), nullptr);  // the one that has not been read for longest
   EXPECT_NE(history.Find(vars.back()), nullptr);
 }
 
