@@ -64,7 +64,7 @@ class FocusTest : public QObject {
     }
   }
 };
-const RegisterTest<FocusTest> registration;
+const RegisterTest<FocusTest> register_focus_test;
 
 }  // namespace
 

@@ -85,7 +85,7 @@ class NoticeTest : public QObject {
     QCOMPARE(desk.Text("commandCodeField"), "07");
   }
 };
-const RegisterTest<NoticeTest> registration;
+const RegisterTest<NoticeTest> register_notice_test;
 
 }  // namespace
 

@@ -455,7 +455,7 @@ class PageTest : public QObject {
     QCOMPARE(desk.Property("upgradeProgress", "fillColor").value<QColor>(), QColor("green"));
   }
 };
-const RegisterTest<PageTest> registration;
+const RegisterTest<PageTest> register_page_test;
 
 }  // namespace
 

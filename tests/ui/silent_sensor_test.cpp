@@ -67,7 +67,7 @@ class SilentSensorTest : public QObject {
     return Url(desk, "package");
   }
 };
-const RegisterTest<SilentSensorTest> registration;
+const RegisterTest<SilentSensorTest> register_silent_sensor_test;
 
 }  // namespace
 

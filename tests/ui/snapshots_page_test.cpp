@@ -124,7 +124,7 @@ class SnapshotsPageTest : public QObject {
     QCOMPARE(QmlWarnings(), 0);
   }
 };
-const RegisterTest<SnapshotsPageTest> registration;
+const RegisterTest<SnapshotsPageTest> register_snapshots_page_test;
 
 }  // namespace
 
