@@ -75,7 +75,7 @@ class CommandConsoleTest : public QObject {
   std::unique_ptr<ControllerFixture> fixture_;
 };
 
-const RegisterTest<CommandConsoleTest> registered;
+const RegisterTest<CommandConsoleTest> register_command_console_test;
 
 }  // namespace
 

@@ -135,7 +135,7 @@ class ConnectionTest : public QObject {
   }
 };
 
-const RegisterTest<ConnectionTest> registered;
+const RegisterTest<ConnectionTest> register_connection_test;
 
 }  // namespace
 

@@ -37,7 +37,7 @@ class EventQueueTest : public QObject {
   }
 };
 
-const RegisterTest<EventQueueTest> registered;
+const RegisterTest<EventQueueTest> register_event_queue_test;
 
 }  // namespace
 

@@ -68,7 +68,7 @@ class FirmwareUpgradeTest : public QObject {
   std::unique_ptr<ControllerFixture> fixture_;
 };
 
-const RegisterTest<FirmwareUpgradeTest> registered;
+const RegisterTest<FirmwareUpgradeTest> register_firmware_upgrade_test;
 
 }  // namespace
 

@@ -119,7 +119,7 @@ class HostileFilesTest : public QObject {
   }
 };
 
-const RegisterTest<HostileFilesTest> registered;
+const RegisterTest<HostileFilesTest> register_hostile_files_test;
 
 }  // namespace
 

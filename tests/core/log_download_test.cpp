@@ -209,7 +209,7 @@ class LogDownloadTest : public QObject {
   std::unique_ptr<ControllerFixture> fixture_;
 };
 
-const RegisterTest<LogDownloadTest> registered;
+const RegisterTest<LogDownloadTest> register_log_download_test;
 
 }  // namespace
 

@@ -35,7 +35,7 @@ class ModelLoadTest : public QObject {
   }
 };
 
-const RegisterTest<ModelLoadTest> registered;
+const RegisterTest<ModelLoadTest> register_model_load_test;
 
 }  // namespace
 

@@ -96,7 +96,7 @@ class PageReadingTest : public QObject {
   }
 };
 
-const RegisterTest<PageReadingTest> registered;
+const RegisterTest<PageReadingTest> register_page_reading_test;
 
 }  // namespace
 

@@ -224,7 +224,7 @@ class PageWritingTest : public QObject {
   std::unique_ptr<ControllerFixture> fixture_;
 };
 
-const RegisterTest<PageWritingTest> registered;
+const RegisterTest<PageWritingTest> register_page_writing_test;
 
 }  // namespace
 

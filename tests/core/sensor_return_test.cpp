@@ -121,7 +121,7 @@ class SensorReturnTest : public QObject {
   }
 };
 
-const RegisterTest<SensorReturnTest> registered;
+const RegisterTest<SensorReturnTest> register_sensor_return_test;
 
 }  // namespace
 

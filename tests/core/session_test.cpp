@@ -114,7 +114,7 @@ class SessionTest : public QObject {
   const QTemporaryDir folder_;
 };
 
-const RegisterTest<SessionTest> registered;
+const RegisterTest<SessionTest> register_session_test;
 
 }  // namespace
 

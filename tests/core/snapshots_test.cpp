@@ -93,7 +93,7 @@ class SnapshotsTest : public QObject {
     QCOMPARE(rig.differences.selected(), 2);
   }
 };
-const RegisterTest<SnapshotsTest> registration;
+const RegisterTest<SnapshotsTest> register_snapshots_test;
 
 }  // namespace
 

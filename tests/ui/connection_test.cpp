@@ -129,7 +129,7 @@ class ConnectionTest : public QObject {
     }
   }
 };
-const RegisterTest<ConnectionTest> registration;
+const RegisterTest<ConnectionTest> register_connection_test;
 
 }  // namespace
 

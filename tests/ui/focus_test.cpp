@@ -63,7 +63,7 @@ class FocusTest : public QObject {
     }
   }
 };
-const RegisterTest<FocusTest> registration;
+const RegisterTest<FocusTest> register_focus_test;
 
 }  // namespace
 

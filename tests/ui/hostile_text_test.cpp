@@ -130,7 +130,7 @@ class HostileTextTest : public QObject {
     QVERIFY(saved[4].endsWith(" ERROR " + kTagsShown));
   }
 };
-const RegisterTest<HostileTextTest> registration;
+const RegisterTest<HostileTextTest> register_hostile_text_test;
 
 }  // namespace
 

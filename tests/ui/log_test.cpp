@@ -206,7 +206,7 @@ class LogTest : public QObject {
 #endif
   }
 };
-const RegisterTest<LogTest> registration;
+const RegisterTest<LogTest> register_log_test;
 
 }  // namespace
 

@@ -86,7 +86,7 @@ class NoticeTest : public QObject {
     QCOMPARE(driver.Text("commandCodeField"), "07");
   }
 };
-const RegisterTest<NoticeTest> registration;
+const RegisterTest<NoticeTest> register_notice_test;
 
 }  // namespace
 

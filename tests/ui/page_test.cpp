@@ -458,7 +458,7 @@ class PageTest : public QObject {
     QCOMPARE(driver.Property("upgradeProgress", "fillColor").value<QColor>(), QColor("green"));
   }
 };
-const RegisterTest<PageTest> registration;
+const RegisterTest<PageTest> register_page_test;
 
 }  // namespace
 

@@ -69,7 +69,7 @@ class SilentSensorTest : public QObject {
     return Url(driver, "package");
   }
 };
-const RegisterTest<SilentSensorTest> registration;
+const RegisterTest<SilentSensorTest> register_silent_sensor_test;
 
 }  // namespace
 

@@ -265,7 +265,7 @@ class SmallSensorPageTest : public QObject {
     }
   }
 };
-const RegisterTest<SmallSensorPageTest> registration;
+const RegisterTest<SmallSensorPageTest> register_small_sensor_page_test;
 
 }  // namespace
 

@@ -123,7 +123,7 @@ class SnapshotsPageTest : public QObject {
     QCOMPARE(QmlWarnings(), 0);
   }
 };
-const RegisterTest<SnapshotsPageTest> registration;
+const RegisterTest<SnapshotsPageTest> register_snapshots_page_test;
 
 }  // namespace
 

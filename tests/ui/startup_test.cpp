@@ -78,7 +78,7 @@ class StartupTest : public QObject {
     }
   }
 };
-const RegisterTest<StartupTest> registration;
+const RegisterTest<StartupTest> register_startup_test;
 
 }  // namespace
 

@@ -88,7 +88,7 @@ class ThemeTest : public QObject {
     }
   }
 };
-const RegisterTest<ThemeTest> registration;
+const RegisterTest<ThemeTest> register_theme_test;
 
 }  // namespace
 

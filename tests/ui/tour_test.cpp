@@ -28,7 +28,7 @@ class TourTest : public QObject {
     QCOMPARE(tour::Run(*driver.window, plan), 1);
   }
 };
-const RegisterTest<TourTest> registration;
+const RegisterTest<TourTest> register_tour_test;
 
 }  // namespace
 

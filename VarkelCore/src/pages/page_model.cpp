@@ -18,10 +18,6 @@ const QVector<int> kChangingRoles = {PageModel::kText,     PageModel::kSwitchTex
                                      PageModel::kSentText, PageModel::kVerdict,    PageModel::kStale,
                                      PageModel::kAngles,   PageModel::kHeldText,   PageModel::kRefusal};
 
-QString Text(const std::string& text) {
-  return QString::fromStdString(text);
-}
-
 /// The sensor's code, or the client's reason.
 QString RefusalWords(const std::optional<int>& code) {
   if (!code) return {};
@@ -126,7 +122,7 @@ QVariant PageModel::data(const QModelIndex& index, int role) const {
 QVariant PageModel::Constant(const VarInfo& var, int role) const {
   switch (role) {
     case kName:
-      return Text(var.var_name);
+      return QString::fromStdString(var.var_name);
     case kLive:
       return var.timer_update;
     case kWritable:
@@ -136,15 +132,15 @@ QVariant PageModel::Constant(const VarInfo& var, int role) const {
     case kRangeMax:
       return var.range_max;
     case kUnit:
-      return Text(var.unit);
+      return QString::fromStdString(var.unit);
     case kType:
-      return Text(var.var_type);
+      return QString::fromStdString(var.var_type);
     case kOptions:
       return OptionValues(var);
     case kOptionLabels:
       return OptionLabels(var);
     case kVarId:
-      return Text(var.var_id);
+      return QString::fromStdString(var.var_id);
     default:
       return {};
   }
@@ -160,9 +156,9 @@ QVariant PageModel::Changing(const Row& row, int role) const {
   const ValueStore::Shown shown = model_->values.Show(*row.var);
   switch (role) {
     case kText:
-      return Text(shown.text);
+      return QString::fromStdString(shown.text);
     case kSwitchText:
-      return Text(shown.switch_text);
+      return QString::fromStdString(shown.switch_text);
     case kOrigin:
       return QString::fromLatin1(OriginName(shown.origin));
     case kReadTime:

@@ -30,10 +30,6 @@ void LogError(const std::string& text) {
   log_lib::Logger::GetInstance().AddToQueue(log_lib::kError, kSourceFile, 0, kConversion, "%s", text.c_str());
 }
 
-QString Text(const std::string& text) {
-  return QString::fromStdString(text);
-}
-
 /// Logs a fault of the table: the sensor's reply does not fit the declared type.
 void LogFault(ValueFault fault, const VarInfo& var, std::size_t size) {
   switch (fault) {
@@ -150,14 +146,14 @@ bool PageReader::Query(quarn::lidar::KtcClient& client, const VarInfo& first, co
   const std::vector<std::uint8_t> request = RequestPayload(command, first.get_cmd_payload_bytes);
   ExchangeResult result = QueryTableCommand(client, command, request);
   if (!result) {
-    DebugLine(operation, "(): try get", Text(first.var_name), "FAILED, cmd sent =", Text(first.get_cmd),
-              "-- QueryCommand()'s ret =", -1);
+    DebugLine(operation, "(): try get", QString::fromStdString(first.var_name),
+              "FAILED, cmd sent =", QString::fromStdString(first.get_cmd), "-- QueryCommand()'s ret =", -1);
     return false;
   }
   reply = std::move(*result);
   if (reply.empty()) {
-    DebugLine(operation, "(): try get", Text(first.var_name),
-              ", but get no return msg from lidar. cmd sent = ", Text(first.get_cmd));
+    DebugLine(operation, "(): try get", QString::fromStdString(first.var_name),
+              ", but get no return msg from lidar. cmd sent = ", QString::fromStdString(first.get_cmd));
     return false;
   }
   return true;
@@ -173,7 +169,8 @@ bool PageReader::ReadFov(Model& model, quarn::lidar::KtcClient& client, VarInfo&
   int count = 0;
   const int result = client.QueryMultiFov(starts, ends, count);
   if (result != 0) {
-    DebugLine("VarkelManager::GetInfoFromLidarWithSameCmd", "(): try get", Text(first.var_name),
+    DebugLine("VarkelManager::GetInfoFromLidarWithSameCmd", "(): try get",
+              QString::fromStdString(first.var_name),
               "FAILED, cmd sent = 0x23 -- QueryCommand()'s ret =", result);
     return false;
   }

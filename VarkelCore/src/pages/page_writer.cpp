@@ -25,10 +25,6 @@ namespace {
 
 constexpr char kRun[] = "VarkelManager::Run";
 
-QString Text(const std::string& text) {
-  return QString::fromStdString(text);
-}
-
 QString Hex(const std::vector<std::uint8_t>& bytes) {
   return QString::fromLatin1(
       QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())).toHex(' '));
@@ -54,10 +50,10 @@ std::vector<std::uint8_t> CodecBytes(const VarInfo& var, const std::string& valu
   }
   const std::unique_ptr<StrParser> codec = MakeStrParser(var.var_type);
   if (!codec) {
-    PlainDebugLine(kRun, "(): This var_type", "\"" + Text(var.var_type) + "\"",
+    PlainDebugLine(kRun, "(): This var_type", "\"" + QString::fromStdString(var.var_type) + "\"",
                    "is not supported currently.");
-    PlainDebugLine("strParser == nullptr, var_name:" + Text(var.var_name) +
-                   ", var_type:" + Text(var.var_type) + ", current_val:" + Text(value));
+    PlainDebugLine("strParser == nullptr, var_name:" + QString::fromStdString(var.var_name) + ", var_type:" +
+                   QString::fromStdString(var.var_type) + ", current_val:" + QString::fromStdString(value));
     throw std::invalid_argument("Error with var type");
   }
   return codec->ParseToBytes(value, var.set_coefficient);
@@ -224,7 +220,7 @@ SentCommand PageWriter::Write(Model& model, quarn::lidar::KtcClient& client,
   const Command command = ParseCommandText(set_cmd);
   SetRequest request = MakeSetRequest(model, set_cmd);
   const std::vector<std::uint8_t> payload = RequestPayload(command, request.payload);
-  PlainDebugLine(kRun, "(): QueryCommand send cmd:    ", Text(set_cmd));
+  PlainDebugLine(kRun, "(): QueryCommand send cmd:    ", QString::fromStdString(set_cmd));
   PlainDebugLine(kRun, "(): QueryCommand send payload:", Hex(payload), ", length =", payload.size());
   const ExchangeResult result = QueryTableCommand(client, command, payload);
   if (result) {

@@ -12,7 +12,7 @@
 namespace varkel {
 
 namespace {
-constexpr qint64 kLargestFile = 4096;
+constexpr qint64 kLargestAddressFile = 4096;
 }  // namespace
 
 RecentAddresses::RecentAddresses()
@@ -24,7 +24,7 @@ QStringList RecentAddresses::all() const {
   QFile file(path_);
   if (!IsWritableTarget(path_) || !file.open(QIODevice::ReadOnly)) return {};
   QStringList addresses;
-  for (const QString& line : QString::fromUtf8(file.read(kLargestFile)).split('\n')) {
+  for (const QString& line : QString::fromUtf8(file.read(kLargestAddressFile)).split('\n')) {
     const QString address = line.trimmed();
     if (!address.isEmpty() && !addresses.contains(address)) addresses.append(address);
   }

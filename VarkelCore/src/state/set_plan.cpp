@@ -38,8 +38,8 @@ bool IsWritableAngle(const ConfigParser& catalogue, std::size_t angle) {
 }
 
 bool IsSameAngle(double a, double b) {
-  constexpr double kTenths = 10;
-  return std::lround(a * kTenths) == std::lround(b * kTenths);
+  constexpr double kTenthsPerDegree = 10;
+  return std::lround(a * kTenthsPerDegree) == std::lround(b * kTenthsPerDegree);
 }
 
 bool IsOption(const VarInfo& var, const std::string& text) {
