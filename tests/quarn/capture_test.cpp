@@ -25,12 +25,12 @@ constexpr TcpEndpoint kSensor = {{10, 0, 0, 7}, 9347};
 constexpr TcpEndpoint kTool = {{10, 0, 0, 1}, 50000};
 
 /// A file and a recorder, with the messages it reported.
-struct Rig {
-  explicit Rig(std::uint64_t largest = CaptureRecorder::kLargestFile)
+struct RecorderFixture {
+  explicit RecorderFixture(std::uint64_t largest = CaptureRecorder::kLargestFile)
       : recorder([this](const std::string& text) { said.push_back(text); }, largest) {
     EXPECT_EQ(recorder.Start(path), "");
   }
-  ~Rig() {
+  ~RecorderFixture() {
     recorder.Stop();
     std::filesystem::remove(path);
   }
@@ -80,18 +80,18 @@ Bytes Frame(std::uint8_t command, const Bytes& payload = {}, std::uint8_t code =
 }
 
 TEST(Capture, ReturnsWhatWentOverTheWire) {
-  Rig rig;
-  const auto first = rig.recorder.Connection(kSensor);
+  RecorderFixture fixture;
+  const auto first = fixture.recorder.Connection(kSensor);
   const Bytes log = Counting(10000);
   first->Pass(kToSensor, Frame(7, {1, 2}));
   const Bytes reply = Frame(7, log);
   first->Pass(kFromSensor, std::span(reply).first(5));
   first->Pass(kFromSensor, std::span(reply).subspan(5));
-  auto second = rig.recorder.Connection(kSerialLinesEndpoint);
+  auto second = fixture.recorder.Connection(kSerialLinesEndpoint);
   second->Pass(kToSensor, FromHex("24 4c 44 43 4d 44 2c 02 02 07 00 00 00 00 87 f0 31 01 ee ff"));
   second->Pass(kFromSensor, Counting(20));
   second.reset();
-  const Read read(rig.File());  // while it is being written
+  const Read read(fixture.File());  // while it is being written
   EXPECT_EQ(read.Text(), "1 7>0 10000; 2 2>0 20; ");
   EXPECT_EQ(read.exchanges[0].request, Bytes({1, 2}));
   EXPECT_EQ(read.exchanges[0].reply, log);
@@ -141,10 +141,10 @@ TEST(Capture, PairsLateBrokenAndForeignReplies) {
        3},
   };
   for (const auto& c : kCases) {
-    Rig rig;
-    const auto tap = rig.recorder.Connection(kSensor);
+    RecorderFixture fixture;
+    const auto tap = fixture.recorder.Connection(kSensor);
     for (const Piece& piece : c.pieces) tap->Pass(piece.direction, piece.bytes);
-    const Read read(rig.File());
+    const Read read(fixture.File());
     EXPECT_EQ(read.Text(), c.text) << c.what;
     EXPECT_EQ(read.summary.unsolicited, c.unsolicited) << c.what;
     EXPECT_EQ(read.summary.noise, c.noise) << c.what;
@@ -152,34 +152,34 @@ TEST(Capture, PairsLateBrokenAndForeignReplies) {
 }
 
 TEST(CaptureRecorder, BeginsAndEndsWhenever) {
-  Rig rig;
-  rig.recorder.Stop();
-  const auto tap = rig.recorder.Connection(kSensor);
+  RecorderFixture fixture;
+  fixture.recorder.Stop();
+  const auto tap = fixture.recorder.Connection(kSensor);
   tap->Pass(kToSensor, Frame(1));  // not recording
-  EXPECT_EQ(Read(rig.File()).Text(), "");
+  EXPECT_EQ(Read(fixture.File()).Text(), "");
   for (int recording = 0; recording < 2; ++recording) {
-    EXPECT_EQ(rig.recorder.Start(rig.path), "");
+    EXPECT_EQ(fixture.recorder.Start(fixture.path), "");
     tap->Pass(kToSensor, Frame(2));
     tap->Pass(kFromSensor, Frame(2));
-    EXPECT_EQ(Read(rig.File()).Text(), "1 2>0 0; ");
+    EXPECT_EQ(Read(fixture.File()).Text(), "1 2>0 0; ");
   }
-  EXPECT_EQ(rig.recorder.Start(rig.path / "no" / "folder"),
-            "The recording can't be written to " + (rig.path / "no" / "folder").string() + ".");
-  EXPECT_FALSE(rig.recorder.is_recording());
+  EXPECT_EQ(fixture.recorder.Start(fixture.path / "no" / "folder"),
+            "The recording can't be written to " + (fixture.path / "no" / "folder").string() + ".");
+  EXPECT_FALSE(fixture.recorder.is_recording());
 }
 
 TEST(CaptureRecorder, EndsAtItsMaximumSizeWithAMessage) {
-  Rig rig(20'000);
-  const auto tap = rig.recorder.Connection(kSensor);
+  RecorderFixture fixture(20'000);
+  const auto tap = fixture.recorder.Connection(kSensor);
   for (int i = 0; i < 10; ++i) {
     tap->Pass(kToSensor, Frame(2));
     tap->Pass(kFromSensor, Frame(2, Counting(4000)));
   }
-  ASSERT_EQ(rig.said.size(), 1U);
-  EXPECT_NE(rig.said[0].find("has ended: it has reached"), std::string::npos);
-  EXPECT_FALSE(rig.recorder.is_recording());
-  const Read read(rig.File());
-  EXPECT_LE(rig.File().size(), 20'000U);
+  ASSERT_EQ(fixture.said.size(), 1U);
+  EXPECT_NE(fixture.said[0].find("has ended: it has reached"), std::string::npos);
+  EXPECT_FALSE(fixture.recorder.is_recording());
+  const Read read(fixture.File());
+  EXPECT_LE(fixture.File().size(), 20'000U);
   EXPECT_EQ(read.summary.fault, "");
   EXPECT_GE(read.exchanges.size(), 4U);
 }
@@ -288,13 +288,13 @@ TEST(CaptureFile, SaysWhatIsWrong) {
       {FromHex("d4 c3 b2 a1 02 00"), "The file ends within its header."}};
   for (const auto& c : kCases) EXPECT_EQ(Read({c.file.begin(), c.file.end()}).summary.fault, c.fault);
 
-  Rig rig;
-  const auto tap = rig.recorder.Connection(kSensor);
+  RecorderFixture fixture;
+  const auto tap = fixture.recorder.Connection(kSensor);
   for (int i = 0; i < 2; ++i) {
     tap->Pass(kToSensor, Frame(7));
     tap->Pass(kFromSensor, Frame(7, {1, 2, 3}));
   }
-  const std::string whole = rig.File();
+  const std::string whole = fixture.File();
   std::size_t whole_ends = 0;
   for (std::size_t size = kPcapHeaderSize; size < whole.size(); ++size) {
     const Read read(whole.substr(0, size));
