@@ -29,12 +29,15 @@ class CommandConsole {
   static constexpr std::size_t kHistorySize = 10;
   static constexpr std::size_t kShownPayload = 1024;  ///< bytes of a reply payload that are shown
 
+  /// What came back: an 8-byte header and the payload; of a refused command the header at most.
+  struct Answer {
+    bool is_answered = false;
+    std::vector<std::uint8_t> reply;
+  };
+
   /// The protocol that carries the commands, with the notices that go with it.
   struct Channel {
-    /// One exchange: 0, or a failure. The reply is an 8-byte header and the payload.
-    std::function<int(std::uint8_t code, std::span<const std::uint8_t> payload,
-                      std::vector<std::uint8_t>& reply)>
-        query;
+    std::function<Answer(std::uint8_t code, std::span<const std::uint8_t> payload)> query;  ///< one exchange
     const char* query_failed;
     const char* bad_header;
     const char* bad_payload;

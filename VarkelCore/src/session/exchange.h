@@ -9,10 +9,11 @@
 
 namespace varkel {
 
-/// What one exchange with the sensor came to: the reply's payload, or the code that says why there is none.
-/// Positive codes are the sensor's own, negative ones the client's (KtcClient::kOtherReply and its
-/// neighbours).
-using ExchangeResult = quarn::lidar::KtcClient::Result;
+using quarn::lidar::Exchanged;
+using quarn::lidar::ExchangeResult;
+
+/// For `map`: of a reply that has nothing to say only matters that it came.
+inline void DropReply(const std::vector<std::uint8_t>& /*reply*/) {}
 
 /// One exchange of a table's command. The payload of a reply to a four-byte command begins with that code.
 /// Blocks for the client's time-out at most.

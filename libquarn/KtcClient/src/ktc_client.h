@@ -14,11 +14,11 @@
 #include <stop_token>
 #include <string>
 #include <thread>
-#include <tl/expected.hpp>
 #include <vector>
 
 #include "libquarn/KtcClient/src/channel_fov.h"
 #include "libquarn/KtcClient/src/client_base.h"
+#include "libquarn/KtcClient/src/exchange_result.h"
 #include "libquarn/KtcClient/src/ktc_parser.h"
 #include "libquarn/Platform/src/wire_tap.h"
 
@@ -77,13 +77,11 @@ class KtcClient {
   int QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result, std::uint8_t cmd,
                    bool with_header = false);
 
-  /// What an exchange came to: the reply's payload, or why there is none: the sensor's code, or one of those
-  /// above.
-  using Result = tl::expected<std::vector<std::uint8_t>, std::int32_t>;
-
-  /// One exchange. The reply is awaited for `receive_timeout_ms`, or for the client's own time-out when that
-  /// is 0. `LastReturnCode` may meanwhile be another thread's.
-  Result Query(std::span<const std::uint8_t> payload, std::uint8_t cmd, std::uint32_t receive_timeout_ms = 0);
+  /// One exchange: the reply's payload, or the sensor's code or one of those above. The reply is awaited for
+  /// `receive_timeout_ms`, or for the client's own time-out when that is 0. `LastReturnCode` may meanwhile be
+  /// another thread's.
+  ExchangeResult Query(std::span<const std::uint8_t> payload, std::uint8_t cmd,
+                       std::uint32_t receive_timeout_ms = 0);
 
   /// Sends `data` as numbered pieces of 1024 bytes, each answered before the next goes out, with time-outs of
   /// a minute: 0, or -1 at the first piece that fails. The command is the low byte of `code`; `extended`
@@ -145,14 +143,13 @@ class KtcClient {
   std::string LidarIp() const;
   std::shared_ptr<ClientBase> Transport() const;
 
-  tl::expected<void, std::int32_t> Perform(std::span<const std::uint8_t> payload,
-                                           std::vector<std::uint8_t>& result, std::uint8_t cmd,
-                                           bool with_header, std::uint32_t receive_timeout_ms);
+  Exchanged<void> Perform(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result,
+                          std::uint8_t cmd, bool with_header, std::uint32_t receive_timeout_ms);
 
   // With command_mutex_ held.
-  tl::expected<void, std::int32_t> ExchangeWhole(ClientBase& transport, std::span<const std::uint8_t> payload,
-                                                 std::vector<std::uint8_t>& result, std::uint8_t cmd,
-                                                 bool with_header, std::uint32_t receive_timeout_ms);
+  Exchanged<void> ExchangeWhole(ClientBase& transport, std::span<const std::uint8_t> payload,
+                                std::vector<std::uint8_t>& result, std::uint8_t cmd, bool with_header,
+                                std::uint32_t receive_timeout_ms);
   bool Exchange(ClientBase& transport, std::span<const std::uint8_t> payload, std::uint8_t cmd,
                 std::uint32_t receive_timeout_ms, Reply& reply);
   bool DrainStaleInput(ClientBase& transport, Reply& reply);
