@@ -7,7 +7,8 @@ DefaultMenu {
 
     readonly property string blocked: !varkel_manager.IsConnected ? "connect first"
                                       : varkel_manager.IsUpgrading ? "an upgrade runs"
-                                      : varkel_manager.IsDownloadLog ? "a download runs" : ""
+                                      : varkel_manager.IsDownloadLog ? "a download runs"
+                                      : varkel_manager.snapshots.applying ? "a snapshot is being applied" : ""
 
     signal restartRequested
     signal resetRequested

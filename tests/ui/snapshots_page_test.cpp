@@ -76,6 +76,12 @@ class SnapshotsPageTest : public QObject {
     QCOMPARE(desk.Rows().size(), 3);
 
     desk.sensor.AddFault("0x45=error:7");
+    desk.sensor.AddFault("0x45=late:1500");
+    desk.Click("restartButton");
+    EVENTUALLY_VERIFY(desk.Has("restartItem"));
+    QQuickItem* const restart = desk.Find("restartItem");
+    desk.Key(Qt::Key_Escape);
+    QCOMPARE(restart->property("reason").toString(), QString());
     desk.Click("selectAllBox");
     QCOMPARE(desk.Text("snapshotOutcome"), QString("2 selected"));
     desk.Find("differenceList")->forceActiveFocus(Qt::TabFocusReason);
@@ -91,8 +97,10 @@ class SnapshotsPageTest : public QObject {
                              "Left as they are, since they have edits that are not saved: VLAN ID."));
     QCOMPARE(desk.sensor.ValueText("Spin Rate"), std::string("1200"));
     desk.Click("noticeAcceptButton");
+    EVENTUALLY_COMPARE(restart->property("reason").toString(), QString("a snapshot is being applied"));
     EVENTUALLY_COMPARE(desk.Text("snapshotOutcome"), QString("1 written and verified, 1 refused."));
     QVERIFY(desk.Idle());
+    QCOMPARE(restart->property("reason").toString(), QString());
     QCOMPARE(desk.Rows().filter("Spin Rate").value(0),
              QString("Spin Rate|600 rpm (10 Hz)|1200 rpm (20 Hz)|false|false|verified"));
     QVERIFY(desk.Rows().filter("Sync Angle").value(0).endsWith("true|refused, code 7"));
