@@ -246,6 +246,8 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
                  Raiser(&VarkelManager::isConnectedChanged)}) {
   connect(&manager, &VarkelManager::lidarModelChanged, &snapshots, &Snapshots::clear);
   connect(&manager, &VarkelManager::editsChanged, &snapshots, &Snapshots::showEdits);
+  connect(&recent_addresses, &RecentAddresses::notKept, &manager,
+          [this](const QString& text) { report.Log(text.toStdString(), "WARNING"); });
   connect(&manager, &VarkelManager::isConnectedChanged, &recent_addresses, [this] {
     const auto session = connection.session();
     if (session && session->ktc_client()) recent_addresses.add(Text(dialled));
