@@ -338,7 +338,6 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   d_->connect_type = ConnectTypeOf(model);
   d_->sensor_return.Cancel();
   const LoadReport loaded = d_->models.Select(model);
-  d_->findings.Check(std::string(kTableFolder) + "/" + model + ".csv");
   d_->page_models.Drop();
   d_->small_sensor_info.SetModel(model);
   emit zeltoLidarInfoChanged();
@@ -354,6 +353,13 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
     for (const std::string& error : loaded.errors) d_->report.Log(error, "ERROR");
     for (const std::string& warning : loaded.warnings) d_->report.Log(warning, "WARNING");
   });
+  d_->findings.Check(std::string(kTableFolder) + "/" + model + ".csv",
+                     [this, table = "The model table of " + model,
+                      is_loaded = loaded.fault.empty()](const std::string& text) {
+                       if (is_loaded) {
+                         d_->report.Log(table + " puts fields at wrong places: " + text, "WARNING");
+                       }
+                     });
 }
 
 QVariantList VarkelManager::level1List() const {

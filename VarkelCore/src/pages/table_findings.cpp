@@ -8,26 +8,31 @@
 
 namespace varkel {
 
-void TableFindings::Check(const std::string& path) {
+void TableFindings::Check(const std::string& path, Warn warn) {
   Show({});
   // The program's folder may be another one by the time the worker runs.
   const QString file = QFileInfo(QString::fromStdString(path)).absoluteFilePath();
-  workers_.Start([this, file, check = ++checks_](const std::stop_token&) {
-    const Found found = LookThrough(file);
-    events_.Post([this, found, check] {
-      if (check == checks_) Show(found);
+  workers_.Start([this, file, warn = std::move(warn), check = ++checks_](const std::stop_token&) {
+    const Found found = Lint(file);
+    events_.Post([this, found, warn, check] {
+      if (check != checks_) return;
+      Show(found);
+      for (const std::string& text : found.misplaced) {
+        if (warn) warn(text);
+      }
     });
   });
 }
 
-TableFindings::Found TableFindings::LookThrough(const QString& path) {
+TableFindings::Found TableFindings::Lint(const QString& path) {
   const std::vector<TableFinding> findings = LintTable(path.toStdString());
   if (findings.empty()) return {};
   const QString name = QFileInfo(path).fileName();
-  Found found{QString::fromStdString(FindingCount(findings)) + QStringLiteral(" in ") + name, {}};
+  Found found{QString::fromStdString(FindingCount(findings)) + QStringLiteral(" in ") + name, {}, {}};
   for (TableFinding finding : findings) {
     finding.file = name.toStdString();
     found.lines.append(QString::fromStdString(FindingLine(finding)));
+    if (finding.misplaces_written_field) found.misplaced.push_back(finding.text);
   }
   return found;
 }

@@ -3,16 +3,17 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <memory>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "VarkelCore/src/tasks/event_queue.h"
 #include "VarkelCore/src/tasks/worker_threads.h"
 
 namespace varkel {
 
-/// What is wrong with the selected model's table, for QML. The table is looked through on a worker; until
-/// that is done, nothing is wrong. Lives on the queue's thread, which calls everything here.
+/// The faults of the selected model's table, for QML. The table is checked on a worker, since a large one
+/// takes a while; until that is done there are none. Lives on the queue's thread, which makes all calls.
 class TableFindings : public QObject {
   Q_OBJECT
   /// "2 errors and 1 warning in Quenta.csv"; empty without any.
@@ -21,11 +22,14 @@ class TableFindings : public QObject {
   Q_PROPERTY(QStringList lines READ lines NOTIFY changed)
 
  public:
-  /// Both outlive this object, and `workers` is joined before it goes.
+  /// Called with a sentence for each field that a save would put at a wrong place.
+  using Warn = std::function<void(const std::string& text)>;
+
+  /// Both outlive this object, and `workers` is joined before it is destroyed.
   TableFindings(WorkerThreads& workers, EventQueue& events) : workers_(workers), events_(events) {}
 
-  /// Looks through this file; what was found in another is forgotten.
-  void Check(const std::string& path);
+  /// Checks this file; the findings of an earlier one are dropped, and a check in progress reports nothing.
+  void Check(const std::string& path, Warn warn = {});
 
   const QString& summary() const { return found_.summary; }
   const QStringList& lines() const { return found_.lines; }
@@ -37,14 +41,15 @@ class TableFindings : public QObject {
   struct Found {
     QString summary;
     QStringList lines;
+    std::vector<std::string> misplaced;  ///< texts of the findings that concern a save
   };
 
-  static Found LookThrough(const QString& path);
+  static Found Lint(const QString& path);
   void Show(Found found);
 
   WorkerThreads& workers_;
   EventQueue& events_;
-  int checks_ = 0;  ///< tells the last check from those that it has overtaken
+  int checks_ = 0;  ///< distinguishes the last check from outdated ones
   Found found_;
 };
 

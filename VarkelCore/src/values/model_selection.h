@@ -24,7 +24,7 @@ struct Model {
   ValueStore values;
 };
 
-/// What a load found out about a table, as sentences for the log.
+/// What loading a table revealed, as sentences for the log.
 struct LoadReport {
   std::string
       fault;  ///< why there is no table: file, fault and, where there is one, the variable; else empty
