@@ -13,7 +13,7 @@
 
 namespace varkel::test {
 
-/// A folder with a dissector and a capture, which goes with the object, and tshark on both.
+/// Runs tshark with a dissector and a capture, in a folder that is removed with the object.
 class Wireshark {
  public:
   explicit Wireshark(const std::vector<std::string>& models) {
@@ -32,7 +32,7 @@ class Wireshark {
 
   CaptureFile& capture() { return *capture_; }
 
-  /// What tshark prints, errors too; `options` are a shell's.
+  /// What tshark prints, including errors; `options` are passed through a shell.
   std::string Run(const std::string& options) {
     capture_->Flush();
     const std::string command = "tshark -r '" + folder_ + "/exchanges.pcap' -X 'lua_script:" + folder_ +

@@ -25,7 +25,7 @@ Bytes Reply(ReplyKind kind, std::uint8_t code, const Bytes& rest) {
   return EncodeReplyFrame(kind, code, rest, 77);
 }
 
-/// A client on two lines; the test is the sensor.
+/// A client on two lines; the test plays the sensor.
 struct Lines {
   Lines() {
     uart_source->SetReceiveType(SerialSource::kCommandType);
@@ -53,7 +53,7 @@ TEST(SerialClient, TakesTheReplyOutOfThePointCloudEvenWithAGarbledTag) {
   Lines lines;
   Bytes reply = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
   for (const std::uint8_t first : Bytes{'$', 0}) {
-    // What an abandoned exchange left unread is no reply to this one.
+    // Unread bytes of an abandoned exchange are not a reply to this one.
     ASSERT_TRUE(lines.rs485.Write(Reply(ReplyKind::kCommand, 3, {9, 9, 9})));
     auto result = lines.Query();
     EXPECT_EQ(lines.uart.Read(kRequestSize).size(), kRequestSize);
@@ -71,7 +71,7 @@ TEST(SerialClient, DistinguishesSilenceNonsenseAndABrokenLine) {
   Bytes reply = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
   reply[10] ^= 1;
   auto wrong = lines.Query();
-  lines.uart.Read(2 * kRequestSize);  // the one before, too
+  lines.uart.Read(2 * kRequestSize);  // the previous one, too
   ASSERT_TRUE(lines.rs485.Write(reply));
   EXPECT_EQ(wrong.get(), tl::unexpected(-2));
   auto pulled = lines.Query();
@@ -100,7 +100,7 @@ TEST(SerialClient, ExchangesFirmwareFramesOnTheCommandLineAlone) {
   auto broken = send();
   lines.uart.Read(request.size());
   lines.uart.Pull();
-  EXPECT_EQ(broken.wait_for(test::kAtOnce), std::future_status::ready) << "the wait of half a minute ends";
+  EXPECT_EQ(broken.wait_for(test::kAtOnce), std::future_status::ready) << "the half-minute wait ends";
   EXPECT_EQ(broken.get().error(), -3);
 }
 
@@ -113,7 +113,7 @@ TEST(KtcSerialClient, CarriesFramesInsideKtc) {
   const std::pair<Bytes, ExchangeResult> kCases[] = {
       {test::Joined({{0, 2}, good}), Bytes{3, 3, 11, 0, 0}},
       {test::Joined({{0, 1}, good}), tl::unexpected(-2)},
-      {test::Joined({{0, 2, 0}, good}), tl::unexpected(-2)},  // noise in front
+      {test::Joined({{0, 2, 0}, good}), tl::unexpected(-2)},  // noise before the reply
       {{}, tl::unexpected(-2)}};
   for (const auto& [payload, result] : kCases) {
     test::FakePeer peer(1, [&answer = payload](const test::Request& request) {

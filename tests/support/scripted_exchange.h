@@ -11,7 +11,7 @@
 
 namespace quarn::test {
 
-/// An exchange without a sensor: records what is sent and answers as the test says.
+/// An exchange without a sensor: records what is sent and answers as the test instructs.
 class ScriptedExchange : public lidar::SerialExchange {
  public:
   using Bytes = std::vector<std::uint8_t>;
@@ -44,7 +44,8 @@ class ScriptedExchange : public lidar::SerialExchange {
     return on_ota ? on_ota(frames.back()) : lidar::OtaReply{type, 0};
   }
 
-  /// The contents of the reply: what follows the command code, so its byte 0 is the reply's byte 2.
+  /// Returns the contents of the reply: the bytes after the command code, so byte 0 here is the reply's
+  /// byte 2.
   std::function<lidar::ExchangeResult(const Command&)> on_command;
   std::function<lidar::Exchanged<lidar::OtaReply>(const OtaFrame&)> on_ota;
   std::vector<Command> commands;

@@ -10,7 +10,7 @@ namespace varkel {
 
 void TableFindings::Check(const std::string& path, Warn warn) {
   Show({});
-  // The program's folder may be another one by the time the worker runs.
+  // The working directory may have changed by the time the worker runs.
   const QString file = QFileInfo(QString::fromStdString(path)).absoluteFilePath();
   workers_.Start([this, file, warn = std::move(warn), check = ++checks_](const std::stop_token&) {
     const Found found = Lint(file);

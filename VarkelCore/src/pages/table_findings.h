@@ -12,11 +12,11 @@
 
 namespace varkel {
 
-/// The faults of the selected model's table, for QML. The table is checked on a worker, since a large one
-/// takes a while; until that is done there are none. Lives on the queue's thread, which makes all calls.
+/// The lint findings of the selected model's table, for QML. The table is checked on a worker; until that is
+/// done, there are no findings. Lives on the queue's thread, which makes all calls.
 class TableFindings : public QObject {
   Q_OBJECT
-  /// "2 errors and 1 warning in Quenta.csv"; empty without any.
+  /// "2 errors and 1 warning in Quenta.csv"; empty if there are none.
   Q_PROPERTY(QString summary READ summary NOTIFY changed)
   /// "Quenta.csv:12: VarLen: error: ...", one each.
   Q_PROPERTY(QStringList lines READ lines NOTIFY changed)
@@ -28,7 +28,8 @@ class TableFindings : public QObject {
   /// Both outlive this object, and `workers` is joined before it is destroyed.
   TableFindings(WorkerThreads& workers, EventQueue& events) : workers_(workers), events_(events) {}
 
-  /// Checks this file; the findings of an earlier one are dropped, and a check in progress reports nothing.
+  /// Checks this file; the findings of the previous file are dropped, and a check still running reports
+  /// nothing.
   void Check(const std::string& path, Warn warn = {});
 
   const QString& summary() const { return found_.summary; }
@@ -49,7 +50,7 @@ class TableFindings : public QObject {
 
   WorkerThreads& workers_;
   EventQueue& events_;
-  int checks_ = 0;  ///< distinguishes the last check from outdated ones
+  int checks_ = 0;  ///< distinguishes the latest check from earlier ones still running
   Found found_;
 };
 

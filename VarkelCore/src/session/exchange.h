@@ -12,15 +12,15 @@ namespace varkel {
 using quarn::lidar::Exchanged;
 using quarn::lidar::ExchangeResult;
 
-/// For `map`: of a reply that has nothing to say only matters that it came.
+/// For `map`, when a reply only confirms its command.
 inline void DropReply(const std::vector<std::uint8_t>& /*reply*/) {}
 
-/// One exchange of a table's command. The payload of a reply to a four-byte command begins with that code.
-/// Blocks for the client's time-out at most.
+/// Exchanges a command of the table. The payload of a reply to a four-byte command begins with that code.
+/// Blocks for at most the client's time-out.
 ExchangeResult QueryTableCommand(quarn::lidar::KtcClient& client, const Command& command,
                                  std::span<const std::uint8_t> payload);
 
-/// One exchange of a plain KTC command.
+/// Exchanges a plain KTC command.
 ExchangeResult QueryKtcCommand(quarn::lidar::KtcClient& client, std::uint8_t command,
                                std::span<const std::uint8_t> payload);
 
