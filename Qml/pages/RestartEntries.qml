@@ -7,7 +7,8 @@ DefaultMenu {
 
     readonly property string blocked: !varkel_manager.IsConnected ? "connect first"
                                       : varkel_manager.IsUpgrading ? "an upgrade is running"
-                                      : varkel_manager.IsDownloadLog ? "a download is running" : ""
+                                      : varkel_manager.IsDownloadLog ? "a download is running"
+                                      : varkel_manager.snapshots.applying ? "a snapshot is being applied" : ""
 
     signal restartRequested
     signal resetRequested

@@ -25,8 +25,9 @@ Item {
         width: parent.width
         upgrading: varkel_manager.IsUpgrading
         after: varkel_manager.sensorReturn.text
-        blocked: varkel_manager.IsConnected ? varkel_manager.IsDownloadLog ? "A log is being downloaded" : ""
-                                            : "Connect to the sensor first"
+        blocked: !varkel_manager.IsConnected ? "Connect to the sensor first"
+                 : varkel_manager.IsDownloadLog ? "A log is being downloaded"
+                 : varkel_manager.snapshots.applying ? "A snapshot is being applied" : ""
         onFileChosen: row.upgradeRequested(file, () => {
             area.take(file);
             varkel_manager.UpgradeLidar(file, row.module, row.values.group, row.values.variable);

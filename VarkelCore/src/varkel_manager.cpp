@@ -244,6 +244,8 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
                  Raiser(&VarkelManager::isConnectedChanged)}) {
   connect(&manager, &VarkelManager::lidarModelChanged, &snapshots, &Snapshots::clear);
   connect(&manager, &VarkelManager::editsChanged, &snapshots, &Snapshots::showEdits);
+  connect(&recent_addresses, &RecentAddresses::notKept, &manager,
+          [this](const QString& text) { report.Log(text.toStdString(), "WARNING"); });
   connect(&manager, &VarkelManager::isConnectedChanged, &recent_addresses, [this] {
     const auto session = connection.session();
     if (session && session->ktc_client()) recent_addresses.add(QString::fromStdString(dialled));
@@ -334,7 +336,6 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   d_->connect_type = ConnectTypeOf(model);
   d_->sensor_return.Cancel();
   const LoadReport loaded = d_->models.Select(model);
-  d_->findings.Check(std::string(kTableFolder) + "/" + model + ".csv");
   d_->page_models.Drop();
   d_->small_sensor_info.SetModel(model);
   emit zeltoLidarInfoChanged();
@@ -350,6 +351,13 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
     for (const std::string& error : loaded.errors) d_->report.Log(error, "ERROR");
     for (const std::string& warning : loaded.warnings) d_->report.Log(warning, "WARNING");
   });
+  d_->findings.Check(std::string(kTableFolder) + "/" + model + ".csv",
+                     [this, table = "The model table of " + model,
+                      is_loaded = loaded.fault.empty()](const std::string& text) {
+                       if (is_loaded) {
+                         d_->report.Log(table + " puts fields at wrong places: " + text, "WARNING");
+                       }
+                     });
 }
 
 QVariantList VarkelManager::level1List() const {

@@ -5,12 +5,14 @@
 #include <filesystem>
 #include <fstream>
 
+#include "tests/support/temporary_folder.h"
+
 namespace varkel {
 namespace {
 
 TEST(ModelSelection, ListsTheTablesOfAFolder) {
-  const std::filesystem::path folder = testing::TempDir() + "varkel models";
-  std::filesystem::remove_all(folder);
+  const test::TemporaryFolder temporary;
+  const std::filesystem::path& folder = temporary.path();
   std::filesystem::create_directories(folder / "folder.csv");
   for (const char* name : {"b.csv", "A.csv", "a.old.csv", "a.csv", "a.csv.bak", "Marvo-KTC.csv",
                            ".hidden.csv", ".~lock.A.csv#", "~$A.csv"}) {
@@ -21,7 +23,6 @@ TEST(ModelSelection, ListsTheTablesOfAFolder) {
 #endif
   EXPECT_THAT(ListModels(folder.string()), testing::ElementsAre("A", "a", "b"));
   EXPECT_THAT(ListModels((folder / "missing").string()), testing::IsEmpty());
-  std::filesystem::remove_all(folder);
 }
 
 }  // namespace

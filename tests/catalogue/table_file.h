@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/temporary_folder.h"
+
 namespace varkel::test {
 
 /// A table file named after the running test, removed with the object. Only one can exist at a time.
@@ -19,8 +21,9 @@ class TableFile {
   const std::string& path() const { return path_; }
 
  private:
+  static inline const TemporaryFolder folder_;
   const testing::TestInfo* const test_ = testing::UnitTest::GetInstance()->current_test_info();
-  const std::string path_ = testing::TempDir() + test_->test_suite_name() + "." + test_->name() + ".csv";
+  const std::string path_ = (folder_.path() / (std::string(test_->name()) + ".csv")).string();
 };
 
 /// A table's text. "Column=text;Column=text" is the row of a variable, in group 1 unless it names another; a

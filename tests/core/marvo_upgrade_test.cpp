@@ -21,14 +21,14 @@ using Ktc = test::ScriptedChannel::KtcRequest;
 /// A sensor that accepts everything and runs from partition A.
 struct MarvoFixture {
   MarvoFixture() {
-    channel.ktc->on_command = [this](const test::ScriptedExchange::Command&, Bytes& contents) {
+    channel.ktc->on_command = [this](const test::ScriptedExchange::Command&) {
       report.Add("change mode");
-      contents = {12, 0, partition};
-      return 0;
+      return Bytes{12, 0, partition};
     };
-    channel.on_ktc = [this](const Ktc& request, Bytes&) {
+    channel.on_ktc = [this](const Ktc& request) -> ExchangeResult {
       report.Add("rate");
-      return request.command == 0xFF ? 0 : 1;
+      if (request.command != 0xFF) return tl::unexpected(1);
+      return {};
     };
   }
   Lines Run(const Bytes& package, std::chrono::milliseconds pause = {}, const std::stop_token& stop = {}) {
@@ -91,9 +91,9 @@ TEST(MarvoUpgrade, EveryFailureEndsTheRunFirst) {
                                            {FullMarvoPackage(), {"end", "error: " + fpga, "INFO " + fpga}}};
   for (const auto& [package, end] : cases) {
     MarvoFixture fixture;
-    fixture.channel.ktc->on_ota = [](const Frame& frame, quarn::lidar::OtaReply& reply) {
-      if (frame.type == 0x11 && frame.second == 1) reply.status = 9;
-      return 0;
+    fixture.channel.ktc->on_ota = [](const Frame& frame) {
+      const bool is_fpga = frame.type == 0x11 && frame.second == 1;
+      return quarn::lidar::OtaReply{frame.type, static_cast<std::uint8_t>(is_fpga ? 9 : 0)};
     };
     const Lines lines = fixture.Run(package);
     ASSERT_GE(lines.size(), end.size());

@@ -54,6 +54,10 @@ class SettingsTest : public QObject {
     const varkel::RecentAddresses next(path);
     QCOMPARE(next.all().join(' '),
              "10.0.0.5 10.0.0.11 10.0.0.9 10.0.0.8 10.0.0.7 10.0.0.6 10.0.0.4 10.0.0.3 10.0.0.2");
+    varkel::RecentAddresses below_a_file(path + "/recent.txt");
+    QSignalSpy not_kept(&below_a_file, &varkel::RecentAddresses::notKept);
+    below_a_file.add("10.0.0.1");
+    QVERIFY(not_kept.value(0).value(0).toString().contains(path));
   }
 };
 

@@ -60,14 +60,12 @@ class ScriptedChannel : public SmallSensorChannel {
   ExchangeResult QueryKtc(std::uint8_t command, std::span<const std::uint8_t> payload,
                           Logged logged) override {
     ktc_requests.push_back({command, Bytes(payload.begin(), payload.end()), logged == Logged::kNo});
-    Bytes reply;
-    const int code = on_ktc ? on_ktc(ktc_requests.back(), reply) : 0;
-    return code == 0 ? ExchangeResult(reply) : tl::unexpected(code);
+    return on_ktc ? on_ktc(ktc_requests.back()) : ExchangeResult();
   }
 
   std::shared_ptr<ScriptedExchange> ktc = std::make_shared<ScriptedExchange>();
   std::shared_ptr<ScriptedExchange> lines;
-  std::function<int(const KtcRequest&, Bytes& reply)> on_ktc;
+  std::function<ExchangeResult(const KtcRequest&)> on_ktc;
   std::vector<KtcRequest> ktc_requests;
 };
 

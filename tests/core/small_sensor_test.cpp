@@ -20,15 +20,9 @@ using Lines = std::vector<std::string>;
 
 struct SmallSensorFixture {
   /// Answers commands with these contents (from the reply's byte 2 on), and KTC with the same.
-  void Answer(const Bytes& contents, int result = 0) {
-    channel->ktc->on_command = [contents, result](const Command&, Bytes& out) {
-      out = contents;
-      return result;
-    };
-    channel->on_ktc = [contents, result](const Ktc&, Bytes& out) {
-      out = contents;
-      return result;
-    };
+  void Answer(const ExchangeResult& contents) {
+    channel->ktc->on_command = [contents](const Command&) { return contents; };
+    channel->on_ktc = [contents](const Ktc&) { return contents; };
   }
   std::vector<Command> Sent() { return std::exchange(channel->ktc->commands, {}); }
   std::vector<Ktc> SentKtc() { return std::exchange(channel->ktc_requests, {}); }
@@ -170,7 +164,7 @@ TEST(SmallSensor, StoresTheModeOnceTheSensorAcceptedIt) {
   SmallSensorFixture fixture;
   fixture.channel->ktc->set_current_mode(99);
   for (const auto& [status, mode] : {std::pair{4, 99}, {0, 11}}) {
-    fixture.Answer({11, 0, static_cast<std::uint8_t>(status)});
+    fixture.Answer(Bytes{11, 0, static_cast<std::uint8_t>(status)});
     fixture.sensor.SetStandby(1);
     EXPECT_EQ(fixture.channel->ktc->current_mode(), mode);
   }
@@ -219,17 +213,16 @@ struct InfoFixture : SmallSensorFixture {
 
   /// Versions by their index, a serial number, a destination.
   void AnswerAll(const std::string& serial_number) {
-    channel->ktc->on_command = [serial_number](const Command& command, Bytes& contents) {
+    channel->ktc->on_command = [serial_number](const Command& command) {
       const bool version = command.payload[0] == 15;
       const std::string text = version ? "1.2." + std::to_string(command.payload[1]) : serial_number;
-      contents = {command.payload[0], 0};
+      Bytes contents = {command.payload[0], 0};
       contents.insert(contents.end(), text.begin(), text.end());
       if (version) contents.resize(28);
-      return 0;
+      return contents;
     };
-    channel->on_ktc = [](const Ktc&, Bytes& reply) {
-      reply = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 10, 0, 0, 0, 0, 80};
-      return 0;
+    channel->on_ktc = [](const Ktc&) {
+      return Bytes{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 10, 0, 0, 0, 0, 80};
     };
   }
   /// What a round reports.
@@ -269,7 +262,7 @@ TEST(SmallSensorInfo, ShowsPlaceholdersThenWhatWasRead) {
 
 TEST(SmallSensorInfo, ReportsAFailureOnceAndRetriesVersions) {
   InfoFixture fixture("Zelto");
-  fixture.Answer({}, -2);
+  fixture.Answer(tl::unexpected(-2));
   EXPECT_EQ(fixture.Round(), (Lines{"ERROR Zelto-KTC get SN failed, ret:-2", "pbl begins",
                                     "ERROR get pbl version error, ret:-2", "pbl ends"}));
   for (int round = 1; round < 5; ++round) {
@@ -278,13 +271,13 @@ TEST(SmallSensorInfo, ReportsAFailureOnceAndRetriesVersions) {
   EXPECT_EQ(fixture.Sent().size(), 5U + SmallSensorInfo::kVersionTries)
       << "no more attempts than this for a sensor that does not answer";
   InfoFixture again("Zelto");
-  again.Answer({}, -2);
+  again.Answer(tl::unexpected(-2));
   again.Round();
   again.AnswerAll("Z1");
   EXPECT_EQ(again.Round(), (Lines{"changed", "pbl begins", "changed", "pbl ends"}));
   for (const std::string& serial :
        {std::string(), std::string(2, '\0'), std::string("A\a"), std::string("A\x80")}) {
-    again.Answer({}, -3);
+    again.Answer(tl::unexpected(-3));
     again.Round();  // another failure in between, so that each of these is reported
     again.AnswerAll(serial);
     EXPECT_EQ(again.Round(), Lines{"ERROR Zelto-KTC SN invalid after validation"});

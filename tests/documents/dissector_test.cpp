@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <fstream>
 #include <random>
 #include <set>
 #include <sstream>
@@ -11,6 +12,7 @@
 #include "VarkelCore/src/values/value_text.h"
 #include "libquarn/Source/src/serial_frame.h"
 #include "simulator/src/simulated_sensor.h"
+#include "tests/catalogue/table_file.h"
 #include "tests/documents/tshark.h"
 #include "tests/quarn/fake_peer.h"
 #include "tests/support/protocol_page.h"
@@ -285,16 +287,15 @@ TEST(Dissector, AcceptsAnyBytes) {
 }
 
 TEST(Dissector, NamesFieldsThatFiltersAccept) {
-  const std::string path = testing::TempDir() + "names.csv";
-  std::ofstream(path)
-      << "GroupID,Index,Get,Set,SetIndex,VarName,Permission,VarType,DefaultValue,Options,Unit,Coefficient,"
-         "SetCoefficient,OptionDescription,FunctionModule,VarLen,TimerUpdate,GetCmdPayload\n"
-         "1,1,0x40,,,Speed,0,uint8,,,,,,,,1,,\n"
-         "1,2,0x40,,,speed!,0,uint8,,,,0.1,,,,1,,\n"
-         "1,3,0x40,,,\"°\\\"\"\n]]\",0,string,,,,,,,,1,,\n"
-         "1,4,33,,,A,0,uint8,,,,,,,,1,,0x01\n"
-         "1,5,0x21,,,B,0,uint8,,,,,,,,1,,0x02\n";
-  ConfigParser table(path);
+  const test::TableFile file(
+      "GroupID,Index,Get,Set,SetIndex,VarName,Permission,VarType,DefaultValue,Options,Unit,Coefficient,"
+      "SetCoefficient,OptionDescription,FunctionModule,VarLen,TimerUpdate,GetCmdPayload\n"
+      "1,1,0x40,,,Speed,0,uint8,,,,,,,,1,,\n"
+      "1,2,0x40,,,speed!,0,uint8,,,,0.1,,,,1,,\n"
+      "1,3,0x40,,,\"°\\\"\"\n]]\",0,string,,,,,,,,1,,\n"
+      "1,4,33,,,A,0,uint8,,,,,,,,1,,0x01\n"
+      "1,5,0x21,,,B,0,uint8,,,,,,,,1,,0x02\n");
+  ConfigParser table(file.path());
   ASSERT_TRUE(table.ExtractConfigInfo());
   const DissectorModel model{"A b-C", &table};
   const std::string lua = WiresharkDissector(std::span(&model, 1));
@@ -304,7 +305,6 @@ TEST(Dissector, NamesFieldsThatFiltersAccept) {
         "[\"21\"] = {name = \"B and 1 more\", reads = {{1, 0, \"02\"}, {2, 0, \"01\"}}, read_size = 1}"}) {
     EXPECT_THAT(lua, HasSubstr(text));
   }
-  std::filesystem::remove(path);
 }
 
 }  // namespace

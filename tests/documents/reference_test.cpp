@@ -2,9 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include <filesystem>
-#include <fstream>
 #include <set>
+
+#include "tests/catalogue/table_file.h"
 
 namespace varkel {
 namespace {
@@ -60,13 +60,12 @@ TEST(Reference, ShowsValuesScalesAndPositions) {
 }
 
 TEST(Reference, AcceptsAnyText) {
-  const std::string path = testing::TempDir() + "reference.csv";
-  std::ofstream(path)
-      << "GroupID,Index,Get,Set,SetIndex,VarName,Permission,VarType,DefaultValue,Options,Unit,Coefficient,"
-         "SetCoefficient,OptionDescription,FunctionModule,VarLen,TimerUpdate,GetCmdPayload\n"
-         "0,<b>\n1,1,0x40,no,,</title><script>|`,0,string,\"\"\"><i>\",,,,,,,400000000,,\n"
-         "1,2,0x40,,,äöüßäöüßäöüß äöüßäöüßäöüßäöüßäöüß,0,uint8,,,,,,,,1,,\n";
-  ConfigParser table(path);
+  const test::TableFile file(
+      "GroupID,Index,Get,Set,SetIndex,VarName,Permission,VarType,DefaultValue,Options,Unit,Coefficient,"
+      "SetCoefficient,OptionDescription,FunctionModule,VarLen,TimerUpdate,GetCmdPayload\n"
+      "0,<b>\n1,1,0x40,no,,</title><script>|`,0,string,\"\"\"><i>\",,,,,,,400000000,,\n"
+      "1,2,0x40,,,äöüßäöüßäöüß äöüßäöüßäöüßäöüßäöüß,0,uint8,,,,,,,,1,,\n");
+  ConfigParser table(file.path());
   ASSERT_TRUE(table.ExtractConfigInfo());
   const TableReference reference = MakeReference("<model>", table);
   const std::string html = HtmlReference(reference);
@@ -76,7 +75,6 @@ TEST(Reference, AcceptsAnyText) {
   EXPECT_LT(html.size(), 40'000U);  // the diagram of a field does not grow with the field's length
   EXPECT_THAT(html, HasSubstr("äöüßäöüßä…"));
   EXPECT_THAT(MarkdownReference(reference), HasSubstr("\\</title\\>\\<script\\>\\|\\`"));
-  std::filesystem::remove(path);
 }
 
 }  // namespace

@@ -3,14 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <memory>
-#include <random>
 #include <string>
 
 #include "VarkelCore/src/documents/dissector.h"
 #include "tests/support/capture_file.h"
+#include "tests/support/temporary_folder.h"
 
 namespace varkel::test {
 
@@ -18,7 +17,6 @@ namespace varkel::test {
 class Wireshark {
  public:
   explicit Wireshark(const std::vector<std::string>& models) {
-    std::filesystem::create_directories(folder_);
     std::vector<std::unique_ptr<ConfigParser>> tables;
     std::vector<DissectorModel> shown;
     for (const std::string& model : models) {
@@ -29,7 +27,6 @@ class Wireshark {
     std::ofstream(folder_ + "/varkel.lua", std::ios::binary) << WiresharkDissector(shown);
     capture_ = std::make_unique<CaptureFile>(folder_ + "/exchanges.pcap");
   }
-  ~Wireshark() { std::filesystem::remove_all(folder_); }
   Wireshark(const Wireshark&) = delete;
   Wireshark& operator=(const Wireshark&) = delete;
 
@@ -49,10 +46,8 @@ class Wireshark {
   }
 
  private:
-  const testing::TestInfo* const test_ = testing::UnitTest::GetInstance()->current_test_info();
-  // Another checkout may be running the same test.
-  const std::string folder_ =
-      testing::TempDir() + "varkel_" + test_->name() + "_" + std::to_string(std::random_device()());
+  const TemporaryFolder temporary_;
+  const std::string folder_ = temporary_.path().string();
   std::unique_ptr<CaptureFile> capture_;
 };
 

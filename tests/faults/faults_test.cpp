@@ -154,10 +154,9 @@ TEST(Faults, ALateReplyAnswersNoOtherCommand) {
       std::make_shared<quarn::lidar::KtcClient>("127.0.0.1", sensor.port(), false, 0U, std::uint8_t{1}, "",
                                                 "", "", kTimeoutMs, kTimeoutMs, 0.0F, std::uint16_t{0});
   while (!client->IsOpen()) std::this_thread::yield();
-  std::vector<std::uint8_t> reply;
   quarn::lidar::KtcSerialClient carried(client);
   const std::vector<std::uint8_t> safety = {quarn::lidar::kFunctionSafetyItem};
-  EXPECT_EQ(carried.QueryCommand(quarn::lidar::kGetRequest, safety, reply, kTimeoutMs), -3);
+  EXPECT_EQ(carried.QueryCommand(quarn::lidar::kGetRequest, safety, kTimeoutMs), tl::unexpected(-3));
   const auto baud_rate = [&] {
     const auto result =
         varkel::QueryKtcCommand(*client, quarn::lidar::kKtcExtensionCmd, quarn::lidar::kGetBaudRatePayload);

@@ -104,7 +104,7 @@ TEST(QueryCommand, EndsOnASensorThatSendsWithoutPause) {
                                  {.longest_noise = std::chrono::milliseconds(300)});
   EXPECT_TRUE(test::Eventually([&] { return client->IsOpen(); }));
   // A busy machine may interrupt the flood for long enough that the request is sent.
-  const KtcClient::Result reply = client->Query({}, 0x31);
+  const ExchangeResult reply = client->Query({}, 0x31);
   EXPECT_TRUE(!reply && (reply.error() == KtcClient::kNotSent || reply.error() == KtcClient::kNoHeader));
 }
 
@@ -121,7 +121,7 @@ TEST(QueryCommand, ReportsRepliesTooSlowOrTooLargeOrThatCannotBeStored) {
     const Bytes reply = FakePeer::Reply(1, 0x31, test::Counting(c.announced));
     FakePeer peer(1, [&](const Request&) { return Answer{Cut(reply, 8 + c.sent)}; });
     const auto client = Connect(peer, 1, 20000, c.limits);
-    KtcClient::Result result;
+    ExchangeResult result;
     EXPECT_LT(test::TimeOf([&] { result = client->Query({}, 0x31); }), test::kPatience);
     EXPECT_EQ(result ? 0 : result.error(), c.result);
     EXPECT_TRUE(!result || *result == Bytes(reply.begin() + 8, reply.end()));

@@ -28,28 +28,26 @@ class ScriptedExchange : public lidar::SerialExchange {
     bool operator==(const OtaFrame&) const = default;
   };
 
-  int QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload, Bytes& frame,
-                 std::uint32_t /*timeout_ms*/) override {
+  lidar::ExchangeResult QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
+                                   std::uint32_t /*timeout_ms*/) override {
     commands.push_back({code, Bytes(payload.begin(), payload.end())});
-    Bytes contents;
-    const int result = on_command ? on_command(commands.back(), contents) : kNotReceived;
-    if (result == 0) {
-      frame = lidar::EncodeReplyFrame(lidar::ReplyKind::kCommand, code, contents, 1);
-    }
-    return result;
+    if (!on_command) return tl::unexpected(kNotReceived);
+    return on_command(commands.back()).map([code](const Bytes& contents) {
+      return lidar::EncodeReplyFrame(lidar::ReplyKind::kCommand, code, contents, 1);
+    });
   }
 
-  int ExchangeOta(std::uint32_t first, std::uint32_t second, std::span<const std::uint8_t> data,
-                  std::uint8_t type, lidar::OtaReply& reply) override {
+  lidar::Exchanged<lidar::OtaReply> ExchangeOta(std::uint32_t first, std::uint32_t second,
+                                                std::span<const std::uint8_t> data,
+                                                std::uint8_t type) override {
     frames.push_back({type, first, second, Bytes(data.begin(), data.end())});
-    reply = {type, 0};
-    return on_ota ? on_ota(frames.back(), reply) : 0;
+    return on_ota ? on_ota(frames.back()) : lidar::OtaReply{type, 0};
   }
 
-  /// Fills in the contents of the reply (the bytes after the command code, so byte 0 here is the reply's byte
-  /// 2) and returns the exchange's result.
-  std::function<int(const Command&, Bytes& contents)> on_command;
-  std::function<int(const OtaFrame&, lidar::OtaReply&)> on_ota;
+  /// Returns the contents of the reply: the bytes after the command code, so byte 0 here is the reply's
+  /// byte 2.
+  std::function<lidar::ExchangeResult(const Command&)> on_command;
+  std::function<lidar::Exchanged<lidar::OtaReply>(const OtaFrame&)> on_ota;
   std::vector<Command> commands;
   std::vector<OtaFrame> frames;
 };

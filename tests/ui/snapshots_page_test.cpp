@@ -76,6 +76,12 @@ class SnapshotsPageTest : public QObject {
     QCOMPARE(driver.Rows().size(), 3);
 
     driver.sensor.AddFault("0x45=error:7");
+    driver.sensor.AddFault("0x45=late:1500");
+    driver.Click("restartButton");
+    EVENTUALLY_VERIFY(driver.Has("restartItem"));
+    QQuickItem* const restart = driver.Find("restartItem");
+    driver.Key(Qt::Key_Escape);
+    QCOMPARE(restart->property("reason").toString(), QString());
     driver.Click("selectAllBox");
     QCOMPARE(driver.Text("snapshotOutcome"), QString("2 selected"));
     driver.Find("differenceList")->forceActiveFocus(Qt::TabFocusReason);
@@ -90,8 +96,10 @@ class SnapshotsPageTest : public QObject {
     QVERIFY(driver.NoticeShows("messageWindow", "Left unchanged because of unsaved edits: VLAN ID."));
     QCOMPARE(driver.sensor.ValueText("Spin Rate"), std::string("1200"));
     driver.Click("noticeAcceptButton");
+    EVENTUALLY_COMPARE(restart->property("reason").toString(), QString("a snapshot is being applied"));
     EVENTUALLY_COMPARE(driver.Text("snapshotOutcome"), QString("1 written and verified, 1 refused."));
     QVERIFY(driver.Idle());
+    QCOMPARE(restart->property("reason").toString(), QString());
     QCOMPARE(driver.Rows().filter("Spin Rate").value(0),
              QString("Spin Rate|600 rpm (10 Hz)|1200 rpm (20 Hz)|false|false|verified"));
     QVERIFY(driver.Rows().filter("Sync Angle").value(0).endsWith("true|refused, code 7"));

@@ -14,6 +14,7 @@
 #include "VarkelCore/src/values/whole_number.h"
 #include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/Platform/src/trace.h"
+
 namespace varkel {
 
 namespace {
@@ -68,9 +69,10 @@ std::string UpperHex(std::span<const std::uint8_t> bytes) {
 }  // namespace
 
 CommandConsole::Channel CommandConsole::KtcChannel(std::shared_ptr<quarn::lidar::KtcClient> client) {
-  return {[client = std::move(client)](std::uint8_t code, std::span<const std::uint8_t> payload,
-                                       std::vector<std::uint8_t>& reply) {
-            return client->QueryCommand(payload, reply, code, true);
+  return {[client = std::move(client)](std::uint8_t code, std::span<const std::uint8_t> payload) {
+            Answer answer;
+            answer.is_answered = client->QueryCommand(payload, answer.reply, code, true) == 0;
+            return answer;
           },
           "Query ktc command fail. Please input right ktc command header and payload.",
           "Incorrect KTC header was entered. Parsing failed.",
@@ -79,9 +81,10 @@ CommandConsole::Channel CommandConsole::KtcChannel(std::shared_ptr<quarn::lidar:
 
 CommandConsole::Channel CommandConsole::SerialChannel(std::shared_ptr<quarn::lidar::SerialExchange> exchange,
                                                       bool over_ktc) {
-  return {[exchange = std::move(exchange)](std::uint8_t code, std::span<const std::uint8_t> payload,
-                                           std::vector<std::uint8_t>& reply) {
-            return exchange->QueryFrame(code, payload, reply, quarn::lidar::Timeouts().small_exchange_ms);
+  return {[exchange = std::move(exchange)](std::uint8_t code, std::span<const std::uint8_t> payload) {
+            const quarn::lidar::ExchangeResult frame =
+                exchange->QueryFrame(code, payload, quarn::lidar::Timeouts().small_exchange_ms);
+            return Answer{frame.has_value(), frame.value_or(std::vector<std::uint8_t>())};
           },
           over_ktc ? "Query Serial command fail. Please check BytesFlow in Log Window. Please input right "
                      "Serial command header and payload."
@@ -119,8 +122,7 @@ CommandConsole::Outcome CommandConsole::Send(const Channel& channel, const std::
     bytes.push_back(*byte);
   }
 
-  std::vector<std::uint8_t> reply;
-  const bool is_answered = channel.query(code, bytes, reply) == 0;
+  auto [is_answered, reply] = channel.query(code, bytes);
   {
     const std::lock_guard lock(mutex_);
     last_exchange_ = {channel.is_serial, code, bytes, reply, is_answered};

@@ -29,12 +29,16 @@ class CommandConsole {
   static constexpr std::size_t kHistorySize = 10;
   static constexpr std::size_t kShownPayload = 1024;  ///< bytes of a reply payload that are shown
 
+  /// A reply: an 8-byte header and the payload; after a failure at most the header that came.
+  struct Answer {
+    bool is_answered = false;
+    std::vector<std::uint8_t> reply;
+  };
+
   /// The protocol that carries the commands, and its notices.
   struct Channel {
-    /// Performs one exchange: 0 on success. The reply is an 8-byte header and the payload.
-    std::function<int(std::uint8_t code, std::span<const std::uint8_t> payload,
-                      std::vector<std::uint8_t>& reply)>
-        query;
+    std::function<Answer(std::uint8_t code, std::span<const std::uint8_t> payload)>
+        query;  ///< performs one exchange
     const char* query_failed;
     const char* bad_header;
     const char* bad_payload;

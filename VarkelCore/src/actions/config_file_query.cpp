@@ -1,7 +1,5 @@
 #include "VarkelCore/src/actions/config_file_query.h"
 
-#include <vector>
-
 #include "libquarn/Platform/src/trace.h"
 
 namespace varkel {
@@ -9,11 +7,10 @@ namespace varkel {
 void QueryConfigFile(SensorSession& session) {
   constexpr std::uint8_t kConfigFileCommand = 116;
   if (!session.ktc_client()) return;
-  std::vector<std::uint8_t> discarded;
-  const int result = session.ktc_client()->QueryCommand({}, discarded, kConfigFileCommand, false);
+  const bool is_answered = session.ktc_client()->Query({}, kConfigFileCommand).has_value();
   // The two texts are swapped; existing scripts expect them this way.
-  quarn::platform::TraceLine(result != 0 ? "[SUCCESS]: Get config file from lidar success! "
-                                         : "[FAILED]: Get config file from lidar failed! ");
+  quarn::platform::TraceLine(is_answered ? "[FAILED]: Get config file from lidar failed! "
+                                         : "[SUCCESS]: Get config file from lidar success! ");
 }
 
 }  // namespace varkel

@@ -8,14 +8,18 @@
 
 namespace varkel {
 
-void TableFindings::Check(const std::string& path) {
+void TableFindings::Check(const std::string& path, Warn warn) {
   Show({});
   // The working directory may have changed by the time the worker runs.
   const QString file = QFileInfo(QString::fromStdString(path)).absoluteFilePath();
-  workers_.Start([this, file, check = ++checks_](const std::stop_token&) {
+  workers_.Start([this, file, warn = std::move(warn), check = ++checks_](const std::stop_token&) {
     const Found found = Lint(file);
-    events_.Post([this, found, check] {
-      if (check == checks_) Show(found);
+    events_.Post([this, found, warn, check] {
+      if (check != checks_) return;
+      Show(found);
+      for (const std::string& text : found.misplaced) {
+        if (warn) warn(text);
+      }
     });
   });
 }
@@ -24,10 +28,11 @@ TableFindings::Found TableFindings::Lint(const QString& path) {
   const std::vector<TableFinding> findings = LintTable(path.toStdString());
   if (findings.empty()) return {};
   const QString name = QFileInfo(path).fileName();
-  Found found{QString::fromStdString(FindingCount(findings)) + QStringLiteral(" in ") + name, {}};
+  Found found{QString::fromStdString(FindingCount(findings)) + QStringLiteral(" in ") + name, {}, {}};
   for (TableFinding finding : findings) {
     finding.file = name.toStdString();
     found.lines.append(QString::fromStdString(FindingLine(finding)));
+    if (finding.misplaces_written_field) found.misplaced.push_back(finding.text);
   }
   return found;
 }

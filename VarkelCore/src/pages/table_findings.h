@@ -3,8 +3,9 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <memory>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "VarkelCore/src/tasks/event_queue.h"
 #include "VarkelCore/src/tasks/worker_threads.h"
@@ -21,11 +22,15 @@ class TableFindings : public QObject {
   Q_PROPERTY(QStringList lines READ lines NOTIFY changed)
 
  public:
-  /// Both outlive this object, and `workers` is joined before it goes.
+  /// Called with a sentence for each field that a save would put at a wrong place.
+  using Warn = std::function<void(const std::string& text)>;
+
+  /// Both outlive this object, and `workers` is joined before it is destroyed.
   TableFindings(WorkerThreads& workers, EventQueue& events) : workers_(workers), events_(events) {}
 
-  /// Checks this file; the findings of the previous file are dropped.
-  void Check(const std::string& path);
+  /// Checks this file; the findings of the previous file are dropped, and a check still running reports
+  /// nothing.
+  void Check(const std::string& path, Warn warn = {});
 
   const QString& summary() const { return found_.summary; }
   const QStringList& lines() const { return found_.lines; }
@@ -37,6 +42,7 @@ class TableFindings : public QObject {
   struct Found {
     QString summary;
     QStringList lines;
+    std::vector<std::string> misplaced;  ///< texts of the findings that concern a save
   };
 
   static Found Lint(const QString& path);

@@ -9,9 +9,11 @@
 
 namespace varkel {
 
-/// The result of one exchange with the sensor: the reply's payload, or the code that says why there is none.
-/// Positive codes are the sensor's own, negative ones the client's (KtcClient::kOtherReply and following).
-using ExchangeResult = quarn::lidar::KtcClient::Result;
+using quarn::lidar::Exchanged;
+using quarn::lidar::ExchangeResult;
+
+/// For `map`, when a reply only confirms its command.
+inline void DropReply(const std::vector<std::uint8_t>& /*reply*/) {}
 
 /// Exchanges a command of the table. The payload of a reply to a four-byte command begins with that code.
 /// Blocks for at most the client's time-out.

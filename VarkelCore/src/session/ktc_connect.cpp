@@ -1,11 +1,12 @@
 #include "VarkelCore/src/session/ktc_connect.h"
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "VarkelCore/src/tasks/worker_threads.h"
 #include "libquarn/Platform/src/ipv4.h"
@@ -59,11 +60,8 @@ ConnectFailure Failure(const std::string& reason) {
 }  // namespace
 
 bool AnswersKtc(KtcClient& client) {
-  std::vector<std::uint8_t> reply;
-  for (const std::uint8_t command : kProbeCommands) {
-    if (client.QueryCommand({}, reply, command) == 0) return true;
-  }
-  return false;
+  return std::any_of(std::begin(kProbeCommands), std::end(kProbeCommands),
+                     [&client](std::uint8_t command) { return client.Query({}, command).has_value(); });
 }
 
 SessionResult ConnectKtc(const char* function, const std::stop_token& stop,

@@ -44,11 +44,14 @@ void RecentAddresses::remove(const QString& address) {
   Keep(addresses);
 }
 
-// Only a convenience, so a file that can't be written is not reported.
+// The list is only a convenience: a file that can't be written fails nothing else.
 void RecentAddresses::Keep(const QStringList& addresses) {
   const QByteArray text = addresses.join('\n').toUtf8();
   QDir().mkpath(QFileInfo(path_).path());
-  WriteAtomically(path_, std::vector<std::uint8_t>(text.begin(), text.end()));
+  if (WriteAtomically(path_, std::vector<std::uint8_t>(text.begin(), text.end())) != WriteResult::kWritten) {
+    emit notKept(QStringLiteral("The recent addresses can't be saved to ") + path_ +
+                 QStringLiteral(": the disk is full, or the file is protected."));
+  }
   emit changed();
 }
 

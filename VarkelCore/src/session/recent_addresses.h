@@ -24,6 +24,8 @@ class RecentAddresses : public QObject {
 
  signals:
   void changed();
+  /// The file could not be written; `text` is a sentence for the log.
+  void notKept(const QString& text);
 
  private:
   void Keep(const QStringList& addresses);

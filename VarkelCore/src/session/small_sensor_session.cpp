@@ -13,9 +13,7 @@ SessionResult ConnectSmallSensor(const std::stop_token& stop, const ConnectionSe
     const auto baud_rate = static_cast<std::uint32_t>(settings.baud_rate);
     connection.client->SetSerialFastBaudRate(baud_rate);
     // Whether the sensor accepted the rate shows later, by whether it answers.
-    std::vector<std::uint8_t> reply;
-    connection.client->QueryCommand(quarn::lidar::SetBaudRatePayload(baud_rate), reply,
-                                    quarn::lidar::kKtcExtensionCmd);
+    connection.client->Query(quarn::lidar::SetBaudRatePayload(baud_rate), quarn::lidar::kKtcExtensionCmd);
     return std::make_shared<SensorSession>(SensorSession::KtcPeer::kSmallSensor, connection.client,
                                            connection.byte_log, context.activity, std::move(periodic));
   };

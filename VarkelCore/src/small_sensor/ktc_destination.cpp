@@ -20,8 +20,7 @@ constexpr std::size_t kPortOffset = kAddressOffset + kAddressSize;
 
 }  // namespace
 
-tl::expected<Destination, int> ReadDestination(SmallSensorChannel& channel,
-                                               SmallSensorChannel::Logged logged) {
+Exchanged<Destination> ReadDestination(SmallSensorChannel& channel, SmallSensorChannel::Logged logged) {
   const ExchangeResult reply = channel.QueryKtc(kReadCommand, {}, logged);
   if (!reply) return tl::unexpected(reply.error());
   Destination destination;
@@ -35,14 +34,15 @@ tl::expected<Destination, int> ReadDestination(SmallSensorChannel& channel,
   return destination;
 }
 
-int WriteDestination(SmallSensorChannel& channel, const std::string& ip, int port) {
+Exchanged<void> WriteDestination(SmallSensorChannel& channel, const std::string& ip, int port) {
   auto [fault, payload] = quarn::lidar::ReadByteText(ip, quarn::lidar::kIpv4Text);
   const bool is_port = port >= 0 && port <= std::numeric_limits<std::uint16_t>::max();
-  if (fault != quarn::lidar::ByteTextFault::kNone || !is_port) return SerialExchange::kNotSent;
+  if (fault != quarn::lidar::ByteTextFault::kNone || !is_port) {
+    return tl::unexpected(SerialExchange::kNotSent);
+  }
   payload.resize(kAddressSize + sizeof(std::uint16_t));
   quarn::lidar::StoreBigEndian(payload, kAddressSize, static_cast<std::uint16_t>(port));
-  const ExchangeResult reply = channel.QueryKtc(kWriteCommand, payload, SmallSensorChannel::Logged::kYes);
-  return reply ? 0 : reply.error();
+  return channel.QueryKtc(kWriteCommand, payload, SmallSensorChannel::Logged::kYes).map(DropReply);
 }
 
 }  // namespace varkel

@@ -3,8 +3,6 @@
 #include <cstdint>
 #include <string>
 
-#include <tl/expected.hpp>
-
 #include "VarkelCore/src/session/small_sensor_channel.h"
 
 namespace varkel {
@@ -16,11 +14,10 @@ struct Destination {
 };
 
 /// Asks the sensor (KTC command 0x08); a reply that is too short is SerialExchange::kWrongReply.
-tl::expected<Destination, int> ReadDestination(SmallSensorChannel& channel,
-                                               SmallSensorChannel::Logged logged);
+Exchanged<Destination> ReadDestination(SmallSensorChannel& channel, SmallSensorChannel::Logged logged);
 
-/// Sets it (KTC command 0x20): 0 or an error code. An address that is not four decimal bytes, or a
-/// port beyond 65535, is refused with SerialExchange::kNotSent.
-int WriteDestination(SmallSensorChannel& channel, const std::string& ip, int port);
+/// Sets it (KTC command 0x20). An address that is not four decimal bytes, or a port beyond 65535, is refused
+/// with SerialExchange::kNotSent.
+Exchanged<void> WriteDestination(SmallSensorChannel& channel, const std::string& ip, int port);
 
 }  // namespace varkel

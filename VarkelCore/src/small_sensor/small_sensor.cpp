@@ -4,9 +4,9 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
-#include <limits>
-#include <optional>
+#include <initializer_list>
 #include <string_view>
+#include <utility>
 
 #include "VarkelCore/src/catalogue/model_names.h"
 #include "VarkelCore/src/small_sensor/ktc_destination.h"
@@ -54,7 +54,7 @@ std::string FaultText(std::uint16_t code) {
 }
 
 /// 0 for a text that is no unsigned decimal number of 32 bits.
-std::uint32_t ReadBaudRate(std::string_view text) {
+std::uint32_t ParseBaudRate(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n";
   text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
   text.remove_suffix(text.size() - (text.find_last_not_of(kBlanks) + 1));
@@ -63,27 +63,56 @@ std::uint32_t ReadBaudRate(std::string_view text) {
   return error == std::errc() && end == text.data() + text.size() ? value : 0;
 }
 
-/// 0, or the status with which the sensor refused, or the exchange's code.
-int SetItem(SerialExchange& exchange, std::uint8_t item, std::uint8_t value) {
-  std::uint8_t status = 0;
-  const int result = quarn::lidar::SetItem(exchange, item, value, status);
-  return result != 0 ? result : status;
+/// Fails with the status with which the sensor refused, or with the exchange's code.
+Exchanged<void> WriteItem(SerialExchange& exchange, std::uint8_t item, std::uint8_t value) {
+  const Exchanged<std::uint8_t> status = quarn::lidar::SetItem(exchange, item, value);
+  if (!status) return tl::unexpected(status.error());
+  if (*status != 0) return tl::unexpected(std::int32_t{*status});
+  return {};
 }
 
-int GetItem(SerialExchange& exchange, std::initializer_list<std::uint8_t> payload, std::size_t min_size,
-            Bytes& body) {
-  return quarn::lidar::GetItem(exchange, std::span(payload.begin(), payload.size()), min_size, body);
+ExchangeResult GetItem(SerialExchange& exchange, std::initializer_list<std::uint8_t> payload,
+                       std::size_t min_size) {
+  return quarn::lidar::GetItem(exchange, std::span(payload.begin(), payload.size()), min_size);
 }
 
-int ReadCorrection(SerialExchange& exchange, Bytes& data) {
-  Bytes body;
-  const int result = GetItem(exchange, {quarn::lidar::kCorrectionItem}, kMinCorrectionReply, body);
-  if (result != 0) return result;
-  const std::size_t size = body[kReplyValue];
-  if (body.size() != size + kMinCorrectionReply) return SerialExchange::kWrongReply;
-  const auto begin = body.begin() + kCorrectionData;
-  data.assign(begin, begin + static_cast<std::ptrdiff_t>(size));
-  return 0;
+ExchangeResult ReadCorrection(SerialExchange& exchange) {
+  const ExchangeResult body = GetItem(exchange, {quarn::lidar::kCorrectionItem}, kMinCorrectionReply);
+  if (!body) return body;
+  const std::size_t size = (*body)[kReplyValue];
+  if (body->size() != size + kMinCorrectionReply) return tl::unexpected(SerialExchange::kWrongReply);
+  const auto begin = body->begin() + kCorrectionData;
+  return Bytes(begin, begin + static_cast<std::ptrdiff_t>(size));
+}
+
+/// The state's text, then the fault codes.
+Exchanged<std::vector<std::string>> ReadFunctionSafety(SerialExchange& exchange) {
+  const ExchangeResult body = GetItem(exchange, {quarn::lidar::kFunctionSafetyItem}, kMinSafetyReply);
+  if (!body) return tl::unexpected(body.error());
+  if ((*body)[kSafetyMark] != kSafetyMarkValue) return tl::unexpected(SerialExchange::kWrongReply);
+  std::vector<std::string> texts = {StateText((*body)[kReplyValue])};
+  for (std::size_t at = kFaultCodes; at + sizeof(std::uint16_t) <= body->size();
+       at += sizeof(std::uint16_t)) {
+    texts.push_back(FaultText(LoadLittleEndian<std::uint16_t>(*body, at)));
+  }
+  return texts;
+}
+
+/// In decimal.
+Exchanged<std::string> ReadBaudRate(SmallSensorChannel& channel) {
+  const ExchangeResult reply =
+      channel.QueryKtc(kKtcExtensionCmd, quarn::lidar::kGetBaudRatePayload, SmallSensorChannel::Logged::kYes);
+  if (!reply) return tl::unexpected(reply.error());
+  constexpr std::size_t kRateSize = sizeof(std::uint32_t);
+  if (reply->size() < kRateSize) return tl::unexpected(SerialExchange::kWrongReply);
+  return std::to_string(LoadBigEndian<std::uint32_t>(*reply, reply->size() - kRateSize));
+}
+
+Exchanged<void> WriteImuRange(SerialExchange& exchange, std::uint8_t angular, std::uint8_t accel) {
+  const ExchangeResult body = GetItem(exchange, {quarn::lidar::kImuRangeItem, angular, accel}, kImuReplySize);
+  if (!body) return tl::unexpected(body.error());
+  if (body->size() != kImuReplySize) return tl::unexpected(SerialExchange::kWrongReply);
+  return {};
 }
 
 }  // namespace
@@ -92,7 +121,7 @@ FunctionResult<void> SmallSensor::SetStandby(int standby) {
   const auto exchange = ReadyAsKtc();
   if (!exchange) return tl::unexpected(exchange.error());
   const std::uint8_t mode = standby != 0 ? quarn::lidar::kStandbyItem : quarn::lidar::kOperationItem;
-  auto result = Report(SetItem(**exchange, mode, 0), "set lidar mode error, ret:");
+  auto result = Report(WriteItem(**exchange, mode, 0), "set lidar mode error, ret:");
   if (result) (*exchange)->set_current_mode(mode);
   return result;
 }
@@ -100,7 +129,7 @@ FunctionResult<void> SmallSensor::SetStandby(int standby) {
 FunctionResult<void> SmallSensor::SetSpinRate(int rate) {
   const auto exchange = ReadyAsKtc();
   if (!exchange) return tl::unexpected(exchange.error());
-  return Report(SetItem(**exchange, quarn::lidar::kSpinRateItem, static_cast<std::uint8_t>(rate)),
+  return Report(WriteItem(**exchange, quarn::lidar::kSpinRateItem, static_cast<std::uint8_t>(rate)),
                 "set lidar spin rate error, ret:");
 }
 
@@ -108,59 +137,42 @@ FunctionResult<void> SmallSensor::SetReturnMode(int mode) {
   const auto exchange = ReadyAsKtc();
   if (!exchange) return tl::unexpected(exchange.error());
   const std::uint8_t item = mode != 0 ? quarn::lidar::kLastItem : quarn::lidar::kStrongestItem;
-  return Report(SetItem(**exchange, item, 0), "set lidar return mode error, ret:");
+  return Report(WriteItem(**exchange, item, 0), "set lidar return mode error, ret:");
 }
 
 FunctionResult<void> SmallSensor::GetCorrection(const std::string& path) {
   const auto exchange = ReadyAsKtc();
   if (!exchange) return tl::unexpected(exchange.error());
-  Bytes data;
-  auto result = Report(ReadCorrection(**exchange, data), "get calibration error, ret:");
-  if (result && WriteAtomically(QString::fromStdString(path), data) != WriteResult::kWritten) {
+  const auto data = Report(ReadCorrection(**exchange), "get calibration error, ret:");
+  if (!data) return tl::unexpected(data.error());
+  if (WriteAtomically(QString::fromStdString(path), *data) != WriteResult::kWritten) {
     const auto refusal = Refuse("create calibration file fail, save correction file error");
     report_.Log(refusal.value().text, "ERROR");
     return refusal;
   }
-  return result;
+  return {};
 }
 
 FunctionResult<std::vector<std::string>> SmallSensor::GetLidarFunctionSafety() {
   const auto exchange = ReadyAsKtc();
   if (!exchange) return tl::unexpected(exchange.error());
-  Bytes body;
-  int code = GetItem(**exchange, {quarn::lidar::kFunctionSafetyItem}, kMinSafetyReply, body);
-  if (code == 0 && body[kSafetyMark] != kSafetyMarkValue) code = SerialExchange::kWrongReply;
-  if (const auto result = Report(code, "get function safety error, ret:"); !result) {
-    return tl::unexpected(result.error());
-  }
-  std::vector<std::string> texts = {StateText(body[kReplyValue])};
-  for (std::size_t at = kFaultCodes; at + sizeof(std::uint16_t) <= body.size(); at += sizeof(std::uint16_t)) {
-    texts.push_back(FaultText(LoadLittleEndian<std::uint16_t>(body, at)));
-  }
-  return texts;
+  return Report(ReadFunctionSafety(**exchange), "get function safety error, ret:");
 }
 
 FunctionResult<std::string> SmallSensor::GetBaudRate() {
   const auto channel = ReadyIfKtc("GetBaudRate is only supported in KTC serial mode", kNotReadyForKtc);
   if (!channel) return tl::unexpected(channel.error());
-  const ExchangeResult reply = (*channel)->QueryKtc(kKtcExtensionCmd, quarn::lidar::kGetBaudRatePayload,
-                                                    SmallSensorChannel::Logged::kYes);
-  int code = reply ? 0 : reply.error();
-  if (reply && reply->size() < sizeof(std::uint32_t)) code = SerialExchange::kWrongReply;
-  if (const auto result = Report(code, "get baud rate error, ret:"); !result) {
-    return tl::unexpected(result.error());
-  }
-  return std::to_string(LoadBigEndian<std::uint32_t>(*reply, reply->size() - sizeof(std::uint32_t)));
+  return Report(ReadBaudRate(**channel), "get baud rate error, ret:");
 }
 
 FunctionResult<void> SmallSensor::SetBaudRate(const std::string& text) {
   const auto channel = ReadyIfKtc("SetBaudRate is only supported in KTC serial mode", kNotReadyForKtc);
   if (!channel) return tl::unexpected(channel.error());
-  const std::uint32_t baud_rate = ReadBaudRate(text);
+  const std::uint32_t baud_rate = ParseBaudRate(text);
   if (baud_rate == 0) return Refuse("invalid baud rate value");
   const ExchangeResult reply = (*channel)->QueryKtc(
       kKtcExtensionCmd, quarn::lidar::SetBaudRatePayload(baud_rate), SmallSensorChannel::Logged::kYes);
-  auto result = Report(reply ? 0 : reply.error(), "set baud rate error, ret:");
+  auto result = Report(reply.map(DropReply), "set baud rate error, ret:");
   if (result) report_.Success("set baud rate successful");
   return result;
 }
@@ -171,9 +183,9 @@ FunctionResult<std::vector<std::string>> SmallSensor::GetDestinationConfig(bool 
   if (!channel) return tl::unexpected(channel.error());
   using Logged = SmallSensorChannel::Logged;
   const auto destination = ReadDestination(**channel, silent ? Logged::kNo : Logged::kYes);
-  const auto result = Report(destination ? 0 : destination.error(), "get destination config error, ret:");
-  if (!result) return tl::unexpected(result.error());
-  return std::vector<std::string>{destination->ip, std::to_string(destination->port)};
+  return Report(destination, "get destination config error, ret:").map([](const Destination& to) {
+    return std::vector<std::string>{to.ip, std::to_string(to.port)};
+  });
 }
 
 FunctionResult<void> SmallSensor::SetDestinationIPandPort(const std::string& ip, int port) {
@@ -192,12 +204,9 @@ FunctionResult<void> SmallSensor::SetImuRange(int angular_range_index, int accel
   if (accel >= kAccelCodes.size()) return Refuse("Invalid acceleration range index");
   const auto channel = ReadyIfKtc("Marvo IMU range setting is only supported in KTC_SERIAL mode", kNotReady);
   if (!channel) return tl::unexpected(channel.error());
-  Bytes body;
-  int code =
-      GetItem(*(*channel)->ktc_exchange(),
-              {quarn::lidar::kImuRangeItem, kAngularCodes[angular], kAccelCodes[accel]}, kImuReplySize, body);
-  if (code == 0 && body.size() != kImuReplySize) code = SerialExchange::kWrongReply;
-  auto result = Report(code, "set IMU range error, ret:");
+  const auto exchange = (*channel)->ktc_exchange();
+  auto result = Report(WriteImuRange(*exchange, kAngularCodes[angular], kAccelCodes[accel]),
+                       "set IMU range error, ret:");
   if (result) report_.Success("IMU range set successfully");
   return result;
 }
@@ -221,13 +230,15 @@ FunctionResult<SmallSensor::Channel> SmallSensor::Ready(const char* refusal) {
   return Refuse(refusal);
 }
 
-/// What an exchange that ended with this code came to: a failure for all but 0.
-FunctionResult<void> SmallSensor::Report(int code, const char* prefix) {
-  if (code == 0) return {};
-  FunctionFault fault{code, prefix + std::to_string(code)};
-  report_.Error(fault.text);
-  report_.Log(fault.text, "ERROR");
-  return tl::unexpected(std::move(fault));
+/// The exchange's outcome; a failure is reported with the prefix and the code.
+template <typename Value>
+FunctionResult<Value> SmallSensor::Report(const Exchanged<Value>& outcome, const char* prefix) {
+  return outcome.map_error([&](std::int32_t code) {
+    FunctionFault fault{code, prefix + std::to_string(code)};
+    report_.Error(fault.text);
+    report_.Log(fault.text, "ERROR");
+    return fault;
+  });
 }
 
 tl::unexpected<FunctionFault> SmallSensor::Refuse(const std::string& text) {

@@ -63,7 +63,8 @@ class SmallSensor {
   FunctionResult<Exchange> ReadyAsKtc();
   FunctionResult<Channel> ReadyIfKtc(const char* only_ktc, const char* not_ready);
   FunctionResult<Channel> Ready(const char* refusal);
-  FunctionResult<void> Report(int code, const char* prefix);
+  template <typename Value>
+  FunctionResult<Value> Report(const Exchanged<Value>& outcome, const char* prefix);
   tl::unexpected<FunctionFault> Refuse(const std::string& text);
 
   UserReport& report_;

@@ -17,7 +17,6 @@ namespace {
 
 using quarn::lidar::kReplyValue;
 using quarn::lidar::SerialExchange;
-using Bytes = std::vector<std::uint8_t>;
 
 constexpr char kUnknownAddress[] = "xx.xx.xx.xx";
 
@@ -46,16 +45,14 @@ std::optional<std::string> PaddedText(std::span<const std::uint8_t> field) {
   return std::string(field.begin(), field.end());
 }
 
-int QueryVersion(SerialExchange& exchange, std::uint8_t which, std::string& version) {
-  std::array<std::uint8_t, kVersionRequest> payload{quarn::lidar::kVersionItem, which};
-  Bytes body;
-  const int code = quarn::lidar::GetItem(exchange, payload, kVersionReply, body);
-  if (code != 0) return code;
-  if (body.size() != kVersionReply) return SerialExchange::kWrongReply;
-  const auto text = PaddedText(std::span<const std::uint8_t>(body).subspan(kReplyValue, kVersionText));
-  if (!text) return SerialExchange::kWrongReply;
-  version = *text;
-  return 0;
+Exchanged<std::string> QueryVersion(SerialExchange& exchange, std::uint8_t which) {
+  const std::array<std::uint8_t, kVersionRequest> payload{quarn::lidar::kVersionItem, which};
+  const ExchangeResult body = quarn::lidar::GetItem(exchange, payload, kVersionReply);
+  if (!body) return tl::unexpected(body.error());
+  if (body->size() != kVersionReply) return tl::unexpected(SerialExchange::kWrongReply);
+  auto text = PaddedText(std::span(*body).subspan(kReplyValue, kVersionText));
+  if (!text) return tl::unexpected(SerialExchange::kWrongReply);
+  return *std::move(text);
 }
 
 }  // namespace
@@ -117,13 +114,12 @@ std::vector<SmallSensorInfo::Version> SmallSensorInfo::VersionsToRead() {
 
 void SmallSensorInfo::ReadSerialNumber(const Query& query) {
   constexpr std::array<std::uint8_t, 2> kRequest = {quarn::lidar::kSerialNumberItem, 1};
-  Bytes body;
-  const int code = quarn::lidar::GetItem(*query.channel.serial_exchange(), kRequest, kReplyValue, body);
-  if (code != 0) {
-    LogFailure(query, kSerialNumber, "Zelto-KTC get SN failed, ret:" + std::to_string(code));
+  const ExchangeResult body = quarn::lidar::GetItem(*query.channel.serial_exchange(), kRequest, kReplyValue);
+  if (!body) {
+    LogFailure(query, kSerialNumber, "Zelto-KTC get SN failed, ret:" + std::to_string(body.error()));
     return;
   }
-  const auto text = PaddedText(std::span<const std::uint8_t>(body).subspan(kReplyValue));
+  const auto text = PaddedText(std::span(*body).subspan(kReplyValue));
   LogFailure(query, kSerialNumber, text ? "" : "Zelto-KTC SN invalid after validation");
   if (text) Show(info_, kSerialNumber, *text);
 }
@@ -138,15 +134,14 @@ void SmallSensorInfo::ReadDestinationRow(const Query& query) {
 void SmallSensorInfo::ReadVersion(const Query& query, const Version& version) {
   const bool is_pbl = version.which == kPblIndex;
   if (is_pbl) SetGettingPbl(true);
-  std::string text = kUnknownText;
-  const int code = QueryVersion(*query.channel.serial_exchange(), version.which, text);
+  const auto text = QueryVersion(*query.channel.serial_exchange(), version.which);
   if (!query.stop.stop_requested()) {
     const std::lock_guard lock(mutex_);
     int& tries = version_tries_[version.label];
-    tries = code == 0 ? kVersionTries : tries + 1;
+    tries = text ? kVersionTries : tries + 1;
   }
-  LogFailure(query, version.label, code == 0 ? "" : version.failure + std::to_string(code));
-  Show(versions_, version.label, text);
+  LogFailure(query, version.label, text ? "" : version.failure + std::to_string(text.error()));
+  Show(versions_, version.label, text.value_or(kUnknownText));
   if (is_pbl) SetGettingPbl(false);
 }
 

@@ -64,20 +64,19 @@ std::optional<Partition> MarvoUpgrade::Prepare(const std::stop_token& stop, Smal
     Fail(end, "Marvo upgrade: set baudrate failed");
     return std::nullopt;
   }
-  Partition running = Partition::kA;
-  const auto exchange = channel.ktc_exchange();
-  if (!exchange || ChangeMode(*exchange, kUpgradeMode, running) != 0) {
+  const auto running = ChangeMode(*channel.ktc_exchange(), kUpgradeMode);
+  if (!running) {
     Fail(end, "Marvo upgrade: change mode failed");
     return std::nullopt;
   }
-  report_.Log(std::string("Marvo upgrade: current partition=") + (running == Partition::kA ? "A" : "B"),
+  report_.Log(std::string("Marvo upgrade: current partition=") + (*running == Partition::kA ? "A" : "B"),
               kInfo);
   if (!SleepUnlessStopped(stop, pauses_.mode_change)) return std::nullopt;
   if (!SetBaudRate(channel, kUpgradeBaudRate)) {
     Fail(end, "Marvo upgrade: set upgrade baudrate failed");
     return std::nullopt;
   }
-  return running;
+  return *running;
 }
 
 bool MarvoUpgrade::SetBaudRate(SmallSensorChannel& channel, std::uint32_t baud_rate) {
@@ -97,11 +96,10 @@ bool MarvoUpgrade::Send(SmallSensorChannel& channel, std::span<const std::uint8_
   report_.Log("Marvo upgrade: sending " + component.name + " (type=0x0" + std::to_string(component.type) +
                   ", size=" + std::to_string(data.size()) + ")",
               kInfo);
-  const auto exchange = channel.ktc_exchange();
-  const int result = exchange ? SendOtaComponent(*exchange, data, component.type, run.progress)
-                              : quarn::lidar::SerialExchange::kNotSent;
-  if (result != 0) {
-    const std::string text = "Marvo upgrade: " + component.name + " failed, error=" + std::to_string(result);
+  const auto result = SendOtaComponent(*channel.ktc_exchange(), data, component.type, run.progress);
+  if (!result) {
+    const std::string text =
+        "Marvo upgrade: " + component.name + " failed, error=" + std::to_string(result.error());
     Fail(end, text);
     report_.Log(text, kInfo);
     return false;

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "VarkelCore/src/catalogue/model_names.h"
-#include "VarkelCore/src/catalogue/table_lint.h"
 
 namespace varkel {
 
@@ -24,11 +23,6 @@ std::string Load(ConfigParser& catalogue) {
 LoadReport ReportOn(const ConfigParser& catalogue, const std::string& model_name) {
   LoadReport report;
   const std::string table = "The model table of " + model_name;
-  for (const TableFinding& finding : LintTable(catalogue.path())) {
-    if (finding.misplaces_written_field) {
-      report.warnings.push_back(table + " puts fields at wrong places: " + finding.text);
-    }
-  }
   for (const std::string& warning : catalogue.load_warnings()) {
     report.warnings.push_back(std::string(table).append(": ").append(warning));
   }

@@ -195,15 +195,14 @@ int KtcClient::QueryCommand(std::span<const std::uint8_t> payload, std::vector<s
   return Perform(payload, result, cmd, with_header, 0) ? 0 : -1;
 }
 
-KtcClient::Result KtcClient::Query(std::span<const std::uint8_t> payload, std::uint8_t cmd,
-                                   std::uint32_t receive_timeout_ms) {
+ExchangeResult KtcClient::Query(std::span<const std::uint8_t> payload, std::uint8_t cmd,
+                                std::uint32_t receive_timeout_ms) {
   std::vector<std::uint8_t> reply;
   return Perform(payload, reply, cmd, false, receive_timeout_ms).map([&] { return std::move(reply); });
 }
 
-tl::expected<void, std::int32_t> KtcClient::Perform(std::span<const std::uint8_t> payload,
-                                                    std::vector<std::uint8_t>& result, std::uint8_t cmd,
-                                                    bool with_header, std::uint32_t receive_timeout_ms) {
+Exchanged<void> KtcClient::Perform(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result,
+                                   std::uint8_t cmd, bool with_header, std::uint32_t receive_timeout_ms) {
   const std::shared_ptr<ClientBase> transport = Transport();
   if (!transport || !transport->IsOpened()) {
     QUARN_LOG(log_lib::kError, "Client is not open, cannot send command.");
@@ -211,7 +210,7 @@ tl::expected<void, std::int32_t> KtcClient::Perform(std::span<const std::uint8_t
   }
   const std::lock_guard lock(command_mutex_);
   const auto start = Clock::now();
-  tl::expected<void, std::int32_t> outcome;
+  Exchanged<void> outcome;
   try {
     outcome = ExchangeWhole(*transport, payload, result, cmd, with_header, receive_timeout_ms);
   } catch (const std::exception& error) {  // mainly out of memory
@@ -225,11 +224,9 @@ tl::expected<void, std::int32_t> KtcClient::Perform(std::span<const std::uint8_t
   return outcome;
 }
 
-tl::expected<void, std::int32_t> KtcClient::ExchangeWhole(ClientBase& transport,
-                                                          std::span<const std::uint8_t> payload,
-                                                          std::vector<std::uint8_t>& result, std::uint8_t cmd,
-                                                          bool with_header,
-                                                          std::uint32_t receive_timeout_ms) {
+Exchanged<void> KtcClient::ExchangeWhole(ClientBase& transport, std::span<const std::uint8_t> payload,
+                                         std::vector<std::uint8_t>& result, std::uint8_t cmd,
+                                         bool with_header, std::uint32_t receive_timeout_ms) {
   Reply reply;
   bool ok = Exchange(transport, payload, cmd, receive_timeout_ms, reply);
   if (ok && reply.payload_length > 0) {

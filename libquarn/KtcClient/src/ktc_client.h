@@ -14,11 +14,11 @@
 #include <stop_token>
 #include <string>
 #include <thread>
-#include <tl/expected.hpp>
 #include <vector>
 
 #include "libquarn/KtcClient/src/channel_fov.h"
 #include "libquarn/KtcClient/src/client_base.h"
+#include "libquarn/KtcClient/src/exchange_result.h"
 #include "libquarn/KtcClient/src/ktc_parser.h"
 #include "libquarn/Platform/src/wire_tap.h"
 
@@ -79,13 +79,11 @@ class KtcClient {
   int QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result, std::uint8_t cmd,
                    bool with_header = false);
 
-  /// The result of an exchange: the reply's payload, or the code of the failure: the sensor's, or one of
-  /// those above.
-  using Result = tl::expected<std::vector<std::uint8_t>, std::int32_t>;
-
-  /// Performs one exchange. Waits for the reply for `receive_timeout_ms`, or for the client's own time-out if
-  /// that is 0. `LastReturnCode` may by then belong to another thread's exchange.
-  Result Query(std::span<const std::uint8_t> payload, std::uint8_t cmd, std::uint32_t receive_timeout_ms = 0);
+  /// Performs one exchange: the reply's payload, or the sensor's code or one of those above. Waits for the
+  /// reply for `receive_timeout_ms`, or for the client's own time-out if that is 0. `LastReturnCode` may by
+  /// then belong to another thread's exchange.
+  ExchangeResult Query(std::span<const std::uint8_t> payload, std::uint8_t cmd,
+                       std::uint32_t receive_timeout_ms = 0);
 
   /// Sends `data` in numbered pieces of 1024 bytes, each answered before the next is sent, with time-outs of
   /// a minute: 0, or -1 at the first piece that fails. The command is the low byte of `code`; with `extended`
@@ -148,14 +146,13 @@ class KtcClient {
   std::string LidarIp() const;
   std::shared_ptr<ClientBase> Transport() const;
 
-  tl::expected<void, std::int32_t> Perform(std::span<const std::uint8_t> payload,
-                                           std::vector<std::uint8_t>& result, std::uint8_t cmd,
-                                           bool with_header, std::uint32_t receive_timeout_ms);
+  Exchanged<void> Perform(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result,
+                          std::uint8_t cmd, bool with_header, std::uint32_t receive_timeout_ms);
 
   // With command_mutex_ held.
-  tl::expected<void, std::int32_t> ExchangeWhole(ClientBase& transport, std::span<const std::uint8_t> payload,
-                                                 std::vector<std::uint8_t>& result, std::uint8_t cmd,
-                                                 bool with_header, std::uint32_t receive_timeout_ms);
+  Exchanged<void> ExchangeWhole(ClientBase& transport, std::span<const std::uint8_t> payload,
+                                std::vector<std::uint8_t>& result, std::uint8_t cmd, bool with_header,
+                                std::uint32_t receive_timeout_ms);
   bool Exchange(ClientBase& transport, std::span<const std::uint8_t> payload, std::uint8_t cmd,
                 std::uint32_t receive_timeout_ms, Reply& reply);
   bool DrainStaleInput(ClientBase& transport, Reply& reply);

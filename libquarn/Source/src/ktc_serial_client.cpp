@@ -10,54 +10,53 @@ namespace {
 
 constexpr std::uint32_t kClientTimeout = 0;  // the KTC client's own
 
+// The code of a failed KTC exchange as a serial exchange has it.
+std::int32_t SerialCode(std::int32_t ktc_code) {
+  switch (ktc_code) {
+    case KtcClient::kNotSent:
+      return SerialExchange::kNotSent;
+    case KtcClient::kNoHeader:
+    case KtcClient::kNoPayload:
+      return SerialExchange::kNotReceived;
+    default:
+      return ktc_code > 0 ? ktc_code : SerialExchange::kWrongReply;
+  }
+}
+
 }  // namespace
 
-int KtcSerialClient::QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
-                                std::vector<std::uint8_t>& frame, std::uint32_t /*timeout_ms*/) {
-  return Tunnel(ReplyKind::kCommand, EncodeCommandFrame(code, payload, FreshNonce()), kClientTimeout, frame);
+ExchangeResult KtcSerialClient::QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
+                                           std::uint32_t /*timeout_ms*/) {
+  return Tunnel(ReplyKind::kCommand, EncodeCommandFrame(code, payload, FreshNonce()), kClientTimeout);
 }
 
-int KtcSerialClient::ExchangeOta(std::uint32_t first, std::uint32_t second,
-                                 std::span<const std::uint8_t> data, std::uint8_t type, OtaReply& reply) {
-  std::vector<std::uint8_t> frame;
-  const int result =
-      Tunnel(ReplyKind::kOta, EncodeOtaFrame(type, first, second, data), Timeouts().ota_ms, frame);
-  if (result == 0) {
-    reply = ReadOtaReply(frame);
-  }
-  return result;
+Exchanged<OtaReply> KtcSerialClient::ExchangeOta(std::uint32_t first, std::uint32_t second,
+                                                 std::span<const std::uint8_t> data, std::uint8_t type) {
+  return Tunnel(ReplyKind::kOta, EncodeOtaFrame(type, first, second, data), Timeouts().ota_ms)
+      .map(ReadOtaReply);
 }
 
-int KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint8_t> request, std::uint32_t timeout_ms,
-                            std::vector<std::uint8_t>& frame) {
+ExchangeResult KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint8_t> request,
+                                       std::uint32_t timeout_ms) {
   if (!client_ || !client_->IsOpen()) {
-    return kNotSent;
+    return tl::unexpected(kNotSent);
   }
   std::vector<std::uint8_t> payload(kTunnelPrefix.begin(), kTunnelPrefix.end());
   payload.insert(payload.end(), request.begin(), request.end());
-  const KtcClient::Result reply = client_->Query(payload, kKtcExtensionCmd, timeout_ms);
+  const ExchangeResult reply = client_->Query(payload, kKtcExtensionCmd, timeout_ms).map_error(SerialCode);
   if (!reply) {
-    switch (const std::int32_t code = reply.error()) {
-      case KtcClient::kNotSent:
-        return kNotSent;
-      case KtcClient::kNoHeader:
-      case KtcClient::kNoPayload:
-        return kNotReceived;
-      default:
-        return code > 0 ? code : kWrongReply;
-    }
+    return reply;
   }
   if (reply->size() < kTunnelPrefix.size() ||
       !std::equal(kTunnelPrefix.begin(), kTunnelPrefix.end(), reply->begin())) {
-    return kWrongReply;
+    return tl::unexpected(kWrongReply);
   }
   const std::span<const std::uint8_t> block =
       std::span<const std::uint8_t>(*reply).subspan(kTunnelPrefix.size());
   if (!CheckReply(kind, block)) {
-    return kWrongReply;
+    return tl::unexpected(kWrongReply);
   }
-  frame.assign(block.begin(), block.end());
-  return 0;
+  return std::vector<std::uint8_t>(block.begin(), block.end());
 }
 
 bool CarriesSerialFrame(std::uint8_t command, std::span<const std::uint8_t> payload) {

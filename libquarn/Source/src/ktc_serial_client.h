@@ -20,14 +20,13 @@ class KtcSerialClient : public SerialExchange {
  public:
   explicit KtcSerialClient(std::shared_ptr<KtcClient> client) : client_(std::move(client)) {}
 
-  int QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& frame,
-                 std::uint32_t timeout_ms) override;
-  int ExchangeOta(std::uint32_t first, std::uint32_t second, std::span<const std::uint8_t> data,
-                  std::uint8_t type, OtaReply& reply) override;
+  ExchangeResult QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
+                            std::uint32_t timeout_ms) override;
+  Exchanged<OtaReply> ExchangeOta(std::uint32_t first, std::uint32_t second,
+                                  std::span<const std::uint8_t> data, std::uint8_t type) override;
 
  private:
-  int Tunnel(ReplyKind kind, std::span<const std::uint8_t> request, std::uint32_t timeout_ms,
-             std::vector<std::uint8_t>& frame);
+  ExchangeResult Tunnel(ReplyKind kind, std::span<const std::uint8_t> request, std::uint32_t timeout_ms);
 
   const std::shared_ptr<KtcClient> client_;
 };

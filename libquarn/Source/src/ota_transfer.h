@@ -30,21 +30,21 @@ constexpr std::size_t OtaBlocks(std::size_t size) {
   return size / kOtaBlockSize + (size % kOtaBlockSize != 0 ? 1 : 0);
 }
 
-/// Sends a whole package: 0, the status with which the sensor ended the transfer (1 to 255), or the
+/// Sends a whole package; fails with the status with which the sensor ended the transfer (1 to 255) or the
 /// exchange's code. `mode`: 0 application and FPGA, 1 PBL. `progress` becomes the number of blocks that are
 /// through. Packages of 4 GiB and more are refused with SerialExchange::kNotSent.
-int SendOtaPackage(SerialExchange& exchange, std::span<const std::uint8_t> package, std::uint32_t mode,
-                   std::atomic<std::uint32_t>& progress);
+Exchanged<void> SendOtaPackage(SerialExchange& exchange, std::span<const std::uint8_t> package,
+                               std::uint32_t mode, std::atomic<std::uint32_t>& progress);
 
 /// The same for one component of a package; adds the blocks that are through to `progress`.
-int SendOtaComponent(SerialExchange& exchange, std::span<const std::uint8_t> component, std::uint8_t type,
-                     std::atomic<std::uint32_t>& progress);
+Exchanged<void> SendOtaComponent(SerialExchange& exchange, std::span<const std::uint8_t> component,
+                                 std::uint8_t type, std::atomic<std::uint32_t>& progress);
 
 /// The partition that a sensor runs from. It writes its firmware to the other one.
 enum class Partition : std::uint8_t { kA = 0, kB = 1 };
 
-/// Makes the sensor ready to be written to (mode 4) and reports its partition: 0, or the exchange's code;
+/// Makes the sensor ready to be written to (mode 4): its partition, or the exchange's code;
 /// SerialExchange::kWrongReply also for a reply of another shape.
-int ChangeMode(SerialExchange& exchange, std::uint8_t mode, Partition& partition);
+Exchanged<Partition> ChangeMode(SerialExchange& exchange, std::uint8_t mode);
 
 }  // namespace quarn::lidar

@@ -16,28 +16,25 @@ bool Answers(std::span<const std::uint8_t> body, std::uint8_t request, std::uint
 
 }  // namespace
 
-int SetItem(SerialExchange& exchange, std::uint8_t item, std::uint8_t value, std::uint8_t& answer) {
+Exchanged<std::uint8_t> SetItem(SerialExchange& exchange, std::uint8_t item, std::uint8_t value) {
   const std::array<std::uint8_t, 2> payload = {item, value};
-  std::vector<std::uint8_t> body;
-  const int result = exchange.QueryCommand(kSetRequest, payload, body, Timeouts().command_ms);
-  if (result != 0) {
-    return result;
+  const ExchangeResult body = exchange.QueryCommand(kSetRequest, payload, Timeouts().command_ms);
+  if (!body) {
+    return tl::unexpected(body.error());
   }
-  if (body.size() != kSetReplySize || !Answers(body, kSetRequest, item)) {
-    return SerialExchange::kWrongReply;
+  if (body->size() != kSetReplySize || !Answers(*body, kSetRequest, item)) {
+    return tl::unexpected(SerialExchange::kWrongReply);
   }
-  answer = body[kReplyValue];
-  return 0;
+  return (*body)[kReplyValue];
 }
 
-int GetItem(SerialExchange& exchange, std::span<const std::uint8_t> payload, std::size_t min_size,
-            std::vector<std::uint8_t>& body) {
-  const int result = exchange.QueryCommand(kGetRequest, payload, body, Timeouts().command_ms);
-  if (result != 0) {
-    return result;
+ExchangeResult GetItem(SerialExchange& exchange, std::span<const std::uint8_t> payload,
+                       std::size_t min_size) {
+  ExchangeResult body = exchange.QueryCommand(kGetRequest, payload, Timeouts().command_ms);
+  if (body && (body->size() < min_size || !Answers(*body, kGetRequest, payload.front()))) {
+    return tl::unexpected(SerialExchange::kWrongReply);
   }
-  const bool good = body.size() >= min_size && Answers(body, kGetRequest, payload.front());
-  return good ? 0 : SerialExchange::kWrongReply;
+  return body;
 }
 
 }  // namespace quarn::lidar

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <vector>
 
 #include "libquarn/Source/src/serial_exchange.h"
 
@@ -30,12 +29,12 @@ inline constexpr std::uint8_t kVersionItem = 15;        ///< get
 inline constexpr std::size_t kReplyItem = 2;   ///< the item that a reply answers
 inline constexpr std::size_t kReplyValue = 4;  ///< where its contents begin
 
-/// Sets an item; the reply has 5 bytes and `answer` becomes the last. 0, the exchange's code, or
+/// Sets an item: the last byte of its reply, which has 5, or the exchange's code, or
 /// SerialExchange::kWrongReply for any other reply.
-int SetItem(SerialExchange& exchange, std::uint8_t item, std::uint8_t value, std::uint8_t& answer);
+Exchanged<std::uint8_t> SetItem(SerialExchange& exchange, std::uint8_t item, std::uint8_t value);
 
-/// Asks for an item (the payload's first byte); `body` becomes a reply of at least `min_size` bytes to it.
-int GetItem(SerialExchange& exchange, std::span<const std::uint8_t> payload, std::size_t min_size,
-            std::vector<std::uint8_t>& body);
+/// Asks for an item (the payload's first byte): the body of a reply to it of at least `min_size` bytes; codes
+/// as above.
+ExchangeResult GetItem(SerialExchange& exchange, std::span<const std::uint8_t> payload, std::size_t min_size);
 
 }  // namespace quarn::lidar

@@ -21,37 +21,32 @@ bool IsOpen(const std::shared_ptr<Source>& source) {
 
 }  // namespace
 
-int SerialClient::QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
-                             std::vector<std::uint8_t>& frame, std::uint32_t timeout_ms) {
+ExchangeResult SerialClient::QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
+                                        std::uint32_t timeout_ms) {
   const std::lock_guard lock(exchange_mutex_);
   if (!IsOpen(commands_) || !IsOpen(replies_)) {
-    return kNotSent;
+    return tl::unexpected(kNotSent);
   }
   const std::vector<std::uint8_t> request = EncodeCommandFrame(code, payload, FreshNonce());
   PassToLog("SEND: ", request);
   replies_->Clear(SerialSource::kClearPendingInput);
   if (!SendFrame(request)) {
-    return kNotSent;
+    return tl::unexpected(kNotSent);
   }
-  return ReadReply(*replies_, ReplyKind::kCommand, timeout_ms, frame);
+  return ReadReply(*replies_, ReplyKind::kCommand, timeout_ms);
 }
 
-int SerialClient::ExchangeOta(std::uint32_t first, std::uint32_t second, std::span<const std::uint8_t> data,
-                              std::uint8_t type, OtaReply& reply) {
+Exchanged<OtaReply> SerialClient::ExchangeOta(std::uint32_t first, std::uint32_t second,
+                                              std::span<const std::uint8_t> data, std::uint8_t type) {
   const std::lock_guard lock(exchange_mutex_);
   if (!IsOpen(commands_)) {
-    return kNotSent;
+    return tl::unexpected(kNotSent);
   }
   commands_->Clear(SerialSource::kClearPendingInput);
   if (!SendFrame(EncodeOtaFrame(type, first, second, data))) {
-    return kNotSent;
+    return tl::unexpected(kNotSent);
   }
-  std::vector<std::uint8_t> frame;
-  const int result = ReadReply(*commands_, ReplyKind::kOta, Timeouts().ota_ms, frame);
-  if (result == 0) {
-    reply = ReadOtaReply(frame);
-  }
-  return result;
+  return ReadReply(*commands_, ReplyKind::kOta, Timeouts().ota_ms).map(ReadOtaReply);
 }
 
 // A frame that is longer than one send takes is cut at its length's low 16 bits.
@@ -65,8 +60,7 @@ bool SerialClient::SendFrame(std::span<const std::uint8_t> frame) {
 }
 
 // Collects pieces until the reply is whole or the time is up; a broken line ends the wait.
-int SerialClient::ReadReply(Source& source, ReplyKind kind, std::uint32_t timeout_ms,
-                            std::vector<std::uint8_t>& frame) {
+ExchangeResult SerialClient::ReadReply(Source& source, ReplyKind kind, std::uint32_t timeout_ms) {
   using Clock = std::chrono::steady_clock;
   using State = ReplyAssembler::State;
   const auto deadline = Clock::now() + std::chrono::milliseconds(timeout_ms);
@@ -78,7 +72,7 @@ int SerialClient::ReadReply(Source& source, ReplyKind kind, std::uint32_t timeou
                                  std::chrono::microseconds(0), kLongestWait);
     const int received = source.Receive(packet, kMaxReplyBlock, 0, static_cast<int>(left.count()));
     if (received < 0) {
-      return kNotReceived;
+      return tl::unexpected(kNotReceived);
     }
     const std::span<const std::uint8_t> piece =
         std::span(packet.data).first(static_cast<std::size_t>(received));
@@ -93,10 +87,9 @@ int SerialClient::ReadReply(Source& source, ReplyKind kind, std::uint32_t timeou
   }
   PassToLog("RECV: ", assembler.block());
   if (state == State::kFailed) {
-    return kWrongReply;
+    return tl::unexpected(kWrongReply);
   }
-  frame.assign(assembler.block().begin(), assembler.block().end());
-  return 0;
+  return std::vector<std::uint8_t>(assembler.block().begin(), assembler.block().end());
 }
 
 void SerialClient::SetWireTap(std::shared_ptr<WireTap> tap) {

@@ -25,10 +25,10 @@ class SerialClient : public SerialExchange {
   SerialClient(std::shared_ptr<Source> commands, std::shared_ptr<Source> replies)
       : commands_(std::move(commands)), replies_(std::move(replies)) {}
 
-  int QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& frame,
-                 std::uint32_t timeout_ms) override;
-  int ExchangeOta(std::uint32_t first, std::uint32_t second, std::span<const std::uint8_t> data,
-                  std::uint8_t type, OtaReply& reply) override;
+  ExchangeResult QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
+                            std::uint32_t timeout_ms) override;
+  Exchanged<OtaReply> ExchangeOta(std::uint32_t first, std::uint32_t second,
+                                  std::span<const std::uint8_t> data, std::uint8_t type) override;
 
   /// `callback` gets a "SEND: " and a "RECV: " line an exchange ("RECV: " only for firmware frames), on the
   /// thread of the exchange; lines are only built while `wanted`, if given, answers true. Neither may throw
@@ -41,7 +41,7 @@ class SerialClient : public SerialExchange {
  private:
   // With exchange_mutex_ held.
   bool SendFrame(std::span<const std::uint8_t> frame);
-  int ReadReply(Source& source, ReplyKind kind, std::uint32_t timeout_ms, std::vector<std::uint8_t>& frame);
+  ExchangeResult ReadReply(Source& source, ReplyKind kind, std::uint32_t timeout_ms);
   void PassToLog(const char* prefix, std::span<const std::uint8_t> bytes);
 
   // Constant.

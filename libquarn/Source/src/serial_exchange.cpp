@@ -4,18 +4,15 @@
 
 namespace quarn::lidar {
 
-int SerialExchange::QueryCommand(std::uint8_t code, std::span<const std::uint8_t> payload,
-                                 std::vector<std::uint8_t>& body, std::uint32_t timeout_ms) {
-  std::vector<std::uint8_t> frame;
-  const int result = QueryFrame(code, payload, frame, timeout_ms);
-  if (result == 0) {
-    const std::span<const std::uint8_t> checked = ReplyBody(frame);
-    body.assign(checked.begin(), checked.end());
-  }
-  return result;
+ExchangeResult SerialExchange::QueryCommand(std::uint8_t code, std::span<const std::uint8_t> payload,
+                                            std::uint32_t timeout_ms) {
+  return QueryFrame(code, payload, timeout_ms).map([](const std::vector<std::uint8_t>& frame) {
+    const std::span<const std::uint8_t> body = ReplyBody(frame);
+    return std::vector<std::uint8_t>(body.begin(), body.end());
+  });
 }
 
-OtaReply SerialExchange::ReadOtaReply(std::span<const std::uint8_t> frame) {
+OtaReply SerialExchange::ReadOtaReply(const std::vector<std::uint8_t>& frame) {
   const std::span<const std::uint8_t> body = ReplyBody(frame);
   return {body[kBodyCommand], body.back()};
 }

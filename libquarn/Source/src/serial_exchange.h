@@ -5,6 +5,8 @@
 #include <span>
 #include <vector>
 
+#include "libquarn/KtcClient/src/exchange_result.h"
+
 namespace quarn::lidar {
 
 /// What a passing reply to a firmware frame says.
@@ -25,18 +27,18 @@ class SerialExchange {
   SerialExchange(const SerialExchange&) = delete;
   SerialExchange& operator=(const SerialExchange&) = delete;
 
-  /// Sends a command and takes the whole reply frame, checked: 0, or one of the codes above, or the positive
-  /// code with which the sensor refused the frame's carrier. `frame` stays as it was on failure.
-  virtual int QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
-                         std::vector<std::uint8_t>& frame, std::uint32_t timeout_ms) = 0;
+  /// Sends a command: the whole reply frame, checked, or one of the codes above, or the positive code with
+  /// which the sensor refused the frame's carrier.
+  virtual ExchangeResult QueryFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
+                                    std::uint32_t timeout_ms) = 0;
 
   /// The same with the reply's body (length byte, command code, rest) only.
-  int QueryCommand(std::uint8_t code, std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& body,
-                   std::uint32_t timeout_ms);
+  ExchangeResult QueryCommand(std::uint8_t code, std::span<const std::uint8_t> payload,
+                              std::uint32_t timeout_ms);
 
-  /// Sends a firmware frame and waits up to `SensorTimeouts::ota_ms` for its reply; results as above.
-  virtual int ExchangeOta(std::uint32_t first, std::uint32_t second, std::span<const std::uint8_t> data,
-                          std::uint8_t type, OtaReply& reply) = 0;
+  /// Sends a firmware frame and waits up to `SensorTimeouts::ota_ms` for its reply; codes as above.
+  virtual Exchanged<OtaReply> ExchangeOta(std::uint32_t first, std::uint32_t second,
+                                          std::span<const std::uint8_t> data, std::uint8_t type) = 0;
 
   /// The mode that the sensor was last put in (11 standby, 0 operation), as far as this client did it.
   void set_current_mode(std::uint8_t mode) { current_mode_ = mode; }
@@ -46,7 +48,7 @@ class SerialExchange {
   SerialExchange() = default;
 
   /// What a checked reply to a firmware frame says.
-  static OtaReply ReadOtaReply(std::span<const std::uint8_t> frame);
+  static OtaReply ReadOtaReply(const std::vector<std::uint8_t>& frame);
 
  private:
   std::atomic<std::uint8_t> current_mode_{0};
