@@ -252,6 +252,8 @@ Rectangle {
         if (!notice("SuccessInfoWindow").amend(lastSuccess, text, differs ? "Warning" : "") && differs) {
             callNoteWindow(text);
         }
+        lastOutcome = text;
+        lastOutcomeType = differs ? "WARNING" : "INFO";
     }
 
     // Below the notice of the upgrade while that is open, else in one of its own.

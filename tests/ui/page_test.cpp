@@ -107,6 +107,11 @@ class PageTest : public QObject {
 
   void DetailsAndPlotOfALiveRow() {
     Desk desk;
+    desk.ShowPage(kNetworkPage);
+    desk.Find("field_" + desk.Place(kNetworkPage, "Destination Port"))->forceActiveFocus(Qt::TabFocusReason);
+    desk.ShowPage(kScanPage);
+    desk.ShowPage(kNetworkPage);
+    QCOMPARE(desk.Text("detailsTitle") + ' ' + desk.Text("detail_Value"), "Destination Port 2368");
     QVERIFY(desk.Connect());
     desk.ShowPage(kTimeSyncPage);
     desk.Find("field_" + desk.Place(kTimeSyncPage, "GPS Satellites"))->forceActiveFocus(Qt::TabFocusReason);
@@ -316,6 +321,7 @@ class PageTest : public QObject {
     desk.Click("saveButton_2");
     QVERIFY(desk.Dismiss("successWindow", "0 of 1 verified, Destination Port holds 1200 instead of 2400"));
     QCOMPARE(note(), "sent 2400, sensor holds 1200");
+    QVERIFY(desk.Text("statusOutcome").contains("holds 1200"));
     desk.sensor.ClearFaults();
     desk.Enter(field, "2401");
     desk.Click("saveButton_2");
@@ -440,8 +446,10 @@ class PageTest : public QObject {
     QCOMPARE(desk.Text("upgradeFileName") + desk.Text("upgradeProgress"), "0.00%");
     const QByteArray package = "VARKEL-SIM FIRMWARE 4.1.2.9 2027-03-04\n" + QByteArray(20000, 'x');
     desk.Drop("new one.patch", package);
-    QVERIFY(
-        desk.Dismiss("messageWindow", "Package: new one.patch\nSize: 20,039 bytes\nFirmware Version: 3."));
+    QVERIFY(desk.NoticeShows("messageWindow",
+                             "Package: new one.patch\nSize: 20,039 bytes\nFirmware Version: 3."));
+    QCOMPARE(desk.Notice("messageWindow")->property("message").toString().count("Firmware Version"), 1);
+    desk.Key(Qt::Key_Return);
     QVERIFY(!desk.manager->IsUpgrading());
     desk.Drop("new one.patch", package);
     desk.Click("noticeAcceptButton");

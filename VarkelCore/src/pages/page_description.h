@@ -52,7 +52,7 @@ QString ShownText(const VarInfo& var, const std::string& text);
 /// Maps of all variables: [page][group][index].
 QVariantList VariableMaps(const Model& model);
 
-/// The firmware versions among the variables of the pages: maps with "label" and "value", which is "not read"
+/// The firmware versions among the variables of the pages, each once: maps with "label" and "value", which is "not read"
 /// until this sensor has told.
 QVariantList InstalledVersions(const Model& model);
 
