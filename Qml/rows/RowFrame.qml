@@ -21,7 +21,7 @@ Item {
     readonly property bool differs: values.origin === "differs"
     readonly property bool refused: values.refusal.length > 0
     readonly property string note: noteText()
-    readonly property bool ticked: note.length === 0 && !edited && values.origin === "verified"
+    readonly property bool ticked: note.length === 0 && !edited && !values.stale && values.origin === "verified"
     property bool noteInCaption: false // beside the label, for controls that can't give way
     // What the control gives to the note, which has no room outside the row: there are the details.
     readonly property real noteRoom: noteInCaption || note.length === 0 || !noteLoader.item ? 0
@@ -57,7 +57,8 @@ Item {
     function describe() {
         var lines = [label];
         if (values.rangeMin !== 0 || values.rangeMax !== 0) {
-            lines.push("Range: " + values.rangeMin + " to " + values.rangeMax + PlainText.line(values.unit));
+            lines.push("Range: " + values.rangeMin + " to " + values.rangeMax
+                       + PlainText.line(values.unit.replace(/^\s*\((.*)\)$/, " $1")));
         }
         if (values.type.length > 0) {
             lines.push("Type: " + PlainText.line(values.type));
