@@ -22,7 +22,7 @@ NoticeWindow {
         ["Ctrl+Z, Ctrl+Shift+Z", "undo and redo a change"],
         ["Ctrl+Return", "connect or disconnect"],
         ["F1", "details of the row, shown or hidden"],
-        ["Down", "in the address: those that connected before"]
+        ["Down in the address", "those that connected before"]
     ]
 
     function show() {

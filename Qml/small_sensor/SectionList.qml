@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// The list of a page's sections. It marks the one that is in sight, and scrolls the page to the one that is chosen.
+// The list of a page's sections. It marks the one at the top, or the last one at the page's end, and scrolls the page to the one that is chosen.
 TabWidget {
     id: list
 
@@ -20,6 +20,10 @@ TabWidget {
     }
 
     function follow() {
+        if (view.contentY > 0 && view.atYEnd) {
+            currentIndex = sections.length - 1;
+            return;
+        }
         for (var last = sections.length - 1; last > 0 && sections[last].y > view.contentY + Theme.margin;) {
             --last;
         }
