@@ -18,7 +18,7 @@ Item {
     readonly property bool edited: values.edited
     readonly property bool unread: values.origin === "default"
     readonly property bool dimmed: unread || values.stale && !edited
-    readonly property bool differs: values.origin === "differs"
+    readonly property bool differs: values.origin === "differs" && !values.stale
     readonly property bool refused: values.refusal.length > 0
     readonly property string note: noteText()
     readonly property bool ticked: note.length === 0 && !edited && !values.stale && values.origin === "verified"

@@ -328,9 +328,14 @@ class PageTest : public QObject {
     QVERIFY(desk.Dismiss("successWindow", "1 of 1 verified"));
     QCOMPARE(desk.Property(row, "values").value<QObject*>()->property("origin"), "verified");
 
+    desk.sensor.AddFault("0x20=clamp:1200");
+    desk.Enter(field, "2402");
+    desk.Click("saveButton_2");
+    QVERIFY(desk.Dismiss("successWindow", "holds 1200 instead of 2402"));
     desk.manager->Stop();
     EVENTUALLY_VERIFY(strip().startsWith("Not connected. Values last read "));
     QVERIFY(desk.Property(row, "dimmed").toBool());
+    QCOMPARE(note(), "");
   }
 
   void EditsAreListedUndoneAndAskedAbout() {
