@@ -1,8 +1,8 @@
-# Installs the licences and, for Debian's package, what its system expects; CPack makes the package of that. package.sh
-# puts the ones for Windows together from what is installed.
+# Installs the licences and, for the Debian package, the files that Debian expects; CPack makes the package
+# from them. package.sh builds the Windows packages from the installed files.
 install(FILES ${CMAKE_SOURCE_DIR}/packaging/licences/third-party.txt DESTINATION licences)
 if(CMAKE_CROSSCOMPILING)
-  # Debian's system has these texts; what is built on it for another one takes them along.
+  # Debian systems have these texts; packages for other systems include them.
   foreach(text qtbase:libqt5core5a qtdeclarative:libqt5qml5 qtquickcontrols2:libqt5quicktemplates2-5 qtsvg:libqt5svg5
       openssl:libssl-dev libcsv:libcsv-dev spdlog:libspdlog-dev fmt:libfmt-dev cli11:libcli11-dev tl-expected:libexpected-dev
       roboto:fonts-roboto-unhinted gcc:gcc-12-base mingw-w64:mingw-w64-common nsis:nsis-common)
@@ -21,7 +21,7 @@ if(NOT VARKEL_DEBIAN_PACKAGE)
   return()
 endif()
 
-# The program's own root, which holds fonts, tables and pictures beside it.
+# The program's own root, with its fonts, tables and pictures.
 set(root /usr/lib/varkel)
 set(debian ${CMAKE_SOURCE_DIR}/packaging/debian)
 install(CODE "
@@ -34,7 +34,7 @@ install(FILES ${debian}/copyright DESTINATION /usr/share/doc/varkel)
 install(FILES ${CMAKE_SOURCE_DIR}/png/Varkel-LOGO-black.svg DESTINATION /usr/share/icons/hicolor/scalable/apps
   RENAME varkel.svg)
 
-# compressed(SOURCE TARGET): without a name and a time in the file, so that it is the same from every build.
+# compressed(SOURCE TARGET): without a name and a time in the file, so that builds are reproducible.
 function(compressed source target)
   get_filename_component(folder ${target} DIRECTORY)
   get_filename_component(name ${target} NAME)
@@ -44,7 +44,7 @@ function(compressed source target)
   install(FILES ${result} DESTINATION ${folder})
 endfunction()
 
-# The time of the commit that is packed, which package.sh hands over, is that of the change log's entry.
+# The time of the change log's entry is that of the packaged commit, which package.sh passes on.
 string(TIMESTAMP changed "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(${debian}/changelog.in ${CMAKE_BINARY_DIR}/debian/changelog @ONLY)
 compressed(${CMAKE_BINARY_DIR}/debian/changelog /usr/share/doc/varkel/changelog.gz)
@@ -71,7 +71,7 @@ set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 model, changes values and saves them, sends raw commands, downloads logs and
 upgrades the firmware. A simulated sensor is part of it.")
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
-# Linked libraries are found by themselves; what is loaded while the tool runs is not.
+# Linked libraries are detected automatically; those loaded at run time are listed here.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 string(JOIN ", " CPACK_DEBIAN_PACKAGE_DEPENDS
   libegl1

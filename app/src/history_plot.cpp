@@ -14,7 +14,7 @@ using varkel::ReadingHistory;
 
 namespace {
 
-constexpr qint64 kGapMs = 2000;  // a longer pause has no value: nobody read
+constexpr qint64 kGapMs = 2000;  // the curve is interrupted at longer gaps, which have no value
 constexpr double kCurveWidth = 1.5;
 constexpr double kWidestBar = 3;  // pixels; more would look like steps
 
@@ -36,7 +36,7 @@ QString Duration(qint64 ms) {
   return seconds < 120 ? QString("%1 s").arg(seconds) : QString("%1 min").arg(seconds / 60);
 }
 
-/// A curve of a constant value runs through the middle.
+/// A constant curve is drawn through the middle.
 ReadingHistory::Summary Widened(ReadingHistory::Summary range) {
   if (range.max > range.min) return range;
   const double room = std::max(1.0, std::abs(range.max) / 10);
@@ -128,7 +128,7 @@ void HistoryPlot::PaintScale(QPainter& painter, const Scale& scale, const std::v
     painter.drawText(above, Qt::AlignLeft | Qt::AlignVCenter, WithUnit(range.max, curves.front().unit));
     painter.drawText(below, Qt::AlignLeft | Qt::AlignVCenter, WithUnit(range.min, curves.front().unit));
   } else {
-    painter.drawText(above, Qt::AlignLeft | Qt::AlignVCenter, "each at its own scale");
+    painter.drawText(above, Qt::AlignLeft | Qt::AlignVCenter, "each with its own scale");
   }
   painter.drawText(below, Qt::AlignRight | Qt::AlignVCenter,
                    "last " + Duration(scale.last_ms - scale.first_ms));

@@ -21,7 +21,7 @@ Function AddToPath
     Return
   ${EndIf}
   ${If} $2 > ${LONGEST_PATH}
-    DetailPrint "The path is too long to be changed here. Add $INSTDIR\command to it yourself."
+    DetailPrint "The path is too long for setup to change. Add $INSTDIR\command to it yourself."
     Return
   ${EndIf}
   ${If} $0 != ""

@@ -130,7 +130,7 @@ Section /o "varkelctl on the path" path
 SectionEnd
 !insertmacro MUI_FUNCTION_DESCRIPTION_BEGIN
   !insertmacro MUI_DESCRIPTION_TEXT ${main} "The window, the simulated sensor and the models' tables."
-  !insertmacro MUI_DESCRIPTION_TEXT ${path} "Lets the command line find varkelctl."
+  !insertmacro MUI_DESCRIPTION_TEXT ${path} "Lets command prompts find varkelctl."
 !insertmacro MUI_FUNCTION_DESCRIPTION_END
 !endif
 
@@ -144,7 +144,7 @@ Section Uninstall
   Delete "$SMPROGRAMS\Varkel\Licences.lnk"
   Delete "$SMPROGRAMS\Varkel\Uninstall Varkel.lnk"
   RMDir "$SMPROGRAMS\Varkel"
-  ; What follows an upgrade keeps: the choice of the path, and the tool's own log, which is nobody's file.
+  ; An upgrade keeps the following: the choice of the path, and the tool's own log.
   ${GetParameters} $0
   ClearErrors
   ${GetOptions} $0 "/Upgrade" $1

@@ -16,7 +16,7 @@ TEST(ModelSelection, ListsTheTablesOfAFolder) {
                            ".hidden.csv", ".~lock.A.csv#", "~$A.csv"}) {
     std::ofstream(folder / name).flush();
   }
-#ifndef _WIN32  // Wine makes no links
+#ifndef _WIN32  // Wine can't create links
   std::filesystem::create_symlink(folder / "loop.csv", folder / "loop.csv");
 #endif
   EXPECT_THAT(ListModels(folder.string()), testing::ElementsAre("A", "a", "b"));

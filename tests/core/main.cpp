@@ -4,8 +4,8 @@
 #include "tests/support/qt_test.h"
 
 int main(int argc, char** argv) {
-  // The user's language writes numbers with other digits, which must not get into files and file names. Qt
-  // asks for it once; files keep the encoding of the machine.
+  // A locale with other digits, which must not get into files and file names. Qt reads it once; files keep
+  // the system's encoding.
   const QByteArray language = qgetenv("LC_ALL");
   qputenv("LC_ALL", "fa_IR.UTF-8");
   QLocale::setDefault(QLocale::system());

@@ -9,7 +9,7 @@ namespace {
 class ModelLoadTest : public QObject {
   Q_OBJECT
  private slots:
-  void FaultsOfATableAreLoggedOnceALoad() {
+  void FaultsOfATableAreLoggedOncePerLoad() {
     const QTemporaryDir folder(QDir::current().filePath("table-XXXXXX"));  // on the tables' own drive
     Put(folder.filePath("odd.csv"),
         Content("Config/varID/Quenta.csv")
@@ -35,7 +35,7 @@ class ModelLoadTest : public QObject {
   }
 };
 
-const RegisterTest<ModelLoadTest> registered;
+const RegisterTest<ModelLoadTest> register_model_load_test;
 
 }  // namespace
 

@@ -24,15 +24,15 @@ struct RegisterTest {
   }
 };
 
-/// The source of a test object: "ConnectionTest" stands in connection_test.cpp.
+/// The source file of a test object: "ConnectionTest" is in connection_test.cpp.
 inline QString SourceOf(const QObject& test) {
   QString name = test.metaObject()->className();
   return name.replace(QRegularExpression("(?<=[a-z])(?=[A-Z])"), "_").toLower();
 }
 
-/// Runs the test object of NAME.cpp when the program's first argument is such a NAME, or all; the other
-/// arguments are Qt Test's. Returns the number of failures. On Windows Qt Test tells the debugger what goes
-/// on, so there its report takes the way over a file to where the report belongs.
+/// Runs the test object of NAME.cpp if the program's first argument is such a NAME, otherwise all of them;
+/// the other arguments are passed to Qt Test. Returns the number of failures. On Windows Qt Test would write
+/// its report to the debugger, so it is written to a file first and copied to standard output.
 inline int RunTestObjects() {
   QStringList arguments = QCoreApplication::arguments();
   std::vector<std::unique_ptr<QObject>> all;
@@ -58,7 +58,7 @@ inline int RunTestObjects() {
   return failed;
 }
 
-/// A table of cases for a "_data" slot: named with its columns, then called once a row.
+/// A table of cases for a "_data" slot: constructed with the column names, then called once per row.
 template <typename... Values>
 class Table {
  public:

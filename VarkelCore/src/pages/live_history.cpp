@@ -26,7 +26,7 @@ QString Mean(const ReadingHistory::Summary& summary) {
                        : QString::number(summary.mean, 'f', static_cast<int>(decimals));
 }
 
-/// A cell that a spreadsheet takes for text, whatever it holds.
+/// A cell that spreadsheets always treat as text, never as a formula.
 QString Cell(QString text) {
   return '"' + text.replace('"', QStringLiteral("\"\"")) + '"';
 }

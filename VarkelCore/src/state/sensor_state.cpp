@@ -17,7 +17,7 @@ std::string PlainUnit(const VarInfo& var) {
   return var.unit.size() > kBrackets ? var.unit.substr(2, var.unit.size() - kBrackets) : std::string();
 }
 
-/// Bytes of a sensor's text need not be UTF-8; two readings of the same bytes have to give the same text.
+/// A sensor's text need not be valid UTF-8; equal bytes must always give equal texts.
 std::string Utf8(const std::string& text) {
   return QString::fromStdString(text).toStdString();
 }
