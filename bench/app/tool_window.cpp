@@ -374,7 +374,7 @@ int MeasurePlot() {
   Readings readings(*qobject_cast<varkel::LiveHistory*>(tool.manager->history()), "Quenta");
   const auto interval = std::chrono::milliseconds(kReadingIntervalMs);
   const auto now = std::chrono::system_clock::now();
-  for (auto ago = varkel::ReadingHistory::kMostPoints; ago > 0; --ago) readings.Add(now - ago * interval);
+  for (auto ago = varkel::ReadingHistory::kMaxPoints; ago > 0; --ago) readings.Add(now - ago * interval);
   auto* const rows = qobject_cast<QAbstractItemModel*>(tool.manager->pageModel(kLivePage));
   if (!PlotRows(view, *rows)) return EXIT_FAILURE;
   Wait(1000);
