@@ -50,7 +50,7 @@ constexpr QSize kWindowSize(1920, 1000);
 constexpr std::size_t kPlotted = 5;
 constexpr int kReadingIntervalMs = 100;
 constexpr int kPointerIntervalMs = 20;
-constexpr int kPlotSeconds = 15;
+constexpr qint64 kPlotMs = 15000;
 
 void Print(const char* name, double value) {
   std::printf("%s\t%.3f\n", name, value);
@@ -382,7 +382,7 @@ int MeasurePlot() {
   QElapsedTimer clock;
   clock.start();
   Frames frames(view);
-  for (qint64 read_ms = 0, step = 0; clock.elapsed() < kPlotSeconds * 1000; ++step) {
+  for (qint64 read_ms = 0, step = 0; clock.elapsed() < kPlotMs; ++step) {
     const auto width = static_cast<qint64>(plot->width());
     const QPointF place = plot->mapToScene({static_cast<qreal>(step * 3 % width), plot->height() / 2});
     QMouseEvent move(QEvent::MouseMove, place, view.mapToGlobal(place.toPoint()), Qt::NoButton, Qt::NoButton,
