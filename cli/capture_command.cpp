@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "VarkelCore/src/state/exchange_text.h"
+#include "VarkelCore/src/state/json_text.h"
 #include "VarkelCore/src/state/sensor_link.h"
 #include "VarkelCore/src/values/decoded_text.h"
 #include "VarkelCore/src/values/exchange_decoder.h"
@@ -92,11 +93,6 @@ std::string TextOf(const CapturedExchange& exchange, const Decoded& decoded) {
                     FormatEndpoint(exchange.sensor) + "  " + CommandText(exchange.command) + name + ": " +
                     Outcome(exchange) + Indented("request", DecodedText(decoded.request)) +
                     Indented("reply", DecodedText(decoded.reply)));
-}
-
-/// Text from the sensor need not be valid UTF-8, but JSON must be.
-std::string Utf8(const std::string& text) {
-  return QString::fromStdString(text).toStdString();
 }
 
 std::string JsonField(const DecodedField& field) {

@@ -20,7 +20,7 @@ struct ControllerFixture {
   ControllerFixture& operator=(const ControllerFixture&) = delete;
 
   /// Runs events until the condition holds; false on time-out.
-  static bool Wait(const std::function<bool()>& condition, int seconds = 20);
+  static bool Wait(const std::function<bool()>& condition, int seconds = 60);
 
   /// True once the connection is established. Retries if the sensor did not accept within 200 ms, which can
   /// happen on a busy machine.

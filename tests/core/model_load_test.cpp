@@ -27,7 +27,7 @@ class ModelLoadTest : public QObject {
              1);
     for (const char* line :
          {"ERROR config file error.*type 2 of X", "WARNING .*set command 0x45.*uint8 takes 1",
-          "WARNING .*Coefficient \"0,5\" is a number only at"}) {
+          "WARNING .*Coefficient \"0,5\" only begins with a number"}) {
       QVERIFY2(fixture.log.filter(QRegularExpression(line)).size() == 1, qPrintable(fixture.log.join('\n')));
     }
     fixture.manager->InitConfigFileParser("Quenta");

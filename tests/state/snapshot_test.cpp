@@ -89,7 +89,7 @@ TEST(Snapshot, LargeFilesAndFoldersAreNotRead) {
   const QString path = folder.filePath("large.json");
   QFile file(path);
   ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize(100LL * 1024 * 1024));
-  EXPECT_EQ(LoadState(path).error(), path.toStdString() + ": larger than 32 MiB, no snapshot.");
+  EXPECT_EQ(LoadState(path).error(), path.toStdString() + ": larger than 32 MiB, not a snapshot.");
   EXPECT_FALSE(LoadState(folder.path()));
   EXPECT_FALSE(SaveState({}, folder.filePath("missing/file.json")).empty());
 }

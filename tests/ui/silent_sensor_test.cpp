@@ -18,7 +18,7 @@ using Start = std::function<void(WindowDriver&)>;
 class SilentSensorTest : public QObject {
   Q_OBJECT
  private slots:
-  void GoesOnAndCloses_data() {
+  void RespondsAndCloses_data() {
     const Table<QString, Start> row("model", "start");
     row("page", "Quenta", [](auto& driver) { driver.Key(Qt::Key_3, Qt::ControlModifier); });
     row("save", "Quenta", [](auto& driver) {

@@ -5,6 +5,10 @@
 
 namespace varkel {
 
+/// The text with everything that is not UTF-8 replaced, since a sensor's text may hold any bytes and JSON may
+/// not. Equal bytes give equal texts.
+std::string Utf8(const std::string& text);
+
 /// UTF-8 text as a JSON string, quotes included. Control characters are escaped, so it stays on one line.
 std::string JsonText(std::string_view text);
 
