@@ -252,6 +252,8 @@ Rectangle {
         if (!notice("SuccessInfoWindow").amend(lastSuccess, text, differs ? "Warning" : "") && differs) {
             callNoteWindow(text);
         }
+        lastOutcome = text;
+        lastOutcomeType = differs ? "WARNING" : "INFO";
     }
 
     // Shown in the notice of the upgrade while that is open, otherwise in a notice of its own.

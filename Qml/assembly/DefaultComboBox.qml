@@ -73,6 +73,7 @@ T.ComboBox {
         radius: Theme.radius
         border.width: combo.activeFocus ? 2 * Theme.line : Theme.line
         border.color: combo.faulty ? Theme.error
+                                   : !combo.enabled ? Theme.hairline
                                    : combo.activeFocus ? Theme.borderFocus
                                                        : combo.hovered ? Theme.borderHover : Theme.border
 

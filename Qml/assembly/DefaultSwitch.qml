@@ -5,7 +5,9 @@ import "."
 T.Switch {
     id: control
 
+    property bool dimmed: false
     readonly property int knob: Theme.light
+    readonly property color onColor: dimmed ? Theme.buttonPressed : Theme.accent
 
     implicitWidth: track.width + (text.length > 0 ? label.implicitWidth + Theme.gapSmall : 0)
     implicitHeight: Theme.controlHeight
@@ -31,11 +33,11 @@ T.Switch {
         width: 2 * control.knob + Theme.gapSmall
         height: control.knob + Theme.gapTiny
         radius: height / 2
-        color: control.checked ? Theme.accent : Theme.button
+        color: control.checked ? control.onColor : Theme.button
         border.width: control.visualFocus ? 2 * Theme.line : Theme.line
         border.color: control.visualFocus ? Theme.text
                                           : control.hovered ? Theme.borderHover
-                                                            : control.checked ? Theme.accent : Theme.border
+                                                            : control.checked && !control.dimmed ? Theme.accent : Theme.border
 
         Behavior on color {
             ColorAnimation {
@@ -49,7 +51,7 @@ T.Switch {
             width: control.knob
             height: control.knob
             radius: height / 2
-            color: control.down ? Theme.textMuted : Theme.text
+            color: control.down || control.dimmed ? Theme.textMuted : Theme.text
 
             Behavior on x {
                 NumberAnimation {

@@ -9,6 +9,7 @@ T.ToolButton {
     property bool primary: false
     property bool quiet: false
     property string hint
+    property bool used: false // since the pointer came to it: the hint is in the way of what follows
 
     implicitWidth: Math.max(Theme.buttonWidth, label.implicitWidth + leftPadding + rightPadding)
     implicitHeight: Theme.controlHeight
@@ -22,6 +23,9 @@ T.ToolButton {
     Accessible.name: text
     Accessible.description: hint
     Accessible.onPressAction: button.clicked()
+
+    onPressed: used = true
+    onHoveredChanged: used = false
 
     Keys.onReturnPressed: button.clicked()
     Keys.onEnterPressed: button.clicked()
@@ -60,6 +64,6 @@ T.ToolButton {
 
     Hint {
         text: button.hint
-        shown: button.hovered
+        shown: button.hovered && !button.used
     }
 }

@@ -1,9 +1,10 @@
 import QtQuick 2.15
-import QtQuick.Window 2.15
 
 // Asks for a file or a folder with the desktop's own dialog, which is loaded for each question.
 Loader {
     id: question
+
+    property var owner: owner_window // of the dialog, which stays above it: a window of the desktop, so not the view
 
     signal chosen(url file)
 
@@ -12,12 +13,12 @@ Loader {
     // initial "folder", which is otherwise the last one used.
     function ask(properties) {
         if (properties.selectFolder) {
-            setSource("FolderQuestionDialog.qml", { "title": properties.title, "parentWindow": Window.window });
+            setSource("FolderQuestionDialog.qml", { "title": properties.title, "parentWindow": owner });
         } else {
             setSource("FileQuestionDialog.qml", {
                 "startFolder": properties.folder || "",
                 "title": properties.title,
-                "parentWindow": Window.window,
+                "parentWindow": owner,
                 "toWrite": properties.selectExisting === false,
                 "suggestedName": properties.suggestedName || "",
                 "nameFilters": properties.nameFilters || [],

@@ -44,7 +44,7 @@ Item {
         if (!Window.active || isControl(item) || isAbove(item)) {
             return;
         }
-        if (!last || !last.visible) {
+        if (!last || !last.visible || !last.activeFocusOnTab) { // a page that is not open any more has no stop
             lost();
         } else if (last.enabled) { // otherwise it gets the focus when it is enabled again
             last.forceActiveFocus(reason);

@@ -76,12 +76,14 @@ Window {
     FileQuestion {
         id: recordQuestion
 
+        owner: logWindow
         onChosen: logWindow.recordRequested(file)
     }
 
     FileQuestion {
         id: question
 
+        owner: logWindow
         onChosen: {
             var error = logWindow.log.save(file);
             if (error.length > 0) {

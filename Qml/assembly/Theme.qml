@@ -85,7 +85,7 @@ QtObject {
     readonly property int checkSize: 18
     readonly property int timeColumn: 180
     readonly property int snapshotTableHeight: 212
-    readonly property int noticeWidth: 460
+    readonly property int noticeWidth: 520
     readonly property int noticeTextHeight: 320
     readonly property int popupHeight: 320
     readonly property int wholePage: 1000000 // higher than any page
@@ -97,7 +97,8 @@ QtObject {
     readonly property int hintWidth: 420
     readonly property int detailsLeastWidth: 260
     readonly property int detailCaptionWidth: 84
-    readonly property int plotHeight: 150
+    readonly property int plotHeight: 150 // at least
+    readonly property real plotShare: 0.45 // of its width
     readonly property int searchWidth: 720
     readonly property int searchRows: 9
     readonly property int searchRowHeight: 44

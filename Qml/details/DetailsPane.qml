@@ -23,6 +23,7 @@ Rectangle {
     color: Theme.raised
     radius: Theme.radiusLarge
     border.color: Theme.hairline
+    onModuleChanged: refresh() // it may follow the values of its row
     onValuesChanged: refresh()
     Component.onCompleted: refresh()
 
@@ -65,7 +66,7 @@ Rectangle {
         anchors.bottom: parent.bottom
         anchors.bottomMargin: Theme.gap
         x: Theme.gap
-        width: parent.width - 2 * Theme.gap
+        width: parent.width - Theme.gap - Theme.gapTiny
         contentHeight: column.height
         boundsBehavior: Flickable.StopAtBounds
         clip: true
@@ -74,7 +75,7 @@ Rectangle {
         Column {
             id: column
 
-            width: parent.width - Theme.gapSmall
+            width: parent.width - 2 * Theme.gapSmall // beside the scroll bar
 
             BodyText {
                 width: parent.width

@@ -37,7 +37,7 @@ Column {
         objectName: "plot"
         visible: plot.filled
         width: parent.width
-        height: Theme.plotHeight
+        height: Math.max(Theme.plotHeight, Math.round(width * Theme.plotShare))
         history: varkel_manager.history
         series: plot.shown
         colours: Theme.sectors

@@ -11,6 +11,7 @@ Item {
     property string title
     property QtObject rows // varkel_manager.pageModel(module)
     property bool saving: false
+    property real rowsEnd: width // where the scroll bar stands
 
     readonly property QtObject focused: list.currentItem ? list.currentItem.values : null // the row's roles
 
@@ -82,7 +83,11 @@ Item {
             currentIndex: -1
             clip: true
             model: page.rows
-            T.ScrollBar.vertical: DefaultScrollBar {}
+            T.ScrollBar.vertical: DefaultScrollBar {
+                parent: steps
+                x: page.rowsEnd - width
+                height: steps.height
+            }
 
             Keys.onPressed: {
                 if (event.key === Qt.Key_PageUp || event.key === Qt.Key_PageDown) {

@@ -56,6 +56,7 @@ Item {
                 title: pages.titles[loader.module] || ""
                 rows: varkel_manager.pageModel(loader.module)
                 saving: pages.saving
+                rowsEnd: details.active ? details.leftEdge - 2 * Theme.line : width
                 onCancelRequested: pages.cancelRequested(loader.module)
                 onSaveRequested: pages.saveRequested(loader.module)
                 onRefused: pages.refused(message)

@@ -24,7 +24,7 @@ T.Popup {
     x: parent ? Math.round((parent.width - width) / 2) : 0
     y: Theme.topBarHeight
     width: Math.min(Theme.searchWidth, parent ? parent.width - 2 * Theme.margin : Theme.searchWidth)
-    implicitHeight: field.height + list.height + outcome.height + 2 * padding
+    implicitHeight: field.height + list.anchors.topMargin + list.height + outcome.height + 2 * padding
     padding: Theme.gap
     modal: true
     focus: true
@@ -73,6 +73,7 @@ T.Popup {
 
             objectName: "searchList"
             anchors.top: field.bottom
+            anchors.topMargin: Theme.gapTiny
             width: parent.width
             height: Math.min(count, Theme.searchRows) * Theme.searchRowHeight
             topMargin: 0

@@ -18,10 +18,10 @@ Item {
     readonly property bool edited: values.edited
     readonly property bool unread: values.origin === "default"
     readonly property bool dimmed: unread || values.stale && !edited
-    readonly property bool differs: values.origin === "differs"
+    readonly property bool differs: values.origin === "differs" && !values.stale
     readonly property bool refused: values.refusal.length > 0
     readonly property string note: noteText()
-    readonly property bool ticked: note.length === 0 && !edited && values.origin === "verified"
+    readonly property bool ticked: note.length === 0 && !edited && !values.stale && values.origin === "verified"
     property bool noteInCaption: false // puts the note beside the label if the control can't make room for it
     // The width that the control leaves to the note; the details pane takes the space outside the row.
     readonly property real noteRoom: noteInCaption || note.length === 0 || !noteLoader.item ? 0
@@ -57,7 +57,8 @@ Item {
     function describe() {
         var lines = [label];
         if (values.rangeMin !== 0 || values.rangeMax !== 0) {
-            lines.push("Range: " + values.rangeMin + " to " + values.rangeMax + PlainText.line(values.unit));
+            lines.push("Range: " + values.rangeMin + " to " + values.rangeMax
+                       + PlainText.line(values.unit.replace(/^\s*\((.*)\)$/, " $1")));
         }
         if (values.type.length > 0) {
             lines.push("Type: " + PlainText.line(values.type));

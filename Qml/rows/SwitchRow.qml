@@ -27,6 +27,7 @@ RowFrame {
         Accessible.name: row.label
         checked: row.on
         enabled: row.writable
+        dimmed: row.dimmed
         onToggled: row.toggle(checked)
     }
 

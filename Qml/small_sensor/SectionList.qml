@@ -1,7 +1,8 @@
 import QtQuick 2.15
 import "../assembly"
 
-// The list of a page's sections. It marks the visible one, and scrolls the page to the one that is clicked.
+// The list of a page's sections. It marks the topmost visible one, or the last one at the end of the page, and scrolls
+// the page to the one that is clicked.
 TabWidget {
     id: list
 
@@ -20,6 +21,10 @@ TabWidget {
     }
 
     function follow() {
+        if (view.contentY > 0 && view.atYEnd) {
+            currentIndex = sections.length - 1;
+            return;
+        }
         for (var last = sections.length - 1; last > 0 && sections[last].y > view.contentY + Theme.margin;) {
             --last;
         }

@@ -2,25 +2,32 @@
 
 #include <QDateTime>
 #include <QFontMetricsF>
+#include <QLineF>
 #include <QPainter>
-#include <QPolygonF>
+#include <QVector>
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <optional>
 
 using varkel::ReadingHistory;
 
 namespace {
 
-constexpr qint64 kGapMs = 2000;  // the curve is interrupted at longer gaps between readings
+constexpr qint64 kGapMs = 2000;  // the curve is interrupted at longer gaps, which have no value
 constexpr double kCurveWidth = 1.5;
+constexpr double kWidestBar = 3;  // pixels; more would look like steps
 
 qint64 Milliseconds(const ReadingHistory::Point& point) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(point.time.time_since_epoch()).count();
 }
 
+bool IsGap(const ReadingHistory::Point& before, const ReadingHistory::Point& after) {
+  return Milliseconds(after) - Milliseconds(before) > kGapMs;
+}
+
 QString WithUnit(double number, const QString& unit) {
-  const QString text = QString::number(number, 'g', 6);
+  const QString text = QString::number(number, 'g', 12);
   return unit.isEmpty() ? text : text + ' ' + unit;
 }
 
@@ -50,6 +57,11 @@ void HistoryPlot::setHistory(QObject* history) {
     connect(history_, &varkel::LiveHistory::changed, this, &HistoryPlot::Refresh);
   }
   emit inputChanged();
+}
+
+QPointF HistoryPlot::Scale::At(const ReadingHistory::Point& point,
+                               const ReadingHistory::Summary& range) const {
+  return {X(Milliseconds(point)), Y(point.value, range)};
 }
 
 double HistoryPlot::Scale::X(qint64 ms) const {
@@ -122,6 +134,53 @@ void HistoryPlot::PaintScale(QPainter& painter, const Scale& scale, const std::v
                    "last " + Duration(scale.last_ms - scale.first_ms));
 }
 
+void HistoryPlot::PaintLine(QPainter& painter, const Scale& scale, const Curve& curve) {
+  // As single lines: the outline of a whole jagged curve costs the painter far more.
+  painter.setPen(QPen(curve.colour, kCurveWidth, Qt::SolidLine, Qt::FlatCap));
+  QVector<QLineF> lines;
+  const ReadingHistory::Point* before = nullptr;
+  for (const ReadingHistory::Point& point : *curve.points) {
+    const QPointF at = scale.At(point, curve.range);
+    const bool starts = before == nullptr || IsGap(*before, point);
+    lines.append({starts ? at - QPointF(kCurveWidth, 0) : lines.last().p2(), at});
+    before = &point;
+  }
+  painter.drawLines(lines);
+}
+
+void HistoryPlot::PaintBars(QPainter& painter, const Scale& scale, const Curve& curve, double pixel) {
+  struct Bar {
+    double x = 0;
+    double top = 0;
+    double bottom = 0;
+  };
+  std::optional<Bar> bar;
+  const auto paint_until = [&](double x) {
+    const double height = std::max(kCurveWidth, bar->bottom - bar->top);
+    painter.fillRect(QRectF(bar->x, (bar->top + bar->bottom - height) / 2, x - bar->x, height), curve.colour);
+  };
+  const ReadingHistory::Point* before = nullptr;
+  double last_y = 0;
+  for (const ReadingHistory::Point& point : *curve.points) {
+    const QPointF at = scale.At(point, curve.range);
+    if (bar && IsGap(*before, point)) {
+      paint_until(bar->x + pixel);
+      bar.reset();
+    }
+    if (!bar) {
+      bar = Bar{at.x(), at.y(), at.y()};
+    } else if (at.x() - bar->x >= pixel) {
+      paint_until(at.x());
+      bar = Bar{at.x(), last_y, last_y};  // joined to the one before
+    }
+    bar->top = std::min(bar->top, at.y());
+    bar->bottom = std::max(bar->bottom, at.y());
+    last_y = at.y();
+    before = &point;
+  }
+  if (bar) paint_until(bar->x + pixel);
+}
+
 void HistoryPlot::paint(QPainter* painter) {
   QFont font = painter->font();
   font.setPixelSize(font_size_);
@@ -131,31 +190,13 @@ void HistoryPlot::paint(QPainter* painter) {
   if (curves.empty() || width() < 2 || height() < 4 * font_size_) return;
   const Scale scale = MakeScale(curves);
   PaintScale(*painter, scale, curves);
+  const double pixel = 1 / painter->deviceTransform().m11();
   for (const Curve& curve : curves) {
-    painter->setPen(QPen(curve.colour, kCurveWidth));
-    // Several points in one column of pixels are drawn as the range they cover.
-    QPolygonF line;
-    qint64 before = 0;
-    double low = 0;
-    double high = 0;
-    for (const ReadingHistory::Point& point : *curve.points) {
-      const qint64 now = Milliseconds(point);
-      const QPointF at(scale.X(now), scale.Y(point.value, curve.range));
-      if (!line.isEmpty() && now - before > kGapMs) {
-        painter->drawPolyline(line);
-        line.clear();
-      }
-      before = now;
-      if (line.isEmpty() || at.x() - line.last().x() >= 1) {
-        line.append(at);
-        low = high = at.y();
-      } else if (at.y() < low || at.y() > high) {
-        line.append(QPointF(line.last().x(), at.y()));
-        low = std::min(low, at.y());
-        high = std::max(high, at.y());
-      }
+    if (static_cast<double>(curve.points->size()) * kWidestBar * pixel > scale.area.width()) {
+      PaintBars(*painter, scale, curve, pixel);
+    } else {
+      PaintLine(*painter, scale, curve);
     }
-    line.size() == 1 ? painter->drawPoint(line.first()) : painter->drawPolyline(line);
   }
   if (pointer_ >= 0) {
     painter->setPen(text_colour_);
@@ -176,8 +217,9 @@ void HistoryPlot::Refresh() {
       const auto after = std::partition_point(curve.points->begin(), curve.points->end(),
                                               [ms](const auto& point) { return Milliseconds(point) <= ms; });
       const auto nearest = after == curve.points->begin() ? after : std::prev(after);
-      reading +=
-          "   " + (curves.size() > 1 ? curve.name + " " : QString()) + WithUnit(nearest->value, curve.unit);
+      const bool in_gap = std::abs(ms - Milliseconds(*nearest)) > kGapMs;
+      reading += "   " + (curves.size() > 1 ? curve.name + " " : QString()) +
+                 (in_gap ? QStringLiteral("no reading") : WithUnit(nearest->value, curve.unit));
     }
   }
   if (reading != reading_) {

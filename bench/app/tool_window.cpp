@@ -4,18 +4,24 @@
 //   tool_window log SECONDS        the log window at 10,000 lines per second
 //   tool_window scroll             scrolling a page of 2,000 rows by wheel and by key
 //   tool_window search             searching 10,000 rows, letter by letter
+//   tool_window plot               plotting five live rows over half an hour, with new readings and a pointer
+#include <QAbstractItemModel>
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QProcess>
 #include <QQuickItem>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QWheelEvent>
 #include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -24,6 +30,8 @@
 #include <utility>
 #include <vector>
 
+#include "VarkelCore/src/pages/live_history.h"
+#include "VarkelCore/src/values/model_selection.h"
 #include "VarkelCore/src/varkel_manager.h"
 #include "app/src/log_model.h"
 #include "app/src/main_window.h"
@@ -38,6 +46,11 @@ constexpr int kLinesAMillisecond = 10;
 constexpr int kRows = 2000;
 constexpr int kSearchedRows = 10000;
 constexpr int kNotch = 120;
+constexpr QSize kWindowSize(1920, 1000);
+constexpr std::size_t kPlotted = 5;
+constexpr int kReadingIntervalMs = 100;
+constexpr int kPointerIntervalMs = 20;
+constexpr qint64 kPlotMs = 15000;
 
 void Print(const char* name, double value) {
   std::printf("%s\t%.3f\n", name, value);
@@ -299,6 +312,94 @@ int MeasureSearch() {
   return EXIT_SUCCESS;
 }
 
+/// Readings of the first live variables of the page, noise on a slow wave, without a sensor.
+class Readings {
+ public:
+  Readings(varkel::LiveHistory& history, const QString& model_name) : history_(history) {
+    varkel::ModelSelection selection;
+    selection.Select(model_name.toStdString());
+    model_ = selection.model();
+    for (const auto& group : model_->catalogue->module_vars().at(kLivePage)) {
+      for (varkel::VarInfo* var : group) {
+        if (var->timer_update && vars_.size() < kPlotted) vars_.push_back(var);
+      }
+    }
+  }
+  void Add(varkel::ValueStore::Time time) {
+    ++count_;
+    std::vector<varkel::Reading> readings;
+    for (varkel::VarInfo* var : vars_) {
+      const double wave = 40 + 5 * std::sin(count_ / 500.0) + (std::rand() % 1000) / 1000.0;
+      readings.push_back({var, std::to_string(wave), {}});
+    }
+    model_->values.Read(std::move(readings), model_->values.Now(), time);
+    history_.Follow(model_, model_->values.TakeChanges());
+  }
+
+ private:
+  varkel::LiveHistory& history_;
+  std::shared_ptr<varkel::Model> model_;
+  std::vector<varkel::VarInfo*> vars_;
+  int count_ = 0;
+};
+
+/// Pins the page's first live rows but for the last of them, which keeps the focus. False if there is no plot
+/// of all of them then.
+bool PlotRows(QQuickView& view, QAbstractItemModel& rows) {
+  const auto roles = rows.roleNames();
+  std::size_t plotted = 0;
+  for (int row = 0; row < rows.rowCount() && plotted < kPlotted; ++row) {
+    const auto value = [&](const char* role) { return rows.index(row, 0).data(roles.key(role)); };
+    if (!value("live").toBool()) continue;
+    const QString place =
+        QString("%1_%2_%3").arg(kLivePage).arg(value("group").toInt()).arg(value("variable").toInt());
+    QQuickItem* const field = FindBelow(view.rootObject(), "field_" + place);
+    if (field == nullptr) return false;
+    field->forceActiveFocus(Qt::TabFocusReason);
+    Wait(100);
+    QQuickItem* const pin = FindBelow(view.rootObject(), "pinButton");
+    if (pin == nullptr) return false;
+    if (++plotted < kPlotted) QMetaObject::invokeMethod(pin, "clicked");
+  }
+  const QQuickItem* const plot = FindBelow(view.rootObject(), "plot");
+  return plot != nullptr && plot->isVisible() && plot->property("series").toList().size() == int{kPlotted};
+}
+
+int MeasurePlot() {
+  Tool tool;
+  QQuickView& view = *tool.window->view();
+  tool.window->resize(kWindowSize);  // the details have no room in the window of a machine without a screen
+  view.rootObject()->setProperty("currentPage", kLivePage);
+  Wait(1000);
+  Readings readings(*qobject_cast<varkel::LiveHistory*>(tool.manager->history()), "Quenta");
+  const auto interval = std::chrono::milliseconds(kReadingIntervalMs);
+  const auto now = std::chrono::system_clock::now();
+  for (auto ago = varkel::ReadingHistory::kMaxPoints; ago > 0; --ago) readings.Add(now - ago * interval);
+  auto* const rows = qobject_cast<QAbstractItemModel*>(tool.manager->pageModel(kLivePage));
+  if (!PlotRows(view, *rows)) return EXIT_FAILURE;
+  Wait(1000);
+  const QQuickItem* const plot = FindBelow(view.rootObject(), "plot");
+  QElapsedTimer clock;
+  clock.start();
+  Frames frames(view);
+  for (qint64 read_ms = 0, step = 0; clock.elapsed() < kPlotMs; ++step) {
+    const auto width = static_cast<qint64>(plot->width());
+    const QPointF place = plot->mapToScene({static_cast<qreal>(step * 3 % width), plot->height() / 2});
+    QMouseEvent move(QEvent::MouseMove, place, view.mapToGlobal(place.toPoint()), Qt::NoButton, Qt::NoButton,
+                     Qt::NoModifier);
+    frames.BeginInput();
+    QCoreApplication::sendEvent(&view, &move);
+    if (clock.elapsed() - read_ms >= kReadingIntervalMs) {
+      read_ms = clock.elapsed();
+      readings.Add(std::chrono::system_clock::now());
+      emit rows->dataChanged(rows->index(0, 0), rows->index(rows->rowCount() - 1, 0));  // as the sensor's do
+    }
+    Wait(kPointerIntervalMs);
+  }
+  frames.PrintAs("plot");
+  return EXIT_SUCCESS;
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
@@ -309,6 +410,7 @@ int main(int argc, char* argv[]) {
   if (what == "idle") return MeasureIdle(std::atoi(argument));
   if (what == "scroll") return MeasureScroll();
   if (what == "search") return MeasureSearch();
+  if (what == "plot") return MeasurePlot();
   if (what == "log") return MeasureLog(std::atoi(argument));
   Tool tool;
   QQuickView& view = *tool.window->view();

@@ -69,6 +69,7 @@ int main(int argc, char* argv[]) {
   ok = Run("tool_window", {"log", QString::number(kSeconds)}, figures) && ok;
   ok = Run("tool_window", {"scroll"}, figures) && ok;
   ok = Run("tool_window", {"search"}, figures) && ok;
+  ok = Run("tool_window", {"plot"}, figures) && ok;
   Print(figures);
   return ok ? 0 : 1;
 }

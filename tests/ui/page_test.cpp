@@ -107,6 +107,12 @@ class PageTest : public QObject {
 
   void DetailsAndPlotOfALiveRow() {
     WindowDriver driver;
+    driver.ShowPage(kNetworkPage);
+    driver.Find("field_" + driver.Place(kNetworkPage, "Destination Port"))
+        ->forceActiveFocus(Qt::TabFocusReason);
+    driver.ShowPage(kScanPage);
+    driver.ShowPage(kNetworkPage);
+    QCOMPARE(driver.Text("detailsTitle") + ' ' + driver.Text("detail_Value"), "Destination Port 2368");
     QVERIFY(driver.Connect());
     driver.ShowPage(kTimeSyncPage);
     driver.Find("field_" + driver.Place(kTimeSyncPage, "GPS Satellites"))
@@ -319,15 +325,21 @@ class PageTest : public QObject {
     driver.Click("saveButton_2");
     QVERIFY(driver.Dismiss("successWindow", "0 of 1 verified, Destination Port holds 1200 instead of 2400"));
     QCOMPARE(note(), "sent 2400, sensor holds 1200");
+    QVERIFY(driver.Text("statusOutcome").contains("holds 1200"));
     driver.sensor.ClearFaults();
     driver.Enter(field, "2401");
     driver.Click("saveButton_2");
     QVERIFY(driver.Dismiss("successWindow", "1 of 1 verified"));
     QCOMPARE(driver.Property(row, "values").value<QObject*>()->property("origin"), "verified");
 
+    driver.sensor.AddFault("0x20=clamp:1200");
+    driver.Enter(field, "2402");
+    driver.Click("saveButton_2");
+    QVERIFY(driver.Dismiss("successWindow", "holds 1200 instead of 2402"));
     driver.manager->Stop();
     EVENTUALLY_VERIFY(strip().startsWith("Not connected. Values last read "));
     QVERIFY(driver.Property(row, "dimmed").toBool());
+    QCOMPARE(note(), "");
   }
 
   void EditsAreListedUndoneAndAskedAbout() {
@@ -443,8 +455,10 @@ class PageTest : public QObject {
     QCOMPARE(driver.Text("upgradeFileName") + driver.Text("upgradeProgress"), "0.00%");
     const QByteArray package = "VARKEL-SIM FIRMWARE 4.1.2.9 2027-03-04\n" + QByteArray(20000, 'x');
     driver.Drop("new one.patch", package);
-    QVERIFY(
-        driver.Dismiss("messageWindow", "Package: new one.patch\nSize: 20,039 bytes\nFirmware Version: 3."));
+    QVERIFY(driver.NoticeShows("messageWindow",
+                               "Package: new one.patch\nSize: 20,039 bytes\nFirmware Version: 3."));
+    QCOMPARE(driver.Notice("messageWindow")->property("message").toString().count("Firmware Version"), 1);
+    driver.Key(Qt::Key_Return);
     QVERIFY(!driver.manager->IsUpgrading());
     driver.Drop("new one.patch", package);
     driver.Click("noticeAcceptButton");

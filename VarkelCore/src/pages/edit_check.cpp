@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "VarkelCore/src/pages/variable_details.h"
 #include "VarkelCore/src/values/range_check.h"
 #include "VarkelCore/src/values/whole_number.h"
 
@@ -16,10 +17,11 @@ bool HasRange(const VarInfo& var) {
 }
 
 QString Limits(const VarInfo& var) {
+  const QString unit = BareUnit(var);
   return QStringLiteral("%1 to %2%3")
       .arg(var.range_min)
       .arg(var.range_max)
-      .arg(QString::fromStdString(var.unit));
+      .arg(unit.isEmpty() ? unit : QLatin1Char(' ') + unit);
 }
 
 QString Allowed(const VarInfo& var, const RangeVerdict& verdict) {

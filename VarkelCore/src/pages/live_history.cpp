@@ -1,5 +1,7 @@
 #include "VarkelCore/src/pages/live_history.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 #include "VarkelCore/src/pages/page_description.h"
@@ -10,8 +12,18 @@ namespace varkel {
 
 namespace {
 
+/// As it was read: a number of up to 15 digits comes out as it went in.
 QString Number(double number) {
-  return QString::number(number, 'g', 7);
+  return QString::number(number, 'g', 15);
+}
+
+/// To a thousandth of what the readings span, or finer.
+QString Mean(const ReadingHistory::Summary& summary) {
+  const double span = summary.max - summary.min;
+  if (span == 0) return Number(summary.max);
+  const double decimals = std::max(0.0, 3 - std::floor(std::log10(span)));
+  return decimals > 15 ? Number(summary.mean)
+                       : QString::number(summary.mean, 'f', static_cast<int>(decimals));
 }
 
 /// A cell that spreadsheets always treat as text, never as a formula.
@@ -57,7 +69,7 @@ QVariantMap LiveHistory::summary(const QString& var_id) const {
           {QStringLiteral("unit"), BareUnit(var)},
           {QStringLiteral("min"), Number(summary.min)},
           {QStringLiteral("max"), Number(summary.max)},
-          {QStringLiteral("mean"), Number(summary.mean)},
+          {QStringLiteral("mean"), Mean(summary)},
           {QStringLiteral("last"), Number(points->back().value)}};
 }
 

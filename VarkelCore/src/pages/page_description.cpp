@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <set>
 #include <utility>
 
 namespace varkel {
@@ -157,10 +158,11 @@ QVariantList VariableMaps(const Model& model) {
 
 QVariantList InstalledVersions(const Model& model) {
   QVariantList versions;
+  std::set<const VarInfo*> listed;  // a variable may be on several pages
   for (const auto& module : model.catalogue->module_vars()) {
     for (const auto& group : module) {
       for (const VarInfo* var : group) {
-        if (var->var_type != "SWVER_YMD") continue;
+        if (var->var_type != "SWVER_YMD" || !listed.insert(var).second) continue;
         const QString value = model.values.IsRead(*var) ? QString::fromStdString(model.values.Show(*var).text)
                                                         : QStringLiteral("not read");
         versions.append(QVariantMap{{QStringLiteral("label"), QString::fromStdString(var->var_name)},

@@ -54,8 +54,8 @@ QString ShownText(const VarInfo& var, const std::string& text);
 /// Maps of all variables: [page][group][index].
 QVariantList VariableMaps(const Model& model);
 
-/// The firmware versions among the variables of the pages: maps with "label" and "value", which is "not read"
-/// until this sensor has reported it.
+/// The firmware versions among the variables of the pages, each once: maps with "label" and "value", which is
+/// "not read" until this sensor has reported it.
 QVariantList InstalledVersions(const Model& model);
 
 /// Names of the logs that can be downloaded individually: variables that are on no page, have a get command
