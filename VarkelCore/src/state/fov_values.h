@@ -20,9 +20,6 @@ VarInfo* FovChannel(const ConfigParser& catalogue);
 std::string FovAngleId(const VarInfo& channel, std::size_t index);
 std::string FovAngleName(const VarInfo& channel, std::size_t index);
 
-/// Degrees with one decimal, as the sensor keeps them.
-std::string FovAngleText(float degrees);
-
 /// The angle with this identifier or else this name; nullopt when it is none's.
 std::optional<std::size_t> FindFovAngle(const ConfigParser& catalogue, const std::string& key);
 
