@@ -16,7 +16,8 @@ bool IsWritableTarget(const QString& path);
 /// they go to a temporary file in the same folder, which replaces `path` once it is complete and on the disk.
 WriteResult WriteAtomically(const QString& path, std::span<const std::uint8_t> bytes);
 
-/// Renames `from` to `to` in one step, replacing a regular file of that name. False if it fails.
+/// Renames `from` to `to` in one step, replacing a regular file of that name. On Windows it waits up to 200
+/// ms for whoever has that file open. False if it fails.
 bool ReplaceFile(const QString& from, const QString& to);
 
 /// `name` with every character that no file name may hold on some system, that leads to another folder, or
