@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes the packages from a fresh clone, into dist/: for Debian 12, and a setup and a folder in a .zip for Windows.
+# Makes the packages from a fresh clone, into dist/: a .deb for Debian 12, and a setup and a .zip for Windows.
 # ./package.sh [--debian | --windows] [--dist FOLDER]
 #
 # Two runs on the same commit make the same bytes. Qt for Windows is taken from where tools/windows-qt.sh finds it, or
@@ -40,7 +40,7 @@ package_debian() {
   mv "$work/varkel_${version}_amd64.deb" "$dist/"
 }
 
-# un.RemoveFiles of the setup: each file by name, then each folder that is empty. What else is there is the user's.
+# un.RemoveFiles of the setup: deletes each file by name, then each empty folder. Other files belong to the user.
 removal_script() {
   echo 'Function un.RemoveFiles'
   (cd "$1" && find . -type f | sort | sed 's|^\./||; s|/|\\|g; s|.*|  Delete "$INSTDIR\\&"|')
@@ -57,11 +57,11 @@ package_windows() {
   rm -rf "$work"
   mkdir -p "$folder"
   cmake --install build/windows --prefix "$folder" >"$work/install.log"
-  # Debian's libstdc++ alone carries 22 MB of symbols. Without -p each file would tell when it was stripped.
+  # Debian's libstdc++ alone has 22 MB of symbols. Without -p each file's time would be that of stripping.
   find "$folder" \( -name '*.exe' -o -name '*.dll' \) -exec x86_64-w64-mingw32-strip -p --strip-unneeded {} +
   local options=()
   if [ -e "$folder/bin/varkelctl.exe" ]; then
-    # Its folder on the path brings no DLLs along.
+    # A folder of its own, so that no DLLs are added to the path.
     mkdir "$folder/command"
     printf '@"%%~dp0..\\bin\\varkelctl.exe" %%*\r\n' >"$folder/command/varkelctl.cmd"
     options+=(-DWITH_COMMAND)

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, starts a simulated sensor and opens Varkel beside it.
+# Installs what is missing, builds, starts a simulated sensor and opens Varkel.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 root=$PWD
@@ -10,10 +10,10 @@ usage() {
 
   --model NAME     the sensor model to simulate and select (default Quenta)
   --port PORT      the simulated sensor's port on 127.0.0.1 (default 9347)
-  --no-simulator   the tool alone, with your own connection settings
+  --no-simulator   start the tool alone, with your own connection settings
 
-Without a display the same job runs under a virtual screen: Varkel connects, visits each page, prints the
-values read and leaves a screenshot of each page in ./screenshots.
+Without a display Varkel runs on a virtual screen: it connects, visits each page, prints the values read and
+saves a screenshot of each page in ./screenshots.
 END
 }
 
@@ -48,7 +48,7 @@ if [ "$simulator" = yes ]; then
 
   log=$root/build/release/simulator.log
   simulated=("$bin/varkel-sim" --model "$model" --port "$port")
-  # The model Zelto is on two serial lines, for which pseudo-terminals stand in.
+  # The model Zelto has two serial lines, which are simulated with pseudo-terminals.
   [ "$model" = Zelto ] && simulated+=(--rs485-link "$home/rs485" --uart-link "$home/uart")
   "${simulated[@]}" >"$log" 2>&1 &
   simulator_pid=$!

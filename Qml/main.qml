@@ -3,8 +3,8 @@ import Varkel.Shell 1.0
 import "assembly"
 import "pages"
 
-// The main window's content. It turns what the controller says into pages, notices and log lines. The first
-// frame shows the bar and the list of pages; what fills them follows once that frame is on the screen.
+// The main window's content. It turns the controller's signals into pages, notices and log lines. The first
+// frame shows the bar and the list of pages; their content is created once that frame is on the screen.
 Rectangle {
     id: root
 
@@ -16,24 +16,24 @@ Rectangle {
     property string lastOutcome // what the last notice said
     property string lastOutcomeType
     property string lastLine // of the log
-    property string noticeLine // a notice's line that may come as a line of the log as well
-    property var outOfRangeNames: [] // those that the present check has found
+    property string noticeLine // the text of a notice, which may also arrive as a log line
+    property var outOfRangeNames: [] // found by the current check
     property bool shown: false // set when the first frame is on the screen
     readonly property bool complete: topBar.complete && body.item !== null
     readonly property string model: topBar.model
     readonly property bool table: varkel_manager.connectType === 0
     readonly property var tabTitles: pageTitles.concat(["Log", "Send Command", "Snapshots"])
     property var notices: ({})
-    property var ahead: [] // the types that loadAhead loads, held until they are used
-    property var logWindow: null // made when it is first opened
+    property var ahead: [] // the types loaded by loadAhead, kept until they are used
+    property var logWindow: null // created when first opened
 
-    // What follows the first frame loads on another thread while that frame is made.
+    // Loads the types needed after the first frame on another thread while that frame is being created.
     function loadAhead() {
         var files = ["pages/ConnectionBar", "pages/Body"];
         ahead = files.map(file => Qt.createComponent(file + ".qml", Component.Asynchronous));
     }
 
-    // A notice is made when it is first needed.
+    // Notice windows are created when first needed.
     function notice(type) {
         if (!notices[type]) {
             notices[type] = Qt.createComponent("assembly/" + type + ".qml").createObject(root);
@@ -74,7 +74,7 @@ Rectangle {
         }
     }
 
-    // The success window for what was not done.
+    // Uses the success window to say why something was not done.
     function callNoteWindow(msg) {
         record(msg, "INFO");
         notice("SuccessInfoWindow").note(msg);
@@ -85,7 +85,7 @@ Rectangle {
         notice("MessageWindow").notify(text, button, next);
     }
 
-    // Which sensor an act is for: "the sensor at 192.168.1.201:9347, Quenta, SN 123".
+    // The sensor that an action is for: "the sensor at 192.168.1.201:9347, Quenta, SN 123".
     function sensorName() {
         return "the sensor at " + body.item.sensorName();
     }
@@ -102,7 +102,7 @@ Rectangle {
         confirm(lines.join("\n"), "Upgrade", next);
     }
 
-    // What a notice says is in the log as well, once: what reports a fault often logs it itself.
+    // Logs the text of a notice, unless whatever reported it has just logged it.
     function record(msg, type) {
         lastOutcome = msg;
         lastOutcomeType = type;
@@ -138,7 +138,7 @@ Rectangle {
 
     function openLog() {
         if (!logWindow) {
-            // Its owner is the program's window, as the view that runs this is no window of its own.
+            // Its owner is the program's window, because the view that runs this is not a window itself.
             logWindow = Qt.createComponent("assembly/LogWindow.qml").createObject(windows, {
                 "log": log,
                 "transientParent": owner_window
@@ -177,14 +177,14 @@ Rectangle {
             if (varkel_manager.IsUpgrading) {
                 callErrorInfoWindow("Disconnect REJECTED. Lidar is upgrading.");
             } else {
-                keepingEdits("Disconnecting", "Disconnect", disconnect);
+                confirmDiscard("Disconnecting", "Disconnect", disconnect);
             }
         } else {
             body.item.connecting = varkel_manager.ConnectLidar();
         }
     }
 
-    // As a click on the button does, which takes over what is being typed beside it.
+    // Same as a click on the button, which also commits what is being typed.
     function pressConnectButton() {
         topBar.pressConnect();
     }
@@ -193,8 +193,8 @@ Rectangle {
         varkel_manager.Stop();
     }
 
-    // Asks before what drops the user's edits.
-    function keepingEdits(act, button, next) {
+    // Asks before an action that discards the user's edits.
+    function confirmDiscard(act, button, next) {
         var edits = varkel_manager.edits.all;
         if (edits.length === 0) {
             next();
@@ -204,12 +204,12 @@ Rectangle {
         if (edits.length > shown.length) {
             shown.push("and " + (edits.length - shown.length) + " more");
         }
-        notice("MessageWindow").notify(act + " drops the changes that are not saved:\n\n"
+        notice("MessageWindow").notify(act + " discards the unsaved changes:\n\n"
                                        + shown.map(line => PlainText.line(line)).join("\n"), button, next);
     }
 
     function changeModel(name) {
-        keepingEdits("Another model", "Change model", () => selectModel(name));
+        confirmDiscard("Changing the model", "Change model", () => selectModel(name));
     }
 
     function selectModel(name) {
@@ -219,7 +219,7 @@ Rectangle {
         varkel_manager.UpdateUI();
     }
 
-    // Where the focus is when nothing else has it: on nothing that takes what is typed.
+    // The default place of the focus: a control that does not accept typed text.
     function takeFocus() {
         if (table) {
             tabs.takeFocus();
@@ -228,13 +228,13 @@ Rectangle {
         }
     }
 
-    // The page is read again when the save has ended.
+    // The page is read again after the save.
     function saveModule(module) {
         saving = true;
         varkel_manager.RunInBackground(module);
     }
 
-    // Asks first when the save would also write what has never been read.
+    // Asks first if the save would also write fields that have never been read.
     function saveReadFields(module) {
         var names = varkel_manager.unreadFields(module);
         if (names.length === 0) {
@@ -246,7 +246,7 @@ Rectangle {
                                        "Continue", () => saveModule(module));
     }
 
-    // Below the notice of the save; when that has been closed, only another value than was sent disturbs once more.
+    // Shown in the notice of the save. Once that is closed, only a value other than the one sent opens a new notice.
     function showSaveOutcome(outcome, differs) {
         var text = "Read back: " + outcome;
         if (!notice("SuccessInfoWindow").amend(lastSuccess, text, differs ? "Warning" : "") && differs) {
@@ -254,7 +254,7 @@ Rectangle {
         }
     }
 
-    // Below the notice of the upgrade while that is open, else in one of its own.
+    // Shown in the notice of the upgrade while that is open, otherwise in a notice of its own.
     function showUpgradeOutcome(text, back) {
         record(text, back ? "INFO" : "WARNING");
         var window = notice("SuccessInfoWindow");
@@ -315,10 +315,11 @@ Rectangle {
         width: parent.width
         onConnectRequested: root.pressConnect()
         onModelChosen: root.changeModel(name)
-        onRestartRequested: root.confirm("Restart " + root.sensorName() + "?\n\nThe connection ends, and changes that are not "
-                                         + "saved are dropped.", "Restart", () => varkel_manager.RestartInBackground())
-        onResetRequested: root.confirm("Reset all settings of " + root.sensorName() + "?\n\nThis can't be undone. The sensor "
-                                       + "may get another address.", "Reset", () => varkel_manager.ResetInBackground())
+        onRestartRequested: root.confirm("Restart " + root.sensorName() + "?\n\nThe connection will be closed, and "
+                                         + "unsaved changes will be lost.", "Restart",
+                                         () => varkel_manager.RestartInBackground())
+        onResetRequested: root.confirm("Reset all settings of " + root.sensorName() + "?\n\nThis can't be undone. The sensor's "
+                                       + "address may change.", "Reset", () => varkel_manager.ResetInBackground())
         onAboutRequested: root.notice("AboutWindow").show()
     }
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# build_times.sh: how long a developer waits for the tool, the simulator and all tests, in seconds: built from nothing,
-# after a change of one source of the core, after a change of the header that most of it includes. Without ccache.
+# build_times.sh: build times of the tool, the simulator and all tests, in seconds: from scratch, after a change of one
+# core source, and after a change of the header that most files include. Without ccache.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 export CCACHE_DISABLE=1

@@ -1,4 +1,4 @@
-# Joins figures ("name<tab>number") with rows (see rows.tsv) to a Markdown table.
+# Joins figures ("name<tab>number") and rows (see rows.tsv) into a Markdown table.
 
 function text(number) {
   return sprintf(number >= 100 ? "%.0f" : number >= 10 ? "%.1f" : "%.2f", number)

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# report.sh [PROGRAM...]: measures, and prints one table of figures beside their references; named programs
-# only, if any are named. docs/performance.md tells how to read it and how to add to it.
+# report.sh [PROGRAM...]: runs all benchmarks, or only the named ones, and prints one table of figures and their
+# references. docs/performance.md explains how to read it and how to add to it.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -14,7 +14,7 @@ wanted=("$@")
 is_wanted() { [[ " ${wanted[*]} " == *" $1 "* ]]; }
 for name in "${wanted[@]}"; do
   if [[ " ${benchmarks[*]} ${measures[*]} ${scripts[*]} " != *" $name "* ]]; then
-    echo "report.sh: no program $name; there are: ${benchmarks[*]} ${measures[*]} ${scripts[*]}" >&2
+    echo "report.sh: no program $name; choose from: ${benchmarks[*]} ${measures[*]} ${scripts[*]}" >&2
     exit 2
   fi
 done
@@ -27,21 +27,21 @@ done
 figures=$(mktemp)
 trap 'rm -f "$figures"' EXIT
 
-# Programs that hardly compute, but show how late they are woken: with priority over the machine's other work, where allowed.
-ahead_of_others() {
+# Benchmarks that compute little but measure latency run with priority over the machine's other work, where allowed.
+priority_command() {
   case $1 in
     exchange_bench|sensor_bench) chrt -f 1 true 2>/dev/null && echo "chrt -f 1" ;;
   esac
   return 0
 }
 
-# Figures and references take turns, and of the repetitions the quickest counts: that is the one which other
-# work on the machine has disturbed least. Counters give their median, and as "name:counter:max" the most.
+# Figures and references alternate, and the fastest repetition counts, since other work on the machine disturbed it
+# least. Counters give their median, and as "name:counter:max" their maximum.
 for name in "${benchmarks[@]}"; do
   is_wanted "$name" || continue
   echo "Measuring: $name" >&2
   # shellcheck disable=SC2046
-  $(ahead_of_others "$name") "build/bench/bin/$name" --benchmark_format=json --benchmark_repetitions=9 \
+  $(priority_command "$name") "build/bench/bin/$name" --benchmark_format=json --benchmark_repetitions=9 \
     --benchmark_min_time=0.1 --benchmark_enable_random_interleaving=true 2>/dev/null | jq -r '
     ["name", "run_name", "run_type", "family_index", "per_family_instance_index", "repetitions",
      "repetition_index", "threads", "iterations", "real_time", "cpu_time", "time_unit", "bytes_per_second",

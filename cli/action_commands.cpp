@@ -12,14 +12,14 @@ namespace varkel::cli {
 
 namespace {
 
-/// The sensor refused, or something else failed.
+/// The exit code for a sensor's code (refused) or any other failure.
 ExitCode ExitOf(int code) {
   return code == 0 ? kDone : code > 0 ? kRefused : kFailed;
 }
 
 SensorResult OfRestart(const Job& job, int (*act)(const ConfigParser&, SensorSession&, UserReport&),
                        const char* done) {
-  if (!job.link.client()) return Lacks(job, "KTC commands");
+  if (!job.link.client()) return ModelLacks(job, "KTC commands");
   const int code = act(*job.link.model()->catalogue, *job.link.session(), job.report);
   const std::string fault = job.report.error().empty() ? "The sensor did not answer." : job.report.error();
   return Sentence(job.link.target(), ExitOf(code), code == 0 ? done : fault);
@@ -32,7 +32,7 @@ SensorResult OfDownload(const Job& job) {
   return Sentence(job.link.target(), is_done ? kDone : kFailed, text);
 }
 
-/// Logs of several sensors have the same names: each sensor gets a folder of its own.
+/// Logs of different sensors have the same names, so each sensor gets its own folder.
 QString FolderForLogs(const Job& job) {
   QString folder = QString::fromStdString(job.arguments.output);
   if (job.is_alone) return folder;
@@ -84,7 +84,7 @@ SensorResult Reset(const Job& job) {
 }
 
 SensorResult DownloadLog(const Job& job) {
-  if (!job.link.client()) return Lacks(job, "logs");
+  if (!job.link.client()) return ModelLacks(job, "logs");
   const LogDownload download(job.report, [](bool) {});
   download.DownloadLog(*job.link.model()->catalogue, *job.link.client(), FolderForLogs(job),
                        QString::fromStdString(job.arguments.id));
@@ -92,7 +92,7 @@ SensorResult DownloadLog(const Job& job) {
 }
 
 SensorResult DownloadOperationLog(const Job& job) {
-  if (!job.link.client()) return Lacks(job, "logs");
+  if (!job.link.client()) return ModelLacks(job, "logs");
   const LogDownload download(job.report, [](bool) {});
   download.DownloadOperationLog(*job.link.model()->catalogue, *job.link.client(),
                                 QString::fromStdString(job.arguments.output), job.stop);

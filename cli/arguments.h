@@ -7,12 +7,12 @@
 
 namespace varkel::cli {
 
-/// What the command line says.
+/// The parsed command line.
 struct Arguments {
   std::vector<std::string> hosts;
   std::string targets;
   std::string model = "Quenta";
-  std::string tables;  ///< empty: beside the program
+  std::string tables;  ///< empty: the folder next to the program
   std::string rs485;
   std::string uart;
   int jobs = 32;
@@ -33,7 +33,7 @@ struct Arguments {
   bool defaults = false;
   bool live = false;
   std::string file;
-  std::string table;  ///< model, or file of a table
+  std::string table;  ///< a model, or the file of a table
   std::string output;
   std::string id;
   std::string code;
@@ -46,7 +46,7 @@ struct Arguments {
   bool print_completion = false;
 };
 
-/// The parser of the command line, filling `arguments`, which outlives it.
+/// Creates the command line parser, which fills `arguments`; these outlive it.
 std::unique_ptr<CLI::App> MakeParser(Arguments& arguments);
 
 }  // namespace varkel::cli

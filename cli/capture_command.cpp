@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "VarkelCore/src/state/exchange_text.h"
+#include "VarkelCore/src/state/json_text.h"
 #include "VarkelCore/src/state/sensor_link.h"
 #include "VarkelCore/src/values/decoded_text.h"
 #include "VarkelCore/src/values/exchange_decoder.h"
@@ -33,7 +34,7 @@ long long DelayUs(const CapturedExchange& exchange) {
   return std::chrono::duration_cast<std::chrono::microseconds>(exchange.answered - exchange.asked).count();
 }
 
-/// An exchange with what its bytes mean.
+/// An exchange and its decoded fields.
 struct Decoded {
   std::string name;
   Fields request;
@@ -58,21 +59,21 @@ Decoded Decode(const ExchangeDecoder& decoder, const CapturedExchange& exchange)
   return decoded;
 }
 
-/// What became of the request.
+/// The outcome of the request.
 std::string Outcome(const CapturedExchange& exchange) {
   std::string text;
   switch (exchange.answer) {
     case Answer::kNone:
       return "no reply";
-    case Answer::kBrokenOff:
-      text = "the reply broke off after " + std::to_string(exchange.reply.size()) + " of " +
+    case Answer::kIncomplete:
+      text = "the reply was cut off after " + std::to_string(exchange.reply.size()) + " of " +
              std::to_string(exchange.announced) + " bytes";
       break;
     case Answer::kWhole:
       text = exchange.return_code == 0 ? "ok" : ExchangeCodeText(exchange.return_code);
       break;
   }
-  if (exchange.reply_command != exchange.command) text += ", as an answer to another command";
+  if (exchange.reply_command != exchange.command) text += ", answering another command";
   return text + ", " + QString::number(static_cast<double>(DelayUs(exchange)) / 1000, 'f', 1).toStdString() +
          " ms";
 }
@@ -94,11 +95,6 @@ std::string TextOf(const CapturedExchange& exchange, const Decoded& decoded) {
                     FormatEndpoint(exchange.sensor) + "  " + CommandText(exchange.command) + name + ": " +
                     Outcome(exchange) + Indented("request", DecodedText(decoded.request)) +
                     Indented("reply", DecodedText(decoded.reply)));
-}
-
-/// Text from the sensor need not be UTF-8, JSON has to be.
-std::string Utf8(const std::string& text) {
-  return QString::fromStdString(text).toStdString();
 }
 
 std::string JsonField(const DecodedField& field) {
@@ -130,16 +126,15 @@ std::string JsonOf(const CapturedExchange& exchange, const Decoded& decoded) {
   return object.Raw("reply", JsonList(decoded.reply, JsonField)).str();
 }
 
-/// "43 exchanges in 1 connection; 3 packets of something else".
+/// "43 exchanges in 1 connection; 3 other packets".
 std::string SummaryText(const quarn::lidar::CaptureSummary& summary) {
   std::string text = std::to_string(summary.exchanges) + " exchanges in " +
                      std::to_string(summary.connections) +
                      (summary.connections == 1 ? " connection" : " connections");
-  const std::pair<std::uint64_t, const char*> oddities[] = {
-      {summary.other_packets, "packets of something else"},
-      {summary.unasked, "replies that nobody asked for"},
-      {summary.noise, "bytes that belong to no frame"},
-      {summary.lost, "bytes that the file lacks"}};
+  const std::pair<std::uint64_t, const char*> oddities[] = {{summary.other_packets, "other packets"},
+                                                            {summary.unsolicited, "unsolicited replies"},
+                                                            {summary.noise, "bytes that belong to no frame"},
+                                                            {summary.lost, "bytes missing from the file"}};
   for (const auto& [count, what] : oddities) {
     if (count > 0) text += "; " + std::to_string(count) + " " + what;
   }

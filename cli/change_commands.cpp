@@ -64,7 +64,7 @@ std::string Problem(const ChangeResult& result) {
   for (const PlanRefusal& refusal : result.refusals) text += (text.empty() ? "" : "\n") + refusal.text;
   if (!text.empty()) return text;
   if (result.reading == ReadEnd::kConnectionLost) {
-    return "The sensor does not answer any more; nothing was written.";
+    return "The sensor no longer answers; nothing was written.";
   }
   if (result.reading == ReadEnd::kStopped) return "Stopped; nothing was written.";
   return result.fault.empty() ? result.run.detail : result.fault;
@@ -95,7 +95,7 @@ SensorResult Shown(const Job& job, const ChangeResult& result) {
 }
 
 SensorResult Change(const Job& job, const std::string& reason, decltype(ChangeRequest::wanted) wanted) {
-  if (!job.link.has_variables()) return Lacks(job, "variables");
+  if (!job.link.has_variables()) return ModelLacks(job, "variables");
   ChangeRequest request;
   request.wanted = std::move(wanted);
   request.force = job.arguments.force ? Force::kYes : Force::kNo;
@@ -121,7 +121,7 @@ SensorResult ListSnapshots(const Job& job, const std::string& sn) {
   return result;
 }
 
-/// What the newest automatic snapshot wants, or the one that was asked for.
+/// The values of the requested automatic snapshot, by default the newest.
 ChangeRequest::Wanted FromSnapshot(const Job& job, const Model& model, const SensorState& present) {
   const auto entry = SnapshotFolder().Find(present.sn, QString::fromStdString(job.arguments.id));
   const auto refuse = [](const std::string& text) {
@@ -169,7 +169,7 @@ SensorResult Apply(const Job& job) {
 }
 
 SensorResult RollBack(const Job& job) {
-  if (!job.link.has_variables()) return Lacks(job, "variables");
+  if (!job.link.has_variables()) return ModelLacks(job, "variables");
   if (job.arguments.list) return ListSnapshots(job, SerialNumber(job));
   return Change(job, "Before a rollback", [&job](const Model& model, const SensorState& present) {
     return FromSnapshot(job, model, present);

@@ -14,15 +14,15 @@
 
 namespace varkel::cli {
 
-/// What a command came to on one sensor.
+/// The outcome of a command on one sensor.
 struct SensorResult {
   ExitCode exit = kDone;
-  std::string text;       ///< for people; lines without the last line end
+  std::string text;       ///< for people; without a final line end
   std::string json;       ///< one object on one line
   bool is_error = false;  ///< the text belongs on standard error
 };
 
-/// What a command works with on one sensor.
+/// The context of a command on one sensor.
 struct Job {
   const Arguments& arguments;
   const std::string& table_folder;
@@ -30,27 +30,27 @@ struct Job {
   RecordingReport& report;
   const std::stop_token& stop;
   const Console& console;
-  const bool is_alone;  ///< no other sensor is worked on
+  const bool is_alone;  ///< this is the only sensor
   StateReader::Progress progress;
-  /// Shows a line ahead of the result, for commands that go on.
+  /// Shows a line before the result, for commands that run continuously.
   std::function<void(const SensorResult&)> show;
 };
 
 using SensorCommand = std::function<SensorResult(const Job&)>;
 
-/// The command of that name; empty for one that needs no sensor.
+/// The command with that name; empty if it needs no sensor.
 SensorCommand FindSensorCommand(const std::string& name);
 
-/// {"target", "model", "sn", "ok"}: how every object of a sensor begins.
+/// {"target", "model", "sn", "ok"}: the first keys of every JSON object about a sensor.
 JsonObject JsonHead(const SensorTarget& target, const std::string& sn, bool ok);
 
-/// The sensor's serial number, which is read unless it has been; empty when the sensor does not tell.
+/// The sensor's serial number, read from it if necessary; empty if the sensor does not report it.
 std::string SerialNumber(const Job& job);
 
-/// A result that is nothing but a sentence.
+/// A result that is just a sentence.
 SensorResult Sentence(const SensorTarget& target, ExitCode exit, const std::string& text);
 /// The model has no such thing.
-SensorResult Lacks(const Job& job, const std::string& what);
+SensorResult ModelLacks(const Job& job, const std::string& what);
 
 // One for each command.
 SensorResult Info(const Job& job);
@@ -71,7 +71,7 @@ SensorResult Upgrade(const Job& job);
 /// Compares two files; needs no sensor.
 SensorResult CompareFiles(const Arguments& arguments);
 
-/// Shows a recording by the table of `table_folder` that the arguments name; needs no sensor.
+/// Shows a recording, decoded with the table in `table_folder` that the arguments name; needs no sensor.
 ExitCode ShowCapture(const Arguments& arguments, const std::string& table_folder, Console& console);
 
 }  // namespace varkel::cli

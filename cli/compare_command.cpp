@@ -46,7 +46,7 @@ LiveValues LiveOf(const Arguments& arguments) {
 }  // namespace
 
 SensorResult CompareSensor(const Job& job) {
-  if (!job.link.has_variables()) return Lacks(job, "variables");
+  if (!job.link.has_variables()) return ModelLacks(job, "variables");
   const Model& model = *job.link.model();
   tl::expected<SensorState, std::string> left = DefaultState(model);
   if (!job.arguments.defaults) left = LoadState(QString::fromStdString(job.arguments.names.front()));
@@ -56,7 +56,7 @@ SensorResult CompareSensor(const Job& job) {
           .Read(*job.link.model(), *job.link.client(), StateVars(*model.catalogue), job.stop, job.progress);
   if (reading.end != ReadEnd::kComplete) {
     return Sentence(job.link.target(), reading.end == ReadEnd::kStopped ? kFailed : kNoConnection,
-                    "The sensor could not be read to the end.");
+                    "The sensor could not be read completely.");
   }
   return Shown(CompareStates(*left, reading.state, LiveOf(job.arguments)),
                JsonHead(job.link.target(), reading.state.sn, true));

@@ -42,7 +42,7 @@ std::string PlainBut(const std::string& text, QChar kept) {
 }  // namespace
 
 Console::Console() : has_colours_(IsColourWanted()), has_status_(IsTerminal(StandardStream::kError)) {
-  std::cout.rdbuf(nullptr);  // the core's trace lines are not among the results
+  std::cout.rdbuf(nullptr);  // keeps the core's trace lines out of the results
 }
 
 void Console::Result(const std::string& text) {

@@ -6,20 +6,20 @@
 
 namespace varkel::cli {
 
-enum class Colour { kPlain, kGood, kBad, kWeak };
+enum class Colour { kPlain, kGood, kBad, kDim };
 
 /// The terminal: results on standard output, everything else on standard error. Thread-safe.
 class Console {
  public:
-  /// Keeps the core's trace lines off standard output; call it once, ahead of any thread.
+  /// Redirects the core's trace lines away from standard output; create it once, before any threads.
   Console();
 
   void Result(const std::string& text);
   void Note(const std::string& text);
-  /// Draws over the present line of standard error; empty clears it.
+  /// Overwrites the current line of standard error; an empty text clears it.
   void Status(const std::string& text);
 
-  /// The text in a colour where standard output is a terminal and NO_COLOR is not set.
+  /// The text in a colour if standard output is a terminal and NO_COLOR is not set.
   std::string Paint(const std::string& text, Colour colour) const;
   bool has_status() const { return has_status_; }
 
@@ -30,9 +30,9 @@ class Console {
   bool status_shown_ = false;
 };
 
-/// Text from outside for a terminal: control characters, which could command it, become "?".
+/// Makes untrusted text safe for a terminal: control characters become "?".
 std::string Plain(const std::string& text);
-/// The same for text of several lines, which stay.
+/// The same for multi-line text; keeps the line breaks.
 std::string PlainLines(const std::string& text);
 
 /// Lines of aligned columns; the last one is not padded.

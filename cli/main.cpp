@@ -22,7 +22,7 @@ namespace {
 using namespace varkel;
 using namespace varkel::cli;
 
-/// The longest time that a signal goes unnoticed: a handler may do no more than set a flag.
+/// The interval for checking the signal flag, since a handler may do no more than set it.
 constexpr std::chrono::milliseconds kSignalCheck{50};
 
 std::atomic<bool> stop_requested{false};
@@ -32,7 +32,7 @@ extern "C" void RequestStop(int /*signal*/) {
   stop_requested = true;
 }
 
-/// Qt's debug lines are for whoever debugs the window.
+/// Qt's debug lines are only for debugging the window.
 void DropDebugLines(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
   if (type == QtCriticalMsg || type == QtFatalMsg) std::cerr << text.toStdString() << std::endl;
 }
@@ -55,7 +55,7 @@ int ShowModels(const Arguments& arguments, const std::string& folder, Console& c
   return models.empty() ? kFailed : kDone;
 }
 
-/// The sensors that the command line names; the error is a sentence.
+/// The sensors given on the command line; the error is a sentence.
 tl::expected<std::vector<SensorTarget>, std::string> Targets(const Arguments& arguments) {
   SensorTarget usual;
   usual.model = arguments.model;
@@ -76,7 +76,7 @@ tl::expected<std::vector<SensorTarget>, std::string> Targets(const Arguments& ar
   return targets;
 }
 
-/// What is wrong with the command's own arguments; empty when nothing is.
+/// What is wrong with the command's own arguments; empty if nothing is.
 std::string Misuse(const Arguments& arguments, std::size_t sensors) {
   if (arguments.command == "read" && !arguments.all && arguments.names.empty() && arguments.pages.empty()) {
     return "read needs a NAME, --page or --all.";
@@ -97,11 +97,12 @@ std::string Misuse(const Arguments& arguments, std::size_t sensors) {
   return {};
 }
 
-/// Asks where somebody can answer; else only --yes agrees. What to end with; nullopt to go on.
-std::optional<int> AskedEnd(const Arguments& arguments, std::size_t sensors, Console& console) {
+/// Asks for confirmation on a terminal; elsewhere only --yes confirms. Returns the exit code, or nullopt to
+/// continue.
+std::optional<int> ExitUnlessConfirmed(const Arguments& arguments, std::size_t sensors, Console& console) {
   if (arguments.yes || (arguments.command != "restart" && arguments.command != "reset")) return std::nullopt;
   if (!quarn::lidar::IsTerminal(quarn::lidar::StandardStream::kInput)) {
-    return WrongUse(console, arguments.command + " needs --yes where nobody can be asked.");
+    return WrongUse(console, arguments.command + " needs --yes when not run on a terminal.");
   }
   std::cerr << (arguments.command == "restart" ? "Restart " : "Reset all settings of ") << sensors
             << (sensors == 1 ? " sensor? [y/N] " : " sensors? [y/N] ") << std::flush;
@@ -113,8 +114,9 @@ std::optional<int> AskedEnd(const Arguments& arguments, std::size_t sensors, Con
 }
 
 int RunCommand(const Arguments& arguments, Console& console) {
-  const std::string beside = QCoreApplication::applicationDirPath().toStdString() + "/../Config/varID";
-  const std::string folder = arguments.tables.empty() ? beside : arguments.tables;
+  const std::string default_folder =
+      QCoreApplication::applicationDirPath().toStdString() + "/../Config/varID";
+  const std::string folder = arguments.tables.empty() ? default_folder : arguments.tables;
   if (arguments.command == "models") return ShowModels(arguments, folder, console);
   if (IsTableCommand(arguments.command)) return RunTableCommand(arguments, folder, console);
   if (arguments.command == "capture show") return ShowCapture(arguments, folder, console);
@@ -130,7 +132,7 @@ int RunCommand(const Arguments& arguments, Console& console) {
             : console.Result(arguments.json ? result.json : result.text);
     return result.exit;
   }
-  if (const auto end = AskedEnd(arguments, targets->size(), console)) return *end;
+  if (const auto end = ExitUnlessConfirmed(arguments, targets->size(), console)) return *end;
   quarn::lidar::CaptureRecorder recorder(
       [&console](const std::string& end) { console.Note("varkelctl: " + Plain(end)); });
   if (!arguments.capture.empty()) {

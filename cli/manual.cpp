@@ -7,7 +7,7 @@ namespace varkel::cli {
 
 namespace {
 
-/// Text for roff: backslashes, hyphens and points at the begin of a line mean something there.
+/// Escapes text for roff, where backslashes, hyphens and dots at the beginning of a line have a meaning.
 std::string Roff(const std::string& text) {
   std::string roff;
   bool is_line_begin = true;
@@ -50,7 +50,7 @@ std::string OptionNames(const CLI::App& app) {
   return names;
 }
 
-/// The commands by what one types, those within a command behind its name.
+/// The commands by what the user types; a subcommand follows its command's name.
 std::vector<std::pair<std::string, const CLI::App*>> Commands(const CLI::App& app,
                                                               const std::string& before = {}) {
   std::vector<std::pair<std::string, const CLI::App*>> commands;
@@ -63,7 +63,7 @@ std::vector<std::pair<std::string, const CLI::App*>> Commands(const CLI::App& ap
   return commands;
 }
 
-/// What may follow a command: the commands within it, and its options.
+/// The words that may follow a command: its subcommands and options.
 std::string Words(const CLI::App& command) {
   std::string words;
   for (const CLI::App* within : command.get_subcommands({})) words += " " + within->get_name();

@@ -5,7 +5,7 @@
 
 namespace varkel::cli {
 
-/// The manual page (roff) and the completion for bash, from the parser's own help.
+/// The manual page (roff) and the bash completion, generated from the parser's help.
 std::string ManualPage(const CLI::App& app);
 std::string BashCompletion(const CLI::App& app);
 

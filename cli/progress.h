@@ -7,7 +7,8 @@
 
 namespace varkel::cli {
 
-/// A bar on standard error for what takes longer than a second, on a terminal only. Thread-safe.
+/// A progress bar on standard error for work that takes longer than a second; only on a terminal.
+/// Thread-safe.
 class Progress {
  public:
   explicit Progress(Console& console) : console_(console) {}

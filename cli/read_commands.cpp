@@ -31,8 +31,8 @@ std::string JsonFailure(const ReadFailure& failure) {
       .str();
 }
 
-/// Names the file after the serial number, and after the sensor as well where another one of this run has the
-/// same number: none replaces another's file.
+/// Names the file after the serial number, and also after the sensor if another one in this run has the same
+/// number, so that no file is overwritten.
 QString FileIn(const QString& folder, const std::string& sn, const std::string& sensor) {
   static std::mutex mutex;
   static std::set<std::string> taken;
@@ -46,7 +46,7 @@ ExitCode ExitOf(const StateReading& reading) {
   if (reading.end == ReadEnd::kConnectionLost) return kNoConnection;
   ExitCode exit = reading.end == ReadEnd::kStopped ? kFailed : kDone;
   for (const ReadFailure& failure : reading.state.failed) {
-    exit = Heavier(exit, failure.code > 0 ? kRefused : kFailed);
+    exit = MoreSevere(exit, failure.code > 0 ? kRefused : kFailed);
   }
   return exit;
 }
@@ -82,7 +82,7 @@ StateReading ReadVars(const Job& job, const std::vector<VarInfo*>& vars) {
   return StateReader(job.report).Read(*job.link.model(), *job.link.client(), vars, job.stop, job.progress);
 }
 
-/// The variables that the command line names; the error is a sentence.
+/// The variables given on the command line; the error is a sentence.
 tl::expected<std::vector<VarInfo*>, std::string> WantedVars(const Job& job) {
   const ConfigParser& catalogue = *job.link.model()->catalogue;
   const std::vector<VarInfo*> all = StateVars(catalogue);
@@ -106,7 +106,7 @@ tl::expected<std::vector<VarInfo*>, std::string> WantedVars(const Job& job) {
   return vars;
 }
 
-/// What a small sensor says of itself.
+/// The information that a small sensor reports about itself.
 SensorResult SmallInfo(const Job& job) {
   SmallSensorInfo info(job.report, job.link.activity(), {[] {}, [] {}});
   info.SetModel(job.link.target().model);
@@ -146,13 +146,13 @@ SensorResult Info(const Job& job) {
 }
 
 SensorResult Read(const Job& job) {
-  if (!job.link.has_variables()) return Lacks(job, "variables");
+  if (!job.link.has_variables()) return ModelLacks(job, "variables");
   const auto vars = WantedVars(job);
   return vars ? Shown(job, ReadVars(job, *vars)) : Sentence(job.link.target(), kFailed, vars.error());
 }
 
 SensorResult Watch(const Job& job) {
-  if (!job.link.has_variables()) return Lacks(job, "variables");
+  if (!job.link.has_variables()) return ModelLacks(job, "variables");
   const auto vars = WantedVars(job);
   if (!vars) return Sentence(job.link.target(), kFailed, vars.error());
   ExitCode exit = kDone;
@@ -166,7 +166,7 @@ SensorResult Watch(const Job& job) {
     for (const StateValue& value : reading.state.values)
       line.text += "  " + Plain(value.name) + "=" + WithUnit(value);
     line.text += FailureLines(reading);
-    exit = Heavier(exit, line.exit);
+    exit = MoreSevere(exit, line.exit);
     job.show(line);
     if (reading.end == ReadEnd::kConnectionLost) break;
   }
@@ -174,11 +174,11 @@ SensorResult Watch(const Job& job) {
 }
 
 SensorResult TakeSnapshot(const Job& job) {
-  if (!job.link.has_variables()) return Lacks(job, "variables");
+  if (!job.link.has_variables()) return ModelLacks(job, "variables");
   const StateReading reading = ReadVars(job, StateVars(*job.link.model()->catalogue));
   if (reading.end != ReadEnd::kComplete) {
     return Sentence(job.link.target(), reading.end == ReadEnd::kStopped ? kFailed : kNoConnection,
-                    "The sensor could not be read to the end, so no file was written.");
+                    "The sensor could not be read completely, so no file was written.");
   }
   QString path = QString::fromStdString(job.arguments.output);
   if (QFileInfo(path).isDir()) {

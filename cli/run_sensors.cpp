@@ -61,7 +61,7 @@ ExitCode Sensors::Run() {
   }
   if (targets_.size() > 1) Summarize();
   ExitCode exit = kDone;
-  for (const auto& result : results_) exit = Heavier(exit, result->exit);
+  for (const auto& result : results_) exit = MoreSevere(exit, result->exit);
   return exit;
 }
 
@@ -78,7 +78,7 @@ void Sensors::Work() {
 }
 
 SensorResult Sensors::RunOne(const SensorTarget& target) {
-  if (stop_.stop_requested()) return Sentence(target, kFailed, "Stopped before it was begun.");
+  if (stop_.stop_requested()) return Sentence(target, kFailed, "Stopped before it began.");
   RecordingReport report;
   const auto link = SensorLink::Open(target, table_folder_, report, stop_, recorder_);
   if (!link) {
@@ -114,7 +114,7 @@ void Sensors::Show(const SensorTarget& target, const SensorResult& result) {
   } else if (arguments_.command == "watch") {
     console_.Result((is_one ? "" : name + "  ") + result.text);
   } else {
-    console_.Result((is_one ? "" : console_.Paint("== " + name, Colour::kWeak) + "\n") + result.text);
+    console_.Result((is_one ? "" : console_.Paint("== " + name, Colour::kDim) + "\n") + result.text);
   }
 }
 
@@ -132,7 +132,7 @@ void Sensors::Summarize() {
                                                  {kDifferent, "with differences"},
                                                  {kRefused, "refused or not verified"},
                                                  {kNoConnection, "no connection"},
-                                                 {kWrongUse, "wrong use"}};
+                                                 {kWrongUse, "wrong usage"}};
   std::string text = std::to_string(targets_.size()) + " sensors: " + std::to_string(done) + " done";
   for (const auto& [exit, list] : names) {
     if (exit != kDone) text += std::string("; ") + words.at(exit) + ": " + list;
@@ -180,7 +180,7 @@ SensorResult Sentence(const SensorTarget& target, ExitCode exit, const std::stri
           JsonHead(target, {}, !is_error).Text(is_error ? "error" : "message", text).str(), is_error};
 }
 
-SensorResult Lacks(const Job& job, const std::string& what) {
+SensorResult ModelLacks(const Job& job, const std::string& what) {
   const SensorTarget& target = job.link.target();
   return Sentence(target, kFailed, "The model " + target.model + " has no " + what + ".");
 }

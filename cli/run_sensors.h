@@ -13,9 +13,9 @@
 
 namespace varkel::cli {
 
-/// Runs a command on every sensor, so many at once as the arguments say. One that fails does not stop the
-/// others; results show in the order of the targets, several with a summary. A stop ends all of them. All
-/// exchanges go to `recorder`, if there is one.
+/// Runs a command on every sensor, as many at once as the arguments say. A failure on one sensor does not
+/// stop the others. Results are shown in the order of the targets, with a summary if there are several. A
+/// stop ends all of them. All exchanges are recorded by `recorder`, if given.
 ExitCode RunSensors(const Arguments& arguments, const std::vector<SensorTarget>& targets,
                     const std::string& table_folder, const SensorCommand& command, Console& console,
                     const std::stop_token& stop, quarn::lidar::CaptureRecorder* recorder = nullptr);

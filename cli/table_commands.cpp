@@ -18,7 +18,7 @@ namespace varkel::cli {
 
 namespace {
 
-/// A result that is nothing but a sentence.
+/// Prints a result that is just a sentence.
 ExitCode Say(const Arguments& arguments, Console& console, ExitCode exit, const std::string& text) {
   if (arguments.json) {
     const char* const key = exit == kDone ? "message" : "error";
@@ -64,7 +64,7 @@ ExitCode WriteDocument(const Arguments& arguments, Console& console, const std::
   if (!IsWritableTarget(path) || WriteAtomically(path, bytes) != WriteResult::kWritten) {
     return Say(arguments, console, kFailed, "The file " + arguments.output + " can't be written.");
   }
-  return Say(arguments, console, kDone, arguments.output + " is written.");
+  return Say(arguments, console, kDone, arguments.output + " has been written.");
 }
 
 ExitCode Reference(const Arguments& arguments, const std::string& table_folder, Console& console) {

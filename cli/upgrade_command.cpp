@@ -25,7 +25,7 @@ const VarInfo* UpgradeRow(const ConfigParser& catalogue) {
   return nullptr;
 }
 
-/// What the package replaces on a small sensor; nullopt for a mode that it lacks.
+/// The upgrade mode of a small sensor; nullopt if there is no such mode.
 std::optional<int> SmallMode(const std::string& mode) {
   if (mode.empty() || mode == "app") return 0;
   if (mode == "pbl") return 1;
@@ -33,7 +33,7 @@ std::optional<int> SmallMode(const std::string& mode) {
   return std::nullopt;
 }
 
-/// One upgrade, started and waited for.
+/// Starts one upgrade and waits for it.
 class Upgrading {
  public:
   explicit Upgrading(const Job& job)
@@ -50,9 +50,9 @@ class Upgrading {
   Upgrading(const Upgrading&) = delete;
   Upgrading& operator=(const Upgrading&) = delete;
 
-  /// False when it was not started.
+  /// False if it was not started.
   bool Start(int small_mode);
-  /// Until the package is through and a sensor in the network has been asked to restart.
+  /// Waits until the package has been transferred and a network sensor has been asked to restart.
   void Wait();
 
  private:
@@ -92,7 +92,7 @@ void Upgrading::Wait() {
   }
 }
 
-/// Waits until the sensor answers again; what it is then.
+/// Waits until the sensor answers again; returns what it then reports.
 SensorResult AwaitReturn(const Job& job) {
   const auto end = std::chrono::steady_clock::now() + kLongestReturn;
   while (std::chrono::steady_clock::now() < end && SleepUnlessStopped(job.stop, kCheckPeriod)) {
@@ -104,7 +104,7 @@ SensorResult AwaitReturn(const Job& job) {
     }
   }
   return Sentence(job.link.target(), kNoConnection,
-                  "The package is through, but the sensor did not come back.");
+                  "The package was transferred, but the sensor did not come back.");
 }
 
 }  // namespace
@@ -114,13 +114,13 @@ SensorResult Upgrade(const Job& job) {
   const bool is_network = job.link.has_variables();
   const auto small_mode = SmallMode(mode);
   if (is_network ? !mode.empty() && mode != "lidar" : !small_mode) {
-    return Lacks(job, "upgrade mode \"" + mode + "\"");
+    return ModelLacks(job, "upgrade mode \"" + mode + "\"");
   }
   Upgrading upgrading(job);
   const bool is_started = upgrading.Start(small_mode.value_or(0));
   if (is_started) upgrading.Wait();
   if (job.stop.stop_requested()) {
-    return Sentence(job.link.target(), kFailed, "Stopped while the package was sent.");
+    return Sentence(job.link.target(), kFailed, "Stopped while the package was being sent.");
   }
   if (!is_started || !job.report.error().empty()) {
     const std::string fault = job.report.error();

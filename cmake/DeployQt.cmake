@@ -1,5 +1,5 @@
-# varkel_deploy_qt(TARGET): installing on Windows puts Qt's libraries, plugins and QML modules, and the compiler's
-# own libraries, beside the program. Elsewhere the system's packages provide them.
+# varkel_deploy_qt(TARGET): installing on Windows puts Qt's libraries, plugins and QML modules, and the
+# compiler's own libraries, next to the program. Elsewhere the system's packages provide them.
 function(varkel_deploy_qt target)
   if(NOT WIN32)
     return()
@@ -11,7 +11,7 @@ function(varkel_deploy_qt target)
   get_target_property(qmake Qt5::qmake IMPORTED_LOCATION)
   get_filename_component(qt_programs ${qmake} DIRECTORY)
   find_program(WINDEPLOYQT NAMES windeployqt windeployqt-qt5 HINTS ${qt_programs} REQUIRED)
-  # The pictures are SVG, which only a plugin knows of.
+  # The pictures are SVG, which needs a plugin.
   install(CODE "
     execute_process(
       COMMAND \"${WINDEPLOYQT}\" --qmldir \"${CMAKE_SOURCE_DIR}/Qml\" --svg --compiler-runtime --no-translations
@@ -19,7 +19,8 @@ function(varkel_deploy_qt target)
       COMMAND_ERROR_IS_FATAL ANY)")
 endfunction()
 
-# The same without Qt's tool, which runs on Windows only. A plugin or module that a new import needs is added here.
+# The same without Qt's tool, which runs on Windows only. Add the plugins and modules that new imports need
+# here.
 function(varkel_copy_qt)
   foreach(library Core Gui Qml QmlModels QmlWorkerScript Quick QuickTemplates2 Svg Widgets)
     install(FILES ${VARKEL_WINDOWS_QT}/bin/Qt5${library}.dll DESTINATION bin)

@@ -1,6 +1,6 @@
-# varkel_embed_text(TARGET HEADER FILE NAME [FILE NAME]...)
-# Makes the text files constants of the target: std::string_view varkel::embedded::NAME, declared in the header
-# "embedded/HEADER", which only the target itself can include.
+# varkel_embed_text(TARGET HEADER FILE NAME [FILE NAME]...) Embeds the text files as constants of the target:
+# std::string_view varkel::embedded::NAME, declared in the header "embedded/HEADER", which only the target
+# itself can include.
 function(varkel_embed_text target header)
   set(folder ${CMAKE_CURRENT_BINARY_DIR}/embedded_${target})
   set(declarations "#pragma once\n\n#include <string_view>\n\nnamespace varkel::embedded {\n")
@@ -9,7 +9,7 @@ function(varkel_embed_text target header)
   while(ARGN)
     list(POP_FRONT ARGN file name)
     get_filename_component(path ${file} ABSOLUTE)
-    # As numbers: a compiler takes only so many characters in one text.
+    # As numbers, because compilers limit the length of string literals.
     file(READ ${path} bytes HEX)
     string(REGEX REPLACE "(..)" "'\\\\x\\1'," bytes "${bytes}")
     string(APPEND definitions "constexpr char k${name}Bytes[] = {${bytes}};\n")

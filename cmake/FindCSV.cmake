@@ -1,5 +1,5 @@
-# libcsv installs neither a CMake nor a pkg-config file. Where nobody packages it, CSV_SOURCE_DIR names its
-# unpacked sources, one C file and one header.
+# libcsv installs neither a CMake nor a pkg-config file. Where there is no package of it, CSV_SOURCE_DIR is
+# the folder of its sources, one C file and one header.
 set(CSV_SOURCE_DIR "" CACHE PATH "Sources of libcsv (libcsv.c and csv.h), when it isn't installed")
 if(CSV_SOURCE_DIR AND NOT TARGET CSV::CSV)
   add_library(csv STATIC ${CSV_SOURCE_DIR}/libcsv.c)

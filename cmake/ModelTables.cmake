@@ -1,4 +1,4 @@
-# The model tables, which the tool and the simulator look for below their install root: copied into the build
+# The model tables, which the tool and the simulator look up below their install root: copied into the build
 # tree's root and installed.
 file(GLOB MODEL_TABLES CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/Config/varID/*.csv)
 foreach(model_table IN LISTS MODEL_TABLES)

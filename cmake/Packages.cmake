@@ -1,8 +1,8 @@
-# Installs the licences. What Debian's system expects besides is a component of its own, which only CPack installs: it
-# makes the package. package.sh puts the ones for Windows together from what is installed.
+# Installs the licences. The files that only Debian expects are a component of their own, which CPack installs into the
+# Debian package. package.sh builds the Windows packages from the installed files.
 install(FILES ${CMAKE_SOURCE_DIR}/packaging/licences/third-party.txt DESTINATION licences)
-option(VARKEL_DEBIAN_PACKAGE "Let CPack make Debian's package" OFF)
-# Texts of what is compiled into the programs; those of libraries that are shipped beside them follow.
+option(VARKEL_DEBIAN_PACKAGE "Let CPack build the Debian package" OFF)
+# The texts for code that is compiled into the programs, then those for the libraries shipped with them.
 set(texts)
 if(CMAKE_CROSSCOMPILING OR VARKEL_DEBIAN_PACKAGE)
   list(APPEND texts spdlog:libspdlog-dev fmt:libfmt-dev cli11:libcli11-dev tl-expected:libexpected-dev
@@ -28,7 +28,7 @@ if(NOT VARKEL_DEBIAN_PACKAGE)
   return()
 endif()
 
-# The program's own root, which holds fonts, tables and pictures beside it.
+# The program's own root, with its fonts, tables and pictures.
 set(root /usr/lib/varkel)
 set(debian ${CMAKE_SOURCE_DIR}/packaging/debian)
 set(for_debian COMPONENT debian EXCLUDE_FROM_ALL)
@@ -42,7 +42,7 @@ install(FILES ${debian}/copyright DESTINATION /usr/share/doc/varkel ${for_debian
 install(FILES ${CMAKE_SOURCE_DIR}/png/Varkel-LOGO-black.svg DESTINATION /usr/share/icons/hicolor/scalable/apps
   RENAME varkel.svg ${for_debian})
 
-# compressed(SOURCE TARGET): without a name and a time in the file, so that it is the same from every build.
+# compressed(SOURCE TARGET): without a name and a time in the file, so that builds are reproducible.
 function(compressed source target)
   get_filename_component(folder ${target} DIRECTORY)
   get_filename_component(name ${target} NAME)
@@ -52,7 +52,7 @@ function(compressed source target)
   install(FILES ${result} DESTINATION ${folder} ${for_debian})
 endfunction()
 
-# The time of the commit that is packed, which package.sh hands over, is that of the change log's entry.
+# The time of the change log's entry is that of the packaged commit, which package.sh passes on.
 string(TIMESTAMP changed "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(${debian}/changelog.in ${CMAKE_BINARY_DIR}/debian/changelog @ONLY)
 compressed(${CMAKE_BINARY_DIR}/debian/changelog /usr/share/doc/varkel/changelog.gz)
@@ -89,7 +89,7 @@ set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 model, changes values and saves them, sends raw commands, downloads logs and
 upgrades the firmware. A simulated sensor is part of it.")
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
-# Linked libraries are found by themselves; what is loaded while the tool runs is not.
+# Linked libraries are detected automatically; those loaded at run time are listed here.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 string(JOIN ", " CPACK_DEBIAN_PACKAGE_DEPENDS
   libegl1

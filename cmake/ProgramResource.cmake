@@ -6,7 +6,7 @@ function(varkel_program_resource target description)
   set(icon_line "IDI_ICON1 ICON \"${CMAKE_SOURCE_DIR}/app/varkel.ico\"")
   set(manifest ${CMAKE_SOURCE_DIR}/app/program.manifest)
   if(MSVC)
-    # This linker has a manifest of its own, into which CMake merges ours.
+    # This linker has its own manifest, into which CMake merges ours.
     target_sources(${target} PRIVATE ${manifest})
     set(manifest_line "")
   else()

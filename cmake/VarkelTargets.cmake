@@ -1,6 +1,6 @@
-# One function a kind of target, so that each target's CMake file only names sources and dependencies.
+# One function per kind of target, so that each target's CMake file only lists sources and dependencies.
 
-# Warnings are errors where the compilers are known.
+# Warnings are errors with known compilers.
 if(MSVC)
   set(VARKEL_WARNINGS /W4)
   # Standard behaviour of the language, UTF-8 in sources and literals.
@@ -13,11 +13,11 @@ else()
   endif()
 endif()
 if(WIN32)
-  # Windows 10's interface, without what nobody uses and without its macros min and max.
+  # The Windows 10 API, without rarely used parts and the macros min and max.
   add_compile_definitions(_WIN32_WINNT=0x0A00 WIN32_LEAN_AND_MEAN NOMINMAX)
 endif()
 if(MINGW)
-  # The same sources make the same program.
+  # For reproducible builds.
   add_link_options(-Wl,--no-insert-timestamp)
 endif()
 
@@ -49,10 +49,10 @@ function(varkel_library name)
   varkel_settings(${name})
 endfunction()
 
-# varkel_layer(NAME (FOLDER folder | HEADERS headers...) SOURCES ... [DEPENDS public...] [PRIVATE_DEPENDS ...])
-# A library whose headers only those targets can include, by their path from the project's root, that depend on it: it
-# hands on a folder of links to them instead of the root. An include against the direction of the layers fails to
-# compile. Where links can't be made the root serves.
+# varkel_layer(NAME (FOLDER folder | HEADERS headers...) SOURCES ... [DEPENDS public...] [PRIVATE_DEPENDS
+# ...]) A library whose headers can be included, by their path from the project's root, only by targets that
+# depend on it: it exports a folder of links to them instead of the root. An include against the direction of
+# the layers fails to compile. Where links can't be created, it exports the root.
 function(varkel_layer name)
   cmake_parse_arguments(ARG "" "FOLDER" "HEADERS;SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
   set(root ${CMAKE_BINARY_DIR}/include/${name})
@@ -78,11 +78,10 @@ function(varkel_program name)
   varkel_settings(${name})
 endfunction()
 
-# varkel_register_test(NAME [arguments of the program...])
-# varkel_register_test(NAME COMMAND command...): NAME need not be a target
-# Tests run in the build tree's root (an install root, so ./Config/varID is there) with a home of their own. Windows
-# keeps the documents folder in the registry: tools/windows-tests.sh has it taken from VARKEL_DOCUMENTS. Only Linux'
-# Qt has the platform "offscreen".
+# varkel_register_test(NAME [arguments of the program...]) varkel_register_test(NAME COMMAND command...): NAME
+# need not be a target Tests run in the build tree's root (an install root, so ./Config/varID is there) with
+# their own home folder. Windows keeps the path of the documents folder in the registry:
+# tools/windows-tests.sh redirects it to VARKEL_DOCUMENTS. Only Qt for Linux has the platform "offscreen".
 function(varkel_register_test name)
   cmake_parse_arguments(ARG "" "" "COMMAND" ${ARGN})
   if(NOT ARG_COMMAND)
@@ -107,7 +106,7 @@ function(varkel_gtest name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
   varkel_program(${name} SOURCES ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} GTest::gtest GTest::gmock GTest::gtest_main)
   if(MINGW)
-    # Optimised further, GCC 12 misjudges the vectors in tables of cases.
+    # With more optimisation, GCC 12 gives false warnings about vectors in tables of cases.
     target_compile_options(${name} PRIVATE -Og)
   endif()
   varkel_program_resource(${name} "Tests")
@@ -115,7 +114,7 @@ function(varkel_gtest name)
   varkel_register_test(${name})
 endfunction()
 
-# varkel_alone_on_desktop(TEST): its windows want the focus, which another test's must not take.
+# varkel_alone_on_desktop(TEST): its windows need the focus, which no other test may take.
 function(varkel_alone_on_desktop name)
   set_tests_properties(${name} PROPERTIES RESOURCE_LOCK desktop)
 endfunction()
@@ -126,7 +125,7 @@ function(varkel_qtest name)
   cmake_parse_arguments(ARG "" "" "TESTS;SOURCES;DEPENDS" ${ARGN})
   list(TRANSFORM ARG_TESTS APPEND .cpp OUTPUT_VARIABLE sources)
   if(WIN32)
-    # The simulated sensor's serial lines, and UTF-8 as the tool has it.
+    # The simulated sensor's serial lines, and UTF-8 as in the tool.
     list(APPEND sources ${CMAKE_SOURCE_DIR}/tests/support/hosted_pseudo_terminal.cpp)
   endif()
   varkel_program(${name} SOURCES ${sources} ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} Qt5::Test)

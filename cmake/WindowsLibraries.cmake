@@ -1,8 +1,8 @@
-# The dependencies of the cross-build for Windows under the names that the native packages give them.
+# The dependencies of the cross-build for Windows, under the target names of the native packages.
 set(OPENSSL_ROOT_DIR ${VARKEL_WINDOWS_LIBRARIES})
 set(OPENSSL_USE_STATIC_LIBS TRUE)
 find_package(OpenSSL 3 REQUIRED)
-# What the static libraries call on their part.
+# The dependencies of the static libraries.
 set_property(TARGET OpenSSL::Crypto APPEND PROPERTY INTERFACE_LINK_LIBRARIES ws2_32 crypt32)
 
 function(varkel_header_library name)

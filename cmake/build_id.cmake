@@ -1,5 +1,5 @@
-# cmake -DSOURCE=FOLDER -DOUTPUT=HEADER -P build_id.cmake: writes which commit is being built, when that has changed.
-# Without a repository SOURCE_DATE_EPOCH, if it is set, tells the day.
+# cmake -DSOURCE=FOLDER -DOUTPUT=HEADER -P build_id.cmake: writes the id of the commit being built, if it has
+# changed. Without a repository it takes the day from SOURCE_DATE_EPOCH, if set.
 cmake_minimum_required(VERSION 3.22)
 
 execute_process(COMMAND git -C ${SOURCE} log -1 --abbrev=12 "--format=%h;%cs" OUTPUT_VARIABLE last_commit

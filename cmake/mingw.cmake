@@ -7,9 +7,9 @@ set(CMAKE_C_COMPILER ${host}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${host}-g++-posix)
 set(CMAKE_RC_COMPILER ${host}-windres)
 
-# Without this a std::stop_callback that is destroyed while it runs can hang for ever: it waits on a binary_semaphore, and
-# libstdc++ 12 builds those on an atomic wait that looks at the value before it takes the lock where there is no futex
-# (_M_do_wait in bits/atomic_wait.h), so that a release in between wakes nobody.
+# Without this a std::stop_callback that is destroyed while it runs can hang forever: it waits on a
+# binary_semaphore, and without futexes libstdc++ 12 implements these with an atomic wait that reads the value
+# before it takes the lock (_M_do_wait in bits/atomic_wait.h), so that a release in between is missed.
 set(CMAKE_CXX_FLAGS_INIT -D_GLIBCXX_USE_POSIX_SEMAPHORE=1)
 
 set(VARKEL_WINDOWS_LIBRARIES ${CMAKE_CURRENT_LIST_DIR}/../build/windows-libraries)

@@ -1,7 +1,7 @@
-// Captures: any bytes as a pcap file, and the same bytes as a conversation that the recorder wrote.
+// Captures: any bytes as a pcap file, and the same bytes as a conversation written by the recorder.
 //
-// Input: a file. Its bytes behind the header are also taken as pieces of a conversation: a length with the
-// direction in its lowest bit, then so many bytes.
+// Input: a file. Its bytes after the header are also used as pieces of a conversation: a length with the
+// direction in its lowest bit, then that many bytes.
 #include <sstream>
 
 #include "fuzz/input.h"
@@ -27,9 +27,9 @@ Result ReadFile(const std::string& file) {
     result.bytes += exchange.request.size() + exchange.reply.size();
     Require(
         exchange.answer != CapturedExchange::Answer::kWhole || exchange.announced == exchange.reply.size(),
-        "a whole reply has what its header tells");
+        "a whole reply has the length in its header");
   });
-  Require(result.bytes <= file.size(), "no byte comes twice");
+  Require(result.bytes <= file.size(), "no byte appears twice");
   return result;
 }
 

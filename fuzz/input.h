@@ -14,10 +14,10 @@ namespace fuzz {
 using Bytes = std::span<const std::uint8_t>;
 using Vector = std::vector<std::uint8_t>;
 
-/// Ends the run with the broken property's name, so that the fuzzer keeps the input.
+/// Ends the run with the name of the violated property, so that the fuzzer keeps the input.
 inline void Require(bool holds, const char* property) {
   if (!holds) {
-    std::fprintf(stderr, "broken property: %s\n", property);
+    std::fprintf(stderr, "violated property: %s\n", property);
     std::abort();
   }
 }
@@ -26,7 +26,7 @@ inline bool Same(Bytes a, Bytes b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end());
 }
 
-/// An input read from the front; past its end it yields zeros and empty spans.
+/// Reads an input from the front; past its end it returns zeros and empty spans.
 class Input {
  public:
   explicit Input(Bytes bytes) : rest_(bytes) {}
@@ -59,7 +59,7 @@ class Input {
 
 }  // namespace fuzz
 
-/// One run of the target: any bytes, always 0.
+/// Runs the target once on any bytes; always returns 0.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 /// Runs once before the inputs.
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);

@@ -1,7 +1,7 @@
-// The KTC reply path as the client reads it: any bytes in any split, silences and broken lines in between.
+// The client's KTC reply path: any bytes, split anywhere, with silences and broken lines in between.
 //
-// Input: options, command, then what the transport delivers: 0 a silence, 255 a broken line, any other
-// number a block of so many bytes. A silence ends what was in the line before the request.
+// Input: options, command, then what the transport delivers: 0 is a silence, 255 a broken line, any other
+// number a block of that many bytes. A silence ends what was on the line before the request.
 #include <atomic>
 #include <utility>
 
@@ -16,7 +16,7 @@ using fuzz::Require;
 using fuzz::Same;
 using fuzz::Vector;
 
-/// Plays the input's rest as the line.
+/// Plays the rest of the input as the line.
 class Line {
  public:
   Line(fuzz::Input& input, bool sends) : input_(input) {
@@ -62,17 +62,17 @@ void Query(std::uint8_t version, std::uint8_t cmd, bool sends, bool with_header,
     Require(sends, "nothing succeeds without a request");
     Require((!with_header && result == before) ||
                 (result.size() <= all.size() && Same(result, all.last(result.size()))),
-            "a good exchange gives what came last");
+            "a successful exchange returns what came last");
     Require(!with_header || (result.at(layout.cmd) == cmd && result.at(layout.return_code) == 0),
-            "a good reply names the command and no error");
+            "a valid reply has the command and no error");
   } else if (with_header) {
-    Require(result.size() <= layout.header_size, "a failed exchange gives a header at most");
+    Require(result.size() <= layout.header_size, "a failed exchange returns at most a header");
   } else {
-    Require(result == before, "a failed exchange leaves the result");
+    Require(result == before, "a failed exchange leaves the result unchanged");
   }
 }
 
-// What builds upon exchanges.
+// Operations built on exchanges.
 void Others(unsigned which, std::uint8_t version, std::uint8_t cmd, fuzz::Input& input) {
   const Line line(input, true);
   const auto& client = fuzz::OpenClient(version);
@@ -81,11 +81,12 @@ void Others(unsigned which, std::uint8_t version, std::uint8_t cmd, fuzz::Input&
     Vector frame;
     const bool good = tunnel.QueryFrame(cmd, {}, frame, 0) == 0;
     Require(good ? CheckReply(quarn::lidar::ReplyKind::kCommand, frame) : frame.empty(),
-            "a tunnelled exchange gives a reply or nothing");
+            "a tunnelled exchange returns a reply or nothing");
   } else if (which == 2) {
     quarn::lidar::OtaReply reply{0xEE, 0xEE};
     const bool good = tunnel.ExchangeOta(1, 2, {}, cmd, reply) == 0;
-    Require(good || (reply.command == 0xEE && reply.status == 0xEE), "a failed exchange leaves the status");
+    Require(good || (reply.command == 0xEE && reply.status == 0xEE),
+            "a failed exchange leaves the status unchanged");
   } else {
     std::atomic<std::uint32_t> progress = 0;
     const int result = client->TransferFile(Vector(2500, cmd), cmd, (cmd & 1U) != 0, progress);
@@ -93,7 +94,7 @@ void Others(unsigned which, std::uint8_t version, std::uint8_t cmd, fuzz::Input&
   }
 }
 
-// Whatever the line did before, a sensor that answers well is understood in blocks of any size.
+// Whatever happened on the line before, a valid reply is understood in blocks of any size.
 void CheckRecovery(std::uint8_t version, std::uint8_t cmd, std::size_t block) {
   const Vector payload = {1, 2, 3, 4, 5};
   fuzz::AnswerWith(

@@ -1,7 +1,7 @@
 // A model table: from the file to the page description, then read from and saved to a sensor that answers
-// with anything.
+// with arbitrary bytes.
 //
-// Input: the table. One that begins with a digit gets the usual header row in front.
+// Input: the table. If it begins with a digit, the usual header row is put before it.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -98,7 +98,7 @@ void ReadAndSave(varkel::Model& model, Bytes answer) {
   fuzz::Script() = {};
 }
 
-// The table goes through a file without a disk.
+// The table is passed in a memory file.
 void Load(const std::string& table, Bytes answer) {
   static const int file = memfd_create("table", 0);
   Require(

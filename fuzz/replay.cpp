@@ -4,7 +4,8 @@
 
 #include "fuzz/input.h"
 
-// Runs a target without libFuzzer: once on each file of the folder that is the argument, and once on nothing.
+// Runs a target without libFuzzer: once on each file in the folder given as argument, and once on an empty
+// input.
 int main(int argc, char** argv) {
   LLVMFuzzerInitialize(&argc, &argv);
   LLVMFuzzerTestOneInput(nullptr, 0);

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Fuzzes what takes bytes and texts from outside.
-#   run.sh SECONDS [TARGET...]   builds the targets, replays fuzz/corpus/TARGET and goes on for SECONDS each.
-#                                What is found on the way is kept in build/fuzz/found/TARGET, what fails in
-#                                build/fuzz/artifacts; any failure ends with an exit status other than 0.
-#   run.sh --merge [TARGET...]   adds to fuzz/corpus what was found and reaches code that the kept inputs don't;
-#                                look at it before you commit it: some sixty inputs a target are enough.
+# Fuzzes the code that takes bytes and texts from outside.
+#   run.sh SECONDS [TARGET...]   builds the targets, replays fuzz/corpus/TARGET and fuzzes each for SECONDS.
+#                                New inputs are kept in build/fuzz/found/TARGET, failing ones in
+#                                build/fuzz/artifacts; after a failure the exit status is not 0.
+#   run.sh --merge [TARGET...]   adds found inputs that reach new code to fuzz/corpus; review them before
+#                                you commit: about sixty inputs per target are enough.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 [[ ${1:-} =~ ^([0-9]+|--merge)$ ]] || { sed -n '2,8s/^# *//p' "$0" >&2; exit 2; }
@@ -18,8 +18,8 @@ tools/install-packages.sh
 tools/build.sh fuzz "${targets[@]/#/fuzz_}"
 
 export UBSAN_OPTIONS=print_stacktrace=1
-# A claimed length must not become memory: nothing here needs as much as 64 MiB at once.
-# The entropic schedule takes more time than the targets themselves.
+# An announced length must not be allocated: nothing here needs 64 MiB at once.
+# The entropic schedule would take more time than the targets themselves.
 limits=(-malloc_limit_mb=64 -rss_limit_mb=1024 -timeout=10 -max_len=4096 -entropic=0)
 failed=()
 for target in "${targets[@]}"; do
@@ -40,6 +40,6 @@ for target in "${targets[@]}"; do
 done
 if [ ${#failed[@]} -gt 0 ]; then
   for target in "${failed[@]}"; do tail -n 40 "build/fuzz/$target.log"; done
-  echo "Failed: ${failed[*]}; the logs are build/fuzz/TARGET.log, the inputs stand in build/fuzz/artifacts." >&2
+  echo "Failed: ${failed[*]}; the logs are build/fuzz/TARGET.log, the inputs are in build/fuzz/artifacts." >&2
   exit 1
 fi

@@ -78,7 +78,7 @@ const std::shared_ptr<quarn::lidar::KtcClient>& OpenClient(std::uint8_t version)
 
 namespace quarn::lidar {
 
-// Stands in for the library's own.
+// Replaces the library's own.
 std::shared_ptr<ClientBase> CreateTransport(std::uint32_t /*client_type*/) {
   return std::make_shared<fuzz::ScriptedTransport>();
 }

@@ -1,8 +1,8 @@
-// Serial replies: the check, the assembly from pieces and the split of the stream, in any split.
+// Serial replies: checking them, assembling them from pieces and splitting the stream, in pieces of any size.
 //
-// Input: options, then pieces of the stream: 0 nothing came in time, 251 a good reply (code, size, contents),
-// 252 the same with one byte changed (position, mask), 253 the same cut short (size left), any other number
-// so many bytes.
+// Input: options, then pieces of the stream: 0 is a time-out, 251 a valid reply (code, size, contents), 252
+// the same with one byte changed (position, mask), 253 the same cut short (remaining size), any other number
+// that many bytes.
 #include <string>
 #include <utility>
 
@@ -54,20 +54,20 @@ void Assemble(ReplyKind kind, const std::vector<Vector>& pieces) {
   ReplyAssembler assembler(kind);
   const auto check = [&](ReplyAssembler::State state) {
     Require(state != ReplyAssembler::State::kPassed || CheckReply(kind, assembler.block()),
-            "what passed is a reply");
+            "only a valid reply passes");
     return state;
   };
   for (const Vector& piece : pieces) {
     Require(check(assembler.Add(piece)) != ReplyAssembler::State::kIncomplete ||
                 assembler.block().size() <= quarn::lidar::kMaxReplyBlock,
-            "what waits for more is a block at most");
+            "at most a block waits for more");
   }
   Require(check(assembler.Finish()) != ReplyAssembler::State::kIncomplete, "an end decides");
 }
 
-// Noise that holds neither a tag's beginning nor a trailer's, and a reply that broke off, never hide a reply,
-// whatever the pieces.
-void AssembleBehindNoise(ReplyKind kind, Vector noise, std::size_t piece_size) {
+// Noise without the beginning of a tag or a trailer, or a reply that broke off, never hides a reply, whatever
+// the pieces.
+void AssembleAfterNoise(ReplyKind kind, Vector noise, std::size_t piece_size) {
   std::replace(noise.begin(), noise.end(), std::uint8_t{'$'}, std::uint8_t{0});
   std::replace(noise.begin(), noise.end(), std::uint8_t{0xEE}, std::uint8_t{0});
   const Bytes contents = Bytes(noise).first(std::min<std::size_t>(noise.size(), 200));
@@ -82,7 +82,7 @@ void AssembleBehindNoise(ReplyKind kind, Vector noise, std::size_t piece_size) {
           "a reply after noise is found");
 }
 
-/// Every byte that came out of the split, with 0 for data, 1 within a reply, 2 at a reply's beginning.
+/// Every byte of the split's output, with 0 for data, 1 within a reply, 2 at the beginning of a reply.
 using Labelled = std::vector<std::pair<std::uint8_t, int>>;
 
 Labelled SplitOf(const std::vector<Vector>& pieces) {
@@ -94,7 +94,7 @@ Labelled SplitOf(const std::vector<Vector>& pieces) {
     const std::string text(piece.begin(), piece.end());
     return text.starts_with(SerialTag(ReplyKind::kCommand)) || text.starts_with(SerialTag(ReplyKind::kOta));
   };
-  // A reply whose tag is garbled comes out as data first, and then whole.
+  // A reply with a garbled tag is output as data first, and then as a whole reply.
   quarn::lidar::SerialStreamSplitter splitter({[&](Bytes piece, bool begins) {
                                                  if (!begins || begins_with_tag(piece))
                                                    return note(piece, begins ? 2 : 1, 1);
@@ -130,6 +130,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Assemble(kind, pieces);
   SplitStream(pieces, stream, other_size);
   stream.resize(std::min<std::size_t>(stream.size(), 300));
-  AssembleBehindNoise(kind, stream, other_size);
+  AssembleAfterNoise(kind, stream, other_size);
   return 0;
 }

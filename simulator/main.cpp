@@ -41,10 +41,10 @@ using varkel::sim::SmallSensorOptions;
 using varkel::sim::StreamChoice;
 using varkel::sim::TlsChoice;
 
-/// The longest time that a signal goes unnoticed: a handler may do no more than set a flag.
+/// How often the flag is checked that a signal handler sets; a handler may do no more.
 constexpr std::chrono::milliseconds kSignalCheck{50};
 constexpr int kLongestRestartMs = 600'000;
-/// The model that has no network, only two serial lines.
+/// The model without a network, with two serial lines.
 constexpr char kSerialModel[] = "Zelto";
 constexpr std::chrono::milliseconds kDataPeriod{100};
 
@@ -55,7 +55,7 @@ extern "C" void RequestStop(int /*signal*/) {
   stop_requested = true;
 }
 
-/// The program's own file, also when it was found on the path or by way of a link.
+/// The program's own file, even if it was started through the path or a link.
 fs::path ProgramFile() {
 #ifdef _WIN32
   return FilePath(_pgmptr);
@@ -65,7 +65,7 @@ fs::path ProgramFile() {
 #endif
 }
 
-/// Beside the program in an installed or built tree, else in the current folder.
+/// Next to the program in an installed or build tree, otherwise in the current folder.
 fs::path DefaultTableFolder() {
   std::error_code error;
   const fs::path folder = ProgramFile().parent_path().parent_path() / "Config" / "varID";
@@ -88,13 +88,13 @@ std::string TableOf(const std::string& model, const fs::path& folder) {
   const fs::path table = folder / FilePath(model + ".csv");
   std::error_code error;
   if (!fs::is_regular_file(table, error)) {
-    throw std::runtime_error("There is no table of a model \"" + model + "\" in " + PathText(folder) +
+    throw std::runtime_error("There is no table for a model \"" + model + "\" in " + PathText(folder) +
                              " (models there: " + KnownModels(folder) + ").");
   }
   return PathText(table);
 }
 
-/// One line an exchange. Clients are served on threads of their own.
+/// Prints one line per exchange; called on the clients' threads.
 void PrintExchange(const Exchange& exchange) {
   static std::mutex mutex;
   const std::lock_guard<std::mutex> lock(mutex);
@@ -104,7 +104,7 @@ void PrintExchange(const Exchange& exchange) {
   std::fflush(stdout);
 }
 
-/// The same for what a small sensor gets.
+/// The same for a small sensor's requests.
 void PrintSerialRequest(const SerialRequest& request) {
   static std::mutex mutex;
   const std::lock_guard<std::mutex> lock(mutex);
@@ -156,7 +156,7 @@ std::shared_ptr<Replay> LoadReplay(const std::string& path, bool paced) {
 }
 
 void PrintResult(const Replay& replay) {
-  for (const std::string& line : replay.Unseen()) std::printf("not recorded: %s\n", line.c_str());
+  for (const std::string& line : replay.Unrecorded()) std::printf("not recorded: %s\n", line.c_str());
 }
 
 int Run(int argc, char** argv) {
@@ -173,12 +173,12 @@ int Run(int argc, char** argv) {
   bool paced = false;
   TlsChoice tls;
   StreamChoice datagrams;
-  app.add_option("--model", model, "Model, named like its table")->capture_default_str();
-  app.add_option("--config", folder, "Folder of the model tables")->capture_default_str();
+  app.add_option("--model", model, "Model, the name of its table")->capture_default_str();
+  app.add_option("--config", folder, "Folder with the model tables")->capture_default_str();
   app.add_option("--address", options.address, "Address to listen on")->capture_default_str();
   app.add_option("--port", options.port, "Port to listen on; 0 picks a free one")->capture_default_str();
-  app.add_option("--rs485-link", lines.rs485_link, "Where to put a link to the RS485 line of Zelto");
-  app.add_option("--uart-link", lines.uart_link, "Where to put a link to the UART line of Zelto");
+  app.add_option("--rs485-link", lines.rs485_link, "Create a link to the RS485 line of Zelto at this path");
+  app.add_option("--uart-link", lines.uart_link, "Create a link to the UART line of Zelto at this path");
   app.add_option(
          "--fault", options.faults,
          "COMMAND=KIND[:ARGUMENT][#N], e.g. 0x07=silence or 0x12=late:1500; kinds: late, split, noise, "
@@ -187,12 +187,13 @@ int Run(int argc, char** argv) {
          "ldcmd-get:, "
          "ldcmd-set:) and ota:TYPE, e.g. ota:2=error:7#3. Repeatable")
       ->allow_extra_args(false);
-  app.add_option("--restart-time", restart_time_ms, "Milliseconds for which a restart refuses connections")
+  app.add_option("--restart-time", restart_time_ms, "Milliseconds during which a restart refuses connections")
       ->check(CLI::Range(0, kLongestRestartMs))
       ->capture_default_str();
   CLI::Option* const replayed =
-      app.add_option("--replay", recording, "Recording (pcap) of a sensor to answer like")->type_name("FILE");
-  app.add_flag("--paced", paced, "Answer as late as the recorded sensor did")->needs(replayed);
+      app.add_option("--replay", recording, "Answer as the sensor did in this recording (pcap)")
+          ->type_name("FILE");
+  app.add_flag("--paced", paced, "Also reproduce the recorded sensor's delays")->needs(replayed);
   AddOptions(app, tls);
   AddOptions(app, datagrams);
   app.add_flag("--verbose", verbose, "Print every exchange");

@@ -9,7 +9,7 @@
 namespace varkel::sim {
 namespace {
 
-/// 0 when the text is no port: the stream has the sentence for that.
+/// 0 if the text is not a port; the stream reports that.
 std::uint16_t PortOf(std::string_view text) {
   std::uint16_t port = 0;
   const char* const end = text.data() + text.size();
@@ -24,8 +24,8 @@ void AddOptions(CLI::App& app, TlsChoice& tls) {
   CLI::Option* const certificate =
       app.add_option("--certificate", tls.options.certificate, "The sensor's certificate (PEM)");
   CLI::Option* const key = app.add_option("--key", tls.options.key, "Its private key (PEM)");
-  CLI::Option* const ca =
-      app.add_option("--ca", tls.options.ca, "Authorities that vouch for clients' certificates (PEM)");
+  CLI::Option* const ca = app.add_option(
+      "--ca", tls.options.ca, "Certificate authorities that client certificates are checked against (PEM)");
   CLI::Option* const required =
       app.add_flag("--require-client-certificate", tls.options.require_client_certificate,
                    "Refuse clients without a certificate");
@@ -38,19 +38,19 @@ void AddOptions(CLI::App& app, StreamChoice& stream) {
   CLI::Option* const to = app.add_option(
       "--stream", stream.to, "ADDRESS:PORT of a receiver or a multicast group to send numbered datagrams to");
   CLI::Option* const rate =
-      app.add_option("--stream-rate", stream.options.rate, "Datagrams a second; 0: as fast as it goes")
+      app.add_option("--stream-rate", stream.options.rate, "Datagrams per second; 0: as fast as possible")
           ->check(CLI::NonNegativeNumber)
           ->capture_default_str();
-  CLI::Option* const megabits = app.add_option("--stream-mbit", stream.megabits,
-                                               "Instead of the rate: their bits a second, in millions")
-                                    ->check(CLI::PositiveNumber)
-                                    ->excludes(rate);
+  CLI::Option* const megabits =
+      app.add_option("--stream-mbit", stream.megabits, "Megabits per second, instead of the rate")
+          ->check(CLI::PositiveNumber)
+          ->excludes(rate);
   CLI::Option* const size =
-      app.add_option("--stream-size", stream.options.size, "Bytes a datagram")->capture_default_str();
+      app.add_option("--stream-size", stream.options.size, "Bytes per datagram")->capture_default_str();
   CLI::Option* const local = app.add_option("--stream-interface", stream.options.local,
                                             "Address of the interface to send them from");
   CLI::Option* const hops =
-      app.add_option("--stream-ttl", stream.hops, "How far they go to a group; 0: this machine only")
+      app.add_option("--stream-ttl", stream.hops, "Multicast time-to-live; 0: this machine only")
           ->check(CLI::Range(0, 255))
           ->capture_default_str();
   for (CLI::Option* const option : {rate, megabits, size, local, hops}) option->needs(to);

@@ -12,25 +12,25 @@ class App;
 
 namespace varkel::sim {
 
-/// What the program's options say about TLS.
+/// The program's options for TLS.
 struct TlsChoice {
   bool wanted = false;
   TlsOptions options;
 };
 
-/// What they say about the datagrams.
+/// The program's options for datagrams.
 struct StreamChoice {
   std::string to;       ///< empty: no stream
-  double megabits = 0;  ///< 0: the rate counts
+  double megabits = 0;  ///< 0: the rate is used
   int hops = 1;
-  StreamOptions options;  ///< the rest
+  StreamOptions options;  ///< the other options
 };
 
-/// Both outlive the parsing.
+/// Both must outlive the parsing.
 void AddOptions(CLI::App& app, TlsChoice& tls);
 void AddOptions(CLI::App& app, StreamChoice& stream);
 
-/// Null when none is wanted. Raises std::runtime_error as DatagramStream does.
+/// Null if no stream is requested. Raises std::runtime_error as DatagramStream does.
 std::unique_ptr<DatagramStream> StartStream(const StreamChoice& choice);
 
 }  // namespace varkel::sim

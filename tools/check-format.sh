@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Fails when a source file is not formatted as .clang-format says. check-format.sh --fix formats it.
+# Fails if a source file does not match .clang-format. check-format.sh --fix formats all files.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 mode=(--dry-run --Werror)

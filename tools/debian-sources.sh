@@ -1,8 +1,8 @@
 # For scripts that build from Debian's source packages: sourced, not run. The caller sets `work`, a folder of its own,
 # and has dpkg-dev installed.
 
-# The machine's own package servers, asked for sources, with lists and state of our own: nothing of the
-# machine's configuration changes, and no rights are needed.
+# Uses the machine's own package servers for sources, with separate lists and state: the machine's configuration does
+# not change, and no special rights are needed.
 list_sources() {
   local apt=$work/apt
   mkdir -p "$apt/parts" "$apt/lists/partial" "$apt/cache/archives/partial"
@@ -17,7 +17,7 @@ list_sources() {
   apt-get "${source_options[@]}" update
 }
 
-# fetch_newest PACKAGE: unpacks its newest source that the server still has.
+# fetch_newest PACKAGE: unpacks the newest source that the server has.
 fetch_newest() {
   local version
   for version in $(apt-cache "${source_options[@]}" showsrc "$1" | sed -n 's/^Version: //p' | sort -rVu); do
@@ -26,7 +26,7 @@ fetch_newest() {
   return 1
 }
 
-# fetch_pinned PACKAGE VERSION SHA256: that very source. The hash is of its .dsc file, which holds those of the others.
+# fetch_pinned PACKAGE VERSION SHA256: unpacks that version. The hash is of its .dsc file, which has those of the others.
 fetch_pinned() {
   local dsc=$work/$1_${2#*:}.dsc
   (cd "$work" && apt-get "${source_options[@]}" --download-only source "$1=$2")

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# install-packages.sh [LIST...]: installs what the lists (packages.txt) name and the machine lacks. Says what it
-# does; asks nothing.
+# install-packages.sh [LIST...]: installs the packages of the lists (packages.txt) that are missing. Prints what it
+# does and asks no questions.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

@@ -1,5 +1,5 @@
-// make-icon PICTURE ICON: draws a picture in the sizes that Windows shows a program's icon in. To be run when
-// the logo changes: make-icon png/Varkel-LOGO-black.svg app/varkel.ico
+// make-icon PICTURE ICON: draws a picture in the sizes of Windows program icons. Run it when the logo
+// changes: make-icon png/Varkel-LOGO-black.svg app/varkel.ico
 
 #include <QBuffer>
 #include <QDataStream>
@@ -25,7 +25,7 @@ int main(int argc, char** argv) {
   QFile file(arguments.value(2));
   const QIcon picture(arguments.value(1));
   if (picture.pixmap(16, 16).isNull() || !file.open(QIODevice::WriteOnly)) {
-    qWarning("make-icon PICTURE ICON: can't draw the one or write the other");
+    qWarning("make-icon PICTURE ICON: can't draw the picture or write the icon");
     return 1;
   }
   QDataStream icon(&file);
@@ -38,7 +38,7 @@ int main(int argc, char** argv) {
   QByteArray pictures;
   for (const int size : sizes) {
     const QByteArray png = PngOf(picture, size);
-    // 256 is written as 0; then: no palette, one plane, 32 bits a pixel.
+    // 256 is written as 0; then no palette, one plane, 32 bits per pixel.
     icon << static_cast<quint8>(size) << static_cast<quint8>(size) << quint16{0} << quint16{1} << quint16{32}
          << static_cast<quint32>(png.size()) << offset + static_cast<quint32>(pictures.size());
     pictures += png;

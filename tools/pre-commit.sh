@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Checks what is about to be committed: format and static checks of the changed files. CONTRIBUTING.md says how to
+# Checks the format of the files to be committed and runs static checks on them. CONTRIBUTING.md says how to
 # install it as Git's hook.
 set -euo pipefail
 cd "$(git rev-parse --show-toplevel)"
@@ -12,5 +12,5 @@ fi
 if [ -e build/dev/compile_commands.json ]; then
   tools/check-tidy.sh --base HEAD
 else
-  echo "Static checks: skipped, as build/dev is not configured (tools/build.sh dev)" >&2
+  echo "Static checks: skipped, because build/dev is not configured (tools/build.sh dev)" >&2
 fi

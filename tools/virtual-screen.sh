@@ -14,7 +14,7 @@ end() {
 trap end EXIT
 trap 'exit 143' TERM INT
 
-# wait_for WHAT CONDITION...: until it is true, half a minute at most.
+# wait_for WHAT CONDITION...: waits until the condition is true, for at most half a minute.
 wait_for() {
   local what=$1
   shift
@@ -22,19 +22,19 @@ wait_for() {
     "$@" >/dev/null 2>&1 && return
     sleep 0.05
   done
-  echo "virtual-screen.sh: $what does not start:" >&2
+  echo "virtual-screen.sh: $what did not start:" >&2
   cat "$scratch/log" >&2
   exit 1
 }
 
-# The server picks a free display and writes its number when it takes connections.
+# The server picks a free display and writes its number when it accepts connections.
 Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp 3>"$scratch/display" >"$scratch/log" 2>&1 &
 started+=($!)
 wait_for Xvfb test -s "$scratch/display"
 DISPLAY=:$(cat "$scratch/display")
 export DISPLAY
 unset WAYLAND_DISPLAY
-# Its own folders: nobody's settings take part.
+# Folders of its own, so that no user's settings are used.
 XDG_CONFIG_HOME=$scratch XDG_CACHE_HOME=$scratch openbox --sm-disable >>"$scratch/log" 2>&1 &
 started=($! "${started[@]}")
 wait_for "the window manager" xdotool get_desktop

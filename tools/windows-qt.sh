@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # windows-qt.sh [--from FILE | --if-at-hand | --build]: provides Qt for the Windows cross-build, once.
 #
-#   --from FILE    unpacks a packed tree, the one whose hash stands below
-#   --if-at-hand   takes what needs no building, or says that there is none (and ends with 3)
+#   --from FILE    unpacks a packed tree, which must have the hash below
+#   --if-at-hand   uses a tree that needs no building; ends with 3 if there is none
 #   --build        builds it from Debian's source packages, though a packed tree may be at hand
 #
 # Without an option: what is at hand, or else builds. At hand is what an earlier call left in the cache, and the packed
@@ -71,7 +71,7 @@ configure_base() {
   "$work/qtbase-opensource-src/configure" -prefix "$made" "${base_options[@]}" "${without[@]}"
 }
 
-# make_in FOLDER...: builds and installs these folders of the build tree that the caller stands in.
+# make_in FOLDER...: builds and installs these folders of the current build tree.
 make_in() {
   local folder
   for folder in "$@"; do
@@ -98,7 +98,7 @@ build_base() {
   done
 }
 
-# The helpers that run while Qt builds are Debian's. What tells qmake of qmltyperegistrar has to be there before it reads
+# The helpers that run while Qt builds are Debian's. The file that tells qmake about qmltyperegistrar must exist before it reads
 # the first project.
 build_declarative() {
   local source=$work/qtdeclarative-opensource-src

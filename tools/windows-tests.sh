@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # windows-tests.sh [TIMES]: runs the tests of the preset windows under Wine, once or several times in a row.
-# All that Wine keeps lies in build/wine.
+# All of Wine's files are in build/wine.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 times=${1:-1}
@@ -16,7 +16,7 @@ unset DISPLAY WAYLAND_DISPLAY
 compiler=$(x86_64-w64-mingw32-g++-posix -print-file-name=libstdc++-6.dll)
 export WINEPATH="Z:$PWD/build/windows-qt/bin;Z:$(dirname "$compiler");Z:/usr/x86_64-w64-mingw32/lib;Z:$PWD/build/windows/tests"
 
-# The output of what stays goes to files: who reads it from a pipe would wait for its end.
+# Background programs write to files, because a reader of a pipe would wait for them to end.
 quietly() {
   local log=$place/$1
   shift
@@ -45,7 +45,7 @@ fi
 echo "Wine: preparing $WINEPREFIX"
 quietly server.log "$server" -p
 quietly boot.log "$wine" wineboot -i
-# Without a window manager Wine would wait two seconds for it at each window that goes.
+# Without a window manager Wine would wait two seconds for one each time a window closes.
 quietly managed.log "$wine" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f
 # Each test has a documents folder of its own, in its environment.
 export VARKEL_DOCUMENTS=Z:$place/home/Documents
@@ -78,7 +78,7 @@ for ((run = 1; run <= times; ++run)); do
     fi
   fi
 done
-# What a test says when it is skipped stands in its output only.
+# The reason for skipping a test is only in its output.
 awk '/: Skipped$/ { getline reason } /^\[  SKIPPED \] .* ms\)$/ { print "Skipped: " $4 ", " reason }' \
   build/windows/Testing/Temporary/LastTest.log
 if [ "$failed" != 0 ]; then

@@ -9,20 +9,21 @@ NoticeWindow {
         ["OpenSSL 3", "Apache 2.0"],
         ["libcsv", "LGPL 2.1"],
         ["spdlog, fmt", "MIT"],
-        ["CLI11", "BSD, in the command line programs"],
+        ["CLI11", "BSD, used by the command-line programs"],
         ["Roboto", "Apache 2.0"],
-        ["GCC's and MinGW-w64's run-time libraries", "GPL 3 with the exception for such libraries"]
+        ["GCC's runtime libraries", "GPL 3 with the GCC Runtime Library Exception"],
+        ["MinGW-w64", "its own permissive licences"]
     ]
 
     readonly property var keys: [
         ["Ctrl+1 to Ctrl+0", "the first ten pages, or a section"],
-        ["Page Up, Page Down", "the page's rows, a screen at a time"],
+        ["Page Up, Page Down", "scroll the page by a screen"],
         ["Ctrl+F", "search through all pages"],
-        ["Ctrl+S, F5", "save the page, read it"],
-        ["Ctrl+Z, Ctrl+Shift+Z", "undo and redo a change"],
+        ["Ctrl+S, F5", "save or read the page"],
+        ["Ctrl+Z, Ctrl+Shift+Z", "undo or redo a change"],
         ["Ctrl+Return", "connect or disconnect"],
-        ["F1", "details of the row, shown or hidden"],
-        ["Down", "in the address: those that connected before"]
+        ["F1", "show or hide the details of the row"],
+        ["Down", "recent addresses, in the address field"]
     ]
 
     function show() {
@@ -32,8 +33,8 @@ NoticeWindow {
                + "\n\n" + Qt.application.organization
                + "\n\nKeys\n" + keys.map(key => key[0] + ": " + key[1]).join("\n")
                + "\n\nMade with\n" + madeWith.map(part => part[0] + ": " + part[1]).join("\n")
-               + "\n\nThe texts of the licences are in the folder \"licences\" beside the program, with how to replace"
-               + " Qt.", "Close");
+               + "\n\nThe licence texts, and how to replace Qt, are in the folder \"licences\" next to the program.",
+               "Close");
     }
 
     objectName: "aboutWindow"

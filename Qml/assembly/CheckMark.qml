@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
 import "."
 
-// A box to tick. Its text is for those who hear it.
+// A check box. Its text is only for screen readers.
 T.CheckBox {
     id: box
 

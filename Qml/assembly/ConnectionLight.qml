@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "."
 
-// A light and, above it, the word for those to whom its colour says nothing.
+// A light and, above it, the same state in words, for users who can't tell its colours apart.
 Item {
     id: status
 

@@ -3,7 +3,7 @@ import QtQuick.Templates 2.15 as T
 import Varkel.Shell 1.0
 import "."
 
-// Lines of bytes with what they mean, in columns: to read, select and copy. Long ones scroll to either side.
+// Bytes and their meaning in columns, to read, select and copy. Long lines scroll sideways.
 Rectangle {
     id: box
 

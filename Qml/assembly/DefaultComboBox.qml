@@ -3,7 +3,7 @@ import QtQuick.Templates 2.15 as T
 import Varkel.Shell 1.0
 import "."
 
-// A combo box over a list of texts. `unlisted` is shown while no entry is chosen.
+// A combo box with a list of texts. `unlisted` is shown while no entry is selected.
 T.ComboBox {
     id: combo
 
@@ -13,7 +13,7 @@ T.ComboBox {
     property bool dimmed: false
     property string hint
     property bool hintBeside: false
-    property bool openedByReturn: false // whose release would close it again
+    property bool openedByReturn: false // the key's release would close it again
 
     implicitWidth: 160
     implicitHeight: Theme.controlHeight

@@ -3,10 +3,10 @@ import QtQuick.Templates 2.15 as T
 import Varkel.Shell 1.0
 import "."
 
-// A text field. `commit(text)` comes once an edit is finished (Enter, Tab or a click elsewhere) and only when
-// the text differs from the shown value; Escape takes the edit back. With `readOnly` it is flat text to
-// select and copy. Undo and redo of what is not being typed are `undone` and `redone`. `cut` means that
-// `show(value)` got more than can be shown: an edit would lose the rest.
+// A text field. `commit(text)` is emitted when an edit is finished (Enter, Tab or a click elsewhere), if the text
+// differs from the shown value; Escape cancels the edit. With `readOnly` it is plain text to select and copy.
+// `undone` and `redone` are emitted for undo and redo while nothing is being typed. `cut` means that the value given
+// to `show(value)` is too long to be shown: an edit would lose the rest.
 T.TextField {
     id: field
 

@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
 import "."
 
-// A push button; `primary` is the one action of its group that the user most likely wants.
+// A push button; `primary` marks the most likely action of a group.
 T.ToolButton {
     id: button
 

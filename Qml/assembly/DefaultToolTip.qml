@@ -17,7 +17,7 @@ T.ToolTip {
     delay: Theme.hintDelay
     closePolicy: T.Popup.CloseOnPressOutsideParent // Escape belongs to the field that is being edited
 
-    // A wrapped text's own width is what it was given.
+    // A wrapped text's implicit width is the width it was given.
     BodyText {
         id: measured
 

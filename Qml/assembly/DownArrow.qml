@@ -1,8 +1,8 @@
 import QtQuick 2.15
 import "."
 
-// Tells that something drops down. Two strokes: the program's own font has no such sign, and a canvas for
-// each would hold up the start.
+// The arrow of a control that drops down. It is drawn as two strokes: the program's own font has no such glyph, and a
+// canvas for each would delay start-up.
 Item {
     id: arrow
 

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "."
 
-// Underlines an edited value; the frame around it is the focus's.
+// Underlines an edited value; the frame around a field shows the focus.
 Rectangle {
     anchors.bottom: parent.bottom
     anchors.bottomMargin: Theme.gapTiny

@@ -7,9 +7,9 @@ Loader {
 
     signal chosen(url file)
 
-    // `properties` has a "title". With "selectFolder" a folder is asked for; otherwise a file, and with
-    // "selectExisting" false one to write. Files also have "nameFilters", a "defaultSuffix", a "suggestedName" and a
-    // "folder" to begin in; without one it is the last folder used.
+    // `properties` has a "title". "selectFolder" asks for a folder instead of a file; "selectExisting" set to false
+    // asks for a file to write. Files can also have "nameFilters", a "defaultSuffix", a "suggestedName" and the
+    // initial "folder", which is otherwise the last one used.
     function ask(properties) {
         if (properties.selectFolder) {
             setSource("FolderQuestionDialog.qml", { "title": properties.title, "parentWindow": Window.window });

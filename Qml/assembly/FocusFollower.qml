@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Window 2.15
 import "."
 
-// Scrolls `view` so that the control inside it that gets the focus by key lies in sight.
+// Scrolls `view` so that the control that gets the focus by key is visible.
 Item {
     id: follower
 

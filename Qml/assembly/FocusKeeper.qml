@@ -1,14 +1,14 @@
 import QtQuick 2.15
 import QtQuick.Window 2.15
 
-// Gives the focus back to the control inside `view` that had it before a notice, a menu or a dialog took it, or
-// before its own rest ended; emits `lost` when that control is gone or hidden.
+// Gives the focus back to the control inside `view` that had it before a notice, a menu or a dialog took it, or before
+// it was disabled; emits `lost` if that control is gone or hidden.
 Item {
     id: keeper
 
     property Item view
     property Item last: null
-    property int reason: Qt.OtherFocusReason // why it got the focus, which decides whether it shows that
+    property int reason: Qt.OtherFocusReason // why it got the focus; decides whether the focus is drawn
     readonly property bool ready: last !== null && last.enabled && last.visible
 
     signal lost
@@ -46,7 +46,7 @@ Item {
         }
         if (!last || !last.visible) {
             lost();
-        } else if (last.enabled) { // else it gets the focus when it can act again
+        } else if (last.enabled) { // otherwise it gets the focus when it is enabled again
             last.forceActiveFocus(reason);
         }
     }

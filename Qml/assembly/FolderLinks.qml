@@ -3,7 +3,7 @@ import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
 import "."
 
-// Folders of the tool, each with a button that opens it.
+// The tool's folders, each with a button that opens it.
 Column {
     id: links
 
@@ -32,7 +32,7 @@ Column {
             DefaultToolButton {
                 objectName: "openFolder_" + index
                 implicitHeight: Theme.statusButtonHeight
-                text: modelData.exists ? "Open" : "Not there"
+                text: modelData.exists ? "Open" : "Missing"
                 enabled: modelData.exists
                 Accessible.name: "Open the folder " + modelData.path
                 onClicked: Qt.openUrlExternally(modelData.url)

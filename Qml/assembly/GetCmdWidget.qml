@@ -2,8 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "."
 
-// A command typed as hexadecimal text, its reply, and the commands sent before. Up and Down in a field recall
-// them.
+// A command typed as hexadecimal text, its reply, and the commands sent so far, which Up and Down in a field recall.
 Column {
     id: widget
 
@@ -71,7 +70,7 @@ Column {
             Layout.fillWidth: true
             Accessible.name: "Payload"
             placeholderText: "0x01 02 0A"
-            hint: "Hexadecimal bytes with blanks between them"
+            hint: "Hexadecimal bytes separated by spaces"
             onAccepted: widget.submit()
             Keys.onUpPressed: widget.recall(1)
             Keys.onDownPressed: widget.recall(-1)
@@ -127,7 +126,7 @@ Column {
         }
     }
 
-    // What the table knows of the reply: its fields, side by side with their bytes.
+    // The fields of the reply according to the table, next to their bytes.
     Column {
         width: parent.width
         spacing: Theme.gapTiny

@@ -1,8 +1,8 @@
 import QtQuick 2.15
 import "."
 
-// The tooltip of the control that it fills, below or beside it; loaded only while the pointer rests
-// there, as pages have hundreds.
+// The tooltip of the control that it fills, below or beside it. It is loaded only while the pointer is there, because
+// pages have hundreds of them.
 Loader {
     id: hint
 

@@ -2,22 +2,22 @@ import QtQuick 2.15
 import QtQuick.Window 2.15
 import "."
 
-// What a Hint loads: its tooltip, open.
+// Loaded by a Hint: its tooltip, open.
 Item {
     id: place
 
     readonly property Item hint: parent
 
-    // The pointer may rest on a control that is not in its window yet, or in none any more.
+    // The control under the pointer may not be in its window yet, or no longer be in one.
     function openInWindow() {
         if (Window.window !== null) {
             tip.open();
         }
     }
 
-    // When complete, so that it heeds its delay.
+    // Only when complete, so that the delay applies.
     Component.onCompleted: Qt.callLater(openInWindow)
-    // It is deleted a little later, and its delay may end before that.
+    // It is deleted a little later, and the delay may end before that.
     Component.onDestruction: tip.close()
 
     DefaultToolTip {

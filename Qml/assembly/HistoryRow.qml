@@ -67,7 +67,7 @@ T.AbstractButton {
     }
 
     Hint {
-        text: row.heading ? "" : "Fills the fields above"
+        text: row.heading ? "" : "Copies the command to the fields above"
         shown: row.hovered
     }
 }

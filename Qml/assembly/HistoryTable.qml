@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
 import "."
 
-// The commands sent, newest first. A click on a row hands its command and payload back.
+// The commands sent, newest first. A click on a row puts its command and payload into the fields.
 Column {
     id: table
 

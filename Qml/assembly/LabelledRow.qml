@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "."
 
-// A label and, in a column that lines up with the other rows, what belongs to it.
+// A label and, in a column aligned with the other rows, its content.
 Item {
     id: row
 

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "."
 
-// A slim bar that sweeps while something is awaited; what is over within a blink never shows it.
+// A thin moving bar, visible while the tool waits; short waits do not show it.
 Item {
     id: loading
 

@@ -3,13 +3,13 @@ import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
 import "."
 
-// The log window's tools: which levels to show, the byte flow, and what can be done with the lines.
+// The log window's tool bar: level filters, the byte flow switch, and actions on the lines.
 Rectangle {
     id: bar
 
     property LogModel log
     property bool recording: false
-    readonly property int buttonWidth: Theme.buttonWidth * 2 / 3 // all of them fit beside the filters
+    readonly property int buttonWidth: Theme.buttonWidth * 2 / 3 // so that all buttons fit beside the filters
 
     signal byteFlowToggled(bool on)
     signal saveRequested
@@ -84,7 +84,7 @@ Rectangle {
             Layout.preferredWidth: bar.buttonWidth
             objectName: "logCopyButton"
             text: "Copy"
-            hint: "Copies all lines shown"
+            hint: "Copies all displayed lines"
             onClicked: bar.log.copy()
         }
 
@@ -92,7 +92,7 @@ Rectangle {
             Layout.preferredWidth: bar.buttonWidth + Theme.gapSmall
             objectName: "logSaveButton"
             text: "Save…"
-            hint: "Writes all lines shown to a file"
+            hint: "Writes all displayed lines to a file"
             onClicked: bar.saveRequested()
         }
 

@@ -2,8 +2,8 @@ import QtQuick 2.15
 import Varkel.Shell 1.0
 import "."
 
-// One line of the log: time, level, message. A part of the message can be selected and copied. A line of the byte
-// flow can be opened: below it stands what its bytes mean.
+// One line of the log: time, level, message. Parts of the message can be selected and copied. A line of the byte flow
+// can be expanded to show what its bytes mean.
 Item {
     id: line
 

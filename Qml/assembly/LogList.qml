@@ -9,15 +9,15 @@ ListView {
 
     property LogModel log
     property bool following: true
-    // Says what a request and what came of it mean; set by whoever knows the model's table.
+    // Explains a request and its reply; set by a component that knows the model's table.
     property var decode: null
 
-    // Opens or closes a line of the byte flow.
+    // Expands or collapses a line of the byte flow.
     function open(row, wanted) {
         var exchange = log.exchange(row);
         var meaning = wanted && decode ? decode(exchange[0], exchange[1]) : "";
         following = following && !wanted;
-        log.explain(row, wanted && meaning.length === 0 ? "Nothing is known of these bytes." : meaning);
+        log.explain(row, wanted && meaning.length === 0 ? "The meaning of these bytes is not known." : meaning);
     }
 
     objectName: "logList"

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "."
 
-// A question or a remark. A question names the act on its button and can be left without consent.
+// A question or a note. The button of a question names the action, and Cancel leaves it undone.
 NoticeWindow {
     objectName: "messageWindow"
     title: "Please note"

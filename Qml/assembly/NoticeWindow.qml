@@ -4,8 +4,8 @@ import QtQuick.Templates 2.15 as T
 import Varkel.Shell 1.0
 import "."
 
-// A modal notice in the window. Notices that come while one is open wait their turn, so none is lost. Its heading is
-// `title`, unless the notice brings one of its own.
+// A modal notice in the window. Notices that arrive while one is open are queued, so none is lost. The heading is
+// `title`, unless the notice has one of its own.
 T.Popup {
     id: notice
 
@@ -14,7 +14,7 @@ T.Popup {
     property string heading: title
     property string message
     property string acceptText: "OK"
-    property bool cancellable: false // Cancel is the button that Enter presses
+    property bool cancellable: false // then Enter presses Cancel
     property var waiting: []
     property bool decided: false
     property alias extra: extraSlot.data // below the text
@@ -26,7 +26,7 @@ T.Popup {
 
     signal accepted(var next)
 
-    property var next: null // what follows consent
+    property var next: null // called when the user accepts
 
     function notify(text, buttonText, whatFollows, ownTitle) {
         var entry = {
@@ -42,7 +42,7 @@ T.Popup {
         }
     }
 
-    // Adds to the notice that says `text`, if it is still open; whether it is.
+    // Adds to the notice with this `text` if it is still open, and returns whether it is.
     function amend(text, more, otherTitle) {
         if (!visible || message !== text) {
             return false;
@@ -69,7 +69,7 @@ T.Popup {
     parent: T.Overlay.overlay
     anchors.centerIn: parent
     width: Math.min(Theme.noticeWidth, parent ? parent.width - 2 * Theme.margin : Theme.noticeWidth)
-    // Added up, as a layout's own height lags behind a text that grows while it is shown.
+    // Added up, because a layout's own height lags when a text grows while it is shown.
     height: textHeight + restHeight - (extraSlot.visible ? 0 : layout.spacing)
     padding: Theme.margin
     modal: true

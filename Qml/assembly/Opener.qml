@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
 import "."
 
-// A small triangle that opens and closes what belongs to a line.
+// A small triangle that expands and collapses the details of a line.
 T.AbstractButton {
     id: opener
 

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "."
 
-// Begins and ends a recording; a dot blinks while one runs.
+// Starts and stops a recording; a dot blinks while it runs.
 DefaultToolButton {
     id: button
 
@@ -9,7 +9,7 @@ DefaultToolButton {
     readonly property real implicitTextWidth: contentItem.implicitWidth + leftPadding + rightPadding
 
     text: recording ? "Stop recording" : "Record…"
-    hint: recording ? "Ends the recording of all exchanges"
+    hint: recording ? "Stops recording exchanges"
                     : "Writes all exchanges with the sensor to a file that Wireshark opens"
     leftPadding: Theme.gap + (recording ? dot.width + Theme.gapTiny : 0)
 

@@ -3,7 +3,7 @@ import QtQuick.Templates 2.15 as T
 import Varkel.Shell 1.0
 import "."
 
-// Hexadecimal text that came from the sensor, to read, select and copy.
+// Hexadecimal text from the sensor, to read, select and copy.
 Rectangle {
     id: box
 

@@ -13,7 +13,7 @@ Column {
         width: section.width
     }
 
-    // The first row keeps off the line.
+    // Keeps the first row away from the line.
     Item {
         width: section.width
         height: Theme.gapTiny

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "."
 
-// What has gone well, or what was left undone for want of something harmless.
+// Reports a success, or what was not done for a harmless reason.
 NoticeWindow {
     readonly property bool done: heading === title
 

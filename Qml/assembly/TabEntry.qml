@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "."
 
-// One page's entry in the list of pages. Made of plain items, as it is part of the window's first frame: the
+// One page's entry in the list of pages. It is made of plain items because it is part of the window's first frame: the
 // controls' module is loaded after that.
 Item {
     id: entry
@@ -9,7 +9,7 @@ Item {
     property bool current: false
     property string text
     property string shortcutText
-    property int edits: 0 // not saved
+    property int edits: 0 // number of unsaved changes
     property bool clickedLast: false
     readonly property bool visualFocus: activeFocus && !clickedLast
 
@@ -19,7 +19,7 @@ Item {
     activeFocusOnTab: current || activeFocus
 
     Accessible.role: Accessible.PageTab
-    Accessible.name: edits > 0 ? text + ", changes not saved: " + edits : text
+    Accessible.name: edits > 0 ? text + ", unsaved changes: " + edits : text
     Accessible.selected: current
     Accessible.focusable: true
     Accessible.onPressAction: clicked()

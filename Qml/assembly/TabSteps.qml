@@ -1,9 +1,9 @@
 import QtQuick 2.15
 import QtQuick.Window 2.15
 
-// Holds a list view and leads Tab and Shift+Tab through its rows from top to bottom, also through those that are not
-// made yet; its delegates have their `number` in the list. The row with the focus is the view's current one,
-// which the view keeps: an edit in progress survives when it is scrolled away.
+// Holds a list view and moves Tab and Shift+Tab through its rows from top to bottom, including those that have not been
+// created yet; its delegates have their `number` in the list. The row with the focus is the view's current item, which
+// the view keeps, so an edit in progress survives being scrolled away.
 Item {
     id: steps
 
@@ -26,7 +26,7 @@ Item {
         }
     }
 
-    // The controls of a row that take the focus, in their order.
+    // The controls of a row that accept the focus, in order.
     function stopsOf(item) {
         var stops = [];
         for (var i = 0; item && item.visible && item.enabled && i < item.children.length; ++i) {
@@ -48,7 +48,7 @@ Item {
         }
     }
 
-    // To the first control from this row on, or to what is beyond the list.
+    // Moves to the next control in this row or a later one, or to the item after the list.
     function enter(number, forward) {
         for (; number >= 0 && number < list.count; number += forward ? 1 : -1) {
             list.positionViewAtIndex(number, ListView.Contain);
@@ -65,7 +65,7 @@ Item {
         item.forceActiveFocus(forward ? Qt.TabFocusReason : Qt.BacktabFocusReason);
     }
 
-    // The ways in. The window's own way through the rows goes by the order in which they were made.
+    // Where the focus enters the list. The window's own focus chain has the rows in the order of their creation.
     Item {
         id: top
 

@@ -2,14 +2,14 @@ import QtQuick 2.15
 import Varkel.Shell 1.0
 import "."
 
-// The list of pages at the window's side. One stop of Tab; Up, Down, Home and End move along it.
+// The list of pages at the side of the window. It is one tab stop; Up, Down, Home and End move within it.
 Rectangle {
     id: tabs
 
     property var titles: []
-    property var edits: [] // of each page, not saved
+    property var edits: [] // number of unsaved changes on each page
     property int currentIndex: 0
-    property string entryName: "tab_" // with its number
+    property string entryName: "tab_" // followed by the entry's number
 
     signal chosen(int index)
 

@@ -33,7 +33,7 @@ QtObject {
     readonly property color accentPressed: "#4A90E2"
     readonly property color accentText: "#FFFFFF"
     readonly property color accentPressedText: "#010101"
-    readonly property color mark: "#4A90E2" // of what is chosen or edited
+    readonly property color mark: "#4A90E2" // of selected or edited items
     readonly property color connected: "#00FF6B"
     readonly property color disconnected: "red"
     readonly property color progress: "#3256FF"
@@ -75,7 +75,7 @@ QtObject {
     readonly property int panelWidth: 640
     readonly property int listedEdits: 12
     readonly property int panelHeight: 420
-    readonly property real noteShare: 0.6 // at most, of the space of a control
+    readonly property real noteShare: 0.6 // maximum share of a control's width
     readonly property int tick: 12
     readonly property int tickStroke: 2
     readonly property int menuItemHeight: 42
@@ -88,7 +88,7 @@ QtObject {
     readonly property int noticeWidth: 460
     readonly property int noticeTextHeight: 320
     readonly property int popupHeight: 320
-    readonly property int wholePage: 1000000 // more than any page is high
+    readonly property int wholePage: 1000000 // higher than any page
     readonly property int topBarInset: 12
     readonly property int dropHeight: 132
     readonly property int progressHeight: 8

@@ -3,9 +3,8 @@ import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
 import "."
 
-// Takes a firmware package by choice or by drop and shows how far its transfer is. Whoever hears of the package calls
-// `take(file)` when it is on its way. Rows put inside it stand
-// above the drop field.
+// Accepts a firmware package, chosen or dropped, and shows the progress of its transfer. The receiver of the package
+// calls `take(file)` when the transfer has started. Rows put inside it are shown above the drop field.
 Item {
     id: area
 
@@ -13,10 +12,10 @@ Item {
     property bool upgrading: false
     property alias ratio: progress.ratio
     property string fileName
-    property string blocked // why no package can be taken now
-    property string remark // shown in place of the file name until a file is taken
-    property string after // what becomes of the sensor after an upgrade, in place of the note
-    property bool quietWhenIdle: false // no bar and no note but while upgrading
+    property string blocked // why no package is accepted at the moment
+    property string remark // shown instead of the file name until a file is accepted
+    property string after // the sensor's state after an upgrade, shown instead of the note
+    property bool quietWhenIdle: false // shows bar and note only while upgrading
     default property alias content: extra.data
 
     signal fileChosen(url file)

@@ -4,7 +4,7 @@ import QtQuick.Templates 2.15 as T
 import "."
 import "../small_sensor"
 
-// The page of the small serial sensors, which have no table-driven pages: its sections, and beside them their list.
+// The page of the small serial sensors, which have no table-driven pages: its sections and, beside them, their list.
 Item {
     id: page
 

@@ -1,10 +1,10 @@
 import QtQuick 2.15
 import "../assembly"
 
-// Brings the details pane back.
+// Shows the details pane again.
 DefaultToolButton {
     objectName: "detailsButton"
     text: "Details"
     quiet: true
-    hint: "Shows what there is to know about the row with the focus (F1)"
+    hint: "Shows the details of the row with the focus (F1)"
 }

@@ -3,7 +3,7 @@ import QtQuick.Templates 2.15 as T
 import Varkel.Shell 1.0
 import "../assembly"
 
-// What there is to know about the row that has, or had last, the focus.
+// The details of the row that has the focus, or had it last.
 Rectangle {
     id: pane
 
@@ -81,7 +81,7 @@ Rectangle {
                 visible: !pane.filled
                 color: Theme.textMuted
                 wrapMode: Text.Wrap
-                text: "Click a row, or go to it with Tab, to see what is known about it."
+                text: "Click a row, or move to it with Tab, to see its details."
             }
 
             Repeater {

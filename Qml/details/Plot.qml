@@ -2,7 +2,7 @@ import QtQuick 2.15
 import Varkel.Shell 1.0
 import "../assembly"
 
-// The readings of a live variable, and of those that are pinned beside it, since they came up.
+// The readings of a live variable and of the pinned ones since they were first shown.
 Column {
     id: plot
 
@@ -47,7 +47,7 @@ Column {
         pointer: pointerArea.containsMouse ? pointerArea.mouseX : -1
 
         Accessible.role: Accessible.Graphic
-        Accessible.name: "Readings since they came up"
+        Accessible.name: "Readings since they were first shown"
 
         MouseArea {
             id: pointerArea
@@ -64,7 +64,7 @@ Column {
         color: plot.filled && curves.reading.length > 0 ? Theme.text : Theme.textMuted
         font.pixelSize: Theme.fontSmall
         wrapMode: Text.Wrap
-        text: !plot.filled ? "Nothing to plot: no reading that is a number yet."
+        text: !plot.filled ? "Nothing to plot: no numeric readings yet."
                            : curves.reading.length > 0 ? PlainText.line(curves.reading)
                                                        : "Point at the curve to read its values."
     }

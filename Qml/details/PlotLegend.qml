@@ -2,7 +2,7 @@ import QtQuick 2.15
 import Varkel.Shell 1.0
 import "../assembly"
 
-// What belongs to a curve: its colour, name and figures.
+// The legend of a curve: its colour, name and figures.
 Item {
     id: legend
 

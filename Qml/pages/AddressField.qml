@@ -1,8 +1,8 @@
 import QtQuick 2.15
 import "../assembly"
 
-// The sensor's address, with those that connected before: Down or the arrow opens their list, and typing goes on as if
-// it were not there.
+// The sensor's address, with a list of recent ones that opens with Down or the arrow. The field can be typed in while
+// the list is open.
 LabelledField {
     id: address
 
@@ -23,7 +23,7 @@ LabelledField {
         list.open();
     }
 
-    // The keys of the open list, ahead of the field's own.
+    // The open list handles keys before the field does.
     Item {
         id: keys
 

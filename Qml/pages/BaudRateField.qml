@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// The baud rate: two offers, and any other by typing.
+// The baud rate: two choices, or any other typed in.
 ColumnLayout {
     id: labelled
 

@@ -2,15 +2,15 @@ import QtQuick 2.15
 import "../assembly"
 import "../snapshots"
 
-// What follows the window's first frame, but for the bar: the model's pages beside their list or the small
-// sensors' page, and what goes on besides.
+// Everything created after the window's first frame, except the bar's fields: the model's pages or the small sensors'
+// page, the status line and the connection watch.
 Item {
     id: body
 
     property Item view // main.qml's
     property alias connecting: watch.connecting
 
-    // What does not fit about the model connected to; empty when all is well.
+    // How the connected sensor does not match the selected model; empty if it does.
     function sensorName() {
         return status.sensor;
     }
@@ -104,7 +104,7 @@ Item {
         onLost: {
             var sensor = status.sensor;
             body.view.disconnect();
-            body.view.record("The sensor at " + sensor + " does not answer any more, so the connection is closed.",
+            body.view.record("The sensor at " + sensor + " no longer answers, so the connection was closed.",
                              "WARNING");
         }
     }

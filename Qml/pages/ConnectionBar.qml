@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// Where the sensor is, which model it is, and the connection.
+// The sensor's address, its model, and the connect button.
 RowLayout {
     id: bar
 

@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// Where the sensor is: address and ports in the network, or two serial ports.
+// Where to connect: network address and ports, or two serial ports.
 RowLayout {
     id: fields
 
@@ -12,7 +12,7 @@ RowLayout {
 
     signal accepted
 
-    // The controller emits once that its settings are read, and keeps what is written back to it.
+    // The controller reports once that its settings are read, and stores what is written back to it.
     function load() {
         ip.show(varkel_manager.ip_address);
         port.show(varkel_manager.port);

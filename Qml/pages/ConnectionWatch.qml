@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// Follows an attempt to connect and, once connected, asks from time to time whether the sensor still answers.
+// Watches a connection attempt and, once connected, checks periodically that the sensor still answers.
 Item {
     id: watch
 
@@ -24,7 +24,7 @@ Item {
         }
     }
 
-    // An attempt that fails ends without a signal of its own.
+    // A failed attempt ends without a signal of its own.
     Timer {
         interval: Theme.blink
         repeat: true

@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// A log of the sensor with its download button.
+// One of the sensor's logs, with its download button.
 LabelledRow {
     id: row
 
@@ -15,7 +15,7 @@ LabelledRow {
         text: "Download"
         enabled: varkel_manager.IsConnected && !varkel_manager.IsDownloadLog && !varkel_manager.IsUpgrading
                  && !varkel_manager.snapshots.applying
-        hint: "Asks first where to put it"
+        hint: "Asks where to save it"
         onClicked: row.requested()
     }
 
@@ -25,7 +25,7 @@ LabelledRow {
         color: Theme.textMuted
         text: row.downloading ? "Downloading…" : !varkel_manager.IsConnected ? "Connect first"
               : varkel_manager.IsDownloadLog ? "Another log is being downloaded"
-                                             : varkel_manager.IsUpgrading ? "An upgrade runs"
+                                             : varkel_manager.IsUpgrading ? "An upgrade is running"
               : varkel_manager.snapshots.applying ? "A snapshot is being applied" : ""
     }
 

@@ -4,7 +4,7 @@ import QtQuick.Templates 2.15 as T
 import Varkel.Shell 1.0
 import "../assembly"
 
-// The changes of all pages that are not saved, each to be taken back alone.
+// The unsaved changes on all pages; each can be reverted on its own.
 T.Popup {
     id: panel
 
@@ -39,7 +39,7 @@ T.Popup {
             id: heading
 
             width: parent.width
-            text: "Changes not saved yet"
+            text: "Unsaved changes"
         }
 
         ListView {
@@ -86,8 +86,8 @@ T.Popup {
 
                 DefaultToolButton {
                     objectName: "takeBack_" + index
-                    text: "Take back"
-                    Accessible.name: "Take back " + modelData.label
+                    text: "Revert"
+                    Accessible.name: "Revert " + modelData.label
                     onClicked: varkel_manager.edits.takeBack(modelData.key)
                 }
             }

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// Says that the model's table has faults, and lists them.
+// Shows how many faults the model's table has, and opens their list.
 DefaultToolButton {
     id: button
 

@@ -3,7 +3,7 @@ import QtQuick.Templates 2.15 as T
 import Varkel.Shell 1.0
 import "../assembly"
 
-// What is wrong with the model's table, a line each.
+// The faults in the model's table, one per line.
 T.Popup {
     id: panel
 

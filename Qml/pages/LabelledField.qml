@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// A text field under its caption, as the top bar has them.
+// A text field of the top bar, below its caption.
 ColumnLayout {
     id: labelled
 
@@ -11,7 +11,7 @@ ColumnLayout {
     property alias fieldName: field.objectName
     property alias hint: field.hint
     property alias field: field
-    property var keyTakers: [] // what gets the field's keys before the field does
+    property var keyTakers: [] // items that get the keys before the field does
     property int fieldWidth: Theme.buttonWidth
 
     signal commit(string text)
@@ -42,7 +42,7 @@ ColumnLayout {
         Layout.fillWidth: true
         Accessible.name: caption.text
         Keys.forwardTo: labelled.keyTakers
-        readOnly: varkel_manager.IsConnected // they tell where the connection leads
+        readOnly: varkel_manager.IsConnected // then it shows where the connection goes
         onCommit: labelled.commit(text)
         onAccepted: {
             finish();

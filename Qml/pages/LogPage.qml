@@ -14,7 +14,7 @@ Flickable {
 
     signal logRequested
 
-    // The downloads ask first where to: the operation log becomes one archive, others a file in a folder.
+    // A download asks for its destination: an archive for the operation log, a folder for the others.
     function ask(name) {
         wantedLog = name;
         var archive = name === operationLog;

@@ -1,6 +1,6 @@
 import QtQml 2.15
 
-// Serial number and part number tell whether the connected sensor is of the selected model.
+// Checks by serial number and part number whether the connected sensor is of the selected model.
 QtObject {
     readonly property string mismatch: "WARNING: Please note that a mismatch is detected between the lidar "
                                        + "model on the connection and the one selected. Some functions of VK "
@@ -10,7 +10,7 @@ QtObject {
     readonly property string empty: "WARNING: Empty PN or SN code detected. Please check your device."
     readonly property string unread: "xxxxxx"
 
-    // The warning to show; empty when all is well.
+    // The warning to show; empty if there is none.
     function warning(partNumber, serialNumber, model) {
         if (partNumber !== "" && serialNumber !== "") {
             var known = [model, model.substring(0, 2)].some(function (part) {

@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// The sensor's model. It stays as it is while connected or when the program was started for one model.
+// The sensor's model. It can't be changed while connected, or if the program was started for one model.
 ColumnLayout {
     id: labelled
 
@@ -21,7 +21,7 @@ ColumnLayout {
         selected = combo.currentText;
     }
 
-    // The choice of a user holds from here on: what else it takes is decided elsewhere.
+    // Selects a model. The window calls this after asking the user if edits would be lost.
     function select(name) {
         combo.currentIndex = combo.model.indexOf(name);
         selected = name;

@@ -2,8 +2,8 @@ import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
 import "../assembly"
 
-// One page of the model's table: the rows of its list model and, below, Cancel and Save. Rows out of view are
-// made when they come near it.
+// One page of the model's table: the rows of its list model and, below, Cancel and Save. Rows are created when they
+// come near the visible area.
 Item {
     id: page
 
@@ -23,7 +23,7 @@ Item {
     signal refused(string message)
     signal upgradeRequested(url file, var start)
 
-    // Puts the focus into a row, wherever it is in the list; within the row it stays where it is.
+    // Moves the focus into a row, anywhere in the list; if it is there already, it stays where it is.
     function enterRow(row) {
         list.forceLayout();
         if (!steps.inside || list.currentIndex !== row) {
@@ -36,7 +36,7 @@ Item {
     Accessible.role: Accessible.Pane
     Accessible.name: title
 
-    Component.onDestruction: list.model = null // rows that are just being made are given up
+    Component.onDestruction: list.model = null // abandons rows that are still being created
 
     Loader {
         id: strip
@@ -74,7 +74,7 @@ Item {
             anchors.fill: parent
             topMargin: Theme.margin - Theme.gapSmall
             bottomMargin: Theme.margin
-            // Its row shows the package that the user has chosen, so the row is kept.
+            // The upgrade row shows the chosen package, so it is kept.
             cacheBuffer: page.rows && page.rows.upgrades ? Theme.wholePage : Math.max(0, height)
             boundsBehavior: Flickable.StopAtBounds
             keyNavigationEnabled: false

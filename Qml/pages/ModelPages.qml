@@ -3,7 +3,7 @@ import QtQuick.Layouts 1.15
 import "../assembly"
 import "../details"
 
-// The pages of the selected model, then those of the log, of commands and of snapshots.
+// The pages of the selected model, then the log, command and snapshots pages.
 Item {
     id: pages
 
@@ -25,14 +25,14 @@ Item {
     signal logRequested
     signal applyAsked(string text)
 
-    // As its button does, if the page has one that can be pressed.
+    // Same as the page's Save button, if it has one that is enabled.
     function saveShown() {
         if (currentPage && currentPage.savable) {
             saveRequested(currentIndex);
         }
     }
 
-    // In the page that is shown.
+    // On the page that is shown.
     function enterRow(row) {
         var loader = modelPages.itemAt(currentIndex);
         if (loader && loader.item) {

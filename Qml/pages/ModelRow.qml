@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../rows"
 
-// A row of a page, of the kind that its values ask for.
+// A row of a page; its values determine the kind of row.
 Loader {
     id: modelRow
 

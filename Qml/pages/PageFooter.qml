@@ -2,13 +2,13 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// Cancel and Save, and how many changes wait for them.
+// Cancel and Save, and the number of unsaved changes.
 Rectangle {
     id: footer
 
     property int module: 0
     property int edits: 0
-    property bool saving: false // nothing else is saved meanwhile
+    property bool saving: false // disables Save until the save ends
 
     signal cancelled
     signal saved
@@ -41,7 +41,7 @@ Rectangle {
         DefaultToolButton {
             objectName: "cancelButton_" + footer.module
             text: "Cancel"
-            hint: "Takes the changes back and reads the page again"
+            hint: "Discards the changes and reads the page again"
             onClicked: footer.cancelled()
         }
 

@@ -1,6 +1,6 @@
 import QtQuick 2.15
 
-// Makes its page when it is first shown, and keeps it.
+// Creates its page when first shown, and keeps it.
 Loader {
     property bool current: false
 

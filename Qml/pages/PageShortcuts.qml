@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import QtQuick.Window 2.15
 
-// Ctrl+1 to Ctrl+9 and Ctrl+0 choose a page, Ctrl+S saves it and F5 reads it; Ctrl+Return connects or disconnects,
+// Ctrl+1 to Ctrl+9 and Ctrl+0 choose a page, Ctrl+S saves it and F5 reads it, Ctrl+Return connects or disconnects, and
 // Ctrl+Z and Ctrl+Shift+Z undo and redo an edit.
 Item {
     id: shortcuts
@@ -11,7 +11,7 @@ Item {
     signal readRequested
     signal connectRequested
 
-    // What is being typed counts.
+    // Commits what is being typed.
     function finishTyping() {
         var item = Window.activeFocusItem;
         if (item && item.finish) {

@@ -3,7 +3,7 @@ import QtQuick.Templates 2.15 as T
 import Varkel.Shell 1.0
 import "../assembly"
 
-// The addresses that connected before, below the field that keeps the focus and hands the keys on.
+// The recent addresses, below the field, which keeps the focus and forwards its keys.
 T.Popup {
     id: popup
 

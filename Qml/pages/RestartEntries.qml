@@ -1,13 +1,13 @@
 import QtQuick 2.15
 import "../assembly"
 
-// What drops from the restart button.
+// The items of the restart menu.
 DefaultMenu {
     id: menu
 
     readonly property string blocked: !varkel_manager.IsConnected ? "connect first"
-                                      : varkel_manager.IsUpgrading ? "an upgrade runs"
-                                      : varkel_manager.IsDownloadLog ? "a download runs" : ""
+                                      : varkel_manager.IsUpgrading ? "an upgrade is running"
+                                      : varkel_manager.IsDownloadLog ? "a download is running" : ""
 
     signal restartRequested
     signal resetRequested

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// Restart and reset of the sensor, for models that have either.
+// Restart and reset of the sensor, for models that have at least one of them.
 DefaultToolButton {
     id: button
 

@@ -1,6 +1,6 @@
 import QtQuick 2.15
 
-// Ctrl+F: the search through all pages, made when it is first wanted.
+// Ctrl+F: the search through all pages, created when first used.
 Item {
     id: search
 

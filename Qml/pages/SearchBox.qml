@@ -3,7 +3,7 @@ import QtQuick.Templates 2.15 as T
 import Varkel.Shell 1.0
 import "../assembly"
 
-// Finds a variable on any page as one types. Up and Down choose, Enter goes there, Escape closes.
+// Finds variables on all pages as the user types. Up and Down select, Enter goes there, Escape closes.
 T.Popup {
     id: box
 
@@ -33,7 +33,7 @@ T.Popup {
     onAboutToShow: {
         field.text = search.query;
         field.selectAll();
-        search.query = field.text; // the values may be others by now
+        search.query = field.text; // the values may have changed
     }
     onOpened: field.forceActiveFocus(Qt.TabFocusReason)
 
@@ -57,7 +57,7 @@ T.Popup {
             placeholderText: "Find by name, value, unit, option or command"
             onTextChanged: {
                 if (box.visible) {
-                    value = text; // nothing here is an edit
+                    value = text; // so that typing here does not count as an edit
                     box.search.query = text;
                 }
             }
@@ -114,7 +114,7 @@ T.Popup {
             color: Theme.textMuted
             text: {
                 if (field.length === 0) {
-                    return "All pages of the model are searched.";
+                    return "Searches all pages of the model.";
                 }
                 if (list.count === 0) {
                     return "No variable has this in its name, value, unit, options or commands.";

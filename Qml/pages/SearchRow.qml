@@ -2,7 +2,7 @@ import QtQuick 2.15
 import Varkel.Shell 1.0
 import "../assembly"
 
-// A row that the search has found: the variable over its place, its value over its commands.
+// A search result: the variable with its location below it, and its value with its commands below.
 Rectangle {
     id: row
 

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// The small sensors' page, with the command console of the controller.
+// The small sensors' page, connected to the controller's command console.
 Zelto {
     property Item view // main.qml's
 

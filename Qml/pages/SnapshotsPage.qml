@@ -2,7 +2,7 @@ import QtQuick 2.15
 import "../assembly"
 import "../snapshots"
 
-// The sensor's snapshots above, what differs between two states below.
+// The sensor's snapshots above, the differences between two states below.
 Item {
     id: page
 
@@ -47,7 +47,7 @@ Item {
         anchors.right: bar.right
         anchors.top: bar.bottom
         anchors.topMargin: Theme.gap
-        height: Math.min(Theme.snapshotTableHeight, page.height / 3) // leaves room for what differs on a low screen
+        height: Math.min(Theme.snapshotTableHeight, page.height / 3) // leaves room for the differences on a small screen
         snapshots: page.snapshots
     }
 

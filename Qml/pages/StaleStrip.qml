@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// Above a page without a connection: where its values come from.
+// Shown above a page while not connected: where its values come from.
 Rectangle {
     id: strip
 

@@ -3,7 +3,7 @@ import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
 import "../assembly"
 
-// The foot of the window: the connection in words and the changes that wait.
+// The bottom of the window: the connection, the current activity and the unsaved changes.
 Rectangle {
     id: line
 
@@ -15,7 +15,7 @@ Rectangle {
 
     property bool connecting: false
     property bool saving: false
-    property string outcome // of what was done last
+    property string outcome // of the last operation
     property color outcomeColor: Theme.textMuted
 
     signal pageRequested(int page)
@@ -98,7 +98,7 @@ Rectangle {
             visible: line.edits > 0
             implicitHeight: Theme.statusButtonHeight
             text: line.edits === 1 ? "1 change not saved" : line.edits + " changes not saved"
-            hint: panel.visible ? "" : "Lists the changes of all pages"
+            hint: panel.visible ? "" : "Lists the changes on all pages"
             onClicked: panel.opened ? panel.close() : panel.open()
 
             EditsPanel {

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// The head of the window: its name and, once filled, the connection.
+// The top of the window: its name and, once filled, the connection.
 Rectangle {
     id: bar
 

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// The options of the row's variable; flat text where it can't be written.
+// The options of the row's variable, or plain text if it can't be written.
 Item {
     id: choice
 
@@ -35,7 +35,7 @@ Item {
             hint: choice.row.hint
             onActivated: {
                 choice.row.submit(3, String(index));
-                currentIndex = Qt.binding(() => choice.chosen); // the user's choice has ended the one before
+                currentIndex = Qt.binding(() => choice.chosen); // the user's choice broke the previous binding
             }
         }
     }

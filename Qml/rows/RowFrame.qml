@@ -2,8 +2,8 @@ import QtQuick 2.15
 import Varkel.Shell 1.0
 import "../assembly"
 
-// One variable's row: its label, its control in a column that lines up with the other rows, and its marks. Its
-// control shows `valueText` whenever that changes.
+// One variable's row: its label, its control, aligned with those of the other rows, and its marks. The control shows
+// `valueText` whenever that changes.
 Item {
     id: frame
 
@@ -22,8 +22,8 @@ Item {
     readonly property bool refused: values.refusal.length > 0
     readonly property string note: noteText()
     readonly property bool ticked: note.length === 0 && !edited && values.origin === "verified"
-    property bool noteInCaption: false // beside the label, for controls that can't give way
-    // What the control gives to the note, which has no room outside the row: there are the details.
+    property bool noteInCaption: false // puts the note beside the label if the control can't make room for it
+    // The width that the control leaves to the note; the details pane takes the space outside the row.
     readonly property real noteRoom: noteInCaption || note.length === 0 || !noteLoader.item ? 0
                                      : Math.min(noteLoader.item.implicitWidth + Theme.gapSmall,
                                                 (width - slot.x - mark.width) * Theme.noteShare)
@@ -143,7 +143,7 @@ Item {
         id: mark
 
         anchors.right: parent.right
-        width: Theme.liveMarkWidth // also without a mark, so that the rows line up
+        width: Theme.liveMarkWidth // also without a mark, so that the rows are aligned
         height: Theme.rowHeight
         active: frame.live
         sourceComponent: LiveMark {}

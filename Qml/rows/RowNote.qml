@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// In a row: what became of its value. A tick when it was saved and read back, else a few words.
+// The state of a row's value: a tick if it was saved and read back, otherwise a few words.
 Item {
     id: note
 

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// A variable that a switch turns on and off; switched off, its value is 0.
+// A variable that a switch turns on and off; its value is 0 when off.
 RowFrame {
     id: row
 

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// A variable that is only shown: two texts, the value to select and copy.
+// A read-only variable: two texts, of which the value can be selected and copied.
 RowFrame {
     id: row
 

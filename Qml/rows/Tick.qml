@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// A tick, drawn: not every font has one.
+// A tick, drawn because not every font has one.
 Item {
     id: tick
 

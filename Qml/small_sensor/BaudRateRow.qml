@@ -14,7 +14,7 @@ FunctionRow {
 
         objectName: "zeltoBaudRateField"
         Accessible.name: "Baud Rate"
-        hint: "Bits a second on the sensor's serial line"
+        hint: "Bits per second on the sensor's serial line"
     }
 
     GetButton {
@@ -28,7 +28,7 @@ FunctionRow {
             if (field.text.length > 0) {
                 varkel_manager.smallSensor.setBaudRate(field.text);
             } else {
-                row.say("Type a baud rate first", true);
+                row.say("Enter a baud rate first", true);
             }
         }
     }

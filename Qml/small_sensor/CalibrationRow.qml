@@ -2,13 +2,13 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// The sensor's correction data, put into a file of the chosen folder.
+// Saves the sensor's correction data to a file in the chosen folder.
 FunctionRow {
     id: row
 
     property string file
 
-    // "file:///home/me" and "file:///C:/me" are absolute paths, "file://server/share" is a folder of the network.
+    // "file:///home/me" and "file:///C:/me" are absolute paths, "file://server/share" is a network folder.
     function localPath(url) {
         return decodeURIComponent(url.toString()).replace(/^file:(\/\/\/(?=[A-Za-z]:)|\/\/(?=\/))?/, "");
     }
@@ -30,7 +30,7 @@ FunctionRow {
     SensorButton {
         objectName: "zeltoCalibrationDownload"
         text: "Download"
-        tip: "Asks first for the folder to put it in"
+        tip: "Asks for a folder to save it in"
         onClicked: question.ask({
             "title": "Choose the folder for the calibration file",
             "selectFolder": true

@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// Names a control of a row that has several.
+// The caption of a control in a row that has several.
 BodyText {
     Layout.preferredWidth: Theme.buttonWidth
     color: Theme.textMuted

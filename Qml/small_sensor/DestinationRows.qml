@@ -2,20 +2,20 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// Where the sensor sends its points: read again whenever the connection or the model changes.
+// Where the sensor sends its points; read again whenever the connection or the model changes.
 Column {
     id: destination
 
     property string selectedModel
 
-    // A function, as a binding might still be old when a handler asks.
+    // A function, because a binding might not be updated yet when a handler runs.
     function isOffered() {
         return selectedModel === "Zelto-KTC" || selectedModel === "Marvo-KTC";
     }
 
     function refresh() {
         if (isOffered() && varkel_manager.IsConnected) {
-            varkel_manager.smallSensor.readDestination(true); // silent: nobody asked for it
+            varkel_manager.smallSensor.readDestination(true); // silent: the user did not ask for it
         } else {
             ip.forget();
             port.forget();
@@ -27,7 +27,7 @@ Column {
         port.show(portText);
     }
 
-    // What is no number goes out as one that the sensor's function refuses with its own words.
+    // A text that is not a number becomes a value that the function refuses with its own message.
     function portNumber() {
         return /^\d{1,5}$/.test(port.text) ? Number(port.text) : -1;
     }

@@ -1,14 +1,14 @@
 import QtQuick 2.15
 import "../assembly"
 
-// A row for one thing that the sensor can be set to or asked for; the outcome of the last call is shown beside it.
-// What the row shows is of this connection: `forget` comes when it ends or another model is chosen.
+// A row for one function of the sensor, with the outcome of its last call beside it. What it shows belongs to the
+// current connection: `forget` is called when that ends or another model is selected.
 LabelledRow {
     id: row
 
-    property string name // of its controls
-    property var said: ({}) // of each of the row's calls: what is said of it when it went well
-    property string unread // said until the first call
+    property string name // used in the names of its controls
+    property var said: ({}) // what to show when a call succeeds, by the call's name
+    property string unread // shown until the first call
     property alias outcome: note.outcome
 
     signal succeeded(string call)

@@ -1,8 +1,8 @@
 import QtQuick 2.15
 import "../assembly"
 
-// What a small sensor can be set to and asked for, one row each. Rows that the model does not have are hidden, and all
-// rest where no KTC reaches the sensor.
+// The functions of a small sensor, one row each. Rows that the model does not have are hidden, and all are disabled if
+// the sensor can't be reached over KTC.
 Section {
     id: section
 
@@ -17,7 +17,7 @@ Section {
         height: Theme.rowHeight
         visible: !section.reachable
         color: Theme.warning
-        text: "These functions need KTC, which the model \"Zelto\" does not have over its serial lines."
+        text: "These functions need KTC, which the serial lines of the model \"Zelto\" do not carry."
         elide: Text.ElideRight
     }
 

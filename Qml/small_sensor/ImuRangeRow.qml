@@ -23,7 +23,7 @@ FunctionRow {
         objectName: "zeltoAngularRangeCombo"
         Layout.preferredWidth: 1
         Accessible.name: "Angular range"
-        hint: "Angular range, degrees a second. The sensor can't be asked for it"
+        hint: "Angular range in degrees per second. It can't be read from the sensor"
         model: ["±2000 dps", "±1000 dps", "±500 dps", "±250 dps", "±125 dps", "±4000 dps"]
     }
 
@@ -33,7 +33,7 @@ FunctionRow {
         objectName: "zeltoAccelerationRangeCombo"
         Layout.preferredWidth: 1
         Accessible.name: "Acceleration range"
-        hint: "Acceleration range. The sensor can't be asked for it"
+        hint: "Acceleration range. It can't be read from the sensor"
         model: ["±16g", "±8g", "±4g", "±2g"]
     }
 

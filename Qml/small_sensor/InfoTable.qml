@@ -3,8 +3,8 @@ import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
 import "../assembly"
 
-// What the sensor says of itself: names and values, the values to select and copy. A refresh changes the
-// values in place, so that a selection lasts.
+// The sensor's information: names and values, which can be selected and copied. A refresh changes the values in place,
+// so a selection is kept.
 Column {
     id: table
 

@@ -2,7 +2,7 @@ import QtQuick 2.15
 import Varkel.Shell 1.0
 import "../assembly"
 
-// Beside a row: what came of the last call of its functions.
+// Beside a row: the outcome of its last call.
 BodyText {
     id: note
 

@@ -3,7 +3,7 @@ import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
 import "../assembly"
 
-// The sensor's own judgement of its health, read on demand: a state, and the codes of its faults.
+// The sensor's own assessment of its health, read on demand: a state and fault codes.
 Column {
     id: safety
 

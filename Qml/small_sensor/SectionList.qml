@@ -1,13 +1,13 @@
 import QtQuick 2.15
 import "../assembly"
 
-// The list of a page's sections. It marks the one that is in sight, and scrolls the page to the one that is chosen.
+// The list of a page's sections. It marks the visible one, and scrolls the page to the one that is clicked.
 TabWidget {
     id: list
 
     property Flickable view
     property var sections: [] // the items, each with its `title`
-    property bool jumping: false // the last sections can't get to the top, but are marked when they are chosen
+    property bool jumping: false // the last sections can't scroll to the top, but are marked when clicked
 
     function show(index) {
         if (index < 0 || index >= sections.length) {

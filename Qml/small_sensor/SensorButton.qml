@@ -1,9 +1,9 @@
 import QtQuick 2.15
 import "../assembly"
 
-// Asks the sensor for something. It rests while the sensor is busy with another call, and dims so slowly that a
-// quick answer does not make the page flicker. Only screen readers get its hint: a tip would cover the
-// outcome beside it or the button of the next row.
+// A button that sends something to the sensor. It is disabled while the sensor is busy with another call, and dims
+// slowly, so that a quick answer does not make the page flicker. Its hint is only for screen readers: a tooltip would
+// cover the outcome beside it or the button of the next row.
 DefaultToolButton {
     property string tip
 

@@ -2,9 +2,9 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// A setting of the sensor as text, "not read" until it has been.
+// A setting of the sensor as text; "not read" until it has been read.
 DefaultTextField {
-    // Takes an edit in progress away as well.
+    // Also discards an edit in progress.
     function forget() {
         show("");
         text = "";

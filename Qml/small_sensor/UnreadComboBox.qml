@@ -2,8 +2,8 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// Values that can be written to the sensor but not read from it: none is chosen until the user does, and the last
-// one that the sensor took counts as held.
+// Values that can be written to the sensor but not read from it: none is selected until the user selects one, and the
+// last one that the sensor accepted counts as its value.
 DefaultComboBox {
     id: combo
 
@@ -19,5 +19,5 @@ DefaultComboBox {
     unlisted: "not read"
     dimmed: currentIndex < 0
     marked: currentIndex !== held
-    hint: "The sensor can't be asked for it"
+    hint: "It can't be read from the sensor"
 }

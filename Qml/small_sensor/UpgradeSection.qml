@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// The sensor's firmware: its versions, which part of it a package is for, and the package's transfer.
+// The sensor's firmware: its versions, the part to upgrade, and the transfer of a package.
 Section {
     id: section
 
@@ -14,7 +14,7 @@ Section {
     signal refused(string message)
     signal upgradeRequested(url file, string mode, var start) // asks before `start`
 
-    // The controller keeps a mode until it gets another one, so it gets the one shown at first as well.
+    // The controller keeps a mode until it gets another, so it is also given the one shown initially.
     function chooseMode() {
         varkel_manager.ZeltoSetUpgradeMode(junctionBox ? junctionBoxMode : mode.currentIndex);
     }

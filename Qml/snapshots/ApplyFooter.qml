@@ -3,7 +3,7 @@ import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
 import "../assembly"
 
-// Applies what is selected; how far the present work is, and what the last one came to.
+// Applies the selected values; shows the progress of the current operation and the outcome of the last one.
 Rectangle {
     id: footer
 
@@ -50,7 +50,7 @@ Rectangle {
             objectName: "stopSnapshotButton"
             text: "Stop"
             visible: progress.visible
-            hint: "Ends the work after its present exchange with the sensor"
+            hint: "Stops after the current exchange with the sensor"
             onClicked: footer.snapshots.stop()
         }
 
@@ -59,12 +59,12 @@ Rectangle {
             text: "Apply selected"
             primary: true
             enabled: footer.connected && footer.selected > 0 && !footer.snapshots.busy
-            hint: footer.connected ? "Shows what would be written and asks" : "Connect first"
+            hint: footer.connected ? "Shows what would be written and asks for confirmation" : "Connect first"
             onClicked: footer.snapshots.plan()
         }
     }
 
-    // What is over within a blink shows no bar.
+    // Short operations do not show the bar.
     Timer {
         interval: Theme.blink
         running: footer.snapshots.busy

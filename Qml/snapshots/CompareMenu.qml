@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// With what the chosen row is compared.
+// What to compare the selected row with.
 DefaultMenu {
     id: menu
 

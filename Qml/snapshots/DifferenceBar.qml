@@ -3,7 +3,7 @@ import QtQuick.Layouts 1.15
 import Varkel.Shell 1.0
 import "../assembly"
 
-// What is compared, how much differs, and which of it is shown.
+// What is compared, the number of differences, and which of them are shown.
 RowLayout {
     id: bar
 

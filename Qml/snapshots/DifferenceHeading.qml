@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// The heading of the differences; its box selects all that can be applied.
+// The heading of the differences; its box selects everything that can be applied.
 Rectangle {
     id: heading
 
@@ -19,7 +19,7 @@ Rectangle {
 
         objectName: "selectAllBox"
         anchors.verticalCenter: parent.verticalCenter
-        text: "Select all that can be applied"
+        text: "Select everything that can be applied"
         hint: text
         enabled: heading.differences.selectable > 0 && !heading.snapshots.busy
         tristate: true

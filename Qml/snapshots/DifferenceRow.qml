@@ -1,16 +1,16 @@
 import QtQuick 2.15
 import "../assembly"
 
-// A difference: whether it shall be applied, its texts, and what became of it.
+// A difference: whether to apply it, its texts, and its outcome.
 Item {
     id: row
 
     property QtObject values // the model's roles
     property bool focused: false
-    property bool resting: false // nothing can be selected now
+    property bool resting: false // disables selecting
     readonly property bool selectable: values.settable && !values.edited
     readonly property string remark: values.outcome.length > 0 ? (values.good ? "✓ " : "✗ ") + values.outcome
-                                    : values.edited ? "unsaved edit, left as it is"
+                                    : values.edited ? "unsaved edit, left unchanged"
                                                     : values.settable ? "" : "read only"
 
     signal toggled(bool on)
@@ -47,7 +47,7 @@ Item {
         focusPolicy: Qt.NoFocus // the table has the focus, and Space ticks the box
         anchors.verticalCenter: parent.verticalCenter
         text: "Apply " + row.values.name
-        hint: row.values.edited ? "It has an edit that is not saved: save or cancel that first"
+        hint: row.values.edited ? "It has an unsaved edit: save or cancel it first"
                                 : row.values.settable ? "" : "It can't be set"
         enabled: row.selectable && !row.resting
         checkState: row.values.selected ? Qt.Checked : Qt.Unchecked

@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
 import "../assembly"
 
-// What differs. Up and Down move along the rows, Space selects one to be applied.
+// The differences. Up and Down move between rows, Space selects one to be applied.
 Item {
     id: table
 
@@ -63,7 +63,7 @@ Item {
         visible: list.count === 0 && !table.snapshots.busy
         color: Theme.textFaint
         text: !table.compared ? "Choose a row above and what to compare it with, or drop a snapshot on the window"
-                              : table.snapshots.differences.total === 0 ? "No difference"
+                              : table.snapshots.differences.total === 0 ? "No differences"
                                                                         : "None of the differences can be set"
     }
 }

@@ -1,7 +1,7 @@
 import QtQuick 2.15
 import "../assembly"
 
-// What is behind a row of a table.
+// The background of a table row.
 Rectangle {
     property bool chosen: false
     property bool hovered: false

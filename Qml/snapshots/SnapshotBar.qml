@@ -2,14 +2,14 @@ import QtQuick 2.15
 import QtQuick.Layouts 1.15
 import "../assembly"
 
-// What can be done with the list of snapshots.
+// The actions for the list of snapshots.
 RowLayout {
     id: bar
 
     property QtObject snapshots // varkel_manager.snapshots
     property bool connected: false
     property int chosen: 0
-    property bool saving: false // what the question asks for
+    property bool saving: false // whether the dialog is for a file to write
 
     function askForFile(toWrite) {
         saving = toWrite;
@@ -29,7 +29,7 @@ RowLayout {
         objectName: "saveSnapshotButton"
         text: "Save snapshot…"
         enabled: bar.connected && !bar.snapshots.busy
-        hint: bar.connected ? "Reads everything that the sensor holds and keeps it in a file" : "Connect first"
+        hint: bar.connected ? "Reads everything from the sensor and saves it to a file" : "Connect first"
         onClicked: bar.askForFile(true)
     }
 
@@ -40,7 +40,7 @@ RowLayout {
         text: "Compare with…"
         rightPadding: arrow.width + 2 * Theme.gapSmall
         enabled: !bar.snapshots.busy
-        hint: menu.visible ? "" : "Compares the row that is chosen below"
+        hint: menu.visible ? "" : "Compares the row selected below"
         onClicked: menu.open()
 
         DownArrow {
@@ -67,7 +67,7 @@ RowLayout {
         color: Theme.textMuted
         elide: Text.ElideRight
         text: bar.connected ? "A snapshot file can also be dropped on the window."
-                            : "Connect to see the sensor's snapshots; files can be compared without it."
+                            : "Connect to see the sensor's snapshots; files can also be compared without a connection."
     }
 
     FileQuestion {

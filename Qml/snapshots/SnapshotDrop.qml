@@ -1,6 +1,6 @@
 import QtQuick 2.15
 
-// Takes a snapshot that is dropped on the window; other files go to what is below.
+// Accepts a snapshot dropped on the window; other files go to the items below.
 DropArea {
     id: area
 

@@ -2,7 +2,7 @@ import QtQuick 2.15
 import QtQuick.Templates 2.15 as T
 import "../assembly"
 
-// The sensor's snapshots, one of which is chosen. Up and Down move along them.
+// The sensor's snapshots, one of which is selected. Up and Down move between them.
 Item {
     id: table
 

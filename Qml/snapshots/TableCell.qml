@@ -2,7 +2,7 @@ import QtQuick 2.15
 import Varkel.Shell 1.0
 import "../assembly"
 
-// One line of text in a table; what does not fit shows in a tip.
+// One line of text in a table; a text that does not fit is shown in a tooltip.
 BodyText {
     id: cell
 

@@ -43,58 +43,54 @@ using namespace varkel;
 
 namespace {
 
-/// Bounds the load on the sensor.
+/// Limits the load on the sensor.
 constexpr std::chrono::milliseconds kPageRefreshPeriod{100};
-
-QString Text(const std::string& text) {
-  return QString::fromStdString(text);
-}
 
 QVariantList TextList(const std::vector<std::string>& texts) {
   QVariantList list;
-  for (const std::string& text : texts) list.append(Text(text));
+  for (const std::string& text : texts) list.append(QString::fromStdString(text));
   return list;
 }
 
 QVariantList RowMaps(const std::vector<InfoRow>& rows) {
   QVariantList maps;
   for (const InfoRow& row : rows) {
-    maps.append(
-        QVariantMap{{QStringLiteral("label"), Text(row.label)}, {QStringLiteral("value"), Text(row.value)}});
+    maps.append(QVariantMap{{QStringLiteral("label"), QString::fromStdString(row.label)},
+                            {QStringLiteral("value"), QString::fromStdString(row.value)}});
   }
   return maps;
 }
 
 }  // namespace
 
-/// The controller's collaborators, in an order in which each needs only earlier ones.
+/// The controller's collaborators, ordered such that each needs only earlier ones.
 struct VarkelManager::Parts {
   Parts(VarkelManager& face, bool flag, std::string path);
 
   using Signal = void (VarkelManager::*)();
-  /// Raises a signal on the window's thread.
+  /// Emits a signal on the window's thread.
   void Raise(Signal notify) {
     events.Post([this, notify] { std::invoke(notify, manager); });
   }
-  /// What raises it.
+  /// A function that emits it.
   std::function<void()> Raiser(Signal notify) {
     return [this, notify] { Raise(notify); };
   }
-  /// Disconnects that session's sensor, unless it has been already.
+  /// Disconnects that session's sensor unless it is already disconnected.
   void Disconnect(const std::shared_ptr<SensorSession>& session) {
     events.Post([this, session] {
       if (connection.session() == session) manager.Stop();
     });
   }
 
-  /// Restarts that session's sensor with the table's command and disconnects it: 0 on success.
+  /// Restarts that session's sensor with the table's command and, on success (0), disconnects it.
   int Restart(const std::shared_ptr<SensorSession>& session, const ConfigParser& catalogue) {
     const int code = RestartSensor(catalogue, *session, report);
     if (code == 0) Disconnect(session);
     return code;
   }
 
-  /// The same after an upgrade: a network sensor is then waited for.
+  /// The same after an upgrade; then waits for a network sensor to come back.
   int RestartUpgraded(const std::shared_ptr<SensorSession>& session,
                       const FirmwareUpgrade::Catalogue& catalogue) {
     if (!session->has_pages()) return Restart(session, *catalogue);
@@ -113,9 +109,9 @@ struct VarkelManager::Parts {
   const bool creation_flag;
   const std::string config_file_path;
 
-  // The window's thread only.
+  // Used on the window's thread only.
   const SettingsFile settings_file;
-  std::string settings_fault;  ///< why the settings are the defaults
+  std::string settings_fault;  ///< why the default settings are used
   ConnectionSettings settings;
   RecentAddresses recent_addresses;
   std::string dialled;  ///< the address of the last attempt
@@ -123,7 +119,7 @@ struct VarkelManager::Parts {
   QString success_message;
   QString vm_now_name;
 
-  // Shared with workers: atomics and classes that guard themselves.
+  // Shared with workers: atomics and thread-safe classes.
   EventQueue events;
   SignalReport report;
   std::atomic<int> connect_type = kNetwork;
@@ -204,7 +200,9 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
             }),
       page_check({report,
                   [this](const VarInfo& var, const std::string& verdict) {
-                    events.Post([this, name = Text(var.var_name)] { emit manager.someVarOutOfRange(name); });
+                    events.Post([this, name = QString::fromStdString(var.var_name)] {
+                      emit manager.someVarOutOfRange(name);
+                    });
                     page_models.Refuse(var, verdict);
                   }}),
       writer({reader, report}),
@@ -248,7 +246,7 @@ VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
   connect(&manager, &VarkelManager::editsChanged, &snapshots, &Snapshots::showEdits);
   connect(&manager, &VarkelManager::isConnectedChanged, &recent_addresses, [this] {
     const auto session = connection.session();
-    if (session && session->ktc_client()) recent_addresses.add(Text(dialled));
+    if (session && session->ktc_client()) recent_addresses.add(QString::fromStdString(dialled));
   });
 }  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): std::function frees
 
@@ -264,9 +262,9 @@ VarkelManager::VarkelManager(bool flag, const std::string& config_path)
   connect(this, &VarkelManager::editsChanged, &d_->edits, &UserEdits::changed);
   emit initInfoChanged();
   if (d_->settings_fault.empty()) return;
-  // Reported when the event loop runs: by then the user interface listens.
+  // Reported once the event loop runs: by then the user interface is listening.
   QMetaObject::invokeMethod(this, "sendLogMessage", Qt::QueuedConnection,
-                            Q_ARG(QString, Text(d_->settings_fault)),
+                            Q_ARG(QString, QString::fromStdString(d_->settings_fault)),
                             Q_ARG(QString, QStringLiteral("WARNING")));
 }
 
@@ -287,7 +285,7 @@ void VarkelManager::SetVMNowName(const QString& name) {
 // Connection settings
 
 QString VarkelManager::ip_address() const {
-  return Text(d_->settings.ip_address);
+  return QString::fromStdString(d_->settings.ip_address);
 }
 void VarkelManager::set_ip_address(const QString& text) {
   d_->settings.ip_address = text.toStdString();
@@ -301,19 +299,19 @@ void VarkelManager::setUdpPort(const QString& text) {
   });
 }
 QString VarkelManager::port() const {
-  return Text(d_->settings.port);
+  return QString::fromStdString(d_->settings.port);
 }
 void VarkelManager::set_port(const QString& text) {
   d_->settings.port = text.toStdString();
 }
 QString VarkelManager::serial_port_485() const {
-  return Text(d_->settings.serial_port_485);
+  return QString::fromStdString(d_->settings.serial_port_485);
 }
 void VarkelManager::set_serial_port_485(const QString& text) {
   d_->settings.serial_port_485 = text.toStdString();
 }
 QString VarkelManager::serial_port_232() const {
-  return Text(d_->settings.serial_port_232);
+  return QString::fromStdString(d_->settings.serial_port_232);
 }
 void VarkelManager::set_serial_port_232(const QString& text) {
   d_->settings.serial_port_232 = text.toStdString();
@@ -346,7 +344,7 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   emit lidarShowModel();
   d_->console.Forget();
   emit editsChanged();
-  // Later: at the start the table is loaded before the window that shows this.
+  // Posted for later: at start-up the table is loaded before the window that shows this.
   d_->events.PostLater([this, loaded] {
     if (!loaded.fault.empty()) d_->report.Error(loaded.fault);
     for (const std::string& error : loaded.errors) d_->report.Log(error, "ERROR");
@@ -372,11 +370,11 @@ bool VarkelManager::CheckVarExistsInConfigFileByName(const QString& qs_var_info)
 }
 QString VarkelManager::getLidarSN() {
   const auto catalogue = d_->models.catalogue();
-  return catalogue ? Text(PageValue(*catalogue, "SN")) : QString();
+  return catalogue ? QString::fromStdString(PageValue(*catalogue, "SN")) : QString();
 }
 QString VarkelManager::getLidarPN() {
   const auto catalogue = d_->models.catalogue();
-  return catalogue ? Text(PageValue(*catalogue, "PN")) : QString();
+  return catalogue ? QString::fromStdString(PageValue(*catalogue, "PN")) : QString();
 }
 QString VarkelManager::getVMNowName() {
   return d_->vm_now_name;
@@ -433,7 +431,7 @@ void VarkelManager::Stop() {
     if (type != kSerialLines) model->values.SerialNumberUnknown();
     type == kNetwork ? model->values.Disconnected() : model->values.SensorChanged();
   }
-  d_->connect_type = ConnectTypeOf(d_->models.model_name());  // the next connection is the model's
+  d_->connect_type = ConnectTypeOf(d_->models.model_name());  // the next connection has the model's type
   emit isConnectedChanged();
   if (type == kNetwork) {
     emit myMapChanged();
@@ -456,9 +454,9 @@ void VarkelManager::SetLogBytesFlowStatus(bool flag) {
 }
 QString VarkelManager::decodedLogLines(const QString& sent, const QString& received) const {
   const auto catalogue = d_->models.catalogue();
-  return catalogue
-             ? Text(DecodeLogLines(ExchangeDecoder(catalogue), sent.toStdString(), received.toStdString()))
-             : QString();
+  return catalogue ? QString::fromStdString(DecodeLogLines(ExchangeDecoder(catalogue), sent.toStdString(),
+                                                           received.toStdString()))
+                   : QString();
 }
 
 // Recording
@@ -468,7 +466,7 @@ QString VarkelManager::StartRecording(const QUrl& fileUrl) {
   const std::string fault = d_->recorder.Start(path.toStdU16String());
   if (fault.empty()) d_->report.Log("Recording to " + path.toStdString(), "INFO");
   emit isRecordingChanged();
-  return Text(fault);
+  return QString::fromStdString(fault);
 }
 void VarkelManager::StopRecording() {
   if (!d_->recorder.is_recording()) return;
@@ -634,7 +632,7 @@ QStringList VarkelManager::unreadFields(int module) const {
   const auto model = d_->models.model();
   QStringList names;
   if (!model) return names;
-  for (const std::string& name : UnreadFields(*model, module)) names.append(Text(name));
+  for (const std::string& name : UnreadFields(*model, module)) names.append(QString::fromStdString(name));
   return names;
 }
 
@@ -693,21 +691,22 @@ int VarkelManager::CommandLogCnt() const {
 QVariantList VarkelManager::SendCommandHistory() const {
   QVariantList records;
   for (const auto& record : d_->console.console().history()) {
-    records.append(QVariantMap{{QStringLiteral("record_time"), Text(record.time)},
-                               {QStringLiteral("send_cmd_history"), Text(record.command)},
-                               {QStringLiteral("send_payload_history"), Text(record.payload)}});
+    records.append(
+        QVariantMap{{QStringLiteral("record_time"), QString::fromStdString(record.time)},
+                    {QStringLiteral("send_cmd_history"), QString::fromStdString(record.command)},
+                    {QStringLiteral("send_payload_history"), QString::fromStdString(record.payload)}});
   }
   return records;
 }
 
 QString VarkelManager::getSendKtcCommandReturnHeader() const {
-  return Text(d_->console.console().return_header());
+  return QString::fromStdString(d_->console.console().return_header());
 }
 QString VarkelManager::decodedReply() const {
-  return Text(d_->console.DecodedReply());
+  return QString::fromStdString(d_->console.DecodedReply());
 }
 QString VarkelManager::getSendKtcCommandReturnPayload() const {
-  return Text(d_->console.console().return_payload());
+  return QString::fromStdString(d_->console.console().return_payload());
 }
 void VarkelManager::SendCommand(const QString& cmd_qs, const QString& payload_qs) {
   d_->console.Send(cmd_qs.toStdString(), payload_qs.toStdString());
@@ -827,7 +826,7 @@ QVariantList VarkelManager::ZeltoGetLidarFunctionSafety() {
   return TextList(d_->small_sensor.GetLidarFunctionSafety().value_or(std::vector<std::string>()));
 }
 QString VarkelManager::ZeltoGetBaudRate() {
-  return Text(d_->small_sensor.GetBaudRate().value_or(""));
+  return QString::fromStdString(d_->small_sensor.GetBaudRate().value_or(""));
 }
 void VarkelManager::ZeltoSetBaudRateFromUI(const QString& baudRateStr) {
   d_->small_sensor.SetBaudRate(baudRateStr.toStdString());

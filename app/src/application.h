@@ -4,7 +4,7 @@
 
 class MainWindow;
 
-/// Sets the process up (scale, install root as the current directory, fonts, colours, identity, log file),
-/// opens the window for the model that the arguments name and returns what `run` makes of it. Once per
+/// Sets up the process (scale, install root as the current directory, fonts, colours, identity, log file),
+/// opens the window for the model named in the arguments and returns the result of `run`. Call once per
 /// process.
 int RunApplication(int argc, char* argv[], const std::function<int(MainWindow&)>& run);

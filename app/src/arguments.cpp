@@ -27,8 +27,8 @@ void AnswerHelpAndVersion(std::span<char* const> arguments) {
   const QCommandLineOption help({"h", "help"}, "Shows this help.");
   const QCommandLineOption version({"v", "version"}, "Shows the version.");
   parser.addOptions({help, version});
-  // Listed as it is written: an option of the parser would be shown with two dashes.
-  parser.addPositionalArgument("-moduleVM=NAME", "Starts for the model NAME; no other can be selected.",
+  // Listed as a positional argument, because the parser would show an option with two dashes.
+  parser.addPositionalArgument("-moduleVM=NAME", "Starts with the model NAME; no other can be selected.",
                                "[-moduleVM=NAME]");
   QStringList texts;
   for (const char* argument : arguments) {

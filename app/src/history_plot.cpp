@@ -13,7 +13,7 @@ using varkel::ReadingHistory;
 
 namespace {
 
-constexpr qint64 kGapMs = 2000;  // a pause this long is not drawn through: nobody read
+constexpr qint64 kGapMs = 2000;  // the curve is interrupted at longer gaps between readings
 constexpr double kCurveWidth = 1.5;
 
 qint64 Milliseconds(const ReadingHistory::Point& point) {
@@ -30,7 +30,7 @@ QString Duration(qint64 ms) {
   return seconds < 120 ? QString("%1 s").arg(seconds) : QString("%1 min").arg(seconds / 60);
 }
 
-/// A curve of a constant value runs through the middle.
+/// A constant curve is drawn through the middle.
 ReadingHistory::Summary Widened(ReadingHistory::Summary range) {
   if (range.max > range.min) return range;
   const double room = std::max(1.0, std::abs(range.max) / 10);
@@ -117,7 +117,7 @@ void HistoryPlot::PaintScale(QPainter& painter, const Scale& scale, const std::v
     painter.drawText(above, Qt::AlignLeft | Qt::AlignVCenter, WithUnit(range.max, curves.front().unit));
     painter.drawText(below, Qt::AlignLeft | Qt::AlignVCenter, WithUnit(range.min, curves.front().unit));
   } else {
-    painter.drawText(above, Qt::AlignLeft | Qt::AlignVCenter, "each at its own scale");
+    painter.drawText(above, Qt::AlignLeft | Qt::AlignVCenter, "each with its own scale");
   }
   painter.drawText(below, Qt::AlignRight | Qt::AlignVCenter,
                    "last " + Duration(scale.last_ms - scale.first_ms));
@@ -134,7 +134,7 @@ void HistoryPlot::paint(QPainter* painter) {
   PaintScale(*painter, scale, curves);
   for (const Curve& curve : curves) {
     painter->setPen(QPen(curve.colour, kCurveWidth));
-    // Points beyond what the pixels can tell apart are drawn as the range that they cover in a column.
+    // Several points in one column of pixels are drawn as the range they cover.
     QPolygonF line;
     qint64 before = 0;
     double low = 0;

@@ -10,23 +10,23 @@
 
 #include "VarkelCore/src/pages/live_history.h"
 
-/// A plot of live variables over time. Variables of one unit share the scale at the left; with several units
-/// each curve has a scale of its own, from its smallest value to its largest, and none is drawn.
+/// A plot of live variables over time. If all have the same unit they share the scale at the left; with
+/// several units each curve is scaled from its smallest value to its largest, and no scale is drawn.
 ///
-/// Painted by the processor: the window has no other way on a machine without a graphics card.
+/// Painted in software, which also works on machines without a graphics card.
 class HistoryPlot : public QQuickPaintedItem {
   Q_OBJECT
   Q_PROPERTY(QObject* history READ history WRITE setHistory NOTIFY inputChanged)
-  /// The `var_id`s of what is shown.
+  /// The `var_id`s of the curves.
   Q_PROPERTY(QStringList series MEMBER series_ NOTIFY inputChanged)
-  /// A colour for each, repeated when there are fewer.
+  /// The curves' colours, repeated if there are too few.
   Q_PROPERTY(QVariantList colours MEMBER colours_ NOTIFY inputChanged)
   Q_PROPERTY(QColor textColour MEMBER text_colour_ NOTIFY inputChanged)
   Q_PROPERTY(QColor lineColour MEMBER line_colour_ NOTIFY inputChanged)
   Q_PROPERTY(int fontSize MEMBER font_size_ NOTIFY inputChanged)
-  /// Where the pointer is, in pixels from the left; negative: nowhere.
+  /// The pointer's position in pixels from the left; negative if there is no pointer.
   Q_PROPERTY(qreal pointer MEMBER pointer_ NOTIFY inputChanged)
-  /// Time and values there; empty without a pointer.
+  /// Time and values at the pointer; empty without a pointer.
   Q_PROPERTY(QString reading READ reading NOTIFY readingChanged)
 
  public:

@@ -11,9 +11,9 @@
 
 namespace {
 
-// An X server ignores a request that carries an older time than the last change of the focus, and that change
-// may be news to Qt, whose time is that of the last event it has read.
-void BringClockUpToDate() {
+// An X server ignores a request with an older time than the last change of the focus, which Qt may not know
+// of yet: its time is that of the last event it has read.
+void SyncEventTime() {
 #ifdef VARKEL_X11
   if (QX11Info::isPlatformX11()) {
     QX11Info::setAppTime(QX11Info::getTimestamp());
@@ -54,7 +54,7 @@ void KeyboardFocus::FocusWindowChanged(const QWindow* focused) {
       QFocusEvent in(QEvent::FocusIn, Qt::ActiveWindowFocusReason);
       QCoreApplication::sendEvent(&view_, &in);
     }
-    BringClockUpToDate();
+    SyncEventTime();
     view_.requestActivate();
   } else if (std::exchange(view_keeps_focus_, false) && focused != &view_) {
     QFocusEvent out(QEvent::FocusOut, Qt::ActiveWindowFocusReason);

@@ -4,12 +4,12 @@
 
 class QWindow;
 
-/// Keeps the keyboard in a view that another window contains, for as long as the view lives.
+/// Keeps the keyboard focus in a view that is embedded in another window, for as long as the view exists.
 ///
-/// A window manager gives the keyboard to the outer window: on each click, and when the user comes back from
-/// another window. This asks for it on the view's behalf. Until the request has made its way through the
-/// windowing system, a matter of milliseconds, the keys still come to the outer window: they go on to the
-/// view, and what has the focus in the view keeps it.
+/// A window manager gives the focus to the outer window on each click, and when the user returns from another
+/// window. This class requests it for the view. For some milliseconds, until the windowing system has handled
+/// the request, the outer window still receives the keys: they are forwarded to the view, whose focused
+/// control keeps the focus.
 class KeyboardFocus : public QObject {
   Q_OBJECT
 

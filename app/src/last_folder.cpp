@@ -18,7 +18,7 @@ QString OwnFile() {
 LastFolder::LastFolder(QString path, QObject* parent)
     : QObject(parent), path_(path.isEmpty() ? OwnFile() : std::move(path)) {}
 
-// Read each time: another window of the tool may have stored another folder since.
+// Read each time, because another window of the tool may have stored a different folder.
 QUrl LastFolder::folder() const {
   const QString kept = QSettings(path_, QSettings::IniFormat).value(kKey).toString();
   const bool is_there = !kept.isEmpty() && QDir(kept).exists();
@@ -26,7 +26,7 @@ QUrl LastFolder::folder() const {
                                       : QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
 }
 
-// Only a convenience, so a failure to store it is not reported.
+// This is only a convenience, so a failure to store it is not reported.
 void LastFolder::setFolder(const QUrl& folder) {
   if (!folder.isLocalFile()) {
     return;

@@ -4,19 +4,19 @@
 #include <QString>
 #include <QUrl>
 
-/// Where the next question for a file starts: the folder of the last answer, also in the tool's next run; at
-/// first, or when that folder is gone, the user's documents. QML has it as the singleton `LastFolder`.
+/// The folder in which the next file dialog opens: the one used last, also in the tool's next run. At first,
+/// or if that folder is gone, the user's documents folder. In QML the singleton `LastFolder`.
 class LastFolder : public QObject {
   Q_OBJECT
   Q_PROPERTY(QUrl folder READ folder WRITE setFolder NOTIFY folderChanged)
 
  public:
-  /// Kept in a file of the window's own; a name for it in tests.
+  /// Stored in the window's own file; tests give another name.
   explicit LastFolder(QString path = {}, QObject* parent = nullptr);
 
   QUrl folder() const;
   void setFolder(const QUrl& folder);
-  /// The folder that this file is in.
+  /// Remembers the folder of this file.
   Q_INVOKABLE void keep(const QUrl& file);
 
  signals:

@@ -151,7 +151,7 @@ QString LogModel::save(const QUrl& file) const {
   QSaveFile target(path);
   if (target.open(QIODevice::WriteOnly | QIODevice::Text)) {
     const QByteArray text = Text().toUtf8();
-    // Flushed first: the commit overlooks that the rest of its buffer did not fit the disk.
+    // Flushed first, because commit does not report a full disk while writing the rest of its buffer.
     if (target.write(text) == text.size() && target.flush() && target.commit()) {
       return {};
     }

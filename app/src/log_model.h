@@ -10,12 +10,12 @@
 #include <cstdint>
 #include <deque>
 
-/// The lines of the log window: the newest 10,000 (fewer when they are very long), of which the levels that
-/// the user chose are rows.
+/// The lines of the log window: the newest 10,000 (fewer if they are very long). Those of the levels that the
+/// user selected are the rows.
 ///
-/// Lives on the user interface's thread. Lines are taken over in batches, so that a flood of them costs a few
-/// updates of the view a second, not one a line. Their text may come from the sensor: it is shown, copied and
-/// saved as plain text, one line an entry; only what is shown is cut.
+/// Lives on the user interface's thread. Lines are added in batches, so that a flood of them causes a few
+/// updates of the view per second, not one per line. Their text may come from the sensor: it is shown, copied
+/// and saved as plain text, one line per entry; only the displayed text is truncated.
 class LogModel : public QAbstractListModel {
   Q_OBJECT
   Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
@@ -35,7 +35,7 @@ class LogModel : public QAbstractListModel {
   QVariant data(const QModelIndex& index, int role) const override;
   QHash<int, QByteArray> roleNames() const override;
 
-  /// Lines that came while paused and are not shown yet.
+  /// The number of lines that arrived while paused and are not shown yet.
   int waiting() const { return static_cast<int>(incoming_.size()); }
   bool paused() const { return paused_; }
   void setPaused(bool paused);
@@ -43,14 +43,15 @@ class LogModel : public QAbstractListModel {
   Q_INVOKABLE void append(int level, const QString& message);
   Q_INVOKABLE void setLevelShown(int level, bool shown);
   Q_INVOKABLE void clear();
-  /// The lines shown, one text line each, to the clipboard.
+  /// Copies the displayed lines, one text line each, to the clipboard.
   Q_INVOKABLE void copy() const;
-  /// The two lines of the byte flow that belong to the one in that row, as they came: a request's and a
-  /// reply's. The second is empty for a request's line. Empty for other lines.
+  /// The lines of the request and the reply that belong to the byte flow line in that row, unchanged. The
+  /// second is empty for a request's line; empty list for lines of other levels.
   Q_INVOKABLE QStringList exchange(int row) const;
-  /// What the line means, shown below it; an empty text takes that away.
+  /// Sets the explanation shown below the line; an empty text removes it.
   Q_INVOKABLE void explain(int row, const QString& meaning);
-  /// The lines shown to a file, in UTF-8. Empty on success, otherwise a sentence that says why it failed.
+  /// Saves the displayed lines to a file, in UTF-8. Returns an empty text, or a sentence that says why it
+  /// failed.
   Q_INVOKABLE QString save(const QUrl& file) const;
 
   QString Text() const;
@@ -70,7 +71,7 @@ class LogModel : public QAbstractListModel {
   };
 
   bool IsShown(const Line& line) const { return shown_levels_[static_cast<std::size_t>(line.level)]; }
-  /// How many of the oldest lines are too many.
+  /// How many of the oldest lines exceed the limits.
   static std::size_t Excess(const std::deque<Line>& lines, qint64 characters);
   static void Drop(std::deque<Line>& lines, std::size_t excess, qint64& characters);
   void TakeIncoming();
@@ -78,7 +79,7 @@ class LogModel : public QAbstractListModel {
   void Rebuild();
 
   std::deque<Line> lines_;
-  std::deque<Line> rows_;  // the lines_ whose level is shown; texts are shared
+  std::deque<Line> rows_;  // the lines_ whose level is selected; texts are shared
   std::deque<Line> incoming_;
   qint64 characters_ = 0;  // of lines_
   qint64 incoming_characters_ = 0;

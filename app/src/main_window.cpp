@@ -31,9 +31,9 @@ constexpr QSize kSmallestView(1300, 800);
 constexpr int kSpacing = 6;
 constexpr int kMargin = 11;
 
-// The first text of a font takes a millisecond. These are the fonts of the first frame's texts; another size
-// than the QML's only costs that time.
-void MakeFontsReady() {
+// The first text in a font takes a millisecond. These are the fonts of the first frame's texts; a size that
+// differs from the QML's only costs that time.
+void PrepareFonts() {
   const std::pair<int, QFont::Weight> kUsed[] = {{22, QFont::Bold}, {13, QFont::Bold}, {13, QFont::Normal}};
   for (const auto& [pixels, weight] : kUsed) {
     QFont font = QGuiApplication::font();
@@ -43,7 +43,7 @@ void MakeFontsReady() {
   }
 }
 
-// What the screen has for a window's content.
+// The space on the screen for a window's content.
 QSize AvailableSize(const QStyle& style) {
   return QGuiApplication::primaryScreen()->availableSize() -
          QSize(0, style.pixelMetric(QStyle::PM_TitleBarHeight));
@@ -74,42 +74,42 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   view_ = new QQuickView;
   view_->setResizeMode(QQuickView::SizeRootObjectToView);
   view_->setColor(palette().color(QPalette::Window));
-  // QML's own thread loads the types while this one reads the table and makes the fonts ready.
+  // QML's own thread loads the types while this one reads the table and prepares the fonts.
   const QQmlComponent types(view_->engine(), QUrl(kView), QQmlComponent::Asynchronous);
-  MakeFontsReady();
+  PrepareFonts();
   manager_->InitConfigFileParser(kDefaultModel);
   manager_->SetVMNowName(module_name);
 
   container_ = QWidget::createWindowContainer(view_);
-  winId();  // makes the window that the toolkit had put off
+  winId();  // creates the native window, which Qt would otherwise do later
   view_->rootContext()->setContextProperty("owner_window", windowHandle());
   view_->rootContext()->setContextProperty("varkel_manager", manager_);
   view_->setSource(QUrl(kView));
   container_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-  // On a screen that has less the pages scroll.
+  // On a smaller screen the pages scroll.
   container_->setMinimumSize(
       kSmallestView.boundedTo(AvailableSize(*style()) - QSize(2 * kMargin, 2 * kMargin)));
   container_->setFocusPolicy(Qt::TabFocus);
   horizontal_layout_3d_->addWidget(container_);
   container_->setFocus();
-  new KeyboardFocus(*windowHandle(), *view_);  // the view's
-  // The keys go to the view from the start; asked for earlier, before it is on the screen, this has no
-  // effect.
+  new KeyboardFocus(*windowHandle(), *view_);  // owned by the view
+  // Gives the view the focus from the start. Before the window is on the screen this has no effect.
   connect(
       view_, &QQuickWindow::sceneGraphInitialized, this, [this] { view_->requestActivate(); },
       Qt::QueuedConnection);
   FillAfterFirstFrame();
 }
 
-// The view goes before the controller: the QML would otherwise evaluate its bindings once more, on null.
+// The view is deleted before the controller: the QML would otherwise evaluate its bindings once more, with
+// null.
 MainWindow::~MainWindow() {
-  delete container_;  // and with it the view
+  delete container_;  // also deletes the view
   delete manager_;
   manager_ = nullptr;
 }
 
-// The QML waits with most of what it shows until its frame is on the screen, so that the window appears at
-// once. Queued: the signal may come from the thread that painted the frame.
+// The QML creates most of its content only after its first frame is on the screen, so that the window appears
+// at once. Queued, because the signal may come from the thread that painted the frame.
 void MainWindow::FillAfterFirstFrame() {
   const auto waiting = std::make_shared<QMetaObject::Connection>();
   *waiting = connect(

@@ -8,20 +8,20 @@ class QHBoxLayout;
 class QVBoxLayout;
 class VarkelManager;
 
-/// Makes the user interface's files and types known to QML. The window does it itself.
+/// Registers the user interface's files and types with QML. The window does this itself.
 void PrepareQml();
 
-/// The program's window: a Quick view that fills it, and the controller that the view shows.
+/// The program's window: a Quick view that fills it, and the controller shown in the view.
 ///
-/// Lives on the user interface's thread; one at a time. Owns the controller that the process has: it deletes
-/// it with the view, after the view. Its current directory must be the install root.
+/// Lives on the user interface's thread; only one can exist at a time. Owns the process's controller and
+/// deletes it after the view. The current directory must be the install root.
 class MainWindow : public QMainWindow {
   Q_OBJECT
 
  public:
   /// `module_name` is the model that the program was started for, or empty.
   MainWindow(QWidget* parent, const QString& module_name);
-  /// The same with a controller that the window takes over; for tests, which open several windows in turn.
+  /// Takes ownership of the controller; for tests, which open several windows in turn.
   MainWindow(QWidget* parent, const QString& module_name, VarkelManager* manager);
   ~MainWindow() override;
 

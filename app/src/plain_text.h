@@ -3,18 +3,23 @@
 #include <QObject>
 #include <QString>
 
-/// Makes text from a sensor or a table fit to be shown or saved. What it could do to its surroundings becomes
-/// visible text: control characters (a line break would forge a second entry) turn into "\n" or "\x1b", those
-/// that change the direction of the text beside them, and Unicode's line separators, into "\u202e".
+/// Makes text from a sensor or a table safe to show or save. Characters that could affect their surroundings
+/// become visible: control characters (a line break would forge a second entry) are replaced by texts like
+/// "\n" or
+/// "\x1b", and characters that change the text direction, and Unicode line separators, by texts like
+/// "\u202e".
 ///
-/// QML has it as the singleton `PlainText`. What is shown is cut: laying out a megabyte stops the window.
+/// In QML the singleton `PlainText`. Displayed text is truncated, because laying out a megabyte blocks the
+/// window.
 class PlainText : public QObject {
   Q_OBJECT
 
  public:
-  static constexpr int kShownLine = 1000;  ///< characters of the text that are shown; more than any row holds
+  static constexpr int kShownLine =
+      1000;  ///< maximum number of displayed characters; more than fits in any row
   static constexpr int kShownParagraph = 4000;
-  /// The longest value that a field lets edit and a log line shows: the hexadecimal text of 5 KiB.
+  /// Length of the longest value that can be edited in a field or shown in a log line: 5 KiB as hexadecimal
+  /// text.
   static constexpr int kShownField = 16384;
 
   using QObject::QObject;
@@ -22,12 +27,12 @@ class PlainText : public QObject {
   /// The whole text on one line.
   static QString OneLine(const QString& text);
 
-  /// One line, cut at `limit` characters with an ellipsis and how many there are.
+  /// One line, truncated to `limit` characters followed by an ellipsis and the total number.
   Q_INVOKABLE static QString line(const QString& text, int limit = kShownLine);
   /// Like `line`, with line breaks and tabs kept.
   Q_INVOKABLE static QString paragraph(const QString& text, int limit = kShownParagraph);
-  /// What a field shows of a value.
+  /// The text that a field shows for a value.
   Q_INVOKABLE static QString field(const QString& text) { return line(text, kShownField); }
-  /// True when a field can't show all of the value, and so must not let it be edited.
+  /// True if a field can't show the whole value and therefore must not allow editing it.
   Q_INVOKABLE static bool isCut(const QString& text) { return text.size() > kShownField; }
 };

@@ -1,4 +1,4 @@
-// empty_window STARTED_US: a Quick window with nothing in it, in a widget's container.
+// empty_window STARTED_US: an empty Quick window in a widget container.
 #include <QApplication>
 #include <QMainWindow>
 #include <QQuickView>

@@ -1,9 +1,9 @@
-// The tool's own window, from its start-up on:
-//   tool_window start STARTED_US   until its first frame, and until the first page is whole
-//   tool_window idle SECONDS       share of a core on a live page, without and with a sensor
-//   tool_window log SECONDS        the log window in a flood of 10,000 lines a second
-//   tool_window scroll             a page of 2,000 rows, by wheel and by key
-//   tool_window search             the search through 10,000 rows, letter by letter
+// Measures the tool's own window:
+//   tool_window start STARTED_US   from start-up until the first frame and until the first page is complete
+//   tool_window idle SECONDS       CPU use on a live page, without and with a sensor
+//   tool_window log SECONDS        the log window at 10,000 lines per second
+//   tool_window scroll             scrolling a page of 2,000 rows by wheel and by key
+//   tool_window search             searching 10,000 rows, letter by letter
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -55,7 +55,7 @@ double CpuSeconds(clockid_t clock) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
-/// The tool as its main function sets it up, but for scale and log file.
+/// The tool as its main function sets it up, except for scale and log file.
 struct Tool {
   Tool() {
     QDir::setCurrent(startup::InstallRoot(QCoreApplication::applicationDirPath()));
@@ -78,7 +78,7 @@ double CpuShare(int seconds) {
   return (CpuSeconds(CLOCK_PROCESS_CPUTIME_ID) - before) / seconds * 100;
 }
 
-/// A simulated sensor in a process of its own, so that its work is not taken for the tool's.
+/// A simulated sensor in a process of its own, so that its work does not count as the tool's.
 class Sensor {
  public:
   Sensor() {
@@ -119,7 +119,7 @@ int MeasureIdle(int seconds) {
   return EXIT_SUCCESS;
 }
 
-/// The longest of the intervals that it measures.
+/// The longest of the measured intervals.
 struct Longest {
   void Begin() { timer.start(); }
   void End() { ms = std::max(ms, static_cast<double>(timer.nsecsElapsed()) / 1e6); }
@@ -161,7 +161,7 @@ int MeasureLog(int seconds) {
   return EXIT_SUCCESS;
 }
 
-/// Selects a model with one page of `kRows` rows: fields, switches, options and values that are only shown.
+/// Selects a model with one page of `kRows` rows: fields, switches, options and read-only values.
 bool SelectLongPage(VarkelManager& manager, int rows) {
   const QTemporaryDir folder;
   QFile table(folder.filePath("Config/varID/Rows.csv"));
@@ -196,9 +196,9 @@ bool SelectLongPage(VarkelManager& manager, int rows) {
   return manager.level2List().value(0).toList().size() == rows + 1;
 }
 
-/// What the window's thread computes from one frame, or from the input that asks for another, to the next
-/// frame, in milliseconds: new rows, the scene and its painting, as a window that is drawn into memory has
-/// one thread for all of it.
+/// The processor time of the window's thread from one frame, or from the input that triggers it, to the next
+/// frame, in milliseconds: new rows, the scene and its painting, because a window drawn in software does it
+/// all on one thread.
 class Frames {
  public:
   explicit Frames(QQuickWindow& window) {
@@ -206,7 +206,7 @@ class Frames {
   }
   void BeginInput() { Elapsed(); }
   void Clear() { times_.clear(); }
-  /// The longest, and the one that 99 of 100 stay below.
+  /// The longest, and the 99th percentile.
   void PrintAs(const std::string& name) {
     std::sort(times_.begin(), times_.end());
     if (times_.empty()) return;
@@ -224,7 +224,7 @@ class Frames {
   double last_ = 0;
 };
 
-/// Along the picture: what is made from a model is no QObject child.
+/// Searches the visual tree, because items created from a model are not QObject children.
 QQuickItem* FindBelow(QQuickItem* item, const QString& name) {
   for (QQuickItem* child : item->childItems()) {
     if (child->objectName() == name) return child;

@@ -1,6 +1,6 @@
-// Whole-process measures of the window, as lines "name<tab>number". Start and memory take turns with an empty
-// window, with priority over the machine's other work where that is allowed; of nine starts the quickest
-// counts, and the median of the memories.
+// Whole-process measurements of the window, as lines "name<tab>number". Start and memory are measured
+// alternately with an empty window, with priority over the machine's other work where that is allowed: the
+// fastest of nine starts, and the median of their memory.
 #include <pthread.h>
 #include <sched.h>
 #include <QCoreApplication>
@@ -36,9 +36,9 @@ bool Run(const QString& program, const QStringList& arguments, Figures& figures)
   return true;
 }
 
-/// Whether this thread and what it starts run with priority over the machine's other work, where that is
-/// allowed.
-void SetAheadOfOthers(bool on) {
+/// Gives this thread and its children priority over the machine's other work, where that is allowed; returns
+/// whether it is.
+void RaisePriority(bool on) {
   sched_param priority{};
   priority.sched_priority = on ? 1 : 0;
   pthread_setschedparam(pthread_self(), on ? SCHED_FIFO : SCHED_OTHER, &priority);
@@ -59,12 +59,12 @@ int main(int argc, char* argv[]) {
   Figures figures;
   bool ok = true;
   const auto now = [] { return QString::number(varkel::bench::SharedClockUs()); };
-  SetAheadOfOthers(true);
+  RaisePriority(true);
   for (int i = 0; i < kStarts; ++i) {
     ok = Run("empty_window", {now()}, figures) && ok;
     ok = Run("tool_window", {"start", now()}, figures) && ok;
   }
-  SetAheadOfOthers(false);
+  RaisePriority(false);
   ok = Run("tool_window", {"idle", QString::number(kSeconds)}, figures) && ok;
   ok = Run("tool_window", {"log", QString::number(kSeconds)}, figures) && ok;
   ok = Run("tool_window", {"scroll"}, figures) && ok;

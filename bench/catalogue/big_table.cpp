@@ -18,7 +18,7 @@ namespace {
 
 using Row = std::vector<std::string>;
 
-// The model tables' first columns, and the one with the names.
+// The first columns of a model table, and the one with the names.
 constexpr std::size_t kGroup = 0;
 constexpr std::size_t kGet = 2;
 constexpr std::size_t kSet = 3;

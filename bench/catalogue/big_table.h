@@ -5,8 +5,8 @@
 
 namespace varkel::bench {
 
-/// A model table with as many variables as wanted, in a file of its own that goes with the object: the rows
-/// of the Quenta's table over and over, each round with group identifiers, commands and names of its own.
+/// A model table with any number of variables, in a file that is removed with the object: the rows of
+/// Quenta's table repeated, each time with new group identifiers, commands and names.
 class BigTable {
  public:
   explicit BigTable(std::size_t variables);
@@ -15,7 +15,7 @@ class BigTable {
   BigTable& operator=(const BigTable&) = delete;
 
   const std::string& path() const { return path_; }
-  /// Bytes of all cells, separators and quotes left out.
+  /// Bytes of all cells, without separators and quotes.
   std::size_t text_size() const { return text_size_; }
 
  private:

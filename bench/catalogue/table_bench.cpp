@@ -1,5 +1,5 @@
-// Loading a model's table, beside libcsv alone over the same file: the reader with the same settings, whose
-// callbacks do nothing but count, and once more with callbacks that keep the cells.
+// Loading a model's table, compared with libcsv alone on the same file and with the same settings: once with
+// callbacks that only count, and once with callbacks that keep the cells.
 
 #include <benchmark/benchmark.h>
 #include <csv.h>
@@ -25,14 +25,14 @@ const std::string& TablePath(const benchmark::State& state) {
   return tables.try_emplace(state.range(0), static_cast<std::size_t>(state.range(0))).first->second.path();
 }
 
-/// Seconds that this thread has had of the processor: other work on the machine doesn't count.
+/// Processor time of this thread in seconds: other work on the machine doesn't count.
 double ThreadSeconds() {
   timespec time{};
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-// What comes after the load, the freeing of all records among it, is not its time.
+// Work after the load, such as freeing all records, is not measured.
 void BM_TableLoad(benchmark::State& state) {
   const std::string& path = TablePath(state);
   for ([[maybe_unused]] auto _ : state) {
@@ -45,7 +45,7 @@ void BM_TableLoad(benchmark::State& state) {
   }
 }
 
-int NoBlanksTrimmed(unsigned char /*character*/) {
+int KeepSpaces(unsigned char /*character*/) {
   return 0;
 }
 
@@ -58,7 +58,7 @@ void ParseAlone(benchmark::State& state, void (*on_cell)(void*, std::size_t, voi
     const double start = ThreadSeconds();
     csv_parser parser;
     csv_init(&parser, CSV_STRICT | CSV_STRICT_FINI);
-    csv_set_space_func(&parser, NoBlanksTrimmed);
+    csv_set_space_func(&parser, KeepSpaces);
     std::ifstream file(path, std::ios::binary);
     while (file) {
       file.read(block.data(), static_cast<std::streamsize>(block.size()));

@@ -1,6 +1,6 @@
-// Memory of loading a model's table: the most that is allocated at one time, in bytes a variable beyond the
-// bytes of the file's cells. One line a figure: name, tab, number. Resident memory would not tell for small
-// tables: code that runs for the first time and what the allocator keeps for the next time outweigh them.
+// Memory of loading a model's table: the peak allocation, in bytes per variable, minus the bytes of the
+// file's cells. One line per figure: name, tab, number. Resident memory would say nothing about small tables:
+// code that runs for the first time and memory kept by the allocator outweigh them.
 
 #include <malloc.h>
 
@@ -21,7 +21,7 @@ namespace {
 std::size_t allocated = 0;
 std::size_t peak = 0;
 
-/// What the allocator sets aside: the rounded size, and its own word ahead of it.
+/// What the allocator uses: the rounded size and the word before it.
 std::size_t Taken(void* block) {
   return block == nullptr ? 0 : malloc_usable_size(block) + sizeof(std::size_t);
 }

@@ -1,5 +1,5 @@
-// Whole-process measures of varkelctl, as lines "name<tab>number": milliseconds. Of each kind the quickest
-// run counts: that is the one which other work on the machine has disturbed least.
+// Whole-process measurements of varkelctl in milliseconds, as lines "name<tab>number". The fastest run
+// counts, because other work on the machine disturbed it least.
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -24,12 +24,12 @@ constexpr int kStarts = 15;
 constexpr int kReadings = 5;
 constexpr std::size_t kSensors = 50;
 
-// What reading takes at least: the client listens for stale input ahead of each exchange, and connecting
-// waits once.
+// The minimum time for reading: the client waits for stale input before each exchange, and connecting waits
+// once.
 constexpr double kExchangeMs = 50;
 constexpr double kConnectMs = 300;
 
-/// Milliseconds; negative when the program failed.
+/// Milliseconds; negative if the program failed.
 double Time(const QString& program, const QStringList& arguments) {
   QProcess process;
   process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -46,7 +46,7 @@ double Best(int runs, const QString& program, const QStringList& arguments) {
   return best;
 }
 
-/// The quickest exchange of a connected client: 50 ms for what may still come unasked, and the round trip.
+/// The fastest exchange of a connected client: 50 ms for stale input, and the round trip.
 double ExchangeMs(const SimulatedSensor& sensor) {
   quarn::lidar::KtcClient client("127.0.0.1", sensor.port(), false, 0, 1, "", "", "", 4000, 4000, 5.0F,
                                  std::uint16_t{0});

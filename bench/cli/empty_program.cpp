@@ -1,4 +1,4 @@
-// The least that a program with Qt Core does.
+// The minimal program with Qt Core.
 
 #include <QCoreApplication>
 

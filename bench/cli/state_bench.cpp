@@ -1,4 +1,4 @@
-// What it costs to compare two states.
+// The cost of comparing two states.
 
 #include <benchmark/benchmark.h>
 

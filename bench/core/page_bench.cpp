@@ -1,4 +1,4 @@
-// From a reply that has come to what rows show, beside the conversions alone: bytes to the window's texts.
+// From a received reply to the texts of the rows, compared with only converting the bytes to texts.
 #include <benchmark/benchmark.h>
 
 #include <QString>
@@ -29,7 +29,7 @@ struct NoReport : varkel::UserReport {
   void Success(const std::string& /*text*/) override {}
 };
 
-/// A page whose variables are all read by one command, a number of four bytes each.
+/// A page of four-byte numbers that are all read by one command.
 class Page {
  public:
   explicit Page(std::size_t variables) : reply_(variables * kFieldSize) {
@@ -51,7 +51,7 @@ class Page {
     group_ = varkel::GroupByGetCommand(varkel::ReadableVars(*catalogue, 0)).at(0).vars;
   }
 
-  /// The next reply: every value another one, or the first `changed` of them.
+  /// The next reply, with every value changed, or the first `changed` of them.
   void Move(std::size_t changed) {
     for (std::size_t i = 0; i < changed; ++i) ++reply_[i * kFieldSize + 3];
   }
@@ -83,7 +83,7 @@ void BM_PageUpdate(benchmark::State& state) {
 BENCHMARK(BM_PageUpdate)->Arg(20)->Arg(200)->Arg(2000);
 
 // The sensor reports one variable, and its row fetches all its roles again: the size of the table must not
-// count.
+// matter.
 void BM_OneRowOfATable(benchmark::State& state) {
   const Page page(static_cast<std::size_t>(state.range(0)));
   varkel::PageModel rows(page.shared_model(), 0);

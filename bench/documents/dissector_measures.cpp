@@ -1,5 +1,5 @@
-// The dissector of a large table: how long it takes to make, and how many frames a second tshark reads with
-// it, beside tshark alone on the same capture. One line a figure: name, tab, number.
+// The dissector of a large table: how long it takes to generate, and how many frames per second tshark reads
+// with it, compared with tshark alone on the same capture. One line per figure: name, tab, number.
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -47,7 +47,7 @@ test::Bytes Frame(const WireCommand& command, const test::Bytes& payload) {
   return frame;
 }
 
-/// Requests of all commands that read, in turn, and replies with whatever bytes.
+/// Requests of all read commands in turn, and replies with arbitrary bytes.
 void WriteCapture(const std::string& path, const ConfigParser& catalogue) {
   const std::vector<WireCommand> commands = ListCommands(catalogue);
   test::CaptureFile capture(path);
@@ -65,8 +65,7 @@ void WriteCapture(const std::string& path, const ConfigParser& catalogue) {
   capture.Flush();
 }
 
-/// Seconds of the processor that the programs started so far have had: other work on the machine doesn't
-/// count.
+/// Processor time of the programs started so far, in seconds: other work on the machine doesn't count.
 double ChildSeconds() {
   rusage usage{};
   getrusage(RUSAGE_CHILDREN, &usage);

@@ -1,4 +1,4 @@
-// One exchange of the client beside the same system calls on a bare socket, in milliseconds.
+// An exchange of the client, compared with the same system calls on a bare socket, in milliseconds.
 
 #include <benchmark/benchmark.h>
 
@@ -54,7 +54,7 @@ class Responder {
   std::thread thread_;
 };
 
-/// The same system calls without a client around them: what an exchange costs at least.
+/// The same system calls without a client: the minimum cost of an exchange.
 class BareClient {
  public:
   BareClient(std::uint16_t port, std::size_t payload)
@@ -109,7 +109,7 @@ double Percentile(std::vector<double> samples, double share) {
   return samples[static_cast<std::size_t>(share * static_cast<double>(samples.size() - 1))];
 }
 
-// Client and bare socket take turns, so that both have the same neighbours on the machine.
+// Client and bare socket alternate, so that other work on the machine affects both equally.
 void BM_Exchange(benchmark::State& state) {
   const auto payload = static_cast<std::size_t>(state.range(0));
   const Responder responder(payload);

@@ -1,4 +1,4 @@
-// Frames, log lines and checksums beside plain copies and loops over the same bytes.
+// Frames, log lines and checksums, compared with plain copies and loops over the same bytes.
 
 #include <benchmark/benchmark.h>
 
@@ -45,7 +45,7 @@ void BM_Decode(benchmark::State& state) {
   SetBytes(state);
 }
 
-// The reference of the others: one allocation and one copy of the same bytes.
+// The reference for the others: one allocation and one copy of the same bytes.
 void BM_AllocateAndCopy(benchmark::State& state) {
   const Bytes payload(static_cast<std::size_t>(state.range(0)), 0x5A);
   for ([[maybe_unused]] auto _ : state) {

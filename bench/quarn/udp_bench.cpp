@@ -11,8 +11,8 @@
 #include "simulator/src/datagram_stream.h"
 #include "simulator/src/stream_tally.h"
 
-// The simulated sensor's datagrams over the loopback interface: what SocketSource gets of a stream, and how
-// fast, next to a bare loop of receive-from calls on a socket with the same buffer.
+// The simulated sensor's datagrams over the loopback interface: how much of a stream SocketSource receives,
+// and how fast, compared with a bare loop of recvfrom calls on a socket with the same buffer.
 
 namespace quarn::lidar {
 namespace {
@@ -35,7 +35,7 @@ std::uint16_t FreePort() {
   return port;
 }
 
-// A stream is over with its last datagram, or when nothing came for a while because that one was lost.
+// A stream ends with its last datagram, or after a pause if that one was lost.
 template <typename Receive>
 void Measure(benchmark::State& state, std::uint16_t port, const Receive& receive) {
   std::uint64_t received = 0;
@@ -88,7 +88,7 @@ void BM_SocketSource(benchmark::State& state) {
   });
 }
 
-// A socket that blocks in receive-from: the fewest system calls that a datagram can cost.
+// A socket that blocks in recvfrom: the fewest system calls possible per datagram.
 void BM_BareReceiveFrom(benchmark::State& state) {
   const std::uint16_t port = FreePort();
   const platform::SocketHandle socket = platform::CreateUdpSocket();
@@ -108,7 +108,7 @@ void BM_BareReceiveFrom(benchmark::State& state) {
   platform::CloseSocket(socket);
 }
 
-// Datagrams a second: 130 Mbit/s, four times as many, and as fast as the sender goes.
+// Datagrams per second: 130 Mbit/s, four times as many, and as fast as the sender can.
 void Rates(benchmark::internal::Benchmark* bench) {
   bench->Arg(10'833)->Arg(43'333)->Arg(0)->UseManualTime()->Repetitions(5)->Iterations(1);
 }

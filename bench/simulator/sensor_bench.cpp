@@ -1,4 +1,4 @@
-// What a firmware package costs beside its pieces sent as plain exchanges, in milliseconds.
+// The cost of sending a firmware package, compared with its pieces sent as plain exchanges, in milliseconds.
 
 #include <benchmark/benchmark.h>
 
@@ -26,9 +26,9 @@ double Milliseconds(Clock::duration time) {
   return std::chrono::duration<double, std::milli>(time).count();
 }
 
-/// A client that is connected to a simulated sensor.
-struct Bench {
-  Bench() : sensor({.table_path = VARKEL_TABLES "/Quenta.csv"}) {
+/// A client connected to a simulated sensor.
+struct ConnectedClient {
+  ConnectedClient() : sensor({.table_path = VARKEL_TABLES "/Quenta.csv"}) {
     sensor.Start();
     client = std::make_unique<quarn::lidar::KtcClient>("127.0.0.1", sensor.port(), false, 0, 1, "", "", "",
                                                        4000, 4000, 5.0F, std::uint16_t{0});
@@ -39,9 +39,9 @@ struct Bench {
   std::unique_ptr<quarn::lidar::KtcClient> client;
 };
 
-// A package in pieces, and alternately, as many plain exchanges as it has pieces, each with a piece's bytes.
+// Alternately a package in pieces, and plain exchanges equal in number and size to the pieces.
 void BM_FileTransfer(benchmark::State& state) {
-  const Bench bench;
+  const ConnectedClient connected;
   const Bytes package(static_cast<std::size_t>(state.range(0)) * kPieceSize, 0x5A);
   const Bytes piece(kPieceSize, 0x5A);
   Bytes reply;
@@ -51,9 +51,11 @@ void BM_FileTransfer(benchmark::State& state) {
     std::atomic<std::uint32_t> progress = 0;
     std::string command = "0x60";
     const auto start = Clock::now();
-    if (bench.client->TransferFileByCmdText(package, command, progress) != 0) state.SkipWithError("refused");
+    if (connected.client->TransferFileByCmdText(package, command, progress) != 0)
+      state.SkipWithError("refused");
     const auto sent = Clock::now();
-    for (std::int64_t i = 0; i < state.range(0); ++i) bench.client->QueryCommand(piece, reply, kAnyCommand);
+    for (std::int64_t i = 0; i < state.range(0); ++i)
+      connected.client->QueryCommand(piece, reply, kAnyCommand);
     transfer += Milliseconds(sent - start);
     exchanges += Milliseconds(Clock::now() - sent);
   }

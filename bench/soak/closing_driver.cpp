@@ -1,4 +1,4 @@
-// The tool with nobody at it: starts one long operation and, a while later, ends it in some way.
+// Runs the tool without a user: starts a long operation, later ends it in some way, and closes the window.
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QTimer>
@@ -11,7 +11,7 @@
 // Arguments: model, the two places of its sensor (address and port, or two lines), operation or "connect",
 // milliseconds until the ending, the ending, milliseconds until the closing, a folder for files.
 int main(int argc, char** argv) {
-  constexpr int kRetryMs = 100;  // a busy machine may miss the time for an attempt
+  constexpr int kRetryMs = 100;  // an attempt may time out on a busy machine
   const QApplication application(argc, argv);
   const QStringList arguments = QCoreApplication::arguments();
   if (arguments.size() != 9) return 2;
@@ -35,7 +35,7 @@ int main(int argc, char** argv) {
     next = std::move(step);
     timer.start(duration_ms);
   };
-  QElapsedTimer clock;  // since the closing began
+  QElapsedTimer clock;  // since closing began
   double waited_ms = 0;
   const auto close = [&] {
     waited_ms = WaitedForCoreMs();

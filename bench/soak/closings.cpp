@@ -22,20 +22,21 @@ namespace {
 using varkel::sim::SimulatedSensor;
 
 constexpr double kAllowedMs = 1000;
-// Waiting for a sensor takes four seconds or more; less is only a busy machine.
+// Waiting for a sensor takes at least four seconds; less only means a busy machine.
 constexpr double kGoneMs = 3000;
 constexpr int kPatienceMs = 120000;
 
-/// What is wrong with the files that a run has left, or nothing.
+/// What is wrong with the files that a run left; empty if nothing is.
 QString TornFile(const QString& folder) {
   QDirIterator files(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
   while (files.hasNext()) {
     const QFileInfo file(files.next());
     const QString ending = file.suffix();
     const QString path = file.filePath();
-    if (ending == "ini" && QSettings(path, QSettings::IniFormat).allKeys().size() < 5) return "half settings";
-    if (ending == "tar" && QProcess::execute("tar", {"-tf", path}) != 0) return "half an archive";
-    if (file.path().endsWith("/logs") && file.size() < 1000) return "half a log";
+    if (ending == "ini" && QSettings(path, QSettings::IniFormat).allKeys().size() < 5)
+      return "truncated settings";
+    if (ending == "tar" && QProcess::execute("tar", {"-tf", path}) != 0) return "truncated archive";
+    if (file.path().endsWith("/logs") && file.size() < 1000) return "truncated log";
     const QStringList known = {"ini", "tar", "bin", "log", "qmlc", "jsc", ""};
     if (!known.contains(ending)) return "left over: " + path;
   }
@@ -51,11 +52,11 @@ void Print(const char* what, std::vector<double> times_ms) {
   if (times_ms.empty()) return;
   std::sort(times_ms.begin(), times_ms.end());
   const auto part = [&](std::size_t percent) { return times_ms[(times_ms.size() - 1) * percent / 100]; };
-  std::cout << times_ms.size() << " closings, " << what << " after " << part(50) << " ms (half of them), "
-            << part(99) << " ms (99 of 100), " << part(100) << " ms (all)" << std::endl;
+  std::cout << times_ms.size() << " closings, " << what << " after " << part(50) << " ms (median), "
+            << part(99) << " ms (99th percentile), " << part(100) << " ms (maximum)" << std::endl;
 }
 
-/// Whatever goes on, the process of a tool that is closed ends soon, well and without torn files.
+/// Whatever is running, a closed tool's process ends soon and cleanly, without truncated files.
 class ClosingsTest : public QObject {
   Q_OBJECT
  private slots:
@@ -90,7 +91,7 @@ class ClosingsTest : public QObject {
         connection->Interrupt();
         connection->Drop();
       });
-      disconnect.wait_for(std::chrono::milliseconds(200));  // it gets through now or waits for the rest
+      disconnect.wait_for(std::chrono::milliseconds(200));  // it either succeeds now or waits for the rest
     };
     connection = std::make_unique<varkel::LidarConnection>(
         report, varkel::LidarConnection::Events{.start_refresh = start_refresh, .connected = [] {}});
@@ -107,7 +108,7 @@ class ClosingsTest : public QObject {
   auto Pick(const List& list) {
     return list[static_cast<int>(random_.bounded(static_cast<int>(std::size(list))))];
   }
-  /// One of the operations of all models, connecting among them: model and name.
+  /// One of the operations of all models, including connecting: model and name.
   QStringList PickOperation() {
     QList<QStringList> all;
     for (const char* model : {"Quenta", "Zelto", "Zelto-KTC", "Marvo-KTC"}) {
@@ -121,7 +122,7 @@ class ClosingsTest : public QObject {
   QRandomGenerator random_;
   std::map<QString, std::unique_ptr<SimulatedSensor>> network_;
   varkel::sim::SimulatedSmallSensor lines_;
-  std::vector<double> left_ms_;  ///< from closing to the end of main, on a machine with nothing else to do
+  std::vector<double> left_ms_;  ///< from closing to the end of main, on an otherwise idle machine
   std::vector<double> gone_ms_;  ///< from closing to the end of the process
 };
 const RegisterTest<ClosingsTest> registration;

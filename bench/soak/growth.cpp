@@ -13,13 +13,13 @@ constexpr int kPatienceMs = 15000;
 constexpr long kHeapAllowanceKib = 128;
 constexpr long kResidentAllowanceKib = 4096;
 
-/// Runs steps and prints the figures at the start, after a tenth and at the end. From the tenth on nothing
-/// may grow: the first steps fill caches.
+/// Runs steps and prints the figures at the start, after a tenth and at the end. After the first tenth, which
+/// fills caches, nothing may grow.
 void Measure(ControllerFixture& fixture, const std::string& name, int count,
              const std::function<bool()>& step) {
   const auto step_and_forget = [&] {
     const bool done = step();
-    fixture.sensor->ClearReceived();  // what was recorded by the fixture itself is no growth of the tool
+    fixture.sensor->ClearReceived();  // the fixture's own records do not count as growth
     for (QStringList* texts : {&fixture.errors, &fixture.successes, &fixture.log}) texts->clear();
     return done;
   };
@@ -42,7 +42,7 @@ void Measure(ControllerFixture& fixture, const std::string& name, int count,
   QVERIFY(kSanitized || end.resident_kib <= tenth.resident_kib + kResidentAllowanceKib);
 }
 
-/// Hours of use leave the process as it was: no growth of memory, handles or threads.
+/// Hours of use do not make memory, handles or threads grow.
 class GrowthTest : public QObject {
   Q_OBJECT
  private slots:
@@ -72,7 +72,7 @@ class GrowthTest : public QObject {
       if (alive) manager.CheckConnectionInBackground();
       return !alive;
     };
-    // The sensor lives in the same process: its connections have to end, too.
+    // The sensor is in the same process, so its connections must end, too.
     const auto is_left = [&] { return fixture.sensor->connected_clients() == 0; };
     Measure(fixture, model + ", connections that the sensor cuts", count, [&] {
       if (on_lines) {

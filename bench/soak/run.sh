@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# run.sh CYCLES ROUNDS CLOSINGS [PRESET]: hours of use, with figures of what grew, how soon closed windows were gone
-# and how long the window did not answer. CYCLES connections that the sensor cuts (and a fifth as many with the small sensors), ROUNDS refresh
-# rounds, CLOSINGS closings at a random moment; VARKEL_SEED repeats those of an earlier run. 1000 cycles and
-# their fifths take half an hour, 10000 rounds as long, 500 closings a quarter of it.
+# run.sh CYCLES ROUNDS CLOSINGS [PRESET]: hours of use. Prints what grew, how soon closed windows were gone and how long
+# the window did not respond. CYCLES connections that the sensor closes (and a fifth as many for each small sensor),
+# ROUNDS refresh rounds, CLOSINGS closings at random moments; VARKEL_SEED repeats those of an earlier run. 1000 cycles
+# and their fifths take half an hour, 10000 rounds the same, 500 closings a quarter of that.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 [ $# -ge 3 ] || { sed -n '2,6s/^# //p' "$0" >&2; exit 2; }

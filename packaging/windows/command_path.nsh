@@ -58,7 +58,7 @@ Function AddToPath
     Return
   ${EndIf}
   ${If} $2 != ""
-    DetailPrint "The path is too long to be changed here. Add $INSTDIR\command to it yourself."
+    DetailPrint "The path is too long for setup to change. Add $INSTDIR\command to it yourself."
     Return
   ${EndIf}
   StrCpy $0 "$0$INSTDIR\command;"

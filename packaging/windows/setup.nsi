@@ -128,7 +128,7 @@ Section /o "varkelctl on the path" command
 SectionEnd
 !insertmacro MUI_FUNCTION_DESCRIPTION_BEGIN
   !insertmacro MUI_DESCRIPTION_TEXT ${main} "The window, the simulated sensor and the models' tables."
-  !insertmacro MUI_DESCRIPTION_TEXT ${command} "Lets the command line find varkelctl."
+  !insertmacro MUI_DESCRIPTION_TEXT ${command} "Lets command prompts find varkelctl."
 !insertmacro MUI_FUNCTION_DESCRIPTION_END
 !endif
 
@@ -154,7 +154,7 @@ Section Uninstall
   Delete "$SMPROGRAMS\Varkel\Licences.lnk"
   Delete "$SMPROGRAMS\Varkel\Uninstall Varkel.lnk"
   RMDir "$SMPROGRAMS\Varkel"
-  ; What follows an upgrade keeps: the choice of the path, and the tool's own log and notes, which are nobody's files.
+  ; An upgrade keeps the following: the choice of the path, and the tool's own log and notes.
   ${GetParameters} $0
   ClearErrors
   ${GetOptions} $0 "/Upgrade" $1

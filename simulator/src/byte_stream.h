@@ -7,22 +7,22 @@
 
 namespace varkel::sim {
 
-/// The bytes of one conversation, whatever carries them. One thread uses it. The socket stays its owner's and
-/// outlives the stream; shutting it down ends a call that blocks.
+/// The bytes of one conversation over any transport, used by one thread. The socket is not owned and must
+/// outlive the stream; shutting it down ends a blocking call.
 class ByteStream {
  public:
   virtual ~ByteStream() = default;
 
-  /// What has come, at most the buffer's size; waits for the first byte. 0 or less: nothing more comes.
+  /// Reads at most the buffer's size; waits for the first byte. 0 or less: the stream has ended.
   virtual int Receive(std::span<std::uint8_t> buffer) = 0;
   /// False when the client is gone.
   virtual bool SendAll(std::span<const std::uint8_t> bytes) = 0;
-  /// Tells the client that the conversation ends intentionally, if the transport has a message for that. A
-  /// stream that goes without has been cut.
+  /// Tells the client that the conversation ends intentionally, if the transport has a message for that.
+  /// Without it the client sees a broken connection.
   virtual void End() {}
 };
 
-/// The bytes as they are, over TCP.
+/// Unencrypted bytes over TCP.
 class PlainStream : public ByteStream {
  public:
   explicit PlainStream(quarn::platform::SocketHandle socket) : socket_(socket) {}

@@ -8,15 +8,15 @@ namespace varkel::sim {
 enum class CommandAction {
   kNone,          ///< reads or writes variables
   kAcknowledge,   ///< answered, with any payload; does nothing
-  kLog,           ///< answers the log that its row names
-  kOperationLog,  ///< answers the part of the operation log that its payload selects
-  kUpgrade,       ///< takes a firmware package piece by piece
+  kLog,           ///< answers with the log that its row names
+  kOperationLog,  ///< answers with the part of the operation log that its payload selects
+  kUpgrade,       ///< receives a firmware package piece by piece
   kRestart,
-  kReset,  ///< all settings back to their defaults, then a restart
+  kReset,  ///< restores all defaults, then restarts
 };
 
-/// From the rows that name the command as their get command, or as their set command. A command with any row
-/// that shows a value is no action.
+/// Determined from the rows that name the command as their get or set command. A command with any row that
+/// shows a value is not an action.
 CommandAction ActionOfReads(const ConfigParser::VarList& vars);
 CommandAction ActionOfWrites(const ConfigParser::VarList& vars);
 

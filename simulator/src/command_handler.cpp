@@ -25,7 +25,7 @@ bool Contains(const std::vector<std::size_t>& sizes, std::size_t size) {
 
 constexpr std::size_t kSelectorSize = 2;
 
-/// The reply to a four-byte command begins with its code, for which `payload` has the room.
+/// Writes the code of a four-byte command to the beginning of the reply, where `payload` has room for it.
 void PutCode(const CommandKey& key, std::vector<std::uint8_t>& payload) {
   if (!key.extended_code) return;
   payload.resize(std::max<std::size_t>(payload.size(), kExtendedCodeSize));
@@ -37,7 +37,7 @@ Reply Success(const CommandKey& key, std::vector<std::uint8_t> payload = {}) {
   return {kSuccess, std::move(payload)};
 }
 
-/// A reply whose content is no variable's.
+/// A reply whose content does not consist of variables.
 Reply Content(const CommandKey& key, std::span<const std::uint8_t> content) {
   std::vector<std::uint8_t> payload(key.extended_code ? kExtendedCodeSize : 0);
   payload.insert(payload.end(), content.begin(), content.end());
@@ -80,7 +80,7 @@ void CommandHandler::AddWrites() {
   for (const auto& [command, vars] : model_->set_cmd_map()) {
     Route& route = RouteOf(command);
     route.set_cmd = command;
-    // A command that also reads a value is no action.
+    // A command that also reads a value is not an action.
     if (!route.get_cmd.empty() && route.action == CommandAction::kNone) continue;
     route.action = ActionOfWrites(vars);
     route.action_row = vars.front();
@@ -92,7 +92,7 @@ CommandHandler::Route& CommandHandler::RouteOf(const std::string& command) {
     return routes_[KeyOfText(command)];
   } catch (const std::exception& error) {
     throw std::runtime_error("The table " + model_->path() + " can't be simulated: the command \"" + command +
-                             "\" is no number (" + error.what() + ").");
+                             "\" is not a number (" + error.what() + ").");
   }
 }
 
@@ -101,7 +101,7 @@ const CommandHandler::Route* CommandHandler::FindRoute(const CommandKey& key) co
   return found == routes_.end() ? nullptr : &found->second;
 }
 
-void CommandHandler::TakePackagesUnder(std::uint8_t command) {
+void CommandHandler::AddUpgradeCommand(std::uint8_t command) {
   routes_[{command, std::nullopt, CommandFamily::kKtc}].action = CommandAction::kUpgrade;
 }
 
@@ -167,7 +167,7 @@ Reply CommandHandler::WriteFieldOfView(const Route& route, std::span<const std::
   if (payload.size() != FieldOfView::kWriteSize) return {kWrongPayloadSize, {}};
   if (!FieldOfView::IsValid(payload)) return {kValueNotAllowed, {}};
   field_of_view_.Store(payload);
-  // The channel byte leads the payload and is the only field of it that the table knows.
+  // The channel byte comes first and is the payload's only field in the table.
   state_.Write(route.set_cmd, payload.first(1));
   return Success(kWriteFieldOfView);
 }

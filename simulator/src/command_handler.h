@@ -21,31 +21,31 @@ namespace varkel::sim {
 struct Reply {
   std::uint8_t return_code = kSuccess;
   std::vector<std::uint8_t> payload;
-  bool restarts = false;  ///< the sensor restarts once the reply is out
+  bool restarts = false;  ///< the sensor restarts after the reply is sent
 };
 
-/// Answers every command of a model's table, and the two commands with which a client checks that a
-/// sensor is there. Thread-safe.
+/// Answers every command of a model's table, and the two commands with which a client checks that a sensor is
+/// present. Thread-safe.
 class CommandHandler {
  public:
-  /// `state` and `firmware` outlive the handler. Raises std::runtime_error for a command text that is no
-  /// number.
+  /// `state` and `firmware` must outlive the handler. Raises std::runtime_error for a command text that is
+  /// not a number.
   CommandHandler(std::shared_ptr<const ConfigParser> model, SensorState& state, FirmwareStore& firmware);
 
-  /// Makes a command that the table lacks take firmware packages. Before the first Handle.
-  void TakePackagesUnder(std::uint8_t command);
+  /// Makes a command that the table lacks accept firmware packages. Call before the first Handle.
+  void AddUpgradeCommand(std::uint8_t command);
 
-  /// A write stores raw numbers of at most `clamp`, if there is one.
+  /// A write stores raw numbers of at most `clamp`, if it is set.
   Reply Handle(const ReceivedRequest& request, std::optional<std::int64_t> clamp = std::nullopt);
 
  private:
-  /// What the table says about one command. A command may be read and written.
+  /// What the table says about a command, which may both read and write.
   struct Route {
     std::string get_cmd;
     std::string set_cmd;
     std::vector<std::size_t> get_sizes;  ///< sizes of the request payloads that read it
     CommandAction action = CommandAction::kNone;
-    const VarInfo* action_row = nullptr;  ///< the row that made it an action
+    const VarInfo* action_row = nullptr;  ///< the row that makes it an action
   };
 
   void AddReads();

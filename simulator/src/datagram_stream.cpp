@@ -15,15 +15,15 @@ namespace {
 namespace platform = quarn::platform;
 using Clock = std::chrono::steady_clock;
 
-/// Receivers' buffers hold about so much of a stream; more must not come at once.
+/// About as much as receivers' buffers hold; more must not be sent at once.
 constexpr std::chrono::milliseconds kLongestBacklog{250};
 
-/// The moments of a steady row.
+/// The times at which datagrams are due, at a steady rate.
 class Pace {
  public:
   explicit Pace(double per_second) : interval_s_(per_second == 0 ? 0 : 1 / per_second) {}
 
-  /// When the next one is due; the past when it is late.
+  /// When the next one is due; in the past if it is late.
   Clock::time_point Next() {
     const std::chrono::duration<double> passed(interval_s_ * static_cast<double>(taken_));
     const Clock::time_point due = start_ + std::chrono::duration_cast<Clock::duration>(passed);
@@ -45,15 +45,15 @@ platform::Endpoint DestinationOf(const StreamOptions& options) {
   const std::optional<quarn::lidar::Ipv4> ip = quarn::lidar::ParseIpv4(options.address);
   if (!ip || options.port == 0) {
     throw std::runtime_error("Datagrams can't be sent to \"" + options.address + "\", port " +
-                             std::to_string(options.port) + ": that is no IP version 4 address and port.");
+                             std::to_string(options.port) + ": that is not an IPv4 address and port.");
   }
   if (options.size < kSmallestStreamDatagram || options.size > kLargestStreamDatagram) {
-    throw std::runtime_error("A datagram of the stream has from " + std::to_string(kSmallestStreamDatagram) +
-                             " to " + std::to_string(kLargestStreamDatagram) + " bytes, not " +
-                             std::to_string(options.size) + ".");
+    throw std::runtime_error(
+        "A datagram of the stream must have from " + std::to_string(kSmallestStreamDatagram) + " to " +
+        std::to_string(kLargestStreamDatagram) + " bytes, not " + std::to_string(options.size) + ".");
   }
   if (options.rate != 0 && !(options.rate >= kSlowestStream)) {
-    throw std::runtime_error("A stream has a datagram in a quarter of an hour at least.");
+    throw std::runtime_error("A stream must send at least one datagram every 15 minutes.");
   }
   return {std::bit_cast<std::uint32_t>(*ip), options.port};
 }
@@ -87,14 +87,14 @@ DatagramStream::~DatagramStream() {
 
 void DatagramStream::PrepareSocket() {
   if (socket_.handle == platform::kInvalidSocket) {
-    throw std::runtime_error("The system gives no socket for datagrams.");
+    throw std::runtime_error("The system provides no socket for datagrams.");
   }
   const bool placed =
       options_.local.empty() || (platform::BindDatagramPort(socket_.handle, options_.local, 0, "") &&
                                  platform::SetMulticastInterface(socket_.handle, options_.local));
   if (!placed) {
     throw std::runtime_error("Datagrams can't be sent from \"" + options_.local +
-                             "\": that is no address of this machine.");
+                             "\": that is not an address of this machine.");
   }
   platform::SetMulticastHops(socket_.handle, options_.hops);
 }

@@ -10,22 +10,22 @@
 
 namespace varkel::sim {
 
-/// A request as it came from a client.
+/// A request from a client.
 struct ReceivedRequest {
   std::uint8_t version = 1;           ///< frame version, 1 or 2
   std::uint8_t command = 0;           ///< KTC command byte; 0xFF for four-byte commands
   std::vector<std::uint8_t> payload;  ///< whole payload, with the four-byte code of a 0xFF command
 };
 
-/// How one exchange ended, for watchers.
+/// The outcome of an exchange, for watchers.
 struct Exchange {
   ReceivedRequest request;
   std::uint8_t return_code = 0;
-  std::size_t reply_size = 0;  ///< payload bytes of the honest reply
+  std::size_t reply_size = 0;  ///< payload bytes of the reply without faults
 };
 
-/// What the clients asked for, oldest first. All operations are thread-safe. The newest kCapacity requests
-/// are kept, so that a sensor polled for days does not fill the memory; Count counts all.
+/// The clients' requests, oldest first. All operations are thread-safe. The newest kCapacity requests are
+/// kept, so that a sensor polled for days does not fill the memory; Count counts all of them.
 class ExchangeLog {
  public:
   static constexpr std::size_t kCapacity = 4096;
@@ -37,7 +37,7 @@ class ExchangeLog {
   std::vector<ReceivedRequest> Of(std::uint8_t command) const;
   std::size_t Count() const;
 
-  /// Waits until `count` kept requests carry `command`. False when the time ran out.
+  /// Waits until `count` of the kept requests have `command`. False on time-out.
   bool WaitFor(std::uint8_t command, std::size_t count, std::chrono::milliseconds timeout) const;
 
  private:

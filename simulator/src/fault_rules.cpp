@@ -106,13 +106,13 @@ const FaultRules::KindInfo& FaultRules::FindKind(const std::string& rule, const 
   if (found != kKinds.end()) return *found;
   std::string known;
   for (const KindInfo& info : kKinds) known += std::string(known.empty() ? "" : ", ") + info.name;
-  Refuse(rule, "has an unknown kind; there are " + known);
+  Refuse(rule, "has an unknown kind; the kinds are " + known);
 }
 
 FaultRules::Rule FaultRules::Parse(const std::string& text) {
   std::string command = text;
   std::optional<std::string> kind = CutAt(command, '=');
-  if (!kind || command.empty()) Refuse(text, "has not the form COMMAND=KIND[:ARGUMENT][#N]");
+  if (!kind || command.empty()) Refuse(text, "does not have the form COMMAND=KIND[:ARGUMENT][#N]");
   const std::optional<std::string> only = CutAt(*kind, '#');
   const std::optional<std::string> argument = CutAt(*kind, ':');
   const KindInfo& info = FindKind(text, *kind);
@@ -122,7 +122,8 @@ FaultRules::Rule FaultRules::Parse(const std::string& text) {
   if (command != "*") {
     rule.command = KeyOfRule(command);
     if (!rule.command) {
-      Refuse(text, "names a command that is no number, nor one after ldcmd:, ldcmd-get:, ldcmd-set: or ota:");
+      Refuse(text,
+             "needs a number as its command, on its own or after ldcmd:, ldcmd-get:, ldcmd-set: or ota:");
     }
   }
   if (argument.has_value() ? info.argument == Argument::kNone : info.argument == Argument::kRequired) {
@@ -136,7 +137,7 @@ FaultRules::Rule FaultRules::Parse(const std::string& text) {
   }
   if (only) {
     const std::optional<std::int64_t> number = Number(*only);
-    if (!number || *number < 1) Refuse(text, "needs a number from 1 on after \"#\"");
+    if (!number || *number < 1) Refuse(text, "needs a number of at least 1 after \"#\"");
     rule.only = static_cast<std::uint64_t>(*number);
   }
   return rule;
@@ -158,7 +159,7 @@ void FaultRules::Clear() {
 
 bool FaultRules::Matches(const Rule& rule, const CommandKey& key) {
   if (!rule.command) return true;
-  // A rule for the plain command 0xFF holds for all four-byte commands, one for an item for get and set.
+  // A rule for the plain command 0xFF applies to all four-byte commands, one for an item to both get and set.
   return rule.command->family == key.family && rule.command->code == key.code &&
          (!rule.command->extended_code || rule.command->extended_code == key.extended_code);
 }

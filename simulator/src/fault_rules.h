@@ -12,13 +12,13 @@
 
 namespace varkel::sim {
 
-/// How one reply goes out. As constructed: at once, whole and honest.
+/// How a reply is sent. As constructed: at once, complete and correct.
 struct ReplyPlan {
   std::chrono::milliseconds delay{0};
   std::optional<std::size_t> piece_size;  ///< bytes sent at a time
   std::size_t noise_size = 0;             ///< bytes before the header
   std::optional<std::uint8_t> echo;       ///< command code in the reply
-  std::optional<std::uint8_t> error;      ///< return code in place of an answer
+  std::optional<std::uint8_t> error;      ///< return code instead of an answer
   std::int64_t length_lie = 0;            ///< added to the announced payload length
   std::optional<std::int64_t> clamp;      ///< the largest raw number that a write stores
   bool silent = false;
@@ -26,7 +26,7 @@ struct ReplyPlan {
   std::optional<std::size_t> close_after;  ///< bytes sent before closing; nullopt: half of the reply
 };
 
-/// The faults that the sensor is asked to show. Thread-safe.
+/// The faults that the sensor produces on request. Thread-safe.
 class FaultRules {
  public:
   /// Adds a rule, or removes those of a command ("none"). The form is COMMAND=KIND[:ARGUMENT][#N];
@@ -34,9 +34,9 @@ class FaultRules {
   void Add(const std::string& text);
   void Clear();
 
-  /// The plan for the next exchange of that command; counts the exchange.
+  /// Returns the plan for the next exchange of that command, and counts the exchange.
   ReplyPlan Next(const CommandKey& key);
-  /// The same for a request that another one carried: the rules for every command have counted it already.
+  /// The same for a request inside another one: the rules for every command have already counted it.
   ReplyPlan NextCarried(const CommandKey& key);
 
  private:

@@ -29,13 +29,13 @@ constexpr std::size_t kSoftwareVersionSize = 8;
   throw std::invalid_argument("\"" + text + "\" " + reason);
 }
 
-/// The whole of `digits` as a number of at most `max`.
+/// All of `digits` as a number of at most `max`.
 std::uint64_t Digits(const std::string& text, std::string_view digits, int base, std::uint64_t max) {
   std::uint64_t value = 0;
   const char* const end = digits.data() + digits.size();
   const auto [stop, error] = std::from_chars(digits.data(), end, value, base);
   if (error != std::errc{} || stop != end || value > max) {
-    Refuse(text, "has the part \"" + std::string(digits) + "\", which is no number from 0 to " +
+    Refuse(text, "has the part \"" + std::string(digits) + "\", which is not a number from 0 to " +
                      std::to_string(max));
   }
   return value;
@@ -59,15 +59,15 @@ void RequireSize(const std::string& text, std::size_t length, std::size_t size) 
 
 Bytes IpBytes(const std::string& text, std::size_t length) {
   auto [fault, bytes] = ReadByteText(text, quarn::lidar::kIpv4Text);
-  if (fault != ByteTextFault::kNone) Refuse(text, "is no IP address");
+  if (fault != ByteTextFault::kNone) Refuse(text, "is not an IP address");
   RequireSize(text, length, bytes.size());
   return bytes;
 }
 
-/// The shown form, hexadecimal; what follows the six bytes in a longer field is never shown.
+/// The displayed form, hexadecimal; the bytes after the first six are never shown.
 Bytes MacBytes(const std::string& text, std::size_t length) {
   auto [fault, bytes] = ReadByteText(text, {':', kMacSize, 16});
-  if (fault != ByteTextFault::kNone) Refuse(text, "is no MAC address");
+  if (fault != ByteTextFault::kNone) Refuse(text, "is not a MAC address");
   if (length < kMacSize) RequireSize(text, length, kMacSize);
   bytes.resize(length);
   return bytes;
@@ -86,7 +86,7 @@ Bytes HardwareVersionBytes(const std::string& text, std::size_t length) {
   static const std::regex kForm(R"((.*) (\d+)\.(\d+)\.(\d+)\.(\d+) \((\d+)\))");
   std::smatch parts;
   if (!std::regex_match(text, parts, kForm)) {
-    Refuse(text, "is no version of the form NAME major.minor.patch.revision (build)");
+    Refuse(text, "is not a version of the form NAME major.minor.patch.revision (build)");
   }
   RequireSize(text, length, kHardwareVersionSize);
   Bytes bytes = StringBytes(parts[1].str(), kBoardNameSize);
@@ -99,7 +99,7 @@ Bytes SoftwareVersionBytes(const std::string& text, std::size_t length) {
   static const std::regex kForm(R"((\d+)\.(\d+)\.(\d+)\.(\d+) \((\d+)-(\d+)-(\d+)\))");
   std::smatch parts;
   if (!std::regex_match(text, parts, kForm)) {
-    Refuse(text, "is no version of the form major.minor.patch.build (YYYY-MM-DD)");
+    Refuse(text, "is not a version of the form major.minor.patch.build (YYYY-MM-DD)");
   }
   RequireSize(text, length, kSoftwareVersionSize);
   Bytes bytes;
@@ -112,7 +112,7 @@ Bytes SoftwareVersionBytes(const std::string& text, std::size_t length) {
 Bytes DurationBytes(const std::string& text, std::size_t length) {
   static const std::regex kForm(R"((\d+) h (\d+) min (\d+) s)");
   std::smatch parts;
-  if (!std::regex_match(text, parts, kForm)) Refuse(text, "is no duration of the form \"1 h 2 min 3 s\"");
+  if (!std::regex_match(text, parts, kForm)) Refuse(text, "is not a duration of the form \"1 h 2 min 3 s\"");
   const std::uint64_t seconds = 3600 * Digits(text, parts[1], std::numeric_limits<std::uint32_t>::max()) +
                                 60 * Digits(text, parts[2], 59) + Digits(text, parts[3], 59);
   if (seconds > BoundsOf({.size = sizeof(seconds)}, length).max) Refuse(text, "doesn't fit its field");
@@ -123,7 +123,7 @@ double Decimal(const std::string& text) {
   double value = 0.0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, value);
-  if (error != std::errc{} || stop != end || !std::isfinite(value)) Refuse(text, "is no number");
+  if (error != std::errc{} || stop != end || !std::isfinite(value)) Refuse(text, "is not a number");
   return value;
 }
 
@@ -142,7 +142,8 @@ std::uint64_t UnscaledInteger(const std::string& text, const NumberType& type, c
     const auto [stop, error] = std::from_chars(text.data(), end, value);
     if (error == std::errc{} && stop == end && value <= bounds.max) return value;
   }
-  Refuse(text, "is no whole number from " + std::to_string(bounds.min) + " to " + std::to_string(bounds.max));
+  Refuse(text,
+         "is not a whole number from " + std::to_string(bounds.min) + " to " + std::to_string(bounds.max));
 }
 
 Bytes ScaledIntegerBytes(const std::string& text, const NumberType& type, std::size_t length,

@@ -17,19 +17,19 @@ class FieldOfView {
   static constexpr std::size_t kWriteSize = 1 + 2 * kChannels;
   static constexpr std::uint16_t kFullCircle = 3600;
 
-  /// What a read answers: the count byte (at most five), then so many pairs of start and end.
+  /// The answer to a read: the count byte (at most five), then that many pairs of start and end.
   std::vector<std::uint8_t> Reply(std::uint8_t count) const;
 
-  /// True when a write's payload has the right size, channel and angles.
+  /// True if a write's payload has the right size, channel and angles.
   static bool IsValid(std::span<const std::uint8_t> payload);
   /// Stores the start angles of a valid write.
   void Store(std::span<const std::uint8_t> payload);
-  /// As delivered: every start angle 0.
+  /// The factory state: every start angle is 0.
   void Reset();
 
  private:
   mutable std::mutex mutex_;
-  std::array<std::uint16_t, kChannels> starts_{};  // guarded by mutex_; ends stay at the full circle
+  std::array<std::uint16_t, kChannels> starts_{};  // guarded by mutex_; end angles stay at 360 degrees
 };
 
 }  // namespace varkel::sim

@@ -21,7 +21,7 @@ constexpr std::size_t kNumber = 4;
 constexpr std::size_t kCount = 8;
 constexpr std::size_t kChecksum = 12;
 
-/// The payload of a request frame of version 1.0 that is exactly as long as it says.
+/// The payload of a request frame of version 1.0 whose announced length is exact.
 std::optional<std::span<const std::uint8_t>> PayloadOf(std::span<const std::uint8_t> frame,
                                                        std::uint8_t command) {
   const auto& parser = ParserOf(1);

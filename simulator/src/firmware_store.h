@@ -12,21 +12,21 @@
 
 namespace varkel::sim {
 
-/// Puts firmware packages together from their pieces and keeps the last whole one. Thread-safe; one transfer
-/// at a time, so that a second client's first piece ends the first client's transfer.
+/// Assembles firmware packages from their pieces and keeps the last complete one. Thread-safe; there is one
+/// transfer at a time, so a second client's first piece ends the first client's transfer.
 class FirmwareStore {
  public:
   /// 64 MiB: more than any sensor's flash holds.
   static constexpr std::uint32_t kMostPieces = 64 * 1024;
 
-  /// Takes one piece: a whole frame of version 1.0 under `command` (0xFF for four-byte commands) around a
-  /// piece header and the data. Piece 1 begins a transfer. Anything but kSuccess ends it.
+  /// Takes a piece: a complete frame of version 1.0 with `command` (0xFF for four-byte commands) that
+  /// contains a piece header and the data. Piece 1 begins a transfer. Any result other than kSuccess ends it.
   ReturnCode Receive(std::uint8_t command, std::span<const std::uint8_t> frame);
 
-  std::vector<std::uint8_t> Package() const;  ///< the last whole one, or empty
+  std::vector<std::uint8_t> Package() const;  ///< the last complete one, or empty
 
-  /// A restart: the last whole package now runs. The version that runs, as shown; nothing while it is the
-  /// one that the sensor left the factory with. A package that names no version leaves it.
+  /// Restarts with the last complete package. Returns the version that now runs, as displayed; nullopt while
+  /// it is the factory's. A package that names no version leaves it unchanged.
   std::optional<std::string> Install();
 
  private:
@@ -37,7 +37,7 @@ class FirmwareStore {
   mutable std::mutex mutex_;
   // Guarded by mutex_.
   std::uint32_t next_number_ = 1;
-  std::uint32_t piece_count_ = 0;  // of the transfer under way
+  std::uint32_t piece_count_ = 0;  // of the current transfer
   std::vector<std::uint8_t> arriving_;
   std::vector<std::uint8_t> package_;
   std::optional<std::string> running_version_;

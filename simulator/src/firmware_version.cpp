@@ -10,7 +10,7 @@
 namespace varkel::sim {
 namespace {
 
-/// No line that names a version is longer: packages may hold no line feed at all.
+/// Maximum length of a line that names a version: a package may contain no line feed at all.
 constexpr std::size_t kLongestLine = 80;
 
 struct Bounds {

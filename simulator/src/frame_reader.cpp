@@ -16,7 +16,7 @@ struct FrameStart {
   std::uint8_t version = 0;  ///< 0: no identifier pair
 };
 
-/// The first identifier pair, or where one may still begin: at a last byte that could be its first.
+/// The first identifier pair, or a last byte that may be the beginning of one.
 FrameStart FindStart(std::span<const std::uint8_t> bytes) {
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     for (const std::uint8_t version : kVersions) {

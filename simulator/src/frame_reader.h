@@ -10,20 +10,20 @@
 
 namespace varkel::sim {
 
-/// Cuts a client's byte stream, in whatever pieces it comes, into requests of either frame version. Bytes
-/// that start no frame are skipped. Holds no more than what really came.
+/// Splits a client's byte stream, received in pieces of any size, into requests of either frame version.
+/// Bytes that do not begin a frame are skipped. Stores no more than the bytes that arrived.
 class FrameReader {
  public:
-  /// No request of this tool is longer: upgrade pieces are about a kilobyte.
+  /// Longer than any request of the tool: upgrade pieces are about a kilobyte.
   static constexpr std::uint32_t kMaxPayload = 1024 * 1024;
 
   void Append(std::span<const std::uint8_t> bytes);
 
-  /// The next complete request, or nothing until more bytes come.
+  /// The next complete request, or nullopt until more bytes arrive.
   std::optional<ReceivedRequest> Next();
 
-  /// The header of a request that announced more than kMaxPayload. The reader yields nothing after it:
-  /// where that request ends can't be trusted.
+  /// The header of a request that announced more than kMaxPayload. The reader returns nothing after it,
+  /// because the announced end of that request can't be trusted.
   const std::optional<ReceivedRequest>& refused() const { return refused_; }
 
  private:

@@ -20,8 +20,8 @@ constexpr double kPeriodStepSeconds = 7.0;
 constexpr std::size_t kPeriods = 5;
 constexpr std::chrono::seconds kCounterStep{10};
 
-/// The tables have no mark for counters: they are known by their names.
-bool NamesACounter(std::string name) {
+/// The tables do not mark counters, so they are recognised by their names.
+bool IsCounterName(std::string name) {
   std::transform(name.begin(), name.end(), name.begin(),
                  [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
   constexpr std::array<std::string_view, 4> kCounted = {"count", "errors", "packets", "pulses"};
@@ -44,7 +44,7 @@ std::vector<std::uint8_t> Swung(const NumberType& type, std::span<const std::uin
   const double value =
       type.is_signed ? static_cast<double>(static_cast<std::int64_t>(raw)) : static_cast<double>(raw);
   const double swing = std::round(std::max(kSwing * std::abs(value), 1.0) * std::sin(phase));
-  // Kept inside the field, and off the 64-bit edges that a double can't name exactly.
+  // Limited to the field's range, away from the 64-bit limits that a double can't represent exactly.
   if (value + swing < static_cast<double>(bounds.min) || value + swing > static_cast<double>(bounds.max)) {
     return {base.begin(), base.end()};
   }
@@ -61,7 +61,7 @@ LiveKind LiveKindOf(const VarInfo& var) {
   if (var.var_type == "DT") return LiveKind::kSeconds;
   const auto type = NumberTypeOf(var.var_type);
   if (!type) return LiveKind::kFixed;
-  return !type->is_signed && NamesACounter(var.var_name) ? LiveKind::kCounter : LiveKind::kWave;
+  return !type->is_signed && IsCounterName(var.var_name) ? LiveKind::kCounter : LiveKind::kWave;
 }
 
 std::vector<std::uint8_t> LiveBytes(LiveKind kind, const VarInfo& var, std::span<const std::uint8_t> base,

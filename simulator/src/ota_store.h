@@ -11,37 +11,37 @@
 
 namespace varkel::sim {
 
-/// The status in a reply to a firmware frame. Anything but kOtaTaken ends the transfer.
+/// The status in a reply to a firmware frame. Any status other than kOtaTaken ends the transfer.
 enum OtaStatus : std::uint8_t {
   kOtaTaken = 0,
   kOtaUnknownFrame = 1,
-  kOtaWrongOrder = 2,    ///< no transfer under way, one of the other kind, or an end before the last block
-  kOtaBadLength = 3,     ///< nothing, more than the sensor has room for, or another length at the end
+  kOtaWrongOrder = 2,    ///< no transfer started, one of the other kind, or an end before the last block
+  kOtaBadLength = 3,     ///< zero, more than the sensor has room for, or a different length at the end
   kOtaBadPurpose = 4,    ///< no such upgrade mode or component type
-  kOtaBadBlock = 5,      ///< neither the block that comes next nor the last one again
-  kOtaBadCount = 6,      ///< another number of blocks than the length makes
+  kOtaBadBlock = 5,      ///< neither the next block nor the last one again
+  kOtaBadCount = 6,      ///< the number of blocks does not match the length
   kOtaBadBlockSize = 7,  ///< also data in a start or end frame
   kOtaBadChecksum = 8,
-  kOtaNotReady = 9,  ///< a component before the change of mode
+  kOtaNotReady = 9,  ///< a component before the mode change
 };
 
-/// Firmware that came whole.
+/// A complete firmware.
 struct ReceivedFirmware {
   bool is_component = false;
   std::uint32_t purpose = 0;  ///< upgrade mode (0 application and FPGA, 1 PBL), or component type
   std::vector<std::uint8_t> bytes;
 };
 
-/// Puts firmware together from its frames. A frame that comes again because its reply was lost is taken
-/// again without harm. Thread-safe; one transfer at a time.
+/// Assembles firmware from its frames. A frame that is repeated because its reply was lost does no harm.
+/// Thread-safe; one transfer at a time.
 class OtaStore {
  public:
   static constexpr std::uint32_t kMostBytes = 64 * 1024 * 1024;
 
-  /// Takes a firmware frame. When it completes the transfer, `completed` becomes what came.
+  /// Takes a firmware frame. If it completes the transfer, `completed` is set to the firmware.
   OtaStatus Receive(const SerialRequest& frame, std::optional<ReceivedFirmware>& completed);
 
-  /// All that came whole, oldest first.
+  /// All complete firmware, oldest first.
   std::vector<ReceivedFirmware> Received() const;
   void Clear();
 
@@ -53,7 +53,7 @@ class OtaStore {
     bool is_complete = false;
   };
 
-  // With mutex_ held.
+  // Call with mutex_ held.
   OtaStatus Begin(const SerialRequest& frame, bool is_component);
   OtaStatus TakeBlock(const SerialRequest& frame);
   OtaStatus End(const SerialRequest& frame, std::optional<ReceivedFirmware>& completed);

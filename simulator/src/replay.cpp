@@ -18,10 +18,10 @@ using quarn::lidar::CapturedExchange;
 using Answer = CapturedExchange::Answer;
 
 constexpr std::size_t kMostUnseen = 1000;
-/// Nonce, CRC and trailer of a command frame.
+/// Size of the nonce, CRC and trailer of a command frame.
 constexpr std::size_t kSerialTail = 10;
 
-bool LooksForSensor(const ReceivedRequest& request) {
+bool IsPresenceCheck(const ReceivedRequest& request) {
   return request.payload.empty() && (request.command == 7 || request.command == 8);
 }
 
@@ -72,7 +72,7 @@ Reply Replay::Answer(const ReceivedRequest& request, ReplyPlan& plan) {
   const auto found = answers_.find(key);
   if (found == answers_.end()) {
     if (unseen_.size() < kMostUnseen || unseen_.count(key) != 0) ++unseen_[key];
-    return {LooksForSensor(request) ? kSuccess : kUnknownCommand, {}};
+    return {IsPresenceCheck(request) ? kSuccess : kUnknownCommand, {}};
   }
   Answers& answers = found->second;
   if (answers.used == answers.list[answers.next].times && answers.next + 1 < answers.list.size()) {
@@ -88,7 +88,7 @@ Reply Replay::Answer(const ReceivedRequest& request, ReplyPlan& plan) {
   return recorded.reply;
 }
 
-std::vector<std::string> Replay::Unseen() const {
+std::vector<std::string> Replay::Unrecorded() const {
   const std::lock_guard<std::mutex> lock(mutex_);
   std::vector<std::string> lines;
   for (const auto& [key, count] : unseen_) {

@@ -2,8 +2,8 @@
 
 namespace varkel::sim {
 
-/// How a conversation restarts the sensor around its reply, so that a client that has the reply finds no open
-/// port any more. Thread-safe.
+/// Lets a conversation restart the sensor around its reply, so that a client that has received the reply no
+/// longer finds an open port. Thread-safe.
 class RestartSwitch {
  public:
   RestartSwitch() = default;
@@ -11,9 +11,9 @@ class RestartSwitch {
   RestartSwitch(const RestartSwitch&) = delete;
   RestartSwitch& operator=(const RestartSwitch&) = delete;
 
-  /// Returns when new connections are refused. False when a restart is under way already.
+  /// Returns once new connections are refused. False if a restart is already in progress.
   virtual bool Begin() = 0;
-  /// After a Begin that was true, with the reply out: the sensor disconnects everybody and goes down.
+  /// Call after a successful Begin, once the reply is sent: the sensor disconnects all clients and goes down.
   virtual void Finish() = 0;
 };
 

@@ -13,7 +13,7 @@ constexpr std::size_t kSelectorSize = 2;
 constexpr std::uint32_t kFirstSecond = 6 * 3600;
 constexpr std::uint32_t kLongestPauseSeconds = 600;
 
-/// A digit comes between the two.
+/// A digit is put between the two texts.
 struct Event {
   const char* head;
   const char* tail;
@@ -27,7 +27,7 @@ constexpr std::array<Event, 6> kEvents = {{
     {"0105 link to the host lost after ", " packets"},
 }};
 
-/// The same numbers on every machine, unlike the standard library's distributions.
+/// Gives the same numbers on every machine, unlike the standard library's distributions.
 class Dice {
  public:
   explicit Dice(std::string_view seed) {

@@ -12,10 +12,10 @@
 namespace varkel::sim {
 namespace {
 
-/// Longer fields are a fault of the table, not a value that any sensor has.
+/// A longer field is a fault in the table: no sensor has such values.
 constexpr std::uint32_t kLongestField = 4096;
 
-/// Its field is as long as the payload that carries it.
+/// Its field is as long as the payload.
 constexpr char kKeyOfAnyLength[] = "Shared Secret Key";
 
 bool HasAnyLength(const VarInfo& var) {
@@ -105,7 +105,7 @@ bool SensorState::Write(const std::string& set_cmd, std::span<const std::uint8_t
   if (found == model_->set_cmd_map().end() || (size && *size != payload.size())) return false;
   const std::lock_guard<std::mutex> lock(mutex_);
   for (const VarInfo* var : found->second) {
-    if (!size && !HasAnyLength(*var)) continue;  // the key takes the whole payload
+    if (!size && !HasAnyLength(*var)) continue;  // the key fills the whole payload
     const auto field = size ? payload.subspan(var->set_start_pos, var->var_len) : payload;
     std::vector<std::uint8_t>& bytes = values_.at(var).bytes;
     bytes.assign(field.begin(), field.end());

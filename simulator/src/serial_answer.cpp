@@ -22,7 +22,7 @@ constexpr std::size_t kLengthByte = quarn::lidar::kSerialTagSize;
 constexpr std::size_t kCrcFromEnd = 6;
 constexpr std::size_t kCrcUnit = 4;
 
-/// A good frame but for its length byte: the CRC covers that byte as it is.
+/// A frame with a wrong length byte and a CRC that matches it.
 void Lie(Bytes& frame, ReplyKind kind, std::int64_t lie) {
   const std::int64_t length =
       std::clamp<std::int64_t>(frame[kLengthByte] + lie, 0, std::numeric_limits<std::uint8_t>::max());

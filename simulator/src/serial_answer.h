@@ -10,20 +10,20 @@
 
 namespace varkel::sim {
 
-/// What all ways to a small sensor share. Everything in it is thread-safe and outlives them.
+/// Shared by all transports to a small sensor. Everything in it is thread-safe and outlives them.
 struct SerialParts {
   SmallSensorDevice& device;
   FaultRules& faults;
   const std::function<void(const SerialRequest&)>& watcher;  ///< may be empty
 };
 
-/// How a request travels: by itself on a line, or inside a KTC command that has rules of its own.
+/// How a request arrives: directly on a line, or inside a KTC command that has rules of its own.
 enum class Carriage { kLine, kInsideKtc };
 
 struct SerialAnswer {
-  /// The reply frame as the rules want it: noise, wrong echo, error and lying length are in it.
+  /// The reply frame with the faults that concern its bytes: noise, wrong echo, error and wrong length.
   std::vector<std::uint8_t> bytes;
-  ReplyPlan plan;  ///< what is left to do: delay, pieces, silence, closing
+  ReplyPlan plan;  ///< the remaining faults: delay, pieces, silence, closing
 };
 
 SerialAnswer AnswerSerialRequest(const SerialRequest& request, Carriage carriage, const SerialParts& parts);

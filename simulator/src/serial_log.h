@@ -12,7 +12,8 @@
 
 namespace varkel::sim {
 
-/// The good request frames that a small sensor got, oldest first; the newest kCapacity are kept. Thread-safe.
+/// The valid request frames that a small sensor received, oldest first; the newest kCapacity are kept.
+/// Thread-safe.
 class SerialLog {
  public:
   static constexpr std::size_t kCapacity = 4096;
@@ -22,7 +23,7 @@ class SerialLog {
   void Clear();
   std::vector<SerialRequest> All() const;
 
-  /// Waits until `count` of the kept requests meet the condition. False when the time ran out.
+  /// Waits until `count` of the kept requests meet the condition. False on time-out.
   bool WaitFor(const Condition& condition, std::size_t count, std::chrono::milliseconds timeout) const;
 
  private:

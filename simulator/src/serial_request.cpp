@@ -17,7 +17,7 @@ using Bytes = std::span<const std::uint8_t>;
 
 constexpr std::array<ReplyKind, 2> kKinds = {ReplyKind::kCommand, ReplyKind::kOta};
 
-// A command: length byte (counts code and payload), code, payload, nonce, CRC, trailer.
+// A command: length byte (of code and payload), code, payload, nonce, CRC, trailer.
 constexpr std::size_t kCommandLength = 7;
 constexpr std::size_t kCommandCode = 8;
 constexpr std::size_t kCommandPayload = 9;
@@ -45,10 +45,10 @@ Beginning CompareTag(Bytes bytes, ReplyKind kind) {
 
 struct FrameStart {
   std::size_t position = 0;
-  std::optional<ReplyKind> kind;  ///< nothing while the tag is not whole
+  std::optional<ReplyKind> kind;  ///< nullopt until the tag is complete
 };
 
-/// The first tag, or where one may still begin.
+/// The first tag, or the position where one may begin.
 FrameStart FindStart(Bytes bytes) {
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     for (const ReplyKind kind : kKinds) {
@@ -60,7 +60,7 @@ FrameStart FindStart(Bytes bytes) {
   return {bytes.size(), std::nullopt};
 }
 
-/// How long the frame claims to be; nullopt until that is known.
+/// The frame's announced length; nullopt until that is known.
 std::optional<std::size_t> ClaimedSize(Bytes bytes, ReplyKind kind) {
   if (kind == ReplyKind::kCommand) {
     if (bytes.size() <= kCommandLength) return std::nullopt;
@@ -70,7 +70,7 @@ std::optional<std::size_t> ClaimedSize(Bytes bytes, ReplyKind kind) {
   return std::size_t{LoadBigEndian<std::uint32_t>(bytes, kOtaLength)} + kAroundData;
 }
 
-/// A good frame is what the tool's encoder makes of its fields, byte by byte.
+/// A frame is valid if the tool's encoder produces the same bytes from its fields.
 bool Equals(Bytes frame, const std::vector<std::uint8_t>& expected) {
   return std::equal(frame.begin(), frame.end(), expected.begin(), expected.end());
 }
@@ -116,7 +116,7 @@ std::optional<SerialRequest> SerialRequestReader::Next() {
     const bool is_credible = *size <= kMaxData + kAroundData;
     if (is_credible && bytes_.size() < *size) return std::nullopt;
     auto request = is_credible ? ParseSerialRequest(Bytes(bytes_).first(*size)) : std::nullopt;
-    // After a stump of a frame the next one may lie within the bytes that the stump claimed.
+    // After a truncated frame the next one may be within its announced length.
     Drop(request ? *size : 1);
     if (request) return request;
   }

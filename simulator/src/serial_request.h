@@ -10,7 +10,7 @@
 
 namespace varkel::sim {
 
-/// A request as it came to a small sensor, over a serial line or inside KTC.
+/// A request to a small sensor, over a serial line or inside KTC.
 struct SerialRequest {
   quarn::lidar::ReplyKind kind = quarn::lidar::ReplyKind::kCommand;
   std::uint8_t code = 0;              ///< command code (2 get, 3 set), or firmware frame type
@@ -19,24 +19,24 @@ struct SerialRequest {
   std::uint32_t second = 0;
 };
 
-/// A block that is exactly one good request frame; nothing for any other.
+/// The request if the block is exactly one valid frame, otherwise nullopt.
 std::optional<SerialRequest> ParseSerialRequest(std::span<const std::uint8_t> frame);
 
-/// Cuts the bytes of a line, in whatever pieces they come, into requests. Bytes that begin no good frame are
-/// skipped. Holds no more than one longest frame besides what was appended last.
+/// Splits the bytes of a line, received in pieces of any size, into requests. Bytes that do not begin a valid
+/// frame are skipped. Stores at most one frame of maximum length besides the last piece.
 class SerialRequestReader {
  public:
-  /// The most data of a firmware frame; one that claims more is noise.
+  /// Maximum data of a firmware frame; one that announces more is noise.
   static constexpr std::size_t kMaxData = 4096;
 
   void Append(std::span<const std::uint8_t> bytes);
 
-  /// The next complete request, or nothing until more bytes come.
+  /// The next complete request, or nullopt until more bytes arrive.
   std::optional<SerialRequest> Next();
 
-  /// Whether the beginning of a request waits for the rest.
+  /// Whether an incomplete request is waiting for the rest.
   bool is_waiting() const { return !bytes_.empty(); }
-  /// Forgets it: its rest never came.
+  /// Discards it, because the rest did not arrive.
   void Reset() { bytes_.clear(); }
 
  private:

@@ -9,21 +9,21 @@ namespace varkel::sim {
 namespace {
 
 constexpr std::int64_t kWithoutEnd = -1;
-/// A request whose rest does not come within this time is given up.
+/// An incomplete request is discarded after this time.
 constexpr std::int64_t kRequestGapUs = 500'000;
-/// A client that reads at all has read a reply by then.
+/// By then a client that reads at all has read the reply.
 constexpr std::int64_t kSendTimeUs = 1'000'000;
-/// Long enough for a waiting client to take one piece before the next one comes.
+/// Long enough for a waiting client to read one piece before the next one is sent.
 constexpr std::chrono::milliseconds kPieceGap{20};
 constexpr std::size_t kDataBlock = 256;
 
 std::unique_ptr<SerialSensor::Line> MakeLine() {
   auto line = SerialSensor::Line::Create();
-  if (!line) throw std::runtime_error("This system gives out no pseudo-terminals to serve as serial lines.");
+  if (!line) throw std::runtime_error("This system provides no pseudo-terminals to serve as serial lines.");
   return line;
 }
 
-/// Any bytes serve as point-cloud data, as long as no tag is among them.
+/// Any bytes can serve as point-cloud data as long as they contain no tag.
 std::vector<std::uint8_t> DataBlock() {
   std::vector<std::uint8_t> block(kDataBlock);
   for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<std::uint8_t>(i);
@@ -90,7 +90,7 @@ void SerialSensor::SendData(std::chrono::milliseconds period) {
   const std::vector<std::uint8_t> block = DataBlock();
   while (!stop_.WaitFor(period)) {
     if (parts_.device.state.Items().standby) continue;
-    // What a client does not read at once is lost, as on a real line.
+    // Bytes that the client does not read at once are lost, as on a real line.
     const std::lock_guard<std::mutex> lock(send_mutex_);
     rs485_->Write(block, 0);
   }

@@ -14,13 +14,13 @@
 
 namespace varkel::sim {
 
-/// A small sensor's two lines, served from construction to destruction: a thread that answers what comes on
-/// the UART line, and one that sends point-cloud data on the RS485 line.
+/// A small sensor's two lines, served from construction to destruction: one thread answers requests on the
+/// UART line, another sends point-cloud data on the RS485 line.
 class SerialSensor {
  public:
   using Line = quarn::platform::PseudoTerminal;
 
-  /// No data with a period of 0. Raises std::runtime_error where there are no pseudo-terminals.
+  /// A period of 0 means no data. Raises std::runtime_error if the system has no pseudo-terminals.
   SerialSensor(SerialParts parts, std::chrono::milliseconds data_period);
   ~SerialSensor();
   SerialSensor(const SerialSensor&) = delete;
@@ -39,7 +39,7 @@ class SerialSensor {
   const std::unique_ptr<Line> rs485_;
   const std::unique_ptr<Line> uart_;
   StopSignal stop_;
-  std::mutex send_mutex_;  // held for a whole reply, or block of data
+  std::mutex send_mutex_;  // held for a whole reply or block of data
   std::thread uart_thread_;
   std::thread data_thread_;
 };

@@ -16,7 +16,7 @@ namespace varkel::sim {
 namespace {
 
 constexpr std::size_t kReadSize = 4096;
-/// Long enough for a waiting client to take one piece before the next one comes.
+/// Long enough for a waiting client to read one piece before the next one is sent.
 constexpr std::chrono::milliseconds kPieceGap{20};
 
 bool SendInPieces(ByteStream& stream, std::span<const std::uint8_t> bytes, std::size_t piece_size,

@@ -13,18 +13,18 @@
 
 namespace varkel::sim {
 
-/// What all conversations with clients share. Everything in it is thread-safe and outlives them.
+/// Shared by all conversations with clients. Everything in it is thread-safe and outlives them.
 struct SessionParts {
   CommandHandler& handler;
   FaultRules& faults;
   ExchangeLog& log;
   const std::function<void(const Exchange&)>& watcher;  ///< may be empty
-  const SmallSensorTunnel* tunnel = nullptr;            ///< the way to the small sensor of this server
-  Replay* replay = nullptr;                             ///< answers in place of the others
+  const SmallSensorTunnel* tunnel = nullptr;            ///< leads to this server's small sensor
+  Replay* replay = nullptr;                             ///< if set, answers instead of the others
 };
 
-/// Answers one client until it leaves, the rules close the connection, the sensor restarts, or the signal is
-/// raised and the stream's socket shut down. Ends the stream unless the rules cut it.
+/// Answers one client until it disconnects, a rule closes the connection, the sensor restarts, or the signal
+/// is raised and the stream's socket is shut down. Ends the stream properly unless a rule closes it.
 void ServeClient(ByteStream& stream, const StopSignal& stop, RestartSwitch& restart,
                  const SessionParts& parts);
 

@@ -12,9 +12,9 @@ namespace {
 using quarn::platform::kInvalidSocket;
 using quarn::platform::SocketHandle;
 
-/// How long the accept thread may miss a raised stop signal, and a restart.
+/// How soon the accept thread notices a stop signal or a restart.
 constexpr int kAcceptSliceMs = 50;
-/// Between two attempts to get the port back after a restart.
+/// Pause between attempts to get the port back after a restart.
 constexpr std::chrono::milliseconds kListenRetry{50};
 
 }  // namespace
@@ -56,7 +56,7 @@ std::size_t SimServer::connected_clients() const {
 void SimServer::AcceptClients() {
   while (!stop_.raised()) {
     const SocketHandle socket = listener_->Accept(kAcceptSliceMs);
-    JoinThoseWhoLeft();
+    JoinFinished();
     if (socket != kInvalidSocket) Admit(socket);
     if (RestartHasBegun()) Restart();
   }
@@ -96,7 +96,7 @@ void SimServer::WaitForReply() {
   phase_changed_.wait(lock, [this] { return phase_ == Phase::kDown || stopping_; });
 }
 
-/// The listener stays null only when the server is being destroyed.
+/// The listener stays null only while the server is being destroyed.
 void SimServer::ListenAgain() {
   while (!stop_.raised()) {
     listener_ = quarn::platform::TcpListener::Listen(address_, port_);
@@ -112,7 +112,7 @@ void SimServer::SetPhase(Phase phase) {
   phase_changed_.notify_all();
 }
 
-/// Stuck ones too; returns when all have gone.
+/// Includes stuck ones; returns when all have ended.
 void SimServer::DisconnectAll() {
   {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -132,7 +132,7 @@ void SimServer::Admit(SocketHandle socket) {
   try {
     client.thread = std::thread([this, &client, socket] { Serve(client, socket); });
     client.socket = socket;
-  } catch (const std::system_error&) {  // no more threads: this client is turned away
+  } catch (const std::system_error&) {  // no more threads: this client is rejected
     clients_.pop_back();
     quarn::platform::CloseSocket(socket);
   }
@@ -140,13 +140,13 @@ void SimServer::Admit(SocketHandle socket) {
 
 void SimServer::Serve(Client& client, SocketHandle socket) {
   conversation_(socket, client.stop, *this);
-  // Under the lock, so that nobody shuts down a descriptor that already belongs to someone else.
+  // Under the lock, so that no other thread shuts down a descriptor that has been reused.
   const std::lock_guard<std::mutex> lock(mutex_);
   quarn::platform::CloseSocket(socket);
   client.socket = kInvalidSocket;
 }
 
-void SimServer::JoinThoseWhoLeft() {
+void SimServer::JoinFinished() {
   std::list<Client> left;
   {
     const std::lock_guard<std::mutex> lock(mutex_);

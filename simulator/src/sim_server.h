@@ -17,24 +17,25 @@
 
 namespace varkel::sim {
 
-/// Accepts clients from construction to destruction, restarts aside, and runs one conversation a client, each
-/// on a thread of its own.
+/// Accepts clients from construction to destruction, except during restarts, and runs one conversation per
+/// client, each on a thread of its own.
 class SimServer : public RestartSwitch {
  public:
-  /// Returns when the client leaves, or when the socket is shut down with the signal raised. Must not throw.
+  /// Returns when the client disconnects, or when the signal is raised and the socket shut down. Must not
+  /// throw.
   using Conversation = std::function<void(quarn::platform::SocketHandle socket, const StopSignal& stop,
                                           RestartSwitch& restart)>;
 
   /// What a restart does besides ending all conversations. The functions must not throw.
   struct Restarting {
-    std::chrono::milliseconds time{0};  ///< for which connections are refused
-    std::function<void()> on_begin;     ///< on the thread of the conversation that asked for it
+    std::chrono::milliseconds time{0};  ///< how long connections are refused
+    std::function<void()> on_begin;     ///< on the thread of the conversation that requested it
     std::function<void()> on_power_up;  ///< after all conversations, before the next ones
   };
 
-  /// Port 0 picks a free one. Raises std::runtime_error when it can't listen.
+  /// Port 0 picks a free one. Raises std::runtime_error if it can't listen.
   SimServer(const std::string& address, std::uint16_t port, Conversation conversation, Restarting restarting);
-  /// Ends all conversations, stuck ones too, and joins their threads.
+  /// Ends all conversations, including stuck ones, and joins their threads.
   ~SimServer() override;
   SimServer(const SimServer&) = delete;
   SimServer& operator=(const SimServer&) = delete;
@@ -47,21 +48,22 @@ class SimServer : public RestartSwitch {
 
  private:
   struct Client {
-    quarn::platform::SocketHandle socket = quarn::platform::kInvalidSocket;  ///< guarded; invalid: it left
+    quarn::platform::SocketHandle socket =
+        quarn::platform::kInvalidSocket;  ///< guarded; invalid once it has disconnected
     StopSignal stop;
     std::thread thread;
   };
   enum class Phase {
     kServing,
-    kClosing,   ///< a restart has begun, the listener is to be closed
-    kReplying,  ///< the listener is closed, the reply to the restart goes out
+    kClosing,   ///< a restart has begun, the listener is about to be closed
+    kReplying,  ///< the listener is closed, the reply to the restart is being sent
     kDown,
   };
 
   void AcceptClients();
   void Admit(quarn::platform::SocketHandle socket);
   void Serve(Client& client, quarn::platform::SocketHandle socket);
-  void JoinThoseWhoLeft();
+  void JoinFinished();
   bool RestartHasBegun() const;
   void Restart();
   void WaitForReply();
@@ -78,7 +80,7 @@ class SimServer : public RestartSwitch {
   mutable std::mutex mutex_;
   std::condition_variable phase_changed_;
   Phase phase_ = Phase::kServing;  // guarded by mutex_
-  bool stopping_ = false;          // guarded by mutex_; stop_ for those who wait for a phase
+  bool stopping_ = false;          // guarded by mutex_; stop_ for threads that wait for a phase
   std::list<Client> clients_;      // the accept thread adds and removes; mutex_ guards list and sockets
   std::thread accept_thread_;
 };

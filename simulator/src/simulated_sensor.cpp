@@ -66,7 +66,7 @@ struct SimulatedSensor::Parts {
   void AddSmallSensor() {
     device = std::make_unique<SmallSensorDevice>();
     tunnel.emplace(SerialParts{*device, faults, options.serial_watcher});
-    handler.TakePackagesUnder(kJunctionBoxPackage);
+    handler.AddUpgradeCommand(kJunctionBoxPackage);
     if (model->FindByName(kSerialNumber) == nullptr) return;
     device->state.Change(
         [number = state.ValueText(kSerialNumber)](SmallSensorItems& items) { items.serial_number = number; });
@@ -79,7 +79,7 @@ struct SimulatedSensor::Parts {
     if (!version) return;
     try {
       state.SetValue(kFirmwareVersion, *version);
-    } catch (const std::logic_error&) {  // a table that shows no version, or in another form
+    } catch (const std::logic_error&) {  // the table has no version, or one in another form
     }
   }
 

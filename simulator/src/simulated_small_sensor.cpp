@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A symbolic link for as long as the object lives. Never takes the place of anything but a link.
+/// A symbolic link that exists as long as the object. Replaces nothing but another link.
 class LineLink {
  public:
   LineLink(std::string path, const std::string& target) : path_(std::move(path)) {

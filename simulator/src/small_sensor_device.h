@@ -7,14 +7,14 @@
 
 namespace varkel::sim {
 
-/// A small sensor without a way to it. Every part is thread-safe.
+/// A small sensor without its transport. Every part is thread-safe.
 struct SmallSensorDevice {
   SmallSensorState state;
-  OtaStore firmware;  ///< what came with firmware frames, and what is coming
-  SerialLog log;      ///< the requests that came
+  OtaStore firmware;  ///< received firmware, and the current transfer
+  SerialLog log;      ///< the received requests
   SmallSensorHandler handler{state, firmware};
 
-  /// A restart: it no longer waits for components.
+  /// Restarts the sensor: it no longer accepts components.
   void PowerUp() {
     state.Change([](SmallSensorItems& items) { items.ready_for_firmware = false; });
   }

@@ -13,9 +13,9 @@
 namespace varkel::sim {
 namespace {
 
-using namespace quarn::lidar;  // the items
+using namespace quarn::lidar;  // for the items
 
-// Reasons of a refusal.
+// Reasons for a refusal.
 constexpr std::uint8_t kUnknownItem = 1;
 constexpr std::uint8_t kBadRequest = 2;
 constexpr std::uint8_t kBadValue = 3;
@@ -41,12 +41,12 @@ SerialReply Answer(const SerialRequest& request, std::vector<std::uint8_t> conte
   return {request.kind, request.code, std::move(contents)};
 }
 
-/// A set's reply: the last byte is its status, or what the item answers.
+/// The reply to a set: the last byte is its status, or the item's answer.
 SerialReply SetAnswer(const SerialRequest& request, std::uint8_t value) {
   return Answer(request, {ItemOf(request), 0, value});
 }
 
-/// NUL padded; a longer text is cut.
+/// NUL padded; a longer text is truncated.
 void AppendText(std::vector<std::uint8_t>& contents, std::string text, std::size_t size) {
   text.resize(size);
   contents.insert(contents.end(), text.begin(), text.end());
@@ -98,7 +98,7 @@ SerialReply SmallSensorHandler::Set(const SerialRequest& request) {
   if (request.payload.size() != kSetSize) return Refuse(request, kBadRequest);
   const std::uint8_t value = request.payload[kValueOffset];
   const std::uint8_t item = ItemOf(request);
-  // The reply to a change of mode has no room for a status: it ends early instead.
+  // The reply to a mode change has no room for a status, so a refusal ends early instead.
   if (item == kModeItem && value != kReadyForFirmware) return Answer(request, {item, kBadValue});
   std::uint8_t answer = kOtaTaken;
   state_.Change([&](SmallSensorItems& items) {
@@ -165,7 +165,7 @@ SerialReply SmallSensorHandler::Version(const SerialRequest& request) const {
   if (version == items.versions.end()) return Refuse(request, kBadValue);
   std::vector<std::uint8_t> contents = {kVersionItem, version->first};
   AppendText(contents, version->second, kVersionSize);
-  // Two bytes of length and code, two of item and index, the text, two spare ones.
+  // Two bytes for length and code, two for item and index, the text, and two spare bytes.
   constexpr std::size_t kContents = 28;
   contents.resize(kContents);
   return Answer(request, std::move(contents));
@@ -181,7 +181,7 @@ SerialReply SmallSensorHandler::TakeFirmware(const SerialRequest& request) {
   return Answer(request, {status});
 }
 
-/// What came runs at once. The parts that it is for show the version that its first line names.
+/// New firmware runs at once. The parts it is for report the version in its first line.
 void SmallSensorHandler::Install(const ReceivedFirmware& firmware) {
   std::vector<std::uint8_t> parts;
   if (!firmware.is_component) {

@@ -9,25 +9,25 @@
 
 namespace varkel::sim {
 
-/// What a small sensor says to one request.
+/// A small sensor's reply to a request.
 struct SerialReply {
   quarn::lidar::ReplyKind kind = quarn::lidar::ReplyKind::kCommand;
   std::uint8_t code = 0;               ///< the request's
-  std::vector<std::uint8_t> contents;  ///< what follows the code
+  std::vector<std::uint8_t> contents;  ///< the bytes after the code
 };
 
-/// Answers every request that a small sensor knows. Thread-safe.
+/// Answers every request that a small sensor supports. Thread-safe.
 ///
-/// A refused set, and a refused firmware frame, carries the reason as its status. A get has no status: its
-/// refusal is cut off after the item, with the reason as the only byte.
+/// A refused set or firmware frame has the reason as its status. A get has no status: its refusal ends after
+/// the item, with the reason as the only byte.
 class SmallSensorHandler {
  public:
-  /// Both outlive the handler.
+  /// Both must outlive the handler.
   SmallSensorHandler(SmallSensorState& state, OtaStore& firmware) : state_(state), firmware_(firmware) {}
 
   SerialReply Handle(const SerialRequest& request);
 
-  /// The reply of a sensor that does not do what it is asked for.
+  /// The reply of a sensor that refuses the request.
   static SerialReply Refuse(const SerialRequest& request, std::uint8_t reason);
 
  private:

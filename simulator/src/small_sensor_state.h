@@ -14,11 +14,11 @@ namespace varkel::sim {
 /// Indices of the version item.
 enum SmallSensorVersion : std::uint8_t { kBmbFpga = 0, kTmbFpga = 1, kBmbMcu = 2, kPbl = 5 };
 
-/// What a small sensor holds besides its table's variables.
+/// A small sensor's state besides its table's variables.
 struct SmallSensorItems {
   bool standby = false;
   std::uint8_t spin_rate = 10;
-  bool last_return = false;           ///< else the strongest
+  bool last_return = false;           ///< otherwise the strongest
   std::uint32_t baud_rate = 3000000;  ///< of the line on the sensor's side
   std::uint8_t angular_range = 0;     ///< codes of the IMU range
   std::uint8_t accel_range = 0;
@@ -28,13 +28,13 @@ struct SmallSensorItems {
   std::map<std::uint8_t, std::string> versions = {
       {kBmbFpga, "1.4.2.0"}, {kTmbFpga, "1.1.7.3"}, {kBmbMcu, "2.0.6.0"}, {kPbl, "1.0.3.0"}};
   std::vector<std::uint8_t> correction = std::vector<std::uint8_t>(192, 0x5A);  ///< at most kMostCorrection
-  quarn::lidar::Partition partition = quarn::lidar::Partition::kA;              ///< that it runs from
-  bool ready_for_firmware = false;                                              ///< takes components
+  quarn::lidar::Partition partition = quarn::lidar::Partition::kA;              ///< the one it runs from
+  bool ready_for_firmware = false;                                              ///< accepts components
 
-  static constexpr std::size_t kMostCorrection = 251;  ///< more than that a reply's length byte can't count
+  static constexpr std::size_t kMostCorrection = 251;  ///< the most that fits a reply's length byte
 };
 
-/// The same under a lock. Thread-safe.
+/// SmallSensorItems guarded by a lock. Thread-safe.
 class SmallSensorState {
  public:
   SmallSensorItems Items() const {

@@ -8,7 +8,7 @@
 namespace varkel::sim {
 
 /// A small sensor reached through a KTC server: KTC command 0xFF carries serial frames to it (payload 00 02,
-/// then the frame) and is asked for the rate of the line to it (00 01) or sets it (00 01 39, then the rate).
+/// then the frame), and reads (00 01) or sets (00 01 39, then the rate) the baud rate of its line.
 /// Thread-safe.
 class SmallSensorTunnel {
  public:
@@ -16,8 +16,7 @@ class SmallSensorTunnel {
 
   static bool Takes(const ReceivedRequest& request);
 
-  /// What the rules make of a carried frame's reply goes into `plan`, where it joins what they make of the
-  /// KTC reply.
+  /// Adds the faults of the inner frame's reply to `plan`, which has those of the KTC reply.
   Reply Handle(const ReceivedRequest& request, ReplyPlan& plan) const;
 
  private:

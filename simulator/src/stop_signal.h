@@ -6,7 +6,7 @@
 
 namespace varkel::sim {
 
-/// A wait that another thread can end for good. Thread-safe.
+/// A wait that another thread can end permanently. Thread-safe.
 class StopSignal {
  public:
   void Raise() {
@@ -22,15 +22,15 @@ class StopSignal {
     return raised_;
   }
 
-  /// True when the signal was raised, false when the time went by.
+  /// True if the signal was raised, false on time-out.
   bool WaitFor(std::chrono::milliseconds time) const {
     return WaitUntil(std::chrono::steady_clock::now() + time);
   }
 
-  /// The same until a moment, which may lie in the past.
+  /// The same until a point in time, which may be in the past.
   bool WaitUntil(std::chrono::steady_clock::time_point moment) const {
     std::unique_lock<std::mutex> lock(mutex_);
-    if (moment <= std::chrono::steady_clock::now()) return raised_;  // costs no call into the system
+    if (moment <= std::chrono::steady_clock::now()) return raised_;  // avoids a system call
     return changed_.wait_until(lock, moment, [this] { return raised_; });
   }
 

@@ -19,7 +19,7 @@ bool StreamTally::Count(std::span<const std::uint8_t> datagram) {
 std::uint64_t StreamTally::lost() const {
   if (received_ == 0) return 0;
   const std::uint64_t expected = highest_ - lowest_ + 1;
-  return expected > received_ ? expected - received_ : 0;  // one that came twice makes up for a lost one
+  return expected > received_ ? expected - received_ : 0;  // a duplicate offsets a lost one
 }
 
 }  // namespace varkel::sim

@@ -5,17 +5,17 @@
 
 namespace varkel::sim {
 
-/// What one receiver makes of the numbers of a DatagramStream. It may come in after the first datagram: what
-/// it missed before the lowest number, and after the highest, is not counted as lost.
+/// Counts lost and disordered datagrams of a DatagramStream from their numbers. A receiver may join late:
+/// datagrams before the lowest received number and after the highest are not counted as lost.
 class StreamTally {
  public:
-  /// False for a datagram too short for a number, which counts for nothing.
+  /// False for a datagram too short for a number, which is ignored.
   bool Count(std::span<const std::uint8_t> datagram);
 
   std::uint64_t received() const { return received_; }
   std::uint64_t last() const { return highest_; }           ///< the highest number, 0 before the first
-  std::uint64_t disordered() const { return disordered_; }  ///< came after a higher number, or twice
-  std::uint64_t lost() const;                               ///< numbers that did not come
+  std::uint64_t disordered() const { return disordered_; }  ///< arrived after a higher number, or twice
+  std::uint64_t lost() const;                               ///< numbers that did not arrive
 
  private:
   std::uint64_t received_ = 0;

@@ -21,7 +21,7 @@ class TlsStream : public ByteStream {
 
   int Receive(std::span<std::uint8_t> buffer) override { return session_->Read(buffer); }
   bool SendAll(std::span<const std::uint8_t> bytes) override {
-    return bytes.empty() || session_->Write(bytes) > 0;  // one write takes all of it or fails
+    return bytes.empty() || session_->Write(bytes) > 0;  // one write sends all of it or fails
   }
   void End() override { session_->Shutdown(); }
 
@@ -29,13 +29,13 @@ class TlsStream : public ByteStream {
   const std::unique_ptr<TlsSession> session_;
 };
 
-/// The library's own way is to ask for a pass phrase on the terminal and to wait for it.
+/// Without this the library would ask for a pass phrase on the terminal and wait for it.
 int RefusePassPhrase(char* /*buffer*/, int /*size*/, int /*for_writing*/, void* /*data*/) {
   return -1;
 }
 
-/// Why the library's last call failed, in its words or the system's. The later errors only say what the
-/// first one has led to.
+/// Why the library's last call failed, as reported by the library or the system. Later errors are only
+/// consequences of the first one.
 std::string FirstReason() {
   const unsigned long error = ERR_peek_error();
   if (ERR_SYSTEM_ERROR(error)) return std::generic_category().message(ERR_GET_REASON(error));
@@ -50,7 +50,8 @@ void Require(bool usable, const std::string& what) {
 void AskForClientCertificates(SSL_CTX* context, const TlsOptions& options) {
   if (options.ca.empty()) {
     if (options.require_client_certificate) {
-      throw std::runtime_error("Clients' certificates can't be required without the authorities for them.");
+      throw std::runtime_error(
+          "Client certificates can't be required without certificate authorities to check them.");
     }
     return;
   }
@@ -65,7 +66,7 @@ TlsContext MakeContext(const TlsOptions& options) {
   TlsContext context(SSL_CTX_new(TLS_server_method()));
   Require(context != nullptr, "TLS");
   SSL_CTX_set_min_proto_version(context.get(), TLS1_2_VERSION);
-  // Every client shakes hands in full: a resumed session would skip the check of its certificate.
+  // Every client performs a full handshake: a resumed session would skip the check of its certificate.
   SSL_CTX_set_session_cache_mode(context.get(), SSL_SESS_CACHE_OFF);
   SSL_CTX_set_options(context.get(), SSL_OP_NO_TICKET);
   SSL_CTX_set_num_tickets(context.get(), 0);

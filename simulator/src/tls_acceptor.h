@@ -12,19 +12,19 @@ namespace varkel::sim {
 /// Paths of PEM files.
 struct TlsOptions {
   std::string certificate{};  ///< the sensor's own, followed by those of its authorities, if any
-  std::string key{};          ///< its private key, not locked by a pass phrase
-  std::string ca{};           ///< authorities for the clients' certificates; empty: none is asked for
+  std::string key{};          ///< its private key, without a pass phrase
+  std::string ca{};           ///< authorities for client certificates; empty: none is requested
   bool require_client_certificate = false;  ///< needs `ca`; otherwise only a given certificate is checked
 };
 
-/// The sensor's side of TLS 1.2 and 1.3. Thread-safe; neither logs nor shows what the files hold.
+/// The sensor's side of TLS 1.2 and 1.3. Thread-safe; never logs or shows the files' contents.
 class TlsAcceptor {
  public:
-  /// Raises std::runtime_error with a sentence that names the file when one can't be used.
+  /// Raises std::runtime_error with a sentence that names the file if one can't be used.
   explicit TlsAcceptor(const TlsOptions& options);
 
-  /// Shakes hands over a connected socket, for as long as the client takes. Null when client and sensor
-  /// refuse each other.
+  /// Performs the handshake on a connected socket, for as long as the client takes. Null if client or sensor
+  /// rejects the other.
   std::unique_ptr<ByteStream> Accept(quarn::platform::SocketHandle socket) const;
 
  private:

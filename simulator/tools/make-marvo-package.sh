@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# make-marvo-package.sh NAME FILE: writes a sample firmware package of a Marvo sensor.
-# make-marvo-package.sh --list: the names, one a line.
+# make-marvo-package.sh NAME FILE: writes a sample firmware package for a Marvo sensor.
+# make-marvo-package.sh --list: lists the names, one per line.
 set -euo pipefail
 
 names="full only-app-a only-app-b params small-fpga tiny-fpga no-component

@@ -39,7 +39,7 @@ std::string Ids(const ConfigParser::VarList& vars) {
   return ids;
 }
 
-TEST(ConfigParser, TellsAMissingFileFromAnEmptyTable) {
+TEST(ConfigParser, DistinguishesAMissingFileFromAnEmptyTable) {
   EXPECT_FALSE(ConfigParser("no such table.csv").ExtractConfigInfo());
   EXPECT_FALSE(ConfigParser("/").ExtractConfigInfo()) << "a folder";
   for (const std::string& text : {TableText({}), std::string()}) {
@@ -78,10 +78,10 @@ TEST(ConfigParser, ReadsTheNotationsOfCells) {
   }
 }
 
-TEST(ConfigParser, NamesWriteOnlyVariablesApart) {
+TEST(ConfigParser, DisambiguatesWriteOnlyVariables) {
   const Loaded table(
       {"Index=1;Set=0x21;VarName=Mode", "Index=2;Set=0x22;VarName=Mode", "Index=3;Set=9;Get=8;VarName=Mode"});
-  EXPECT_EQ(table["1-3"].var_name, "Mode") << "it can be read, and so needs no name of its own";
+  EXPECT_EQ(table["1-3"].var_name, "Mode") << "it can be read, so its name need not be unique";
   EXPECT_EQ(table.catalogue.FindByName("Mode"), &table["1-1"]);
   EXPECT_EQ(table.catalogue.FindByName("Mode_0x22"), &table["1-2"]);
   EXPECT_EQ(table.output, kLoad + "Mode_0x22 is used in other cmd\n");
@@ -94,7 +94,7 @@ TEST(ConfigParser, LinksSwitchesToTheRowsAtTheirPosition) {
     rows.push_back("Get=7;Index=" + std::to_string(rows.size()) + ";FunctionModule=" + place);
   }
   const Loaded table(rows);
-  // A switch keeps its own position, may come later in the file, and none switches a negative position.
+  // A switch keeps its own position and may come later in the file; a negative position has no switch.
   const std::map<std::string, const VarInfo*> switches = {{"1-1", &table["1-1"]}, {"1-2", &table["1-1"]},
                                                           {"1-3", nullptr},       {"1-4", &table["1-5"]},
                                                           {"1-5", nullptr},       {"1-6", nullptr}};
@@ -105,7 +105,7 @@ TEST(ConfigParser, LinksSwitchesToTheRowsAtTheirPosition) {
   EXPECT_THAT(table.catalogue.switch_map().at(&const_cast<VarInfo&>(table["1-5"])), ElementsAre(0, 1, 1));
 }
 
-TEST(ConfigParser, TellsOfRowsThatClashOrDefineNothing) {
+TEST(ConfigParser, ReportsRowsThatClashOrDefineNothing) {
   const Loaded table({"0,Page,Group", "Index=1;Set=0x21;VarName=Old;Options=1|2;FunctionModule=1_1_1_2_1",
                       "Index=1;Get=0x07;VarName=New", "GroupID=;Index=1;Get=7;VarName=Lost",
                       "GroupID=1;Index=;Get=7", "Index=2;VarLen=no number, but nobody looks"});
@@ -118,14 +118,14 @@ TEST(ConfigParser, TellsOfRowsThatClashOrDefineNothing) {
   EXPECT_THAT(table.output, testing::HasSubstr("var name = Lost\n"));
 }
 
-TEST(ConfigParser, WarnsOfCoefficientsWithARest) {
+TEST(ConfigParser, WarnsOfTextAfterACoefficient) {
   const Loaded table({"Get=7;Index=1;VarName=Speed;Coefficient=0,5;SetCoefficient=2 rpm",
                       "Get=7;Index=2;Coefficient= +0.5 ;SetCoefficient=1e-3"});
   EXPECT_EQ(std::pair(table["1-1"].coefficient, table["1-1"].set_coefficient), std::pair(0.0F, 2.0F));
   EXPECT_EQ(std::pair(table["1-2"].coefficient, table["1-2"].set_coefficient), std::pair(0.5F, 1e-3F));
   const std::string place = "variable 1-1 \"Speed\", row 2: ";
   const std::string rest =
-      " is a number only at its beginning, and no more of it is used. Write it with a decimal point.";
+      " only begins with a number, and the rest is ignored. Write it with a decimal point.";
   EXPECT_THAT(table.catalogue.load_warnings(),
               ElementsAre(place + "Coefficient \"0,5\"" + rest, place + "SetCoefficient \"2 rpm\"" + rest));
 }

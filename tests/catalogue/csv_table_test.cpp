@@ -12,7 +12,7 @@ namespace {
 using test::TableFile;
 using testing::HasSubstr;
 
-// The cells of columns A and B of every row, joined so that a failing case reads well, or the error.
+// The cells of columns A and B of every row, joined into one readable text, or the error.
 std::string Read(const std::string& text) {
   const TableFile file(text);
   CsvTable table(file.path());
@@ -59,8 +59,9 @@ TEST(CsvTable, SaysWhereQuotesAreMalformed) {
   EXPECT_THAT(Read("A,B\n1,2\n3,x\"y\n"), HasSubstr("Malformed quotes in line 3 of"));
   EXPECT_THAT(Read("A,B\n1,2\n3,\"4\n5,6\n"), HasSubstr("A quote opened in row 3 of"));
   EXPECT_EQ(Read("A,C\n1,2\n"), "Can't find a column named B");
-  EXPECT_EQ(Read("A;B\n1;2\n"), "Can't find a column named B: " + TableFile("").path() +
-                                    " has \";\" between its cells. Save it as comma-separated text (CSV).");
+  EXPECT_EQ(Read("A;B\n1;2\n"),
+            "Can't find a column named B: " + TableFile("").path() +
+                " separates its cells with \";\". Save it as comma-separated text (CSV).");
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ TEST(ModelSelection, ListsTheTablesOfAFolder) {
                            ".hidden.csv", ".~lock.A.csv#", "~$A.csv"}) {
     std::ofstream(folder / quarn::platform::FilePath(name)).flush();
   }
-#ifndef _WIN32  // Wine makes no links
+#ifndef _WIN32  // Wine can't create links
   std::filesystem::create_symlink(folder / "loop.csv", folder / "loop.csv");
 #endif
   EXPECT_THAT(ListModels(PathText(folder)), testing::ElementsAre("A", "a", "b", "ö"));

@@ -9,7 +9,7 @@
 
 namespace varkel::test {
 
-/// A table in the running test's file, removed with the object: one at a time.
+/// A table file named after the running test, removed with the object. Only one can exist at a time.
 class TableFile {
  public:
   explicit TableFile(const std::string& text) { std::ofstream(path_, std::ios::binary) << text; }
@@ -23,8 +23,8 @@ class TableFile {
   const std::string path_ = testing::TempDir() + test_->test_suite_name() + "." + test_->name() + ".csv";
 };
 
-/// A table's text. "Column=text;Column=text" is the row of a variable, of group 1 unless it says another;
-/// a row without "=" stands as it is.
+/// A table's text. "Column=text;Column=text" is the row of a variable, in group 1 unless it names another; a
+/// row without "=" is used unchanged.
 inline std::string TableText(const std::vector<std::string>& rows, const std::string& left_out_column = {}) {
   std::vector<std::string> columns = {"GroupID",           "Index",          "Get",        "Set",
                                       "SetIndex",          "VarName",        "Permission", "VarType",

@@ -24,21 +24,21 @@ std::vector<std::string> Places(const std::vector<TableFinding>& findings) {
 }
 
 TEST(TableLint, FindsEachFault) {
-  // Put over a sound row, the fault makes the one finding that follows; the columns of a row in quotes are
-  // one a line of the file.
+  // Each fault, put into a correct row, causes exactly one finding; a quoted row has one column per line of
+  // the file.
   const struct {
     const char *row, *fault, *finding, *text;
   } kCases[] = {
       {"", "", nullptr, nullptr},
       {"", "VarType=uint24", "4 error VarType", "\"Speed\" (1-1): there is no type \"uint24\""},
       {"", "VarLen=4", "4 error VarLen", "uint16 takes 2 bytes, but VarLen is 4"},
-      {"", "VarLen=x", "4 error VarLen", "is no whole number"},
-      {"", "Get=0x4G", "4 error Get", "\"0x4G\" is no number"},
-      {"", "Get=08", "4 error Get", "\"08\" is no number"},
-      {"", "Get=0x", "4 error Get", "\"0x\" is no number"},
-      {"", "Get=300", "4 error Get", "is no byte"},
-      {"", "Coefficient=nan", "4 error Coefficient", "no number to multiply with"},
-      {"", "Coefficient=0,5", "4 error Coefficient", "is a number only at its beginning"},
+      {"", "VarLen=x", "4 error VarLen", "is not a 32-bit integer"},
+      {"", "Get=0x4G", "4 error Get", "\"0x4G\" is not a number"},
+      {"", "Get=08", "4 error Get", "\"08\" is not a number"},
+      {"", "Get=0x", "4 error Get", "\"0x\" is not a number"},
+      {"", "Get=300", "4 error Get", "is not a byte"},
+      {"", "Coefficient=nan", "4 error Coefficient", "can't be a factor"},
+      {"", "Coefficient=0,5", "4 error Coefficient", "only begins with a number"},
       {"", "Coefficient=0", "4 error Coefficient", "loses every value"},
       {"", "GetCmdPayload=0x123", "4 error GetCmdPayload", "the last digit"},
       {"", "GetCmdPayload=0xGG", "4 error GetCmdPayload", "is not hexadecimal"},
@@ -55,18 +55,20 @@ TEST(TableLint, FindsEachFault) {
       {"", "FunctionModule=1_1_1_3;Options=", "4 error Options", "a list to choose from"},
       {"", "FunctionModule=1_1_1_2", "4 error FunctionModule", "has no switch"},
       {"", "VarType=string;VarLen=8;Options=", "4 error Set", "a string can't be written"},
-      {"", "VarType=uint32;VarLen=4", "4 warning VarType", "can be set to 0 only"},
+      {"", "VarType=uint32;VarLen=4", "4 warning VarType", "can only be set to 0"},
       {"", "Get=", "4 warning Get", "never read"},
       {"", "GroupID=", "4 warning GroupID", "is skipped"},
       {"Index=1;GroupID=2;Get=0x40;VarName=B;VarType=raw", "", "5 error Index",
-       "Index 1 is taken twice, by line 4"},
+       "Index 1 is used twice, by line 4"},
       {"Index=3;Get=0x40;VarName=B;VarType=raw", "", "5 warning Index",
        "Index 3 follows 1: a field is missing"},
       {"Index=2;Get=0x40;VarName=B;VarType=raw;GetCmdPayload=0x01", "", "5 error GetCmdPayload", "line 4"},
-      {"Index=2;Get=1;Set=0x41;SetIndex=1;VarName=B;VarType=raw", "", "5 error SetIndex", "is taken twice"},
+      {"Index=2;Get=1;Set=0x41;SetIndex=1;VarName=B;VarType=raw", "", "5 error SetIndex", "is used twice"},
       {"Index=2;Get=1;Set=0x41;VarName=B;VarType=raw", "", "5 error SetIndex", "SetIndex is missing"},
-      {"Index=1;Get=1;VarName=B;VarType=raw", "", "5 error Index", "the identifier is taken by line 4"},
-      {"Index=2;Get=1;VarName=Speed;VarType=raw", "", "5 warning VarName", "the name is taken by line 4"},
+      {"Index=1;Get=1;VarName=B;VarType=raw", "", "5 error Index",
+       "the identifier is already used by line 4"},
+      {"Index=2;Get=1;VarName=Speed;VarType=raw", "", "5 warning VarName",
+       "the name is already used by line 4"},
   };
   const std::string sound =
       ";Index=1;Get=0x40;Set=0x41;SetIndex=1;VarName=Speed;VarType=uint16;VarLen=2;Options=1~100;"
@@ -90,7 +92,7 @@ TEST(TableLint, FindsEachFault) {
   }
 }
 
-TEST(TableLint, FindsWhatIsMissingAsAWhole) {
+TEST(TableLint, FindsAMissingFileOrColumn) {
   EXPECT_THAT(Places(LintTable("no such table.csv")), testing::ElementsAre("0 error "));
   const TableFile file(TableText({}, "Unit"));
   EXPECT_THAT(Places(LintTable(file.path())), testing::ElementsAre("1 error Unit"));

@@ -53,9 +53,9 @@ Outcome RunProgram(const QStringList& arguments) {
   return Finish(*Start(arguments));
 }
 
-/// A sensor of its own, and the program on it.
-struct Desk {
-  Desk() { sensor.Start(); }
+/// A simulated sensor, and the program run against it.
+struct Fixture {
+  Fixture() { sensor.Start(); }
   QString host() const { return QStringLiteral("127.0.0.1:%1").arg(sensor.port()); }
   QStringList Args(QStringList arguments) const {
     return QStringList{"--host", host(), "--timeout", "1000"} + arguments;
@@ -66,7 +66,7 @@ struct Desk {
   QTemporaryDir folder;
 };
 
-/// The place where the value is not what the schema says; empty when it is.
+/// The place where the value does not match the schema; empty if it matches.
 std::string Violation(const QJsonValue& value, const QJsonValue& schema, const std::string& place) {
   static const std::map<QString, QJsonValue::Type> types = {
       {"string", QJsonValue::String}, {"number", QJsonValue::Double}, {"boolean", QJsonValue::Bool}};
@@ -93,7 +93,7 @@ std::string Violation(const QJsonValue& value, const QJsonValue& schema, const s
   return {};
 }
 
-/// The manual's schema of that name.
+/// The manual's schema with that name.
 QJsonObject Schema(const char* schema) {
   for (const QByteArray& block :
        Content(QStringLiteral(VARKELCTL_MANUAL)).replace("```json", "\x01").split('\x01')) {
@@ -104,7 +104,7 @@ QJsonObject Schema(const char* schema) {
   return {};
 }
 
-/// The one line of output as an object that fits the schema.
+/// The single line of output as an object, checked against the schema.
 QJsonObject Checked(const Outcome& outcome, const char* schema) {
   EXPECT_EQ(outcome.output.count('\n'), 1) << outcome.output.toStdString();
   const QJsonObject object = QJsonDocument::fromJson(outcome.output).object();
@@ -113,20 +113,21 @@ QJsonObject Checked(const Outcome& outcome, const char* schema) {
 }
 
 TEST(Cli, JsonFitsTheManual) {
-  Desk desk;
-  desk.sensor.AddFault("0x0C=error:9");
-  const QJsonObject read = Checked(desk({"--json", "read", "--all"}), "read");
+  Fixture fixture;
+  fixture.sensor.AddFault("0x0C=error:9");
+  const QJsonObject read = Checked(fixture({"--json", "read", "--all"}), "read");
   EXPECT_EQ(read["sn"].toString(), "QU64A2419C0087");
   EXPECT_EQ(read["failed"][0]["code"].toInt(), 9);
-  Checked(desk({"--json", "watch", "SN", "--count", "1"}), "read");
-  const QJsonObject set = Checked(desk({"set", "Spin Rate=300", "--json"}), "change");
+  Checked(fixture({"--json", "watch", "SN", "--count", "1"}), "read");
+  const QJsonObject set = Checked(fixture({"set", "Spin Rate=300", "--json"}), "change");
   EXPECT_EQ(set["changes"][0]["verdict"].toString(), "verified");
   EXPECT_TRUE(QFile::exists(set["snapshot"].toString()));
-  const QJsonObject refused = Checked(desk({"--json", "set", "Spin Rate=5"}), "change");
+  const QJsonObject refused = Checked(fixture({"--json", "set", "Spin Rate=5"}), "change");
   EXPECT_FALSE(refused["ok"].toBool());
-  Checked(desk({"--json", "rollback"}), "change");
-  EXPECT_EQ(desk.sensor.ValueText("Spin Rate"), "600");
-  EXPECT_GT(Checked(desk({"--json", "compare", "--defaults"}), "compare")["differences"].toArray().size(), 0);
+  Checked(fixture({"--json", "rollback"}), "change");
+  EXPECT_EQ(fixture.sensor.ValueText("Spin Rate"), "600");
+  EXPECT_GT(Checked(fixture({"--json", "compare", "--defaults"}), "compare")["differences"].toArray().size(),
+            0);
 }
 
 TEST(Cli, WorksOnTablesAlone) {
@@ -149,10 +150,10 @@ TEST(Cli, WorksOnTablesAlone) {
       {{"table", "lint", warned}, 2, "VarName: warning: \"Motor Speed\" (5-3)"},
       {{"table", "lint", wrong}, 1, "VarType: error: \"Motor Current\" (5-3)"},
       {{"table", "lint", "No Such"}, 1, "can't be opened"},
-      {{"table", "reference", "Quenta", "-o", folder.filePath("a.html")}, 0, "a.html is written"},
+      {{"table", "reference", "Quenta", "-o", folder.filePath("a.html")}, 0, "a.html has been written"},
       {{"table", "reference", "Quenta", "-o", folder.filePath("a.pdf")}, 64, ""},
       {{"table", "reference", "No Such", "-o", folder.filePath("a.md")}, 1, ""},
-      {{"table", "dissector", "-o", folder.filePath("a.lua")}, 0, "a.lua is written"},
+      {{"table", "dissector", "-o", folder.filePath("a.lua")}, 0, "a.lua has been written"},
       {{"table", "dissector", "Quenta", "-o", folder.path()}, 1, ""},
   };
   for (const auto& c : cases) {
@@ -165,9 +166,9 @@ TEST(Cli, WorksOnTablesAlone) {
   EXPECT_EQ(lint["findings"][0]["column"].toString(), "VarType");
 }
 
-TEST(Cli, ExitCodesTellWhatHappened) {
-  Desk desk;
-  const QString file = desk.folder.filePath("s.json");
+TEST(Cli, ExitCodesMatchTheOutcome) {
+  Fixture fixture;
+  const QString file = fixture.folder.filePath("s.json");
   const struct {
     const char* fault;
     QStringList arguments;
@@ -198,27 +199,27 @@ TEST(Cli, ExitCodesTellWhatHappened) {
       {"0x41=close:0", {"set", "Spin Rate=300"}, 4},
       {"", {"send", "zz"}, 64},
       {"", {"send", "07"}, 0},
-      {"0x62=error:3", {"log", "Fault Log", "-o", desk.folder.path()}, 1},
-      {"", {"log", "Fault Log", "-o", desk.folder.path()}, 0},
+      {"0x62=error:3", {"log", "Fault Log", "-o", fixture.folder.path()}, 1},
+      {"", {"log", "Fault Log", "-o", fixture.folder.path()}, 0},
       {"", {"upgrade", file + "x"}, 1},
       {"", {"--model", "Zelto-KTC", "read", "--all"}, 1},
       {"", {"restart", "--yes"}, 0},
   };
   for (const auto& [fault, arguments, exit] : cases) {
-    desk.sensor.ClearFaults();
-    if (*fault != '\0') desk.sensor.AddFault(fault);
-    const Outcome outcome = desk(arguments);
+    fixture.sensor.ClearFaults();
+    if (*fault != '\0') fixture.sensor.AddFault(fault);
+    const Outcome outcome = fixture(arguments);
     EXPECT_EQ(outcome.exit, exit) << arguments.join(' ').toStdString() << ": " << outcome.output.toStdString()
                                   << outcome.error.toStdString();
     EXPECT_EQ(outcome.output.isEmpty() && outcome.error.isEmpty(), false)
         << arguments.join(' ').toStdString();
   }
-  EXPECT_EQ(desk.sensor.restarts(), 1U);
+  EXPECT_EQ(fixture.sensor.restarts(), 1U);
 }
 
-TEST(Cli, SeveralSensorsAnswerInTheirOrder) {
-  Desk first;
-  Desk second;
+TEST(Cli, ResultsComeInTheOrderOfTheSensors) {
+  Fixture first;
+  Fixture second;
   first.sensor.AddFault("*=late:30");
   const QString targets = first.folder.filePath("targets.csv");
   Put(targets, QStringLiteral("label,host,port\nslow,127.0.0.1,%1\nnobody,127.0.0.1,1\nquick,127.0.0.1,%2\n")
@@ -236,19 +237,20 @@ TEST(Cli, SeveralSensorsAnswerInTheirOrder) {
   EXPECT_EQ(outcome.error, "3 sensors: 2 done; no connection: nobody\n");
 
   RunProgram({"--targets", targets, "snapshot", "-o", second.folder.path()});
-  EXPECT_EQ(QDir(second.folder.path()).entryList(QDir::Files).size(), 2) << "both have one serial number";
+  EXPECT_EQ(QDir(second.folder.path()).entryList(QDir::Files).size(), 2)
+      << "both have the same serial number";
 
   Put(targets, "host,port\n127.0.0.1,no\n");
   EXPECT_EQ(RunProgram({"--targets", targets, "info"}).exit, 64);
 }
 
 #ifndef _WIN32  // where another process can send Ctrl+C
-TEST(Cli, CtrlCEndsWithinASecondAndSaysHowFarItCame) {
-  Desk desk;
-  desk.sensor.AddFault("0x45=silence");
-  const auto process = Start({"--host", desk.host(), "--timeout", "20000", "set", "Spin Rate=300",
+TEST(Cli, CtrlCEndsWithinASecondAndReportsWhatWasWritten) {
+  Fixture fixture;
+  fixture.sensor.AddFault("0x45=silence");
+  const auto process = Start({"--host", fixture.host(), "--timeout", "20000", "set", "Spin Rate=300",
                               "Sync Angle=45", "GPS UDP Port=2000"});
-  ASSERT_TRUE(desk.sensor.WaitReceived(0x45, 1, std::chrono::seconds(20)));
+  ASSERT_TRUE(fixture.sensor.WaitReceived(0x45, 1, std::chrono::seconds(20)));
   QElapsedTimer timer;
   timer.start();
   process->terminate();
@@ -260,7 +262,7 @@ TEST(Cli, CtrlCEndsWithinASecondAndSaysHowFarItCame) {
   EXPECT_TRUE(outcome.output.contains("10110 → 2000 – not sent"));
 }
 
-/// The program with all its streams on a terminal, where `answer` is typed, and what it showed there.
+/// Runs the program with all its streams on a terminal, types `answer`, and returns what it printed there.
 Outcome OnTerminal(const QStringList& arguments, const QByteArray& answer = {}, bool has_colours = true) {
   const auto terminal = quarn::platform::PseudoTerminal::Create();
   const QString name = QString::fromStdString(terminal->name());
@@ -287,17 +289,17 @@ Outcome OnTerminal(const QStringList& arguments, const QByteArray& answer = {}, 
   return outcome;
 }
 
-TEST(Cli, AsksPaintsAndShowsProgressOnATerminalOnly) {
-  Desk desk;
-  const Outcome refused = OnTerminal(desk.Args({"reset"}), "n\n");
+TEST(Cli, AsksAndShowsColoursAndProgressOnATerminalOnly) {
+  Fixture fixture;
+  const Outcome refused = OnTerminal(fixture.Args({"reset"}), "n\n");
   EXPECT_EQ(refused.exit, 1);
   EXPECT_TRUE(refused.output.contains("Reset all settings of 1 sensor? [y/N]"))
       << refused.output.toStdString();
-  EXPECT_EQ(desk.sensor.restarts(), 0U);
-  EXPECT_EQ(OnTerminal(desk.Args({"restart"}), "y\n").exit, 0);
-  EXPECT_EQ(desk.sensor.restarts(), 1U);
+  EXPECT_EQ(fixture.sensor.restarts(), 0U);
+  EXPECT_EQ(OnTerminal(fixture.Args({"restart"}), "y\n").exit, 0);
+  EXPECT_EQ(fixture.sensor.restarts(), 1U);
 
-  Desk other;
+  Fixture other;
   const QByteArray green = "\x1B[32m✓\x1B[0m";
   EXPECT_TRUE(OnTerminal(other.Args({"set", "Spin Rate=300"})).output.contains(green));
   EXPECT_FALSE(OnTerminal(other.Args({"set", "Spin Rate=600"}), {}, false).output.contains("\x1B[3"));
@@ -310,33 +312,33 @@ TEST(Cli, AsksPaintsAndShowsProgressOnATerminalOnly) {
 }
 #endif
 
-TEST(Cli, TextsOfASensorCantCommandTheTerminal) {
-  Desk desk;
-  desk.sensor.SetValue("PN", "\x1B[2Jx\xC2\x9B");
-  const Outcome outcome = desk({"read", "PN"});
+TEST(Cli, TextsFromASensorCantControlTheTerminal) {
+  Fixture fixture;
+  fixture.sensor.SetValue("PN", "\x1B[2Jx\xC2\x9B");
+  const Outcome outcome = fixture({"read", "PN"});
   EXPECT_FALSE(outcome.output.contains('\x1B'));
   EXPECT_TRUE(outcome.output.contains("?[2Jx?"));
 }
 
 TEST(Cli, ARecordedSensorIsReplayedAndReadAgain) {
-  Desk desk;
-  desk.sensor.SetValue("PN", "a part of its own");
-  const QString file = desk.folder.filePath("session.pcap");
-  ASSERT_EQ(desk({"--capture", file, "read", "SN", "PN", "--page", "Network"}).exit, 0);
-  const Outcome original = desk({"--json", "read", "SN", "PN", "--page", "Network"});
+  Fixture fixture;
+  fixture.sensor.SetValue("PN", "a part of its own");
+  const QString file = fixture.folder.filePath("session.pcap");
+  ASSERT_EQ(fixture({"--capture", file, "read", "SN", "PN", "--page", "Network"}).exit, 0);
+  const Outcome original = fixture({"--json", "read", "SN", "PN", "--page", "Network"});
 
   std::ifstream recording(file.toStdString(), std::ios::binary);
   const auto replay = std::make_shared<sim::Replay>(recording, sim::Replay::Pace::kRecorded);
-  const std::uint16_t port = desk.sensor.port();
-  desk.sensor.Stop();
+  const std::uint16_t port = fixture.sensor.port();
+  fixture.sensor.Stop();
   SimulatedSensor replayed({.table_path = kTable, .port = port, .replay = replay});
   replayed.Start();
   const QString host = QStringLiteral("127.0.0.1:%1").arg(port);
   EXPECT_EQ(RunProgram({"--host", host, "--json", "read", "SN", "PN", "--page", "Network"}).output,
             original.output);
-  EXPECT_TRUE(replay->Unseen().empty());
+  EXPECT_TRUE(replay->Unrecorded().empty());
   EXPECT_EQ(RunProgram({"--host", host, "send", "52", "01"}).exit, 3);
-  EXPECT_EQ(replay->Unseen(), std::vector<std::string>{"command 0x52, payload 01: once"});
+  EXPECT_EQ(replay->Unrecorded(), std::vector<std::string>{"command 0x52, payload 01: once"});
 
   const Outcome shown = RunProgram({"capture", "show", file});
   EXPECT_EQ(shown.exit, 0) << shown.error.toStdString();
@@ -348,14 +350,15 @@ TEST(Cli, ARecordedSensorIsReplayedAndReadAgain) {
   }
   EXPECT_EQ(RunProgram({"capture", "show", file + "x"}).exit, 1);
   EXPECT_EQ(
-      RunProgram({"--capture", desk.folder.filePath("no/such.pcap"), "--host", host, "read", "SN"}).exit, 1);
+      RunProgram({"--capture", fixture.folder.filePath("no/such.pcap"), "--host", host, "read", "SN"}).exit,
+      1);
 }
 
 TEST(Cli, AnUpgradeWaitsUntilTheSensorIsBack) {
-  Desk desk;
-  const QString package = desk.folder.filePath("new.patch");
+  Fixture fixture;
+  const QString package = fixture.folder.filePath("new.patch");
   Put(package, "VARKEL-SIM FIRMWARE 9.8.7.6 2026-10-01\n" + QByteArray(5000, 'x'));
-  const Outcome outcome = desk({"upgrade", package});
+  const Outcome outcome = fixture({"upgrade", package});
   EXPECT_EQ(outcome.exit, 0) << outcome.error.toStdString();
   EXPECT_TRUE(outcome.output.contains("9.8.7.6 (2026-10-01)")) << outcome.output.toStdString();
 }

@@ -17,7 +17,7 @@ class CommandConsoleTest : public QObject {
   void ReplyIsShownAndRemembered() {
     VarkelManager& manager = *fixture_->manager;
     QSignalSpy changed(&manager, &VarkelManager::sendCommandHistoryChanged);
-    manager.SendCommandInBackground(" 0x52\n", "0x01 02 \r\n");  // copied with what stands around it
+    manager.SendCommandInBackground(" 0x52\n", "0x01 02 \r\n");  // copied with the surrounding characters
     QVERIFY(changed.wait());
     QCOMPARE(fixture_->sensor->Received(0x52).front().payload, (std::vector<std::uint8_t>{1, 2}));
     QCOMPARE(manager.getSendKtcCommandReturnHeader(), "47 74 52 00 00 00 00 0B");
@@ -46,7 +46,7 @@ class CommandConsoleTest : public QObject {
     for (int i = 0; i < 11; ++i) fixture_->manager->SendCommand("0x52", QString("01 0%1").arg(i, 0, 16));
     fixture_->AddFault("0x52=error:2");
     fixture_->manager->SendCommand("0x52", "01 0b");
-    QCOMPARE(fixture_->manager->getSendKtcCommandReturnHeader(), "");  // of the failed one
+    QCOMPARE(fixture_->manager->getSendKtcCommandReturnHeader(), "");  // of the failed command
     const QVariantList history = fixture_->manager->SendCommandHistory();
     QCOMPARE(history.size(), 10);
     QCOMPARE(history.first().toMap()["send_payload_history"], "01 0a");
@@ -67,7 +67,7 @@ class CommandConsoleTest : public QObject {
       fixture_->manager->SendCommandInBackground(texts[0], "");
       QCOMPARE(fixture_->NextSuccess(), texts[1]);
       QVERIFY(!fixture_->manager->IsConnected());
-      QCOMPARE(fixture_->manager->getSendKtcCommandReturnPayload(), "");  // the reply carries none
+      QCOMPARE(fixture_->manager->getSendKtcCommandReturnPayload(), "");  // the reply has none
     }
   }
 
@@ -75,7 +75,7 @@ class CommandConsoleTest : public QObject {
   std::unique_ptr<ControllerFixture> fixture_;
 };
 
-const RegisterTest<CommandConsoleTest> registered;
+const RegisterTest<CommandConsoleTest> register_command_console_test;
 
 }  // namespace
 

@@ -7,7 +7,7 @@ class ConnectionTest : public QObject {
   Q_OBJECT
  private slots:
   void FailuresAreReported() {
-    // Where the attempt goes, what the user is to check, and why. "same": one port for both lines.
+    // Where to connect, what the user is asked to check, and why. "same": one port for both lines.
     const QStringList cases[] = {
         {"Quenta", "127.0.0.1", "1", "network settings", "TCP connection failed."},
         {"Quenta", "127.0.0.1", "ktc", "network settings", "invalid stoi argument"},
@@ -16,7 +16,7 @@ class ConnectionTest : public QObject {
         {"Zelto", "/dev/none", "/dev/none", "RS485 serial port", "RS485 serial open fail"},
         {"Zelto", "", "same", "UART serial port", "UART serial open fail"}};
     for (const QStringList& texts : cases) {
-      if (kUnderWine && texts[2] == "same") continue;  // where a serial port may be opened twice
+      if (kUnderWine && texts[2] == "same") continue;  // Wine allows a serial port to be opened twice
       ControllerFixture fixture({}, texts[0].toStdString());
       VarkelManager& manager = *fixture.manager;
       const QString rs485 = manager.serial_port_485();
@@ -33,7 +33,7 @@ class ConnectionTest : public QObject {
       if (!lines) continue;
       manager.set_serial_port_485(rs485);
       manager.set_serial_port_232(QString::fromStdString(fixture.on_lines->uart_path()));
-      QVERIFY(fixture.Connect());  // the line that did open is free again
+      QVERIFY(fixture.Connect());  // the line that was opened is free again
     }
   }
 
@@ -81,7 +81,7 @@ class ConnectionTest : public QObject {
   }
 
   void SmallSensorInsideKtc() {
-    ControllerFixture fixture({"0x07=error:3"}, "Marvo-KTC");  // either command proves that it is there
+    ControllerFixture fixture({"0x07=error:3"}, "Marvo-KTC");  // either command proves that it is present
     fixture.manager->set_baud_rate("3125000");
     QVERIFY(fixture.Connect());
     const auto rate = fixture.sensor->Received(0xFF).front().payload;
@@ -99,7 +99,7 @@ class ConnectionTest : public QObject {
   void SmallSensorOnLines() {
     ControllerFixture fixture({}, "Zelto");
     VarkelManager& manager = *fixture.manager;
-    const unsigned rate = kUnderWine ? 115200 : 3125000;  // only the usual ones reach the line there
+    const unsigned rate = kUnderWine ? 115200 : 3125000;  // Wine sets only the usual rates
     manager.set_baud_rate(QString::number(rate));
     for (int round = 0; round < 2; ++round) {
       QVERIFY(fixture.Connect());
@@ -107,7 +107,8 @@ class ConnectionTest : public QObject {
       QCOMPARE(fixture.on_lines->uart_rate(), 9600U);
       manager.ZeltoSetStandby(1);  // needs KTC
       QCOMPARE(fixture.NextError(), "lidar is not connected, or lidar is upgrade");
-      QCOMPARE(manager.connectType(), 2);  // hosts rely on the switch, also when the function is refused
+      // Hosts switch to KTC this way, so it happens even if the function is refused.
+      QCOMPARE(manager.connectType(), 2);
       manager.SendCommand("02", "0A 01");  // the serial number
       QVERIFY2(fixture.errors.isEmpty(), qPrintable(fixture.errors.join('\n')));
       QVERIFY(manager.getSendKtcCommandReturnHeader().startsWith("24 4C 44 43 4D 44 2C "));
@@ -134,7 +135,7 @@ class ConnectionTest : public QObject {
   }
 };
 
-const RegisterTest<ConnectionTest> registered;
+const RegisterTest<ConnectionTest> register_connection_test;
 
 }  // namespace
 

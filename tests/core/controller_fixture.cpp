@@ -49,7 +49,7 @@ bool ControllerFixture::Connect() {
     manager->ConnectLidar();
     Wait([&] { return reported_connected_ || log.filter("ERROR Connection Error").size() > before; });
     if (reported_connected_ || log.removeAll(missed) == 0) break;
-    errors.removeLast();  // the notice of the same
+    errors.removeLast();  // the notice with the same text
   }
   return Wait([this] { return !manager->GetIsConnectingLidar(); }) && reported_connected_;
 }

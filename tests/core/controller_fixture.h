@@ -11,32 +11,32 @@
 #include "simulator/src/simulated_sensor.h"
 #include "simulator/src/simulated_small_sensor.h"
 
-/// A controller with a model selected, the simulated sensor that it is to connect to, and what it told the
-/// user. Lives on one thread, whose events it runs; any number of them stand side by side.
+/// A controller with a model selected, the simulated sensor that it connects to, and what it reported to the
+/// user. Lives on one thread, whose events it runs; any number of them can exist at the same time.
 struct ControllerFixture {
   explicit ControllerFixture(std::vector<std::string> faults = {}, const std::string& model = "Quenta");
   ~ControllerFixture() { CloseAll(); }
   ControllerFixture(const ControllerFixture&) = delete;
   ControllerFixture& operator=(const ControllerFixture&) = delete;
 
-  /// Runs events until the condition holds; false when the time ran out.
-  static bool Wait(const std::function<bool()>& condition, int seconds = 20);
+  /// Runs events until the condition holds; false on time-out.
+  static bool Wait(const std::function<bool()>& condition, int seconds = 60);
 
-  /// True when the connection is established. Tries again when the sensor did not accept within its 200 ms,
-  /// which a busy machine may miss.
+  /// True once the connection is established. Retries if the sensor did not accept within 200 ms, which can
+  /// happen on a busy machine.
   bool Connect();
-  /// The same with that page shown; no page: nothing but the test's own requests is on the wire.
+  /// The same with that page shown; without a page only the test's own requests are on the wire.
   bool ConnectOn(int page = -1);
-  /// Waits for the next error notice and takes it.
+  /// Waits for the next error notice, removes and returns it.
   QString NextError() { return Next(errors); }
   QString NextSuccess() { return Next(successes); }
 
-  void StartSensor();  ///< and gives the controller its port
+  void StartSensor();  ///< also gives the controller its port
   void StopSensor();
   void AddFault(const std::string& rule);
   void ClearFaults();
 
-  /// Place of a variable of the pages: {page, group, index}.
+  /// Position of a variable on the pages: {page, group, index}.
   struct Place {
     int page = -1;
     int group = -1;
@@ -44,7 +44,7 @@ struct ControllerFixture {
   };
   void EachVariable(const std::function<void(const Place&, const QVariantMap&)>& visit) const;
   Place Find(const QString& var_name) const;
-  /// Maps of the page's variables, but for those that the sensor itself keeps changing.
+  /// Maps of the page's variables, without those that the sensor itself keeps changing.
   QList<QVariantMap> Variables(int page) const;
   QString Shown(const QString& var_name) const;
   bool IsEdited(const QString& var_name) const;
@@ -58,7 +58,7 @@ struct ControllerFixture {
   QStringList log;  ///< "TYPE text"
 
  protected:
-  /// Who derives from it calls this first when it ends: signals reach into it.
+  /// A derived class calls this first in its destructor, because signals access its members.
   void CloseAll();
 
  private:

@@ -16,7 +16,8 @@ class EventQueueTest : public QObject {
     std::thread([&] {
       for (int i = 0; i < 100; ++i) queue.Post([&seen, i] { seen.push_back(i); });
     }).join();
-    queue.Post([&seen] { seen.push_back(100); });  // on the owner's thread: behind the waiting ones, at once
+    // Called on the owner's thread, it runs at once, after those that are waiting.
+    queue.Post([&seen] { seen.push_back(100); });
     std::vector<int> expected(101);
     std::iota(expected.begin(), expected.end(), 0);
     QCOMPARE(seen, expected);
@@ -36,7 +37,7 @@ class EventQueueTest : public QObject {
   }
 };
 
-const RegisterTest<EventQueueTest> registered;
+const RegisterTest<EventQueueTest> register_event_queue_test;
 
 }  // namespace
 

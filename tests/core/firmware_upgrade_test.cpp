@@ -14,14 +14,14 @@ class FirmwareUpgradeTest : public QObject {
     QVERIFY(fixture_->ConnectOn());
   }
 
-  void EntryReturnsAtOnceAndNothingRunsBeside() {
+  void EntryReturnsAtOnceAndNothingElseStarts() {
     VarkelManager& manager = *fixture_->manager;
     QCOMPARE(manager.upgradeProgressTotalLen(), 1);
     const QUrl file = Package(QByteArray(3 * 1024 + 100, 'x'));
     QElapsedTimer entry;
     entry.start();
     QCOMPARE(Upgrade(file), 0);
-    QVERIFY(entry.elapsed() < 200);  // the wait ahead of the transfer is the worker's
+    QVERIFY(entry.elapsed() < 200);  // the worker does the waiting before the transfer
     QVERIFY(manager.IsUpgrading());
     QCOMPARE(manager.upgradeProgressTotalLen(), 3);
     QCOMPARE(Upgrade(file), -1);
@@ -29,11 +29,11 @@ class FirmwareUpgradeTest : public QObject {
     QCOMPARE(fixture_->NextError(), "Please wait for the lidar to upgrade completely");
     QVERIFY(fixture_->NextSuccess().startsWith("Upgrade package transmitted successfully. The lidar will"));
     QCOMPARE(manager.upgradeProgress(), 4);
-    QVERIFY(fixture_->errors.isEmpty() && manager.IsConnected());  // the restart comes 10 seconds later
+    QVERIFY(fixture_->errors.isEmpty() && manager.IsConnected());  // the restart follows 10 seconds later
   }
 
   void PackageThatCannotBeReadWholeIsNotSent() {
-    // Announces 4096 bytes and gives fewer.
+    // Announces 4096 bytes and delivers fewer.
     QCOMPARE(Upgrade(QUrl::fromLocalFile("/sys/devices/system/cpu/online")), 0);
     QCOMPARE(fixture_->NextError(), "The upgrade package can't be read whole, so nothing was sent.");
     QVERIFY(!fixture_->manager->IsUpgrading());
@@ -42,7 +42,7 @@ class FirmwareUpgradeTest : public QObject {
 
   void RefusalsOfTheEntry() {
     QCOMPARE(Upgrade(QUrl::fromLocalFile(folder_.filePath("missing.patch"))), 0);
-    QCOMPARE(fixture_->manager->UpgradeLidar(Package("x"), 0, 0, 0), 0);  // a row that takes no package
+    QCOMPARE(fixture_->manager->UpgradeLidar(Package("x"), 0, 0, 0), 0);  // a row that accepts no package
     QCOMPARE(Upgrade(Package("")), 0);
     QCOMPARE(fixture_->NextError(), "The upgrade package is empty.");
     QVERIFY(!fixture_->manager->IsUpgrading());
@@ -68,7 +68,7 @@ class FirmwareUpgradeTest : public QObject {
   std::unique_ptr<ControllerFixture> fixture_;
 };
 
-const RegisterTest<FirmwareUpgradeTest> registered;
+const RegisterTest<FirmwareUpgradeTest> register_firmware_upgrade_test;
 
 }  // namespace
 

@@ -30,13 +30,13 @@ bool WriteBytes(const QString& path) {
 class HostileFilesTest : public QObject {
   Q_OBJECT
  private slots:
-  void NoRegularFileIsReadOrWritten() {
+  void OnlyRegularFilesAreReadOrWritten() {
     const struct {
       std::function<void(const QByteArray& path)> make;
       const char* why;
-    } cases[] = {{[](const auto& path) { mkdir(path, 0700); }, "no regular file"},
-                 {[](const auto& path) { QCOMPARE(symlink(path, path), 0); }, "no regular file"},
-                 {[](const auto& path) { mkfifo(path, 0600); }, "no regular file"},  // nobody fills it
+    } cases[] = {{[](const auto& path) { mkdir(path, 0700); }, "not a regular file"},
+                 {[](const auto& path) { QCOMPARE(symlink(path, path), 0); }, "not a regular file"},
+                 {[](const auto& path) { mkfifo(path, 0600); }, "not a regular file"},  // nobody fills it
                  {[](const auto& path) {
                     Put(path, kOld);
                     QFile::resize(path, 100'000'000);
@@ -48,7 +48,7 @@ class HostileFilesTest : public QObject {
                   },
                   "Permission denied"}};
     for (const auto& [make, why] : cases) {
-      if (geteuid() == 0 && *why == 'P') continue;  // who may read everything
+      if (geteuid() == 0 && *why == 'P') continue;  // root may read everything
       const QTemporaryDir folder;
       const QString path = folder.filePath("file");
       make(path.toUtf8());
@@ -78,14 +78,14 @@ class HostileFilesTest : public QObject {
     }
   }
 
-  void UserHearsOfSettingsThatAreNone() {
+  void InvalidSettingsAreReported() {
     const QString path = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +
                          "/VelmoraDataFiles/RecvSettings.ini";
     QFile::remove(path);
     QVERIFY(QDir().mkpath(path));
     ControllerFixture fixture;
-    const QString why = path + ": it is no regular file.";
-    QTRY_VERIFY(fixture.log.contains("WARNING The defaults stand in for the settings of " + why));
+    const QString why = path + ": it is not a regular file.";
+    QTRY_VERIFY(fixture.log.contains("WARNING The defaults are used instead of the settings in " + why));
     QVERIFY(fixture.Connect());
     QVERIFY(fixture.log.contains("WARNING The connection settings can't be saved to " + why));
     QVERIFY(QDir().rmdir(path));
@@ -107,7 +107,7 @@ class HostileFilesTest : public QObject {
     }
   }
 
-  void NamesAreMadeFitForAFile() {
+  void NamesAreSanitizedForFiles() {
     const QString letters = QString::fromUtf8("é😀");  // 2 and 4 bytes
     const std::pair<QString, QString> cases[] = {
         {"Event Log", "Event Log"},
@@ -119,7 +119,7 @@ class HostileFilesTest : public QObject {
   }
 };
 
-const RegisterTest<HostileFilesTest> registered;
+const RegisterTest<HostileFilesTest> register_hostile_files_test;
 
 }  // namespace
 

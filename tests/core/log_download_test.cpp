@@ -33,7 +33,7 @@ class LogDownloadTest : public QObject {
   void init() {
     folder_ =
         std::make_unique<QTemporaryDir>(QDir::current().filePath("log-XXXXXX"));  // on the tables' own drive
-    parts_.removeRecursively();                                                   // an earlier run's
+    parts_.removeRecursively();                                                   // from an earlier run
     fixture_ = std::make_unique<ControllerFixture>();
     QVERIFY(fixture_->ConnectOn());
   }
@@ -47,7 +47,7 @@ class LogDownloadTest : public QObject {
     QVERIFY(manager.IsDownloadLog());
     const int beside[] = {manager.DownloadLog(Target(), "Event Log"),
                           manager.DownloadOperationLog(Target("logs")), manager.Restart(), manager.Reset()};
-    for (const int result : beside) QCOMPARE(result, -1);  // nothing else runs then
+    for (const int result : beside) QCOMPARE(result, -1);  // refused while a download is running
     QCOMPARE(fixture_->NextSuccess(), "Event Log download successful.");
     QTRY_COMPARE(finished.count(), 1);
     QVERIFY(!manager.IsDownloadLog() && fixture_->errors.isEmpty());
@@ -72,7 +72,7 @@ class LogDownloadTest : public QObject {
     QVERIFY(fixture_->log.contains("ERROR Fault Log: the query failed with code 5."));
   }
 
-  // A name comes from the table: its file is in the folder that was chosen, and nowhere else.
+  // The name comes from the table, yet the file must be in the chosen folder and nowhere else.
   void NamedLogStaysInItsFolder() {
     QVERIFY(QDir(folder_->path()).mkpath("a/b"));
     Put(folder_->filePath("table.csv"), Content("Config/varID/Quenta.csv").replace("Fault Log", "../../Log"));
@@ -111,7 +111,7 @@ class LogDownloadTest : public QObject {
     }
   }
 
-  // The user's, another download's, and the archive itself.
+  // Files of the user, of another download, and the archive itself.
   void OtherFilesOfTheWorkFolderStay() {
     QVERIFY(parts_.mkpath("."));
     QStringList names{"logs.tar", "notes.txt"};
@@ -128,13 +128,15 @@ class LogDownloadTest : public QObject {
     for (const QString& name : names.mid(0, 20)) QCOMPARE(Content(parts_.filePath(name)), QByteArray(kOld));
   }
 
-  // A shell script stands in for tar, and a disk is full, where that can be.
+  // A shell script replaces tar and a full disk is simulated where that is possible.
   void FailureKeepsTheOldArchive_data() {
-    // `tar`: a script in place of the program, "-": there is none. `disk`: bytes that a file may have.
+    // `tar`: a script that replaces the program; "-" means there is no tar. `disk`: the maximum size of a
+    // file.
     const Table<QString, int, QString, QString, QString, int> row("tar", "disk", "rule", "name", "error",
                                                                   "parts");
     const char* const no_tar =
-        "The operation log can't be packed: there is no program \"tar\". Install it, or add its folder to "
+        "The operation log can't be packed: the program \"tar\" was not found. Install it, or add its folder "
+        "to "
         "PATH.";
     row("no tar", "-", 0, "", "logs.tar", no_tar, 0);
     row("a part is missing", "", 0, "0x61=error#2", "logs.tar", kFailed, 3);
@@ -160,19 +162,19 @@ class LogDownloadTest : public QObject {
     if (!tar.isEmpty()) ReplaceTar(tar);
     auto full = MakeDiskFull(disk);
     fixture_->manager->DownloadOperationLog(Target(name));
-    const QString told = fixture_->NextError();
+    const QString reported = fixture_->NextError();
     full.reset();
     cleanup();
-    QCOMPARE(told, error);
+    QCOMPARE(reported, error);
     QVERIFY(!fixture_->manager->IsDownloadLog());
     QCOMPARE(Content(path), QByteArray(kOld));
     QCOMPARE(Files(folder_->path()), before);
-    QCOMPARE(Files(parts_.path()).size(), parts);  // what came stays for a look
+    QCOMPARE(Files(parts_.path()).size(), parts);  // the parts that arrived are kept for inspection
     const bool is_futile = tar == "-" || name == "pipe.tar";
     QCOMPARE(fixture_->sensor->Received(0x61).empty(), is_futile);
     QCOMPARE(fixture_->manager->DownloadOperationLog(QUrl::fromLocalFile(path)), 0);
     QCOMPARE(fixture_->NextSuccess(), kDownloaded);
-    QVERIFY(Content(path).size() > kDisk);  // in place of the old one
+    QVERIFY(Content(path).size() > kDisk);  // replaced the old one
   }
 
 #ifndef _WIN32
@@ -222,7 +224,7 @@ class LogDownloadTest : public QObject {
   std::unique_ptr<ControllerFixture> fixture_;
 };
 
-const RegisterTest<LogDownloadTest> registered;
+const RegisterTest<LogDownloadTest> register_log_download_test;
 
 }  // namespace
 

@@ -28,7 +28,7 @@ TEST(MarvoPackage, ExtractsWithinThePackage) {
       {"BMB_FPGA", {10, 1025}, 1034, 1, false},
       {"BMB_APP_A", {10, 1025}, 10, 1025, false},
       {"TMB_PARAM", {0xFFFFFFF0, 32}, 0, 0, false},        // wraps to a range that the header would cover
-      {"TMB_PARAM", {0, 0xFFFFFFD0}, 0, 0, false},         // begins inside and ends far behind the package
+      {"TMB_PARAM", {0, 0xFFFFFFD0}, 0, 0, false},         // begins inside the package and ends far after it
       {"TMB_PARAM", {0xFFFFFFF0 - 56, 100}, 0, 0, false},  // only the sum wraps
   };
   for (const Case& c : cases) {

@@ -13,8 +13,8 @@ struct Range {
   std::uint32_t size = 0;
 };
 
-/// A package with the header fields as given (components in the order of their flags) and `data_size` bytes
-/// of data, each telling its place.
+/// A package with the given header fields (components in the order of their flags) and `data_size` bytes of
+/// data, whose values depend on their position.
 inline std::vector<std::uint8_t> MarvoPackage(std::uint8_t flags, const std::array<Range, 5>& ranges,
                                               std::size_t data_size) {
   std::vector<std::uint8_t> package = {'Q', 'R', 'N', 'A', 0x10, 0x27, 0, 0, flags};
@@ -27,7 +27,7 @@ inline std::vector<std::uint8_t> MarvoPackage(std::uint8_t flags, const std::arr
   return package;
 }
 
-/// All five components with sizes of their own.
+/// All five components, each with a different size.
 inline std::vector<std::uint8_t> FullMarvoPackage() {
   return MarvoPackage(31, {{{0, 1500}, {1500, 2048}, {3548, 3000}, {6548, 1024}, {7572, 10}}}, 7582);
 }

@@ -18,7 +18,7 @@ using Lines = std::vector<std::string>;
 using Frame = test::ScriptedExchange::OtaFrame;
 using Ktc = test::ScriptedChannel::KtcRequest;
 
-/// A sensor that takes everything, running from partition A.
+/// A sensor that accepts everything and runs from partition A.
 struct MarvoFixture {
   MarvoFixture() {
     channel.ktc->on_command = [this](const test::ScriptedExchange::Command&, Bytes& contents) {

@@ -9,7 +9,7 @@ namespace {
 class ModelLoadTest : public QObject {
   Q_OBJECT
  private slots:
-  void FaultsOfATableAreLoggedOnceALoad() {
+  void FaultsOfATableAreLoggedOncePerLoad() {
     const QTemporaryDir folder(QDir::current().filePath("table-XXXXXX"));  // on the tables' own drive
     Put(folder.filePath("odd.csv"),
         Content("Config/varID/Quenta.csv")
@@ -27,7 +27,7 @@ class ModelLoadTest : public QObject {
              1);
     for (const char* line :
          {"ERROR config file error.*type 2 of X", "WARNING .*set command 0x45.*uint8 takes 1",
-          "WARNING .*Coefficient \"0,5\" is a number only at"}) {
+          "WARNING .*Coefficient \"0,5\" only begins with a number"}) {
       QVERIFY2(fixture.log.filter(QRegularExpression(line)).size() == 1, qPrintable(fixture.log.join('\n')));
     }
     fixture.manager->InitConfigFileParser("Quenta");
@@ -35,7 +35,7 @@ class ModelLoadTest : public QObject {
   }
 };
 
-const RegisterTest<ModelLoadTest> registered;
+const RegisterTest<ModelLoadTest> register_model_load_test;
 
 }  // namespace
 

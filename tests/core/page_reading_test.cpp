@@ -10,7 +10,7 @@ class PageReadingTest : public QObject {
     VarkelManager& manager = *fixture.manager;
     manager.InitConfigFileParser("../../no-model");
     QVERIFY(manager.level1List().isEmpty() && manager.pageModel(0) == nullptr && manager.myMap().isEmpty());
-    QVERIFY(fixture.errors.isEmpty());  // at the start nobody would hear it yet
+    QVERIFY(fixture.errors.isEmpty());  // nothing is connected to the signal yet at start-up
     const QString error = fixture.NextError();
     QVERIFY2(error.contains("no-model.csv"), qPrintable(error));
     QVERIFY(fixture.log.contains("ERROR " + error));
@@ -45,7 +45,7 @@ class PageReadingTest : public QObject {
     QCOMPARE(safety.front().payload, (std::vector<std::uint8_t>{0x01, 0x02}));
   }
 
-  void LiveValuesMoveAndOthersAreLeftAlone() {
+  void LiveValuesChangeAndOthersDoNot() {
     ControllerFixture fixture;
     QSignalSpy rounds(fixture.manager.get(), &VarkelManager::myTimerMapChanged);
     QVERIFY(fixture.ConnectOn(1));
@@ -96,7 +96,7 @@ class PageReadingTest : public QObject {
   }
 };
 
-const RegisterTest<PageReadingTest> registered;
+const RegisterTest<PageReadingTest> register_page_reading_test;
 
 }  // namespace
 

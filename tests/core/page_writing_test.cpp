@@ -33,7 +33,7 @@ class PageWritingTest : public QObject {
     QCOMPARE(fixture_->manager->getSetMapSize(), 0);
   }
 
-  void SaveCarriesEveryFieldAtItsPlace() {
+  void SaveSendsEveryFieldAtItsOffset() {
     fixture_->sensor->SetValue("Noise Filter Level",
                                "-9");  // without the user's knowledge: must not be undone
     fixture_->Edit("Intensity Threshold", "200");
@@ -80,9 +80,9 @@ class PageWritingTest : public QObject {
 
   void RefusalKeepsTheEdits() {
     fixture_->AddFault("0x45=error:5");
-    fixture_->Edit("Operating Mode", "1", 3);  // 0x41, ahead of the refused command
+    fixture_->Edit("Operating Mode", "1", 3);  // 0x41, before the refused command
     fixture_->Edit("Sync Angle", "180");       // 0x45
-    fixture_->Edit("Minimum Range", "1");      // 0x43, behind it
+    fixture_->Edit("Minimum Range", "1");      // 0x43, after it
     fixture_->Edit("UTC Offset", "5");         // another page's
     QVERIFY(!Saves(4));
     const QRegularExpression refusal(
@@ -208,7 +208,7 @@ class PageWritingTest : public QObject {
   }
 
  private:
-  /// Whether the save tells of its success, and of nothing else.
+  /// Whether the save reports success and nothing else.
   bool Saves(int page) {
     fixture_->errors.clear();
     fixture_->manager->Run(page);
@@ -224,7 +224,7 @@ class PageWritingTest : public QObject {
   std::unique_ptr<ControllerFixture> fixture_;
 };
 
-const RegisterTest<PageWritingTest> registered;
+const RegisterTest<PageWritingTest> register_page_writing_test;
 
 }  // namespace
 

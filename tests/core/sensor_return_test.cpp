@@ -16,9 +16,9 @@ struct NoReport : UserReport {
   void Success(const std::string&) override {}
 };
 
-/// A sensor that is waited for, by a short-lived wait.
-struct Rig {
-  explicit Rig(std::chrono::milliseconds limit)
+/// Waits for a sensor, with a short time-out.
+struct SensorReturnFixture {
+  explicit SensorReturnFixture(std::chrono::milliseconds limit)
       : back(workers, events, {report, log_bytes, activity}, [this] { ++connects; }, {limit, 10ms, 10ms}) {
     catalogue->ExtractConfigInfo();
     sensor.Start();
@@ -26,7 +26,7 @@ struct Rig {
     QObject::connect(&back, &SensorReturn::ended, &back,
                      [this](const QString& text, bool is_back) { outcome = (is_back ? "+" : "-") + text; });
   }
-  ~Rig() {
+  ~SensorReturnFixture() {
     events.Close();
     back.Cancel();
     workers.StopAndJoin();
@@ -83,45 +83,45 @@ class SensorReturnTest : public QObject {
   void OnlyTheUpgradedSensorIsConnected() {
     QFETCH(QString, serial_number);
     QFETCH(QString, version);
-    Rig rig(20s);
-    rig.Await({serial_number.toStdString(), {{"FPGA Version", version.toStdString()}}});
-    QVERIFY(rig.Ends());
-    QTEST(rig.outcome, "outcome");
-    QCOMPARE(rig.connects, rig.outcome.startsWith('+') ? 1 : 0);
+    SensorReturnFixture fixture(20s);
+    fixture.Await({serial_number.toStdString(), {{"FPGA Version", version.toStdString()}}});
+    QVERIFY(fixture.Ends());
+    QTEST(fixture.outcome, "outcome");
+    QCOMPARE(fixture.connects, fixture.outcome.startsWith('+') ? 1 : 0);
   }
 
   void SensorThatIsStillBootingIsAskedAgain() {
-    Rig rig(20s);
-    rig.sensor.AddFault("0x07=error:9");  // answers, but not who it is
-    rig.Await({"QU64A2419C0087", {}});
-    QVERIFY(rig.sensor.WaitReceived(7, 4, 20s));
-    QVERIFY(rig.back.is_waiting());
-    rig.sensor.ClearFaults();
-    QVERIFY(rig.Ends());
-    QCOMPARE(rig.connects, 1);
+    SensorReturnFixture fixture(20s);
+    fixture.sensor.AddFault("0x07=error:9");  // answers, but not with its serial number
+    fixture.Await({"QU64A2419C0087", {}});
+    QVERIFY(fixture.sensor.WaitReceived(7, 4, 20s));
+    QVERIFY(fixture.back.is_waiting());
+    fixture.sensor.ClearFaults();
+    QVERIFY(fixture.Ends());
+    QCOMPARE(fixture.connects, 1);
   }
 
-  void WaitEndsByTimeOrByTheUser() {
-    Rig rig(1ms);
-    rig.sensor.Stop();
-    rig.Await({"QU64A2419C0087", {}});
-    QVERIFY(rig.Ends());
-    QCOMPARE(rig.outcome,
+  void WaitEndsOnTimeOutOrByTheUser() {
+    SensorReturnFixture fixture(1ms);
+    fixture.sensor.Stop();
+    fixture.Await({"QU64A2419C0087", {}});
+    QVERIFY(fixture.Ends());
+    QCOMPARE(fixture.outcome,
              QString("-The sensor has not come back within 1 s after the upgrade. Check its power and its "
                      "address, then connect."));
-    Rig ended(20s);
+    SensorReturnFixture ended(20s);
     ended.sensor.AddFault("0x07=late:300");
     ended.Await({"QU64A2419C0087", {}});
     QVERIFY(ended.sensor.WaitReceived(7, 1, 20s));
     ended.back.Cancel();
     ended.workers.StopAndJoin();
-    ControllerFixture::Wait([] { return true; });  // what the wait still posted
+    ControllerFixture::Wait([] { return true; });  // runs events that the wait still posted
     QVERIFY(ended.outcome.isEmpty() && ended.back.text().isEmpty());
     QCOMPARE(ended.connects, 0);
   }
 };
 
-const RegisterTest<SensorReturnTest> registered;
+const RegisterTest<SensorReturnTest> register_sensor_return_test;
 
 }  // namespace
 

@@ -6,13 +6,13 @@
 
 namespace {
 
-// How operations, periodic rounds and disconnects meet.
+// How operations, periodic rounds and disconnects interact.
 class SessionTest : public QObject {
   Q_OBJECT
  private slots:
   void initTestCase() { quarn::lidar::Timeouts().unpack_ms = 1000; }
 
-  void KtcOfASmallSensorServesEveryOperation() {
+  void EveryOperationWorksOverASmallSensorsKtc() {
     ControllerFixture fixture({}, "Marvo-KTC");
     VarkelManager& manager = *fixture.manager;
     QVERIFY(fixture.Connect());
@@ -79,13 +79,13 @@ class SessionTest : public QObject {
   }
 
   void DisconnectInARoundIsNoFaultOfTheSensor() {
-    ControllerFixture fixture({"ldcmd-get:10=late:500"}, "Zelto-KTC");  // what a round asks first
+    ControllerFixture fixture({"ldcmd-get:10=late:500"}, "Zelto-KTC");  // the first request of a round
     for (int attempt = 0; attempt < 8; ++attempt) {
       fixture.sensor->device().log.Clear();
       QVERIFY(fixture.Connect());
       QVERIFY(fixture.Wait([&] { return !fixture.sensor->device().log.All().empty(); }));
       fixture.manager->Stop();
-      fixture.Wait([] { return true; });  // what the round still reported
+      fixture.Wait([] { return true; });  // runs events that the round still posted
       QCOMPARE(fixture.log.filter("ERROR"), QStringList());
     }
   }
@@ -114,7 +114,7 @@ class SessionTest : public QObject {
   const QTemporaryDir folder_;
 };
 
-const RegisterTest<SessionTest> registered;
+const RegisterTest<SessionTest> register_session_test;
 
 }  // namespace
 

@@ -125,7 +125,7 @@ class SettingsTest : public QObject {
   }
 };
 
-const RegisterTest<SettingsTest> registered;
+const RegisterTest<SettingsTest> register_settings_test;
 
 }  // namespace
 

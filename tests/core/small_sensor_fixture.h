@@ -30,7 +30,7 @@ class RecordedReport : public UserReport {
     const std::lock_guard lock(mutex_);
     lines_.push_back(std::move(line));
   }
-  /// All that came since the last call.
+  /// Everything reported since the last call.
   std::vector<std::string> Take() {
     const std::lock_guard lock(mutex_);
     return std::exchange(lines_, {});
@@ -71,7 +71,7 @@ class ScriptedChannel : public SmallSensorChannel {
   std::vector<KtcRequest> ktc_requests;
 };
 
-/// A claimed upgrade; its end and its disconnect stand in the report.
+/// A claimed upgrade that adds its end and its disconnect to the report.
 struct ClaimedRun {
   explicit ClaimedRun(RecordedReport& report)
       : run{progress, total, [&report] { report.Add("end"); }, [&report] { report.Add("disconnect"); }} {}

@@ -32,7 +32,7 @@ struct SmallSensorFixture {
   }
   std::vector<Command> Sent() { return std::exchange(channel->ktc->commands, {}); }
   std::vector<Ktc> SentKtc() { return std::exchange(channel->ktc_requests, {}); }
-  /// Code and payload of each request.
+  /// The code and payload of each request.
   std::vector<Bytes> Requests() {
     std::vector<Bytes> all;
     for (const Command& request : Sent()) all.push_back(Joined(request.code, request.payload));
@@ -52,7 +52,7 @@ struct SmallSensorFixture {
   SmallSensor sensor{report, activity, [this] { return connected ? channel : nullptr; }, connect_type};
 };
 
-// The functions; their results as texts.
+// The functions, with their results as text.
 
 using Function = std::function<Lines(SmallSensor&)>;
 constexpr char kCorrection[] = "correction-\xC3\xA4.bin";
@@ -66,7 +66,7 @@ Function SpinRate(int value) {
 Function ImuRange(int angular, int accel) {
   return [=](auto& sensor) { return sensor.SetImuRange(angular, accel), Lines{}; };
 }
-/// The code, and what the file holds if there is one.
+/// The code, and the file's content if there is a file.
 Function Correction(const std::string& path = kCorrection) {
   return [=](auto& sensor) {
     const auto saved = sensor.GetCorrection(path);
@@ -101,7 +101,7 @@ Lines Error(const std::string& what, int code) {
   return Error(what + " error, ret:" + std::to_string(code));
 }
 
-TEST(SmallSensor, SendsReadsAndTells) {
+TEST(SmallSensor, SendsReadsAndReports) {
   const Lines silence;
   const Lines file_wrong = Error("get calibration", -2);
   const Lines safety_wrong = Error("get function safety", -2);
@@ -112,7 +112,7 @@ TEST(SmallSensor, SendsReadsAndTells) {
     Function call;
     Bytes reply;  ///< a serial one from its byte 2 on
     Bytes sent;
-    Lines told;
+    Lines reported;
     Lines result{};
   } cases[] = {
       {Standby(0), {0, 0, 0}, {3, 0, 0}, silence},
@@ -135,14 +135,14 @@ TEST(SmallSensor, SendsReadsAndTells) {
       {Destination, here, {8}, silence, {"192.168.0.7", "2368"}},
       {Destination, Bytes(here.begin(), here.end() - 1), {8}, Error("get destination config", -2)},
   };
-  for (const auto& [call, reply, sent, told, result] : cases) {
+  for (const auto& [call, reply, sent, reported, result] : cases) {
     SCOPED_TRACE(testing::PrintToString(sent) + " " + testing::PrintToString(reply));
     SmallSensorFixture fixture;
     fixture.Answer(reply);
     EXPECT_EQ(call(fixture.sensor), result);
     EXPECT_EQ(fixture.Requests(), sent.empty() ? std::vector<Bytes>{} : std::vector<Bytes>{sent});
-    EXPECT_EQ(fixture.report.Take(), told);
-    // Cut short anywhere a reply says less or is reported; under the sanitizer no byte behind it is read.
+    EXPECT_EQ(fixture.report.Take(), reported);
+    // A reply cut off anywhere says less or is reported; the sanitizer checks that no byte after it is read.
     for (std::size_t size = 0; size < reply.size(); ++size) {
       fixture.Answer(Bytes(reply.begin(), reply.begin() + static_cast<std::ptrdiff_t>(size)));
       EXPECT_TRUE(call(fixture.sensor) != result || !fixture.report.Take().empty() || result.empty()) << size;
@@ -150,7 +150,7 @@ TEST(SmallSensor, SendsReadsAndTells) {
   }
 }
 
-TEST(SmallSensor, SendsNothingThatIsNoRateOrPlace) {
+TEST(SmallSensor, RejectsInvalidRatesAndDestinations) {
   SmallSensorFixture fixture;
   for (const char* text : {"abc", "0", "", " ", "-1", "96o0", "9600 8", "4294967296", "0x10"}) {
     fixture.sensor.SetBaudRate(text);
@@ -166,7 +166,7 @@ TEST(SmallSensor, SendsNothingThatIsNoRateOrPlace) {
   EXPECT_TRUE(fixture.SentKtc().empty());
 }
 
-TEST(SmallSensor, KnowsItsModeOnceTheSensorTookIt) {
+TEST(SmallSensor, StoresTheModeOnceTheSensorAcceptedIt) {
   SmallSensorFixture fixture;
   fixture.channel->ktc->set_current_mode(99);
   for (const auto& [status, mode] : {std::pair{4, 99}, {0, 11}}) {
@@ -176,13 +176,13 @@ TEST(SmallSensor, KnowsItsModeOnceTheSensorTookIt) {
   }
 }
 
-TEST(SmallSensor, RefusesWithTheWordsOfTheFunction) {
+TEST(SmallSensor, RefusesWithTheFunctionsOwnMessage) {
   const std::string upgrade = "error: lidar is not connected, or lidar is upgrade";
   const std::string upgrading = upgrade.substr(0, upgrade.size() - 1) + "ing";
   const struct {
     Function call;
     std::string not_ready;
-    std::string only{};  ///< in KTC; none: the connection becomes KTC instead
+    std::string only{};  ///< the refusal outside KTC; empty if the connection switches to KTC instead
   } cases[] = {{Standby(1), upgrade},
                {SpinRate(1), upgrade},
                {Correction(), upgrade},
@@ -212,7 +212,7 @@ TEST(SmallSensor, RefusesWithTheWordsOfTheFunction) {
   }
 }
 
-// ---- What the sensor says of itself
+// ---- The sensor's information
 
 struct InfoFixture : SmallSensorFixture {
   explicit InfoFixture(const std::string& model) { info.SetModel(model); }
@@ -232,7 +232,7 @@ struct InfoFixture : SmallSensorFixture {
       return 0;
     };
   }
-  /// What a round tells.
+  /// What a round reports.
   Lines Round() {
     info.Round(*channel, stop.get_token());
     return report.Take();
@@ -267,7 +267,7 @@ TEST(SmallSensorInfo, ShowsPlaceholdersThenWhatWasRead) {
   EXPECT_TRUE(fixture.Sent().empty());
 }
 
-TEST(SmallSensorInfo, TellsOfAFailureOnceAndAsksAgainForVersions) {
+TEST(SmallSensorInfo, ReportsAFailureOnceAndRetriesVersions) {
   InfoFixture fixture("Zelto");
   fixture.Answer({}, -2);
   EXPECT_EQ(fixture.Round(), (Lines{"ERROR Zelto-KTC get SN failed, ret:-2", "pbl begins",
@@ -275,7 +275,8 @@ TEST(SmallSensorInfo, TellsOfAFailureOnceAndAsksAgainForVersions) {
   for (int round = 1; round < 5; ++round) {
     for (const std::string& line : fixture.Round()) EXPECT_FALSE(line.starts_with("ERROR")) << line;
   }
-  EXPECT_EQ(fixture.Sent().size(), 5U + SmallSensorInfo::kVersionTries) << "a deaf sensor is not held up";
+  EXPECT_EQ(fixture.Sent().size(), 5U + SmallSensorInfo::kVersionTries)
+      << "no more attempts than this for a sensor that does not answer";
   InfoFixture again("Zelto");
   again.Answer({}, -2);
   again.Round();
@@ -284,7 +285,7 @@ TEST(SmallSensorInfo, TellsOfAFailureOnceAndAsksAgainForVersions) {
   for (const std::string& serial :
        {std::string(), std::string(2, '\0'), std::string("A\a"), std::string("A\x80")}) {
     again.Answer({}, -3);
-    again.Round();  // another failure in between, so that each of these is news
+    again.Round();  // another failure in between, so that each of these is reported
     again.AnswerAll(serial);
     EXPECT_EQ(again.Round(), Lines{"ERROR Zelto-KTC SN invalid after validation"});
     EXPECT_EQ(again.info.Info()[0].value, "Z1");

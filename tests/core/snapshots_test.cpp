@@ -12,8 +12,8 @@ using varkel::DifferenceList;
 using varkel::Snapshots;
 
 /// A connected controller that has compared a snapshot with the sensor, which has changed since.
-struct Rig : ControllerFixture {
-  Rig() {
+struct SnapshotsFixture : ControllerFixture {
+  SnapshotsFixture() {
     if (!ConnectOn()) qFatal("no connection");
     const QUrl file = QUrl::fromLocalFile(folder.filePath("s.json"));
     snapshots.save(file);
@@ -45,55 +45,56 @@ class SnapshotsTest : public QObject {
   Q_OBJECT
  private slots:
   void WritesOnlyWhatWasAgreed() {
-    Rig rig;
-    QVERIFY(rig.Plan());
-    rig.sensor->SetValue("Spin Rate", "300");
-    rig.snapshots.apply();
-    QVERIFY(rig.NextError().startsWith("The sensor has changed since this was planned"));
-    rig.Finish();
-    rig.snapshots.apply();
-    QVERIFY(rig.NextError().contains("nothing was written"));
-    QCOMPARE(rig.sensor->ValueText("Spin Rate"), std::string("300"));
-    QVERIFY(rig.Plan());
-    rig.snapshots.apply();
-    rig.Finish();
-    QCOMPARE(rig.sensor->ValueText("Spin Rate"), std::string("600"));
-    rig.differences.selectAll(true);
-    QVERIFY(!rig.Plan());
-    QCOMPARE(rig.snapshots.outcome(), QString("Nothing to write: the sensor holds these values already."));
+    SnapshotsFixture fixture;
+    QVERIFY(fixture.Plan());
+    fixture.sensor->SetValue("Spin Rate", "300");
+    fixture.snapshots.apply();
+    QVERIFY(fixture.NextError().startsWith("The sensor has changed since this was planned"));
+    fixture.Finish();
+    fixture.snapshots.apply();
+    QVERIFY(fixture.NextError().contains("nothing was written"));
+    QCOMPARE(fixture.sensor->ValueText("Spin Rate"), std::string("300"));
+    QVERIFY(fixture.Plan());
+    fixture.snapshots.apply();
+    fixture.Finish();
+    QCOMPARE(fixture.sensor->ValueText("Spin Rate"), std::string("600"));
+    fixture.differences.selectAll(true);
+    QVERIFY(!fixture.Plan());
+    QCOMPARE(fixture.snapshots.outcome(),
+             QString("Nothing to write: the sensor already holds these values."));
   }
 
   void ADisconnectEndsItAtOnce() {
-    Rig rig;
-    QVERIFY(rig.Plan());
-    rig.AddFault("0x41=silence");
-    rig.snapshots.apply();
-    QVERIFY(rig.Wait([&] { return !rig.sensor->Received(0x41).empty(); }));
-    rig.manager->RunInBackground(0);
-    QCOMPARE(rig.NextError(), QString("Please wait until the snapshot has been applied"));
+    SnapshotsFixture fixture;
+    QVERIFY(fixture.Plan());
+    fixture.AddFault("0x41=silence");
+    fixture.snapshots.apply();
+    QVERIFY(fixture.Wait([&] { return !fixture.sensor->Received(0x41).empty(); }));
+    fixture.manager->RunInBackground(0);
+    QCOMPARE(fixture.NextError(), QString("Please wait until the snapshot has been applied"));
     QElapsedTimer timer;
     timer.start();
-    rig.manager->Stop();
-    rig.Finish();
+    fixture.manager->Stop();
+    fixture.Finish();
     QVERIFY(timer.elapsed() < 1000);
-    QVERIFY(!rig.snapshots.is_applying());
-    QVERIFY(rig.snapshots.outcome().contains("1 sent, not confirmed, 1 not sent"));
-    QVERIFY(rig.NextError().startsWith("Stopped"));
-    rig.snapshots.plan();
-    QCOMPARE(rig.NextError(), QString("Please connect to lidar first"));
+    QVERIFY(!fixture.snapshots.is_applying());
+    QVERIFY(fixture.snapshots.outcome().contains("1 sent, not confirmed, 1 not sent"));
+    QVERIFY(fixture.NextError().startsWith("Stopped"));
+    fixture.snapshots.plan();
+    QCOMPARE(fixture.NextError(), QString("Please connect to lidar first"));
   }
 
-  void ALostConnectionIsTold() {
-    Rig rig;
-    QVERIFY(rig.Plan());
-    rig.AddFault("0x41=close:0");
-    rig.snapshots.apply();
-    QVERIFY(rig.NextError().startsWith("The connection was lost"));
-    rig.Finish();
-    QCOMPARE(rig.differences.selected(), 2);
+  void ALostConnectionIsReported() {
+    SnapshotsFixture fixture;
+    QVERIFY(fixture.Plan());
+    fixture.AddFault("0x41=close:0");
+    fixture.snapshots.apply();
+    QVERIFY(fixture.NextError().startsWith("The connection was lost"));
+    fixture.Finish();
+    QCOMPARE(fixture.differences.selected(), 2);
   }
 };
-const RegisterTest<SnapshotsTest> registration;
+const RegisterTest<SnapshotsTest> register_snapshots_test;
 
 }  // namespace
 

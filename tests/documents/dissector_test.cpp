@@ -25,10 +25,10 @@ using test::Wireshark;
 using testing::HasSubstr;
 using testing::Not;
 
-/// Streams' ports, where no well-known service has its own.
+/// Ports for the streams that belong to no well-known service.
 constexpr std::uint16_t kFirstClient = 50000;
 
-/// Exchanges with a simulated sensor, which go into the capture as they are.
+/// Exchanges with a simulated sensor that are written to the capture unchanged.
 class Recorder {
  public:
   Recorder(const std::string& model, std::uint8_t version, test::CaptureFile& capture)
@@ -38,7 +38,7 @@ class Recorder {
     EXPECT_TRUE(quarn::test::Eventually([&] { return client_->IsOpen(); }));
   }
 
-  /// The payload of the reply.
+  /// Returns the payload of the reply.
   Bytes Exchange(std::uint8_t command, const Bytes& payload) {
     Bytes reply;
     EXPECT_EQ(client_->QueryCommand(payload, reply, command, true), 0);
@@ -55,7 +55,7 @@ class Recorder {
   std::shared_ptr<quarn::lidar::KtcClient> client_;
 };
 
-/// The line that shows a variable with the text that the tool gives these bytes.
+/// The line for a variable, with the text that the tool shows for these bytes.
 std::string ShownLine(const VarInfo& var, std::span<const std::uint8_t> field) {
   std::string text = BytesToText(var.var_type, field, var.coefficient).text;
   for (const auto& [value, label] : var.option_labels) {
@@ -116,7 +116,7 @@ TEST(Dissector, ShowsASave) {
               HasSubstr("1\t0.001000000\n3\t0.001000000\n5\t0.001000000\n"));
 }
 
-TEST(Dissector, SaysWhatIsWrongAndWhatItIs) {
+TEST(Dissector, ExplainsFramesAndFaults) {
   const struct {
     const char *name, *to_sensor, *from_sensor, *shown;
   } kCases[] = {
@@ -126,11 +126,11 @@ TEST(Dissector, SaysWhatIsWrongAndWhatItIs) {
        "shorter than its variables"},
       {"long", "47 74 42 00 00 00 00 00", "47 74 44 00 00 00 00 04 01 00 5a 77",
        "Beyond the variables: Payload: 77"},
-      {"stray", "47 74 05 00 00 00 00 00", "47 74 07 00 00 00 00 00", "nobody asked for"},
+      {"stray", "47 74 05 00 00 00 00 00", "47 74 07 00 00 00 00 00", "Unsolicited reply"},
       {"unknown", "47 74 ee 00 00 00 00 03 61 62 63", "", "has no such command"},
       {"unknown bytes", "47 74 ee 00 00 00 00 03 61 62 63", "", "Payload: 616263"},
       {"noise", "01 02 47 74 05 00 00 00 00 00", "", "Bytes outside of frames: 0102"},
-      {"behind noise", "01 02 47 74 05 00 00 00 00 00", "", "Request 0x05"},
+      {"after noise", "01 02 47 74 05 00 00 00 00 00", "", "Request 0x05"},
       {"huge", "", "47 74 05 00 ff ff ff ff 02", "More payload is announced"},
       {"angles", "47 74 22 00 00 00 00 0b 03 00 00 01 31 04 b0 0e 0f 0e 10", "", "Start angle (deg): 30.5"},
       {"pairs", "", "47 74 23 00 00 00 00 09 02 00 00 01 31 04 b0 0e 10", "End angle (deg): 30.5"},
@@ -165,7 +165,7 @@ TEST(Dissector, SaysWhatIsWrongAndWhatItIs) {
     if (*c.to_sensor != '\0') wireshark.capture().ToSensor(FromHex(c.to_sensor), client);
     if (*c.from_sensor != '\0') wireshark.capture().FromSensor(FromHex(c.from_sensor), client);
   }
-  // One text a case: tshark takes longer to start than to read.
+  // One capture for all cases, because tshark takes longer to start than to read.
   const std::string all = wireshark.Run("-V");
   client = kFirstClient;
   for (const auto& c : kCases) {
@@ -181,7 +181,7 @@ TEST(Dissector, SaysWhatIsWrongAndWhatItIs) {
   }
 }
 
-TEST(Dissector, PutsFramesTogetherHoweverTheyCome) {
+TEST(Dissector, ReassemblesFramesHoweverTheyAreSplit) {
   const Bytes request = KtcFrame(1, 0x05, {});
   const Bytes reply = KtcFrame(2, 0x05, FromHex("02 02 58 01 9c 00 05 42 33 00 00"));
   const Bytes serial = FromHex("24 4c 44 43 4d 44 2c 03 03 0b 00 00 44 33 22 11 89 05 2b 79 ee ff");
@@ -233,7 +233,7 @@ TEST(Dissector, RecordingsOfSerialLinesNeedNoPreference) {
   EXPECT_THAT(wireshark.Run("-Y 'tcp.srcport == 9348' -V"), HasSubstr("Text: Z1234"));
 }
 
-TEST(Dissector, BearsAnyBytes) {
+TEST(Dissector, AcceptsAnyBytes) {
   constexpr std::size_t kStreams = 4000;
   std::vector<Bytes> frames;
   for (const char* page : {VARKEL_DOCS "/protocol.md", VARKEL_DOCS "/serial-protocol.md"}) {
@@ -263,7 +263,7 @@ TEST(Dissector, BearsAnyBytes) {
     }
     for (std::size_t n = below(6); n > 0; --n) {
       const std::size_t at = below(stream.size());
-      // Lengths of the right size lead deeper than any byte does.
+      // Plausible lengths reach deeper into the dissector than random bytes.
       stream[at] = static_cast<std::uint8_t>(below(3) == 0 ? below(32) : below(256));
     }
     for (std::size_t at = 0; at < stream.size();) {
@@ -284,7 +284,7 @@ TEST(Dissector, BearsAnyBytes) {
   }
 }
 
-TEST(Dissector, NamesFieldsThatFiltersTake) {
+TEST(Dissector, NamesFieldsThatFiltersAccept) {
   const std::string path = testing::TempDir() + "names.csv";
   std::ofstream(path)
       << "GroupID,Index,Get,Set,SetIndex,VarName,Permission,VarType,DefaultValue,Options,Unit,Coefficient,"

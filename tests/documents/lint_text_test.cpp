@@ -7,7 +7,7 @@
 namespace varkel {
 namespace {
 
-TEST(LintText, IsALineThatEditorsFollow) {
+TEST(LintText, IsALineThatEditorsCanFollow) {
   EXPECT_EQ(FindingLine({"a.csv", 3, "Get", Severity::kError, "Wrong."}), "a.csv:3: Get: error: Wrong.");
   EXPECT_EQ(FindingLine({"a.csv", 0, "", Severity::kWarning, "Odd."}), "a.csv: warning: Odd.");
 }

@@ -12,7 +12,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-/// What stands behind each `begin`, up to the next quote.
+/// The text after each `begin`, up to the next quote.
 std::multiset<std::string> Quoted(const std::string& text, const std::string& begin) {
   std::multiset<std::string> found;
   for (std::size_t at = text.find(begin); at != std::string::npos; at = text.find(begin, at + 1)) {
@@ -22,7 +22,7 @@ std::multiset<std::string> Quoted(const std::string& text, const std::string& be
   return found;
 }
 
-TEST(Reference, ShowsEveryVariableAndLeadsToEveryCommand) {
+TEST(Reference, ShowsEveryVariableAndLinksEveryCommand) {
   for (const char* model : {"Quenta", "Zelto", "Zelto-KTC", "Marvo-KTC"}) {
     ConfigParser table(std::string("./Config/varID/") + model + ".csv");
     ASSERT_TRUE(table.ExtractConfigInfo());
@@ -35,11 +35,11 @@ TEST(Reference, ShowsEveryVariableAndLeadsToEveryCommand) {
     }
     const auto anchors = Quoted(html, " id=\"");
     for (const std::string& link : Quoted(html, " href=\"#")) EXPECT_EQ(anchors.count(link), 1U) << link;
-    EXPECT_THAT(html, Not(HasSubstr("http")));  // nothing is fetched
+    EXPECT_THAT(html, Not(HasSubstr("http")));  // it loads nothing
   }
 }
 
-TEST(Reference, TellsValuesScalesAndPlaces) {
+TEST(Reference, ShowsValuesScalesAndPositions) {
   ConfigParser table("./Config/varID/Quenta.csv");
   ASSERT_TRUE(table.ExtractConfigInfo());
   const TableReference reference = MakeReference("Quenta", table);
@@ -59,7 +59,7 @@ TEST(Reference, TellsValuesScalesAndPlaces) {
   }
 }
 
-TEST(Reference, TakesAnyText) {
+TEST(Reference, AcceptsAnyText) {
   const std::string path = testing::TempDir() + "reference.csv";
   std::ofstream(path)
       << "GroupID,Index,Get,Set,SetIndex,VarName,Permission,VarType,DefaultValue,Options,Unit,Coefficient,"
@@ -73,7 +73,7 @@ TEST(Reference, TakesAnyText) {
   for (const char* tag : {"<model>", "<b>", "</title><script>", "\"><i>"}) {
     EXPECT_THAT(html, Not(HasSubstr(tag)));
   }
-  EXPECT_LT(html.size(), 40'000U);  // the picture of a field does not grow with its length
+  EXPECT_LT(html.size(), 40'000U);  // the diagram of a field does not grow with the field's length
   EXPECT_THAT(html, HasSubstr("äöüßäöüßä…"));
   EXPECT_THAT(MarkdownReference(reference), HasSubstr("\\</title\\>\\<script\\>\\|\\`"));
   std::filesystem::remove(path);

@@ -14,7 +14,7 @@
 
 namespace varkel::test {
 
-/// A folder with a dissector and a capture, which goes with the object, and tshark on both.
+/// Runs tshark with a dissector and a capture, in a folder that is removed with the object.
 class Wireshark {
  public:
   explicit Wireshark(const std::vector<std::string>& models) {
@@ -35,7 +35,7 @@ class Wireshark {
 
   CaptureFile& capture() { return *capture_; }
 
-  /// What tshark prints, errors too; `options` are a shell's.
+  /// What tshark prints, including errors; `options` are passed through a shell.
   std::string Run(const std::string& options) {
     capture_->Flush();
     const std::string command = "tshark -r '" + folder_ + "/exchanges.pcap' -X 'lua_script:" + folder_ +
@@ -50,7 +50,7 @@ class Wireshark {
 
  private:
   const testing::TestInfo* const test_ = testing::UnitTest::GetInstance()->current_test_info();
-  // Another checkout may run the same test now.
+  // Another checkout may be running the same test.
   const std::string folder_ =
       testing::TempDir() + "varkel_" + test_->name() + "_" + std::to_string(std::random_device()());
   std::unique_ptr<CaptureFile> capture_;

@@ -30,7 +30,7 @@ constexpr quarn::lidar::SensorTimeouts kTimeouts{.exchange_ms = 1000,
 
 struct Kind {
   const char* rule;
-  bool harmless;  ///< the operation must succeed all the same
+  bool harmless;  ///< the operation must succeed nevertheless
   bool fatal;     ///< a single exchange must fail
 };
 constexpr Kind kKinds[] = {
@@ -40,13 +40,13 @@ constexpr Kind kKinds[] = {
 
 struct Case {
   const Operation* operation;
-  std::string rule{};  ///< none: undisturbed
+  std::string rule{};  ///< empty: no fault
   const Kind* kind = nullptr;
 
   std::string name() const { return std::string(operation->name) + " (" + operation->model + ") " + rule; }
 };
 
-/// A thread that was joined stays listed for a moment. Its flags say that it is gone: PF_EXITING, proc(5).
+/// A thread that was joined stays listed for a moment, with the flag PF_EXITING, see proc(5).
 bool IsExiting(const std::filesystem::path& task) {
   constexpr unsigned long kExiting = 0x4;
   std::string text;
@@ -59,8 +59,8 @@ bool IsExiting(const std::filesystem::path& task) {
   return !(fields >> flags) || (flags & kExiting) != 0;
 }
 
-/// A thread starts under the name of the one that made it: with a name of its own each case can count its
-/// threads, whatever runs beside it.
+/// A thread inherits the name of its creator, so each case sets a name of its own and can count its threads,
+/// whatever else runs.
 std::size_t ThreadsNamed(const std::string& name) {
   std::size_t count = 0;
   std::error_code gone;
@@ -85,7 +85,7 @@ void RunCase(const Case& one, const std::string& thread_name) {
                               : fixture.ended > 0;
   };
   EXPECT_TRUE(fixture.Wait(is_over)) << "it did not end";
-  EXPECT_TRUE(fixture.Wait([&] { return !fixture.IsBusy(); })) << "a flag stays up";
+  EXPECT_TRUE(fixture.Wait([&] { return !fixture.IsBusy(); })) << "a flag remains set";
   fixture.ClearFaults();
   if (operation.restarts && fixture.errors.isEmpty()) {
     EXPECT_TRUE(fixture.Wait([&] {
@@ -99,7 +99,7 @@ void RunCase(const Case& one, const std::string& thread_name) {
       << fixture.errors.join(" / ").toStdString() << " / " << fixture.successes.join(" / ").toStdString();
   EXPECT_LE(fixture.successes.size(), 1);
   if (fixture.log.contains("ERROR Connection Error: TCP connection failed.")) {
-    // The machine was too busy to accept in time: the rule was not met.
+    // The machine was too busy to accept in time, so the rule did not apply.
   } else if (one.kind == nullptr || one.kind->harmless) {
     EXPECT_FALSE(failed) << fixture.errors.join(" / ").toStdString();
   } else if (one.kind->fatal && operation.is_single) {
@@ -108,7 +108,7 @@ void RunCase(const Case& one, const std::string& thread_name) {
 
   if (fixture.manager->IsConnected()) fixture.manager->Stop();
   fixture.StopSensor();
-  EXPECT_TRUE(fixture.Wait([&] { return ThreadsNamed(thread_name) == 1; })) << "a thread is left";
+  EXPECT_TRUE(fixture.Wait([&] { return ThreadsNamed(thread_name) == 1; })) << "a thread is left over";
   fixture.StartSensor();
   fixture.Wait([] { return true; });  // the threads' last signals
   fixture.Forget();
@@ -126,7 +126,7 @@ TEST(Faults, EveryOperationEndsOnceAndTheNextConnectionWorks) {
         cases.push_back({&operation, command + "=" + kind.rule + number, &kind});
     }
   }
-  // Side by side: most of their time they wait.
+  // In parallel, because they mostly wait.
   std::atomic<std::size_t> next = 0;
   const auto work = [&] {
     for (std::size_t at = next++; at < cases.size(); at = next++) {
@@ -143,7 +143,8 @@ TEST(Faults, EveryOperationEndsOnceAndTheNextConnectionWorks) {
   std::cerr << cases.size() << " cases\n";
 }
 
-// A reply that comes after its time-out is taken neither for the next reply nor for one of a serial command.
+// A reply that arrives after its time-out is not mistaken for the next reply, nor for that of a serial
+// command.
 TEST(Faults, ALateReplyAnswersNoOtherCommand) {
   sim::SimulatedSensor sensor(
       {.table_path = "./Config/varID/Zelto-KTC.csv", .faults = {"ldcmd-get:8=late:1500#1"}});

@@ -12,7 +12,7 @@ using Fixture = FaultFixture;
 using Start = std::function<void(Fixture&)>;
 
 const std::vector<std::uint8_t> kFirmware(2500, 0x5A);  // three pieces
-const char kTunnelled[] = "0x0002244C";                 // every serial command inside KTC begins with it
+const char kTunnelled[] = "0x0002244C";                 // the beginning of every serial command inside KTC
 
 Start Save(int page, const char* var_name, const char* text) {
   return [=](auto& fixture) {
@@ -42,7 +42,7 @@ void UpgradeSmallSensor(Fixture& fixture) {
 FaultFixture::FaultFixture(const std::string& model_name)
     : ControllerFixture({}, model_name), model(model_name) {
   VarkelManager* const face = manager.get();
-  face->setModuleIndexUse(-1);  // the live refresh asks for nothing
+  face->setModuleIndexUse(-1);  // turns the live refresh off
   const auto on = [face](auto signal, auto slot) { QObject::connect(face, signal, face, slot); };
   on(&VarkelManager::pageReadFinished, [this] { ++ended; });
   on(&VarkelManager::downloadFinished, [this] { ++ended; });

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # debian_test.sh PACKAGE: tries the package as a user of a bare Debian 12 would, in a root that debootstrap makes: checks
 # it with lintian, installs it with what it depends on, starts the tool, connects to the simulated sensor, removes it.
-# Wants root. A picture of the window is left in build/debian-root.png.
+# Needs root. A picture of the window is left in build/debian-root.png.
 set -Eeuo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 package=$(realpath "${1:?debian_test.sh PACKAGE}")
@@ -17,10 +17,10 @@ fail() {
   exit 1
 }
 if lintian --allow-root --fail-on error "$package" >"$log" 2>&1; then
-  echo "Debian package: lintian has no errors to tell"
+  echo "Debian package: lintian reports no errors"
 else
   cat "$log" >&2
-  fail "lintian tells errors"
+  fail "lintian reports errors"
 fi
 [ "$(id -u)" = 0 ] || skip "only root can make one"
 command -v debootstrap >/dev/null || skip "there is no debootstrap"
@@ -44,7 +44,7 @@ debootstrap --variant=minbase bookworm "$bare" "$server" >"$log" 2>&1 </dev/null
 cp /etc/apt/apt.conf.d/* "$bare/etc/apt/apt.conf.d/" 2>/dev/null || true
 cp /etc/resolv.conf "$bare/etc/resolv.conf"
 mount -t proc proc "$bare/proc" 2>>"$log" || skip "/proc can't be mounted there"
-echo "Debian package: a bare Debian 12 stands after $((SECONDS - began)) s"
+echo "Debian package: a bare Debian 12 is ready after $((SECONDS - began)) s"
 
 in_root=(chroot "$bare" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive)
 inside() { "${in_root[@]}" HOME=/root "$@"; }

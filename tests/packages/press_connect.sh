@@ -26,7 +26,7 @@ asked() { [ "$(($(lines) - before))" -gt 3 ]; }
 
 await window || { echo "No window appeared." >&2; exit 1; }
 await filled || { echo "The window stays empty." >&2; exit 1; }
-echo "The window stands after $((($(date +%s%N) - began) / 1000000)) ms"
+echo "The window appeared after $((($(date +%s%N) - began) / 1000000)) ms"
 # No window manager gives it the focus: a click into the address field does, where Enter connects. Once more while it is
 # connected does no harm.
 window_id=$(xdotool search --onlyvisible --name '^Varkel$' | tail -n 1)

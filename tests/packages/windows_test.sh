@@ -85,7 +85,7 @@ read_serial_number() {
 }
 registered() { "$wine" reg query "$1\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varkel" /v DisplayVersion 2>/dev/null | tr -d '\r'; }
 
-# An older version, which had a library that this one has no more.
+# An older version, with a library that this one no longer has.
 older=$place/older
 mkdir -p "$older/bin" "$older/Config/varID"
 echo old >"$older/bin/varkel.exe"

@@ -70,8 +70,8 @@ TEST_F(PageModelTest, HasTheRowsOfThePage) {
   EXPECT_FALSE(Data("Group", "text").isValid());
 }
 
-// What hosts and older windows take instead of the model.
-TEST_F(PageModelTest, ListsAndMapsSayTheSame) {
+// Hosts and older windows use these instead of the model.
+TEST_F(PageModelTest, ListsAndMapsAgree) {
   const ConfigParser& catalogue = *model->catalogue;
   EXPECT_EQ(PageTitles(catalogue), QVariantList{"Page"});
   const QVariantList listed = PageRows(catalogue)[0].toList();
@@ -92,7 +92,7 @@ TEST_F(PageModelTest, ListsAndMapsSayTheSame) {
   EXPECT_EQ(channel["varname_value_to_option"].toList(), (QVariantList{"Off", "1"}));
 }
 
-TEST_F(PageModelTest, ReportsExactlyTheRowsThatAnEventTouched) {
+TEST_F(PageModelTest, ReportsExactlyTheRowsThatAnEventChanged) {
   ValueStore& values = model->values;
   const auto time = ValueStore::Time(std::chrono::milliseconds(1500));
   values.Read({{&Var("Last"), "8", {8}}}, values.Now(), time);
@@ -107,7 +107,7 @@ TEST_F(PageModelTest, ReportsExactlyTheRowsThatAnEventTouched) {
   EXPECT_EQ(Data("Channel", "edited"), true);
   EXPECT_EQ(Data("Channel", "angles").toStringList().value(0), "5.0");
   EXPECT_EQ(rows.edits(), 2);
-  EXPECT_EQ(PageModel(model, 0).edits(), 2);  // made before it was asked for
+  EXPECT_EQ(PageModel(model, 0).edits(), 2);  // edited before the page was created
   values.Edit(Var("First"), "1");
   values.Cancel();
   EXPECT_EQ(Changed(), (QStringList{"First", "Filter", "Channel"}));

@@ -12,8 +12,9 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Shown texts have two decimals, and codecs truncate: a text alone would move every seventh of these values.
-TEST(SetRequest, UntouchedFieldsGoOutAsTheyCame) {
+// Displayed texts have two decimals, and codecs truncate: the text alone would change every seventh of these
+// values.
+TEST(SetRequest, UneditedFieldsKeepTheirBytes) {
   std::vector<std::string> rows = {
       "Index=0;Get=0x01;Set=0x02;SetIndex=0;VarName=Edited;VarType=uint16;VarLen=2;DefaultValue=0"};
   for (const char* coefficient : {"0.1", "0.05", "0.2"}) {
@@ -40,7 +41,7 @@ TEST(SetRequest, UntouchedFieldsGoOutAsTheyCame) {
   EXPECT_EQ(moved, 0);
 }
 
-TEST(SetRequest, OtherFieldsGoOutAsTheirTextSays) {
+TEST(SetRequest, OtherFieldsAreEncodedFromTheirText) {
   const auto payload = [](const char* cells, const char* text, const Bytes& raw) {
     const auto model =
         test::ModelOf({std::string("Index=1;Get=0x01;Set=0x02;VarName=Value;VarLen=2;") + cells});

@@ -45,14 +45,14 @@ class UserEditsTest : public testing::Test {
        "2",
        "Index=4;Get=0x23;Set=0x22;VarName=Channel;VarType=uint8;DefaultValue=0;VarLen=1;"
        "FunctionModule=1_1_3_5"});
-  int told = 0;
-  UserEdits edits{[this] { return model; }, [this] { ++told; }};
+  int reported = 0;
+  UserEdits edits{[this] { return model; }, [this] { ++reported; }};
 };
 
 TEST_F(UserEditsTest, StepsGoBackAndForthOneByOne) {
   const char* const all = "Rate Slow>Fast, On 1>0, Filter 3>0, Channel, start 2 0.0>45.5";
   Edit("Rate", "8");
-  Edit("Rate", "8");  // no edit
+  Edit("Rate", "8");  // not an edit
   Edit("On", "0");
   Edit("Filter", "0");  // the same click
   Turn(1, 45.5F);
@@ -74,10 +74,10 @@ TEST_F(UserEditsTest, StepsGoBackAndForthOneByOne) {
   for (int i = 0; i < 3; ++i) EXPECT_EQ(edits.redo(), 0);
   EXPECT_EQ(edits.redo(), -1);
   EXPECT_EQ(Listed(), all);
-  EXPECT_EQ(told, 6);
+  EXPECT_EQ(reported, 6);
 }
 
-TEST_F(UserEditsTest, OneIsTakenBackAlone) {
+TEST_F(UserEditsTest, OneIsRevertedAlone) {
   Read("Rate", "7", 7);
   Edit("Rate", "8");
   Turn(9, 90);
@@ -90,7 +90,7 @@ TEST_F(UserEditsTest, OneIsTakenBackAlone) {
   EXPECT_EQ(Listed(), "Rate Slow>Fast");
 }
 
-TEST_F(UserEditsTest, WhatIsSavedIsNotUndone) {
+TEST_F(UserEditsTest, SavedEditsAreNotUndone) {
   Edit("Filter", "5");
   Edit("Rate", "8");
   const SentCommand command = Send("Rate", "8", 8);
@@ -117,7 +117,7 @@ TEST_F(UserEditsTest, RefusalShowsUntilTheEditChanges) {
   }
 }
 
-TEST_F(UserEditsTest, ReadingBackTellsWhatTheSensorMadeOfASave) {
+TEST_F(UserEditsTest, ReadingBackReportsTheOutcomeOfASave) {
   SaveCheck check;
   const auto saved = [&](SavedEdits sent) {
     for (const VarInfo* var : sent.vars) Send(var->var_name.c_str(), "8", 8);

@@ -17,7 +17,7 @@ QMap<QString, QString> Details(const Model& model, const VarInfo& var) {
   return details;
 }
 
-TEST(VariableDetailsTest, TellTheTableAndWhatHappened) {
+TEST(VariableDetailsTest, ShowTheTableAndTheHistory) {
   const auto model = test::ModelOf(
       {"Index=1;Get=0x01;Set=0x02;VarName=Limit;VarType=uint16;DefaultValue=7;VarLen=2;Options=1~9;Unit=mm;"
        "Permission=1;FunctionModule=1_1_1_1",

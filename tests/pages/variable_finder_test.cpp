@@ -16,7 +16,7 @@ std::shared_ptr<Model> SpeedModel() {
        "Index=5;Get=0x09;VarName=Speed Log;VarType=raw;FunctionModule=1_1_1_6"});
 }
 
-TEST(VariableFinderTest, FindsWhatTheUserMayRemember) {
+TEST(VariableFinderTest, FindsByAnythingTheUserMayRemember) {
   const auto model = SpeedModel();
   const VariableFinder finder(model);
   const auto names = [&](const char* query, std::size_t limit = 100) {

@@ -24,13 +24,13 @@ using enum WireDirection;
 constexpr TcpEndpoint kSensor = {{10, 0, 0, 7}, 9347};
 constexpr TcpEndpoint kTool = {{10, 0, 0, 1}, 50000};
 
-/// A file of its own and a recorder that remembers what it said.
-struct Rig {
-  explicit Rig(std::uint64_t largest = CaptureRecorder::kLargestFile)
+/// A file and a recorder, with the messages it reported.
+struct RecorderFixture {
+  explicit RecorderFixture(std::uint64_t largest = CaptureRecorder::kLargestFile)
       : recorder([this](const std::string& text) { said.push_back(text); }, largest) {
     EXPECT_EQ(recorder.Start(path), "");
   }
-  ~Rig() {
+  ~RecorderFixture() {
     recorder.Stop();
     std::filesystem::remove(path);
   }
@@ -52,14 +52,14 @@ struct Read {
     std::istringstream in(file);
     summary = ReadCapture(in, [this](const CapturedExchange& exchange) { exchanges.push_back(exchange); });
   }
-  /// "1 07>00 4b" an exchange: connection, command, code and how much of the reply came.
+  /// An exchange as "1 07>00 4b": connection, command, code and how much of the reply arrived.
   std::string Text() const {
     std::ostringstream text;
     for (const CapturedExchange& e : exchanges) {
       text << e.connection << " " << unsigned{e.command} << ">";
       if (e.answer == Answer::kNone) text << "-";
       if (e.answer != Answer::kNone) text << unsigned{e.return_code} << " " << e.reply.size();
-      if (e.answer == Answer::kBrokenOff) text << "/" << e.announced;
+      if (e.answer == Answer::kIncomplete) text << "/" << e.announced;
       if (e.answer != Answer::kNone && e.reply_command != e.command) {
         text << " as " << unsigned{e.reply_command};
       }
@@ -79,19 +79,19 @@ Bytes Frame(std::uint8_t command, const Bytes& payload = {}, std::uint8_t code =
   return frame;
 }
 
-TEST(Capture, GivesBackWhatWentOverTheWire) {
-  Rig rig;
-  const auto first = rig.recorder.Connection(kSensor);
+TEST(Capture, ReturnsWhatWentOverTheWire) {
+  RecorderFixture fixture;
+  const auto first = fixture.recorder.Connection(kSensor);
   const Bytes log = Counting(10000);
   first->Pass(kToSensor, Frame(7, {1, 2}));
   const Bytes reply = Frame(7, log);
   first->Pass(kFromSensor, std::span(reply).first(5));
   first->Pass(kFromSensor, std::span(reply).subspan(5));
-  auto second = rig.recorder.Connection(kSerialLinesEndpoint);
+  auto second = fixture.recorder.Connection(kSerialLinesEndpoint);
   second->Pass(kToSensor, FromHex("24 4c 44 43 4d 44 2c 02 02 07 00 00 00 00 87 f0 31 01 ee ff"));
   second->Pass(kFromSensor, Counting(20));
   second.reset();
-  const Read read(rig.File());  // while it is being written
+  const Read read(fixture.File());  // while it is being written
   EXPECT_EQ(read.Text(), "1 7>0 10000; 2 2>0 20; ");
   EXPECT_EQ(read.exchanges[0].request, Bytes({1, 2}));
   EXPECT_EQ(read.exchanges[0].reply, log);
@@ -101,7 +101,7 @@ TEST(Capture, GivesBackWhatWentOverTheWire) {
   EXPECT_EQ(read.summary.fault, "");
 }
 
-// Replies go with requests as the client takes them.
+// Replies are matched to requests as the client does.
 TEST(Capture, PairsLateBrokenAndForeignReplies) {
   struct Piece {
     WireDirection direction;
@@ -112,7 +112,7 @@ TEST(Capture, PairsLateBrokenAndForeignReplies) {
     const char* what;
     std::vector<Piece> pieces;
     const char* text;
-    std::uint64_t unasked = 0;
+    std::uint64_t unsolicited = 0;
     std::uint64_t noise = 0;
   } kCases[] = {
       {"late",
@@ -130,7 +130,10 @@ TEST(Capture, PairsLateBrokenAndForeignReplies) {
       {"at the end", {{kToSensor, Frame(5)}, {kFromSensor, half}}, "1 5>0 2/9; "},
       {"refused", {{kToSensor, Frame(5)}, {kFromSensor, Frame(5, {}, 3)}}, "1 5>3 0; "},
       {"other", {{kToSensor, Frame(5)}, {kFromSensor, Frame(6)}}, "1 5>0 0 as 6; "},
-      {"unasked", {{kToSensor, Frame(5)}, {kFromSensor, Frame(5)}, {kFromSensor, Frame(5)}}, "1 5>0 0; ", 1},
+      {"unsolicited",
+       {{kToSensor, Frame(5)}, {kFromSensor, Frame(5)}, {kFromSensor, Frame(5)}},
+       "1 5>0 0; ",
+       1},
       {"noise",
        {{kToSensor, Frame(5)}, {kFromSensor, {0x47, 1, 2}}, {kFromSensor, Frame(5)}},
        "1 5>0 0; ",
@@ -138,52 +141,52 @@ TEST(Capture, PairsLateBrokenAndForeignReplies) {
        3},
   };
   for (const auto& c : kCases) {
-    Rig rig;
-    const auto tap = rig.recorder.Connection(kSensor);
+    RecorderFixture fixture;
+    const auto tap = fixture.recorder.Connection(kSensor);
     for (const Piece& piece : c.pieces) tap->Pass(piece.direction, piece.bytes);
-    const Read read(rig.File());
+    const Read read(fixture.File());
     EXPECT_EQ(read.Text(), c.text) << c.what;
-    EXPECT_EQ(read.summary.unasked, c.unasked) << c.what;
+    EXPECT_EQ(read.summary.unsolicited, c.unsolicited) << c.what;
     EXPECT_EQ(read.summary.noise, c.noise) << c.what;
   }
 }
 
 TEST(CaptureRecorder, BeginsAndEndsWhenever) {
-  Rig rig;
-  rig.recorder.Stop();
-  const auto tap = rig.recorder.Connection(kSensor);
-  tap->Pass(kToSensor, Frame(1));  // nobody records
-  EXPECT_EQ(Read(rig.File()).Text(), "");
+  RecorderFixture fixture;
+  fixture.recorder.Stop();
+  const auto tap = fixture.recorder.Connection(kSensor);
+  tap->Pass(kToSensor, Frame(1));  // not recording
+  EXPECT_EQ(Read(fixture.File()).Text(), "");
   for (int recording = 0; recording < 2; ++recording) {
-    EXPECT_EQ(rig.recorder.Start(rig.path), "");
+    EXPECT_EQ(fixture.recorder.Start(fixture.path), "");
     tap->Pass(kToSensor, Frame(2));
     tap->Pass(kFromSensor, Frame(2));
-    EXPECT_EQ(Read(rig.File()).Text(), "1 2>0 0; ");
+    EXPECT_EQ(Read(fixture.File()).Text(), "1 2>0 0; ");
   }
-  EXPECT_EQ(rig.recorder.Start(rig.path / "no" / "folder"),
-            "The recording can't be written to " + (rig.path / "no" / "folder").string() + ".");
-  EXPECT_FALSE(rig.recorder.is_recording());
+  EXPECT_EQ(fixture.recorder.Start(fixture.path / "no" / "folder"),
+            "The recording can't be written to " + (fixture.path / "no" / "folder").string() + ".");
+  EXPECT_FALSE(fixture.recorder.is_recording());
 }
 
-TEST(CaptureRecorder, EndsAtItsLargestSizeWithAWord) {
-  Rig rig(20'000);
-  const auto tap = rig.recorder.Connection(kSensor);
+TEST(CaptureRecorder, EndsAtItsMaximumSizeWithAMessage) {
+  RecorderFixture fixture(20'000);
+  const auto tap = fixture.recorder.Connection(kSensor);
   for (int i = 0; i < 10; ++i) {
     tap->Pass(kToSensor, Frame(2));
     tap->Pass(kFromSensor, Frame(2, Counting(4000)));
   }
-  ASSERT_EQ(rig.said.size(), 1U);
-  EXPECT_NE(rig.said[0].find("has ended: it has reached"), std::string::npos);
-  EXPECT_FALSE(rig.recorder.is_recording());
-  const Read read(rig.File());
-  EXPECT_LE(rig.File().size(), 20'000U);
+  ASSERT_EQ(fixture.said.size(), 1U);
+  EXPECT_NE(fixture.said[0].find("has ended: it has reached"), std::string::npos);
+  EXPECT_FALSE(fixture.recorder.is_recording());
+  const Read read(fixture.File());
+  EXPECT_LE(fixture.File().size(), 20'000U);
   EXPECT_EQ(read.summary.fault, "");
   EXPECT_GE(read.exchanges.size(), 4U);
 }
 
-// ---- Files from elsewhere
+// ---- Files from other programs
 
-/// A file in either byte order, of any link type.
+/// A file in either byte order, with any link type.
 class File {
  public:
   File(bool is_little, std::uint32_t magic, std::uint32_t link) : is_little_(is_little) {
@@ -245,7 +248,7 @@ TEST(CaptureFile, ReadsEveryKind) {
   }
 }
 
-TEST(CaptureFile, PutsSegmentsTogether) {
+TEST(CaptureFile, ReassemblesSegments) {
   const Bytes request = Frame(7);
   const Bytes reply = Frame(7, Counting(12));  // 20 bytes
   const auto part = [&](std::size_t from, std::size_t size) {
@@ -280,18 +283,18 @@ TEST(CaptureFile, SaysWhatIsWrong) {
     Bytes file;
     const char* fault;
   } kCases[] = {
-      {{}, "The file is no pcap capture."},
-      {FromHex("0a 0d 0d 0a 00 00"), "The file is of the format pcapng: save it as pcap (editcap -F pcap)."},
+      {{}, "The file is not a pcap capture."},
+      {FromHex("0a 0d 0d 0a 00 00"), "The file is in the pcapng format: save it as pcap (editcap -F pcap)."},
       {FromHex("d4 c3 b2 a1 02 00"), "The file ends within its header."}};
   for (const auto& c : kCases) EXPECT_EQ(Read({c.file.begin(), c.file.end()}).summary.fault, c.fault);
 
-  Rig rig;
-  const auto tap = rig.recorder.Connection(kSensor);
+  RecorderFixture fixture;
+  const auto tap = fixture.recorder.Connection(kSensor);
   for (int i = 0; i < 2; ++i) {
     tap->Pass(kToSensor, Frame(7));
     tap->Pass(kFromSensor, Frame(7, {1, 2, 3}));
   }
-  const std::string whole = rig.File();
+  const std::string whole = fixture.File();
   std::size_t whole_ends = 0;
   for (std::size_t size = kPcapHeaderSize; size < whole.size(); ++size) {
     const Read read(whole.substr(0, size));
@@ -299,7 +302,7 @@ TEST(CaptureFile, SaysWhatIsWrong) {
     EXPECT_LE(read.exchanges.size(), 2U) << size;
     for (const CapturedExchange& exchange : read.exchanges) EXPECT_EQ(exchange.command, 7) << size;
   }
-  EXPECT_EQ(whole_ends, Read(whole).summary.packets);  // behind each packet but the last, and the header
+  EXPECT_EQ(whole_ends, Read(whole).summary.packets);  // after the header and each packet but the last
   for (std::size_t i = 0; i < whole.size(); ++i) {
     std::string flipped = whole;
     flipped[i] = static_cast<char>(flipped[i] ^ 0x80);

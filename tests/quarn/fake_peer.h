@@ -24,14 +24,14 @@ struct Request {
   Bytes payload;
 };
 
-/// What the peer does upon a request: sends `bytes` (none: silence) and then perhaps closes the connection.
+/// What the peer does on a request: sends `bytes` (empty: silence) and then may close the connection.
 struct Answer {
   Bytes bytes;
   bool close = false;
 };
 
-/// A sensor that does what the test says, right or wrong. Serves one connection after the other; a client of
-/// it is gone before it is destroyed.
+/// A sensor that does what the test says, right or wrong. Serves one connection at a time; its clients must
+/// be destroyed before it.
 class FakePeer {
  public:
   using Handler = std::function<Answer(const Request&)>;
@@ -50,7 +50,7 @@ class FakePeer {
     return requests_;
   }
 
-  /// A frame as sensors answer: a request's layout with a return code.
+  /// A frame as a sensor sends it: a request's layout with a return code.
   static Bytes Reply(std::uint8_t version, std::uint8_t cmd, const Bytes& payload,
                      std::uint8_t return_code = 0) {
     const lidar::KtcParser parser(version);
@@ -120,7 +120,7 @@ inline std::shared_ptr<lidar::KtcClient> MakeClient(std::uint16_t port, std::uin
                                             timeout_ms, connect_s, std::uint16_t{0}, limits);
 }
 
-/// A client that is connected to the peer.
+/// A client connected to the peer.
 inline std::shared_ptr<lidar::KtcClient> Connect(const FakePeer& peer, std::uint8_t version = 1,
                                                  std::uint32_t timeout_ms = 2000,
                                                  const lidar::KtcLimits& limits = {}) {

@@ -24,7 +24,7 @@ Bytes Cut(Bytes bytes, std::size_t size) {
   return bytes;
 }
 
-// What an exchange with command 0x31 gives when the peer answers with `answer`.
+// The outcome of an exchange with command 0x31 if the peer answers with `answer`.
 struct ExchangeCase {
   const char* name;
   Answer answer;
@@ -42,7 +42,7 @@ std::vector<ExchangeCase> ExchangeCases(std::uint8_t version) {
   const Bytes other = FakePeer::Reply(version, 0x32, {1});
   const std::size_t header = empty.size();
   const Bytes almost = {good[0], good[0], static_cast<std::uint8_t>(good[1] - 1)};
-  const Bytes noise(header - 1);  // with the first identifier byte it fills the first block
+  const Bytes noise(header - 1);  // fills the first block together with the first identifier byte
   return {
       {"good", {good}, 0, 0, good, kPayload},
       {"no payload", {empty}, 0, 0, empty, kBefore},
@@ -66,7 +66,7 @@ void CheckExchange(std::uint8_t version, const ExchangeCase& c, bool with_header
   EXPECT_EQ(client->LastReturnCode(), c.last_return_code);
 }
 
-// Side by side, since many of them wait for a time-out.
+// In parallel, because many of them wait for a time-out.
 TEST(QueryCommand, Table) {
   std::vector<std::future<void>> running;
   for (const std::uint8_t version : Bytes{1, 2}) {
@@ -103,12 +103,12 @@ TEST(QueryCommand, EndsOnASensorThatSendsWithoutPause) {
   const auto client = MakeClient(listener->port(), 1, 2000, 5, "127.0.0.1", 0,
                                  {.longest_noise = std::chrono::milliseconds(300)});
   EXPECT_TRUE(test::Eventually([&] { return client->IsOpen(); }));
-  // A busy machine may interrupt the flood for long enough that the request goes out.
+  // A busy machine may interrupt the flood for long enough that the request is sent.
   const KtcClient::Result reply = client->Query({}, 0x31);
   EXPECT_TRUE(!reply && (reply.error() == KtcClient::kNotSent || reply.error() == KtcClient::kNoHeader));
 }
 
-TEST(QueryCommand, KnowsWhatIsTooSlowOrTooLargeOrCannotBeKept) {
+TEST(QueryCommand, ReportsRepliesTooSlowOrTooLargeOrThatCannotBeStored) {
   const struct {
     KtcLimits limits;
     std::size_t announced, sent;
@@ -163,7 +163,7 @@ TEST(KtcClient, ConnectsOnceTheAddressIsKnown) {
   EXPECT_TRUE(test::Eventually([&] { return client->IsOpen(); }));
 }
 
-TEST(KtcClient, GivesUpWhenItsTimeIsOver) {
+TEST(KtcClient, GivesUpAfterItsTimeOut) {
   const test::SilentAddress silent;
   for (const auto& [ip, reason] :
        {std::pair("", "4 ktc connect : get lidar ip timeout"), {"127.0.0.1", "4 ktc connect exit 2"}}) {
@@ -174,7 +174,7 @@ TEST(KtcClient, GivesUpWhenItsTimeIsOver) {
   }
 }
 
-// The time-outs that hold after a transfer show in how long the client waits for a silent peer.
+// How long the client waits for a silent peer shows which time-outs apply after a transfer.
 TEST(TransferFile, SendsNumberedPiecesAndRestoresTimeouts) {
   constexpr std::uint32_t kShortTimeoutMs = 300;
   const struct {

@@ -25,7 +25,7 @@ Bytes Reply(ReplyKind kind, std::uint8_t code, const Bytes& rest) {
   return EncodeReplyFrame(kind, code, rest, 77);
 }
 
-/// A client on two lines; the test is the sensor.
+/// A client on two lines; the test plays the sensor.
 struct Lines {
   Lines() {
     uart_source->SetReceiveType(SerialSource::kCommandType);
@@ -54,7 +54,7 @@ TEST(SerialClient, TakesTheReplyOutOfThePointCloudEvenWithAGarbledTag) {
   Lines lines;
   Bytes reply = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
   for (const std::uint8_t first : Bytes{'$', 0}) {
-    // What an abandoned exchange left unread is no reply to this one.
+    // Unread bytes of an abandoned exchange are not a reply to this one.
     ASSERT_TRUE(lines.rs485.Write(Reply(ReplyKind::kCommand, 3, {9, 9, 9})));
     auto result = lines.Query();
     EXPECT_EQ(lines.uart.Read(kRequestSize).size(), kRequestSize);
@@ -67,14 +67,14 @@ TEST(SerialClient, TakesTheReplyOutOfThePointCloudEvenWithAGarbledTag) {
   }
 }
 
-TEST(SerialClient, TellsSilenceNonsenseAndABrokenLineApart) {
+TEST(SerialClient, DistinguishesSilenceNonsenseAndABrokenLine) {
   Lines lines;
   lines.body = {42};
   EXPECT_EQ(lines.Query(kShortMs).get(), -2);
   Bytes reply = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
   reply[10] ^= 1;
   auto wrong = lines.Query();
-  lines.uart.Read(2 * kRequestSize);  // the one before, too
+  lines.uart.Read(2 * kRequestSize);  // the previous one, too
   ASSERT_TRUE(lines.rs485.Write(reply));
   EXPECT_EQ(wrong.get(), -2);
   auto pulled = lines.Query();
@@ -84,7 +84,7 @@ TEST(SerialClient, TellsSilenceNonsenseAndABrokenLineApart) {
   EXPECT_EQ(pulled.wait_for(test::kAtOnce), std::future_status::ready);
   EXPECT_EQ(pulled.get(), -3);
   EXPECT_EQ(lines.Query().get(), -1);
-  EXPECT_EQ(lines.body, Bytes{42}) << "a failed exchange leaves the result";
+  EXPECT_EQ(lines.body, Bytes{42}) << "a failed exchange leaves the result unchanged";
 }
 
 TEST(SerialClient, ExchangesFirmwareFramesOnTheCommandLineAlone) {
@@ -105,7 +105,7 @@ TEST(SerialClient, ExchangesFirmwareFramesOnTheCommandLineAlone) {
   auto broken = send();
   lines.uart.Read(request.size());
   lines.uart.Pull();
-  EXPECT_EQ(broken.wait_for(test::kAtOnce), std::future_status::ready) << "the wait of half a minute ends";
+  EXPECT_EQ(broken.wait_for(test::kAtOnce), std::future_status::ready) << "the half-minute wait ends";
   EXPECT_EQ(broken.get(), -3);
 }
 
@@ -117,7 +117,7 @@ TEST(KtcSerialClient, CarriesFramesInsideKtc) {
   const Bytes good = Reply(ReplyKind::kCommand, 3, {11, 0, 0});
   const std::pair<Bytes, int> kCases[] = {{test::Joined({{0, 2}, good}), 0},
                                           {test::Joined({{0, 1}, good}), -2},
-                                          {test::Joined({{0, 2, 0}, good}), -2},  // noise in front
+                                          {test::Joined({{0, 2, 0}, good}), -2},  // noise before the reply
                                           {{}, -2}};
   for (const auto& [payload, result] : kCases) {
     test::FakePeer peer(1, [&answer = payload](const test::Request& request) {

@@ -53,8 +53,8 @@ TEST(SerialFrames, LengthsWrapNoncesDifferAndPortsGetTheirPrefix) {
   EXPECT_EQ(platform::WindowsDeviceName("COM12"), "\\\\.\\COM12");
 }
 
-// Behind noise and in any split fuzz/serial_reply.cpp looks for replies that kept their tag.
-TEST(ReplyAssembler, TakesAGarbledTagInPiecesAndKeepsNoMoreThanABlock) {
+// Replies with an intact tag, after noise and split anywhere, are covered by fuzz/serial_reply.cpp.
+TEST(ReplyAssembler, AcceptsAGarbledTagInPiecesAndKeepsNoMoreThanABlock) {
   Bytes reply = EncodeReplyFrame(ReplyKind::kCommand, 3, Bytes{11, 0, 0}, 0x11223344);
   reply[0] = 0;
   ReplyAssembler assembler(ReplyKind::kCommand);

@@ -27,11 +27,11 @@ TEST(OtaTransfer, SendsStartBlocksAndEnd) {
   exchange.frames.clear();
   EXPECT_EQ(SendOtaComponent(exchange, block1, 2, progress), 0);
   EXPECT_EQ(exchange.frames.front(), (Frame{0x11, 452, 2, {}}));
-  EXPECT_EQ(progress, 3U) << "a component adds to what was sent before";
+  EXPECT_EQ(progress, 3U) << "a component adds to the previous progress";
 }
 
-// What the sensor does with the second block, how often it is asked, and what comes of it.
-TEST(OtaTransfer, AsksAgainForLostRepliesOnly) {
+// What the sensor does with the second block, how often the block is sent, and the result.
+TEST(OtaTransfer, RetriesOnlyAfterLostReplies) {
   const struct {
     int result;
     OtaReply reply;

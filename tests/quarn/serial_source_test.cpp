@@ -26,7 +26,7 @@ std::atomic<int> line_takes_ms{0};
 }  // namespace
 
 #ifndef _WIN32
-// In the C library's place: the system may take its time to open a line and to clear its input.
+// Replaces the C library's functions, to make opening a line and clearing its input slow.
 extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept {
   va_list arguments;
   va_start(arguments, request);
@@ -52,7 +52,7 @@ Bytes Reply(std::uint8_t number) {
   return EncodeReplyFrame(ReplyKind::kCommand, 2, Bytes{number}, 0);
 }
 
-/// All bytes that come until `size` are there.
+/// The bytes received until there are `size` of them.
 Bytes Collect(SerialSource& source, std::size_t size, bool data = false) {
   Bytes all;
   UdpPacket packet;
@@ -68,7 +68,7 @@ Bytes Collect(SerialSource& source, std::size_t size, bool data = false) {
 TEST(SerialPort, TakesAnyRateUpToFiveMillionAndHasOneUser) {
   const PseudoTerminal line;
   for (const std::uint32_t rate : {9600U, 3000000U, 3125000U, 4999999U, 5000000U}) {
-    if (kUnderWine && (rate == 3125000 || rate > 4000000)) continue;  // only the usual ones reach the line
+    if (kUnderWine && (rate == 3125000 || rate > 4000000)) continue;  // Wine sets only the usual rates
     const auto port = SerialPort::Open(line.name(), rate);
     ASSERT_TRUE(port) << rate;
     EXPECT_EQ(port->BaudRate(), rate);
@@ -79,7 +79,7 @@ TEST(SerialPort, TakesAnyRateUpToFiveMillionAndHasOneUser) {
   EXPECT_FALSE(SerialPort::Open("/dev/null", 9600) || SerialPort::Open("/dev/no-such-port", 9600));
 }
 
-TEST(SerialSource, MovesEveryByteUnchangedAndEndsAWriteThatNobodyReads) {
+TEST(SerialSource, TransfersEveryByteAndEndsAWriteThatIsNotRead) {
   const PseudoTerminal line;
   SerialSource source(line.name(), 9600, 115200);
   source.SetAutoReceive(false);
@@ -95,7 +95,7 @@ TEST(SerialSource, MovesEveryByteUnchangedAndEndsAWriteThatNobodyReads) {
   EXPECT_EQ(sent, -1);
 }
 
-TEST(SerialSource, TellsRepliesAndDataApart) {
+TEST(SerialSource, SeparatesRepliesFromData) {
   const Bytes text = {'$', 'L', 'D', 'C', 'M', 'x', '$', '$', 'L', 'D'};
   const Bytes firmware = EncodeReplyFrame(ReplyKind::kOta, 1, Bytes(255, 0x24), 0);
   const Bytes noise(40, 0xEE);
@@ -111,7 +111,7 @@ TEST(SerialSource, TellsRepliesAndDataApart) {
   EXPECT_EQ(Collect(source, data.size(), true), data);
 }
 
-TEST(SerialSource, PulledLineAndCloseEndAReceiveAtOnce) {
+TEST(SerialSource, UnpluggingAndCloseEndAReceiveAtOnce) {
   for (const auto& [automatic, pull] :
        {std::pair(true, true), {true, false}, {false, true}, {false, false}}) {
     PseudoTerminal line;
@@ -128,8 +128,8 @@ TEST(SerialSource, PulledLineAndCloseEndAReceiveAtOnce) {
   }
 }
 
-// Both take their time, so that a clearing is under way whenever the port changes: no opening may find it
-// still held or touch what is being cleared.
+// Both are slow, so input is being cleared whenever the port changes: no open may find the port still in use
+// or interfere with the clearing.
 TEST(SerialSource, OpensWhileAnotherThreadClears) {
   const PseudoTerminal line;
   SerialSource source(line.name(), 9600, 115200);
@@ -150,7 +150,7 @@ TEST(PacketRing, DropsTheOldestAndExtendsTheLastPacket) {
   PacketRing ring(2);
   ring.Push(Bytes{1, 2, 3});
   ring.Push(Bytes{4, 5}, true);
-  ring.Push(Bytes(3100, 9));  // three slots: only the last two stay
+  ring.Push(Bytes(3100, 9));  // three slots: only the last two are kept
   Bytes buffer(2000);
   EXPECT_EQ(ring.dropped(), 2U);
   EXPECT_EQ(ring.Take(buffer, kNow), 1500);

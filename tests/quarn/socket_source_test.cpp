@@ -23,7 +23,7 @@ int Send(SocketSource& source, const Bytes& bytes) {
   return source.Send(bytes.data(), static_cast<std::uint16_t>(bytes.size()), 0);
 }
 
-// The next datagram; a read that finds none yet is tried again, as the tool's readers do.
+// The next datagram; retries while there is none, as the tool's readers do.
 Bytes Next(SocketSource& source, UdpPacket& packet) {
   int received = 0;
   for (int attempt = 0; attempt < 3 && received <= 0; ++attempt) {
@@ -32,7 +32,7 @@ Bytes Next(SocketSource& source, UdpPacket& packet) {
   return {packet.data.begin(), packet.data.begin() + std::max(received, 0)};
 }
 
-// What is there already, without patience for more.
+// The datagrams that have already arrived.
 bool IsIdle(SocketSource& source) {
   UdpPacket packet;
   return source.Receive(packet, 10, 0, 0) <= 0 && source.Receive(packet, 10, 0, 0) <= 0;
@@ -53,7 +53,7 @@ TEST(SocketSource, WaitsOnceIdleAndDrainsAStreamWithoutWaiting) {
   ASSERT_TRUE(sender.Open() && sender.SetClient(kLoopback, port));
   for (const std::uint8_t i : Bytes{1, 2, 3}) EXPECT_EQ(Send(sender, {i, i, 7}), 3);
   for (const std::uint8_t i : Bytes{1, 2, 3}) {
-    // The first is found by waiting, the others without: a negative time would fail a wait.
+    // Only the first one is waited for: with a negative time-out another wait would fail.
     EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, i == 1 ? kSecond_us : -1), 3);
     EXPECT_EQ(packet.data[1], i);
     EXPECT_EQ(packet.sender_ip, std::bit_cast<std::uint32_t>(*ParseIpv4(kLoopback)));
@@ -62,7 +62,7 @@ TEST(SocketSource, WaitsOnceIdleAndDrainsAStreamWithoutWaiting) {
   EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, -1), -1);
 }
 
-TEST(SocketSource, SendsOnceItKnowsWhereAndClosesWhenASendFails) {
+TEST(SocketSource, SendsOnceItHasADestinationAndClosesWhenASendFails) {
   SocketSource source(0, kLoopback, "");
   EXPECT_EQ(Send(source, {42}), -1) << "closed";
   ASSERT_TRUE(source.Open() && source.SetClient(kLoopback, FreePort()));
@@ -74,17 +74,17 @@ TEST(SocketSource, SendsOnceItKnowsWhereAndClosesWhenASendFails) {
   EXPECT_FALSE(source.IsOpened());
   UdpPacket packet;
   EXPECT_EQ(source.Receive(packet, kMaxPacketSize, 0, 0), -1);
-  EXPECT_TRUE(source.IsOpened()) << "a receive opens again";
+  EXPECT_TRUE(source.IsOpened()) << "a receive reopens it";
 }
 
-TEST(SocketSource, ReceivesItsGroupAndNoOther) {
+TEST(SocketSource, ReceivesOnlyItsGroup) {
   SKIP_UNDER_WINE("no group reaches a socket with a local address");
   const std::uint16_t port = FreePort();
   const std::string groups[] = {"239.255.77.1", "239.255.77.2"};
   SocketSource first(port, kLoopback, groups[0]);
   SocketSource other(port, kLoopback, groups[1]);
   const test::LogLines log;
-  ASSERT_TRUE(first.Open() && other.Open()) << "several share a port";
+  ASSERT_TRUE(first.Open() && other.Open()) << "several can share a port";
   SocketSource sender(0, kLoopback, "");
   ASSERT_TRUE(sender.Open() && sender.SetClient(groups[0], port));
   if (!log.Has("2 Recive data from multicast ip address " + groups[0]) || Send(sender, {1, 2, 3}) != 3) {

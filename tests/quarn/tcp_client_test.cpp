@@ -26,7 +26,7 @@ bool Open(TcpClient& client, std::uint16_t port, const std::string& ip = kLoopba
   return client.Open(ip, port, false, nullptr, nullptr, nullptr);
 }
 
-// A request's header, which a peer answers.
+// A request's header, which the peer answers.
 int SendRequest(TcpClient& client) {
   const Bytes frame = FakePeer::Reply(1, 7, {});
   return client.Send(frame.data(), 8, 0);
@@ -80,7 +80,7 @@ TEST(TcpClient, ReceiveReportsEndsAndNeverWaitsWith255) {
   EXPECT_EQ(client.Receive(buffer.data(), 16, 0), 0);
 }
 
-TEST(TcpClient, InterruptEndsWhatRunsAndWhatComesLater) {
+TEST(TcpClient, InterruptEndsCurrentAndLaterOperations) {
   const test::SilentAddress silent;
   // A peer that accepts and never reads: the send blocks once both buffers are full.
   const auto mute = platform::TcpListener::Listen(kLoopback, 0);

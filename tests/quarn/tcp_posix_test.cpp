@@ -1,4 +1,4 @@
-// What a transport does when the system interferes: needs signals and limits that only POSIX has.
+// Interference by the system, through signals and limits that only POSIX has.
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/resource.h>
@@ -33,13 +33,13 @@ TEST(TcpClient, SignalsDoNotProlongATimeOut) {
          std::chrono::steady_clock::now() < limit) {
     pthread_kill(thread, SIGUSR1);
   }
-  EXPECT_LT(std::chrono::steady_clock::now(), limit) << "it ended only when the signals did";
+  EXPECT_LT(std::chrono::steady_clock::now(), limit) << "it ended only after the signals did";
   EXPECT_EQ(receiving.get(), -1);
 }
 
-TEST(TcpOpen, AWaitThatFailsIsAFailedConnection) {
+TEST(TcpOpen, AFailedWaitIsAFailedConnection) {
 #ifdef __SANITIZE_ADDRESS__
-  GTEST_SKIP() << "the sanitizer's own check of virtual calls needs descriptors, which this test takes away";
+  GTEST_SKIP() << "the sanitizer's check of virtual calls needs file descriptors, which this test removes";
 #endif
   const test::SilentAddress silent;
   const test::LogLines log;
@@ -51,7 +51,7 @@ TEST(TcpOpen, AWaitThatFailsIsAFailedConnection) {
   rlimit files{};
   getrlimit(RLIMIT_NOFILE, &files);
   const rlimit none{0, files.rlim_max};
-  setrlimit(RLIMIT_NOFILE, &none);  // from now on the system refuses to wait for a descriptor
+  setrlimit(RLIMIT_NOFILE, &none);  // from now on poll fails
   const bool ended = test::Eventually([&] { return result != kOpening; });
   setrlimit(RLIMIT_NOFILE, &files);
   interrupted = true;

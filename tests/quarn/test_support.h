@@ -20,10 +20,10 @@
 
 namespace quarn::test {
 
-/// How long something that must come may take before the test fails.
+/// How long an expected event may take before the test fails.
 inline constexpr std::chrono::seconds kPatience{10};
 
-/// What "at once" may last on a busy machine under a sanitizer.
+/// How long "at once" may take on a busy machine under a sanitizer.
 inline constexpr std::chrono::milliseconds kAtOnce{900};
 
 inline bool Eventually(const std::function<bool()>& condition) {
@@ -41,7 +41,7 @@ inline std::chrono::milliseconds TimeOf(const std::function<void()>& action) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
 }
 
-/// Runs `blocking` beside the test, and expects that `end` ends it at once.
+/// Runs `blocking` on another thread, and expects `end` to end it at once.
 inline void ExpectEndsAtOnce(const std::function<void()>& blocking, const std::function<void()>& end) {
   auto running = std::async(std::launch::async, blocking);
   EXPECT_EQ(running.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
@@ -52,12 +52,12 @@ inline void ExpectEndsAtOnce(const std::function<void()>& blocking, const std::f
             kAtOnce);
 }
 
-/// A port that nobody holds.
+/// A port that is not in use.
 inline std::uint16_t FreePort() {
   return platform::TcpListener::Listen("127.0.0.1", 0)->port();
 }
 
-/// Collects the log lines of its lifetime as "level text".
+/// Collects the log lines written during its lifetime as "level text".
 class LogLines {
  public:
   LogLines() {
@@ -78,7 +78,7 @@ class LogLines {
   }
 
  private:
-  // Shared with the tap: a thread may still be inside of it when the collector ends.
+  // Shared with the tap: a thread may still be inside it when the collector is destroyed.
   struct Lines {
     std::mutex mutex;
     std::vector<std::string> texts;

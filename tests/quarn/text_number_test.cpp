@@ -7,7 +7,7 @@
 namespace quarn::lidar {
 namespace {
 
-// The number, or the words of the error.
+// The number, or the error's text.
 template <typename Read>
 std::string Outcome(Read read, const char* text) {
   try {

@@ -16,8 +16,8 @@
 
 namespace quarn::test {
 
-/// OpenSSL's own server program: answers every line with the line reversed. The options hold no quotation
-/// marks.
+/// OpenSSL's own server program: answers every line with the line reversed. The options must not contain
+/// quotation marks.
 class TlsServer {
  public:
   explicit TlsServer(const std::vector<std::string>& options) {
@@ -26,7 +26,7 @@ class TlsServer {
     for (const std::string& option : options) command += " \"" + option + "\"";
     command += " 2>&1";
 #ifdef _WIN32
-    command = "\"" + command + "\"";  // its shell takes the outer marks away
+    command = "\"" + command + "\"";  // its shell removes the outer quotation marks
 #endif
     output_ = popen(command.c_str(), "r");
     const std::string start = "ACCEPT 127.0.0.1:";
@@ -36,7 +36,7 @@ class TlsServer {
       if (text.starts_with(start)) port_ = static_cast<std::uint16_t>(std::stoi(text.substr(start.size())));
     }
   }
-  /// Peers that leave at once bring the program to its end.
+  /// Connections that close at once make the program reach its limit and end.
   ~TlsServer() {
     while (port_ != 0 && Visit()) continue;
     if (output_ != nullptr) pclose(output_);
@@ -44,13 +44,13 @@ class TlsServer {
   TlsServer(const TlsServer&) = delete;
   TlsServer& operator=(const TlsServer&) = delete;
 
-  /// 0 when the server did not start.
+  /// 0 if the server did not start.
   std::uint16_t port() const {
     return port_;
   }
 
  private:
-  static constexpr int kPeers = 8;  ///< after so many connections it ends
+  static constexpr int kPeers = 8;  ///< it ends after this many connections
 
   bool Visit() const {
     const int peer = lidar::tcp_open("127.0.0.1", port_);

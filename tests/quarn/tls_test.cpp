@@ -43,7 +43,7 @@ std::string Receive(TcpSslClient& client, std::uint32_t size) {
   return received == static_cast<int>(size) ? text : "failed with " + std::to_string(received);
 }
 
-TEST(Tls, MeetsPeersGoodAndBad) {
+TEST(Tls, ChecksPeersGoodAndBad) {
   const struct {
     const char *what, *version, *server, *cert, *key, *ca;
     bool demands_identity, opens, exchanges;
@@ -52,7 +52,7 @@ TEST(Tls, MeetsPeersGoodAndBad) {
       {"peer that asks for nothing", "-tls1_3", "server.pem", "", "", "ca.pem", false, true, true},
       {"wrong authority", "-tls1_3", "server.pem", "", "", "other-ca.pem", false, false, false},
       {"expired", "-tls1_3", "expired.pem", "client.pem", "client.key", "ca.pem", true, false, false},
-      // The newer handshake ends before the peer has looked for the client's certificate.
+      // The TLS 1.3 handshake ends before the peer has checked the client's certificate.
       {"no client certificate", "-tls1_3", "server.pem", "", "", "ca.pem", true, true, false},
       {"locked key", "-tls1_3", "server.pem", "client.pem", "locked.key", "ca.pem", false, false, false},
   };
@@ -70,7 +70,7 @@ TEST(Tls, MeetsPeersGoodAndBad) {
   }
 }
 
-TEST(Tls, ReceivesExactlyWhatIsAskedOrFails) {
+TEST(Tls, ReceivesExactlyTheRequestedSizeOrFails) {
   TlsServer server(ServerOptions());
   TcpSslClient client;
   ASSERT_TRUE(Connect(client, server.port()));
@@ -80,7 +80,7 @@ TEST(Tls, ReceivesExactlyWhatIsAskedOrFails) {
   EXPECT_EQ(byte, 9);
   EXPECT_EQ(Receive(client, 2), "fe");
   Send(client, "123\n");
-  EXPECT_EQ(Receive(client, 9), "dcba\n321\n");  // both answers in one receive
+  EXPECT_EQ(Receive(client, 9), "dcba\n321\n");  // both answers in a single receive
   EXPECT_TRUE(client.SetReceiveTimeout(100));
   EXPECT_EQ(Receive(client, 60), "failed with -1");
 }
@@ -99,7 +99,7 @@ TEST(Tls, OpensLeaveAPeerThatAnswers) {
   }
 }
 
-TEST(Tls, InterruptEndsAHandshakeAndWhatComesLater) {
+TEST(Tls, InterruptEndsAHandshakeAndLaterOperations) {
   const auto mute = platform::TcpListener::Listen(kLoopback, 0);
   TcpSslClient client;
   test::ExpectEndsAtOnce([&] { EXPECT_FALSE(Connect(client, mute->port())); }, [&] { client.Interrupt(); });

@@ -31,7 +31,7 @@ std::vector<float> Floats(const std::string& text) {
 }
 
 TEST(KtcFrames, MatchTheProtocolPage) {
-  Bytes frame = Counting(40);  // what was there before must not remain
+  Bytes frame = Counting(40);  // old contents must not remain
   for (const auto& row : Table("| Version | Command | Payload | Frame |", 6)) {
     const KtcParser parser(static_cast<std::uint8_t>(std::stoi(row[0])));
     EXPECT_TRUE(parser.KtcStreamEncode(FromHex(row[2]), frame, FromHex(row[1])[0]));
@@ -40,7 +40,7 @@ TEST(KtcFrames, MatchTheProtocolPage) {
   EXPECT_FALSE(KtcParser(3).KtcStreamEncode({}, frame, 1));
 }
 
-// Version 1 cuts a payload out and never reads outside, version 2 acts on the status.
+// Version 1 extracts the payload and never reads outside the frame, version 2 checks the status.
 TEST(KtcStreamDecode, Table) {
   const Ktc_1_0_parser v1;
   const Ktc_2_0_parser v2;
@@ -66,7 +66,7 @@ TEST(KtcStreamDecode, Table) {
   }
 }
 
-TEST(KtcFilestream, NumbersAndCutsPieces) {
+TEST(KtcFilestream, NumbersAndSplitsPieces) {
   const Bytes file = Counting(2049);
   std::vector<Bytes> frames;
   ASSERT_TRUE(KtcParser(1).KtcFilestreamSend(file, 0x0A, frames));

@@ -14,7 +14,7 @@ using test::Verdicts;
 const std::vector<WantedValue> kThreeCommands = {
     {"Spin Rate", "300", {}}, {"Sync Angle", "45", {}}, {"GPS UDP Port", "2000", {}}};
 
-TEST(PlanRun, WritesWhatDiffersAndNothingTheSecondTime) {
+TEST(PlanRun, WritesOnlyDifferencesAndNothingTheSecondTime) {
   StateRig rig;
   const std::vector<WantedValue> wanted = {{"Spin Rate", "300", {}},
                                            {"Receiver Gain", "1.234567", {}},
@@ -23,7 +23,7 @@ TEST(PlanRun, WritesWhatDiffersAndNothingTheSecondTime) {
   const RunReport report = rig.Apply(wanted);
   EXPECT_TRUE(report.is_all_verified()) << Verdicts(report);
   EXPECT_EQ(rig.sensor.ValueText("Spin Rate"), "300");
-  EXPECT_EQ(rig.sensor.ValueText("Return Mode"), "2") << "goes out with what the sensor held";
+  EXPECT_EQ(rig.sensor.ValueText("Return Mode"), "2") << "is sent with the sensor's own value";
   EXPECT_EQ(report.changes.front().old_text, "600");
   const auto again = rig.Plan(wanted);
   ASSERT_TRUE(again);
@@ -74,7 +74,7 @@ TEST(PlanRun, AStopEndsItBeforeTheNextExchange) {
   EXPECT_EQ(rig.sensor.Received(0x45).size(), 0U);
 }
 
-TEST(PlanRun, ASnapshotBringsBackTheBytesBehindRoundedTexts) {
+TEST(PlanRun, ASnapshotRestoresTheBytesOfRoundedTexts) {
   StateRig rig;
   ASSERT_TRUE(
       rig.Apply({{"Minimum Range", "0.123456", {}}, {"Receiver Gain", "2.345678", {}}}).is_all_verified());
@@ -88,7 +88,7 @@ TEST(PlanRun, ASnapshotBringsBackTheBytesBehindRoundedTexts) {
   }
 }
 
-TEST(PlanRun, BringsBackTheFieldOfView) {
+TEST(PlanRun, RestoresTheFieldOfView) {
   StateRig rig;
   const auto angles = [](const std::string& channel, std::vector<std::string> starts) {
     std::vector<WantedValue> wanted = {{"Channel Field of View", channel, {}}};
@@ -99,7 +99,7 @@ TEST(PlanRun, BringsBackTheFieldOfView) {
   };
   ASSERT_TRUE(rig.Apply(angles("5", {"10.0", "20.5", "30", "40", "350"})).is_all_verified());
   const SensorState before = rig.Read().state;
-  // A sensor reports as many sectors as it was told, so what became of the other angles can't be known.
+  // A sensor reports only the sectors of its channel, so the other angles can't be verified.
   EXPECT_EQ(Verdicts(rig.Apply(angles("2", {"11", "22.2", "33"}))),
             "Channel Field of View verified, Channel Field of View start 1 verified, "
             "Channel Field of View start 2 verified, Channel Field of View start 3 unconfirmed");
@@ -129,13 +129,13 @@ TEST(PlanRun, FollowsTheSensorToItsNewAddress) {
                     return std::shared_ptr<quarn::lidar::KtcClient>(sim::Connect(moved, 1));
                   },
                   std::chrono::seconds(10)};
-  rig.sensor.AddFault("0x21=silence");  // it has moved before it could answer
+  rig.sensor.AddFault("0x21=silence");  // it moved before it could answer
   const RunReport report = rig.Apply({{"KTC Port", port, {}}, {"Spin Rate", "300", {}}}, options);
   EXPECT_EQ(Verdicts(report), "Spin Rate verified, KTC Port verified");
   EXPECT_GE(moved.Received(0x08).size(), 1U);
 }
 
-TEST(PlanRun, SaysWhenTheSensorDoesNotCome) {
+TEST(PlanRun, ExplainsWhyTheSensorIsNotFound) {
   StateRig rig;
   int tries = 0;
   RunOptions options;

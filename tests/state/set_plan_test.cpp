@@ -6,7 +6,7 @@
 namespace varkel {
 namespace {
 
-TEST(SetPlan, RefusesBeforeAnythingGoesOut) {
+TEST(SetPlan, RefusesBeforeAnythingIsSent) {
   test::StateRig rig;
   rig.Read();
   const struct {
@@ -35,7 +35,7 @@ TEST(SetPlan, RefusesBeforeAnythingGoesOut) {
     const std::vector<WantedValue> wanted = {{"Spin Rate", "300", {}}, {key, text, {}}};
     const auto plan = MakeSetPlan(rig.model, wanted);
     ASSERT_FALSE(plan) << key << "=" << text;
-    EXPECT_EQ(plan.error().front().kind, std::string(key) == "Spin Rate" ? RefusalKind::kTwice : kind)
+    EXPECT_EQ(plan.error().front().kind, std::string(key) == "Spin Rate" ? RefusalKind::kDuplicate : kind)
         << plan.error().front().text;
   }
 }
@@ -44,7 +44,7 @@ TEST(SetPlan, GathersFieldsByCommandAndSendsTheAddressLast) {
   test::StateRig rig;
   const auto plan = rig.Plan({{"7-1", "10.0.0.7", {}},
                               {"Spin Rate", " 1200 ", {}},
-                              {"Return Mode", "2", {}},  // as it is
+                              {"Return Mode", "2", {}},  // unchanged
                               {"Operating Mode", "1", {}}});
   ASSERT_TRUE(plan);
   ASSERT_EQ(plan->commands.size(), 2U);
@@ -56,7 +56,7 @@ TEST(SetPlan, GathersFieldsByCommandAndSendsTheAddressLast) {
   EXPECT_EQ(rig.model.values.pending_count(), 0U);
 }
 
-TEST(SetPlan, FieldsThatCouldNotBeReadAreNotWrittenOver) {
+TEST(SetPlan, FieldsThatCouldNotBeReadAreNotOverwritten) {
   test::StateRig rig;
   rig.sensor.AddFault("0x40=silence#1");
   rig.Read();
@@ -67,7 +67,7 @@ TEST(SetPlan, FieldsThatCouldNotBeReadAreNotWrittenOver) {
   EXPECT_TRUE(MakeSetPlan(rig.model, wanted, Force::kYes));
 }
 
-TEST(SetPlan, AnotherNameOfAVariableIsRefused) {
+TEST(SetPlan, AnAmbiguousNameIsRefused) {
   const auto model = test::ModelOf({"Index=1;Get=0x01;Set=0x02;VarName=Mode;VarType=uint8;VarLen=1",
                                     "Index=2;Get=0x01;Set=0x02;VarName=Mode;VarType=uint8;VarLen=1"});
   const std::vector<WantedValue> wanted = {{"Mode", "1", {}}};

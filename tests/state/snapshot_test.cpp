@@ -23,7 +23,7 @@ QByteArray FileText(const std::string& format, const std::string& values) {
       values + ", \"failed\": []}");
 }
 
-TEST(Snapshot, HoldsWhatTheSensorReports) {
+TEST(Snapshot, ContainsWhatTheSensorReports) {
   test::StateRig rig;
   rig.sensor.AddFault("0x0C=error:9");
   const auto [state, end] = rig.Read();
@@ -46,7 +46,7 @@ TEST(Snapshot, HoldsWhatTheSensorReports) {
             std::string::npos);
 }
 
-TEST(Snapshot, AnyTextComesBack) {
+TEST(Snapshot, AnyTextSurvivesAFile) {
   SensorState state;
   state.values.push_back({"1-1", "quote\" back\\slash", "line\nend", "tab\t", "\xC2\xB0", "\x01\x7F", ""});
   const auto again = ParseState(QByteArray::fromStdString(FormatState(state)));
@@ -63,15 +63,14 @@ TEST(Snapshot, SaysWhereAFileIsWrong) {
     const char* error;
   } cases[] = {
       {"", "no JSON at line 1, column 1: illegal value"},
-      {"[1]", "no snapshot: it is no object"},
-      {"{}", "no snapshot: format is no number"},
-      {FileText("2", "[]"), "no snapshot: format is 2, newer than this program reads (1)"},
-      {FileText("1e99", "[]"), "no snapshot: format is no whole number of 32 bits"},
-      {FileText("1", "{}"), "no snapshot: values is no list"},
-      {FileText("1", "[7]"), "no snapshot: values[0] is no object"},
-      {FileText("1", "[" + wrong_type + "]"), "no snapshot: values[0].value is no text"},
-      {FileText("1", "[" + value + ", " + value + "]"),
-       "no snapshot: values[1].id is 1-1 for the second time"},
+      {"[1]", "not a snapshot: it is not an object"},
+      {"{}", "not a snapshot: format is not a number"},
+      {FileText("2", "[]"), "not a snapshot: format is 2, newer than this program reads (1)"},
+      {FileText("1e99", "[]"), "not a snapshot: format is not a 32-bit integer"},
+      {FileText("1", "{}"), "not a snapshot: values is not a list"},
+      {FileText("1", "[7]"), "not a snapshot: values[0] is not an object"},
+      {FileText("1", "[" + wrong_type + "]"), "not a snapshot: values[0].value is not a text"},
+      {FileText("1", "[" + value + ", " + value + "]"), "not a snapshot: values[1].id is 1-1 again"},
       {FileText("1", "[" + value).chopped(20), "no JSON at line 2"},
       {QByteArray(100000, '['), "no JSON at line 1"},
   };
@@ -90,7 +89,7 @@ TEST(Snapshot, LargeFilesAndFoldersAreNotRead) {
   const QString path = folder.filePath("large.json");
   QFile file(path);
   ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize(100LL * 1024 * 1024));
-  EXPECT_EQ(LoadState(path).error(), path.toStdString() + ": larger than 32 MiB, no snapshot.");
+  EXPECT_EQ(LoadState(path).error(), path.toStdString() + ": larger than 32 MiB, not a snapshot.");
   EXPECT_FALSE(LoadState(folder.path()));
   EXPECT_FALSE(SaveState({}, folder.filePath("missing/file.json")).empty());
 }
@@ -101,16 +100,16 @@ TEST(Snapshot, TheNewestOfEachSensorAreKept) {
   SensorState state;
   state.sn = "../SN/1";
   QString last;
-  for (int i = 0; i < SnapshotFolder::kKept + 2; ++i) {
+  for (int i = 0; i < SnapshotFolder::kMaxKept + 2; ++i) {
     const auto entry = folder.Save(state);
     ASSERT_TRUE(entry) << entry.error();
     EXPECT_GT(entry->id, last);
     last = entry->id;
   }
-  EXPECT_EQ(Files(root.path()), QStringList{"_._SN_1"}) << "a serial number leads to no other folder";
+  EXPECT_EQ(Files(root.path()), QStringList{"_._SN_1"}) << "a serial number can't lead to another folder";
   Put(root.filePath("_._SN_1/mine.json"), "{}");
   ASSERT_TRUE(folder.Save(state));
-  EXPECT_EQ(folder.List(state.sn).size(), std::size_t{SnapshotFolder::kKept});
+  EXPECT_EQ(folder.List(state.sn).size(), std::size_t{SnapshotFolder::kMaxKept});
   EXPECT_TRUE(QFile::exists(root.filePath("_._SN_1/mine.json")));
   EXPECT_TRUE(folder.Find(state.sn, last));
   EXPECT_FALSE(folder.Find(state.sn, "../mine"));

@@ -22,7 +22,7 @@ class SilentReport : public UserReport {
 
 inline constexpr char kTable[] = "./Config/varID/Quenta.csv";
 
-/// A simulated sensor, a client that is connected to it, and a model that has not been read yet.
+/// A simulated sensor, a connected client, and a model that has not been read yet.
 struct StateRig {
   StateRig() : model("Quenta", std::make_shared<ConfigParser>(kTable)) {
     model.catalogue->ExtractConfigInfo();
@@ -52,7 +52,7 @@ struct StateRig {
   std::shared_ptr<quarn::lidar::KtcClient> client;
 };
 
-/// "1-2 verified holds, ..." of every change.
+/// Every change as "1-2 verified holds, ...".
 inline std::string Verdicts(const RunReport& report) {
   std::string text;
   for (const ChangeOutcome& change : report.changes) {

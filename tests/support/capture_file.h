@@ -11,8 +11,8 @@ namespace varkel::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// A capture in classic pcap (raw IPv4 packets), written as a network would have carried the bytes: each call
-/// is a TCP segment of its own, a millisecond after the one before.
+/// A capture in classic pcap format (raw IPv4 packets): each call adds a TCP segment, a millisecond after the
+/// previous one.
 class CaptureFile {
  public:
   static constexpr std::uint16_t kSensorPort = 9347;
@@ -25,11 +25,11 @@ class CaptureFile {
     Write(header);
   }
 
-  /// `client` is the client's port: each is a stream of its own.
+  /// `client` is the client's port; each port is a separate stream.
   void ToSensor(const Bytes& bytes, std::uint16_t client = 50000) { Segment(bytes, client, true); }
   void FromSensor(const Bytes& bytes, std::uint16_t client = 50000) { Segment(bytes, client, false); }
 
-  std::uint16_t sensor_port = kSensorPort;  ///< of what follows
+  std::uint16_t sensor_port = kSensorPort;  ///< of the segments added next
 
   void Flush() { file_.flush(); }
 

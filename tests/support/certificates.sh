@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# certificates.sh FOLDER: makes a small certificate authority and what TLS tests need of it, as PEM files.
+# certificates.sh FOLDER: creates a small certificate authority and the PEM files that TLS tests need.
 #   ca.pem, other-ca.pem            two authorities
-#   server.pem/.key, expired.pem    of ca: a peer for 127.0.0.1, good and out of date (one key for both)
-#   client.pem/.key                 of ca: the tool's own identity
-#   locked.key                      client.key, locked with a pass phrase
+#   server.pem/.key, expired.pem    signed by ca: a peer at 127.0.0.1, valid and expired (same key)
+#   client.pem/.key                 signed by ca: the tool's own identity
+#   locked.key                      client.key, encrypted with a pass phrase
 set -euo pipefail
 mkdir -p "$1"
 cd "$1"

@@ -4,7 +4,8 @@
 
 #include <csignal>
 
-/// While it exists, writing a file beyond `bytes` fails, as on a full disk. So does this program's output.
+/// While it exists, writing more than `bytes` to a file fails as on a full disk, including this program's
+/// output.
 class FullDisk {
  public:
   explicit FullDisk(rlim_t bytes, void (*action)(int) = SIG_IGN) : action_(std::signal(SIGXFSZ, action)) {

@@ -13,8 +13,8 @@
 
 namespace quarn::test {
 
-/// What platform::PseudoTerminal is, for systems that have none: a serial port whose far end line_host.cpp
-/// holds, which runs beside the tests and whose TCP port VARKEL_LINE_HOST names.
+/// Replaces platform::PseudoTerminal on systems without pseudo-terminals: a serial port whose far end is held
+/// by line_host.cpp, a program that runs beside the tests and listens on the TCP port in VARKEL_LINE_HOST.
 class HostedLine {
  public:
   static std::unique_ptr<HostedLine> Create() { return std::make_unique<HostedLine>(); }

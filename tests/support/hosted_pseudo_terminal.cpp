@@ -1,5 +1,5 @@
-// The simulated sensor's serial lines where the system has no pseudo-terminals: in the place of
-// pseudo_terminal_windows.cpp, which the linker leaves out when a test program brings this file.
+// The simulated sensor's serial lines on systems without pseudo-terminals. Test programs link this file
+// instead of pseudo_terminal_windows.cpp, which the linker then leaves out.
 #include <atomic>
 #include <chrono>
 #include <mutex>
@@ -13,13 +13,14 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kBreath{1};  // lets a writer have its turn
+constexpr std::chrono::milliseconds kPause{1};  // gives a writer its turn
 constexpr std::size_t kBlockSize = 4096;
 
 }  // namespace
 
 struct PseudoTerminal::Native {
-  /// What the client sent and nobody has read yet; asks the host when that is nothing. With the lock held.
+  /// The client's bytes that have not been read yet; asks the host if there are none. Call with the lock
+  /// held.
   bool HasBytes() {
     if (pulled) return false;
     if (bytes.empty()) {
@@ -30,7 +31,7 @@ struct PseudoTerminal::Native {
   }
 
   std::atomic<bool> pulled{false};
-  std::mutex mutex;  // guards what follows: one request at a time
+  std::mutex mutex;  // guards the members below: one request at a time
   test::HostedLine line;
   std::vector<std::uint8_t> bytes;
 };
@@ -54,7 +55,7 @@ int PseudoTerminal::WaitReadable(std::int64_t timeout_us) {
       if (native_->HasBytes()) return 1;
     }
     if (timeout_us >= 0 && Clock::now() >= deadline) return 0;
-    std::this_thread::sleep_for(kBreath);
+    std::this_thread::sleep_for(kPause);
   }
   return -1;
 }

@@ -11,17 +11,17 @@
 #include "libquarn/Platform/src/byte_order.h"
 #include "libquarn/Platform/src/socket.h"
 
-/// What line_host and a test say to each other over one connection a line: a block is its size (u16,
+/// The protocol between line_host and a test, with one connection per line: a block is its size (u16,
 /// big-endian) and that many bytes. The host begins with the port's name; then each request is answered with
 /// one block.
 namespace quarn::test {
 
 enum LineRequest : std::uint8_t {
-  kWriteLine = 'w',  ///< bytes for the client of the port; answered with one byte, 1 when all went out
+  kWriteLine = 'w',  ///< bytes for the client of the port; answered with one byte, 1 if all were sent
   kReadLine =
-      'r',  ///< a size (u16): answered with so much of what its client sends, nothing after a short wait
-  kLineRate = 'b',  ///< answered with the rate (u32) that its client has put it to
-  kPullLine = 'p',  ///< answered with nullopt if the line is gone; so is the name's use
+      'r',  ///< a size (u16); answered with up to that many of the client's bytes, none after a short wait
+  kLineRate = 'b',  ///< answered with the rate (u32) that its client has set
+  kPullLine = 'p',  ///< answered with an empty block once the line is gone and its name is free
 };
 
 inline bool SendBlock(platform::SocketHandle socket, std::span<const std::uint8_t> bytes) {

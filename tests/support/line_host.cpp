@@ -1,6 +1,6 @@
-// The far ends of serial ports for tests that run under another system's interface, where there are no
-// pseudo-terminals: line_host FOLDER NAME... serves each connection to its port with a line, to which the
-// link FOLDER/NAME of a free name leads. Prints "port NUMBER" and runs until it is killed.
+// The far ends of serial ports for tests built for a system without pseudo-terminals. line_host FOLDER
+// NAME... serves each connection to its TCP port with a line, to which the link FOLDER/NAME of a free name
+// points. Prints "port NUMBER" and runs until it is killed.
 
 #include <cstdio>
 #include <filesystem>
@@ -24,7 +24,7 @@ namespace test = quarn::test;
 constexpr std::int64_t kReadUs = 10'000;
 constexpr std::int64_t kWriteUs = 10'000'000;
 
-/// The names that lead to a line, each for one connection at a time.
+/// The names of the lines, each used by one connection at a time.
 class Names {
  public:
   Names(fs::path folder, std::span<char*> names) : folder_(std::move(folder)) {
@@ -32,7 +32,7 @@ class Names {
   }
 
   /// Empty when all are taken.
-  std::string LeadTo(const std::string& terminal) {
+  std::string LinkTo(const std::string& terminal) {
     const std::lock_guard lock(mutex_);
     for (auto& [name, taken] : taken_) {
       if (taken) continue;
@@ -76,7 +76,7 @@ Bytes Answer(PseudoTerminal& line, const Bytes& request) {
 
 void Serve(platform::SocketHandle connection, Names& names) {
   const auto line = PseudoTerminal::Create();
-  const std::string name = line ? names.LeadTo(line->name()) : "";
+  const std::string name = line ? names.LinkTo(line->name()) : "";
   bool alive = test::SendBlock(connection, Bytes(name.begin(), name.end())) && !name.empty();
   while (alive) {
     const auto request = test::ReceiveBlock(connection);

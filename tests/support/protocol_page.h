@@ -17,7 +17,7 @@ inline std::vector<std::uint8_t> FromHex(const std::string& text) {
   return bytes;
 }
 
-/// The rows of the table with this heading row on a protocol page.
+/// The rows of the table that has this heading row on a protocol page.
 inline std::vector<std::vector<std::string>> PageTable(const std::string& path, const std::string& heading) {
   std::ifstream page(path);
   std::string line;

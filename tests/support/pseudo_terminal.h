@@ -23,7 +23,7 @@ using Line = HostedLine;
 using Line = platform::PseudoTerminal;
 #endif
 
-/// A serial line: the code under test opens `name()`, this is the sensor's end of it.
+/// A serial line: the code under test opens `name()`, and this is the sensor's end.
 class PseudoTerminal {
  public:
   PseudoTerminal() : line_(Line::Create()) {}
@@ -32,7 +32,7 @@ class PseudoTerminal {
 
   bool Write(std::span<const std::uint8_t> bytes) const { return line_->Write(bytes, kPatienceUs); }
 
-  /// Reads until `enough` says so of what has come, ten seconds at most.
+  /// Reads until `enough` accepts the bytes received so far, for at most ten seconds.
   std::vector<std::uint8_t> ReadUntil(
       const std::function<bool(std::span<const std::uint8_t>)>& enough) const {
     std::vector<std::uint8_t> all;
@@ -50,10 +50,10 @@ class PseudoTerminal {
     return ReadUntil([size](std::span<const std::uint8_t> all) { return all.size() >= size; });
   }
 
-  /// The rate that the line was opened at.
+  /// The rate at which the line was opened.
   unsigned rate() const { return line_->BaudRate(); }
 
-  /// The line is pulled out.
+  /// Unplugs the line.
   void Pull() { line_->Pull(); }
 
  private:

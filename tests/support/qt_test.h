@@ -25,15 +25,15 @@ struct RegisterTest {
   }
 };
 
-/// The source of a test object: "ConnectionTest" stands in connection_test.cpp.
+/// The source file of a test object: "ConnectionTest" is in connection_test.cpp.
 inline QString SourceOf(const QObject& test) {
   QString name = test.metaObject()->className();
   return name.replace(QRegularExpression("(?<=[a-z])(?=[A-Z])"), "_").toLower();
 }
 
-/// Runs the test object of NAME.cpp when the program's first argument is such a NAME, or all; the other
-/// arguments are Qt Test's. Returns the number of failures. On Windows Qt Test tells the debugger what goes
-/// on, so there its report takes the way over a file to where the report belongs.
+/// Runs the test object of NAME.cpp if the program's first argument is such a NAME, otherwise all of them;
+/// the other arguments are passed to Qt Test. Returns the number of failures. On Windows Qt Test would write
+/// its report to the debugger, so it is written to a file first and copied to standard output.
 inline int RunTestObjects() {
   QStringList arguments = QCoreApplication::arguments();
   std::vector<std::unique_ptr<QObject>> all;
@@ -59,9 +59,9 @@ inline int RunTestObjects() {
   return failed;
 }
 
-/// Makes Persian the user's language, before the application exists: one that writes numbers with other
-/// digits and another decimal point, which must not get into files, file names and stamps. Qt asks for it
-/// once; files keep the encoding of the machine.
+/// Makes Persian the user's language; call it before creating the application. Its digits and decimal point
+/// differ, which must not show in files, file names and time stamps. Qt reads it once; files keep the system's
+/// encoding.
 inline void UsePersian() {
   const QByteArray language = qgetenv("LC_ALL");
   qputenv("LC_ALL", "fa_IR.UTF-8");
@@ -69,7 +69,7 @@ inline void UsePersian() {
   qputenv("LC_ALL", language);
 }
 
-/// A table of cases for a "_data" slot: named with its columns, then called once a row.
+/// A table of cases for a "_data" slot: constructed with the column names, then called once per row.
 template <typename... Values>
 class Table {
  public:

@@ -11,7 +11,7 @@
 
 namespace quarn::test {
 
-/// An exchange without a sensor: records what is sent and answers as the test says.
+/// An exchange without a sensor: records what is sent and answers as the test instructs.
 class ScriptedExchange : public lidar::SerialExchange {
  public:
   using Bytes = std::vector<std::uint8_t>;
@@ -46,7 +46,7 @@ class ScriptedExchange : public lidar::SerialExchange {
     return on_ota ? on_ota(frames.back(), reply) : 0;
   }
 
-  /// Fills the contents of the reply (what follows the command code, so its byte 0 is the reply's byte
+  /// Fills in the contents of the reply (the bytes after the command code, so byte 0 here is the reply's byte
   /// 2) and returns the exchange's result.
   std::function<int(const Command&, Bytes& contents)> on_command;
   std::function<int(const OtaFrame&, lidar::OtaReply&)> on_ota;

@@ -1,7 +1,7 @@
 #pragma once
 
-/// SKIP_UNDER_WINE skips a GoogleTest test of what Windows does and Wine, under which the Windows build is
-/// tested, does not.
+/// SKIP_UNDER_WINE skips a GoogleTest test of something that works on Windows but not under Wine, where the
+/// Windows build is tested.
 #ifdef _WIN32
 inline constexpr bool kUnderWine = true;
 #define SKIP_UNDER_WINE(reason) GTEST_SKIP() << "under Wine: " reason

@@ -1,5 +1,5 @@
 #include "tests/support/silent_address.h"
-#include "tests/ui/desk.h"
+#include "tests/ui/window_driver.h"
 
 namespace {
 
@@ -7,43 +7,43 @@ class ConnectionTest : public QObject {
   Q_OBJECT
  private slots:
   void ButtonConnectsAndDisconnects() {
-    Desk desk;
-    const auto light = [&desk] { return desk.Property("connectionLight", "color").value<QColor>(); };
-    QCOMPARE(desk.Text("connectButton"), "Connect");
-    QVERIFY(desk.Connect());
-    const QString serial_number = "field_" + desk.Place(0, "SN");
-    EVENTUALLY_COMPARE(desk.Text(serial_number), QString::fromStdString(desk.sensor.ValueText("SN")));
+    WindowDriver driver;
+    const auto light = [&driver] { return driver.Property("connectionLight", "color").value<QColor>(); };
+    QCOMPARE(driver.Text("connectButton"), "Connect");
+    QVERIFY(driver.Connect());
+    const QString serial_number = "field_" + driver.Place(0, "SN");
+    EVENTUALLY_COMPARE(driver.Text(serial_number), QString::fromStdString(driver.sensor.ValueText("SN")));
     QCOMPARE(light(), QColor("#00FF6B"));
-    QCOMPARE(desk.Text("connectButton"), "Disconnect");
-    QVERIFY(!desk.Find("modelCombo")->isEnabled());
-    QVERIFY(desk.Property("ipField", "readOnly").toBool());
-    EVENTUALLY_COMPARE(desk.Text("statusConnection"), QString("Connected to 127.0.0.1:%1, Quenta, SN %2")
-                                                          .arg(desk.sensor.port())
-                                                          .arg(desk.Text(serial_number)));
-    desk.manager->setIsDownloadLog(true);
-    EVENTUALLY_VERIFY(!desk.Find("connectButton")->isEnabled());
-    desk.manager->setIsDownloadLog(false);
-    desk.Press("connectButton");
-    EVENTUALLY_VERIFY(!desk.manager->IsConnected());
-    EVENTUALLY_COMPARE(desk.Text(serial_number), "xxxxxxxx");
+    QCOMPARE(driver.Text("connectButton"), "Disconnect");
+    QVERIFY(!driver.Find("modelCombo")->isEnabled());
+    QVERIFY(driver.Property("ipField", "readOnly").toBool());
+    EVENTUALLY_COMPARE(driver.Text("statusConnection"), QString("Connected to 127.0.0.1:%1, Quenta, SN %2")
+                                                            .arg(driver.sensor.port())
+                                                            .arg(driver.Text(serial_number)));
+    driver.manager->setIsDownloadLog(true);
+    EVENTUALLY_VERIFY(!driver.Find("connectButton")->isEnabled());
+    driver.manager->setIsDownloadLog(false);
+    driver.Press("connectButton");
+    EVENTUALLY_VERIFY(!driver.manager->IsConnected());
+    EVENTUALLY_COMPARE(driver.Text(serial_number), "xxxxxxxx");
     QCOMPARE(light(), QColor("red"));
-    QVERIFY(desk.Find("modelCombo")->isEnabled());
+    QVERIFY(driver.Find("modelCombo")->isEnabled());
   }
 
   void RefusedPortAndImpatientUser() {
     const quarn::test::SilentAddress silent;
-    Desk desk;
-    const std::uint16_t port = desk.sensor.port();
-    desk.sensor.Stop();
-    desk.Dial(port);
-    QVERIFY(desk.Dismiss("errorWindow", "Connection Failed. Please check your network settings."));
-    QCOMPARE(desk.Text("statusOutcome"), "Connection Failed. Please check your network settings.");
-    QCOMPARE(desk.manager->errorMessage(), "");
-    EVENTUALLY_VERIFY(!desk.Has("loadingBar"));
-    desk.Dial(silent.port());
-    EVENTUALLY_VERIFY(desk.manager->GetIsConnectingLidar());
-    desk.Click("connectButton");
-    QVERIFY(desk.NoticeShows("errorWindow", "Is Connecting Lidar... Please wait."));
+    WindowDriver driver;
+    const std::uint16_t port = driver.sensor.port();
+    driver.sensor.Stop();
+    driver.Dial(port);
+    QVERIFY(driver.Dismiss("errorWindow", "Connection Failed. Please check your network settings."));
+    QCOMPARE(driver.Text("statusOutcome"), "Connection Failed. Please check your network settings.");
+    QCOMPARE(driver.manager->errorMessage(), "");
+    EVENTUALLY_VERIFY(!driver.Has("loadingBar"));
+    driver.Dial(silent.port());
+    EVENTUALLY_VERIFY(driver.manager->GetIsConnectingLidar());
+    driver.Click("connectButton");
+    QVERIFY(driver.NoticeShows("errorWindow", "Is Connecting Lidar... Please wait."));
   }
 
   void WrongModelIsReported() {
@@ -54,15 +54,15 @@ class ConnectionTest : public QObject {
                  {"A", "QU123", "a mismatch is detected between the lidar model"},
                  {"", "Qu7", "There is a problem with the PN or SN code"},
                  {"", "", "Empty PN or SN code detected."}};
-    Desk desk;
+    WindowDriver driver;
     for (const auto& [part_number, serial_number, warning] : cases) {
-      desk.sensor.SetValue("PN", part_number);
-      desk.sensor.SetValue("SN", serial_number);
-      QVERIFY(desk.Connect());
-      QVERIFY2(warning == nullptr || desk.Dismiss("errorWindow", warning), warning);
-      QVERIFY(!desk.IsOpen("errorWindow"));
-      desk.Press("connectButton");
-      EVENTUALLY_VERIFY(!desk.manager->IsConnected());
+      driver.sensor.SetValue("PN", part_number);
+      driver.sensor.SetValue("SN", serial_number);
+      QVERIFY(driver.Connect());
+      QVERIFY2(warning == nullptr || driver.Dismiss("errorWindow", warning), warning);
+      QVERIFY(!driver.IsOpen("errorWindow"));
+      driver.Press("connectButton");
+      EVENTUALLY_VERIFY(!driver.manager->IsConnected());
     }
   }
 
@@ -77,21 +77,21 @@ class ConnectionTest : public QObject {
                   {"zeltoPage", "ipField", "portField", "udpPortField", "baudRateCombo"},
                   {"rs485Field", "uartField", "restartButton", "tab_0"}},
                  {"Quenta", {"page_0", "restartButton", "ipField"}, {"zeltoPage", "rs485Field"}}};
-    Desk desk;
-    desk.ShowPage(2);
+    WindowDriver driver;
+    driver.ShowPage(2);
     for (const auto& [model, shown, hidden] : cases) {
-      desk.Choose("modelCombo", desk.Property("modelCombo", "model").toStringList().indexOf(model));
-      for (const QString& name : shown) EVENTUALLY_VERIFY2(desk.Has(name), qPrintable(name));
-      for (const QString& name : hidden) QVERIFY2(!desk.Has(name), qPrintable(name));
+      driver.Choose("modelCombo", driver.Property("modelCombo", "model").toStringList().indexOf(model));
+      for (const QString& name : shown) EVENTUALLY_VERIFY2(driver.Has(name), qPrintable(name));
+      for (const QString& name : hidden) QVERIFY2(!driver.Has(name), qPrintable(name));
     }
-    desk.Type("udpPortField", "70000");
-    desk.Key(Qt::Key_Tab);
-    EVENTUALLY_COMPARE(desk.Text("udpPortField"), "4464");  // what is kept of it
+    driver.Type("udpPortField", "70000");
+    driver.Key(Qt::Key_Tab);
+    EVENTUALLY_COMPARE(driver.Text("udpPortField"), "4464");  // the part of it that is kept
   }
 
   void RecentAddressesAreOfferedAndDoNotDisturbTyping() {
-    Desk desk;
-    QObject* const recent = desk.manager->recentAddresses();
+    WindowDriver driver;
+    QObject* const recent = driver.manager->recentAddresses();
     const auto keep = [&](const QStringList& wanted) {
       for (const QString& old : recent->property("all").toStringList()) {
         QMetaObject::invokeMethod(recent, "remove", Q_ARG(QString, old));
@@ -99,37 +99,37 @@ class ConnectionTest : public QObject {
       for (const QString& address : wanted) QMetaObject::invokeMethod(recent, "add", Q_ARG(QString, address));
     };
     keep({});
-    QVERIFY(desk.Connect());
+    QVERIFY(driver.Connect());
     EVENTUALLY_COMPARE(recent->property("all").toStringList(), QStringList("127.0.0.1"));
-    desk.Press("connectButton");
-    EVENTUALLY_VERIFY(!desk.manager->IsConnected());
+    driver.Press("connectButton");
+    EVENTUALLY_VERIFY(!driver.manager->IsConnected());
     keep({"10.0.0.3", "10.0.0.2", "10.0.0.1"});
-    desk.Type("ipField", "9");
-    desk.Key(Qt::Key_Down);
-    QVERIFY(desk.Has("recentAddress_2"));
-    QTest::keyClick(&desk.view(), '8');  // goes on as if nothing were open
-    EVENTUALLY_VERIFY(!desk.Has("recentAddress_0"));
-    QCOMPARE(desk.Text("ipField"), "98");
-    for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Delete, Qt::Key_Down, Qt::Key_Return}) desk.Key(key);
-    QCOMPARE(desk.manager->ip_address(), "10.0.0.3");
-    desk.Click("recentAddressesButton");
-    desk.Click("recentAddress_0");
-    QCOMPARE(desk.manager->ip_address(), "10.0.0.2");
-    QVERIFY(!desk.manager->GetIsConnectingLidar());
+    driver.Type("ipField", "9");
+    driver.Key(Qt::Key_Down);
+    QVERIFY(driver.Has("recentAddress_2"));
+    QTest::keyClick(&driver.view(), '8');  // typing works while the list is open
+    EVENTUALLY_VERIFY(!driver.Has("recentAddress_0"));
+    QCOMPARE(driver.Text("ipField"), "98");
+    for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Delete, Qt::Key_Down, Qt::Key_Return}) driver.Key(key);
+    QCOMPARE(driver.manager->ip_address(), "10.0.0.3");
+    driver.Click("recentAddressesButton");
+    driver.Click("recentAddress_0");
+    QCOMPARE(driver.manager->ip_address(), "10.0.0.2");
+    QVERIFY(!driver.manager->GetIsConnectingLidar());
     keep({});
-    QVERIFY(!desk.Has("recentAddressesButton"));
+    QVERIFY(!driver.Has("recentAddressesButton"));
   }
 
   void StartModelIsTheOnlyOneOrUnknown() {
     for (const char* start_model : {"Zelto-KTC", "Nobody"}) {
-      const Desk desk(start_model);
+      const WindowDriver driver(start_model);
       const bool known = QString(start_model) != "Nobody";
-      QCOMPARE(desk.Find("modelCombo")->isEnabled(), !known);  // the only one
-      QCOMPARE(desk.Property("modelCombo", "displayText"), known ? start_model : "Quenta");
+      QCOMPARE(driver.Find("modelCombo")->isEnabled(), !known);  // the only choice
+      QCOMPARE(driver.Property("modelCombo", "displayText"), known ? start_model : "Quenta");
     }
   }
 };
-const RegisterTest<ConnectionTest> registration;
+const RegisterTest<ConnectionTest> register_connection_test;
 
 }  // namespace
 

@@ -4,7 +4,7 @@
 
 #include "app/src/log_model.h"
 #include "app/src/plain_text.h"
-#include "tests/ui/desk.h"
+#include "tests/ui/window_driver.h"
 
 namespace {
 
@@ -14,7 +14,7 @@ const QString kTags = QString::fromUtf8("<b>bold</b><img src='qrc:/x.png'>&lt;\u
 const QString kTagsShown = "<b>bold</b><img src='qrc:/x.png'>&lt;\\u202eevil\\n\\x1b[2J";
 const QString kParagraphShown = QString(kTagsShown).replace("\\n", "\n");
 
-/// A folder whose default table carries hostile texts.
+/// A folder whose default table contains hostile texts.
 void WriteHostileTable(const QDir& folder) {
   QFile original("Config/varID/Quenta.csv");
   QVERIFY(original.open(QIODevice::ReadOnly));
@@ -40,7 +40,7 @@ void WriteHostileTable(const QDir& folder) {
   QVERIFY(doctored.open(QIODevice::WriteOnly) && doctored.write(table) == table.size());
 }
 
-/// What is wrong with the texts of an item and of those in it.
+/// The faults in the texts of an item and its children.
 QStringList Faults(const QQuickItem* item) {
   static const QRegularExpression acting("[\\x00-\\x1f\\x7f-\\x9f\\x{2028}-\\x{202e}\\x{2066}-\\x{2069}]");
   QStringList faults;
@@ -76,7 +76,7 @@ class HostileTextTest : public QObject {
                  {QString(5000, 'x'), QString(1000, 'x') + "… (5000 characters)",
                   QString(4000, 'x') + "… (5000 characters)"},
                  {'x' + smile.repeated(2500), 'x' + smile.repeated(499) + "… (5001 characters)",
-                  'x' + smile.repeated(1999) + "… (5001 characters)"}};  // no half of a pair
+                  'x' + smile.repeated(1999) + "… (5001 characters)"}};  // never half a surrogate pair
     for (const auto& [text, line, paragraph] : cases) {
       QCOMPARE(PlainText::line(text), line);
       QCOMPARE(PlainText::paragraph(text), paragraph);
@@ -84,53 +84,53 @@ class HostileTextTest : public QObject {
   }
 
   void EveryPageShowsPlainText() {
-    Desk desk;  // ahead of the table, which no sensor would serve
-    desk.sensor.SetValue("SN", "<b>Qu</b>\u202E\n<i>");
-    WriteHostileTable(desk.folder.path());
+    WindowDriver driver;  // created before the hostile table, which the simulator could not serve
+    driver.sensor.SetValue("SN", "<b>Qu</b>\u202E\n<i>");
+    WriteHostileTable(driver.folder.path());
     const QString before = QDir::currentPath();
-    QDir::setCurrent(desk.folder.path());
-    desk.manager->InitConfigFileParser("Quenta");
+    QDir::setCurrent(driver.folder.path());
+    driver.manager->InitConfigFileParser("Quenta");
     QDir::setCurrent(before);
-    for (int page = 0; page < desk.manager->level1List().size(); ++page) {
-      desk.ShowPage(page);
-      QCOMPARE(Faults(desk.view().contentItem()), QStringList());
+    for (int page = 0; page < driver.manager->level1List().size(); ++page) {
+      driver.ShowPage(page);
+      QCOMPARE(Faults(driver.view().contentItem()), QStringList());
     }
-    desk.ShowPage(0);
-    QCOMPARE(desk.Text("tab_0"), kTagsShown);
-    // A value that is not shown whole can't be edited: the rest would be lost.
-    const QQuickItem* const value = desk.Find("field_" + desk.Place(0, "Calibration Date"));
+    driver.ShowPage(0);
+    QCOMPARE(driver.Text("tab_0"), kTagsShown);
+    // A value that is not shown completely can't be edited: the rest would be lost.
+    const QQuickItem* const value = driver.Find("field_" + driver.Place(0, "Calibration Date"));
     QVERIFY(value->property("text").toString().endsWith("M… (1000000 characters)"));
     QVERIFY(value->property("readOnly").toBool());
-    QVERIFY(desk.Connect());
-    EVENTUALLY_COMPARE(desk.Text("field_" + desk.Place(0, "SN")), "<b>Qu</b>\\u202e\\n<i>");
+    QVERIFY(driver.Connect());
+    EVENTUALLY_COMPARE(driver.Text("field_" + driver.Place(0, "SN")), "<b>Qu</b>\\u202e\\n<i>");
     QVERIFY(!value->property("readOnly").toBool());
   }
 
   void NoticesAndLogLinesArePlain() {
-    Desk desk;
+    WindowDriver driver;
     const QString megabyte(kMegabyte, 'm');
-    desk.manager->setErrorMsg(kTags + QString(" and on").repeated(kMegabyte / 7));
-    QVERIFY(desk.NoticeShows("errorWindow", kTags));
-    QVERIFY(desk.Text("noticeText").startsWith(kParagraphShown));
-    QCOMPARE(Faults(desk.view().contentItem()), QStringList());
-    const QQuickItem* const button = desk.Find("noticeAcceptButton");
-    QVERIFY(button->mapToScene({0, button->height()}).y() < desk.view().height());
-    desk.Key(Qt::Key_Escape);
+    driver.manager->setErrorMsg(kTags + QString(" and on").repeated(kMegabyte / 7));
+    QVERIFY(driver.NoticeShows("errorWindow", kTags));
+    QVERIFY(driver.Text("noticeText").startsWith(kParagraphShown));
+    QCOMPARE(Faults(driver.view().contentItem()), QStringList());
+    const QQuickItem* const button = driver.Find("noticeAcceptButton");
+    QVERIFY(button->mapToScene({0, button->height()}).y() < driver.view().height());
+    driver.Key(Qt::Key_Escape);
 
-    desk.OpenLog();
-    auto* const log = desk.view().property("log").value<LogModel*>();
-    for (int i = 0; i < 3; ++i) emit desk.manager->sendLogMessage(megabyte, "BYTES");
-    emit desk.manager->sendLogMessage(kTags, "ERROR");
+    driver.OpenLog();
+    auto* const log = driver.view().property("log").value<LogModel*>();
+    for (int i = 0; i < 3; ++i) emit driver.manager->sendLogMessage(megabyte, "BYTES");
+    emit driver.manager->sendLogMessage(kTags, "ERROR");
     EVENTUALLY_COMPARE(log->rowCount(), 5);  // the notice is the first
-    EVENTUALLY_VERIFY(desk.Property("logList", "contentHeight").toReal() > 1000);
-    QCOMPARE(Faults(desk.view().contentItem()), QStringList());
+    EVENTUALLY_VERIFY(driver.Property("logList", "contentHeight").toReal() > 1000);
+    QCOMPARE(Faults(driver.view().contentItem()), QStringList());
     const QStringList saved = log->Text().split('\n');
     QCOMPARE(saved.size(), 6);  // the last one is empty
     QVERIFY(saved[1].endsWith(" BYTES " + megabyte));
     QVERIFY(saved[4].endsWith(" ERROR " + kTagsShown));
   }
 };
-const RegisterTest<HostileTextTest> registration;
+const RegisterTest<HostileTextTest> register_hostile_text_test;
 
 }  // namespace
 

@@ -15,14 +15,14 @@
 
 #include "app/src/log_model.h"
 #include "libquarn/Capture/src/captured_exchanges.h"
-#include "tests/ui/desk.h"
+#include "tests/ui/window_driver.h"
 
 namespace {
 
-/// A desk whose user looks at the log.
-class LogDesk : public Desk {
+/// Opens the log window.
+class LogWindowDriver : public WindowDriver {
  public:
-  LogDesk() {
+  LogWindowDriver() {
     OpenLog();
     log = view().property("log").value<LogModel*>();
   }
@@ -45,77 +45,77 @@ class LogDesk : public Desk {
 class LogTest : public QObject {
   Q_OBJECT
  private slots:
-  void LinesComeByLevel() {
+  void LinesAreFilteredByLevel() {
     const std::pair<const char*, const char*> lines[] = {{"a", "INFO"},  {"b", "ERROR"}, {"c", "WARNING"},
                                                          {"d", "BYTES"}, {"e", "BYTE"},  {"f", "other"},
                                                          {"", "INFO"}};
-    const LogDesk desk;
-    for (const auto& [text, type] : lines) desk.Say(text, type);
+    const LogWindowDriver driver;
+    for (const auto& [text, type] : lines) driver.Say(text, type);
     const QStringList all = {"INFO a", "ERROR b", "WARN c", "BYTES d", "BYTES e", "INFO f"};
-    EVENTUALLY_COMPARE(desk.Lines(), all);
-    desk.Click("logFilterInfo");
-    QCOMPARE(desk.Lines(), all.mid(1, 4));
-    desk.Click("logFilterInfo");
-    QCOMPARE(desk.Lines(), all);
+    EVENTUALLY_COMPARE(driver.Lines(), all);
+    driver.Click("logFilterInfo");
+    QCOMPARE(driver.Lines(), all.mid(1, 4));
+    driver.Click("logFilterInfo");
+    QCOMPARE(driver.Lines(), all);
   }
 
   void ByteFlowPauseAndClear() {
-    const LogDesk desk;
-    desk.manager->set_ip_address("127.0.0.1");
-    desk.manager->set_port(QString::number(desk.sensor.port()));
-    desk.manager->ConnectLidar();
-    EVENTUALLY_COMPARE(desk.Lines("INFO Lidar connected").size(), 1);
-    QVERIFY(desk.Lines("^BYTES").isEmpty());
-    desk.Click("byteFlowSwitch");
-    desk.manager->ReadPageInBackground(0);
-    EVENTUALLY_VERIFY(!desk.Lines("^BYTES").isEmpty());
-    desk.manager->Stop();
-    desk.Click("logPauseButton");
-    const int shown = desk.log->rowCount();
-    desk.Say("held back");
-    LogModel other;  // takes its line when the paused one would have taken its own
+    const LogWindowDriver driver;
+    driver.manager->set_ip_address("127.0.0.1");
+    driver.manager->set_port(QString::number(driver.sensor.port()));
+    driver.manager->ConnectLidar();
+    EVENTUALLY_COMPARE(driver.Lines("INFO Lidar connected").size(), 1);
+    QVERIFY(driver.Lines("^BYTES").isEmpty());
+    driver.Click("byteFlowSwitch");
+    driver.manager->ReadPageInBackground(0);
+    EVENTUALLY_VERIFY(!driver.Lines("^BYTES").isEmpty());
+    driver.manager->Stop();
+    driver.Click("logPauseButton");
+    const int shown = driver.log->rowCount();
+    driver.Say("held back");
+    LogModel other;  // not paused: once it has its line, the paused one would have had its own
     other.append(LogModel::Info, "later");
     EVENTUALLY_COMPARE(other.rowCount(), 1);
-    QVERIFY(desk.log->waiting() > 0);
-    QCOMPARE(desk.log->rowCount(), shown);
-    desk.Click("logPauseButton");
-    QCOMPARE(desk.Lines("held back").size(), 1);
-    desk.Say("too late");
-    desk.Click("logClearButton");
-    desk.Say("new");
-    EVENTUALLY_COMPARE(desk.Lines(), QStringList("INFO new"));
+    QVERIFY(driver.log->waiting() > 0);
+    QCOMPARE(driver.log->rowCount(), shown);
+    driver.Click("logPauseButton");
+    QCOMPARE(driver.Lines("held back").size(), 1);
+    driver.Say("too late");
+    driver.Click("logClearButton");
+    driver.Say("new");
+    EVENTUALLY_COMPARE(driver.Lines(), QStringList("INFO new"));
   }
 
   void FloodKeepsTheNewestLines() {
-    const LogDesk desk;
-    const QAbstractItemModelTester tester(desk.log);
-    desk.Click("logFilterBytes");
+    const LogWindowDriver driver;
+    const QAbstractItemModelTester tester(driver.log);
+    driver.Click("logFilterBytes");
     for (int batch = 1; batch <= 24; ++batch) {
       for (int i = 0; i < 250; ++i) {
-        desk.Say(QByteArray::number(batch).constData(), "INFO");
-        desk.Say(QByteArray("7E 00 FF ").repeated(20).constData(), "BYTES");
+        driver.Say(QByteArray::number(batch).constData(), "INFO");
+        driver.Say(QByteArray("7E 00 FF ").repeated(20).constData(), "BYTES");
       }
       const int count = std::min(5000, batch * 250);
-      EVENTUALLY_COMPARE(desk.Line(count - 1), QString("INFO %1").arg(batch));
-      QCOMPARE(desk.log->rowCount(), count);
+      EVENTUALLY_COMPARE(driver.Line(count - 1), QString("INFO %1").arg(batch));
+      QCOMPARE(driver.log->rowCount(), count);
     }
-    QCOMPARE(desk.Line(0), "INFO 5");
-    desk.Click("logFilterBytes");
-    QCOMPARE(desk.log->rowCount(), 10000);
+    QCOMPARE(driver.Line(0), "INFO 5");
+    driver.Click("logFilterBytes");
+    QCOMPARE(driver.log->rowCount(), 10000);
   }
 
-  void LongLinesHaveABoundOfTheirOwn() {
+  void LongLinesAreLimitedSeparately() {
     LogModel log;
     for (int line = 0; line < 40; ++line) log.append(LogModel::Info, QString(1000000, 'm'));
     EVENTUALLY_COMPARE(log.rowCount(), 33);  // what 32 MiB hold
   }
 #ifndef _WIN32
-  // Elsewhere the dialog is the system's, of which a test of ours sees nothing.
-  void SavingAsksWhere() {
-    LogDesk desk;
-    desk.Say("<b>48 °C</b>");
-    EVENTUALLY_COMPARE(desk.log->rowCount(), 1);
-    desk.Click("logSaveButton");
+  // On other systems the dialog is the system's own, which a test can't inspect.
+  void SavingAsksForAFile() {
+    LogWindowDriver driver;
+    driver.Say("<b>48 °C</b>");
+    EVENTUALLY_COMPARE(driver.log->rowCount(), 1);
+    driver.Click("logSaveButton");
     QFileDialog* dialog = nullptr;
     const auto is_open = [&dialog] {
       for (QWidget* widget : QApplication::topLevelWidgets()) {
@@ -126,30 +126,30 @@ class LogTest : public QObject {
     EVENTUALLY_VERIFY(is_open());
     QCOMPARE(dialog->windowTitle(), "Save the log");
     QCOMPARE(dialog->acceptMode(), QFileDialog::AcceptSave);
-    dialog->findChild<QLineEdit*>("fileNameEdit")->setText(desk.folder.filePath("log"));
+    dialog->findChild<QLineEdit*>("fileNameEdit")->setText(driver.folder.filePath("log"));
     QMetaObject::invokeMethod(dialog, "accept");
-    EVENTUALLY_VERIFY(QFile::exists(desk.folder.filePath("log.txt")));
+    EVENTUALLY_VERIFY(QFile::exists(driver.folder.filePath("log.txt")));
   }
 #endif
 
   void RecordsAndExplainsExchanges() {
-    LogDesk desk;
-    const QString file = desk.folder.filePath("session.pcap");
-    QCOMPARE(desk.manager->StartRecording(QUrl::fromLocalFile(file)), "");
-    EVENTUALLY_COMPARE(desk.Text("recordButton"), "Stop recording");
-    desk.Click("byteFlowSwitch");
+    LogWindowDriver driver;
+    const QString file = driver.folder.filePath("session.pcap");
+    QCOMPARE(driver.manager->StartRecording(QUrl::fromLocalFile(file)), "");
+    EVENTUALLY_COMPARE(driver.Text("recordButton"), "Stop recording");
+    driver.Click("byteFlowSwitch");
     for (int connection = 0; connection < 2; ++connection) {
-      desk.manager->set_ip_address("127.0.0.1");
-      desk.manager->set_port(QString::number(desk.sensor.port()));
-      desk.manager->ConnectLidar();
-      EVENTUALLY_VERIFY(desk.manager->IsConnected());
-      desk.manager->SendCommandInBackground("05", "");
-      EVENTUALLY_COMPARE(desk.manager->CommandLogCnt(), connection + 1);
-      desk.manager->Stop();
+      driver.manager->set_ip_address("127.0.0.1");
+      driver.manager->set_port(QString::number(driver.sensor.port()));
+      driver.manager->ConnectLidar();
+      EVENTUALLY_VERIFY(driver.manager->IsConnected());
+      driver.manager->SendCommandInBackground("05", "");
+      EVENTUALLY_COMPARE(driver.manager->CommandLogCnt(), connection + 1);
+      driver.manager->Stop();
     }
-    QVERIFY(desk.manager->decodedReply().contains("State = "));
-    desk.Click("recordButton");
-    EVENTUALLY_COMPARE(desk.Text("recordButton"), "Record…");
+    QVERIFY(driver.manager->decodedReply().contains("State = "));
+    driver.Click("recordButton");
+    EVENTUALLY_COMPARE(driver.Text("recordButton"), "Record…");
     std::ifstream recording(file.toStdString(), std::ios::binary);
     int asked = 0;
     const auto summary =
@@ -159,41 +159,41 @@ class LogTest : public QObject {
     QVERIFY(asked >= 2);
     QVERIFY(summary.connections >= 2);
 
-    const QStringList lines = desk.Lines();
+    const QStringList lines = driver.Lines();
     const int reply = lines.indexOf(QRegularExpression("BYTES RECV: 47 74 05 .*"));
     QVERIFY(reply > 0);
-    QMetaObject::invokeMethod(desk.Find("logList"), "open", Q_ARG(QVariant, reply), Q_ARG(QVariant, true));
-    const QString meaning = desk.log->index(reply).data(desk.log->roleNames().key("meaning")).toString();
-    desk.manager->StartRecording(QUrl::fromLocalFile(file));
+    QMetaObject::invokeMethod(driver.Find("logList"), "open", Q_ARG(QVariant, reply), Q_ARG(QVariant, true));
+    const QString meaning = driver.log->index(reply).data(driver.log->roleNames().key("meaning")).toString();
+    driver.manager->StartRecording(QUrl::fromLocalFile(file));
     QTest::qWait(300);
-    desk.root->property("x");
-    QMetaObject::invokeMethod(desk.root, "choosePage",
-                              Q_ARG(QVariant, desk.manager->level1List().size() + 1));
+    driver.root->property("x");
+    QMetaObject::invokeMethod(driver.root, "choosePage",
+                              Q_ARG(QVariant, driver.manager->level1List().size() + 1));
     QTest::qWait(500);
     QVERIFY2(meaning.startsWith("0x05 (read ") && meaning.contains("Motor Speed = 60"), qPrintable(meaning));
   }
 
   void CopiesAndSavesTheLinesShown() {
-    const LogDesk desk;
-    desk.Say("<b>48 °C</b>\n", "WARNING");
-    desk.Say("FE AE", "BYTES");
-    desk.Click("logFilterBytes");
-    EVENTUALLY_COMPARE(desk.log->rowCount(), 1);
+    const LogWindowDriver driver;
+    driver.Say("<b>48 °C</b>\n", "WARNING");
+    driver.Say("FE AE", "BYTES");
+    driver.Click("logFilterBytes");
+    EVENTUALLY_COMPARE(driver.log->rowCount(), 1);
     const QRegularExpression line("^\\d\\d:\\d\\d:\\d\\d\\.\\d{3} WARN  <b>48 °C</b>\n$");
-    desk.Click("logCopyButton");
+    driver.Click("logCopyButton");
     QVERIFY(line.match(QGuiApplication::clipboard()->text()).hasMatch());
-    const QString path = desk.folder.filePath("log.txt");
-    const auto save = [&](const QString& to) { return desk.log->save(QUrl::fromLocalFile(to)); };
+    const QString path = driver.folder.filePath("log.txt");
+    const auto save = [&](const QString& to) { return driver.log->save(QUrl::fromLocalFile(to)); };
     const auto saved = [&] {
       QFile file(path);
       return file.open(QIODevice::ReadOnly | QIODevice::Text) && line.match(file.readAll()).hasMatch();
     };
     QCOMPARE(save(path), "");
     QVERIFY(saved());
-    QVERIFY(save(desk.folder.filePath("no/such.txt")).contains("could not be written"));
+    QVERIFY(save(driver.folder.filePath("no/such.txt")).contains("could not be written"));
 
 #ifndef _WIN32
-    // A full disk, simulated by a limit on the size of a file: the log saved before is still there.
+    // A limit on the file size simulates a full disk: the log saved before is still there.
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit size{};
     getrlimit(RLIMIT_FSIZE, &size);
@@ -206,7 +206,7 @@ class LogTest : public QObject {
 #endif
   }
 };
-const RegisterTest<LogTest> registration;
+const RegisterTest<LogTest> register_log_test;
 
 }  // namespace
 

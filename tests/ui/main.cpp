@@ -1,6 +1,6 @@
 #include <QApplication>
 
-#include "tests/ui/desk.h"
+#include "tests/ui/window_driver.h"
 
 int main(int argc, char** argv) {
   UsePersian();

@@ -1,4 +1,4 @@
-#include "tests/ui/desk.h"
+#include "tests/ui/window_driver.h"
 
 namespace {
 
@@ -6,86 +6,87 @@ class NoticeTest : public QObject {
   Q_OBJECT
  private slots:
   void ErrorsQueueUp() {
-    Desk desk;
+    WindowDriver driver;
     const char* const texts[] = {"one", "two", "two", "three"};
-    for (const char* text : texts) desk.manager->setErrorMsg(text);
+    for (const char* text : texts) driver.manager->setErrorMsg(text);
     for (const char* text : texts) {
-      QVERIFY(desk.NoticeShows("errorWindow", text));
-      EVENTUALLY_VERIFY(desk.Find("noticeAcceptButton")->hasActiveFocus());
-      desk.Key(Qt::Key_Return);
+      QVERIFY(driver.NoticeShows("errorWindow", text));
+      EVENTUALLY_VERIFY(driver.Find("noticeAcceptButton")->hasActiveFocus());
+      driver.Key(Qt::Key_Return);
     }
-    EVENTUALLY_VERIFY(!desk.IsOpen("errorWindow"));
+    EVENTUALLY_VERIFY(!driver.IsOpen("errorWindow"));
   }
 
   void AboutAndRestartMenu() {
-    Desk desk;
-    desk.Click("aboutButton");
-    QVERIFY(desk.Dismiss("aboutWindow", "Version", Qt::Key_Escape));
-    QVERIFY(desk.Connect());
-    desk.Click("restartButton");
-    EVENTUALLY_VERIFY(desk.Has("restartItem"));
-    QCOMPARE(desk.Text("resetItem"), "Reset All Settings");
-    desk.Click("restartItem");
-    QVERIFY(desk.Dismiss("messageWindow", QString("127.0.0.1:%1, Quenta, SN QU").arg(desk.sensor.port())));
-    desk.Click("restartButton");
-    desk.Click("restartItem");
-    desk.Click("noticeAcceptButton");
-    EVENTUALLY_COMPARE(desk.sensor.restarts(), 1U);
-    EVENTUALLY_VERIFY(!desk.manager->IsConnected());
-    desk.Click("restartButton");
-    EVENTUALLY_VERIFY(desk.Has("resetItem") && !desk.Find("resetItem")->isEnabled());
-    QCOMPARE(desk.Property("resetItem", "reason"), "connect first");
+    WindowDriver driver;
+    driver.Click("aboutButton");
+    QVERIFY(driver.Dismiss("aboutWindow", "Version", Qt::Key_Escape));
+    QVERIFY(driver.Connect());
+    driver.Click("restartButton");
+    EVENTUALLY_VERIFY(driver.Has("restartItem"));
+    QCOMPARE(driver.Text("resetItem"), "Reset All Settings");
+    driver.Click("restartItem");
+    QVERIFY(
+        driver.Dismiss("messageWindow", QString("127.0.0.1:%1, Quenta, SN QU").arg(driver.sensor.port())));
+    driver.Click("restartButton");
+    driver.Click("restartItem");
+    driver.Click("noticeAcceptButton");
+    EVENTUALLY_COMPARE(driver.sensor.restarts(), 1U);
+    EVENTUALLY_VERIFY(!driver.manager->IsConnected());
+    driver.Click("restartButton");
+    EVENTUALLY_VERIFY(driver.Has("resetItem") && !driver.Find("resetItem")->isEnabled());
+    QCOMPARE(driver.Property("resetItem", "reason"), "connect first");
   }
 
   void FocusReturnsToWhereItWas() {
-    Desk desk;
-    const auto has_focus = [&desk](const char* name) { return desk.Find(name)->hasActiveFocus(); };
+    WindowDriver driver;
+    const auto has_focus = [&driver](const char* name) { return driver.Find(name)->hasActiveFocus(); };
     EVENTUALLY_VERIFY(has_focus("tab_0"));
     for (const char* name : {"aboutButton", "restartButton", "modelCombo", "saveButton_0"}) {
-      desk.Find(name)->forceActiveFocus(Qt::TabFocusReason);
-      desk.Key(Qt::Key_Space);
-      EVENTUALLY_VERIFY2(!has_focus(name) || desk.Property(name, "down").toBool(), name);
-      desk.Key(Qt::Key_Escape);
-      EVENTUALLY_VERIFY2(has_focus(name) && !desk.Property(name, "down").toBool(), name);
+      driver.Find(name)->forceActiveFocus(Qt::TabFocusReason);
+      driver.Key(Qt::Key_Space);
+      EVENTUALLY_VERIFY2(!has_focus(name) || driver.Property(name, "down").toBool(), name);
+      driver.Key(Qt::Key_Escape);
+      EVENTUALLY_VERIFY2(has_focus(name) && !driver.Property(name, "down").toBool(), name);
     }
-    desk.ShowPage(1);  // and the button that has the focus is gone
+    driver.ShowPage(1);  // hides the button that has the focus
     EVENTUALLY_VERIFY(has_focus("tab_1"));
-    desk.Click("tab_9");
-    desk.Type("commandCodeField", "12");
-    desk.manager->setErrorMsg("It fails.");
-    QVERIFY(desk.Dismiss("errorWindow", "It fails."));
+    driver.Click("tab_9");
+    driver.Type("commandCodeField", "12");
+    driver.manager->setErrorMsg("It fails.");
+    QVERIFY(driver.Dismiss("errorWindow", "It fails."));
     EVENTUALLY_VERIFY(has_focus("commandCodeField"));
-    desk.Key(Qt::Key_3);
-    QCOMPARE(desk.Text("commandCodeField"), "123");
+    driver.Key(Qt::Key_3);
+    QCOMPARE(driver.Text("commandCodeField"), "123");
   }
 
   void ConsoleSendsShowsAndRecalls() {
-    Desk desk;
-    desk.Click("tab_9");
-    QVERIFY(!desk.Find("sendButton")->isEnabled());
-    desk.Enter("commandCodeField", "07");  // not connected
-    QCOMPARE(desk.Text("commandCodeField"), "07");
-    QVERIFY(desk.Connect());
-    desk.Click("tab_9");
-    desk.Enter("commandCodeField", "0x07");
-    EVENTUALLY_VERIFY(desk.Has("historyRow_0"));
-    QCOMPARE(desk.Text("replyHeader").split(' ').size(), 8);
-    QVERIFY(!desk.Text("replyPayload").isEmpty());
-    desk.Type("commandCodeField", "8");
-    desk.Click("sendButton");
-    EVENTUALLY_COMPARE(desk.Property("historyRow_0", "code"), "8");
-    desk.Find("commandCodeField")->forceActiveFocus();
+    WindowDriver driver;
+    driver.Click("tab_9");
+    QVERIFY(!driver.Find("sendButton")->isEnabled());
+    driver.Enter("commandCodeField", "07");  // not connected
+    QCOMPARE(driver.Text("commandCodeField"), "07");
+    QVERIFY(driver.Connect());
+    driver.Click("tab_9");
+    driver.Enter("commandCodeField", "0x07");
+    EVENTUALLY_VERIFY(driver.Has("historyRow_0"));
+    QCOMPARE(driver.Text("replyHeader").split(' ').size(), 8);
+    QVERIFY(!driver.Text("replyPayload").isEmpty());
+    driver.Type("commandCodeField", "8");
+    driver.Click("sendButton");
+    EVENTUALLY_COMPARE(driver.Property("historyRow_0", "code"), "8");
+    driver.Find("commandCodeField")->forceActiveFocus();
     const std::pair<Qt::Key, const char*> steps[] = {
         {Qt::Key_Up, "8"}, {Qt::Key_Up, "07"}, {Qt::Key_Up, "07"}, {Qt::Key_Down, "8"}, {Qt::Key_Down, ""}};
     for (const auto& [key, code] : steps) {
-      desk.Key(key);
-      QCOMPARE(desk.Text("commandCodeField"), code);
+      driver.Key(key);
+      QCOMPARE(driver.Text("commandCodeField"), code);
     }
-    desk.Click("historyRow_1");
-    QCOMPARE(desk.Text("commandCodeField"), "07");
+    driver.Click("historyRow_1");
+    QCOMPARE(driver.Text("commandCodeField"), "07");
   }
 };
-const RegisterTest<NoticeTest> registration;
+const RegisterTest<NoticeTest> register_notice_test;
 
 }  // namespace
 

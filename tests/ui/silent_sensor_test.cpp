@@ -2,49 +2,51 @@
 #include <QFile>
 #include <QSignalSpy>
 
-#include "tests/ui/desk.h"
+#include "tests/ui/window_driver.h"
 
-Q_DECLARE_METATYPE(std::function<void(Desk&)>)
+Q_DECLARE_METATYPE(std::function<void(WindowDriver&)>)
 
 namespace {
 
-// What waits for the sensor takes four seconds or more; less is only a busy machine.
+// An operation that waits for the sensor takes at least four seconds; less only means a busy machine.
 constexpr qint64 kAllowedMs = 1000;
 
-using Start = std::function<void(Desk&)>;
+using Start = std::function<void(WindowDriver&)>;
 
-/// Whatever the window starts with a sensor that stays silent, it goes on answering its user and closes when
-/// asked.
+/// Whatever the window does while the sensor stays silent, it keeps responding to the user and closes on
+/// request.
 class SilentSensorTest : public QObject {
   Q_OBJECT
  private slots:
-  void GoesOnAndCloses_data() {
+  void RespondsAndCloses_data() {
     const Table<QString, Start> row("model", "start");
-    row("page", "Quenta", [](auto& desk) { desk.Key(Qt::Key_3, Qt::ControlModifier); });
-    row("save", "Quenta", [](auto& desk) {
-      desk.manager->SetText(1, 4, 3, 0, "77");
-      desk.manager->RunInBackground(4);
+    row("page", "Quenta", [](auto& driver) { driver.Key(Qt::Key_3, Qt::ControlModifier); });
+    row("save", "Quenta", [](auto& driver) {
+      driver.manager->SetText(1, 4, 3, 0, "77");
+      driver.manager->RunInBackground(4);
     });
-    row("console", "Quenta", [](auto& desk) { desk.manager->SendCommandInBackground("07", ""); });
-    row("download", "Quenta", [](auto& desk) { desk.manager->DownloadLog(Url(desk, ""), "Fault Log"); });
-    row("upgrade", "Quenta", [](auto& desk) { desk.manager->UpgradeLidar(Package(desk), 6, 1, 0); });
-    row("disconnect", "Quenta", [](auto& desk) { desk.Click("connectButton"); });
-    row("upgrade on lines", "Zelto", [](auto& desk) { desk.manager->ZeltoUpgradeLidar(Package(desk)); });
+    row("console", "Quenta", [](auto& driver) { driver.manager->SendCommandInBackground("07", ""); });
+    row("download", "Quenta",
+        [](auto& driver) { driver.manager->DownloadLog(Url(driver, ""), "Fault Log"); });
+    row("upgrade", "Quenta", [](auto& driver) { driver.manager->UpgradeLidar(Package(driver), 6, 1, 0); });
+    row("disconnect", "Quenta", [](auto& driver) { driver.Click("connectButton"); });
+    row("upgrade on lines", "Zelto",
+        [](auto& driver) { driver.manager->ZeltoUpgradeLidar(Package(driver)); });
     row("function inside KTC", "Marvo-KTC",
-        [](auto& desk) { QMetaObject::invokeMethod(desk.manager->smallSensor(), "readSafety"); });
+        [](auto& driver) { QMetaObject::invokeMethod(driver.manager->smallSensor(), "readSafety"); });
     row("upgrade inside KTC", "Marvo-KTC",
-        [](auto& desk) { desk.manager->MarvoUpgradeLidar(Package(desk)); });
+        [](auto& driver) { driver.manager->MarvoUpgradeLidar(Package(driver)); });
   }
-  void GoesOnAndCloses() {
+  void RespondsAndCloses() {
     QFETCH(QString, model);
     QFETCH(Start, start);
-    Desk desk(model);
-    QVERIFY(desk.Connect());
-    desk.sensor.AddFault("*=silence");
-    for (const char* command : {"ldcmd:8", "ota:1"}) desk.lines.AddFault(command + std::string("=silence"));
+    WindowDriver driver(model);
+    QVERIFY(driver.Connect());
+    driver.sensor.AddFault("*=silence");
+    for (const char* command : {"ldcmd:8", "ota:1"}) driver.lines.AddFault(command + std::string("=silence"));
     QElapsedTimer turn;
     turn.start();
-    start(desk);
+    start(driver);
     QVERIFY(turn.elapsed() < kAllowedMs);
     for (int i = 0; i < 20; ++i) {
       turn.start();
@@ -52,22 +54,22 @@ class SilentSensorTest : public QObject {
       QVERIFY(turn.elapsed() < kAllowedMs);
     }
     turn.start();
-    desk.window.reset();
+    driver.window.reset();
     QVERIFY(turn.elapsed() < kAllowedMs);
   }
 
  private:
-  static QUrl Url(const Desk& desk, const QString& name) {
-    return QUrl::fromLocalFile(desk.folder.filePath(name));
+  static QUrl Url(const WindowDriver& driver, const QString& name) {
+    return QUrl::fromLocalFile(driver.folder.filePath(name));
   }
-  static QUrl Package(const Desk& desk) {
-    QFile file(desk.folder.filePath("package"));
+  static QUrl Package(const WindowDriver& driver) {
+    QFile file(driver.folder.filePath("package"));
     if (!file.open(QIODevice::WriteOnly) || file.write(QByteArray(100000, 'x')) != 100000)
       qFatal("no package");
-    return Url(desk, "package");
+    return Url(driver, "package");
   }
 };
-const RegisterTest<SilentSensorTest> registration;
+const RegisterTest<SilentSensorTest> register_silent_sensor_test;
 
 }  // namespace
 

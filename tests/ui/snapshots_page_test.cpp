@@ -1,14 +1,14 @@
 #include <QAbstractItemModel>
 #include <QFile>
 
-#include "tests/ui/desk.h"
+#include "tests/ui/window_driver.h"
 
 namespace {
 
-/// A desk whose user looks at the page of snapshots, and has saved one of a sensor that then changed.
-class SnapshotDesk : public Desk {
+/// Opens the snapshots page with a snapshot of a sensor that has changed since.
+class SnapshotsPageDriver : public WindowDriver {
  public:
-  SnapshotDesk() {
+  SnapshotsPageDriver() {
     if (!Connect()) qFatal("no connection");
     page = manager->level1List().size() + 2;
     QMetaObject::invokeMethod(root, "choosePage", Q_ARG(QVariant, page));
@@ -27,13 +27,13 @@ class SnapshotDesk : public Desk {
     sensor.SetValue("Sync Angle", "45");
     sensor.SetValue("VLAN ID", "77");
   }
-  ~SnapshotDesk() { QFile::remove(file.toLocalFile()); }
+  ~SnapshotsPageDriver() { QFile::remove(file.toLocalFile()); }
 
   bool Idle() const {
     return QTest::qWaitFor([&] { return !snapshots->property("busy").toBool() && !manager->isWorking(); },
                            kPatienceMs);
   }
-  /// "page name left right outcome" of each row.
+  /// Each row as "name|left|right|...|outcome".
   QStringList Rows() const {
     QStringList rows;
     const auto roles = differences->roleNames();
@@ -62,69 +62,68 @@ class SnapshotsPageTest : public QObject {
   Q_OBJECT
  private slots:
   void AppliesWhatIsSelectedAndLeavesEditsAlone() {
-    SnapshotDesk desk;
-    EVENTUALLY_VERIFY(desk.list->rowCount() >= 2);
-    QVERIFY(desk.Find("snapshotRow_1")->property("reason").toString().contains("Saved"));
-    const QString vlan = desk.Place(2, "VLAN ID");
+    SnapshotsPageDriver driver;
+    EVENTUALLY_VERIFY(driver.list->rowCount() >= 2);
+    QVERIFY(driver.Find("snapshotRow_1")->property("reason").toString().contains("Saved"));
+    const QString vlan = driver.Place(2, "VLAN ID");
     const QStringList place = vlan.split('_');
-    desk.manager->SetText(1, place[0].toInt(), place[1].toInt(), place[2].toInt(), "42");
-    desk.ShowPage(0);
-    desk.DropSnapshot();
-    desk.Find("snapshotsPage");
-    QCOMPARE(desk.Rows().filter("VLAN"), QStringList("VLAN ID|1|77|true|false|"));
-    desk.Click("onlySettableButton");
-    QCOMPARE(desk.Rows().size(), 3);
+    driver.manager->SetText(1, place[0].toInt(), place[1].toInt(), place[2].toInt(), "42");
+    driver.ShowPage(0);
+    driver.DropSnapshot();
+    driver.Find("snapshotsPage");
+    QCOMPARE(driver.Rows().filter("VLAN"), QStringList("VLAN ID|1|77|true|false|"));
+    driver.Click("onlySettableButton");
+    QCOMPARE(driver.Rows().size(), 3);
 
-    desk.sensor.AddFault("0x45=error:7");
-    desk.Click("selectAllBox");
-    QCOMPARE(desk.Text("snapshotOutcome"), QString("2 selected"));
-    desk.Find("differenceList")->forceActiveFocus(Qt::TabFocusReason);
-    desk.Key(Qt::Key_Space);  // the row with the edit
-    QCOMPARE(desk.Text("snapshotOutcome"), QString("2 selected"));
-    desk.Key(Qt::Key_Down);
-    desk.Key(Qt::Key_Space);
-    QCOMPARE(desk.Text("snapshotOutcome"), QString("1 selected"));
-    desk.Key(Qt::Key_Space);
-    desk.Click("applyButton");
-    QVERIFY(desk.NoticeShows("messageWindow", "Spin Rate: 1200 → 600"));
-    QVERIFY(desk.NoticeShows("messageWindow",
-                             "Left as they are, since they have edits that are not saved: VLAN ID."));
-    QCOMPARE(desk.sensor.ValueText("Spin Rate"), std::string("1200"));
-    desk.Click("noticeAcceptButton");
-    EVENTUALLY_COMPARE(desk.Text("snapshotOutcome"), QString("1 written and verified, 1 refused."));
-    QVERIFY(desk.Idle());
-    QCOMPARE(desk.Rows().filter("Spin Rate").value(0),
+    driver.sensor.AddFault("0x45=error:7");
+    driver.Click("selectAllBox");
+    QCOMPARE(driver.Text("snapshotOutcome"), QString("2 selected"));
+    driver.Find("differenceList")->forceActiveFocus(Qt::TabFocusReason);
+    driver.Key(Qt::Key_Space);  // the row with the edit
+    QCOMPARE(driver.Text("snapshotOutcome"), QString("2 selected"));
+    driver.Key(Qt::Key_Down);
+    driver.Key(Qt::Key_Space);
+    QCOMPARE(driver.Text("snapshotOutcome"), QString("1 selected"));
+    driver.Key(Qt::Key_Space);
+    driver.Click("applyButton");
+    QVERIFY(driver.NoticeShows("messageWindow", "Spin Rate: 1200 → 600"));
+    QVERIFY(driver.NoticeShows("messageWindow", "Left unchanged because of unsaved edits: VLAN ID."));
+    QCOMPARE(driver.sensor.ValueText("Spin Rate"), std::string("1200"));
+    driver.Click("noticeAcceptButton");
+    EVENTUALLY_COMPARE(driver.Text("snapshotOutcome"), QString("1 written and verified, 1 refused."));
+    QVERIFY(driver.Idle());
+    QCOMPARE(driver.Rows().filter("Spin Rate").value(0),
              QString("Spin Rate|600 rpm (10 Hz)|1200 rpm (20 Hz)|false|false|verified"));
-    QVERIFY(desk.Rows().filter("Sync Angle").value(0).endsWith("true|refused, code 7"));
-    QCOMPARE(desk.sensor.ValueText("Spin Rate"), std::string("600"));
-    QCOMPARE(desk.sensor.ValueText("VLAN ID"), std::string("77"));
-    QCOMPARE(desk.manager->getSetMapSize(), 1);
+    QVERIFY(driver.Rows().filter("Sync Angle").value(0).endsWith("true|refused, code 7"));
+    QCOMPARE(driver.sensor.ValueText("Spin Rate"), std::string("600"));
+    QCOMPARE(driver.sensor.ValueText("VLAN ID"), std::string("77"));
+    QCOMPARE(driver.manager->getSetMapSize(), 1);
     QVERIFY(
-        desk.Find("snapshotRow_1")->property("reason").toString().contains("good state.json was applied"));
+        driver.Find("snapshotRow_1")->property("reason").toString().contains("good state.json was applied"));
     QCOMPARE(QmlWarnings(), 0);
   }
 
   void ComparesTheChosenSnapshot() {
-    SnapshotDesk desk;
-    EVENTUALLY_VERIFY(desk.list->rowCount() >= 2);
-    desk.Find("snapshotList")->forceActiveFocus(Qt::TabFocusReason);
-    desk.Key(Qt::Key_Down);
-    desk.Click("compareButton");
-    desk.Click("compareSensorItem");
-    EVENTUALLY_VERIFY(desk.Rows().contains("Spin Rate|600 rpm (10 Hz)|1200 rpm (20 Hz)|false|false|"));
-    desk.Click("compareButton");
-    desk.Click("compareDefaultsItem");
-    EVENTUALLY_COMPARE(desk.snapshots->property("rightTitle").toString(), QString("Defaults of the table"));
-    QFile broken(desk.file.toLocalFile());
+    SnapshotsPageDriver driver;
+    EVENTUALLY_VERIFY(driver.list->rowCount() >= 2);
+    driver.Find("snapshotList")->forceActiveFocus(Qt::TabFocusReason);
+    driver.Key(Qt::Key_Down);
+    driver.Click("compareButton");
+    driver.Click("compareSensorItem");
+    EVENTUALLY_VERIFY(driver.Rows().contains("Spin Rate|600 rpm (10 Hz)|1200 rpm (20 Hz)|false|false|"));
+    driver.Click("compareButton");
+    driver.Click("compareDefaultsItem");
+    EVENTUALLY_COMPARE(driver.snapshots->property("rightTitle").toString(), QString("Defaults of the table"));
+    QFile broken(driver.file.toLocalFile());
     QVERIFY(broken.open(QIODevice::WriteOnly | QIODevice::Truncate));
     broken.write("{");
     broken.close();
-    desk.DropSnapshot();
-    QVERIFY(desk.Dismiss("errorWindow", "good state.json: no JSON at line 1"));
+    driver.DropSnapshot();
+    QVERIFY(driver.Dismiss("errorWindow", "good state.json: no JSON at line 1"));
     QCOMPARE(QmlWarnings(), 0);
   }
 };
-const RegisterTest<SnapshotsPageTest> registration;
+const RegisterTest<SnapshotsPageTest> register_snapshots_page_test;
 
 }  // namespace
 

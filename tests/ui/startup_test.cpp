@@ -25,7 +25,7 @@ class StartupTest : public QObject {
                  {{1366, 768, 1366, 768}, 1.0},
                  {{1536, 864, 1920, 1080}, 1.0},               // 125 % exactly
                  {{1535, 863, 1920, 1080}, 0.8 * 1.2508143f},  // just above
-                 {{1280, 1080, 1920, 1080}, 1.0},              // the smaller ratio counts
+                 {{1280, 1080, 1920, 1080}, 1.0},              // the smaller ratio is used
                  {{0, 0, 0, 0}, 1.0}};
     for (const auto& [screen, scale] : cases) {
       const double got = startup::ScaleFactor(screen);
@@ -33,7 +33,7 @@ class StartupTest : public QObject {
     }
   }
 
-  void LastFolderOutlivesTheRunUnlessItIsGone() {
+  void LastFolderIsKeptUnlessItIsGone() {
     const QTemporaryDir settings;
     const QString file = settings.filePath("new/window.ini");
     const QUrl documents = LastFolder(file).folder();
@@ -93,7 +93,7 @@ class StartupTest : public QObject {
     }
   }
 };
-const RegisterTest<StartupTest> registration;
+const RegisterTest<StartupTest> register_startup_test;
 
 }  // namespace
 

@@ -4,11 +4,11 @@
 #include <QQmlEngine>
 #include <cmath>
 
-#include "tests/ui/desk.h"
+#include "tests/ui/window_driver.h"
 
 namespace {
 
-/// How bright a colour is to the eye, from 0 to 1, by the formula of the Web's accessibility guidelines.
+/// A colour's relative luminance, from 0 to 1, as defined by the Web Content Accessibility Guidelines.
 double Luminance(const QColor& colour) {
   const auto linear = [](double part) {
     return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
@@ -34,7 +34,7 @@ void VisitControls(QQuickItem* item, const std::function<void(QQuickItem*)>& vis
 class ThemeTest : public QObject {
   Q_OBJECT
  private slots:
-  void ColoursStandOut() {
+  void ColoursHaveEnoughContrast() {
     QQmlEngine engine;
     QQmlComponent component(&engine);
     component.setData(
@@ -69,14 +69,14 @@ class ThemeTest : public QObject {
     }
   }
 
-  void ControlsTellWhatTheyAre() {
+  void ControlsAreAccessible() {
     for (const QString model : {"", "Zelto"}) {
-      Desk desk(model);
-      const int pages = model.isEmpty() ? desk.manager->level1List().size() + 3 : 1;
+      WindowDriver driver(model);
+      const int pages = model.isEmpty() ? driver.manager->level1List().size() + 3 : 1;
       int controls = 0;
       for (int page = 0; page < pages; ++page) {
-        QMetaObject::invokeMethod(desk.root, "choosePage", Q_ARG(QVariant, page));
-        VisitControls(desk.root, [&](QQuickItem* control) {
+        QMetaObject::invokeMethod(driver.root, "choosePage", Q_ARG(QVariant, page));
+        VisitControls(driver.root, [&](QQuickItem* control) {
           ++controls;
           const QByteArray what = control->metaObject()->className() + (" " + control->objectName()).toUtf8();
           QAccessibleInterface* const face = QAccessible::queryAccessibleInterface(control);
@@ -88,7 +88,7 @@ class ThemeTest : public QObject {
     }
   }
 };
-const RegisterTest<ThemeTest> registration;
+const RegisterTest<ThemeTest> register_theme_test;
 
 }  // namespace
 

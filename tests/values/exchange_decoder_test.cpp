@@ -28,7 +28,7 @@ std::string Text(const std::vector<DecodedField>& fields) {
   return text;
 }
 
-TEST(ExchangeDecoder, TellsWhatTheTableAndTheProtocolKnow) {
+TEST(ExchangeDecoder, ExplainsBytesByTableAndProtocol) {
   const struct {
     std::uint8_t command;
     const char* request;
@@ -70,7 +70,7 @@ TEST(ExchangeDecoder, TellsWhatTheTableAndTheProtocolKnow) {
   }
 }
 
-TEST(DecodedText, SetsBytesAndMeaningSideBySide) {
+TEST(DecodedText, ShowsBytesAndMeaningSideBySide) {
   const std::vector<DecodedField> fields = {
       {"1-1", "Name", "A\nb", {}, {}, 0, FromHex("41 0a 62")},
       {{}, {}, {}, {}, {}, 3, std::vector<std::uint8_t>(17, 0x2E)},
@@ -93,8 +93,7 @@ TEST(LoggedExchange, JoinsTheTwoLines) {
       {sent, "",
        "0x20 (write Destination IP, Destination Port)\n 0  c0 a8 01 0a  ....  Destination IP = 192.168.1.10"},
       {sent, "RECV: ret_code is 3", "0x20 (write Destination IP, Destination Port): refused with code 3"},
-      {sent, "RECV: ret_code is -2",
-       "0x20 (write Destination IP, Destination Port): no reply that could be used"},
+      {sent, "RECV: ret_code is -2", "0x20 (write Destination IP, Destination Port): no usable reply"},
       {"SEND: 47 74 0c 00 00 00 00 00 ", "RECV: 47 74 0c 00 00 00 00 01 32 ",
        "0x0C (read Calibration Date, Calibration Count and 4 more)\n  0  32  2  Calibration Date = -"},
       {"", "RECV: 01 02 ", ""},

@@ -24,10 +24,11 @@ TEST(RangeCheck, JudgesOneValue) {
     const char* value;
     RangeFault fault;
     const char* set_coefficient = "";
-  } kCases[] = {{"1~100", "0", kOutOfRange},        {"1~100", "100.9", kNone},  // truncated to the highest
-                {"1~100", "101", kOutOfRange},      {"0~100", "500", kNone},    // a zero bound is no range
-                {"1~100", "20", kOutOfRange, "10"}, {"-10~-1", "-10.9", kNone},
-                {"1~100", "x", kNotANumber},        {"1~100", "1e99", kNotANumber}};
+  } kCases[] = {
+      {"1~100", "0", kOutOfRange},        {"1~100", "100.9", kNone},  // truncated to the upper bound
+      {"1~100", "101", kOutOfRange},      {"0~100", "500", kNone},    // a bound of 0 turns the check off
+      {"1~100", "20", kOutOfRange, "10"}, {"-10~-1", "-10.9", kNone},
+      {"1~100", "x", kNotANumber},        {"1~100", "1e99", kNotANumber}};
   for (const auto& c : kCases) {
     const auto model = OneVariable("float32", c.range, c.set_coefficient, c.value);
     EXPECT_EQ(JudgeValue(*model->catalogue, *model->catalogue->FindByName("Value")).fault, c.fault)
@@ -68,8 +69,8 @@ TEST(RangeCheck, JudgesAPagesValues) {
   }
 }
 
-// The length of a "Shared Secret Key" is that of the last payload, which another thread may just be handling.
-// ThreadSanitizer watches.
+// The length of a "Shared Secret Key" is that of the last payload, which another thread may be handling at
+// the same time; ThreadSanitizer checks this.
 TEST(RangeCheck, LengthsMayChangeMeanwhile) {
   const auto model =
       test::ModelOf({"Index=1;Set=0x02;VarName=Shared Secret Key;VarType=raw;Permission=1;"

@@ -57,14 +57,14 @@ TEST(ReadingHistoryTest, KeepsNewNumbersOfLiveVariables) {
 
 TEST(ReadingHistoryTest, IsBounded) {
   ReadingHistory history;
-  std::vector<VarInfo> vars(ReadingHistory::kMostVariables + 1, LiveVariable());
-  for (std::size_t i = 0; i < ReadingHistory::kMostPoints + 5; ++i) {
+  std::vector<VarInfo> vars(ReadingHistory::kMaxVariables + 1, LiveVariable());
+  for (std::size_t i = 0; i < ReadingHistory::kMaxPoints + 5; ++i) {
     history.Add(vars[0], ReadAt(static_cast<int>(i) + 1, "1"));
   }
-  EXPECT_EQ(history.Find(vars[0])->size(), ReadingHistory::kMostPoints);
+  EXPECT_EQ(history.Find(vars[0])->size(), ReadingHistory::kMaxPoints);
   EXPECT_EQ(history.Find(vars[0])->front().time, ValueStore::Time(milliseconds(6)));
   for (std::size_t i = 1; i < vars.size(); ++i) history.Add(vars[i], ReadAt(static_cast<int>(i), "1"));
-  EXPECT_EQ(history.Find(vars[1]), nullptr);  // the one that was read longest ago
+  EXPECT_EQ(history.Find(vars[1]), nullptr);  // the one that has not been read for longest
   EXPECT_NE(history.Find(vars.back()), nullptr);
 }
 

@@ -10,7 +10,7 @@
 namespace varkel {
 namespace {
 
-/// What a type makes of a text: bytes in hexadecimal, or a refusal.
+/// A text converted by a type: bytes in hexadecimal, or a refusal.
 struct Case {
   const char* type;
   const char* text;

@@ -32,7 +32,7 @@ class ValueStoreTest : public testing::Test {
     return names;
   }
 
-  int told = 0;
+  int reports = 0;
   const std::shared_ptr<Model> model = test::ModelOf(
       {"Index=1;Get=0x01;Set=0x02;VarName=Rate;VarType=uint8;DefaultValue=7;Coefficient=0.1;SetCoefficient="
        "0.1;VarLen=1;FunctionModule=1_1_1_1",
@@ -42,11 +42,11 @@ class ValueStoreTest : public testing::Test {
        "Index=4;Get=0x23;Set=0x22;VarName=Channel;VarType=uint8;DefaultValue=0;VarLen=1;"
        "FunctionModule=1_1_4_5",
        "Index=5;Get=0x01;VarName=Stray;VarType=uint8;DefaultValue=3;VarLen=1;FunctionModule=1_1_5_1"},
-      [this] { ++told; });
+      [this] { ++reports; });
   ValueStore& values = model->values;
 };
 
-TEST_F(ValueStoreTest, TextKnowsWhereItComesFrom) {
+TEST_F(ValueStoreTest, RecordsTheOriginOfATextThroughASave) {
   ExpectShown("Rate", "7", kDefault);
   Read("Rate", "1.30", {13});
   ExpectShown("Rate", "1.30", kRead);
@@ -54,7 +54,7 @@ TEST_F(ValueStoreTest, TextKnowsWhereItComesFrom) {
   EXPECT_TRUE(Shown("Rate").read_time);
   values.Edit(Var("Rate"), "1.5");
   ExpectShown("Rate", "1.5", kEdited);
-  Read("Rate", "1.40", {14});  // never overwrites the user's
+  Read("Rate", "1.40", {14});  // never overwrites the user's edit
   ExpectShown("Rate", "1.5", kEdited);
   const SentCommand command = Command("Rate", "1.5", {15});
   Send(command);
@@ -82,7 +82,7 @@ TEST_F(ValueStoreTest, ReadsBackWithAnotherScale) {
   }
 }
 
-TEST_F(ValueStoreTest, KeptFieldIsNoChange) {
+TEST_F(ValueStoreTest, AnUneditedFieldIsNotAChange) {
   Read("Rate", "1.30", {13});
   Send(Command("Rate", "1.30", {13}));
   ExpectShown("Rate", "1.30", kRead);
@@ -91,8 +91,8 @@ TEST_F(ValueStoreTest, KeptFieldIsNoChange) {
   ExpectShown("Rate", "1.20", kDiffers);  // the sensor did not keep it
 }
 
-// What an edit goes back to, by what happened before it.
-TEST_F(ValueStoreTest, CancelGivesBackWhatTheSensorReported) {
+// The value that Cancel restores, depending on what happened before the edit.
+TEST_F(ValueStoreTest, CancelRestoresWhatTheSensorReported) {
   const struct {
     const char* name;
     std::function<void()> before;
@@ -101,9 +101,9 @@ TEST_F(ValueStoreTest, CancelGivesBackWhatTheSensorReported) {
       {"Rate", [] {}, "7"},
       {"Rate", [this] { Read("Rate", "1.30"); }, "1.30"},
       {"Rate", [this] { values.Edit(Var("Rate"), "9"), Read("Rate", "1.40"); }, "1.40"},
-      {"Rate", [this] { Send(Command("Rate", "2", {20})); }, "2"},  // the sensor took it
+      {"Rate", [this] { Send(Command("Rate", "2", {20})); }, "2"},  // the sensor accepted it
       {"SN", [this] { values.SerialNumberUnknown(); }, "xxxxxxxx"},
-      {"Stray", [] {}, "3"},  // can't be saved, but edited
+      {"Stray", [] {}, "3"},  // can be edited, but not saved
   };
   for (const auto& c : kCases) {
     c.before();
@@ -133,7 +133,7 @@ TEST_F(ValueStoreTest, FieldOfViewFollowsTheSameRules) {
   EXPECT_EQ(values.pending_count(), 1U);
   SentCommand command = Command("Channel", "2", {2});
   command.fov = values.Fov();
-  values.EditFov(4, 46);  // while the page is saved
+  values.EditFov(4, 46);  // while the page is being saved
   Send(command);
   values.Saved({&command, 1});
   EXPECT_TRUE(values.IsPending(kFovSetCommand) && !values.IsEdited(Var("Channel")));
@@ -147,7 +147,7 @@ TEST_F(ValueStoreTest, FieldOfViewFollowsTheSameRules) {
 TEST_F(ValueStoreTest, LateRepliesAreDropped) {
   const auto before = values.Now();
   Send(Command("Rate", "2", {20}));
-  values.Read({{&Var("Rate"), "7", {}}}, before);  // asked before the command went out
+  values.Read({{&Var("Rate"), "7", {}}}, before);  // requested before the command was sent
   ExpectShown("Rate", "2", kSent);
   values.Disconnected();
   values.SerialNumberUnknown();
@@ -176,14 +176,14 @@ TEST_F(ValueStoreTest, AnotherSensorHasReportedNothing) {
   EXPECT_EQ(values.pending_count(), 0U);
 }
 
-TEST_F(ValueStoreTest, TellsExactlyWhatAnEventTouched) {
+TEST_F(ValueStoreTest, ReportsExactlyWhatAnEventChanged) {
   using Names = std::vector<std::string>;
-  values.Edit(Var("Rate"), "7");  // as it is
-  EXPECT_EQ(told, 0);
+  values.Edit(Var("Rate"), "7");  // unchanged
+  EXPECT_EQ(reports, 0);
   Read("Rate", "8");
   values.Edit(Var("Rate"), "9");
   values.Edit(Var("Scaled"), "9");
-  EXPECT_EQ(told, 1);
+  EXPECT_EQ(reports, 1);
   EXPECT_EQ(Changes(), (Names{"Rate", "Scaled"}));
   values.EditFov(0, 5);
   EXPECT_EQ(Changes(), Names{"Channel"});
@@ -191,7 +191,7 @@ TEST_F(ValueStoreTest, TellsExactlyWhatAnEventTouched) {
   EXPECT_EQ(Changes(), (Names{"Channel", "Rate", "Scaled"}));
   values.SerialNumberUnknown();
   EXPECT_EQ(Changes(), Names{"SN"});
-  EXPECT_EQ(told, 4);
+  EXPECT_EQ(reports, 4);
   EXPECT_TRUE(Changes().empty());
 }
 

@@ -9,7 +9,7 @@
 
 namespace varkel::test {
 
-/// A model of one page with one group; its rows are written as for `TableText`.
+/// A model with one page of one group; its rows are written as for `TableText`.
 inline std::shared_ptr<Model> ModelOf(std::vector<std::string> rows, ValueStore::Listener listener = {}) {
   rows.insert(rows.begin(), "0,Page,Group");
   const TableFile file(TableText(rows));

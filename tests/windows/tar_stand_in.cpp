@@ -1,5 +1,5 @@
-// Windows has a tar, Wine has none: tar -cvf ARCHIVE FILE... and tar -tf ARCHIVE, as the tool and its tests
-// call it. Before each file's content stands a line with its name and size.
+// Windows has a tar, Wine does not: tar -cvf ARCHIVE FILE... and tar -tf ARCHIVE, as the tool and its tests
+// call it. Each file is preceded by a line with its name and size.
 #include <cstdio>
 #include <fstream>
 #include <iterator>

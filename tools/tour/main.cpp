@@ -10,7 +10,7 @@
 
 namespace {
 
-// nullopt, after a sentence on standard error, if the arguments make no plan. Ends the process after --help.
+// nullopt, after a sentence on standard error, if the arguments are not valid. Ends the process after --help.
 std::optional<tour::Plan> ReadPlan(int argc, char* argv[]) {
   const QCoreApplication application(argc, argv);
   startup::SetIdentity();
@@ -20,13 +20,14 @@ std::optional<tour::Plan> ReadPlan(int argc, char* argv[]) {
       "Connects, reads every page of the sensor, prints its rows and puts a picture of each page into "
       "FOLDER.");
   parser.addHelpOption();
-  const QCommandLineOption connect("connect", "Where the sensor is, unless as in the settings.", "HOST:PORT");
+  const QCommandLineOption connect("connect", "Address of the sensor, if not the one in the settings.",
+                                   "HOST:PORT");
   parser.addOption(connect);
   parser.addOption({"moduleVM", "The sensor's model; written -moduleVM=NAME.", "NAME"});
-  parser.addPositionalArgument("FOLDER", "Where to put the pictures.");
+  parser.addPositionalArgument("FOLDER", "Folder for the pictures.");
   parser.process(application);
   if (parser.positionalArguments().size() != 1) {
-    QTextStream(stderr) << "varkel-tour: name one folder for the pictures.\n";
+    QTextStream(stderr) << "varkel-tour: give one folder for the pictures.\n";
     return std::nullopt;
   }
   const QString address = parser.value(connect);

@@ -29,7 +29,7 @@ constexpr int kPaintMs = 5000;
 constexpr int kLiveRounds = 2;
 constexpr int kFramesToSettle = 12;
 
-// Runs the event loop until `done` or the time is over; whether it was done.
+// Runs the event loop until `done` or a time-out; returns whether it is done.
 bool WaitUntil(const std::function<bool()>& done, int timeout_ms) {
   const QDeadlineTimer deadline(timeout_ms);
   QTimer wake;
@@ -40,7 +40,7 @@ bool WaitUntil(const std::function<bool()>& done, int timeout_ms) {
   return done();
 }
 
-// Items that a view makes from a model are no QObject children, so the search follows the picture.
+// Items that a view creates from a model are not QObject children, so the visual tree is searched.
 QQuickItem* FindBelow(QQuickItem* item, const QString& name) {
   for (QQuickItem* child : item->childItems()) {
     if (child->objectName() == name) {
@@ -132,7 +132,7 @@ void Guide::WaitForLiveRounds(int page) {
   QObject::disconnect(counter);
 }
 
-// The page of snapshots is empty until something is compared.
+// The snapshots page is empty until something is compared.
 void Guide::CompareWithDefaults() {
   const auto is_done = [this] { return !manager_->isWorking(); };
   WaitUntil(is_done, kReadMs);
@@ -178,7 +178,7 @@ void Guide::PrintRows(int page, const QString& title) const {
   }
 }
 
-// Notices would stand in the picture, so they are read out and closed.
+// Notices would be in the picture, so their texts are printed and they are closed.
 void Guide::TakeNotices() const {
   for (const char* name : {"errorWindow", "successWindow", "messageWindow"}) {
     auto* const notice = view_.rootObject()->findChild<QObject*>(name);
@@ -199,11 +199,11 @@ void Guide::TakeNotices() const {
   }
 }
 
-// What has just been reported reaches the picture with the next frame, what is drawn by hand with the one
-// after, and a colour takes some more to change.
+// A change is visible in the next frame, custom-drawn items in the one after, and a colour takes some more
+// frames to change.
 void Guide::WaitForFrames() const {
   const auto frames =
-      std::make_shared<int>(0);  // a frame that another thread painted may be reported later still
+      std::make_shared<int>(0);  // a frame painted by another thread may be reported even later
   const auto counter =
       QObject::connect(&view_, &QQuickWindow::frameSwapped, manager_, [view = &view_, frames] {
         ++*frames;
@@ -245,7 +245,7 @@ bool Guide::VisitPages() {
   return true;
 }
 
-// A small sensor has one page of its own, which fills as the sensor answers.
+// A small sensor has a single page, which fills as the sensor answers.
 bool Guide::VisitSmallSensor() {
   const auto rows = [this] { return manager_->ZeltoLidarInfo() + manager_->ZeltoLidarVersionInfo(); };
   const QRegExp placeholder("[x.]*");
@@ -255,7 +255,7 @@ bool Guide::VisitSmallSensor() {
       return placeholder.exactMatch(row.toMap().value("value").toString());
     });
   };
-  // The connection is reported at once; the page asks for versions and destination after that.
+  // The connection is reported at once; versions and destination are read after that.
   const auto is_quiet = [this] { return !Find("loadingBar")->isVisible() && !manager_->isWorking(); };
   WaitUntil([&] { return is_filled() && is_quiet(); }, kReadMs);
   QTextStream out(stdout);
@@ -269,16 +269,16 @@ bool Guide::VisitSmallSensor() {
 
 int Guide::Run() {
   if (!QDir().mkpath(plan_.folder)) {
-    return Fail("the folder " + plan_.folder + " can't be made.");
+    return Fail("the folder " + plan_.folder + " can't be created.");
   }
-  // The window fills when its frame has been painted.
+  // The window's content is created after its first frame.
   if (!WaitUntil([this] { return view_.rootObject()->property("complete").toBool(); }, kReadMs)) {
     return Fail("the window stays empty.");
   }
   if (!Connect()) {
     return 1;
   }
-  // The connection reads its first page by itself.
+  // Connecting reads the first page automatically.
   WaitUntil([this] { return !manager_->isReadingPage(); }, kReadMs);
   if (!(manager_->connectType() == 0 ? VisitPages() : VisitSmallSensor())) {
     return 1;

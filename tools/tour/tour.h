@@ -4,7 +4,7 @@
 
 class MainWindow;
 
-/// A walk through the program without a user, for machines that have no screen to look at.
+/// A walk through the program without a user, for machines without a screen.
 namespace tour {
 
 struct Plan {
@@ -13,10 +13,9 @@ struct Plan {
   QString port;
 };
 
-/// Connects, shows every page until it is read and refreshed twice, writes a picture of each into the folder
-/// and its rows to standard output ("Page / Group / Label: value"), disconnects. The program's exit code: 0,
-/// or 1 with a sentence on standard error. Drives the window by the names of its controls, as a user does by
-/// sight.
+/// Connects, shows every page until it is read and has been refreshed twice, writes a picture of each to the
+/// folder and its rows to standard output ("Page / Group / Label: value"), and disconnects. Returns the exit
+/// code: 0, or 1 after a sentence on standard error. Finds the window's controls by name.
 int Run(MainWindow& window, const Plan& plan);
 
 }  // namespace tour

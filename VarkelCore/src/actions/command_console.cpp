@@ -7,11 +7,11 @@
 #include <charconv>
 #include <optional>
 #include <span>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "VarkelCore/src/values/protocol_fields.h"
+#include "VarkelCore/src/values/whole_number.h"
 #include "libquarn/KtcClient/src/sensor_timeouts.h"
 #include "libquarn/Platform/src/trace.h"
 namespace varkel {
@@ -26,15 +26,7 @@ std::string WithoutHexPrefix(const std::string& text) {
   return text.rfind("0x", 0) == 0 || text.rfind("0X", 0) == 0 ? text.substr(2) : text;
 }
 
-/// A line that was copied often brings a blank or a line end along.
-std::string Trimmed(const std::string& text) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const std::size_t begin = text.find_first_not_of(kBlanks);
-  return begin == std::string::npos ? std::string()
-                                    : text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
-}
-
-/// One byte in base 16. Standard output says whether another text is no number or too large a one.
+/// One byte in base 16. For any other text, standard output says whether it is not a number or too large.
 std::optional<std::uint8_t> ReadByte(const std::string& digits) {
   std::uint8_t value = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
@@ -106,8 +98,9 @@ CommandConsole::Outcome CommandConsole::Send(const Channel& channel, const std::
   record.time = QLocale::c()
                     .toString(QDateTime::currentDateTime(), QStringLiteral("yyyy-MM-dd HH:mm:ss"))
                     .toStdString();
-  record.command = WithoutHexPrefix(Trimmed(command));
-  const std::vector<std::string> pieces = PayloadPieces(Trimmed(payload));
+  // A copied line often ends in a space or a line break.
+  record.command = WithoutHexPrefix(std::string(Trimmed(command)));
+  const std::vector<std::string> pieces = PayloadPieces(std::string(Trimmed(payload)));
   record.payload = Joined(pieces);
 
   const std::optional<std::uint8_t> command_code = ReadByte(record.command);
@@ -187,7 +180,7 @@ std::string CommandConsole::FailureText(const ExchangeDecoder& decoder) const {
       !exchange.is_serial && exchange.reply.size() >= kHeaderSize && exchange.reply[kReturnCode] != 0;
   return "0x" + UpperHex(std::span(&exchange.command, 1)) + name + ": " +
          (is_refused ? "refused with code " + std::to_string(exchange.reply[kReturnCode])
-                     : "no reply that could be used");
+                     : "no usable reply");
 }
 
 void CommandConsole::Forget() {

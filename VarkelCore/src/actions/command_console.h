@@ -17,7 +17,7 @@
 
 namespace varkel {
 
-/// Sends commands that were typed by hand and keeps a history of those that were answered. Thread-safe.
+/// Sends commands typed by hand and keeps a history of those that were answered. Thread-safe.
 class CommandConsole {
  public:
   struct Record {
@@ -29,9 +29,9 @@ class CommandConsole {
   static constexpr std::size_t kHistorySize = 10;
   static constexpr std::size_t kShownPayload = 1024;  ///< bytes of a reply payload that are shown
 
-  /// The protocol that carries the commands, with the notices that go with it.
+  /// The protocol that carries the commands, and its notices.
   struct Channel {
-    /// One exchange: 0, or a failure. The reply is an 8-byte header and the payload.
+    /// Performs one exchange: 0 on success. The reply is an 8-byte header and the payload.
     std::function<int(std::uint8_t code, std::span<const std::uint8_t> payload,
                       std::vector<std::uint8_t>& reply)>
         query;
@@ -42,23 +42,23 @@ class CommandConsole {
     std::size_t tail = 0;  ///< bytes at the end of a reply that are not shown
   };
   static Channel KtcChannel(std::shared_ptr<quarn::lidar::KtcClient> client);
-  /// Serial commands; the tag and the length byte of a reply frame are its header. With `over_ktc` the notice
-  /// of a failed query sends the user to the byte flow, which shows the KTC frames.
+  /// Serial commands; the tag and the length byte of a reply frame count as its header. With `over_ktc` the
+  /// notice of a failed query points the user to the byte log, which shows the KTC frames.
   static Channel SerialChannel(std::shared_ptr<quarn::lidar::SerialExchange> exchange, bool over_ktc);
 
   explicit CommandConsole(UserReport& report) : report_(report) {}
 
-  /// `command` and each piece of `payload` are one byte in hexadecimal, "0x" allowed; single blanks separate
-  /// the pieces, blanks at either end of both texts are dropped. Any other text is refused with a notice and
-  /// nothing is sent. `code` becomes the command byte that was sent.
+  /// `command` and each item of `payload` are one byte in hexadecimal, "0x" allowed; items are separated by
+  /// single spaces, and spaces at either end of both texts are ignored. Any other text is refused with a
+  /// notice and nothing is sent. Sets `code` to the command byte that was sent.
   Outcome Send(const Channel& channel, const std::string& command, const std::string& payload,
                std::uint8_t& code);
 
-  /// Empties the history and the last reply.
+  /// Clears the history and the last reply.
   void Forget();
 
-  /// A command and its reply, whole: header and payload, or a serial frame. A refused command has the header
-  /// that came.
+  /// A command and its complete reply: header and payload, or a serial frame. For a refused command the reply
+  /// is the header that came.
   struct Exchange {
     bool is_serial = false;
     std::uint8_t command = 0;
@@ -66,12 +66,12 @@ class CommandConsole {
     std::vector<std::uint8_t> reply;
     bool is_answered = false;
   };
-  /// The last one that was sent.
+  /// The last exchange.
   Exchange last_exchange() const;
-  /// What the last reply means by the model's table; empty without one.
+  /// The last reply decoded with the model's table; empty if there is none.
   std::vector<DecodedField> DecodedReply(const ExchangeDecoder& decoder) const;
-  /// What was asked last and what came of it, when that failed: "0x20 (write Destination IP): refused with
-  /// code 3".
+  /// If the last command failed, the command and the reason: "0x20 (write Destination IP): refused with code
+  /// 3".
   std::string FailureText(const ExchangeDecoder& decoder) const;
 
   std::string return_header() const;  ///< the last reply, upper-case hexadecimal

@@ -11,7 +11,7 @@ void QueryConfigFile(SensorSession& session) {
   if (!session.ktc_client()) return;
   std::vector<std::uint8_t> discarded;
   const int result = session.ktc_client()->QueryCommand({}, discarded, kConfigFileCommand, false);
-  // The two texts are the wrong way round; scripts read them so.
+  // The two texts are swapped; existing scripts expect them this way.
   quarn::platform::TraceLine(result != 0 ? "[SUCCESS]: Get config file from lidar success! "
                                          : "[FAILED]: Get config file from lidar failed! ");
 }

@@ -4,8 +4,8 @@
 
 namespace varkel {
 
-/// Asks the sensor for its configuration file (KTC command 116) and writes to standard output how it went.
-/// The reply is dropped. Blocks for one exchange.
+/// Requests the sensor's configuration file (KTC command 116) and writes the outcome to standard output. The
+/// reply is discarded. Blocks for one exchange.
 void QueryConfigFile(SensorSession& session);
 
 }  // namespace varkel

@@ -51,8 +51,8 @@ std::string ConsoleCommands::DecodedReply() const {
   return catalogue ? DecodedText(console_.DecodedReply(ExchangeDecoder(catalogue))) : std::string();
 }
 
-/// KTC commands to a network sensor, serial ones to a small sensor; nullopt when no command can be sent now.
-/// A small sensor's refusal is reported, a network sensor's is shown by the window itself.
+/// KTC commands for a network sensor, serial ones for a small sensor; nullopt if no command can be sent now.
+/// That is reported only for a small sensor; for a network sensor the window shows it itself.
 std::optional<CommandConsole::Channel> ConsoleCommands::ChooseChannel(
     const std::shared_ptr<SensorSession>& session) const {
   if (connect_type_ == kNetwork) {
@@ -63,7 +63,8 @@ std::optional<CommandConsole::Channel> ConsoleCommands::ChooseChannel(
     report_.Error("lidar is not connected, or lidar is upgrade");
     return std::nullopt;
   }
-  // By the session: a function that was refused over the lines has made the controller's type a KTC one.
+  // Decided by the session: a function refused over the serial lines has set the controller's type to a KTC
+  // one.
   return CommandConsole::SerialChannel(session->serial_exchange(), session->ktc_client() != nullptr);
 }
 

@@ -11,26 +11,26 @@
 
 namespace varkel {
 
-/// Sends the console's commands to the connected sensor, whichever it is. Thread-safe.
+/// Sends the console's commands to the connected sensor, whatever its connection type. Thread-safe.
 class ConsoleCommands {
  public:
   struct Events {
     std::function<void()> history_changed;  ///< a command was sent, answered or not
-    /// A command restarted or reset this session's sensor: it will not answer any more.
+    /// A command restarted or reset this session's sensor, which no longer answers.
     std::function<void(const std::shared_ptr<SensorSession>&)> restarted;
   };
 
-  /// `connect_type` is the controller's; everything outlives this object.
+  /// `connect_type` belongs to the controller; all arguments outlive this object.
   ConsoleCommands(const SensorConnection& connection, const Activity& activity, const ModelSelection& models,
                   const std::atomic<int>& connect_type, UserReport& report, Events events);
 
-  /// Texts as CommandConsole::Send takes them. Blocks for one exchange; every outcome is reported.
+  /// Takes the texts of CommandConsole::Send. Blocks for one exchange; every outcome is reported.
   void Send(const std::string& command, const std::string& payload);
 
-  /// Empties the history and the last reply, which were another model's.
+  /// Clears the history and the last reply, which belong to the previous model.
   void Forget();
 
-  /// What the last reply means by the selected model's table, for a monospaced font; empty without one.
+  /// The last reply decoded with the selected model's table, for a monospaced font; empty if there is none.
   std::string DecodedReply() const;
 
   const CommandConsole& console() const { return console_; }

@@ -82,10 +82,11 @@ std::string LogDownload::FetchOperationLog(const ConfigParser& catalogue, quarn:
   const VarInfo* var = FindNamed(catalogue, {"Operation Log", "operation log"});
   if (var == nullptr) return "Can not find Operation Log name";
   if (ActionCommandText(*var).empty()) return "Can not find Operation Log command";
-  // What would be in the way at the end is found out before anything is downloaded.
+  // Obstacles to packing are found before anything is downloaded.
   const QString tar = FindTar();
   if (tar.isEmpty()) {
-    return "The operation log can't be packed: there is no program \"tar\". Install it, or add its folder to "
+    return "The operation log can't be packed: the program \"tar\" was not found. Install it, or add its "
+           "folder to "
            "PATH.";
   }
   if (!IsWritableTarget(archive)) {
@@ -99,11 +100,11 @@ std::string LogDownload::FetchOperationLog(const ConfigParser& catalogue, quarn:
     report_.Log("No files can be created in " + files.folder().toStdString() + '.', "ERROR");
     return kOperationLogFailed;
   }
-  // An incomplete set of parts is not packed: the archive would be taken for a complete one.
+  // An incomplete set of parts is not packed: the archive could be mistaken for a complete one.
   if (!FetchParts(*var, client, files, stop)) return kOperationLogFailed;
   const std::string fault = RunTar(tar, files.folder(), files.names(), archive, files.stamp(), stop);
   if (!fault.empty()) {
-    report_.Log("The parts of the operation log stay in " + files.folder().toStdString() + ": " + fault,
+    report_.Log("The parts of the operation log are kept in " + files.folder().toStdString() + ": " + fault,
                 "ERROR");
     return kOperationLogFailed;
   }
@@ -111,7 +112,7 @@ std::string LogDownload::FetchOperationLog(const ConfigParser& catalogue, quarn:
   return {};
 }
 
-// Goes on after a part that did not come: the other ones may help the user.
+// Continues after a part that could not be read: the other parts may help the user.
 bool LogDownload::FetchParts(const VarInfo& var, quarn::lidar::KtcClient& client,
                              const OperationLogFiles& files, const std::stop_token& stop) const {
   bool complete = true;

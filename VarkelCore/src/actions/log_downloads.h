@@ -11,28 +11,27 @@
 
 namespace varkel {
 
-/// Starts log downloads, one at a time, from the sensor that is connected at the start. Called from one
-/// thread.
+/// Starts log downloads, one at a time, from the sensor that is connected at the start. Used from one thread.
 class LogDownloads {
  public:
   using Catalogue = std::shared_ptr<const ConfigParser>;
-  /// Called on the thread of the download.
+  /// Called on the download's thread.
   struct Events {
     std::function<void()> finished;
     std::function<void(bool complete)> operation_log_finished;
   };
 
-  /// Everything outlives this object, and `workers` is joined before it goes.
+  /// All arguments outlive this object, and `workers` is joined before it is destroyed.
   LogDownloads(const SensorConnection& connection, Activity& activity, WorkerThreads& workers,
                UserReport& report, Events events);
 
-  // 0 when the download was started on a worker, -1 without an open KTC client or beside an upgrade or a
+  // 0 if the download was started on a worker, -1 without an open KTC client or during an upgrade or a
   // download.
 
   int StartLog(const Catalogue& catalogue, const QString& folder, const QString& type);
   int StartOperationLog(const Catalogue& catalogue, const QString& archive);
 
-  /// The operation log on the calling thread: 0, or -1 without an open KTC client.
+  /// Downloads the operation log on the calling thread: 0, or -1 without an open KTC client.
   int DownloadOperationLog(const Catalogue& catalogue, const QString& archive);
 
  private:

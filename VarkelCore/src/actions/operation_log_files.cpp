@@ -17,7 +17,7 @@ namespace {
 constexpr int kRemovalAttempts = 20;
 constexpr unsigned long kRemovalPauseMs = 25;
 
-/// So many downloads would have to begin in one second before another one finds no time stamp.
+/// More downloads than this would have to begin in the same second before one finds no free time stamp.
 constexpr int kMaxStamps = 60;
 
 }  // namespace
@@ -37,7 +37,7 @@ OperationLogFiles::~OperationLogFiles() {
   }
 }
 
-// All or none: a file that can't be created exclusively belongs to another download.
+// All or nothing: a file that can't be created exclusively belongs to another download.
 bool OperationLogFiles::Create() const {
   QDir().mkpath(folder_);  // every time: a download that ends removes the folder
   for (std::size_t part = 0; part < kOperationLogParts.size(); ++part) {
@@ -55,8 +55,8 @@ bool OperationLogFiles::Write(std::size_t part, std::span<const std::uint8_t> by
 
 void OperationLogFiles::Remove() const {
   for (std::size_t part = 0; part < kOperationLogParts.size(); ++part) QFile::remove(Path(part));
-  // Windows keeps a folder in use for a moment after the program that worked in it has ended. What else is in
-  // it keeps it.
+  // Windows keeps a folder in use for a moment after the program that worked in it has ended. A folder that
+  // is not empty stays.
   for (int attempt = 0; attempt < kRemovalAttempts && QDir(folder_).isEmpty(); ++attempt) {
     if (QDir().rmdir(folder_)) return;
     QThread::msleep(kRemovalPauseMs);

@@ -9,7 +9,7 @@
 
 namespace varkel {
 
-/// Which part of the operation log an exchange asks for: one file each.
+/// A part of the operation log: one exchange and one file each.
 struct OperationLogPart {
   const char* file_prefix;
   std::array<std::uint8_t, 2> selector;  ///< follows the command's own payload
@@ -22,14 +22,14 @@ inline constexpr std::array<OperationLogPart, 4> kOperationLogParts = {{
     {"asw_error_", {0x01, 0x01}},
 }};
 
-/// The files in which one download gathers the parts of the operation log, PREFIXyyyy_MM_dd_hh_mm_ss.bin in a
-/// folder that other downloads and the user use as well. Used by one thread.
+/// The files in which a download collects the parts of the operation log, named
+/// PREFIXyyyy_MM_dd_hh_mm_ss.bin, in a folder shared with other downloads and the user. Used by one thread.
 class OperationLogFiles {
  public:
-  /// Creates the folder and four empty files, none of which existed. Their time stamp is the current second
-  /// (local time), or the first one after it for which no other download has files.
+  /// Creates the folder and four new, empty files. Their time stamp is the current second (local time), or
+  /// the next one for which no files exist yet.
   explicit OperationLogFiles(QString folder);
-  /// Removes the files that are still empty; parts that were written stay for the user.
+  /// Removes the files that are still empty; parts that were written are kept for the user.
   ~OperationLogFiles();
   OperationLogFiles(const OperationLogFiles&) = delete;
   OperationLogFiles& operator=(const OperationLogFiles&) = delete;

@@ -6,9 +6,9 @@
 
 namespace varkel {
 
-/// Sends the restart command of the model's table. 0 on success; -1 when the session has no open KTC client
-/// or an upgrade or a download runs (without a message), or when the table has no such command; else the
-/// sensor's code. Blocks for one exchange, which stays out of the byte log.
+/// Sends the restart command of the model's table. Returns 0 on success; -1 if the session has no open KTC
+/// client or an upgrade or a download is running (without a message), or if the table has no such command;
+/// otherwise the sensor's code. Blocks for one exchange, which is kept out of the byte log.
 int RestartSensor(const ConfigParser& catalogue, SensorSession& session, UserReport& report);
 
 /// The same for the command that resets all settings.

@@ -15,7 +15,7 @@ constexpr int kTimeoutMs = 30000;
 constexpr int kPollMs = 50;  ///< how late a stop may be noticed
 constexpr int kKillTimeoutMs = 500;
 
-/// Whether the process ended on its own, in time.
+/// Whether the process ended by itself in time.
 bool WaitForEnd(QProcess& process, const std::stop_token& stop) {
   QElapsedTimer timer;
   timer.start();
@@ -30,7 +30,7 @@ bool WaitForEnd(QProcess& process, const std::stop_token& stop) {
 
 std::string Pack(QProcess& process, const std::stop_token& stop) {
   if (!process.waitForStarted()) return "tar can't be started: " + process.errorString().toStdString() + '.';
-  if (!WaitForEnd(process, stop)) return "tar was ended before it had packed the files.";
+  if (!WaitForEnd(process, stop)) return "tar was stopped before it had packed the files.";
   if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0) return {};
   return "tar failed: " + QString::fromLocal8Bit(process.readAllStandardError()).trimmed().toStdString();
 }
@@ -45,7 +45,7 @@ std::string RunTar(const QString& tar, const QString& folder, const QStringList&
                    const QString& archive, const QString& tag, const std::stop_token& stop) {
   const QString unfinished = archive + QLatin1Char('.') + tag + QStringLiteral(".part");
   QProcess process;
-  process.setWorkingDirectory(folder);  // this program's own stays as it is
+  process.setWorkingDirectory(folder);  // this program's own does not change
   process.setStandardOutputFile(QProcess::nullDevice());
   process.start(tar, QStringList{QStringLiteral("-cvf"), unfinished} + files);
   std::string fault = Pack(process, stop);

@@ -7,13 +7,12 @@
 
 namespace varkel {
 
-/// The path of the program "tar", which Windows 10 and every Linux bring along; empty if there is none.
+/// The path of the program "tar", which comes with Windows 10 and every Linux; empty if not found.
 QString FindTar();
 
-/// Packs `files` of `folder` into `archive`, an absolute path: empty, or the sentence that says why it
-/// failed. tar writes to a file in the archive's folder, `archive`.TAG.part, which replaces the archive once
-/// tar has ended well; after a failure the old archive stays. Blocks for 30 s at most; a stop kills tar at
-/// once.
+/// Packs `files` from `folder` into `archive`, an absolute path. Returns an empty text, or a sentence saying
+/// why it failed. tar writes to `archive`.TAG.part, which replaces the archive once tar has succeeded; on
+/// failure the old archive is kept. Blocks for 30 s at most; a stop kills tar at once.
 std::string RunTar(const QString& tar, const QString& folder, const QStringList& files,
                    const QString& archive, const QString& tag, const std::stop_token& stop);
 

@@ -11,7 +11,8 @@ namespace {
 
 constexpr int kAutomaticBase = 0;
 
-// All 32 bits of "0x…": TextToInt stops at the largest signed number. Other texts are left to it.
+// Reads all 32 bits of "0x…", since TextToInt only goes to the largest signed number. Other texts are left to
+// TextToInt.
 std::optional<std::uint32_t> FullHexCode(const std::string& text) {
   constexpr std::size_t kPrefixSize = 2;
   constexpr int kHexadecimal = 16;
@@ -57,10 +58,10 @@ std::vector<std::uint8_t> RequestPayload(const Command& command, std::span<const
 
 std::span<const std::uint8_t> ReplyContent(const Command& command, std::span<const std::uint8_t> reply) {
   const bool has_code = command.extended_code && reply.size() >= kExtendedCodeSize;
-  return has_code && !AnswersAnother(command, reply) ? reply.subspan(kExtendedCodeSize) : reply;
+  return has_code && !AnswersOtherCommand(command, reply) ? reply.subspan(kExtendedCodeSize) : reply;
 }
 
-bool AnswersAnother(const Command& command, std::span<const std::uint8_t> reply) {
+bool AnswersOtherCommand(const Command& command, std::span<const std::uint8_t> reply) {
   return command.extended_code && reply.size() >= kExtendedCodeSize &&
          quarn::lidar::LoadBigEndian<std::uint32_t>(reply, 0) != *command.extended_code;
 }

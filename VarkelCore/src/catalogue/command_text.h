@@ -8,13 +8,13 @@
 
 namespace varkel {
 
-/// A command as the tables write it, ready for the wire.
+/// A command parsed from a table's text, ready for the wire.
 struct Command {
   std::uint8_t code = 0;                       ///< KTC command byte
   std::optional<std::uint32_t> extended_code;  ///< four-byte code in front of the payload
 };
 
-/// Bytes that a four-byte code takes at the front of request and reply payloads.
+/// The size of a four-byte code, with which request and reply payloads then begin.
 inline constexpr std::uint32_t kExtendedCodeSize = 4;
 
 /// A text of five or more characters is a four-byte code.
@@ -22,19 +22,19 @@ inline bool IsExtendedCommand(const std::string& text) {
   return text.size() >= 5;
 }
 
-/// Shorter texts are the command byte itself (low byte, automatic base); longer ones a four-byte code that
-/// travels under command 0xFF. Raises the conversion errors of text_number.h.
+/// A shorter text is the command byte itself (low byte, base taken from the prefix); a longer one is a
+/// four-byte code, which is sent with command 0xFF. Raises the conversion errors of text_number.h.
 Command ParseCommandText(const std::string& text);
 
-/// The request payload: the four-byte code, if there is one, big-endian, then `payload`.
+/// The request payload: the four-byte code in big-endian order, if there is one, then `payload`.
 std::vector<std::uint8_t> RequestPayload(const Command& command, std::span<const std::uint8_t> payload);
 
-/// What follows the repeated four-byte code in a reply; the whole reply to other commands, and a
-/// reply that repeats another code.
+/// The part of a reply after its echo of the four-byte code. For other commands, and for a reply that echoes
+/// another code, the whole reply.
 std::span<const std::uint8_t> ReplyContent(const Command& command, std::span<const std::uint8_t> reply);
 
-/// Whether a reply repeats another four-byte code than the command's. All of them travel under one command
-/// byte, so this is how the late reply to an earlier request shows.
-bool AnswersAnother(const Command& command, std::span<const std::uint8_t> reply);
+/// Whether a reply echoes a four-byte code other than the command's. All four-byte codes share one command
+/// byte, so this is how a late reply to an earlier request is recognised.
+bool AnswersOtherCommand(const Command& command, std::span<const std::uint8_t> reply);
 
 }  // namespace varkel

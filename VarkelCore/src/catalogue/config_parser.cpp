@@ -200,9 +200,9 @@ VarInfo& ConfigParser::Record(const std::string& var_id, std::string_view var_na
   return *record;
 }
 
-// A second row of an identifier overwrites the first one's values; places that the first one took stay.
+// A second row with the same identifier overwrites the first one's values, but the first one's places remain.
 VarInfo* ConfigParser::StoreRow(const CsvRow& row, const Columns& columns) {
-  // Asked for from left to right, so that a table without several columns always names the same one.
+  // Read from left to right, so that the error for a table lacking several columns always names the same one.
   const std::string_view set_index = row.Cell(columns.set_index);
   const std::string_view var_name = row.Cell(columns.var_name);
   const std::string_view permission = row.Cell(columns.permission);
@@ -281,14 +281,13 @@ ConfigParser::VarList& ConfigParser::Group(const ModulePlace& place) {
   return module_vars_[static_cast<std::size_t>(place.first)][static_cast<std::size_t>(place.second)];
 }
 
-// "0,5" in a table that was made where the comma is the decimal point: 0 and a rest that is ignored.
+// "0,5" in a table from a locale with decimal commas reads as 0, and the rest is ignored.
 void ConfigParser::WarnOfPartialNumber(const CsvRow& row, const Columns& columns, const CsvColumn& column) {
   const std::string_view cell = row.Cell(column);
   if (!cell.empty() && !IsWholeNumber(cell)) {
-    load_warnings_.push_back(
-        columns.Describe(row) + ": " + column.name() + " \"" + std::string(cell) +
-        "\" is a number only at its beginning, and no more of it is used. Write it with a "
-        "decimal point.");
+    load_warnings_.push_back(columns.Describe(row) + ": " + column.name() + " \"" + std::string(cell) +
+                             "\" only begins with a number, and the rest is ignored. Write it with a "
+                             "decimal point.");
   }
 }
 
@@ -310,8 +309,8 @@ void ConfigParser::LayOutPayloads() {
   }
 }
 
-// Goes through the records in file order, not in the order of their addresses: of two switches for one
-// position the later row wins on every run.
+// Visits the records in file order, not by address: of two switches for one position, the later row always
+// wins.
 void ConfigParser::LinkSwitches() {
   std::map<ModulePlace, GroupSwitches> switches;
   for (VarInfo* var : file_order_) {

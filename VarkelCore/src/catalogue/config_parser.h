@@ -19,13 +19,13 @@ class CsvColumn;
 class CsvRow;
 class CsvTable;
 
-/// The catalogue of one sensor model, loaded from its table (CSV, one variable a row).
+/// The catalogue of one sensor model, loaded from its table (CSV, one variable per row).
 ///
-/// A load makes a new catalogue; nothing is ever removed from it. Whoever uses a `VarInfo` pointer keeps
-/// the catalogue alive (it is handed around as a shared pointer).
+/// Each load makes a new catalogue, from which nothing is ever removed. Code that uses a `VarInfo` pointer
+/// keeps the catalogue alive through a shared pointer.
 ///
-/// Threads: loading is done by one thread before the catalogue is shared. Afterwards everything is constant
-/// but for the guarded fields of `VarInfo`; readers and writers of those hold `LockValues`.
+/// Threads: one thread loads the table before the catalogue is shared. Afterwards everything is constant
+/// except the guarded fields of `VarInfo`; readers and writers of those hold `LockValues`.
 class ConfigParser {
  public:
   using VarList = std::vector<VarInfo*>;
@@ -37,23 +37,23 @@ class ConfigParser {
   ConfigParser(const ConfigParser&) = delete;
   ConfigParser& operator=(const ConfigParser&) = delete;
 
-  /// Reads the table and builds the catalogue; called once. False only when no file is open (any more).
-  /// Raises std::runtime_error ("Can't find a column named …", malformed quoting) or the conversion errors
-  /// of text_number.h; RowBeingRead then says where.
+  /// Reads the table and builds the catalogue; called once. False only if the file is not open. Raises
+  /// std::runtime_error ("Can't find a column named …", malformed quoting) or the conversion errors of
+  /// text_number.h; RowBeingRead then says at which row.
   bool ExtractConfigInfo();
 
   /// After a failed load, the variable and row at which it failed: `variable 3-12 "Motor speed", row 17`.
   /// Empty before the first row.
   std::string RowBeingRead() const;
 
-  /// What is odd about the table but did not stop the load: one sentence each, naming variable and row.
+  /// Oddities of the table that did not stop the load: one sentence each, naming variable and row.
   const std::vector<std::string>& load_warnings() const { return load_warnings_; }
   /// The variables on the pages that are shown as a switch row but have no switch, in file order.
   VarList VarsWithoutSwitch() const;
 
-  /// Fills (start position, length) of the variable's field in the payload of the command `cmd`: the set
-  /// position when `cmd` is a set command, else the get position. `payload_length` only matters for
-  /// "Shared Secret Key", whose length is whatever the payload holds. Takes the value lock itself.
+  /// Sets `pos_offset` to (start position, length) of the variable's field in the payload of the command
+  /// `cmd`: the set position if `cmd` is a set command, otherwise the get position. `payload_length` only
+  /// matters for "Shared Secret Key", whose field is the whole payload. Takes the value lock itself.
   bool GetVarPosOffset(const std::string& cmd, const std::string& var_id, std::uint32_t payload_length,
                        std::pair<std::uint32_t, std::uint32_t>& pos_offset);
   /// The same for a record of this catalogue.

@@ -17,12 +17,12 @@ namespace {
 constexpr std::size_t kBlockSize = 8192;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-// Blanks belong to the cell: a table's texts are taken as they stand.
+// Spaces belong to the cell: texts are taken exactly as they are.
 int IsTrimmed(unsigned char /*character*/) {
   return 0;
 }
 
-// Counted only once a reading has failed. `offset` is a place within the file, byte-order mark included.
+// Lines are counted only after a failure. `offset` is a position in the file, including the byte-order mark.
 std::size_t LineAt(const std::string& path, std::size_t offset) {
   std::ifstream file(path, std::ios::binary);
   std::size_t line = 1;
@@ -39,7 +39,7 @@ std::string_view CsvRow::CellIfPresent(const CsvColumn& column) const {
   if (column.index_ == CsvColumn::kUnresolved) {
     column.index_ = Find(column);
   }
-  return Cell(column.index_);  // no row has a cell of that place
+  return Cell(column.index_);  // a position that no row has
 }
 
 // Also called for a cell past the end of a short row.
@@ -71,7 +71,7 @@ struct CsvTable::Parser {
   Parser& operator=(const Parser&) = delete;
 
   csv_parser state{};
-  std::exception_ptr failure;  // what a handler raised; libcsv is C and must not be unwound
+  std::exception_ptr failure;  // an exception from a handler; libcsv is C and must not be unwound
 };
 
 struct CsvTable::Callbacks {
@@ -145,7 +145,7 @@ void CsvTable::ReadBlocks(Parser& parser) {
     }
   }
   if (file_.bad()) {
-    throw std::runtime_error("Can't read on in line " + std::to_string(LineAt(path_, offset)) + " of " +
+    throw std::runtime_error("Can't read past line " + std::to_string(LineAt(path_, offset)) + " of " +
                              path_);
   }
   const int result = csv_fini(&parser.state, Callbacks::OnCell, Callbacks::OnLine, &callbacks);
@@ -158,11 +158,12 @@ void CsvTable::ReadBlocks(Parser& parser) {
   }
 }
 
-// Where the comma is the decimal point, spreadsheet programs write ";" between cells.
+// In locales with decimal commas, spreadsheet programs separate cells with ";".
 std::string CsvTable::WrongSeparator() const {
   const bool is_one_cell = header_.size() == 1 && header_.front().find(';') != std::string::npos;
-  return is_one_cell ? ": " + path_ + " has \";\" between its cells. Save it as comma-separated text (CSV)."
-                     : "";
+  return is_one_cell
+             ? ": " + path_ + " separates its cells with \";\". Save it as comma-separated text (CSV)."
+             : "";
 }
 
 void CsvTable::EndCell(std::string_view text) {

@@ -13,8 +13,8 @@ namespace varkel {
 class CsvRow;
 class CsvTable;
 
-/// A column that rows are asked for. It is looked up in the header once, when the first row asks for it;
-/// one object therefore serves one table.
+/// A column by name. It is looked up in the header once, on the first access to one of its cells, so an
+/// object serves one table only.
 class CsvColumn {
  public:
   explicit CsvColumn(std::string name) : name_(std::move(name)) {}
@@ -28,20 +28,20 @@ class CsvColumn {
   mutable std::size_t index_ = kUnresolved;
 };
 
-/// One row of a table. It lives only while the function that got it runs, and so do the texts of its cells.
+/// One row of a table. The row and the texts of its cells are valid only during the call that received it.
 class CsvRow {
  public:
-  /// The cell's text as the file has it, blanks included; empty if the row is too short for it.
-  /// Raises std::runtime_error "Can't find a column named …" when the header lacks the column.
+  /// The cell's text exactly as in the file, spaces included; empty if the row is too short. Raises
+  /// std::runtime_error "Can't find a column named …" if the header lacks the column.
   std::string_view Cell(const CsvColumn& column) const {
     return column.index_ < size() ? Text(column.index_) : CellOfNewColumn(column);
   }
   std::string_view Cell(std::size_t index) const { return index < size() ? Text(index) : std::string_view(); }
-  /// As Cell, but a missing column is an empty cell.
+  /// Like Cell, but a missing column counts as an empty cell.
   std::string_view CellIfPresent(const CsvColumn& column) const;
 
   std::size_t size() const { return bounds_.size() - 1; }
-  /// Place within the file: the header is row 1, blank lines don't count.
+  /// The row's number within the file: the header is row 1, blank lines don't count.
   std::size_t number() const { return number_; }
   /// The line of the file, from 1, where the row begins.
   std::size_t line() const { return line_; }
@@ -55,8 +55,8 @@ class CsvRow {
   std::string_view CellOfNewColumn(const CsvColumn& column) const;
   std::size_t Find(const CsvColumn& column) const;
 
-  std::string text_;                    // all cells, one after the other
-  std::vector<std::size_t> bounds_{0};  // begin of each cell within text_, and the end of the last one
+  std::string text_;                    // all cells, concatenated
+  std::vector<std::size_t> bounds_{0};  // start of each cell within text_, and the end of the last one
   std::size_t number_ = 0;
   std::size_t line_ = 1;
   const CsvTable* table_ = nullptr;
@@ -65,7 +65,7 @@ class CsvRow {
 /// Reads a file of comma-separated values with a header row. Cells may be quoted and then hold commas,
 /// line breaks and doubled quotes; lines end in LF, CRLF or CR; a UTF-8 byte-order mark is skipped.
 ///
-/// The file is read in blocks and only the current row is kept.
+/// The file is read in blocks; only the current row is kept in memory.
 class CsvTable {
  public:
   /// Opens the file; a folder is not a file.
@@ -76,18 +76,17 @@ class CsvTable {
 
   bool is_open() const { return file_.is_open(); }
 
-  /// Passes every row after the header to `handle`, in file order, and closes the file.
-  /// What `handle` raises ends the reading and passes through. Malformed quotes and read errors raise
-  /// std::runtime_error.
+  /// Passes every row after the header to `handle`, in file order, and closes the file. An exception from
+  /// `handle` ends the reading and passes through. Malformed quotes and read errors raise std::runtime_error.
   void ForEachRow(const std::function<void(const CsvRow&)>& handle);
 
-  /// Number of the row that is being read.
+  /// Number of the row being read.
   std::size_t row_number() const { return row_.number(); }
   std::size_t line() const { return line_; }
 
   /// The cells of the header row; empty before it has been read.
   const std::vector<std::string>& header() const { return header_; }
-  /// What to add to the error of a missing column: empty, or that the cells have ";" between them.
+  /// A text to append to the error for a missing column: empty, or that the cells are separated by ";".
   std::string WrongSeparator() const;
 
  private:
@@ -104,8 +103,8 @@ class CsvTable {
   std::ifstream file_;
   std::vector<std::string> header_;
   CsvRow row_;
-  std::size_t line_ = 1;          // the one that is being read
-  bool is_after_return_ = false;  // the last line ended in CR, to which a LF may belong
+  std::size_t line_ = 1;          // the one being read
+  bool is_after_return_ = false;  // the last line ended in CR, which a LF may follow
   const std::function<void(const CsvRow&)>* handle_ = nullptr;
 };
 

@@ -54,7 +54,7 @@ std::string Quoted(const std::string& text) {
   return "\"" + text + "\"";
 }
 
-/// The checks of one row; each reports what it finds.
+/// The checks of one row; each reports its findings.
 class RowLint {
  public:
   RowLint(const LintRow& row, const PageGroups& pages, LintReport& report)
@@ -81,7 +81,7 @@ class RowLint {
     report_.Warning(row_.line, column, row_.Name() + ": " + text);
   }
 
-  bool TakesWholePayload() const { return row_["VarName"] == "Shared Secret Key"; }
+  bool TakesWholePayload() const { return varkel::TakesWholePayload(row_["VarName"]); }
 
   void CheckInteger(const char* column) {
     const std::string& cell = row_[column];
@@ -89,10 +89,10 @@ class RowLint {
     try {
       IntCell(cell, 0);
       if (!IsWholeNumber(cell)) {
-        Warning(column, Quoted(cell) + " is a number only at its beginning; drop the rest.");
+        Warning(column, Quoted(cell) + " only begins with a number; drop the rest.");
       }
     } catch (const std::exception&) {
-      Error(column, Quoted(cell) + " is no whole number of 32 bits; write one.");
+      Error(column, Quoted(cell) + " is not a 32-bit integer; write one.");
     }
   }
 
@@ -110,10 +110,10 @@ class RowLint {
       is_number = false;
     }
     if (!is_number) {
-      Error(column, "the command " + Quoted(cell) + " is no number; write 33 or 0x21.");
+      Error(column, "the command " + Quoted(cell) + " is not a number; write 33 or 0x21.");
     } else if (!IsExtendedCommand(cell) && quarn::lidar::TextToInt(cell, 0) > kLastByteCommand) {
       Error(column, "the command " + Quoted(cell) +
-                        " is no byte; write 0x00 to 0xFF, or all digits of a four-byte code.");
+                        " is not a byte; write 0x00 to 0xFF, or all digits of a four-byte code.");
     }
   }
 
@@ -122,23 +122,22 @@ class RowLint {
     try {
       const float coefficient = FloatCell(cell, 1.0F);
       if (!cell.empty() && !IsWholeNumber(cell)) {
-        Error(column, Quoted(cell) + " is a number only at its beginning; write it with a decimal point.");
+        Error(column, Quoted(cell) + " only begins with a number; write it with a decimal point.");
       } else if (coefficient == 0.0F) {
         Error(column, "a coefficient of 0 loses every value; leave the cell empty for 1.");
       } else if (!std::isfinite(coefficient)) {
-        Error(column, Quoted(cell) + " is no number to multiply with; leave the cell empty for 1.");
+        Error(column, Quoted(cell) + " can't be a factor; leave the cell empty for 1.");
       }
     } catch (const std::exception&) {
       Error(column,
-            Quoted(cell) + " is no number; write it with a decimal point, or leave the cell empty for 1.");
+            Quoted(cell) + " is not a number; write it with a decimal point, or leave the cell empty for 1.");
     }
   }
 
   void CheckType() {
     const Type* type = FindType(row_["VarType"]);
     if (type == nullptr) {
-      Error("VarType",
-            "there is no type " + Quoted(row_["VarType"]) + "; take one that the tool knows, as uint16.");
+      Error("VarType", "there is no type " + Quoted(row_["VarType"]) + "; use a known one, such as uint16.");
       return;
     }
     const auto length = Length();
@@ -151,7 +150,7 @@ class RowLint {
     }
     const std::string text = row_.Name() + ": " + row_["VarType"] + " takes " + sizes +
                              " bytes, but VarLen is " + std::to_string(*length) +
-                             "; correct the one or the other.";
+                             "; correct one or the other.";
     if (row_["Set"].empty()) {
       report_.Error(row_.line, "VarLen", text);
     } else {
@@ -174,7 +173,7 @@ class RowLint {
       Error("Set", "a " + type + " can't be written; leave Set empty.");
     }
     if (type == "uint32" || type == "uint64") {
-      Warning("VarType", "a " + type + " can be set to 0 only; take int64, or a smaller type.");
+      Warning("VarType", "a " + type + " can only be set to 0; use int64 or a smaller type.");
     }
     if (row_["Get"].empty() && type != "raw") {
       Warning("Get", "a save sends this field with a value that was never read; give it a get command.");
@@ -187,13 +186,13 @@ class RowLint {
     try {
       const GetPayloadCell payload = ParseGetPayload(cell);
       if (payload.bytes.empty()) {
-        Error("GetCmdPayload", Quoted(cell) + " is ignored; write 0x and two digits a byte.");
+        Error("GetCmdPayload", Quoted(cell) + " is ignored; write 0x and two digits per byte.");
       } else if (payload.digits.size() % 2 != 0) {
         Error("GetCmdPayload",
-              "the last digit of " + Quoted(cell) + " is not sent; write two digits a byte.");
+              "the last digit of " + Quoted(cell) + " is not sent; write two digits per byte.");
       }
     } catch (const std::exception&) {
-      Error("GetCmdPayload", Quoted(cell) + " is not hexadecimal; write 0x and two digits a byte.");
+      Error("GetCmdPayload", Quoted(cell) + " is not hexadecimal; write 0x and two digits per byte.");
     }
   }
 
@@ -203,15 +202,15 @@ class RowLint {
     try {
       options = ParseOptions(row_["Options"]);
     } catch (const std::exception&) {
-      Error("Options",
-            Quoted(row_["Options"]) + " holds what is no number; write 0|1|2, or 1~100 for a range.");
+      Error("Options", Quoted(row_["Options"]) +
+                           " contains something other than numbers; write 0|1|2, or 1~100 for a range.");
       return;
     }
     try {
       labels = ParseOptionLabels(row_["OptionDescription"]);
     } catch (const std::exception&) {
       Error("OptionDescription",
-            "a label has no number before its \"_\"; write 0_Off and 1_On on a line each.");
+            "a label has no number before its \"_\"; write 0_Off and 1_On, one per line.");
     }
     CheckLabels(options.values, labels);
     const bool has_range = row_["Options"].find('~') != std::string::npos && options.values.empty();
@@ -239,7 +238,7 @@ class RowLint {
       Error("Options", "the type " + row_["VarType"] + " has no range; leave Options empty.");
     }
     if (options.range_min > options.range_max) {
-      Error("Options", "the range " + row_["Options"] + " holds nothing; write the smaller number first.");
+      Error("Options", "the range " + row_["Options"] + " is empty; write the smaller number first.");
     }
   }
 
@@ -248,7 +247,7 @@ class RowLint {
     const Type* type = FindType(row_["VarType"]);
     if (cell.empty() || type == nullptr || !type->is_number) return;
     if (!IsWholeNumber(cell)) {
-      Warning("DefaultValue", Quoted(cell) + " is no number; write one with a decimal point.");
+      Warning("DefaultValue", Quoted(cell) + " is not a number; write one with a decimal point.");
       return;
     }
     const double value = quarn::lidar::TextToDouble(cell);
@@ -256,7 +255,7 @@ class RowLint {
     const auto is_value = [value](std::int32_t option) { return option == value; };
     if (!in_range || (!options.values.empty() && std::ranges::none_of(options.values, is_value))) {
       Warning("DefaultValue", "the default " + cell + " is not among the Options " + row_["Options"] +
-                                  "; correct the one or the other.");
+                                  "; correct one or the other.");
     }
   }
 

@@ -11,7 +11,7 @@
 
 namespace varkel {
 
-/// The row of a variable, as its table holds it.
+/// A variable's row, as it is in the table.
 struct LintRow {
   std::size_t line = 0;
   std::map<std::string, std::string> cells;  ///< by column name
@@ -42,10 +42,10 @@ class LintReport {
   std::vector<TableFinding> findings_;
 };
 
-/// How many groups each page has, as far as the rows before define them.
+/// The number of groups of each page, as defined by the rows so far.
 using PageGroups = std::vector<std::size_t>;
 
-/// What can be said about the row by itself.
+/// Reports the faults that can be found in the row by itself.
 void LintCells(const LintRow& row, const PageGroups& pages, LintReport& report);
 
 }  // namespace varkel

@@ -25,7 +25,7 @@ bool PrecedesWithoutCase(const std::string& a, const std::string& b) {
   return std::make_tuple(LowerCase(a), a) < std::make_tuple(LowerCase(b), b);
 }
 
-/// Spreadsheet programs put ".~lock.Quenta.csv#" or "~$Quenta.csv" beside a table that they have open.
+/// Spreadsheet programs put ".~lock.Quenta.csv#" or "~$Quenta.csv" next to a table that they have open.
 bool IsLockFile(const std::string& base_name) {
   return base_name.empty() || base_name.starts_with("~$");
 }
@@ -43,7 +43,7 @@ std::vector<std::string> ListModels(const std::string& folder) {
   std::error_code error;
   for (std::filesystem::directory_iterator entry(FilePath(folder), error), end; !error && entry != end;
        entry.increment(error)) {
-    std::error_code unreadable;  // a link that leads to itself, for one
+    std::error_code unreadable;  // for example a link to itself
     if (!entry->is_regular_file(unreadable)) continue;
     const std::string file_name = PathText(entry->path().filename());
     const std::string base_name = file_name.substr(0, file_name.find('.'));

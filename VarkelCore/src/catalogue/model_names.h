@@ -5,7 +5,7 @@
 
 namespace varkel {
 
-/// How a sensor is reached; the numbers are those that QML sees.
+/// The connection types; QML uses the numbers.
 enum ConnectType : int { kNetwork = 0, kSerialLines = 1, kKtcToSmallSensor = 2 };
 
 inline constexpr char kZelto[] = "Zelto";
@@ -19,16 +19,16 @@ ConnectType ConnectTypeOf(const std::string& model_name);
 
 /// The models that a user can choose: the base names of the folder's regular files, each once, sorted without
 /// regard to case. Hidden files, lock files and "Marvo-KTC", which only a host program selects, are left out.
-/// Empty for an unreadable folder.
+/// Empty if the folder can't be read.
 std::vector<std::string> ListModels(const std::string& folder = kTableFolder);
 
-/// Whether it is the model that only a host program selects, and its table exists.
+/// Whether this is the model that only a host program selects, and its table exists.
 bool IsHostModel(const std::string& model_name, const std::string& folder = kTableFolder);
 
-/// Every model that has a table, the host program's behind those that a user can choose.
+/// Every model that has a table: first those that a user can choose, then the host program's.
 std::vector<std::string> ListTables(const std::string& folder = kTableFolder);
 
-/// The file of a table that somebody names by its path or by its model.
+/// The path of a table given by its path or its model name.
 std::string TablePath(const std::string& model_or_file, const std::string& folder = kTableFolder);
 
 }  // namespace varkel

@@ -29,14 +29,14 @@ std::string_view Trim(std::string_view text) {
   return text.substr(begin, text.find_last_not_of(kTrimmed) - begin + 1);
 }
 
-// Cuts the text up to the next separator off `rest`; without one, all of it.
+// Removes the text up to the next separator from the front of `rest`, or all of it if there is none.
 std::string_view TakePiece(std::string_view& rest, char separator) {
   const std::string_view piece = rest.substr(0, rest.find(separator));
   rest.remove_prefix(std::min(piece.size() + 1, rest.size()));
   return piece;
 }
 
-// Counting from 0 must not overflow for any number that a table may hold.
+// Converts to counting from 0 without overflow, whatever number the table holds.
 std::int32_t FromZero(std::int32_t number) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(number) - 1U);
 }

@@ -37,14 +37,15 @@ bool HasAllColumns(const CsvTable& table, LintReport& report) {
   bool has_all = true;
   for (const char* column : kColumns) {
     if (std::ranges::count(table.header(), column) > 0) continue;
-    report.Error(1, column,
-                 std::string("The header has no column ") + column + "; add it, if only with empty cells.");
+    report.Error(
+        1, column,
+        std::string("The header has no column ") + column + "; add it, even if its cells are empty.");
     has_all = false;
   }
   return has_all;
 }
 
-/// The places of a row; none if the cell can't be read, which its own check reports.
+/// The places of a row; empty if the cell can't be parsed, which its own check reports.
 std::vector<PlaceCell> Places(const LintRow& row) {
   std::vector<PlaceCell> places;
   std::string_view cell = row["FunctionModule"];
@@ -72,8 +73,8 @@ void CheckSwitches(const Rows& rows, LintReport& report) {
     if (std::ranges::none_of(places, has_switch)) {
       report.Error(row.line, "FunctionModule",
                    row.Name() +
-                       ": a row of kind 2 has no switch; give a row at the same position, the switch, that "
-                       "position as a fifth number.");
+                       ": a row of kind 2 has no switch; give the switch, a row at the same position, that "
+                       "position as its fifth number.");
     }
   }
 }
@@ -83,18 +84,19 @@ void CheckDuplicates(const Rows& rows, LintReport& report) {
   std::map<std::string, const LintRow*> names;
   for (const LintRow& row : rows) {
     if (const auto [first, is_new] = ids.try_emplace(row.Id(), &row); !is_new) {
-      report.Error(
-          row.line, "Index",
-          row.Name() + ": the identifier is taken by " + InLine(*first->second) + "; give another Index.");
+      report.Error(row.line, "Index",
+                   row.Name() + ": the identifier is already used by " + InLine(*first->second) +
+                       "; give another Index.");
     }
     if (const auto [first, is_new] = names.try_emplace(row["VarName"], &row); !is_new) {
-      report.Warning(row.line, "VarName",
-                     row.Name() + ": the name is taken by " + InLine(*first->second) + "; give another one.");
+      report.Warning(
+          row.line, "VarName",
+          row.Name() + ": the name is already used by " + InLine(*first->second) + "; give another one.");
     }
   }
 }
 
-/// The fields of one command lie one after the other in the order of their indexes.
+/// Checks that the fields of one command follow each other without gaps, in the order of their indexes.
 void CheckOrder(const std::string& command, const std::vector<const LintRow*>& fields, bool writes,
                 LintReport& report) {
   const char* const column = writes ? "SetIndex" : "Index";
@@ -114,7 +116,7 @@ void CheckOrder(const std::string& command, const std::vector<const LintRow*>& f
     if (index < 0) {
       fault = " is missing; number the fields of the command from 1.";
     } else if (index == before) {
-      fault = " " + std::to_string(index) + " is taken twice, by " + InLine(*order[i - 1].second) +
+      fault = " " + std::to_string(index) + " is used twice, by " + InLine(*order[i - 1].second) +
               " too; number the fields in their order.";
     } else if (index > before + 1 && before >= 0) {
       fault = " " + std::to_string(index) + " follows " + std::to_string(before) +
@@ -155,7 +157,7 @@ void CheckCommands(const Rows& rows, LintReport& report) {
   }
 }
 
-/// Reads the rows of variables and checks each by itself; the rows of pages go before those that use them.
+/// Reads the variable rows and checks each by itself; page rows come before the rows that use them.
 class TableReader {
  public:
   TableReader(CsvTable& table, LintReport& report) : table_(table), report_(report) {}

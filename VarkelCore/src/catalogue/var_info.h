@@ -28,8 +28,8 @@ enum ComponentType : std::int32_t {
 
 /// One variable of a sensor model: a row of the model's table.
 ///
-/// The `ConfigParser` that loaded the table owns the record. All fields are constant after loading but for
-/// those of the last group, which `ConfigParser::LockValues` guards.
+/// The `ConfigParser` that loaded the table owns the record. All fields are constant after loading, except
+/// those marked as guarded: `ConfigParser::LockValues` guards them.
 struct VarInfo {
   std::string var_id;           ///< "GroupID-Index"
   std::int32_t index = -1;      ///< order within the get command's reply
@@ -46,7 +46,7 @@ struct VarInfo {
   float coefficient = 1.0F;         ///< shown value = raw value x coefficient
   float set_coefficient = 1.0F;     ///< raw value sent = shown value / set_coefficient
   std::string default_val;
-  std::string current_val;  ///< last value read or edited, as shown; guarded
+  std::string current_val;  ///< the shown text: the last value read or edited; guarded
   std::vector<std::int32_t> options;
   std::map<ModulePlace, std::int32_t> module_places;  ///< place -> position within the group
   std::int32_t option_num = 0;
@@ -57,17 +57,17 @@ struct VarInfo {
   std::string option_description;
   std::int32_t range_min = 0;
   std::int32_t range_max = 0;
-  bool timer_update = false;    ///< re-read by the page timer
-  std::string get_cmd_payload;  ///< hexadecimal digits without prefix
+  bool timer_update = false;    ///< re-read periodically while its page is shown
+  std::string get_cmd_payload;  ///< hexadecimal digits without "0x"
   std::vector<std::uint8_t> get_cmd_payload_bytes;
 };
 
-/// Whether the variable's field is all of its payload, however long that is.
+/// Whether the variable's field is its whole payload, whatever the length.
 inline bool TakesWholePayload(std::string_view var_name) {
   return var_name == "Shared Secret Key";
 }
 
-/// What the user reads about a switch row whose switch the table does not name.
+/// The message for a switch row whose table does not name its switch.
 inline std::string MissingSwitchText(const VarInfo& var) {
   return "config file error, Please check the configuration of type 2 of " + var.var_name;
 }

@@ -9,8 +9,6 @@
 namespace varkel {
 namespace {
 
-constexpr char kTakesWholePayload[] = "Shared Secret Key";
-
 class CommandMap {
  public:
   void Add(const std::map<std::string, ConfigParser::VarList>& lists, bool writes) {
@@ -19,7 +17,7 @@ class CommandMap {
       try {
         code = ParseCommandText(text);
       } catch (const std::exception&) {
-        continue;  // the table's lint tells
+        continue;  // reported by the linter
       }
       const std::string key = CommandKey(code);
       WireCommand& command = commands_[key];
@@ -47,7 +45,7 @@ class CommandMap {
     command.is_upgrade = command.is_upgrade || var.component_type == kUpgradeArea;
     CommandField field{&var, writes ? var.set_start_pos : var.get_start_pos, var.var_len};
     if (writes && command.command.extended_code) field.position += kExtendedCodeSize;
-    if (var.var_name == kTakesWholePayload) {
+    if (TakesWholePayload(var.var_name)) {
       field.length.reset();
     } else if (var.var_len == 0) {
       return;

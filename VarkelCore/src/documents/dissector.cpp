@@ -33,7 +33,7 @@ std::string LuaText(std::string_view text) {
   return lua + "\"";
 }
 
-/// The shortest text that Lua reads as the same number.
+/// The shortest text that Lua parses to the same number.
 std::string LuaNumber(float number) {
   const auto wide = static_cast<double>(number);
   if (std::isnan(wide)) return "0/0";
@@ -43,7 +43,7 @@ std::string LuaNumber(float number) {
   return {text.data(), end};
 }
 
-/// What stands in a display filter for a name: letters, digits and single "_".
+/// A name's form in a display filter: letters, digits and single "_".
 std::string FilterName(std::string_view name) {
   std::string key;
   for (const char c : name) {
@@ -58,7 +58,7 @@ std::string FilterName(std::string_view name) {
   return key.empty() ? "unnamed" : key;
 }
 
-/// Hands out filter names, each once.
+/// Makes filter names unique.
 class FilterNames {
  public:
   std::string Take(const std::string& name, const std::string& addition) {
@@ -71,7 +71,7 @@ class FilterNames {
   std::set<std::string> taken_;
 };
 
-/// The tables of one model, as ktc_dissector.lua describes them at its head.
+/// The tables of one model, in the form described at the top of ktc_dissector.lua.
 class ModelTables {
  public:
   std::string Text(const DissectorModel& model, const std::string& key) {
@@ -96,7 +96,8 @@ class ModelTables {
     return row + "},\n";
   }
 
-  /// Whether requests of the command differ in their payload, so that a reply has only some of the variables.
+  /// Whether requests with this command differ in their payload, so that a reply holds only some of the
+  /// variables.
   static bool AnswersOneRequest(const WireCommand& command) {
     for (const CommandField& field : command.read) {
       if (field.var->get_cmd_payload_bytes != command.read.front().var->get_cmd_payload_bytes) return true;

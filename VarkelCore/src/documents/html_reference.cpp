@@ -1,6 +1,6 @@
 #include <string_view>
 
-#include "VarkelCore/src/documents/byte_picture.h"
+#include "VarkelCore/src/documents/byte_diagram.h"
 #include "VarkelCore/src/documents/markup.h"
 #include "VarkelCore/src/documents/table_reference.h"
 #include "embedded/texts.h"
@@ -8,7 +8,7 @@
 namespace varkel {
 namespace {
 
-/// Text inside an element.
+/// An element with escaped text.
 std::string Element(const std::string& opening, const std::string& text) {
   return "<" + opening + ">" + HtmlText(text) + "</" + opening.substr(0, opening.find(' ')) + ">";
 }
@@ -123,7 +123,7 @@ class HtmlWriter {
     if (command.read.empty() && command.written.empty() && !command.is_upgrade) {
       html_ += "<p>The table names no fields.</p>\n";
     }
-    // What the picture does not spell out is found all the same.
+    // Makes the words that the diagram shortens searchable.
     html_ += "<p class=\"words\" hidden>";
     for (const VarInfo* var : command.vars) html_ += HtmlText(var->var_name + " " + var->var_id) + " ";
     html_ += "</p>\n</div>\n";
@@ -139,7 +139,7 @@ class HtmlWriter {
     if (const auto size = PayloadSize(fields); size && !command.has_angles) {
       html_ += ", " + Counted(*size, "byte");
     }
-    html_ += "</figcaption>" + BytePicture(command.command, fields) + "</figure>\n";
+    html_ += "</figcaption>" + ByteDiagram(command.command, fields) + "</figure>\n";
   }
 
   const TableReference& reference_;

@@ -1,42 +1,44 @@
--- Wireshark dissector of KTC, the command protocol of the lidar sensors that Varkel works with.
+-- Wireshark dissector for KTC, the command protocol of the lidar sensors that Varkel configures.
 --
--- Put this file into Wireshark's folder of personal Lua plugins (Help > About > Folders), or load it once with
--- "tshark -X lua_script:FILE". KTC is looked for on the TCP ports of the preference "KTC > TCP ports"; the
--- preference "KTC > Model" says whose variables the payloads hold.
+-- Put this file into Wireshark's folder of personal Lua plugins (Help > About > Folders), or load it once
+-- with "tshark -X lua_script:FILE". KTC is expected on the TCP ports in the preference "KTC > TCP ports"; the
+-- preference "KTC > Model" selects the model whose variables are decoded.
 --
--- The tables of the models take the place of the next line. A model is
+-- The tables of the models replace the line "local models" below. A model is
 --   {name = "Quenta", key = "quenta", variables = {...}, commands = {...}}
--- and one of its variables
+-- and one of its variables is
 --   {key = "motor_speed", name = "Motor Speed (rpm)", type = "uint16", length = 2, scale = 1, set_scale = 1,
 --    labels = {[0] = "Off"}}
--- where the length is in bytes, -1 for all that there is; scales are those of replies and of set requests. The
--- commands go by their code in hexadecimal, "05", or "ff01000101" for a code of four bytes:
+-- where the length is in bytes, -1 for the rest of the payload; "scale" is for replies, "set_scale" for set
+-- requests. The keys of the commands are their codes in hexadecimal, "05", or "ff01000101" for a four-byte
+-- code:
 --   {name = "Motor State and 4 more", reads = {{1, 0}, {2, 1}}, writes = {...}, read_size = 3, write_size = 3,
 --    is_upgrade = true, is_fov = true}
--- with pairs of a variable's number and its first byte in the payload of the reply or of the set request. A third
--- element is the payload, in hexadecimal, of the only request that the variable answers.
+-- with pairs of a variable's number and the position of its first byte in the payload of the reply or the set
+-- request. A third element, in hexadecimal, is the payload of the only request whose reply holds the
+-- variable.
 local models = {}
 
 local ktc = Proto("ktc", "KTC lidar commands")
 local serial = Proto("ktcserial", "Small lidar sensor, serial frames")
 
 local DEFAULT_PORTS = "9347-9348" -- 9348: recordings of serial lines
--- What a frame may announce: the tool gives up a reply after as many bytes.
-local MOST_PAYLOAD = 64 * 1024 * 1024
--- Requests that may wait for their reply in one stream; older ones were given up.
-local MOST_PENDING = 64
--- Requests up to this size are kept: the reply to some depends on what was asked.
-local LONGEST_KEPT_REQUEST = 16
+-- The largest payload length: the tool gives up on a reply after this many bytes.
+local MAX_PAYLOAD = 64 * 1024 * 1024
+-- The number of requests that may wait for a reply in one stream; older ones have been given up.
+local MAX_PENDING = 64
+-- Requests up to this size are kept: the meaning of some replies depends on their request.
+local MAX_KEPT_REQUEST = 16
 
--- Where the header's fields are, by the identifier in front.
+-- The positions of the header's fields, by the identifier at its beginning.
 local HEADERS = {
   Gt = {version = 1, size = 8, command = 2, return_code = 3, length = 4},
   Wu = {version = 2, size = 12, command = 3, return_code = 4, length = 8},
 }
 local COMMAND_TAG, FIRMWARE_TAG = "$LDCMD,", "$LDOTA,"
 local STARTS = {"Gt", "Wu", COMMAND_TAG, FIRMWARE_TAG}
-local EXTENSION = 0xFF -- the command byte of codes of four bytes, and of the serial line behind the sensor
-local PIECE_HEADER, LONGEST_PIECE = 16, 1024
+local EXTENSION = 0xFF -- the command byte of four-byte codes, and of the serial line behind the sensor
+local PIECE_HEADER, MAX_PIECE = 16, 1024
 
 -- ---------------------------------------------------------------------------------------------------------------
 -- Fields
@@ -100,7 +102,7 @@ local e = {
     expert.severity.ERROR),
   cut = info("ktc.cut", "The frame is cut off", expert.group.MALFORMED, expert.severity.ERROR),
   noise = info("ktc.noise_seen", "Bytes that belong to no frame", expert.group.PROTOCOL, expert.severity.WARN),
-  stray = info("ktc.stray", "A reply that nobody asked for", expert.group.SEQUENCE, expert.severity.WARN),
+  stray = info("ktc.stray", "Unsolicited reply", expert.group.SEQUENCE, expert.severity.WARN),
   piece = info("ktc.piece_crc_wrong", "The CRC of the piece is wrong", expert.group.CHECKSUM, expert.severity.ERROR),
   type = info("ktc.field_size", "The field's length does not fit its type", expert.group.PROTOCOL,
     expert.severity.WARN),
@@ -123,7 +125,7 @@ end
 -- ---------------------------------------------------------------------------------------------------------------
 -- CRC-32/MPEG-2
 
--- Lua has had three ways to write an exclusive or; which one is there depends on Wireshark's Lua.
+-- Exclusive or has been written in three ways in Lua; which one works depends on Wireshark's Lua.
 local xor = bit32 and bit32.bxor
 if not xor and bit then
   local signed_xor = bit.bxor
@@ -174,7 +176,7 @@ local function small_integer(range, signed)
   return signed and value >= values_of_range / 2 and value - values_of_range or value
 end
 
--- Up to 8 bytes as a 64-bit number, whose lower half a Lua number still holds exactly.
+-- Up to 8 bytes as a 64-bit number; a Lua number can hold each half of it exactly.
 local function big_integer(range, signed)
   local length = range:len()
   local high, low
@@ -189,7 +191,7 @@ local function big_integer(range, signed)
   return (signed and Int64 or UInt64).new(low, high % WORD)
 end
 
--- Wider fields count with their last bytes, narrower ones keep their sign.
+-- Of wider fields the last bytes are used, narrower ones are sign-extended.
 local function read_integer(range, kind)
   local length = range:len()
   if length > kind.size then range = range(length - kind.size, kind.size) end
@@ -214,7 +216,7 @@ local function without_padding(range)
   return (range:string(ENC_UTF_8):gsub("%z+$", ""))
 end
 
--- 0x10 and less have a zero in front, as the tool shows them.
+-- Bytes up to and including 0x10 have a leading zero, as the tool shows them.
 local function mac_text(range)
   local parts = {}
   for i = 0, 5 do
@@ -360,9 +362,9 @@ end
 -- ---------------------------------------------------------------------------------------------------------------
 -- Requests and their replies
 
-local streams = {}   -- by both ends: who asks, and what was asked
-local exchanges = {} -- by the place of a frame: the exchange that it belongs to
-local MOST_OFFSET = 2 ^ 27 -- a place is the packet's number, and the offset in what TCP put together
+local streams = {}   -- by both endpoints: which one is the client, and its pending requests
+local exchanges = {} -- by the position of a frame: its exchange
+local MAX_OFFSET = 2 ^ 27 -- a position is the packet's number and the offset in the reassembled bytes
 
 function ktc.init()
   streams = {}
@@ -388,14 +390,14 @@ local function stream_state(pinfo)
   return state
 end
 
--- Whoever talks to a sensor's port asks; where no port tells, whoever spoke first.
+-- Frames to a sensor's port are requests; if neither port is one, the side that sent first is the client.
 local function is_request(pinfo)
   local to_sensor, from_sensor = sensor_ports[pinfo.dst_port], sensor_ports[pinfo.src_port]
   if to_sensor ~= from_sensor then return to_sensor == true end
   return sender(pinfo) == stream_state(pinfo).client
 end
 
--- The oldest request with that command; those before it got no reply.
+-- Takes the oldest request with that command; those before it got no reply.
 local function take_pending(pending, command)
   for i, exchange in ipairs(pending) do
     if exchange.command == command then
@@ -406,18 +408,18 @@ local function take_pending(pending, command)
   return nil
 end
 
--- Frames are dissected in any order and several times, but for the first time in the order of the capture.
+-- Frames are dissected several times and in any order, but the first time always in capture order.
 local function exchange_of(frame, pinfo)
-  local place = pinfo.number * MOST_OFFSET + frame.tvb:offset() + frame.offset
+  local place = pinfo.number * MAX_OFFSET + frame.tvb:offset() + frame.offset
   if pinfo.visited then return exchanges[place] end
   local pending = stream_state(pinfo).pending
   local exchange
   if frame.is_request then
     exchange = {command = frame.command, asked_in = pinfo.number, asked_at = pinfo.rel_ts}
     local size = frame.payload_size
-    exchange.payload = size > 0 and size <= LONGEST_KEPT_REQUEST and frame.tvb:raw(frame.payload, size) or ""
+    exchange.payload = size > 0 and size <= MAX_KEPT_REQUEST and frame.tvb:raw(frame.payload, size) or ""
     pending[#pending + 1] = exchange
-    if #pending > MOST_PENDING then table.remove(pending, 1) end
+    if #pending > MAX_PENDING then table.remove(pending, 1) end
   else
     exchange = take_pending(pending, frame.command)
     if exchange then exchange.answered_in, exchange.answered_at = pinfo.number, pinfo.rel_ts end
@@ -445,7 +447,7 @@ end
 -- ---------------------------------------------------------------------------------------------------------------
 -- Serial frames
 
--- Bytes of the frame that begins at `offset`; nil while too few of its bytes are there.
+-- The size of the frame that begins at `offset`; nil while too few of its bytes have come.
 local function serial_frame_size(tvb, offset, available, is_firmware, asks)
   if is_firmware and asks then
     return available >= 23 and 29 + tvb(offset + 19, 4):uint() or nil
@@ -486,7 +488,7 @@ local function add_command_body(tree, tvb, offset, size, asks)
   local code = tvb(offset + 8, 1):uint()
   if code == 2 then
     add_get_contents(tree, tvb, offset + 9, contents)
-  elseif code == 3 and contents == 3 and tvb(offset + 9, 1):uint() ~= 12 then -- item 12 tells a partition there
+  elseif code == 3 and contents == 3 and tvb(offset + 9, 1):uint() ~= 12 then -- item 12 has a partition there
     add_status(tree, tvb(offset + 11, 1))
   end
 end
@@ -515,7 +517,7 @@ local function add_serial_end(tree, tvb, offset, size, is_firmware, asks)
   if tvb(crc_at + 4, 2):uint() ~= 0xEEFF then item:add_proto_expert_info(se.trailer) end
 end
 
--- A frame of `available` bytes, of which it need not take all. Returns what the info column says.
+-- Adds the frame in the first of `available` bytes. Returns the text for the info column.
 local function add_serial_frame(tree, tvb, offset, available, asks)
   local tag = tvb:raw(offset, 7)
   local is_firmware = tag == FIRMWARE_TAG
@@ -599,10 +601,10 @@ local function add_piece(tree, tvb, offset, size)
 end
 
 local function is_piece_size(size)
-  return size > PIECE_HEADER and size <= PIECE_HEADER + LONGEST_PIECE
+  return size > PIECE_HEADER and size <= PIECE_HEADER + MAX_PIECE
 end
 
--- A piece of a file goes as a frame of its own inside the payload, behind a four-byte code if there is one.
+-- A piece of a file is a complete frame inside the payload, after a four-byte code if there is one.
 local function add_carried_piece(tree, frame, skipped)
   local tvb, offset, size = frame.tvb, frame.payload + skipped, frame.payload_size - skipped
   local header = HEADERS.Gt
@@ -611,7 +613,7 @@ local function add_carried_piece(tree, frame, skipped)
   return add_piece(tree, tvb, offset + header.size, size - header.size)
 end
 
--- The bytes 00 01 ask for the baud rate of the line behind the sensor and set it, 00 02 carry a serial frame.
+-- The bytes 00 01 query or set the baud rate of the line behind the sensor, 00 02 carry a serial frame.
 local function add_line(tree, frame, exchange)
   local tvb, offset, size = frame.tvb, frame.payload, frame.payload_size
   if size < 2 then return nil end
@@ -635,7 +637,7 @@ local function add_bytes(tree, frame)
   if frame.payload_size > 0 then tree:add(f.payload, frame.tvb(frame.payload, frame.payload_size)) end
 end
 
--- Returns the command's entry of the model's table, and the bytes that a four-byte code takes in the payload.
+-- Returns the command's entry in the model's table, and the size of any four-byte code in the payload.
 local function find_command(frame, model)
   local commands = model and model.commands or {}
   if frame.command == EXTENSION and frame.payload_size >= 4 then
@@ -685,7 +687,7 @@ local function add_payload(tree, frame, exchange)
     if piece then return piece end
   end
   add_bytes(tree, frame)
-  -- The reply to a serial frame or a code of four bytes need not repeat it.
+  -- The reply to a serial frame or a four-byte code need not echo it.
   if model and (frame.is_request or frame.command ~= EXTENSION) then tree:add_proto_expert_info(e.unknown) end
   return nil
 end
@@ -715,7 +717,7 @@ local function add_header(tree, frame, header, available)
   return item
 end
 
--- A frame of which `available` bytes are there: all of it, unless it is cut off.
+-- Adds a frame with `available` bytes: all of it, unless it is cut off.
 local function add_frame(tree, pinfo, asks, tvb, offset, available, header, announced)
   local frame = {
     tvb = tvb,
@@ -727,7 +729,7 @@ local function add_frame(tree, pinfo, asks, tvb, offset, available, header, anno
     is_request = asks,
     is_visible = tree.visible,
   }
-  -- Nobody looks at the fields of a packet that is only listed, or that a filter on other fields concerns.
+  -- The fields are not needed if the packet is only listed, or checked against a filter on other fields.
   frame.is_shown = frame.is_visible or tree:referenced(ktc_dissector)
   local item = frame.is_shown and add_header(tree, frame, header, available) or tree
   if not asks and frame.return_code ~= 0 then item:add_proto_expert_info(e.refused) end
@@ -735,7 +737,7 @@ local function add_frame(tree, pinfo, asks, tvb, offset, available, header, anno
   add_exchange(item, frame, exchange)
   local text
   if announced > frame.payload_size then
-    item:add_proto_expert_info(announced > MOST_PAYLOAD and e.huge or e.cut)
+    item:add_proto_expert_info(announced > MAX_PAYLOAD and e.huge or e.cut)
     add_bytes(item, frame)
   else
     text = add_payload(item, frame, exchange)
@@ -745,7 +747,7 @@ local function add_frame(tree, pinfo, asks, tvb, offset, available, header, anno
   return description
 end
 
--- Whether the text may be the begin of a frame of which more is to come.
+-- Whether the text may be the incomplete beginning of a frame.
 local function is_begin(text)
   for _, start in ipairs(STARTS) do
     if start:sub(1, #text) == text then return true end
@@ -753,7 +755,7 @@ local function is_begin(text)
   return false
 end
 
--- Where the next frame after `offset` begins, or may begin with the last bytes that are there.
+-- The position of the next frame after `offset`, or of last bytes that may begin one.
 local function next_start(tvb, offset, size)
   local rest = tvb:raw(offset, size - offset)
   local nearest
@@ -768,8 +770,8 @@ local function next_start(tvb, offset, size)
   return size
 end
 
--- What begins at `offset`: the header or the tag, nil for noise; and the bytes that its frame needs, nil when too
--- few of them are there to tell.
+-- Returns the header or the tag at `offset`, nil for noise; and the size of its frame, nil while too few
+-- bytes have come.
 local function frame_at(tvb, offset, available, asks)
   local text = tvb:raw(offset, math.min(available, #COMMAND_TAG))
   local header = HEADERS[text:sub(1, 2)]
@@ -784,10 +786,10 @@ local function frame_at(tvb, offset, available, asks)
   return #text < #COMMAND_TAG and is_begin(text) and text or nil, nil
 end
 
--- Asks TCP for the rest of a frame; false where there is none to be had.
+-- Asks TCP for the rest of a frame; false if that is not possible.
 local function wants_rest(tvb, pinfo, offset, size, needed)
   if pinfo.can_desegment == 0 or size < tvb:reported_len() then return false end
-  if needed and needed > MOST_PAYLOAD + 12 then return false end
+  if needed and needed > MAX_PAYLOAD + 12 then return false end
   pinfo.desegment_offset = offset
   pinfo.desegment_len = needed and needed - (size - offset) or DESEGMENT_ONE_MORE_SEGMENT
   return true
@@ -798,8 +800,8 @@ local function add_noise(tree, tvb, offset, size)
   return size .. " bytes outside of frames"
 end
 
--- One frame, or what lies before the next. Returns the place behind it and what the info column says; nil when
--- more bytes are on their way.
+-- Adds one frame, or the noise before the next. Returns the position after it and the text for the info
+-- column; nil if more bytes are needed.
 local function add_next(tree, pinfo, asks, tvb, offset, size)
   local available = size - offset
   local start, needed, announced = frame_at(tvb, offset, available, asks)
@@ -826,15 +828,15 @@ function ktc.dissector(tvb, pinfo, tree)
   while offset < size do
     local behind, text = add_next(tree, pinfo, asks, tvb, offset, size)
     if not behind then return end
-    -- The fence keeps what a segment's earlier frames say.
+    -- The fence keeps the text of the segment's earlier frames.
     pinfo.cols.info:set(text .. "  ")
     pinfo.cols.info:fence()
     offset = behind
   end
 end
 
--- For captures of the serial lines themselves (link type USER, or "Decode As"): a frame a packet, with nothing else
--- to tell requests from replies than which of them it fits.
+-- For captures of the serial lines themselves (link type USER, or "Decode As"): one frame per packet, which
+-- is a request or a reply depending on which of them it fits.
 function serial.dissector(tvb, pinfo, tree)
   local size = tvb:captured_len()
   if not is_tag(tvb, 0, size) then return 0 end

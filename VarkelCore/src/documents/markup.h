@@ -6,16 +6,16 @@
 
 namespace varkel {
 
-/// Text for HTML and SVG, between tags and in attributes.
+/// Escapes text for HTML and SVG, both for content and for attributes.
 std::string HtmlText(std::string_view text);
 
-/// Text for a cell of a Markdown table: on one line, with nothing that Markdown reads as its own.
+/// Escapes text for a cell of a Markdown table and puts it on one line.
 std::string MarkdownText(std::string_view text);
 
-/// The first characters of a UTF-8 text, as many as fit into `most`, the last one "…" where some are cut off.
+/// The text, cut to at most `most` characters (UTF-8); if cut, the last one is "…".
 std::string Shortened(std::string_view text, std::size_t most);
 
-/// Characters of a UTF-8 text.
+/// The number of characters of a UTF-8 text.
 std::size_t CharacterCount(std::string_view text);
 
 /// "1 byte", "2 bytes".

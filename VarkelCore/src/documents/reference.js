@@ -1,4 +1,4 @@
-// Search: every word must occur in a row or a command; empty groups and sections go with their last row.
+// Search: every word must occur in a row or a command; groups and sections without rows are hidden.
 (() => {
   const search = document.getElementById("search");
   const found = document.getElementById("found");
@@ -20,7 +20,7 @@
   };
 
   search.addEventListener("input", show);
-  // A link to what the search hides shows everything again.
+  // Following a link to a hidden part shows everything again.
   window.addEventListener("hashchange", () => {
     const target = document.getElementById(location.hash.slice(1));
     if (!target || !target.closest("[hidden]")) return;

@@ -10,7 +10,7 @@
 namespace varkel {
 namespace {
 
-constexpr std::size_t kUnitFrame = 2;  // " (" in front of a unit, and one sign less behind it
+constexpr std::size_t kUnitFrame = 2;  // the length of " (" before a unit; the ")" after it is one shorter
 
 std::string Decimal(float number) {
   std::array<char, 64> text{};

@@ -27,7 +27,7 @@ QString Allowed(const VarInfo& var, const RangeVerdict& verdict) {
     case RangeFault::kIpFormat:
       return QStringLiteral("it has to be an address like 192.168.1.201");
     case RangeFault::kMacFormat:
-      return QStringLiteral("it has to be six bytes joined by \":\"");
+      return QStringLiteral("it has to be six bytes separated by \":\"");
     case RangeFault::kNotANumber:
       return QStringLiteral("it has to be a number");
     default:
@@ -48,7 +48,7 @@ void EachVariable(const Model& model, int page, const std::function<void(const V
 
 QString TypingFault(const VarInfo& var, const std::string& text) {
   if (!IsNumberType(var.var_type) || WholeNumber(Trimmed(text))) return {};
-  return QStringLiteral("is no number");
+  return QStringLiteral("is not a number");
 }
 
 QStringList TypingFaults(const Model& model, int page) {

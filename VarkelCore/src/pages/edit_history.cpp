@@ -23,7 +23,7 @@ void EditHistory::Do(const std::shared_ptr<Model>& model, std::initializer_list<
   }
 }
 
-/// Switching a variable off comes as two changes: the switch, then the value 0.
+/// Switching a variable off makes two changes, the switch and then the value 0, which form one step.
 bool EditHistory::Continues(const Step& step) const {
   if (done_.empty() || done_.back().size() != 1 || step.size() != 1) return false;
   const auto* const switched = std::get_if<VarInfo*>(&done_.back().front().target);
@@ -76,7 +76,7 @@ EditHistory::Value EditHistory::Present(const Target& target) const {
   return {model_->catalogue->CurrentValue(var), 0, model_->values.IsEdited(var)};
 }
 
-/// What is not edited may have been read again.
+/// A target without an edit may have been read again, so its value does not matter.
 bool EditHistory::IsPresent(const Target& target, const Value& value) const {
   const Value present = Present(target);
   if (present.edited != value.edited) return false;

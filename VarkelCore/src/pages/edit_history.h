@@ -13,20 +13,21 @@
 
 namespace varkel {
 
-/// The user's edits of one model in their order, to be undone and redone one by one. Used from one thread.
+/// Undo and redo for the user's edits of one model, step by step. Used from one thread.
 ///
-/// A step stands for what it changed only while that is still so: one whose edit has been saved, or taken
-/// back otherwise, is passed over.
+/// A step can be undone only while the values are still as it left them: a step whose edit has since been
+/// saved, or reverted by other means, is skipped.
 class EditHistory {
  public:
-  /// What an edit can change: a variable, or an angle of the field of view by its index.
+  /// The target of an edit: a variable, or an angle of the field of view by its index.
   using Target = std::variant<VarInfo*, std::size_t>;
 
-  /// Makes a change and keeps what it did to the targets. A step of another model empties the history.
+  /// Makes a change and records its effect on the targets. A change of another model clears the history
+  /// first.
   void Do(const std::shared_ptr<Model>& model, std::initializer_list<Target> targets,
           const std::function<void()>& change);
 
-  /// What the step changed; nullopt when there is none to undo or redo.
+  /// The target that the step changed; nullopt if there is nothing to undo or redo.
   std::optional<Target> Undo();
   std::optional<Target> Redo();
   void Clear();

@@ -14,7 +14,7 @@ QString Number(double number) {
   return QString::number(number, 'g', 7);
 }
 
-/// A cell that a spreadsheet takes for text, whatever it holds.
+/// A cell that spreadsheets always treat as text, never as a formula.
 QString Cell(QString text) {
   return '"' + text.replace('"', QStringLiteral("\"\"")) + '"';
 }

@@ -13,7 +13,7 @@
 
 namespace varkel {
 
-/// The history of the selected model's live variables for QML and the plot, which name them by `var_id`.
+/// The history of the selected model's live variables for QML and the plot, which identify them by `var_id`.
 /// Lives on the user interface's thread.
 class LiveHistory : public QObject {
   Q_OBJECT
@@ -21,17 +21,17 @@ class LiveHistory : public QObject {
  public:
   using QObject::QObject;
 
-  /// Takes over what events have changed in the model's values.
+  /// Records the new readings among the changed values of the model.
   void Follow(const std::shared_ptr<Model>& model, const std::vector<const VarInfo*>& changed);
   void Clear();
 
-  /// Null when nothing was recorded of the variable.
+  /// Null if nothing was recorded for the variable.
   const ReadingHistory::Points* Points(const QString& var_id) const;
 
-  /// "name", "unit", and as texts "min", "max", "mean" and "last"; empty when nothing was recorded.
+  /// A map of texts: "name", "unit", "min", "max", "mean" and "last"; empty if nothing was recorded.
   Q_INVOKABLE QVariantMap summary(const QString& var_id) const;
-  /// Writes the readings of these variables into a file, a line each: time in UTC, name, unit and value.
-  /// Returns why that failed, or nothing.
+  /// Writes the readings of these variables to a CSV file, one per line: time in UTC, name, unit and value.
+  /// Returns the reason for a failure; empty on success.
   Q_INVOKABLE QString saveCsv(const QUrl& file, const QStringList& var_ids) const;
 
  signals:

@@ -11,7 +11,7 @@ namespace {
 constexpr char kSingleCheck[] = "VarkelManager::CheckVarIsWithinRange";
 constexpr char kPageCheck[] = "VarkelManager::CheckModuleVarsWithinRange";
 
-/// What the log pane and the row say of the variable.
+/// The verdict shown in the log pane and in the row.
 const char* Words(RangeFault fault) {
   switch (fault) {
     case RangeFault::kOutOfRange:

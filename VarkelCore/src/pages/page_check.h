@@ -9,21 +9,23 @@
 
 namespace varkel {
 
-/// Judges values before they are saved, and reports those that don't pass.
+/// Checks values before they are saved, and reports those that fail.
 class PageCheck {
  public:
   struct Targets {
     UserReport& report;
-    /// A variable of a page does not pass; `verdict` says why in a few words ("is out of range").
+    /// A variable of a page failed the check; `verdict` says why in a few words ("is out of range").
     std::function<void(const VarInfo& var, const std::string& verdict)> refused;
   };
 
   explicit PageCheck(Targets targets) : targets_(std::move(targets)) {}
 
-  /// One variable against its range; `key` is what it was looked up by. An unknown one (`var` null) passes.
+  /// Checks one variable against its range; `key` is the text that it was looked up by. An unknown variable
+  /// (`var` null) passes.
   bool CheckVarIsWithinRange(const Model& model, const VarInfo* var, const std::string& key) const;
 
-  /// Every variable of the page, each that fails is reported. True when all pass or there is no such page.
+  /// Checks every variable of the page and reports those that fail. True if all pass or there is no such
+  /// page.
   bool CheckModuleVarsWithinRange(const Model& model, int module) const;
 
  private:

@@ -10,11 +10,7 @@ namespace varkel {
 
 namespace {
 
-QString Text(const std::string& text) {
-  return QString::fromStdString(text);
-}
-
-/// The switch half of a switch row is linked to itself: its position is the one that it switches.
+/// The switch half of a switch row is its own switch: its position is the one that it switches.
 bool IsRow(const VarInfo& var) {
   return !var.has_switch;
 }
@@ -46,7 +42,7 @@ bool IsOperationLog(const std::string& name) {
 QVariantList PageTitles(const ConfigParser& catalogue) {
   QVariantList titles;
   for (const auto& module : catalogue.module_titles()) {
-    titles.append(module.empty() ? QString() : Text(module.front()));
+    titles.append(module.empty() ? QString() : QString::fromStdString(module.front()));
   }
   return titles;
 }
@@ -58,10 +54,12 @@ std::vector<PageRow> RowsOfPage(const ConfigParser& catalogue, int page) {
   if (page < 0 || m >= modules.size()) return rows;
   for (std::size_t g = 0; g < modules[m].size(); ++g) {
     const int group = static_cast<int>(g);
-    rows.push_back({Text(catalogue.module_titles()[m][g + 1]), static_cast<int>(kTwoTexts), group, -1});
+    rows.push_back({QString::fromStdString(catalogue.module_titles()[m][g + 1]), static_cast<int>(kTwoTexts),
+                    group, -1});
     for (const std::size_t index : RowsByPosition(modules[m][g], {page, group})) {
       const VarInfo& var = *modules[m][g][index];
-      rows.push_back({Text(var.var_name + var.unit), var.component_type, group, static_cast<int>(index)});
+      rows.push_back({QString::fromStdString(var.var_name + var.unit), var.component_type, group,
+                      static_cast<int>(index)});
     }
   }
   return rows;
@@ -81,7 +79,7 @@ QVariantList PageRows(const ConfigParser& catalogue) {
 
 QVariantList AngleTexts(const FovAngles& angles) {
   QVariantList texts;
-  for (const float degrees : angles) texts.append(Text(AngleText(degrees)));
+  for (const float degrees : angles) texts.append(QString::fromStdString(AngleText(degrees)));
   return texts;
 }
 
@@ -95,16 +93,17 @@ QVariantList OptionLabels(const VarInfo& var) {
   QVariantList labels;
   for (const std::int32_t option : var.options) {
     const auto label = var.option_labels.find(option);
-    labels.append(label == var.option_labels.end() ? QString::number(option) : Text(label->second));
+    labels.append(label == var.option_labels.end() ? QString::number(option)
+                                                   : QString::fromStdString(label->second));
   }
   return labels;
 }
 
 QString ShownText(const VarInfo& var, const std::string& text) {
   for (const auto& [option, label] : var.option_labels) {
-    if (std::to_string(option) == text) return Text(label);
+    if (std::to_string(option) == text) return QString::fromStdString(label);
   }
-  return Text(text);
+  return QString::fromStdString(text);
 }
 
 QString IsoTime(const std::optional<ValueStore::Time>& time) {
@@ -116,19 +115,19 @@ QString IsoTime(const std::optional<ValueStore::Time>& time) {
 QVariantMap VariableMap(const Model& model, const VarInfo& var) {
   const ValueStore::Shown shown = model.values.Show(var);
   return {
-      {QStringLiteral("var_id"), Text(var.var_id)},
-      {QStringLiteral("get_cmd"), Text(var.get_cmd)},
-      {QStringLiteral("set_cmd"), Text(var.set_cmd)},
-      {QStringLiteral("var_type"), Text(var.var_type)},
-      {QStringLiteral("var_name"), Text(var.var_name)},
-      {QStringLiteral("unit"), Text(var.unit)},
+      {QStringLiteral("var_id"), QString::fromStdString(var.var_id)},
+      {QStringLiteral("get_cmd"), QString::fromStdString(var.get_cmd)},
+      {QStringLiteral("set_cmd"), QString::fromStdString(var.set_cmd)},
+      {QStringLiteral("var_type"), QString::fromStdString(var.var_type)},
+      {QStringLiteral("var_name"), QString::fromStdString(var.var_name)},
+      {QStringLiteral("unit"), QString::fromStdString(var.unit)},
       {QStringLiteral("get_start_pos"), var.get_start_pos},
       {QStringLiteral("set_start_pos"), shown.set_start_pos},
       {QStringLiteral("offset"), shown.length},
       {QStringLiteral("permission"), var.permission},
-      {QStringLiteral("default_val"), Text(var.default_val)},
-      {QStringLiteral("current_val"), Text(shown.text)},
-      {QStringLiteral("switch_index"), Text(shown.switch_text)},
+      {QStringLiteral("default_val"), QString::fromStdString(var.default_val)},
+      {QStringLiteral("current_val"), QString::fromStdString(shown.text)},
+      {QStringLiteral("switch_index"), QString::fromStdString(shown.switch_text)},
       {QStringLiteral("visible"), IsRow(var)},
       {QStringLiteral("option_num"), var.option_num},
       {QStringLiteral("type"), var.component_type},
@@ -162,10 +161,10 @@ QVariantList InstalledVersions(const Model& model) {
     for (const auto& group : module) {
       for (const VarInfo* var : group) {
         if (var->var_type != "SWVER_YMD") continue;
-        const QString value =
-            model.values.IsRead(*var) ? Text(model.values.Show(*var).text) : QStringLiteral("not read");
-        versions.append(
-            QVariantMap{{QStringLiteral("label"), Text(var->var_name)}, {QStringLiteral("value"), value}});
+        const QString value = model.values.IsRead(*var) ? QString::fromStdString(model.values.Show(*var).text)
+                                                        : QStringLiteral("not read");
+        versions.append(QVariantMap{{QStringLiteral("label"), QString::fromStdString(var->var_name)},
+                                    {QStringLiteral("value"), value}});
       }
     }
   }
@@ -176,7 +175,7 @@ QVariantList DownloadableLogs(const ConfigParser& catalogue) {
   QVariantList names;
   for (const VarInfo* var : catalogue.standalone_vars()) {
     if (!var->get_cmd.empty() && EndsInLog(var->var_name) && !IsOperationLog(var->var_name)) {
-      names.append(Text(var->var_name));
+      names.append(QString::fromStdString(var->var_name));
     }
   }
   return names;

@@ -12,17 +12,13 @@ namespace varkel {
 namespace {
 
 constexpr int kHeadingKind = -1;
-/// What events of the values can change.
+/// The roles that value events can change.
 const QVector<int> kChangingRoles = {PageModel::kText,     PageModel::kSwitchText, PageModel::kOrigin,
                                      PageModel::kReadTime, PageModel::kEdited,     PageModel::kRawHex,
                                      PageModel::kSentText, PageModel::kVerdict,    PageModel::kStale,
                                      PageModel::kAngles,   PageModel::kHeldText,   PageModel::kRefusal};
 
-QString Text(const std::string& text) {
-  return QString::fromStdString(text);
-}
-
-/// The sensor's code, or what the client knows instead.
+/// The sensor's code, or the client's reason.
 QString RefusalWords(const std::optional<int>& code) {
   if (!code) return {};
   if (*code > 0) return QStringLiteral("refused, code %1").arg(*code);
@@ -53,7 +49,8 @@ PageModel::PageModel(std::shared_ptr<Model> model, int page, QObject* parent)
   }
 }
 
-/// A switch shows in the row that it switches, every field of the angles' command in the field of view's row.
+/// A switch affects the row that it switches; every field of the angles' command affects the field of view's
+/// row.
 void PageModel::Watch(const VarInfo& var, int row) {
   rows_of_[&var].push_back(row);
   if (var.switch_var != nullptr && var.switch_var != &var) rows_of_[var.switch_var].push_back(row);
@@ -125,7 +122,7 @@ QVariant PageModel::data(const QModelIndex& index, int role) const {
 QVariant PageModel::Constant(const VarInfo& var, int role) const {
   switch (role) {
     case kName:
-      return Text(var.var_name);
+      return QString::fromStdString(var.var_name);
     case kLive:
       return var.timer_update;
     case kWritable:
@@ -135,15 +132,15 @@ QVariant PageModel::Constant(const VarInfo& var, int role) const {
     case kRangeMax:
       return var.range_max;
     case kUnit:
-      return Text(var.unit);
+      return QString::fromStdString(var.unit);
     case kType:
-      return Text(var.var_type);
+      return QString::fromStdString(var.var_type);
     case kOptions:
       return OptionValues(var);
     case kOptionLabels:
       return OptionLabels(var);
     case kVarId:
-      return Text(var.var_id);
+      return QString::fromStdString(var.var_id);
     default:
       return {};
   }
@@ -159,9 +156,9 @@ QVariant PageModel::Changing(const Row& row, int role) const {
   const ValueStore::Shown shown = model_->values.Show(*row.var);
   switch (role) {
     case kText:
-      return Text(shown.text);
+      return QString::fromStdString(shown.text);
     case kSwitchText:
-      return Text(shown.switch_text);
+      return QString::fromStdString(shown.switch_text);
     case kOrigin:
       return QString::fromLatin1(OriginName(shown.origin));
     case kReadTime:
@@ -181,7 +178,7 @@ QVariant PageModel::Changing(const Row& row, int role) const {
   }
 }
 
-/// Brings what is kept of the row's values up to date.
+/// Updates the cached values of the row.
 void PageModel::Follow(Row& row) {
   const ValueStore::Shown shown = model_->values.Show(*row.var);
   if (shown.text != row.refused_text) row.verdict.clear();

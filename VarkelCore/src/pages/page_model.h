@@ -17,13 +17,13 @@ namespace varkel {
 
 /// The rows of one page for QML: a heading for each group, then its variables, in the order of `PageRows`.
 ///
-/// Lives on the user interface's thread. It shows the values as they are; whoever takes the changes of the
-/// value store hands them over, and exactly the rows that they touch are reported as changed.
+/// Lives on the user interface's thread. It always shows the current values; the changes taken from the value
+/// store are passed to ShowChanges, which reports exactly the affected rows as changed.
 class PageModel : public QAbstractListModel {
   Q_OBJECT
-  /// The number of rows with an edit that is not saved.
+  /// The number of rows with an unsaved edit.
   Q_PROPERTY(int edits READ edits NOTIFY editsChanged)
-  /// When the sensor reported one of the rows last; invalid before.
+  /// When the sensor last reported one of the rows; invalid if it never did.
   Q_PROPERTY(QDateTime lastRead READ lastRead NOTIFY lastReadChanged)
   /// Whether one of the rows is a firmware upgrade.
   Q_PROPERTY(bool upgrades READ upgrades CONSTANT)
@@ -49,13 +49,13 @@ class PageModel : public QAbstractListModel {
     kOptions,
     kOptionLabels,
     kRawHex,    ///< the field's bytes as the sensor sent them, "01 a0"
-    kSentText,  ///< what was saved last on this connection
-    kVerdict,   ///< why the page check refused the present text; empty when it did not
+    kSentText,  ///< the text last saved on this connection
+    kVerdict,   ///< why the page check refused the current text; empty if it did not
     kVarId,
-    kStale,     ///< read, but not from the sensor that is connected now
-    kAngles,    ///< ten texts; of the field of view's row only
-    kHeldText,  ///< what an edited text goes back to
-    kRefusal,   ///< why the last save of this edit failed, in a few words; empty when it did not
+    kStale,     ///< read, but not from the currently connected sensor
+    kAngles,    ///< ten texts; only for the field of view's row
+    kHeldText,  ///< the text that reverting the edit restores
+    kRefusal,   ///< why the last save of this edit failed, in a few words; empty if it did not
   };
 
   PageModel(std::shared_ptr<Model> model, int page, QObject* parent = nullptr);
@@ -69,7 +69,7 @@ class PageModel : public QAbstractListModel {
 
   /// Reports the rows that show one of these variables, or its switch, as changed.
   void ShowChanges(const std::vector<const VarInfo*>& vars);
-  /// The page check refused the variable's present text. It holds until the text changes.
+  /// The page check refused the variable's current text. The verdict is shown until the text changes.
   void SetVerdict(const VarInfo& var, const QString& verdict);
 
  signals:
@@ -97,7 +97,7 @@ class PageModel : public QAbstractListModel {
   std::vector<Row> rows_;
   int edits_ = 0;
   std::optional<ValueStore::Time> last_read_;
-  std::unordered_map<const VarInfo*, std::vector<int>> rows_of_;  ///< the rows that a variable changes
+  std::unordered_map<const VarInfo*, std::vector<int>> rows_of_;  ///< the rows that show a variable
 };
 
 }  // namespace varkel

@@ -12,26 +12,27 @@
 
 namespace varkel {
 
-/// The page models of the selected model, made when they are asked for, and its history. All but
-/// ValuesChanged and Refuse belong to the user interface's thread.
+/// The page models of the selected model, created on demand, and its history. Used from the user interface's
+/// thread, except ValuesChanged and Refuse.
 class PageModels {
  public:
-  /// `owner` becomes the parent of every page model, which keeps QML from deleting them. Everything outlives
-  /// this object.
+  /// `owner` becomes the parent of every page model, which keeps QML from deleting them. All arguments
+  /// outlive this object.
   PageModels(QObject& owner, const ModelSelection& models, EventQueue& events)
       : owner_(owner), models_(models), events_(events) {}
 
-  /// The page's rows; null when there is no such page.
+  /// The page's rows; null if there is no such page.
   PageModel* Get(int module);
-  /// Another model is selected: the page models go once the events that may use them have run.
+  /// Another model has been selected: deletes the page models once pending events that may use them have run.
   void Drop();
 
-  /// What live variables were since the model was selected.
+  /// The readings of live variables since the model was selected.
   LiveHistory& history() { return history_; }
 
-  /// Shows what events of the values touched. From any thread; at once on the user interface's.
+  /// Shows the values that events have changed. Callable from any thread; takes effect at once on the user
+  /// interface's.
   void ValuesChanged();
-  /// Shows at its row why the page check refused the variable. From any thread.
+  /// Shows next to the variable why the page check refused it. Callable from any thread.
   void Refuse(const VarInfo& var, const std::string& verdict);
 
  private:

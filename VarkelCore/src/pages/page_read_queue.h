@@ -8,11 +8,12 @@
 
 namespace varkel {
 
-/// Reads pages on a worker, one at a time. While one is read the next request waits; a newer one replaces it,
-/// since the user has moved on. Requests come from one thread; the functions run on the worker.
+/// Reads pages on a worker, one at a time. While a page is being read, the next request waits; a newer
+/// request replaces it, since the user has moved on. Requests come from one thread; the functions run on the
+/// worker.
 class PageReadQueue {
  public:
-  /// Reads a page; may end early once `replaced` answers true, as another page waits for its end.
+  /// Reads a page; may return early once `replaced` returns true, since another page is waiting.
   using ReadFunction = std::function<void(int module, const std::function<bool()>& replaced)>;
   using PageFunction = std::function<void(int module)>;
 

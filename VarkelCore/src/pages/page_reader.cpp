@@ -19,8 +19,8 @@ namespace varkel {
 
 namespace {
 
-// Faults of the table are found in the log file under the controller's name and the operation's, wherever it
-// is written.
+// The log file lists faults of the table under the controller's source file and the operation's name,
+// whichever file logs them.
 constexpr char kSourceFile[] = "VarkelCore/src/varkel_manager";
 constexpr char kConversion[] =
     "bool VarkelManager::updateSingleVarFromOutput(VarInfo&, std::uint8_t, std::span<const std::uint8_t>, "
@@ -30,11 +30,7 @@ void LogError(const std::string& text) {
   log_lib::Logger::GetInstance().AddToQueue(log_lib::kError, kSourceFile, 0, kConversion, "%s", text.c_str());
 }
 
-QString Text(const std::string& text) {
-  return QString::fromStdString(text);
-}
-
-/// Faults of the table: the sensor's reply does not fit the declared type.
+/// Logs a fault of the table: the sensor's reply does not fit the declared type.
 void LogFault(ValueFault fault, const VarInfo& var, std::size_t size) {
   switch (fault) {
     case ValueFault::kMacSize:
@@ -48,7 +44,7 @@ void LogFault(ValueFault fault, const VarInfo& var, std::size_t size) {
       break;
     case ValueFault::kEmpty:
     case ValueFault::kNumberSize:
-      LogError(var.var_name + ": " + std::to_string(size) + " bytes are no " + var.var_type +
+      LogError(var.var_name + ": " + std::to_string(size) + " bytes are not a valid " + var.var_type +
                ", please check your config file");
       break;
     case ValueFault::kNone:
@@ -150,14 +146,14 @@ bool PageReader::Query(quarn::lidar::KtcClient& client, const VarInfo& first, co
   const std::vector<std::uint8_t> request = RequestPayload(command, first.get_cmd_payload_bytes);
   ExchangeResult result = QueryTableCommand(client, command, request);
   if (!result) {
-    DebugLine(operation, "(): try get", Text(first.var_name), "FAILED, cmd sent =", Text(first.get_cmd),
-              "-- QueryCommand()'s ret =", -1);
+    DebugLine(operation, "(): try get", QString::fromStdString(first.var_name),
+              "FAILED, cmd sent =", QString::fromStdString(first.get_cmd), "-- QueryCommand()'s ret =", -1);
     return false;
   }
   reply = std::move(*result);
   if (reply.empty()) {
-    DebugLine(operation, "(): try get", Text(first.var_name),
-              ", but get no return msg from lidar. cmd sent = ", Text(first.get_cmd));
+    DebugLine(operation, "(): try get", QString::fromStdString(first.var_name),
+              ", but get no return msg from lidar. cmd sent = ", QString::fromStdString(first.get_cmd));
     return false;
   }
   return true;
@@ -165,7 +161,7 @@ bool PageReader::Query(quarn::lidar::KtcClient& client, const VarInfo& first, co
 
 bool PageReader::ReadFov(Model& model, quarn::lidar::KtcClient& client, VarInfo& first) const {
   const ValueStore::Moment asked = model.values.Now();
-  FovAngles angles = model.values.ReportedFov();  // those that the reply lacks keep their values
+  FovAngles angles = model.values.ReportedFov();  // angles that the reply lacks keep their values
   std::array<float, kFovSectors> starts{};
   std::array<float, kFovSectors> ends{};
   std::copy_n(angles.begin(), kFovSectors, starts.begin());
@@ -173,7 +169,8 @@ bool PageReader::ReadFov(Model& model, quarn::lidar::KtcClient& client, VarInfo&
   int count = 0;
   const int result = client.QueryMultiFov(starts, ends, count);
   if (result != 0) {
-    DebugLine("VarkelManager::GetInfoFromLidarWithSameCmd", "(): try get", Text(first.var_name),
+    DebugLine("VarkelManager::GetInfoFromLidarWithSameCmd", "(): try get",
+              QString::fromStdString(first.var_name),
               "FAILED, cmd sent = 0x23 -- QueryCommand()'s ret =", result);
     return false;
   }

@@ -14,26 +14,26 @@
 
 namespace varkel {
 
-/// Variables that one request reads: they share get command and get payload.
+/// Variables read by one request: they share get command and get payload.
 struct ReadGroup {
-  std::string key;  ///< the pair (get command, get payload) as messages show it
+  std::string key;  ///< the pair (get command, get payload) as shown in messages
   std::vector<VarInfo*> vars;
 };
 
-/// Groups the readable variables of `vars` by get command and payload, in the order in which they come.
+/// Groups the readable variables of `vars` by get command and payload, in order of first appearance.
 std::vector<ReadGroup> GroupByGetCommand(const std::vector<VarInfo*>& vars);
 
-/// The variables of one page with a get command; none when there is no such page.
+/// The variables of one page with a get command; empty if there is no such page.
 std::vector<VarInfo*> ReadableVars(const ConfigParser& catalogue, int module);
 
 /// How a group with the field-of-view command is read.
 enum class FovRead {
   kTable,    ///< fills the field-of-view table
-  kOrdinary  ///< as any other command
+  kOrdinary  ///< like any other command
 };
 
-/// Reads variables from the sensor into a model's values. Stateless but for what it is given; several threads
-/// may read at once (the client keeps their exchanges apart).
+/// Reads variables from the sensor into a model's values. Stateless apart from its targets; several threads
+/// may read at once (the client serialises their exchanges).
 class PageReader {
  public:
   struct Targets {
@@ -43,20 +43,20 @@ class PageReader {
 
   explicit PageReader(Targets targets) : targets_(std::move(targets)) {}
 
-  /// One exchange for the whole group. True when at least one variable was refreshed. A refused or missing
-  /// reply is written as a debug line and leaves the texts; a wrong group raises std::invalid_argument.
+  /// Performs one exchange for the whole group. True if at least one variable was refreshed. If the reply is
+  /// missing or a refusal, writes a debug line and keeps the texts. Raises std::invalid_argument for an
+  /// invalid group.
   bool GetInfoFromLidarWithSameCmd(Model& model, quarn::lidar::KtcClient& client,
                                    const std::vector<VarInfo*>& group, FovRead fov) const;
-  /// What the group's exchange, begun at `asked`, does with its reply: true when at least one variable was
-  /// refreshed.
+  /// Stores the reply to the group's request, made at `asked`; true if at least one variable was refreshed.
   bool StoreReply(Model& model, const std::vector<VarInfo*>& group, std::span<const std::uint8_t> reply,
                   ValueStore::Moment asked) const;
-  /// One exchange for one variable; true when it was refreshed.
+  /// Performs one exchange for one variable; true if it was refreshed.
   bool GetInfoFromLidar(Model& model, quarn::lidar::KtcClient& client, VarInfo& var) const;
 
-  /// Reads the groups one after the other while `go_on` answers true; it hears whether the group before was
-  /// answered (true before the first). Faults are written after the name of `operation` and the next group
-  /// is read. The number of groups read.
+  /// Reads the groups one after the other while `go_on` returns true; its argument is whether the previous
+  /// group was answered (true before the first). Faults are written after the name of `operation`, and
+  /// reading continues with the next group. Returns the number of groups read.
   std::size_t ReadGroups(Model& model, quarn::lidar::KtcClient& client, const std::vector<ReadGroup>& groups,
                          const char* operation, const std::function<bool(bool answered)>& go_on) const;
 

@@ -16,7 +16,7 @@ bool PageReading::ReadPage(int module, const std::function<bool()>& replaced) co
   if (!session->has_pages() || !session->is_ktc_open() || !session->is_idle()) return false;
   if (module < 0 || static_cast<std::size_t>(module) >= model->catalogue->module_vars().size()) return false;
   const auto groups = GroupByGetCommand(ReadableVars(*model->catalogue, module));
-  // Whoever waits for another page need not wait for each time-out of a silent sensor.
+  // A request for another page need not wait for every time-out of a silent sensor.
   const auto go_on = [&](bool answered) { return !session->has_ended() && (answered || !replaced()); };
   reader_.ReadGroups(*model, *session->ktc_client(), groups, "VarkelManager::GetLidarModuleInfo", go_on);
   return true;

@@ -8,25 +8,25 @@
 
 namespace varkel {
 
-/// Saves pages to the connected sensor, when that may be done now. Thread-safe.
+/// Saves pages to the connected sensor, if that is possible now. Thread-safe.
 class PageSaving {
  public:
-  /// Everything outlives this object.
+  /// All arguments outlive this object.
   PageSaving(const SensorConnection& connection, const ModelSelection& models, const Activity& activity,
              const PageWriter& writer, UserReport& report)
       : connection_(connection), models_(models), activity_(activity), writer_(writer), report_(report) {}
 
-  /// A page, with the model and the session that it is saved to.
+  /// A page to save, with its model and the session of the sensor that gets it.
   struct Save {
     std::shared_ptr<Model> model;
     std::shared_ptr<SensorSession> session;
     int module = 0;
   };
 
-  /// What saving the page takes; nullopt when it can't be saved now. Refusals are reported, but not that
-  /// there is no such page.
+  /// Prepares a save; nullopt if the page can't be saved now, which is reported unless there is no such page.
   std::optional<Save> Prepare(int module) const;
-  /// Saves it on the calling thread; every outcome is reported. What went out if all did.
+  /// Saves the page on the calling thread; every outcome is reported. Returns the edits that were sent; empty
+  /// unless all were.
   SavedEdits Run(const Save& save) const;
 
  private:

@@ -25,16 +25,13 @@ namespace {
 
 constexpr char kRun[] = "VarkelManager::Run";
 
-QString Text(const std::string& text) {
-  return QString::fromStdString(text);
-}
-
 QString Hex(const std::vector<std::uint8_t>& bytes) {
   return QString::fromLatin1(
       QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())).toHex(' '));
 }
 
-/// False when the field lies where no request reaches: a table's lengths must not become memory.
+/// False if the field is beyond the size of any request: lengths in a table must not make the payload grow
+/// without bound.
 bool Append(std::vector<std::uint8_t>& payload, std::uint32_t position, std::uint32_t length,
             const std::vector<std::uint8_t>& bytes) {
   constexpr std::size_t kLongestPayload = 0xFFFF;
@@ -53,10 +50,10 @@ std::vector<std::uint8_t> CodecBytes(const VarInfo& var, const std::string& valu
   }
   const std::unique_ptr<StrParser> codec = MakeStrParser(var.var_type);
   if (!codec) {
-    PlainDebugLine(kRun, "(): This var_type", "\"" + Text(var.var_type) + "\"",
+    PlainDebugLine(kRun, "(): This var_type", "\"" + QString::fromStdString(var.var_type) + "\"",
                    "is not supported currently.");
-    PlainDebugLine("strParser == nullptr, var_name:" + Text(var.var_name) +
-                   ", var_type:" + Text(var.var_type) + ", current_val:" + Text(value));
+    PlainDebugLine("strParser == nullptr, var_name:" + QString::fromStdString(var.var_name) + ", var_type:" +
+                   QString::fromStdString(var.var_type) + ", current_val:" + QString::fromStdString(value));
     throw std::invalid_argument("Error with var type");
   }
   return codec->ParseToBytes(value, var.set_coefficient);
@@ -69,8 +66,7 @@ SentField FieldOf(const Model& model, VarInfo& var) {
   return {&var, std::move(field.text), std::move(bytes)};
 }
 
-/// The set commands of a page that carry edits, in the order in which the page meets them; none when there is
-/// no such page.
+/// The set commands of a page that carry edits, in page order; empty if there is no such page.
 std::vector<std::string> PendingCommands(const Model& model, int module) {
   std::vector<std::string> commands;
   std::unordered_set<std::string> seen;
@@ -88,7 +84,7 @@ std::vector<std::string> PendingCommands(const Model& model, int module) {
   return commands;
 }
 
-/// The carried variables that are neither the user's nor reported since `moment`, each once.
+/// The variables carried by the commands that are neither edited nor reported since `moment`, each once.
 std::vector<std::string> NamesNotRead(const Model& model, const std::vector<std::string>& set_commands,
                                       ValueStore::Moment moment) {
   std::vector<std::string> names;
@@ -224,7 +220,7 @@ SentCommand PageWriter::Write(Model& model, quarn::lidar::KtcClient& client,
   const Command command = ParseCommandText(set_cmd);
   SetRequest request = MakeSetRequest(model, set_cmd);
   const std::vector<std::uint8_t> payload = RequestPayload(command, request.payload);
-  PlainDebugLine(kRun, "(): QueryCommand send cmd:    ", Text(set_cmd));
+  PlainDebugLine(kRun, "(): QueryCommand send cmd:    ", QString::fromStdString(set_cmd));
   PlainDebugLine(kRun, "(): QueryCommand send payload:", Hex(payload), ", length =", payload.size());
   const ExchangeResult result = QueryTableCommand(client, command, payload);
   if (result) {
@@ -233,7 +229,7 @@ SentCommand PageWriter::Write(Model& model, quarn::lidar::KtcClient& client,
     return std::move(request.command);
   }
   PlainDebugLine(kRun, "(): QueryCommand FAILED, get result =", Hex({}));
-  // The request went out, but the sensor has moved to its new address before it could answer.
+  // The request was sent, but the sensor moved to its new address before it could answer.
   const bool is_moved = set_cmd == kAddressSetCommand && result.error() == quarn::lidar::KtcClient::kNoHeader;
   if (is_moved) return std::move(request.command);
   model.values.Refused(set_cmd, result.error());
@@ -250,14 +246,14 @@ void PageWriter::ReportSent(const ConfigParser& catalogue, const std::string& se
   targets_.report.Log("Send KTC command [" + set_cmd + "] to set " + Joined(names) + " success.", "INFO");
 }
 
-/// The notices name the command alone; this line says what it would have written.
+/// The notice names only the command; this log line says what it would have written.
 void PageWriter::ReportRefused(const Model& model, const std::string& set_cmd,
                                std::span<const std::uint8_t> payload, int code) const {
   const ExchangeDecoder decoder(model.catalogue);
   const std::string what = decoder.CommandName(ParseCommandText(set_cmd).code, payload);
   targets_.report.Log("The command [" + set_cmd + "] to " + what +
                           (code > 0 ? " was refused with code " + std::to_string(code)
-                                    : " got no reply that could be used (" + std::to_string(code) + ")"),
+                                    : " got no usable reply (" + std::to_string(code) + ")"),
                       "WARNING");
 }
 

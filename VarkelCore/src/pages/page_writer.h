@@ -16,20 +16,20 @@ namespace varkel {
 /// new address need not answer it.
 inline constexpr char kAddressSetCommand[] = "0x21";
 
-/// What saving a page takes: whom to ask first, and what to send.
+/// The steps of saving a page: what to read first, and what to send.
 struct WritePlan {
-  std::vector<ReadGroup> refresh;     ///< reads that bring the untouched fields up to date
+  std::vector<ReadGroup> refresh;     ///< reads that update the unedited fields
   std::vector<std::string> commands;  ///< set commands in the order in which they are sent
 };
 
-/// Gathers the pending set commands of a page, the address command last.
+/// Collects the pending set commands of a page, the address command last.
 WritePlan PlanWrite(const Model& model, int module);
 
 /// Whether saving the page would send anything.
 bool HasPendingCommands(const Model& model, int module);
 
-/// The fields that saving the page would write although nobody has given them a value: not edited, and never
-/// reported by this sensor. Their names in the order of the page's commands; none when there is no such page.
+/// Names of the fields that saving the page would write although their values are unknown: neither edited nor
+/// ever reported by this sensor. In the order of the page's commands; empty if there is no such page.
 std::vector<std::string> UnreadFields(const Model& model, int module);
 
 /// A set command ready to go out.
@@ -38,19 +38,19 @@ struct SetRequest {
   std::vector<std::uint8_t> payload;
 };
 
-/// Builds a set command from the present values: every field that it carries, at its place. A field that the
-/// user left alone goes out with the bytes that the sensor sent, where reading and writing use one scale:
-/// text has two decimals, so bytes made from it might be others. Raises std::invalid_argument when a field
-/// has no usable value.
+/// Builds a set command from the current values, with every field that it carries. An unedited field is sent
+/// with the very bytes that the sensor reported if reading and writing use the same scale: texts have only
+/// two decimals, so encoding the text could change the value. Raises std::invalid_argument if a field has no
+/// usable value.
 SetRequest MakeSetRequest(Model& model, const std::string& set_cmd);
 
-/// What the user had changed and a save has sent.
+/// The edits that a save has sent.
 struct SavedEdits {
   std::vector<const VarInfo*> vars;
   bool fov = false;  ///< angles of the field of view
 };
 
-/// Saves the edits of a page. Works on the calling thread.
+/// Saves the edits of a page, on the calling thread.
 class PageWriter {
  public:
   struct Targets {
@@ -60,11 +60,11 @@ class PageWriter {
 
   explicit PageWriter(Targets targets) : targets_(targets) {}
 
-  /// Refreshes the untouched fields, then sends each pending set command whole. Untouched fields that the
-  /// sensor did not report are named in a warning and go out with their last values. The first refused
-  /// command ends the save: what was sent before stays written, and all edits stay pending, as does an edit
-  /// that is made while the page is saved. Every outcome is reported. The edits that went out with a save
-  /// that ended well.
+  /// Refreshes the unedited fields, then sends each pending set command with all its fields. Unedited fields
+  /// that the sensor did not report are named in a warning and sent with their last values. The first refused
+  /// command ends the save: commands sent before it remain written, and all edits stay pending, as does an
+  /// edit made during the save. Every outcome is reported. Returns the edits that were sent; empty unless the
+  /// save succeeded.
   SavedEdits Run(Model& model, quarn::lidar::KtcClient& client, int module) const;
 
  private:

@@ -11,7 +11,7 @@ namespace {
 
 using Verification = ValueStore::Verification;
 
-/// What has been found out so far about the saved edits.
+/// The results so far for the saved edits.
 struct Findings {
   int verified = 0;
   int unread = 0;

@@ -6,25 +6,22 @@ namespace varkel {
 
 namespace {
 
-QString Text(const std::string& text) {
-  return QString::fromStdString(text);
-}
-
 QString ShownValue(const Model& model, const VarInfo& var) {
-  const QString text = Text(model.values.Show(var).text);
+  const QString text = QString::fromStdString(model.values.Show(var).text);
   const int chosen = OptionValues(var).indexOf(text);
   return chosen < 0 ? text : OptionLabels(var).at(chosen).toString();
 }
 
 QString Commands(const VarInfo& var) {
-  if (var.set_cmd.empty()) return Text(var.get_cmd);
-  const QString set = QStringLiteral("set ") + Text(var.set_cmd);
-  return var.get_cmd.empty() ? set : Text(var.get_cmd) + QStringLiteral(", ") + set;
+  if (var.set_cmd.empty()) return QString::fromStdString(var.get_cmd);
+  const QString set = QStringLiteral("set ") + QString::fromStdString(var.set_cmd);
+  return var.get_cmd.empty() ? set : QString::fromStdString(var.get_cmd) + QStringLiteral(", ") + set;
 }
 
 QString PlaceText(const ConfigParser& catalogue, const FoundRow& row) {
   const auto& titles = catalogue.module_titles()[static_cast<std::size_t>(row.page)];
-  return Text(titles.front()) + QStringLiteral(" › ") + Text(titles[static_cast<std::size_t>(row.group) + 1]);
+  return QString::fromStdString(titles.front()) + QStringLiteral(" › ") +
+         QString::fromStdString(titles[static_cast<std::size_t>(row.group) + 1]);
 }
 
 }  // namespace
@@ -47,7 +44,7 @@ QVariant SearchModel::data(const QModelIndex& index, int role) const {
   const Model& model = finder_->model();
   switch (role) {
     case kLabel:
-      return Text(row.var->var_name + row.var->unit);
+      return QString::fromStdString(row.var->var_name + row.var->unit);
     case kPlace:
       return PlaceText(*model.catalogue, row);
     case kText:
@@ -73,7 +70,7 @@ void SearchModel::setQuery(const QString& query) {
   } else if (!finder_ || &finder_->model() != model.get()) {
     finder_.emplace(model);
   }
-  if (finder_) found_ = finder_->Find(query.toStdString(), kMostRows);
+  if (finder_) found_ = finder_->Find(query.toStdString(), kMaxRows);
   endResetModel();
   emit queryChanged();
 }

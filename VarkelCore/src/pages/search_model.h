@@ -9,10 +9,10 @@
 
 namespace varkel {
 
-/// What a search through the selected model has found, for QML. Lives on the user interface's thread.
+/// The results of a search through the selected model, for QML. Lives on the user interface's thread.
 class SearchModel : public QAbstractListModel {
   Q_OBJECT
-  /// What is searched for; writing it searches.
+  /// The search text; setting it runs the search.
   Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
   Q_PROPERTY(int count READ count NOTIFY queryChanged)
 
@@ -25,8 +25,8 @@ class SearchModel : public QAbstractListModel {
     kPage,                      ///< index of the page
     kRow,                       ///< index in the page's list of rows
   };
-  /// More rows than anybody reads; a longer query finds fewer.
-  static constexpr std::size_t kMostRows = 100;
+  /// More rows than anyone reads; a longer query finds fewer.
+  static constexpr std::size_t kMaxRows = 100;
 
   explicit SearchModel(const ModelSelection& models, QObject* parent = nullptr);
 
@@ -43,7 +43,7 @@ class SearchModel : public QAbstractListModel {
 
  private:
   const ModelSelection& models_;
-  std::optional<VariableFinder> finder_;  ///< of the model searched last
+  std::optional<VariableFinder> finder_;  ///< for the model searched last
   QString query_;
   std::vector<FoundRow> found_;
 };

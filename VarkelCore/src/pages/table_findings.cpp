@@ -10,17 +10,17 @@ namespace varkel {
 
 void TableFindings::Check(const std::string& path) {
   Show({});
-  // The program's folder may be another one by the time the worker runs.
+  // The working directory may have changed by the time the worker runs.
   const QString file = QFileInfo(QString::fromStdString(path)).absoluteFilePath();
   workers_.Start([this, file, check = ++checks_](const std::stop_token&) {
-    const Found found = LookThrough(file);
+    const Found found = Lint(file);
     events_.Post([this, found, check] {
       if (check == checks_) Show(found);
     });
   });
 }
 
-TableFindings::Found TableFindings::LookThrough(const QString& path) {
+TableFindings::Found TableFindings::Lint(const QString& path) {
   const std::vector<TableFinding> findings = LintTable(path.toStdString());
   if (findings.empty()) return {};
   const QString name = QFileInfo(path).fileName();

@@ -11,11 +11,11 @@
 
 namespace varkel {
 
-/// What is wrong with the selected model's table, for QML. The table is looked through on a worker; until
-/// that is done, nothing is wrong. Lives on the queue's thread, which calls everything here.
+/// The lint findings of the selected model's table, for QML. The table is checked on a worker; until that is
+/// done, there are no findings. Lives on the queue's thread, which makes all calls.
 class TableFindings : public QObject {
   Q_OBJECT
-  /// "2 errors and 1 warning in Quenta.csv"; empty without any.
+  /// "2 errors and 1 warning in Quenta.csv"; empty if there are none.
   Q_PROPERTY(QString summary READ summary NOTIFY changed)
   /// "Quenta.csv:12: VarLen: error: ...", one each.
   Q_PROPERTY(QStringList lines READ lines NOTIFY changed)
@@ -24,7 +24,7 @@ class TableFindings : public QObject {
   /// Both outlive this object, and `workers` is joined before it goes.
   TableFindings(WorkerThreads& workers, EventQueue& events) : workers_(workers), events_(events) {}
 
-  /// Looks through this file; what was found in another is forgotten.
+  /// Checks this file; the findings of the previous file are dropped.
   void Check(const std::string& path);
 
   const QString& summary() const { return found_.summary; }
@@ -39,12 +39,12 @@ class TableFindings : public QObject {
     QStringList lines;
   };
 
-  static Found LookThrough(const QString& path);
+  static Found Lint(const QString& path);
   void Show(Found found);
 
   WorkerThreads& workers_;
   EventQueue& events_;
-  int checks_ = 0;  ///< tells the last check from those that it has overtaken
+  int checks_ = 0;  ///< distinguishes the latest check from earlier ones still running
   Found found_;
 };
 

@@ -16,12 +16,12 @@ namespace {
 
 constexpr char kAngleKey[] = "angle ";
 
-/// The pages that show a variable; a switch stands in the row that it switches.
+/// The page that shows a variable; a switch is shown in the row that it switches.
 int PageOf(const VarInfo& var) {
   return var.module_places.empty() ? -1 : var.module_places.begin()->first.first;
 }
 
-/// Where the page's list shows a variable or what it switches; -1 for neither.
+/// The index in the page's list of a variable or of the variable that it switches; -1 if neither is there.
 int RowOf(const ConfigParser& catalogue, int page, const VarInfo& var) {
   int row = 0;
   for (const PageRow& place : RowsOfPage(catalogue, page)) {
@@ -32,7 +32,7 @@ int RowOf(const ConfigParser& catalogue, int page, const VarInfo& var) {
   return -1;
 }
 
-/// The variable of the field of view's row; null when no page has one.
+/// The variable of the field of view's row; null if no page has one.
 const VarInfo* FovVariable(const Model& model) {
   const auto carried = model.catalogue->set_cmd_map().find(kFovSetCommand);
   if (carried == model.catalogue->set_cmd_map().end()) return nullptr;
@@ -105,7 +105,7 @@ QVariantList UserEdits::counts() const {
     return std::find(edited.begin(), edited.end(), var) != edited.end();
   };
   for (const VarInfo* var : edited) {
-    // One row, one edit: a switch with its value counts once, so do the angles with their channel.
+    // One edit per row: a switch and its value count once, as do the angles and their channel.
     const bool counts_with_value =
         var->has_switch && std::any_of(edited.begin(), edited.end(), [var](const VarInfo* other) {
           return other != var && other->switch_var == var;

@@ -15,13 +15,13 @@
 
 namespace varkel {
 
-/// The edits of all pages of the selected model that are not saved, for QML. Lives on the user interface's
-/// thread; `changed` is emitted by whoever changes edits.
+/// The unsaved edits of all pages of the selected model, for QML. Lives on the user interface's thread; the
+/// code that changes edits emits `changed`.
 class UserEdits : public QObject {
   Q_OBJECT
-  /// Each a map: "key", "page" (its index), "label", "from" and "to" (the texts as a row shows them).
+  /// One map per edit: "key", "page" (its index), "label", "from" and "to" (the texts as a row shows them).
   Q_PROPERTY(QVariantList all READ all NOTIFY changed)
-  /// How many rows of each page have one.
+  /// The number of edited rows of each page.
   Q_PROPERTY(QVariantList counts READ counts NOTIFY changed)
 
  public:
@@ -39,19 +39,19 @@ class UserEdits : public QObject {
           const std::function<void()>& change) {
     history_.Do(model, targets, change);
   }
-  /// What has been done so far can't be undone any more.
+  /// Clears the undo history.
   void Forget() { history_.Clear(); }
 
-  /// Takes one edit back, the one with this "key"; this can be undone as well.
+  /// Reverts the edit with this "key"; this can be undone as well.
   Q_INVOKABLE void takeBack(const QString& key);
-  /// Undoes or redoes one edit. The page that shows it; -1 when there is none.
+  /// Undoes or redoes one edit. Returns the page that shows it; -1 if there is none.
   Q_INVOKABLE int undo();
   Q_INVOKABLE int redo();
   /// Whether saving the page would send anything.
   Q_INVOKABLE bool hasCommands(int page) const;
   /// A sentence for each edit of the page that can't be sent.
   Q_INVOKABLE QStringList faults(int page) const;
-  /// A line for each value of the page that is out of its range, with the range.
+  /// A line for each value of the page that is out of range, with the range.
   Q_INVOKABLE QStringList outOfRange(int page) const;
 
  signals:

@@ -13,10 +13,6 @@ namespace varkel {
 
 namespace {
 
-QString Text(const std::string& text) {
-  return QString::fromStdString(text);
-}
-
 QString RawBytes(const std::vector<std::uint8_t>& bytes) {
   return QString::fromLatin1(
       QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())).toHex(' '));
@@ -46,11 +42,12 @@ QString Place(const std::string& command, std::uint32_t first, std::uint32_t len
   if (command.empty()) return {};
   const QString bytes = length > 1 ? QStringLiteral("bytes %1 to %2").arg(first).arg(first + (length - 1))
                                    : QStringLiteral("byte %1").arg(first);
-  return QStringLiteral("%1, %2 of the %3").arg(Text(command), bytes, QLatin1String(where));
+  return QStringLiteral("%1, %2 of the %3").arg(QString::fromStdString(command), bytes, QLatin1String(where));
 }
 
 QString Origin(const ValueStore::Shown& shown) {
-  if (shown.stale && shown.origin != ValueOrigin::kEdited) return QStringLiteral("read from a sensor before");
+  if (shown.stale && shown.origin != ValueOrigin::kEdited)
+    return QStringLiteral("read from an earlier sensor");
   switch (shown.origin) {
     case ValueOrigin::kDefault:
       return QStringLiteral("not read, the table's default");
@@ -79,16 +76,16 @@ QString ReadTime(const ValueStore::Shown& shown) {
 QString LastSave(const Model& model, const VarInfo& var) {
   const auto verification = model.values.Verify(var);
   if (!verification) return {};
-  const QString sent = QStringLiteral("sent ") + Text(verification->sent);
+  const QString sent = QStringLiteral("sent ") + QString::fromStdString(verification->sent);
   if (!verification->read_back) return sent + QStringLiteral(", not read back yet");
-  if (verification->equal) return sent + QStringLiteral(", read back equal");
-  return sent + QStringLiteral(", sensor holds ") + Text(*verification->read_back);
+  if (verification->equal) return sent + QStringLiteral(", read back the same");
+  return sent + QStringLiteral(", sensor holds ") + QString::fromStdString(*verification->read_back);
 }
 
 }  // namespace
 
 QString BareUnit(const VarInfo& var) {
-  QString unit = Text(var.unit).trimmed();
+  QString unit = QString::fromStdString(var.unit).trimmed();
   if (unit.startsWith('(') && unit.endsWith(')')) unit = unit.mid(1, unit.size() - 2);
   return unit;
 }
@@ -99,7 +96,7 @@ QVariantList VariableDetails(const Model& model, const VarInfo& var) {
     const char* caption;
     QString text;
   } kLines[] = {
-      {"Value", Text(shown.text)},
+      {"Value", QString::fromStdString(shown.text)},
       {"Raw bytes", RawBytes(shown.raw)},
       {"Origin", Origin(shown)},
       {"Read at", ReadTime(shown)},
@@ -107,8 +104,8 @@ QVariantList VariableDetails(const Model& model, const VarInfo& var) {
       {"Unit", BareUnit(var)},
       {"Range", Range(var)},
       {"Options", Options(var)},
-      {"Type", Text(var.var_type) + QStringLiteral(", ") + ByteCount(shown.length)},
-      {"Default", Text(var.default_val)},
+      {"Type", QString::fromStdString(var.var_type) + QStringLiteral(", ") + ByteCount(shown.length)},
+      {"Default", QString::fromStdString(var.default_val)},
       {"Read by", Place(var.get_cmd, var.get_start_pos, shown.length, "reply")},
       {"Set by", Place(var.set_cmd, shown.set_start_pos, shown.length, "payload")},
   };

@@ -7,11 +7,11 @@
 
 namespace varkel {
 
-/// The unit alone: the table's " (rpm)" is "rpm".
+/// The unit alone: "rpm" for the table's " (rpm)".
 QString BareUnit(const VarInfo& var);
 
-/// What there is to know about a variable, as maps of "caption" and "text": always the same captions in the
-/// same order, with an empty text where there is nothing to say.
+/// The details of a variable, as maps of "caption" and "text": always the same captions in the same order,
+/// some texts possibly empty.
 QVariantList VariableDetails(const Model& model, const VarInfo& var);
 
 }  // namespace varkel

@@ -10,7 +10,7 @@
 
 namespace varkel {
 
-/// A row of a page that a search has found.
+/// A row of a page, found by a search.
 struct FoundRow {
   const VarInfo* var = nullptr;
   int page = 0;
@@ -20,15 +20,15 @@ struct FoundRow {
 
 /// Searches the rows of all pages of a model: names, units, commands, option labels and present values.
 ///
-/// All but the values is brought into one lower-case text a row when the object is made. Not thread-safe; the
+/// On construction everything but the values is put into one lower-case text per row. Not thread-safe; the
 /// values are read under the catalogue's lock.
 class VariableFinder {
  public:
   explicit VariableFinder(std::shared_ptr<Model> model);
 
-  /// The first `limit` rows in which all words of `query` occur, ASCII letters in either case: first those
-  /// whose name begins with the query, then those whose name contains it, then the others; each part in the
-  /// order of the pages. None for a query without a word.
+  /// The first `limit` rows in which all words of `query` occur, ignoring the case of ASCII letters: first
+  /// those whose name begins with the query, then those whose name contains it, then the others; each group
+  /// in page order. Empty for a query without a word.
   std::vector<FoundRow> Find(std::string_view query, std::size_t limit) const;
 
   const Model& model() const { return *model_; }
@@ -37,7 +37,7 @@ class VariableFinder {
   struct Entry {
     FoundRow row;
     std::string name;
-    std::string text;  ///< name, unit, commands and options, a line each
+    std::string text;  ///< name, unit, commands and options, one per line
   };
 
   const std::shared_ptr<Model> model_;

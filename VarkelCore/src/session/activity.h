@@ -6,8 +6,8 @@
 
 namespace varkel {
 
-/// The long operations that other work has to wait for: a firmware upgrade, a log download, a change that
-/// brings many values to the sensor. One object for the tool, since an upgrade goes on being one while its
+/// The long operations that exclude other work: a firmware upgrade, a log download, a change that writes many
+/// values to the sensor. There is one object for the whole tool, since an upgrade continues even when its
 /// connection is lost. Thread-safe.
 class Activity {
  public:
@@ -24,7 +24,7 @@ class Activity {
   bool is_changing() const { return changing_; }
   bool is_busy() const { return upgrading_ || downloading_ || changing_; }
 
-  /// Claims the upgrade; false when one runs already.
+  /// Claims the upgrade; false if one is already running.
   bool BeginUpgrade() {
     if (upgrading_.exchange(true)) return false;
     events_.upgrading_changed();

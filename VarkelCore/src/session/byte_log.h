@@ -5,21 +5,20 @@
 
 namespace varkel {
 
-/// Whether the user wants the bytes of exchanges in the log pane; one for the tool, whatever it is connected
-/// to.
+/// Whether the user wants the bytes of exchanges in the log pane; one switch for the whole tool.
 using ByteLogSwitch = std::atomic<bool>;
 
-/// Decides for one session whether the bytes of an exchange go to the log pane. Thread-safe.
+/// Decides for one session whether the bytes of an exchange are shown in the log pane. Thread-safe.
 class ByteLog {
  public:
   /// `wanted` outlives this object.
   explicit ByteLog(const ByteLogSwitch& wanted) : wanted_(wanted) {}
 
-  /// Asked on the thread of the exchange.
+  /// Called on the thread of the exchange.
   bool IsWanted() const { return wanted_ && quiet_ == 0; }
 
-  /// Keeps the exchanges of its thread out of the byte log while it lives: a quiet round in the background
-  /// must not hide what the user's own command sends meanwhile.
+  /// Keeps the exchanges of its thread out of the byte log while it exists. It is per thread so that a
+  /// background refresh does not hide a command that the user sends at the same time.
   class Quiet {
    public:
     Quiet() { ++quiet_; }

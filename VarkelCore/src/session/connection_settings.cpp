@@ -28,7 +28,7 @@ QString LockPath(const QString& path) {
 /// Why the settings can't be read from or written to `path`; empty if they can.
 QString Obstacle(const QString& path) {
   const QFileInfo info(path);
-  if (!IsWritableTarget(path)) return QStringLiteral("it is no regular file");
+  if (!IsWritableTarget(path)) return QStringLiteral("it is not a regular file");
   if (!info.exists()) return {};
   if (info.size() > kLargestFile) return QStringLiteral("it has %1 bytes").arg(info.size());
   QFile file(path);
@@ -56,9 +56,9 @@ Values AllValues(const QSettings& file) {
   return values;
 }
 
-/// The file's content with the settings put in, as a file beside it; its path, empty when it can't be
-/// written. QSettings takes a full disk for success: what it has written is read back, under another name, as
-/// it remembers the values of the first one.
+/// Writes the file's content with the new settings to a file next to it and returns its path, empty if it
+/// can't be written. QSettings reports success even on a full disk, so the draft is read back, under another
+/// name because QSettings caches the values of the first one.
 QString WriteDraft(const ConnectionSettings& settings, const QString& path) {
   const QString unproven = path + QStringLiteral(".new");
   QString draft = path + QStringLiteral(".proven");
@@ -99,7 +99,8 @@ ConnectionSettings SettingsFile::Load(std::string* fault) const {
   QLockFile lock(LockPath(path_));
   lock.tryLock(kLockTimeMs);
   if (const QString obstacle = Obstacle(path_); !obstacle.isEmpty()) {
-    if (fault != nullptr) *fault = Sentence("The defaults stand in for the settings of ", path_, obstacle);
+    if (fault != nullptr)
+      *fault = Sentence("The defaults are used instead of the settings in ", path_, obstacle);
     return settings;
   }
   const QSettings file(path_, QSettings::IniFormat);
@@ -118,7 +119,7 @@ std::string SettingsFile::Save(const ConnectionSettings& settings) const {
   };
   if (const QString obstacle = Obstacle(path_); !obstacle.isEmpty()) return fault(obstacle);
   const QFileInfo old(path_);
-  const QString target = old.exists() ? old.canonicalFilePath() : path_;  // a link stays one
+  const QString target = old.exists() ? old.canonicalFilePath() : path_;  // a link is kept
   QDir().mkpath(old.path());
   QLockFile lock(LockPath(path_));
   if (!lock.tryLock(kLockTimeMs)) return fault(QStringLiteral("it is in use or protected"));

@@ -6,7 +6,7 @@
 
 namespace varkel {
 
-/// How to reach the sensor. Texts are what the user typed; they are judged when connecting.
+/// How to reach the sensor. The texts are as typed by the user; they are validated when connecting.
 struct ConnectionSettings {
   std::string ip_address = "192.168.1.201";
   std::string port = "9347";
@@ -25,13 +25,13 @@ class SettingsFile {
 
   const QString& path() const { return path_; }
 
-  /// The values in the file; the defaults for keys it does not have. A value of a wrong type reads as "" or
-  /// 0. `fault` is set to a sentence if there is something else in its place (no regular file, larger than 1
-  /// MiB, not readable); it is not opened then, because that could take long or never end.
+  /// The values in the file, and the defaults for missing keys. A value of the wrong type reads as "" or 0.
+  /// If the path is not a readable regular file of at most 1 MiB, `fault` is set to a sentence and the file
+  /// is not opened, since reading it could take long or never end.
   ConnectionSettings Load(std::string* fault = nullptr) const;
-  /// Writes all but the UDP port, which only the host viewer or a person changes. Returns the empty text,
-  /// or a sentence that says why it failed. The file has either its old or all of its new content, whatever
-  /// happens.
+  /// Writes all settings except the UDP port, which only the host viewer or a person changes. Returns an
+  /// empty text, or a sentence saying why it failed. The write is atomic: the file has either its old or its
+  /// complete new content.
   std::string Save(const ConnectionSettings& settings) const;
 
  private:

@@ -8,10 +8,10 @@
 
 namespace varkel {
 
-/// Starts attempts to connect, each on a worker, and reports what came of them.
+/// Starts connection attempts, each on a worker, and reports their outcome.
 class Connector {
  public:
-  /// What the sessions of the two kinds of sensor do periodically.
+  /// The periodic work of sessions with the two kinds of sensors.
   struct Rounds {
     SensorSession::Periodic pages;
     SensorSession::Periodic small_sensor_info;
@@ -22,12 +22,12 @@ class Connector {
     std::function<void()> small_sensor_connected;
   };
 
-  /// Everything outlives this object, and `workers` is joined before it goes.
+  /// All arguments outlive this object, and `workers` is joined before it is destroyed.
   Connector(SensorConnection& connection, WorkerThreads& workers, SessionContext context, Rounds rounds,
             Events events);
 
-  /// Starts an attempt over the connection type (one of ConnectType); false while one runs, or for another
-  /// number.
+  /// Starts an attempt for the connection type (one of ConnectType); false while one is running, or for any
+  /// other number.
   bool Start(int connect_type, const ConnectionSettings& settings);
 
  private:

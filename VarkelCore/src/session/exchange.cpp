@@ -7,14 +7,15 @@ namespace varkel {
 ExchangeResult QueryTableCommand(quarn::lidar::KtcClient& client, const Command& command,
                                  std::span<const std::uint8_t> payload) {
   ExchangeResult reply = client.Query(payload, command.code);
-  if (reply && AnswersAnother(command, *reply)) return tl::unexpected(quarn::lidar::KtcClient::kOtherReply);
+  if (reply && AnswersOtherCommand(command, *reply))
+    return tl::unexpected(quarn::lidar::KtcClient::kOtherReply);
   return reply;
 }
 
 ExchangeResult QueryKtcCommand(quarn::lidar::KtcClient& client, std::uint8_t command,
                                std::span<const std::uint8_t> payload) {
   ExchangeResult reply = client.Query(payload, command);
-  // A serial command's late reply comes under the same command byte.
+  // The late reply to a serial command has the same command byte.
   if (reply && quarn::lidar::CarriesSerialFrame(command, *reply)) {
     return tl::unexpected(quarn::lidar::KtcClient::kOtherReply);
   }

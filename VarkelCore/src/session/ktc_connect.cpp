@@ -26,7 +26,7 @@ constexpr std::uint8_t kProtocolVersion = 1;
 constexpr float kConnectTimeoutS = 0.0F;  // one try
 constexpr std::uint8_t kProbeCommands[] = {7, 8};
 
-/// The low 16 bits count; a port that is no number raises the conversion errors of text_number.h.
+/// Uses the low 16 bits; raises the conversion errors of text_number.h if the port is not a number.
 std::uint16_t PortOf(const ConnectionSettings& settings) {
   return static_cast<std::uint16_t>(quarn::lidar::TextToInt(settings.port));
 }

@@ -9,7 +9,7 @@
 
 namespace varkel {
 
-/// Whether the sensor answers KTC: command 7, or else command 8.
+/// Whether the sensor answers KTC command 7 or, failing that, command 8.
 bool AnswersKtc(quarn::lidar::KtcClient& client);
 
 /// A KTC connection that has just been established.
@@ -18,9 +18,9 @@ struct KtcConnection {
   std::shared_ptr<ByteLog> byte_log;
 };
 
-/// Connects to the settings' address once and hands the open client to `finish`, which raises what is wrong
-/// with the sensor. `function` is how the trace on standard output names the caller, `exchange_timeout_ms`
-/// the client's time-out for sending and receiving. A stop ends every wait at once.
+/// Connects once to the address in the settings and passes the open client to `finish`, which throws if
+/// something is wrong with the sensor. `function` names the caller in the trace on standard output,
+/// `exchange_timeout_ms` is the client's time-out for sending and receiving. A stop ends every wait at once.
 SessionResult ConnectKtc(const char* function, const std::stop_token& stop,
                          const ConnectionSettings& settings, std::uint32_t exchange_timeout_ms,
                          const SessionContext& context,

@@ -9,7 +9,7 @@ namespace {
 using quarn::lidar::SerialClient;
 using quarn::lidar::SerialSource;
 
-// The rates of a source's two types. Commands go out slowly, data and replies come at the chosen rate.
+// The baud rates of the two lines: commands are sent slowly, data and replies arrive at the chosen rate.
 constexpr std::uint32_t kRs485CommandRate = 115200;
 constexpr std::uint32_t kUartCommandRate = 9600;
 constexpr std::uint32_t kUartDataRate = 3125000;

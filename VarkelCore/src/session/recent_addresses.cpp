@@ -12,30 +12,30 @@
 namespace varkel {
 
 namespace {
-constexpr qint64 kLargestFile = 4096;
+constexpr qint64 kLargestAddressFile = 4096;
 }  // namespace
 
 RecentAddresses::RecentAddresses()
     : RecentAddresses(QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) +
                       QStringLiteral("/recent-addresses.txt")) {}
 
-// Read each time: another window of the tool may have added to it.
+// Read every time: another instance of the tool may have changed the file.
 QStringList RecentAddresses::all() const {
   QFile file(path_);
   if (!IsWritableTarget(path_) || !file.open(QIODevice::ReadOnly)) return {};
   QStringList addresses;
-  for (const QString& line : QString::fromUtf8(file.read(kLargestFile)).split('\n')) {
+  for (const QString& line : QString::fromUtf8(file.read(kLargestAddressFile)).split('\n')) {
     const QString address = line.trimmed();
     if (!address.isEmpty() && !addresses.contains(address)) addresses.append(address);
   }
-  return addresses.mid(0, kMost);
+  return addresses.mid(0, kMaxAddresses);
 }
 
 void RecentAddresses::add(const QString& address) {
   QStringList addresses = all();
   addresses.removeAll(address.trimmed());
   addresses.prepend(address.trimmed());
-  Keep(addresses.mid(0, kMost));
+  Keep(addresses.mid(0, kMaxAddresses));
 }
 
 void RecentAddresses::remove(const QString& address) {

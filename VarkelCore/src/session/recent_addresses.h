@@ -6,14 +6,14 @@
 
 namespace varkel {
 
-/// The addresses that connected last, the most recent first. They are kept in a file of the tool's own, one
-/// a line. Lives on the window's thread.
+/// The addresses of recent successful connections, the most recent first. They are kept in a file of the
+/// tool's own, one per line. Lives on the window's thread.
 class RecentAddresses : public QObject {
   Q_OBJECT
   Q_PROPERTY(QStringList all READ all NOTIFY changed)
 
  public:
-  static constexpr int kMost = 10;
+  static constexpr int kMaxAddresses = 10;
 
   RecentAddresses();
   explicit RecentAddresses(QString path) : path_(std::move(path)) {}

@@ -38,8 +38,7 @@ bool SensorConnection::is_connecting() const {
   return attempt_ != nullptr;
 }
 
-/// Puts `next` in the place of the attempt that is under way, which is asked to stop, and takes the session
-/// away.
+/// Requests the running attempt to stop, replaces it by `next`, and takes out the session.
 std::shared_ptr<SensorSession> SensorConnection::Take(const Attempt& next) {
   Attempt earlier;
   std::shared_ptr<SensorSession> leaving;
@@ -52,7 +51,7 @@ std::shared_ptr<SensorSession> SensorConnection::Take(const Attempt& next) {
   return leaving;
 }
 
-/// Ends the attempt with what it made; false when it was ended before.
+/// Completes the attempt with its result; false if it has already been ended.
 bool SensorConnection::Publish(const Attempt& attempt, const SessionResult& made) {
   const std::lock_guard lock(mutex_);
   const bool counts = attempt_ == attempt && !attempt->stop_requested();

@@ -10,12 +10,12 @@
 
 namespace varkel {
 
-/// The tool's connection: none, one that is being made, or a session. Thread-safe.
+/// The tool's connection: none, one being established, or a session. Thread-safe.
 class SensorConnection {
  public:
-  /// Makes a session or says why it can't; a stop ends it at once.
+  /// Makes a session or returns why it can't; a stop ends it at once.
   using Maker = std::function<SessionResult(const std::stop_token&)>;
-  /// What an attempt came to. Called on its thread, after is_connecting has fallen.
+  /// Callbacks for the outcome of an attempt. Called on its thread, after is_connecting has become false.
   struct Outcome {
     std::function<void()> connected;
     std::function<void(const ConnectFailure&)> failed;
@@ -26,15 +26,15 @@ class SensorConnection {
   SensorConnection(const SensorConnection&) = delete;
   SensorConnection& operator=(const SensorConnection&) = delete;
 
-  /// One attempt from beginning to end, on the calling worker's thread. An earlier attempt or session is
-  /// ended first. When the attempt itself is ended, or `stop` is requested, nothing is reported.
+  /// Runs one attempt on the calling worker's thread. Any earlier attempt or session is ended first. If this
+  /// attempt is ended in turn, or `stop` is requested, nothing is reported.
   void Connect(const std::stop_token& stop, const Maker& make, const Outcome& outcome);
 
-  /// Leaves neither a session nor an attempt. Whoever waits for the sensor returns at once; after this call
-  /// no round of the session's periodic thread runs.
+  /// Ends the session or the attempt. Calls waiting for the sensor return at once; after this call the
+  /// session's periodic thread no longer runs.
   void End();
 
-  /// The session for the length of an operation; null without one.
+  /// The session, to be held for the length of an operation; null if there is none.
   std::shared_ptr<SensorSession> session() const;
   bool is_connecting() const;
 
@@ -46,7 +46,7 @@ class SensorConnection {
 
   std::mutex making_mutex_;   // held while a session is made: two attempts must not open the same port
   mutable std::mutex mutex_;  // guards what follows
-  Attempt attempt_;           ///< stops the attempt that is under way; null without one
+  Attempt attempt_;           ///< stops the attempt that is under way; null if there is none
   std::shared_ptr<SensorSession> session_;
 };
 

@@ -33,7 +33,8 @@ SensorSession::~SensorSession() {
 
 void SensorSession::End() {
   stop_.request_stop();
-  periodic_.RequestStop();  // first: the round must not take the interruption for a fault of the sensor
+  periodic_
+      .RequestStop();  // first, so that the round does not mistake the interruption for a fault of the sensor
   if (client_) client_->Interrupt();
   if (lines_.rs485) lines_.rs485->Close();
   if (lines_.uart) lines_.uart->Close();

@@ -18,12 +18,11 @@
 
 namespace varkel {
 
-/// One connection to one sensor, from the moment it is established until it ends. It is made whole and then
-/// never changes; whoever works with the sensor holds it for the length of the operation and so never meets
-/// another sensor. Thread-safe.
+/// One connection to one sensor, from the moment it is established until it ends. It is immutable once made;
+/// operations hold it for their whole length, so that they never reach another sensor. Thread-safe.
 class SensorSession : public SmallSensorChannel {
  public:
-  /// Work that a session does again and again while it lives. The round must not keep the session alive.
+  /// Work that a session repeats while it exists. The round must not keep the session alive.
   struct Periodic {
     std::chrono::milliseconds period;
     std::function<void(SensorSession&, const std::stop_token&)> round;
@@ -38,11 +37,11 @@ class SensorSession : public SmallSensorChannel {
 
   /// Which sensor is at the other end of a KTC client.
   enum class KtcPeer {
-    kNetworkSensor,  ///< its model's pages are read and written
+    kNetworkSensor,  ///< the pages of its model are read and written
     kSmallSensor     ///< its serial frames travel inside KTC
   };
 
-  /// The client is open and the lines are open; `activity` outlives the session.
+  /// The client or the lines are open; `activity` outlives the session.
   SensorSession(KtcPeer peer, std::shared_ptr<quarn::lidar::KtcClient> client,
                 std::shared_ptr<ByteLog> byte_log, const Activity& activity, Periodic periodic);
   SensorSession(Lines lines, std::shared_ptr<ByteLog> byte_log, const Activity& activity, Periodic periodic);
@@ -50,25 +49,25 @@ class SensorSession : public SmallSensorChannel {
   SensorSession(const SensorSession&) = delete;
   SensorSession& operator=(const SensorSession&) = delete;
 
-  /// Ends the session for good: whoever waits for the sensor returns at once, the periodic thread is joined,
+  /// Ends the session for good: calls waiting for the sensor return at once, the periodic thread is joined,
   /// serial ports are closed. May be called more than once, but not from the periodic round.
   void End();
   bool has_ended() const { return stop_.stop_requested(); }
-  /// Tells when the session ends.
+  /// Stopped when the session ends.
   std::stop_token end_token() const { return stop_.get_token(); }
 
-  /// Asks the sensor whether it answers KTC (commands 7 and 8); over lines, whether both are still open.
+  /// Whether the sensor answers KTC (commands 7 and 8); with serial lines, whether both are still open.
   /// Blocks for two exchanges at most.
   bool Answers();
 
-  /// Whether the pages of the model's table are this sensor's.
+  /// Whether this sensor has the pages of the model's table.
   bool has_pages() const { return peer_ == KtcPeer::kNetworkSensor; }
 
   /// The KTC client; null over serial lines.
   const std::shared_ptr<quarn::lidar::KtcClient>& ktc_client() const { return client_; }
   /// Whether KTC commands can be sent: there is a client, and it is open.
   bool is_ktc_open() const;
-  /// Whether an operation may begin that must not meet an upgrade or a download.
+  /// Whether an operation that must not overlap an upgrade or a download may begin.
   bool is_idle() const { return !has_ended() && !activity_.is_busy(); }
 
   std::shared_ptr<quarn::lidar::SerialExchange> ktc_exchange() const override { return tunnel_; }

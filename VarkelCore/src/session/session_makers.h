@@ -12,7 +12,7 @@
 
 namespace varkel {
 
-/// Why a connection could not be made, for the user.
+/// Why a connection could not be established, for the user.
 struct ConnectFailure {
   std::string notice;    ///< what to check
   std::string log_line;  ///< what went wrong
@@ -20,22 +20,22 @@ struct ConnectFailure {
 
 using SessionResult = tl::expected<std::shared_ptr<SensorSession>, ConnectFailure>;
 
-/// What every session is made with; all of it outlives the session.
+/// Shared by all sessions; everything in it outlives them.
 struct SessionContext {
-  UserReport& report;  ///< gets the byte log's lines
+  UserReport& report;  ///< receives the lines of the byte log
   const ByteLogSwitch& log_bytes;
   const Activity& activity;
-  quarn::lidar::CaptureRecorder* recorder = nullptr;  ///< null: nothing is ever recorded
+  quarn::lidar::CaptureRecorder* recorder = nullptr;  ///< null: nothing is recorded
 };
 
-// The three ways to a session. Each blocks until the session is made or can't be; a stop ends the attempt at
-// once, and what it then returns counts for nothing.
+// The three ways to make a session. Each blocks until the session is established or has failed; a stop ends
+// the attempt at once, and its result is then ignored.
 
-/// KTC over TCP to a sensor in the network, which has to answer a KTC command.
+/// KTC over TCP to a network sensor, which has to answer a KTC command.
 SessionResult ConnectNetworkSensor(const std::stop_token& stop, const ConnectionSettings& settings,
                                    const SessionContext& context, SensorSession::Periodic periodic);
 
-/// KTC over TCP to a small sensor, whose serial line is put to the settings' baud rate.
+/// KTC over TCP to a small sensor, whose serial line is set to the baud rate of the settings.
 SessionResult ConnectSmallSensor(const std::stop_token& stop, const ConnectionSettings& settings,
                                  const SessionContext& context, SensorSession::Periodic periodic);
 

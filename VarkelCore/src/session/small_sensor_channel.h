@@ -9,8 +9,8 @@
 
 namespace varkel {
 
-/// What the functions of a small sensor need of its session. Every call may come from any thread; whoever
-/// took an exchange keeps it for the length of an operation.
+/// The part of a session that the functions of a small sensor use. Thread-safe; callers hold an exchange for
+/// the length of an operation.
 class SmallSensorChannel {
  public:
   virtual ~SmallSensorChannel() = default;
@@ -21,15 +21,15 @@ class SmallSensorChannel {
   /// Serial commands over the two serial lines; null without them.
   virtual std::shared_ptr<quarn::lidar::SerialExchange> line_exchange() const = 0;
 
-  /// Serial commands over whichever of the two there is.
+  /// Serial commands over whichever of the two exists.
   std::shared_ptr<quarn::lidar::SerialExchange> serial_exchange() const {
     auto exchange = ktc_exchange();
     return exchange ? exchange : line_exchange();
   }
 
   enum class Logged { kYes, kNo };
-  /// One KTC command; SerialExchange::kNotSent without a KTC client. `logged` says whether the byte log may
-  /// show it.
+  /// Exchanges one KTC command; SerialExchange::kNotSent without a KTC client. `logged` says whether the byte
+  /// log may show it.
   virtual ExchangeResult QueryKtc(std::uint8_t command, std::span<const std::uint8_t> payload,
                                   Logged logged) = 0;
 

@@ -12,7 +12,7 @@ SessionResult ConnectSmallSensor(const std::stop_token& stop, const ConnectionSe
   const auto set_line_rate = [&](const KtcConnection& connection) {
     const auto baud_rate = static_cast<std::uint32_t>(settings.baud_rate);
     connection.client->SetSerialFastBaudRate(baud_rate);
-    // Whether the sensor takes the rate shows later, when it answers or does not.
+    // Whether the sensor accepted the rate shows later, by whether it answers.
     std::vector<std::uint8_t> reply;
     connection.client->QueryCommand(quarn::lidar::SetBaudRatePayload(baud_rate), reply,
                                     quarn::lidar::kKtcExtensionCmd);

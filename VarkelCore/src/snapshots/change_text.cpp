@@ -6,16 +6,12 @@ namespace varkel {
 
 namespace {
 
-QString Text(const std::string& text) {
-  return QString::fromStdString(text);
-}
-
 QString Counted(std::size_t count, const char* one, const char* several) {
   return QStringLiteral("%1 %2").arg(count).arg(QLatin1String(count == 1 ? one : several));
 }
 
 QString OldText(const ChangeOutcome& change) {
-  return change.old_text.empty() ? QStringLiteral("–") : Text(change.old_text);
+  return change.old_text.empty() ? QStringLiteral("–") : QString::fromStdString(change.old_text);
 }
 
 }  // namespace
@@ -25,7 +21,7 @@ QString OutcomeText(const ChangeOutcome& change) {
     case Verdict::kVerified:
       return QStringLiteral("verified");
     case Verdict::kDiffers:
-      return QStringLiteral("the sensor holds %1").arg(Text(change.holds));
+      return QStringLiteral("the sensor holds %1").arg(QString::fromStdString(change.holds));
     case Verdict::kRefused:
       return QStringLiteral("refused, code %1").arg(change.code);
     case Verdict::kUnconfirmed:
@@ -37,24 +33,27 @@ QString OutcomeText(const ChangeOutcome& change) {
 }
 
 QString PlanText(const std::vector<ChangeOutcome>& changes, const QStringList& edited) {
-  QString text = QStringLiteral("%1 will be written to the sensor, after a snapshot of what it holds now:\n")
+  QString text = QStringLiteral("%1 will be written to the sensor, after a snapshot of its present state:\n")
                      .arg(Counted(changes.size(), "value", "values"));
   for (const ChangeOutcome& change : changes) {
-    text += QStringLiteral("\n%1: %2 → %3").arg(Text(change.name), OldText(change), Text(change.new_text));
+    text += QStringLiteral("\n%1: %2 → %3")
+                .arg(QString::fromStdString(change.name), OldText(change),
+                     QString::fromStdString(change.new_text));
   }
   if (!edited.isEmpty()) {
-    text += QStringLiteral("\n\nLeft as they are, since they have edits that are not saved: %1.")
+    text += QStringLiteral("\n\nLeft unchanged because of unsaved edits: %1.")
                 .arg(edited.join(QStringLiteral(", ")));
   }
   return text;
 }
 
 QString SummaryText(const RunReport& run) {
-  const std::pair<Verdict, const char*> parts[] = {{Verdict::kVerified, "written and verified"},
-                                                   {Verdict::kDiffers, "written, but held differently"},
-                                                   {Verdict::kRefused, "refused"},
-                                                   {Verdict::kUnconfirmed, "sent, not confirmed"},
-                                                   {Verdict::kNotSent, "not sent"}};
+  const std::pair<Verdict, const char*> parts[] = {
+      {Verdict::kVerified, "written and verified"},
+      {Verdict::kDiffers, "written, but the sensor holds another value"},
+      {Verdict::kRefused, "refused"},
+      {Verdict::kUnconfirmed, "sent, not confirmed"},
+      {Verdict::kNotSent, "not sent"}};
   QStringList texts;
   for (const auto& [verdict, words] : parts) {
     const auto count =
@@ -64,21 +63,21 @@ QString SummaryText(const RunReport& run) {
   }
   QString text = texts.join(QStringLiteral(", ")) + QLatin1Char('.');
   if (run.moved_to) {
-    text +=
-        QStringLiteral(" The sensor answers at %1 now: connect there.").arg(Text(AddressText(*run.moved_to)));
+    text += QStringLiteral(" The sensor answers at %1 now: connect there.")
+                .arg(QString::fromStdString(AddressText(*run.moved_to)));
   }
   return text;
 }
 
 QString ProblemText(const ChangeResult& result) {
   QStringList refusals;
-  for (const PlanRefusal& refusal : result.refusals) refusals += Text(refusal.text);
+  for (const PlanRefusal& refusal : result.refusals) refusals += QString::fromStdString(refusal.text);
   if (!refusals.isEmpty()) return QStringLiteral("Nothing was written.\n") + refusals.join(QLatin1Char('\n'));
   if (result.reading == ReadEnd::kConnectionLost) {
-    return QStringLiteral("The sensor does not answer any more; nothing was written.");
+    return QStringLiteral("The sensor no longer answers; nothing was written.");
   }
   if (result.reading == ReadEnd::kStopped) return QStringLiteral("Stopped; nothing was written.");
-  return Text(result.fault.empty() ? result.run.detail : result.fault);
+  return QString::fromStdString(result.fault.empty() ? result.run.detail : result.fault);
 }
 
 }  // namespace varkel

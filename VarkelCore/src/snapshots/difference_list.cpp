@@ -26,7 +26,7 @@ const StateValue* Find(const ValuesById& values, const std::string& id) {
   return found == values.end() ? nullptr : found->second;
 }
 
-/// As on the pages: an option by its label, any other value with its unit.
+/// Like on the pages: an option by its label, any other value with its unit.
 QString Shown(const ConfigParser& catalogue, const StateValue& value) {
   const QString text = QString::fromStdString(value.text);
   const VarInfo* const var = catalogue.FindById(value.id);
@@ -168,7 +168,7 @@ void DifferenceList::ShowOutcomes(const std::vector<ChangeOutcome>& changes) {
   for (DifferenceRow& row : rows_) {
     const auto found = outcome_of.find(row.key);
     const bool was_held = found == outcome_of.end() && row.selected;
-    row.outcome = was_held                    ? QStringLiteral("held already")
+    row.outcome = was_held                    ? QStringLiteral("already held")
                   : found == outcome_of.end() ? QString()
                                               : OutcomeText(*found->second);
     row.is_good = was_held || (found != outcome_of.end() && found->second->verdict == Verdict::kVerified);

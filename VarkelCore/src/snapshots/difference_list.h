@@ -17,26 +17,27 @@ namespace varkel {
 /// A difference as the window shows it.
 struct DifferenceRow {
   std::string id;   ///< in the left state
-  std::string key;  ///< under which the left value can be planned; empty where it can't be set
+  std::string key;  ///< the settable variable of the left value (SettableKey); empty if it can't be set
   QString page;
   QString name;
   QString left;
   QString right;
-  bool edited = false;    ///< the user has an edit of it that is not saved
-  bool selected = false;  ///< never when it can't be set or is edited
-  QString outcome;        ///< what became of it; empty before
+  bool edited = false;    ///< has an unsaved edit
+  bool selected = false;  ///< always false if it can't be set or is edited
+  QString outcome;        ///< the result of applying it; empty before
   bool is_good = false;   ///< the outcome is what the user wanted
 };
 
-/// The rows of a comparison. Page and unit come from the state that has the variable, the left one first.
+/// The rows of a comparison. Page and unit are taken from the left state, or from the right one if only that
+/// has the variable.
 std::vector<DifferenceRow> MakeRows(const ConfigParser& catalogue, const SensorState& left,
                                     const SensorState& right, const Comparison& comparison);
 
-/// Two states' differences for QML. Lives on the user interface's thread.
+/// The differences of two states, for QML. Lives on the user interface's thread.
 class DifferenceList : public QAbstractListModel {
   Q_OBJECT
-  Q_PROPERTY(int total READ total NOTIFY changed)        ///< rows, those included that are not shown
-  Q_PROPERTY(int selected READ selected NOTIFY changed)  ///< rows that shall be applied
+  Q_PROPERTY(int total READ total NOTIFY changed)        ///< all rows, including those not shown
+  Q_PROPERTY(int selected READ selected NOTIFY changed)  ///< rows to be applied
   Q_PROPERTY(int selectable READ selectable NOTIFY changed)
   Q_PROPERTY(bool onlySettable READ onlySettable WRITE setOnlySettable NOTIFY changed)
 
@@ -65,13 +66,13 @@ class DifferenceList : public QAbstractListModel {
   bool onlySettable() const { return only_settable_; }
   void setOnlySettable(bool only);
 
-  /// Rows that can't be selected stay as they are.
+  /// Has no effect on rows that can't be selected.
   Q_INVOKABLE void select(int row, bool on);
-  /// All that can be, shown or not.
+  /// All selectable rows, whether shown or not.
   Q_INVOKABLE void selectAll(bool on);
 
   void Set(std::vector<DifferenceRow> rows);
-  /// What is edited now is selected no more.
+  /// Updates which rows have unsaved edits; these become deselected.
   void SetEdited(const std::unordered_set<std::string>& keys);
   /// Identifiers of the selected rows in the left state.
   std::unordered_set<std::string> SelectedIds() const;

@@ -7,7 +7,7 @@
 
 namespace varkel {
 
-/// The keys (SettableKey) of what the user has edited and not saved.
+/// The keys (SettableKey) of the user's unsaved edits.
 std::unordered_set<std::string> PendingKeys(const Model& model);
 
 }  // namespace varkel

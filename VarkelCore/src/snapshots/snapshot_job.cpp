@@ -43,7 +43,7 @@ StateReading SnapshotJob::ReadVars(const std::vector<VarInfo*>& vars, const Stat
       StateReader(report_).Read(OwnModel(), *session_->ktc_client(), vars, stop_.get_token(), progress);
   if (reading.end == ReadEnd::kStopped) throw std::runtime_error("");
   if (reading.end == ReadEnd::kConnectionLost) {
-    throw std::runtime_error("The sensor does not answer any more, so its state could not be read.");
+    throw std::runtime_error("The sensor no longer answers, so its state could not be read.");
   }
   return reading;
 }

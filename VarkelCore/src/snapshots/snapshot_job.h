@@ -15,34 +15,34 @@
 
 namespace varkel {
 
-/// What a state is taken from.
+/// Where a state comes from.
 struct StateSource {
   enum Kind { kSensor, kFile, kDefaults };
   Kind kind = kSensor;
-  QString path{};   ///< of a file
-  QString title{};  ///< how the user knows it
+  QString path{};   ///< if it is a file
+  QString title{};  ///< for the user
 };
 
-/// A piece of work with snapshots, on a thread of its own. It has its own copy of the model: the values that
-/// the pages show, and the edits in them, stay as they are.
+/// A snapshot operation on its own thread. It has its own copy of the model, so the values and edits on the
+/// pages are not affected.
 class SnapshotJob {
  public:
-  /// The session may be null for work without the sensor; its end stops the work. `report` outlives this
-  /// object.
+  /// `session` may be null for work without the sensor; the end of the session stops the work. `report`
+  /// outlives this object.
   SnapshotJob(const Model& model, std::shared_ptr<SensorSession> session, UserReport& report,
               StateReader::Progress progress);
 
-  /// From any thread: the work ends with its present exchange.
+  /// Ends the work after the current exchange. Callable from any thread.
   void RequestStop() { stop_.request_stop(); }
 
-  // What follows runs on the work's thread and raises std::runtime_error with a sentence for the user, an
-  // empty one when the work was stopped.
+  // The functions below run on the work's thread and raise std::runtime_error with a sentence for the user,
+  // or an empty text if the work was stopped.
 
   const ConfigParser& catalogue() { return *OwnModel().catalogue; }
-  /// The connected sensor's serial number; empty when it reports none.
+  /// The connected sensor's serial number; empty if it reports none.
   std::string ReadSerialNumber();
   SensorState Read(const StateSource& source);
-  /// Plans and carries out; see ChangeSensor. `address` is where the sensor is.
+  /// Plans and applies a change; see ChangeSensor. `address` is the sensor's.
   ChangeResult Change(ChangeRequest request, const SnapshotFolder& folder, SensorAddress address,
                       ConnectTo connect);
 

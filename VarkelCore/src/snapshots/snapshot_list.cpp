@@ -14,7 +14,7 @@ QVariant SensorRow(int role) {
     case SnapshotList::kTime:
       return QStringLiteral("Now");
     case SnapshotList::kReason:
-      return QStringLiteral("What the sensor holds");
+      return QStringLiteral("The sensor now");
     case SnapshotList::kFile:
       return QString();
     case SnapshotList::kAutomatic:

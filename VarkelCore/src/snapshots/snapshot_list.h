@@ -11,7 +11,7 @@
 
 namespace varkel {
 
-/// The snapshots of the connected sensor for QML, newest first, below a row for the sensor itself. Lives on
+/// The snapshots of the connected sensor for QML, newest first, after a row for the sensor itself. Lives on
 /// the user interface's thread.
 class SnapshotList : public QAbstractListModel {
   Q_OBJECT

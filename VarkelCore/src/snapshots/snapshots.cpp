@@ -37,10 +37,11 @@ StateSource SourceOf(int other, const QUrl& file) {
 QString RemarkOn(const SensorState& left, const SensorState& right, const Comparison& comparison) {
   QStringList remarks;
   if (comparison.other_model) {
-    remarks += QStringLiteral("The models differ (%1 and %2), so nothing of this can be applied.")
+    remarks += QStringLiteral("The models differ (%1 and %2), so none of this can be applied.")
                    .arg(QString::fromStdString(left.model), QString::fromStdString(right.model));
   } else if (comparison.other_table) {
-    remarks += QStringLiteral("The model's table has changed in between: compared by identifier and name.");
+    remarks +=
+        QStringLiteral("The model's table has changed in the meantime: compared by identifier and name.");
   }
   for (const SensorState* state : {&left, &right}) {
     std::size_t missing = 0;
@@ -54,7 +55,7 @@ QString RemarkOn(const SensorState& left, const SensorState& right, const Compar
   return remarks.join(QLatin1Char(' '));
 }
 
-/// The same changes from the same values.
+/// Whether both are the same changes from the same values.
 bool AreSame(const std::vector<ChangeOutcome>& a, const std::vector<ChangeOutcome>& b) {
   return std::equal(
       a.begin(), a.end(), b.begin(), b.end(), [](const ChangeOutcome& one, const ChangeOutcome& other) {
@@ -82,7 +83,7 @@ Snapshots::Session Snapshots::UsableSession() const {
 }
 
 bool Snapshots::MayBegin(Needs needs) {
-  if (is_busy()) return Refuse("Please wait until the work with snapshots that runs has ended");
+  if (is_busy()) return Refuse("Please wait until the current snapshot operation has ended");
   if (!context_.models.model()) return Refuse("Please choose a model first");
   if (needs == Needs::kNothing) return true;
   if (!UsableSession()) return Refuse("Please connect to lidar first");
@@ -112,7 +113,7 @@ void Snapshots::Start(const Session& session, std::function<Result(SnapshotJob&)
       *context_.models.model(), session, context_.report, [this](std::size_t done, std::size_t total) {
         context_.events.Post([this, done, total] { ShowProgress(done, total); });
       });
-  Tell({});
+  SetOutcome({});
   emit busyChanged();
   emit progressChanged();
   context_.work.Start(
@@ -149,7 +150,7 @@ void Snapshots::ShowProgress(std::size_t done, std::size_t total) {
   emit progressChanged();
 }
 
-void Snapshots::Tell(const QString& outcome) {
+void Snapshots::SetOutcome(const QString& outcome) {
   if (outcome == outcome_) return;
   outcome_ = outcome;
   emit outcomeChanged();
@@ -216,7 +217,7 @@ void Snapshots::save(const QUrl& file) {
         QString text = QStringLiteral("%1 values are saved in %2.").arg(saved.values).arg(path);
         if (saved.failures > 0) text += QStringLiteral(" %1 requests failed.").arg(saved.failures);
         refresh();
-        Tell(text);
+        SetOutcome(text);
       });
 }
 
@@ -280,7 +281,7 @@ void Snapshots::clear() {
   right_title_.clear();
   remark_.clear();
   differences_.Set({});
-  Tell({});
+  SetOutcome({});
   emit comparisonChanged();
 }
 
@@ -323,7 +324,7 @@ void Snapshots::Planned(Plan plan, ChangeResult& result, const QStringList& edit
   }
   if (result.run.changes.empty()) {
     differences_.ShowOutcomes({});
-    Tell(QStringLiteral("Nothing to write: the sensor holds these values already."));
+    SetOutcome(QStringLiteral("Nothing to write: the sensor already holds these values."));
     return;
   }
   plan.changes = result.run.changes;
@@ -337,7 +338,7 @@ void Snapshots::apply() {
   if (!MayBegin(Needs::kSensor)) return;
   const auto plan = std::exchange(plan_, std::nullopt);
   if (!plan || plan->session != UsableSession() || plan->model != context_.models.model()) {
-    Refuse("The sensor that this was planned for is not connected any more; nothing was written");
+    Refuse("The sensor that this was planned for is no longer connected; nothing was written");
     return;
   }
   ChangeRequest request = plan->request;
@@ -359,7 +360,7 @@ void Snapshots::Applied(ChangeResult& result) {
   const QString problem = ProblemText(result);
   if (!problem.isEmpty()) context_.report.Error(problem.toStdString());
   refresh();
-  if (!result.run.changes.empty()) Tell(SummaryText(result.run));
+  if (!result.run.changes.empty()) SetOutcome(SummaryText(result.run));
 }
 
 ConnectTo Snapshots::Connector() const {

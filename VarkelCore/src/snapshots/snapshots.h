@@ -19,36 +19,37 @@
 
 namespace varkel {
 
-/// The page of snapshots: keeps, compares and applies states of the connected sensor. Calls never wait; each
-/// works on another thread with the session that is there when it begins, one after the other, and is refused
-/// with a notice when it can't begin. What the user has edited and not saved is never written and never
-/// lost. Lives on the window's thread.
+/// The snapshots page: saves, compares and applies states of the connected sensor. Calls never block: the
+/// work is done on another thread, one piece at a time, with the session that exists when it begins; a call
+/// that can't begin is refused with a notice. The user's unsaved edits are never written and never lost.
+/// Lives on the window's thread.
 class Snapshots : public QObject {
   Q_OBJECT
-  /// The sensor's snapshots below the sensor itself (SnapshotList).
+  /// The sensor itself and its snapshots (SnapshotList).
   Q_PROPERTY(QObject* list READ list CONSTANT)
-  /// What the present comparison found (DifferenceList).
+  /// The result of the current comparison (DifferenceList).
   Q_PROPERTY(QObject* differences READ differences CONSTANT)
-  /// True while work goes on, but for looking the list up: what is asked for meanwhile follows it.
+  /// True while work is in progress. Refreshing the list does not count: calls made meanwhile are run after
+  /// it.
   Q_PROPERTY(bool busy READ is_busy NOTIFY busyChanged)
-  /// A change is being written.
+  /// True while a change is being written.
   Q_PROPERTY(bool applying READ is_applying NOTIFY busyChanged)
-  /// Of the present work, 0 to 1.
+  /// Of the current work, 0 to 1.
   Q_PROPERTY(double progress READ progress NOTIFY progressChanged)
-  /// What is compared; empty before the first comparison.
+  /// The two compared states; empty before the first comparison.
   Q_PROPERTY(QString leftTitle READ left_title NOTIFY comparisonChanged)
   Q_PROPERTY(QString rightTitle READ right_title NOTIFY comparisonChanged)
-  /// What the user has to know of the comparison; may be empty.
+  /// A remark about the comparison for the user; may be empty.
   Q_PROPERTY(QString remark READ remark NOTIFY comparisonChanged)
-  /// What the last work came to, as a sentence; may be empty.
+  /// The outcome of the last operation, as a sentence; may be empty.
   Q_PROPERTY(QString outcome READ outcome NOTIFY outcomeChanged)
 
  public:
-  /// Everything outlives this object, and the workers are joined before it goes.
+  /// Everything in it outlives this object, and the workers are joined before it is destroyed.
   struct Context {
     const SensorConnection& connection;
     const ModelSelection& models;
-    const ConnectionSettings& settings;  ///< of the present connection
+    const ConnectionSettings& settings;  ///< of the current connection
     Activity& activity;
     BackgroundWork& work;
     EventQueue& events;
@@ -57,7 +58,7 @@ class Snapshots : public QObject {
   };
   explicit Snapshots(const Context& context) : context_(context) {}
 
-  /// With what a row of the list is compared. A comparison with the sensor has it on the right.
+  /// What a row of the list is compared with. The sensor is always on the right.
   enum Other { Sensor = StateSource::kSensor, File = StateSource::kFile, Defaults = StateSource::kDefaults };
   Q_ENUM(Other)
 
@@ -71,25 +72,25 @@ class Snapshots : public QObject {
   QString remark() const { return remark_; }
   QString outcome() const { return outcome_; }
 
-  /// Looks the connected sensor's snapshots up; without one the list is empty.
+  /// Updates the list with the connected sensor's snapshots; empty without a connection.
   Q_INVOKABLE void refresh();
-  /// The sensor's folder of snapshots, which is made: what is saved there stands in the list.
+  /// The sensor's snapshot folder, created if missing; files saved there appear in the list.
   Q_INVOKABLE QUrl folder() const;
-  /// Proposes a file name.
+  /// Suggests a file name for `save`.
   Q_INVOKABLE QString proposedName() const;
   Q_INVOKABLE void save(const QUrl& file);
   Q_INVOKABLE void compare(int row, int other, const QUrl& file = {});
-  /// With the sensor, or with the table's defaults when none is connected.
+  /// Compares the file with the sensor, or with the table's defaults if none is connected.
   Q_INVOKABLE void compareFile(const QUrl& file);
-  /// Plans to write the selected rows' left values; `planned` follows when there is something to write.
+  /// Plans to write the left values of the selected rows; `planned` follows if there is something to write.
   Q_INVOKABLE void plan();
-  /// Carries the last plan out.
+  /// Carries out the last plan.
   Q_INVOKABLE void apply();
-  /// Ends the present work with its present exchange.
+  /// Ends the current work after its current exchange.
   Q_INVOKABLE void stop();
   /// Marks the rows that the user has edited on other pages.
   Q_INVOKABLE void showEdits();
-  /// Forgets the comparison, for another model.
+  /// Clears the comparison when another model is selected.
   Q_INVOKABLE void clear();
 
  signals:
@@ -103,7 +104,7 @@ class Snapshots : public QObject {
  private:
   using Session = std::shared_ptr<SensorSession>;
 
-  /// What the user was shown, and what it was planned with.
+  /// The plan shown to the user, and what it was made with.
   struct Plan {
     Session session;
     std::shared_ptr<Model> model;
@@ -118,11 +119,11 @@ class Snapshots : public QObject {
 
   enum class Needs { kNothing, kSensor };
   bool MayBegin(Needs needs);
-  /// Keeps the call for the end of the look-up that runs; false when none does.
+  /// If the list is being refreshed, keeps the call until that ends; false otherwise.
   bool Postpone(std::function<void()> call);
   bool Refuse(const char* text);
   Session UsableSession() const;
-  /// Runs `work` on a worker and hands what it returns to `finished` on the window's thread.
+  /// Runs `work` on a worker and passes its result to `finished` on the window's thread.
   template <typename Result>
   void Start(const Session& session, std::function<Result(SnapshotJob&)> work,
              std::function<void(Result&)> finished);
@@ -131,7 +132,7 @@ class Snapshots : public QObject {
   void Show(Compared& compared, const StateSource& left, const StateSource& right);
   void Planned(Plan plan, ChangeResult& result, const QStringList& edited);
   void Applied(ChangeResult& result);
-  void Tell(const QString& outcome);
+  void SetOutcome(const QString& outcome);
   void ShowProgress(std::size_t done, std::size_t total);
   ConnectTo Connector() const;
 
@@ -139,10 +140,10 @@ class Snapshots : public QObject {
   const SnapshotFolder folder_;
   SnapshotList list_;
   DifferenceList differences_;
-  std::shared_ptr<SnapshotJob> job_;  ///< null between two pieces of work
-  bool refreshing_ = false;           ///< job_ looks the list up
-  bool refresh_due_ = false;          ///< asked for while something else ran
-  std::function<void()> postponed_;   ///< asked for while the list was looked up
+  std::shared_ptr<SnapshotJob> job_;  ///< null if no work is in progress
+  bool refreshing_ = false;           ///< job_ is refreshing the list
+  bool refresh_due_ = false;          ///< requested while other work was in progress
+  std::function<void()> postponed_;   ///< requested while the list was being refreshed
   double progress_ = 0;
   std::string sn_;
   std::shared_ptr<const SensorState> left_;

@@ -63,7 +63,7 @@ std::string NotReachedText(const SensorAddress& from, const SensorAddress& to,
            std::to_string(host.prefix_length);
     is_near |= sensor && quarn::lidar::IsInSubnet(*sensor, host);
   }
-  return "The sensor was sent from " + AddressText(from) + " to " + AddressText(to) +
+  return "The sensor was moved from " + AddressText(from) + " to " + AddressText(to) +
          " and did not answer there within " + std::to_string((waited.count() + 999) / 1000) +
          " s. This computer has the addresses " + (own.empty() ? "(none)" : own) + "; " +
          (is_near ? "one of them is" : "none of them is") + " in the subnet of " + to.host + ".";

@@ -15,7 +15,7 @@
 
 namespace varkel {
 
-/// Where a sensor answers KTC.
+/// The address at which a sensor answers KTC.
 struct SensorAddress {
   std::string host;
   std::uint16_t port = 0;
@@ -23,29 +23,29 @@ struct SensorAddress {
 
 std::string AddressText(const SensorAddress& address);
 
-/// A way to another address: null when nothing answers KTC there. A stop ends the attempt at once.
+/// Connects to another address; null if nothing answers KTC there. A stop ends the attempt at once.
 using ConnectTo =
     std::function<std::shared_ptr<quarn::lidar::KtcClient>(const SensorAddress&, const std::stop_token&)>;
 
-/// How a change of address is followed. Without `connect` it is not.
+/// How to follow a sensor to its new address; without `connect` it is not followed.
 struct MoveOptions {
-  SensorAddress present{};  ///< where the sensor is connected
+  SensorAddress present{};  ///< the sensor's current address
   ConnectTo connect{};
-  std::chrono::milliseconds timeout{30000};  ///< how long the sensor may take to come
+  std::chrono::milliseconds timeout{30000};  ///< how long the sensor may take to answer there
 };
 
-/// Where the sensor answers once the command has gone out; nullopt when it is no address command or leaves
-/// address and port as they are. The command's first field of type "IP" is the address, its first of type
-/// "uint16" the port.
+/// The sensor's address after the command; nullopt if it is not the address command or leaves address and
+/// port unchanged. The command's first field of type "IP" is the address, its first field of type "uint16"
+/// the port.
 std::optional<SensorAddress> AddressAfter(const ConfigParser& catalogue, const PlannedCommand& command,
                                           const SensorAddress& present);
 
-/// Tries the new address until the sensor answers there, the time is over or a stop is requested: null then.
+/// Tries the new address until the sensor answers there; null after the time-out or a stop.
 std::shared_ptr<quarn::lidar::KtcClient> FollowTo(const SensorAddress& address, const MoveOptions& options,
                                                   const std::stop_token& stop);
 
-/// Why a sensor that did not come may be out of reach: both addresses, this computer's own, and whether one
-/// of them is in the new one's subnet.
+/// Explains why a sensor may be out of reach at its new address: both addresses, this computer's own ones,
+/// and whether one of these is in the new address's subnet.
 std::string NotReachedText(const SensorAddress& from, const SensorAddress& to,
                            std::chrono::milliseconds waited);
 

@@ -16,9 +16,9 @@ std::string ExchangeCodeText(std::int32_t code) {
     case KtcClient::kNoHeader:
       return "no reply";
     case KtcClient::kNoPayload:
-      return "the reply broke off";
+      return "the reply was cut off";
     case KtcClient::kNotSent:
-      return "the request did not go out";
+      return "the request was not sent";
     default:
       return "the sensor refused with code " + std::to_string(code);
   }

@@ -1,9 +1,14 @@
 #include "VarkelCore/src/state/json_text.h"
 
+#include <QString>
 #include <array>
 #include <cstdio>
 
 namespace varkel {
+
+std::string Utf8(const std::string& text) {
+  return QString::fromStdString(text).toStdString();
+}
 
 std::string JsonText(std::string_view text) {
   std::string json = "\"";

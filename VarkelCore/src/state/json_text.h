@@ -5,10 +5,14 @@
 
 namespace varkel {
 
+/// The text with everything that is not UTF-8 replaced, since a sensor's text may hold any bytes and JSON may
+/// not. Equal bytes give equal texts.
+std::string Utf8(const std::string& text);
+
 /// UTF-8 text as a JSON string, quotes included. Control characters are escaped, so it stays on one line.
 std::string JsonText(std::string_view text);
 
-/// Builds a JSON object on one line; its keys stand in the order of the calls.
+/// Builds a JSON object on one line; its keys are in the order of the calls.
 class JsonObject {
  public:
   JsonObject& Text(const char* key, std::string_view text) { return Raw(key, JsonText(text)); }
@@ -23,7 +27,8 @@ class JsonObject {
   std::string text_ = "{";
 };
 
-/// Builds a JSON array on one line, or with an element a line, indented by `indent` blanks.
+/// Builds a JSON array on one line or, with `indent`, with one element per line, indented by that many
+/// spaces.
 template <typename List, typename Format>
 std::string JsonList(const List& list, const Format& format, int indent = -1) {
   const std::string line =

@@ -21,7 +21,7 @@ namespace {
 using quarn::lidar::KtcClient;
 using Client = std::shared_ptr<KtcClient>;
 
-/// Puts the exact bytes of planned fields in place of those that the codecs made of their rounded texts.
+/// Replaces the bytes that the codecs made from rounded texts by the exact bytes of the planned fields.
 void UseExactBytes(ConfigParser& catalogue, const PlannedCommand& planned, SetRequest& request) {
   for (const PlannedField& field : planned.fields) {
     std::pair<std::uint32_t, std::uint32_t> place;
@@ -104,7 +104,7 @@ RunReport Writing::Of(const SetPlan& plan) {
 
 bool Writing::EndIfStopped() {
   if (!stop_.stop_requested()) return false;
-  End(RunEnd::kStopped, "Stopped: what is not marked as sent was not written.");
+  End(RunEnd::kStopped, "Stopped: values not marked as sent were not written.");
   return true;
 }
 
@@ -130,7 +130,7 @@ void Writing::Perform(const PlannedCommand& command, Outcomes outcomes) {
     const ValueStore::Moment asked = model_.values.Now();
     const ExchangeResult result = QueryTableCommand(*client_, wire, RequestPayload(wire, request.payload));
     code = result ? 0 : result.error();
-    if (code <= 0 && code != KtcClient::kNotSent) {  // the sensor may have carried it out
+    if (code <= 0 && code != KtcClient::kNotSent) {  // the sensor may have executed it
       const SentCommand sent[] = {request.command};
       model_.values.Sent(request.command, asked);
       model_.values.Saved(sent);
@@ -149,11 +149,11 @@ void Writing::Perform(const PlannedCommand& command, Outcomes outcomes) {
     if (code > 0 || code == KtcClient::kNotSent || report_.end != RunEnd::kComplete) return;
   }
   if (!ReadBack(command, *client_, outcomes) && !EndIfStopped() && !AnswersKtc(*client_)) {
-    End(RunEnd::kConnectionLost, "The sensor does not answer any more.");
+    End(RunEnd::kConnectionLost, "The sensor no longer answers.");
   }
 }
 
-/// The command was refused, or nobody knows what became of it.
+/// The command was refused, or its outcome is unknown.
 void Writing::Fail(std::int32_t code, Outcomes outcomes) {
   for (ChangeOutcome& outcome : outcomes) {
     outcome.code = code;
@@ -161,7 +161,7 @@ void Writing::Fail(std::int32_t code, Outcomes outcomes) {
     if (code < 0 && code != KtcClient::kNotSent) outcome.verdict = Verdict::kUnconfirmed;
   }
   if (code > 0) {
-    if (options_.stop_on_refusal) End(RunEnd::kEndedByRefusal, "Ended by a refusal.");
+    if (options_.stop_on_refusal) End(RunEnd::kEndedByRefusal, "Ended after a refusal.");
   } else if (!EndIfStopped() && !AnswersKtc(*client_) && !EndIfStopped()) {
     End(RunEnd::kConnectionLost, "The connection was lost: " + ExchangeCodeText(code) + ".");
   }
@@ -179,13 +179,13 @@ void Writing::Follow(const PlannedCommand& command, const SensorAddress& address
   std::string detail = NotReachedText(options_.move.present, address, options_.move.timeout);
   if (ReadBack(command, *client_, outcomes)) {
     detail += " It still answers at " + AddressText(options_.move.present) +
-              ": a restart may bring it to the new address.";
+              ": a restart may move it to the new address.";
   }
   for (ChangeOutcome& outcome : outcomes) outcome.code = code;
   End(RunEnd::kNotReached, std::move(detail));
 }
 
-/// Reads what the command wrote, and judges it. False when nothing could be read.
+/// Reads back what the command wrote and sets the verdicts. False if nothing could be read.
 bool Writing::ReadBack(const PlannedCommand& command, KtcClient& client, Outcomes outcomes) {
   for (ChangeOutcome& outcome : outcomes) outcome.verdict = Verdict::kUnconfirmed;
   const ValueStore::Moment since = model_.values.Now();
@@ -202,7 +202,7 @@ bool Writing::ReadBack(const PlannedCommand& command, KtcClient& client, Outcome
   return is_read;
 }
 
-/// What could not be read back keeps its verdict, as do angles that the sensor does not report.
+/// Fields that could not be read back keep their verdicts, as do angles that the sensor does not report.
 void Writing::Judge(const PlannedField& field, ValueStore::Moment since, ChangeOutcome& outcome) const {
   if (field.angle) {
     if (*field.angle >= model_.values.FovSectorsRead(since)) return;

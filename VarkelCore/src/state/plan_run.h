@@ -15,12 +15,12 @@
 
 namespace varkel {
 
-/// What became of one change.
+/// The outcome of one change.
 enum class Verdict {
   kVerified,     ///< written and read back
   kDiffers,      ///< written, but the sensor holds another value
   kRefused,      ///< the sensor refused the command
-  kUnconfirmed,  ///< sent, but what the sensor holds now is not known
+  kUnconfirmed,  ///< sent, but the sensor's value is not known
   kNotSent
 };
 
@@ -33,8 +33,8 @@ struct ChangeOutcome {
   std::string old_text;
   std::string new_text;
   Verdict verdict = Verdict::kNotSent;
-  std::string holds;      ///< what the sensor reported after the write; empty where it did not
-  std::int32_t code = 0;  ///< why the command failed: the sensor's or the client's; 0 else
+  std::string holds;      ///< the value that the sensor reported after the write; empty if it did not
+  std::int32_t code = 0;  ///< why the command failed, the sensor's or the client's code; otherwise 0
 };
 
 /// The outcome of a change before it goes out.
@@ -42,16 +42,16 @@ ChangeOutcome NotSent(const PlannedField& field);
 
 enum class RunEnd {
   kComplete,
-  kEndedByRefusal,  ///< as the caller wanted
+  kEndedByRefusal,  ///< see RunOptions::stop_on_refusal
   kConnectionLost,
-  kNotReached,  ///< the sensor did not come to its new address
+  kNotReached,  ///< the sensor did not answer at its new address
   kStopped
 };
 
 struct RunReport {
-  std::vector<ChangeOutcome> changes;  ///< in the order of the plan, every one of it
+  std::vector<ChangeOutcome> changes;  ///< every change of the plan, in its order
   RunEnd end = RunEnd::kComplete;
-  std::string detail;                       ///< a sentence on an end that is not kComplete; else empty
+  std::string detail;                       ///< a sentence about an end other than kComplete; otherwise empty
   std::optional<SensorAddress> moved_to{};  ///< where the sensor answers now, if it moved
 
   bool is_all_verified() const;
@@ -60,20 +60,20 @@ struct RunReport {
 struct RunOptions {
   bool stop_on_refusal = false;
   MoveOptions move{};
-  /// Hears before each command how many are done, and of how many.
+  /// Called before each command with the number done and the total.
   std::function<void(std::size_t done, std::size_t total)> progress{};
 };
 
-/// Carries plans out. Works on the calling thread.
+/// Carries out plans, on the calling thread.
 class PlanRun {
  public:
-  /// `report` gets faults of the table.
+  /// `report` receives faults of the table.
   explicit PlanRun(UserReport& report) : reader_(report) {}
 
-  /// Sends each command whole, then reads back what it wrote. A refused command does not end the run unless
-  /// the options say so; a lost connection does. The address command is followed to the new address and
-  /// verified there. A stop ends it before the next exchange; who wants the running one to end interrupts the
-  /// client. Afterwards the model's values are what the sensor reported.
+  /// Sends each command with all its fields, then reads back what it wrote. A lost connection ends the run; a
+  /// refused command does so only if the options say so. After the address command the run continues at the
+  /// new address and verifies the change there. A stop ends the run before the next exchange; to end the
+  /// current one, interrupt the client. Afterwards the model's values are those that the sensor reported.
   RunReport Run(Model& model, const std::shared_ptr<quarn::lidar::KtcClient>& client, const SetPlan& plan,
                 const RunOptions& options, const std::stop_token& stop = {}) const;
 

@@ -8,7 +8,7 @@
 
 namespace varkel {
 
-/// Keeps what operations report, for callers that show it when they are done. Thread-safe.
+/// Keeps what operations report, for callers that show it at the end. Thread-safe.
 class RecordingReport : public UserReport {
  public:
   void Log(const std::string& text, const std::string& type) override {
@@ -25,7 +25,7 @@ class RecordingReport : public UserReport {
     success_ = text;
   }
 
-  /// The last notices; empty without one.
+  /// The last error and success notices; empty if there were none.
   std::string error() const {
     const std::lock_guard lock(mutex_);
     return error_;
@@ -34,7 +34,7 @@ class RecordingReport : public UserReport {
     const std::lock_guard lock(mutex_);
     return success_;
   }
-  /// Warnings and errors of the log.
+  /// The warnings and errors.
   std::vector<std::string> log() const {
     const std::lock_guard lock(mutex_);
     return log_;

@@ -40,7 +40,7 @@ tl::expected<std::shared_ptr<Model>, std::string> LoadModel(const std::string& f
   std::error_code error;
   const bool is_name = !model_name.empty() && model_name.find_first_of("/\\") == std::string::npos;
   if (!is_name || !std::filesystem::is_regular_file(quarn::platform::FilePath(path), error)) {
-    return tl::unexpected("There is no table of a model \"" + model_name + "\" in " + folder +
+    return tl::unexpected("There is no table for a model \"" + model_name + "\" in " + folder +
                           " (models there: " + KnownModels(folder) + ").");
   }
   auto catalogue = std::make_shared<ConfigParser>(path);

@@ -21,17 +21,17 @@ tl::expected<std::shared_ptr<Model>, std::string> LoadModel(const std::string& f
 
 /// Why there is no link.
 struct LinkFailure {
-  bool is_no_connection = false;  ///< the sensor, not the model
+  bool is_no_connection = false;  ///< the sensor could not be reached; false: a fault of the model's table
   std::string text;               ///< a sentence
 };
 
-/// One connected sensor with a model of its own, for as long as the object lives. Nothing goes on in the
-/// background but what the caller does. A stop ends the session, so that whoever waits for the sensor returns
-/// at once.
+/// One connected sensor with its own model, connected for as long as the object exists. Nothing runs in the
+/// background except what the caller starts. A stop ends the session, so that calls waiting for the sensor
+/// return at once.
 class SensorLink {
  public:
-  /// Blocks until the sensor answers or can't be reached; `report` and `recorder`, if there is one, outlive
-  /// the link.
+  /// Blocks until the sensor answers or can't be reached. `report`, and `recorder` if given, outlive the
+  /// link.
   static tl::expected<std::unique_ptr<SensorLink>, LinkFailure> Open(
       const SensorTarget& target, const std::string& table_folder, UserReport& report,
       const std::stop_token& stop, quarn::lidar::CaptureRecorder* recorder = nullptr);
@@ -40,7 +40,7 @@ class SensorLink {
   const std::shared_ptr<Model>& model() const { return model_; }
   const std::shared_ptr<SensorSession>& session() const { return session_; }
   const std::shared_ptr<quarn::lidar::KtcClient>& client() const { return session_->ktc_client(); }
-  /// Whether the model's variables are this sensor's: small sensors have functions instead.
+  /// Whether this sensor has the model's variables; small sensors have functions instead.
   bool has_variables() const { return session_->has_pages(); }
   Activity& activity() { return activity_; }
 
@@ -60,7 +60,7 @@ class SensorLink {
   const ByteLogSwitch log_bytes_ = false;
   Activity activity_;
   std::shared_ptr<SensorSession> session_;
-  std::optional<std::stop_callback<std::function<void()>>> end_on_stop_;  // last: reaches into the session
+  std::optional<std::stop_callback<std::function<void()>>> end_on_stop_;  // last: uses the session
 };
 
 }  // namespace varkel

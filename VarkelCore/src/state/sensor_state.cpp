@@ -7,6 +7,7 @@
 #include <unordered_set>
 
 #include "VarkelCore/src/pages/page_reader.h"
+#include "VarkelCore/src/state/json_text.h"
 
 namespace varkel {
 
@@ -15,11 +16,6 @@ namespace {
 std::string PlainUnit(const VarInfo& var) {
   constexpr std::size_t kBrackets = 3;  // " (" and ")"
   return var.unit.size() > kBrackets ? var.unit.substr(2, var.unit.size() - kBrackets) : std::string();
-}
-
-/// Bytes of a sensor's text need not be UTF-8; two readings of the same bytes have to give the same text.
-std::string Utf8(const std::string& text) {
-  return QString::fromStdString(text).toStdString();
 }
 
 bool IsAction(const VarInfo& var) {

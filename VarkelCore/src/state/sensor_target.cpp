@@ -28,7 +28,7 @@ SensorTarget ReadTarget(const CsvRow& row, SensorTarget target) {
   if (target.host.empty()) throw std::runtime_error("there is no host");
   if (const auto text = row.CellIfPresent(port); !text.empty()) {
     target.port = ReadPort(text);
-    if (target.port == 0) throw std::runtime_error("\"" + std::string(text) + "\" is no port");
+    if (target.port == 0) throw std::runtime_error("\"" + std::string(text) + "\" is not a port");
   }
   if (const auto text = row.CellIfPresent(model); !text.empty()) target.model = text;
   target.label = row.CellIfPresent(label);
@@ -48,7 +48,7 @@ tl::expected<SensorTarget, std::string> ParseTarget(const std::string& text, Sen
   if (colon != std::string::npos) usual.port = ReadPort(std::string_view(text).substr(colon + 1));
   if (usual.host.empty() || usual.port == 0) {
     return tl::unexpected("\"" + text +
-                          "\" is no address: it has to be like 192.168.1.201 or 192.168.1.201:9347.");
+                          "\" is not an address: it has to look like 192.168.1.201 or 192.168.1.201:9347.");
   }
   return usual;
 }
@@ -63,7 +63,7 @@ tl::expected<std::vector<SensorTarget>, std::string> LoadTargets(const std::stri
   } catch (const std::exception& error) {
     return tl::unexpected(path + ", line " + std::to_string(table.line()) + ": " + error.what() + ".");
   }
-  if (targets.empty()) return tl::unexpected(path + ": there is no sensor in it.");
+  if (targets.empty()) return tl::unexpected(path + ": it lists no sensor.");
   return targets;
 }
 

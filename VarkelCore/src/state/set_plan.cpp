@@ -32,14 +32,14 @@ bool IsWritable(const ConfigParser& catalogue, const VarInfo& var) {
          MakeStrParser(var.var_type) != nullptr && var.var_type != "raw";
 }
 
-/// Only start angles go out.
+/// Only start angles can be written.
 bool IsWritableAngle(const ConfigParser& catalogue, std::size_t angle) {
   return angle < kFovSectors && IsWritable(catalogue, *FovChannel(catalogue));
 }
 
 bool IsSameAngle(double a, double b) {
-  constexpr double kTenths = 10;
-  return std::lround(a * kTenths) == std::lround(b * kTenths);
+  constexpr double kTenthsPerDegree = 10;
+  return std::lround(a * kTenthsPerDegree) == std::lround(b * kTenthsPerDegree);
 }
 
 bool IsOption(const VarInfo& var, const std::string& text) {
@@ -49,7 +49,7 @@ bool IsOption(const VarInfo& var, const std::string& text) {
                                [&](std::int32_t option) { return *number == option; });
 }
 
-/// A range with a 0 bound is none.
+/// A range with a bound of 0 counts as no range.
 bool IsInRange(const VarInfo& var, double number) {
   return var.range_min == 0 || var.range_max == 0 || (var.range_min <= number && number <= var.range_max);
 }
@@ -66,7 +66,7 @@ std::string Limits(const VarInfo& var) {
   return "It has to be one of " + options + ".";
 }
 
-/// The bytes that the codec makes; the error says why there are none.
+/// The bytes from the codec; the error is a sentence.
 tl::expected<Bytes, std::string> CodecBytes(const VarInfo& var, const std::string& text) {
   try {
     return MakeStrParser(var.var_type)->ParseToBytes(text, var.set_coefficient);
@@ -75,7 +75,7 @@ tl::expected<Bytes, std::string> CodecBytes(const VarInfo& var, const std::strin
   }
 }
 
-/// Takes the model's edits back whatever happens: they serve only to judge.
+/// Edits the model temporarily for the range check; the destructor reverts the edits.
 class Trial {
  public:
   explicit Trial(Model& model) : model_(model) { model_.values.Cancel(); }
@@ -87,7 +87,7 @@ class Trial {
   Model& model_;
 };
 
-/// Plans with one model, gathering what is wrong.
+/// Makes a plan for one model, collecting all refusals.
 class Planner {
  public:
   Planner(Model& model, Force force) : model_(model), force_(force) {}
@@ -113,7 +113,7 @@ class Planner {
   std::vector<PlannedField> fields_;
 };
 
-/// The wanted bytes, where they are those of the wanted text and can go out as they are.
+/// The wanted raw bytes, if they match the wanted text and can be sent as they are; otherwise empty.
 Bytes ExactBytes(const VarInfo& var, const WantedValue& wanted, const std::string& text) {
   Bytes raw = RawBytes(wanted.raw);
   if (raw.empty() || raw.size() != var.var_len || var.coefficient != var.set_coefficient) return {};
@@ -130,7 +130,7 @@ void Planner::Add(const WantedValue& wanted) {
     return Refuse(RefusalKind::kNotWritable, wanted, "\"" + var.var_name + "\" can't be set.");
   }
   if (!seen_.insert(var.var_id).second) {
-    return Refuse(RefusalKind::kTwice, wanted, "\"" + var.var_name + "\" is given twice.");
+    return Refuse(RefusalKind::kDuplicate, wanted, "\"" + var.var_name + "\" is given twice.");
   }
   const std::string text(Trimmed(wanted.text));
   if (!Passes(var, wanted, text)) return;
@@ -151,7 +151,7 @@ void Planner::AddAngle(std::size_t angle, const WantedValue& wanted) {
     return Refuse(RefusalKind::kNotWritable, wanted, "\"" + name + "\" can't be set.");
   }
   if (!seen_.insert(name).second) {
-    return Refuse(RefusalKind::kTwice, wanted, "\"" + name + "\" is given twice.");
+    return Refuse(RefusalKind::kDuplicate, wanted, "\"" + name + "\" is given twice.");
   }
   if (!number) return Refuse(RefusalKind::kNotANumber, wanted, says + "It has to be a number.");
   if (*number < 0 || *number > kWholeTurn) {
@@ -192,7 +192,7 @@ bool Planner::Passes(VarInfo& var, const WantedValue& wanted, const std::string&
   } else if (!verdict.passes()) {
     Refuse(RefusalKind::kOutOfRange, wanted,
            says + (verdict.fault == RangeFault::kIpFormat ? "It has to be an address like 192.168.1.201."
-                                                          : "It has to be six bytes joined by \":\"."));
+                                                          : "It has to be six bytes separated by \":\"."));
   } else if (const auto bytes = CodecBytes(var, text); !bytes) {
     Refuse(RefusalKind::kOutOfRange, wanted, says + bytes.error());
   } else {
@@ -201,7 +201,7 @@ bool Planner::Passes(VarInfo& var, const WantedValue& wanted, const std::string&
   return false;
 }
 
-/// Whether the text, or the bytes that would go out for it, are what the sensor reported.
+/// Whether the sensor already reported this text, or the bytes that would be sent for it.
 bool Planner::HoldsAlready(const VarInfo& var, const std::string& text, const Bytes& bytes) const {
   if (!model_.values.IsRead(var)) return false;
   const ValueStore::Shown shown = model_.values.Show(var);
@@ -214,7 +214,7 @@ bool Planner::HoldsAlready(const VarInfo& var, const std::string& text, const By
   return present && *made == *present;
 }
 
-/// Every other field of the commands has to be known, and one that its codec takes.
+/// Checks that every other field of the commands is known and can be encoded.
 void Planner::CheckCarriedFields() {
   std::unordered_set<std::string> commands;
   for (const PlannedField& field : fields_) {
@@ -228,7 +228,7 @@ void Planner::CheckCarriedFields() {
                                           [&](const PlannedField& other) { return other.var == carried; });
       if (is_planned) continue;
       const std::string both =
-          "\"" + field.var->var_name + "\" goes out together with \"" + carried->var_name + "\", ";
+          "\"" + field.var->var_name + "\" is sent together with \"" + carried->var_name + "\", ";
       if (carried->var_type == "raw") continue;
       if (MakeStrParser(carried->var_type) == nullptr) {
         refusals.push_back({RefusalKind::kNotWritable, field.var->var_id, both + "which can't be set."});
@@ -242,7 +242,7 @@ void Planner::CheckCarriedFields() {
   }
 }
 
-/// The channel and all five start angles go out together.
+/// The channel and all five start angles are sent together.
 void Planner::CheckAngles(const PlannedField& field) {
   const auto is_planned = [&](std::optional<std::size_t> angle) {
     return std::any_of(fields_.begin(), fields_.end(), [&](const PlannedField& other) {
@@ -252,7 +252,7 @@ void Planner::CheckAngles(const PlannedField& field) {
   const auto refuse = [&](const std::string& name) {
     refusals.push_back(
         {RefusalKind::kNotRead, field.id(),
-         "\"" + field.name() + "\" goes out together with \"" + name + "\", which could not be read."});
+         "\"" + field.name() + "\" is sent together with \"" + name + "\", which could not be read."});
   };
   if (force_ == Force::kYes) return;
   if (!is_planned(std::nullopt) && !model_.values.IsRead(*field.var)) refuse(field.var->var_name);
@@ -278,7 +278,8 @@ SetPlan Planner::Plan() const {
   return plan;
 }
 
-/// The table's variable that a state's value belongs to: by identifier and name, or by a name that has moved.
+/// The table's variable for a state's value: by identifier and name, or by name alone if the identifier has
+/// changed.
 const VarInfo* VariableOf(const ConfigParser& catalogue, const StateValue& value) {
   const VarInfo* const by_id = catalogue.FindById(value.id);
   if (by_id != nullptr && by_id->var_name == value.name) return by_id;
@@ -286,7 +287,7 @@ const VarInfo* VariableOf(const ConfigParser& catalogue, const StateValue& value
   return by_name && (*by_name)->var_name == value.name ? *by_name : nullptr;
 }
 
-/// The table's angle that a state's value belongs to, found as a variable is.
+/// The table's angle for a state's value, found in the same way.
 std::optional<std::size_t> AngleOf(const ConfigParser& catalogue, const StateValue& value) {
   const auto by_id = FindFovAngle(catalogue, value.id);
   if (by_id && value.name == FovAngleName(*FovChannel(catalogue), *by_id)) return by_id;
@@ -326,7 +327,7 @@ tl::expected<std::vector<WantedValue>, std::vector<PlanRefusal>> WantedFromState
   if (state.model != model.name && force == Force::kNo) {
     return tl::unexpected(std::vector<PlanRefusal>{
         {RefusalKind::kOtherModel, state.model,
-         "The state is of the model " + state.model + ", the sensor is a " + model.name + "."}});
+         "The state is from the model " + state.model + ", but the sensor is a " + model.name + "."}});
   }
   std::vector<WantedValue> wanted;
   std::vector<PlanRefusal> refusals;

@@ -16,7 +16,7 @@ namespace varkel {
 
 namespace {
 
-/// Other files in the folder are the user's.
+/// Whether the file is an automatic snapshot; other files in the folder are the user's.
 bool IsSnapshotName(const QString& name) {
   static const QRegularExpression pattern(QStringLiteral("^\\d{8}T\\d{6}\\.\\d{3}\\.json$"));
   return pattern.match(name).hasMatch();
@@ -49,7 +49,7 @@ tl::expected<SnapshotFolder::Entry, std::string> SnapshotFolder::Save(const Sens
     return tl::unexpected(std::move(fault));
   }
   const std::vector<Entry> all = List(state.sn);
-  for (std::size_t i = kKept; i < all.size(); ++i) QFile::remove(all[i].path);
+  for (std::size_t i = kMaxKept; i < all.size(); ++i) QFile::remove(all[i].path);
   return entry;
 }
 

@@ -8,10 +8,10 @@
 namespace varkel {
 
 enum class DifferenceKind {
-  kChanged,    ///< another text
+  kChanged,    ///< different texts
   kOnlyLeft,   ///< the right state lacks the variable
-  kOnlyRight,  ///< the left one does
-  kOtherBytes  ///< the same text, made from other bytes: texts are rounded
+  kOnlyRight,  ///< the left state lacks the variable
+  kOtherBytes  ///< the same text, but different bytes: texts are rounded
 };
 
 /// "changed", "only-left", "only-right", "other-bytes".
@@ -21,15 +21,15 @@ struct Difference {
   std::string id;
   std::string name;
   DifferenceKind kind = DifferenceKind::kChanged;
-  std::string left;  ///< text; for other bytes the bytes
+  std::string left;  ///< the text; for kOtherBytes the bytes
   std::string right;
 };
 
 struct Comparison {
-  std::vector<Difference> differences;  ///< in the order of the left state, then what only the right one has
+  std::vector<Difference> differences;  ///< in the order of the left state, then those only in the right one
   bool other_model = false;
-  /// The states come from different tables of a model: an identifier may have moved, so it counts only
-  /// together with its name.
+  /// The states come from different tables of a model. An identifier may then stand for another variable, so
+  /// identifier and name must both match.
   bool other_table = false;
 
   bool is_equal() const { return differences.empty(); }
@@ -39,7 +39,7 @@ struct Comparison {
 enum class LiveValues { kIgnored, kCompared };
 
 /// Compares variable by variable, by identifier; by identifier and name when the tables differ. Bytes are
-/// compared where both states have some.
+/// compared if both states have them.
 Comparison CompareStates(const SensorState& left, const SensorState& right,
                          LiveValues live = LiveValues::kIgnored);
 

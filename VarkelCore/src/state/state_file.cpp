@@ -34,30 +34,30 @@ std::string FormatFailure(const ReadFailure& failure) {
       .str();
 }
 
-/// Reads the members of one object; a fault raises std::runtime_error with the member's place.
+/// Reads the members of one object; raises std::runtime_error with the member's location on a fault.
 class Members {
  public:
   Members(const QJsonValue& value, std::string place) : object_(value.toObject()), place_(std::move(place)) {
-    if (!value.isObject()) throw std::runtime_error(place_ + " is no object");
+    if (!value.isObject()) throw std::runtime_error(place_ + " is not an object");
   }
 
   std::string Text(const char* key) const {
     const QJsonValue value = object_.value(QLatin1String(key));
-    if (!value.isString()) Fail(key, "is no text");
+    if (!value.isString()) Fail(key, "is not a text");
     return value.toString().toStdString();
   }
   int Number(const char* key) const {
     const QJsonValue value = object_.value(QLatin1String(key));
-    if (!value.isDouble()) Fail(key, "is no number");
+    if (!value.isDouble()) Fail(key, "is not a number");
     const double number = value.toDouble();
-    if (number != value.toInt()) Fail(key, "is no whole number of 32 bits");
+    if (number != value.toInt()) Fail(key, "is not a 32-bit integer");
     return value.toInt();
   }
-  /// Empty where there is no such member.
+  /// Empty if there is no such member.
   std::string TextIfPresent(const char* key) const {
     return object_.contains(QLatin1String(key)) ? Text(key) : std::string();
   }
-  /// False where there is no such member.
+  /// False if there is no such member.
   bool Flag(const char* key) const {
     const QJsonValue value = object_.value(QLatin1String(key));
     if (!value.isBool() && !value.isUndefined()) Fail(key, "is neither true nor false");
@@ -66,7 +66,7 @@ class Members {
   template <typename Read>
   void EachOf(const char* key, const Read& read) const {
     const QJsonValue value = object_.value(QLatin1String(key));
-    if (!value.isArray()) Fail(key, "is no list");
+    if (!value.isArray()) Fail(key, "is not a list");
     int index = 0;
     for (const QJsonValue element : value.toArray()) {
       read(element, Place(key) + "[" + std::to_string(index++) + "]");
@@ -94,21 +94,21 @@ ReadFailure ReadFailureOf(const QJsonValue& json, const std::string& place) {
   ReadFailure failure{
       members.Text("get"), members.Text("payload"), members.Number("code"), members.Text("reason"), {}};
   members.EachOf("ids", [&](const QJsonValue& id, const std::string& id_place) {
-    if (!id.isString()) throw std::runtime_error(id_place + " is no text");
+    if (!id.isString()) throw std::runtime_error(id_place + " is not a text");
     failure.ids.push_back(id.toString().toStdString());
   });
   return failure;
 }
 
 SensorState ReadState(const QJsonDocument& document) {
-  if (!document.isObject()) throw std::runtime_error("it is no object");
+  if (!document.isObject()) throw std::runtime_error("it is not an object");
   const Members top(QJsonValue(document.object()), "");
   const int format = top.Number("format");
   if (format > kStateFormat) {
     top.Fail("format", "is " + std::to_string(format) + ", newer than this program reads (" +
                            std::to_string(kStateFormat) + ")");
   }
-  if (format < 1) top.Fail("format", "is " + std::to_string(format) + ", which never was one");
+  if (format < 1) top.Fail("format", "is " + std::to_string(format) + ", which never existed");
   SensorState state;
   state.tool = top.Text("tool");
   state.time = top.Text("time");
@@ -125,7 +125,7 @@ SensorState ReadState(const QJsonDocument& document) {
   top.EachOf("values", [&](const QJsonValue& json, const std::string& place) {
     state.values.push_back(ReadValue(json, place));
     const std::string& id = state.values.back().id;
-    if (!ids.insert(id).second) throw std::runtime_error(place + ".id is " + id + " for the second time");
+    if (!ids.insert(id).second) throw std::runtime_error(place + ".id is " + id + " again");
   });
   top.EachOf("failed", [&](const QJsonValue& json, const std::string& place) {
     state.failed.push_back(ReadFailureOf(json, place));
@@ -174,7 +174,7 @@ tl::expected<SensorState, std::string> ParseState(const QByteArray& json) {
   try {
     return ReadState(document);
   } catch (const std::runtime_error& fault) {
-    return tl::unexpected(std::string("no snapshot: ") + fault.what());
+    return tl::unexpected(std::string("not a snapshot: ") + fault.what());
   }
 }
 
@@ -195,11 +195,11 @@ std::string SaveState(const SensorState& state, const QString& path) {
 tl::expected<SensorState, std::string> LoadState(const QString& path) {
   const std::string name = path.toStdString();
   const QFileInfo info(path);
-  if (!info.isFile()) return tl::unexpected(name + ": there is no such file.");
+  if (!info.isFile()) return tl::unexpected(name + ": no such file.");
   QFile file(path);
   if (info.size() > kLargestStateFile) {
     return tl::unexpected(name + ": larger than " + std::to_string(kLargestStateFile / 1024 / 1024) +
-                          " MiB, no snapshot.");
+                          " MiB, not a snapshot.");
   }
   if (!file.open(QIODevice::ReadOnly)) return tl::unexpected(name + ": can't be opened.");
   auto state = ParseState(file.read(kLargestStateFile));

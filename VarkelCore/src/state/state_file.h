@@ -9,22 +9,22 @@
 
 namespace varkel {
 
-/// The version of the file format that this program writes; it reads no newer one.
+/// The version of the file format that this program writes; newer ones are not read.
 inline constexpr int kStateFormat = 1;
 
 /// Larger files are not read: a state of 10,000 variables takes 2 MiB.
 inline constexpr qint64 kLargestStateFile = 32LL * 1024 * 1024;
 
-/// One variable as a JSON object on one line; "live" is written only where it is true.
+/// One variable as a JSON object on one line; "live" is written only if true.
 std::string FormatValue(const StateValue& value);
 
-/// A state as JSON (UTF-8): keys in a fixed order, one variable a line.
+/// A state as JSON (UTF-8): keys in a fixed order, one variable per line.
 std::string FormatState(const SensorState& state);
 
-/// The error is a sentence that names the place: line and column, or the key.
+/// The error is a sentence with the location: line and column, or the key.
 tl::expected<SensorState, std::string> ParseState(const QByteArray& json);
 
-/// Writes the file whole or not at all. The empty text, or a sentence that says why it failed.
+/// Writes the file atomically. Returns an empty text, or a sentence saying why it failed.
 std::string SaveState(const SensorState& state, const QString& path);
 
 /// Reads a regular file. The error is a sentence that begins with the path.

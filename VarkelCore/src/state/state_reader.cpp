@@ -24,7 +24,7 @@ bool IsVersion(const VarInfo& var) {
   return var.var_type == "HWVER" || var.var_type == "SWVER_YMD";
 }
 
-/// The group's values that this reading brought; the variables that it did not bring go to `missing`.
+/// Takes the group's values that were read since `since`; adds the other variables to `missing`.
 void TakeValues(const Model& model, const ReadGroup& group, ValueStore::Moment since, SensorState& state,
                 std::vector<std::string>& missing) {
   for (const VarInfo* var : group.vars) {
@@ -45,7 +45,7 @@ void TakeValues(const Model& model, const ReadGroup& group, ValueStore::Moment s
   }
 }
 
-/// A reply with the field of view: those of its angles that it lacks keep their values.
+/// Stores a reply with the field of view; angles that it lacks keep their values.
 void StoreAngles(Model& model, std::span<const std::uint8_t> reply, ValueStore::Moment asked) {
   FovAngles angles = model.values.ReportedFov();
   quarn::lidar::FovAngles starts{};
@@ -58,7 +58,7 @@ void StoreAngles(Model& model, std::span<const std::uint8_t> reply, ValueStore::
   model.values.ReadFov(angles, asked, static_cast<std::size_t>(sectors));
 }
 
-/// Values come group after group; a state lists them in the order in which they were asked for.
+/// Values are read group by group; a state lists them in the order of the request.
 void SortAs(const std::vector<VarInfo*>& vars, std::vector<StateValue>& values) {
   std::unordered_map<std::string, std::size_t> place;
   for (const VarInfo* var : vars) {
@@ -112,7 +112,7 @@ std::int32_t StateReader::ReadGroupOnce(Model& model, KtcClient& client, const R
     reader_.StoreReply(model, group.vars, *reply, asked);
     if (group.vars.front() == FovChannel(*model.catalogue)) StoreAngles(model, *reply, asked);
   } catch (const std::exception&) {
-    // A get command that is no number, or a record without a type: the table's fault, nothing was read.
+    // A fault of the table: a get command that is not a number, or a record without a type. Nothing was read.
   }
   return 0;
 }

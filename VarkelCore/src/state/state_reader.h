@@ -14,8 +14,8 @@ namespace varkel {
 
 /// How reading ended.
 enum class ReadEnd {
-  kComplete,        ///< everything was asked for; the state lists what failed
-  kConnectionLost,  ///< the sensor does not answer any more
+  kComplete,        ///< everything was requested; the state lists what failed
+  kConnectionLost,  ///< the sensor no longer answers
   kStopped
 };
 
@@ -24,22 +24,22 @@ struct StateReading {
   ReadEnd end = ReadEnd::kComplete;
 };
 
-/// Reads variables as the pages do: one exchange for those of one get command. Works on the calling thread.
+/// Reads variables as the pages do, with one exchange per get command. Works on the calling thread.
 class StateReader {
  public:
-  /// Hears before each exchange how many are done, and of how many.
+  /// Called before each exchange with the number done and the total.
   using Progress = std::function<void(std::size_t done, std::size_t total)>;
 
-  /// `report` gets faults of the table.
+  /// `report` receives faults of the table.
   explicit StateReader(UserReport& report) : reader_({report, [] {}}) {}
 
-  /// Reads the variables into the model's values and returns them as a state. A stop ends it before the next
-  /// exchange; who wants the running one to end interrupts the client.
+  /// Reads the variables into the model's values and returns them as a state. A stop ends the reading before
+  /// the next exchange; to end the current one, interrupt the client.
   StateReading Read(Model& model, quarn::lidar::KtcClient& client, const std::vector<VarInfo*>& vars,
                     const std::stop_token& stop = {}, const Progress& progress = {}) const;
 
-  /// One exchange for variables of one get command: 0, or the code that says why there is no reply. The texts
-  /// of fields that the reply lacks stay.
+  /// Performs one exchange for the variables of one get command: 0, or the code that says why there is no
+  /// reply. Fields that the reply lacks keep their texts.
   std::int32_t ReadGroupOnce(Model& model, quarn::lidar::KtcClient& client, const ReadGroup& group) const;
 
  private:

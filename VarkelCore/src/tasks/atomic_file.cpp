@@ -13,8 +13,8 @@ namespace varkel {
 
 namespace {
 
-// File systems allow 255 bytes or characters; the time stamp, the extension and the random letters of the
-// temporary file take some 40 of them.
+// File systems allow 255 bytes or characters; the time stamp, the extension and the temporary file's random
+// letters need about 40.
 constexpr int kMaxNameBytes = 180;
 
 #ifdef Q_OS_WIN
@@ -49,7 +49,7 @@ WriteResult WriteAtomically(const QString& path, std::span<const std::uint8_t> b
   if (!IsWritableTarget(path) || !file.open(QIODevice::WriteOnly)) return WriteResult::kNotOpened;
   const auto size = static_cast<qint64>(bytes.size());
   const bool written = file.write(reinterpret_cast<const char*>(bytes.data()), size) == size;
-  // Flushed first: commit() ignores that the rest of its buffer did not fit on the disk.
+  // Flushed first: commit() ignores a failure to write the rest of its buffer to a full disk.
   return written && file.flush() && file.commit() ? WriteResult::kWritten : WriteResult::kNotWritten;
 }
 
@@ -68,7 +68,7 @@ QString SanitizedFileName(const QString& name) {
   std::replace_if(
       file_name.begin(), file_name.end(), [](QChar c) { return !IsAllowed(c); }, QLatin1Char('_'));
   if (file_name.startsWith(QLatin1Char('.'))) {
-    file_name[0] = QLatin1Char('_');  // else it would be a hidden file
+    file_name[0] = QLatin1Char('_');  // otherwise it would be a hidden file
   }
   while (QFile::encodeName(file_name).size() > kMaxNameBytes) {
     file_name.chop(file_name.size() > 1 && file_name.at(file_name.size() - 1).isLowSurrogate() ? 2 : 1);

@@ -7,7 +7,7 @@
 
 namespace varkel {
 
-/// Work that the window starts and whose end it hears of. Used from the thread that owns the queue.
+/// Work that the window starts and is notified about when it ends. Used from the thread that owns the queue.
 class BackgroundWork {
  public:
   /// `running_changed` is called whenever a piece of work begins or ends.
@@ -21,7 +21,7 @@ class BackgroundWork {
   WorkerThreads& workers_;
   EventQueue& events_;
   const std::function<void()> running_changed_;
-  int running_ = 0;  ///< the queue's thread only
+  int running_ = 0;  ///< used on the queue's thread only
 };
 
 }  // namespace varkel

@@ -6,9 +6,10 @@
 
 namespace varkel {
 
-/// Diagnostics for whoever runs the tool from a terminal: Qt's debug output and standard output. Any thread.
+/// Diagnostics for users who run the tool from a terminal: Qt's debug output and standard output.
+/// Thread-safe.
 
-/// A line of Qt's debug output: the parts with blanks between them, QStrings in quotes.
+/// A line of Qt's debug output: the parts separated by spaces, QStrings in quotes.
 template <typename... Parts>
 void DebugLine(const Parts&... parts) {
   (qDebug() << ... << parts);

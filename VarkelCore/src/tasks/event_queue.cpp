@@ -55,7 +55,7 @@ bool EventQueue::event(QEvent* wake) {
 }
 
 void EventQueue::RunWaiting() {
-  // One at a time: an event may open a nested event loop, which then goes on with the next one.
+  // One at a time: an event may open a nested event loop, which then continues with the next one.
   for (;;) {
     Event next;
     {

@@ -8,20 +8,20 @@
 
 namespace varkel {
 
-/// Hands what workers have to tell over to the thread that owns the queue (the user interface's thread):
-/// events run there one after the other, in the order in which they were posted.
+/// Passes events from workers to the thread that owns the queue (the user interface's thread), where they run
+/// one after the other, in the order in which they were posted.
 class EventQueue : public QObject {
  public:
   using Event = std::function<void()>;
 
   EventQueue();
 
-  /// From any thread. On the owner's thread the event runs at once, after those that were posted before.
+  /// Callable from any thread. On the owner's thread the event runs at once, after all events posted before.
   void Post(Event event);
-  /// The same, but never at once: for callers that hold what an event may ask for.
+  /// The same, but never runs the event at once: for callers that hold a lock that an event may need.
   void PostLater(Event event);
 
-  /// Drops what is waiting and every later event.
+  /// Drops all waiting and all later events.
   void Close();
 
  protected:

@@ -8,12 +8,12 @@
 
 namespace varkel {
 
-/// Runs a round of work again and again on a thread of its own, from construction until Stop or destruction.
+/// Repeats a round of work on its own thread, from construction until Stop or destruction.
 class PeriodicThread {
  public:
   using Round = std::function<void(const std::stop_token&)>;
 
-  /// The first round begins at once, each following one `period` after the end of the one before.
+  /// The first round begins at once, each following one `period` after the end of the previous one.
   PeriodicThread(std::chrono::milliseconds period, Round round);
   ~PeriodicThread() { Stop(); }
   PeriodicThread(const PeriodicThread&) = delete;
@@ -22,7 +22,7 @@ class PeriodicThread {
   /// Asks the round to end without waiting for it.
   void RequestStop();
   /// Asks the round to end and joins the thread; may be called more than once and from several threads, but
-  /// not from the round itself. The caller interrupts whatever the round may wait for.
+  /// not from the round itself. The caller interrupts anything that the round may be waiting for.
   void Stop();
 
  private:

@@ -10,10 +10,11 @@
 
 namespace varkel {
 
-/// Reports on the thread that owns the event queue, in the order in which they were made. Thread-safe.
+/// Delivers reports on the thread that owns the event queue, in the order in which they were made.
+/// Thread-safe.
 class SignalReport : public UserReport {
  public:
-  /// What the owner's thread does with a report.
+  /// The functions that receive reports on the owner's thread.
   struct Sinks {
     std::function<void(const QString& text, const QString& type)> log;
     std::function<void(const QString& text)> error;
@@ -38,7 +39,7 @@ class SignalReport : public UserReport {
     events_.Post([this, text = QString::fromStdString(text)] { sinks_.success(text); });
   }
 
-  /// An exception must not pass through Qt: its words become a notice and a log line.
+  /// Runs `operation`. An exception must not pass through Qt, so its text becomes a notice and a log line.
   void Guard(const std::function<void()>& operation) {
     try {
       operation();

@@ -4,14 +4,14 @@
 
 namespace varkel {
 
-/// What an operation reports to the user. Every call may come from any thread.
+/// What an operation reports to the user. Thread-safe.
 class UserReport {
  public:
   virtual ~UserReport() = default;
 
   /// A line of the log pane; `type` is "INFO", "WARNING" or "ERROR".
   virtual void Log(const std::string& text, const std::string& type) = 0;
-  /// A line of the byte flow. Called in the middle of an exchange: it reaches the user later.
+  /// A line of the byte log. Called in the middle of an exchange, so it is shown later.
   virtual void Bytes(const std::string& line) = 0;
   /// A notice window; an empty text withdraws the last one.
   virtual void Error(const std::string& text) = 0;

@@ -10,12 +10,12 @@
 
 namespace varkel {
 
-/// Waits for `duration` or until a stop is asked for; false when stopped.
+/// Waits for `duration` or until a stop is requested; false if stopped.
 bool SleepUnlessStopped(const std::stop_token& stop, std::chrono::milliseconds duration);
 
-/// Threads for single pieces of long work. Nobody waits for one of them, but none outlives this object:
-/// StopAndJoin asks all to stop and joins them. The owner makes sure that blocking calls inside the work
-/// return then (for example by interrupting the client that they use).
+/// Threads for individual long operations. They need not be waited for, but none outlives this object:
+/// StopAndJoin requests all to stop and joins them. The owner makes sure that blocking calls inside the work
+/// then return (for example by interrupting the client that they use).
 class WorkerThreads {
  public:
   WorkerThreads() = default;
@@ -23,10 +23,10 @@ class WorkerThreads {
   WorkerThreads(const WorkerThreads&) = delete;
   WorkerThreads& operator=(const WorkerThreads&) = delete;
 
-  /// Runs `work` on a thread of its own. After a stop nothing is started any more.
-  /// An exception that leaves `work` ends only that thread.
+  /// Runs `work` on its own thread; does nothing after a stop. An exception that escapes from `work` ends
+  /// only that thread.
   void Start(std::function<void(std::stop_token)> work);
-  /// Asks all to stop without waiting for them; nothing is started any more.
+  /// Requests all to stop without waiting for them; nothing more is started.
   void RequestStop();
   void StopAndJoin();
 

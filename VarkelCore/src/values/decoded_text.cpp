@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kLineBytes = 16;
 constexpr std::size_t kLongestField = 256;  // bytes shown
-constexpr std::size_t kMostLines = 512;
+constexpr std::size_t kMaxLines = 512;
 
 std::string Ascii(std::span<const std::uint8_t> bytes) {
   std::string text;
@@ -26,7 +26,7 @@ std::string Meaning(const DecodedField& field) {
   if (field.name.empty()) return {};
   const std::string value = FieldText(field);
   std::string text = value.empty() ? field.name : field.name + " = " + value;
-  // A text from the sensor must not forge lines.
+  // Text from the sensor must not add lines of its own.
   std::replace_if(
       text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; },
       '?');
@@ -59,7 +59,7 @@ std::string DecodedText(std::span<const DecodedField> fields) {
     std::string meaning = Meaning(field);
     std::size_t place = field.place;
     do {
-      if (lines++ == kMostLines) return text + "\n…";
+      if (lines++ == kMaxLines) return text + "\n…";
       const auto line = rest.first(std::min(rest.size(), kLineBytes));
       rest = rest.subspan(line.size());
       std::string shown = Padded(std::to_string(place), digits, true) + "  " +

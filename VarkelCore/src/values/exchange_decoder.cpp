@@ -16,7 +16,7 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-/// Fields in the order of their places, with what lies between them as unknown bytes.
+/// The fields ordered by position, with the gaps between them filled with fields of unknown bytes.
 std::vector<DecodedField> Filled(std::vector<DecodedField> fields, Bytes payload) {
   std::stable_sort(fields.begin(), fields.end(),
                    [](const DecodedField& a, const DecodedField& b) { return a.place < b.place; });
@@ -44,7 +44,7 @@ std::string OptionLabel(const VarInfo& var, const std::string& text) {
   return label == var.option_labels.end() ? std::string() : label->second;
 }
 
-/// The table writes " (rpm)".
+/// The unit without the space and parentheses of " (rpm)".
 std::string PlainUnit(const VarInfo& var) {
   constexpr std::size_t kBrackets = 3;
   return var.unit.size() > kBrackets ? var.unit.substr(2, var.unit.size() - kBrackets) : std::string();
@@ -78,7 +78,7 @@ void ExchangeDecoder::Index(const std::map<std::string, ConfigParser::VarList>& 
       const Command command = ParseCommandText(text);
       Vars& list = index[{command.code, command.extended_code}];
       list.insert(list.end(), vars.begin(), vars.end());
-    } catch (const std::exception&) {  // a command that is no number is never sent
+    } catch (const std::exception&) {  // a command that is not a number is never sent
     }
   }
 }
@@ -123,7 +123,7 @@ std::string ExchangeDecoder::CommandName(std::uint8_t command, Bytes request) co
 std::vector<DecodedField> ExchangeDecoder::Request(std::uint8_t command, Bytes request) const {
   const Route route = FindRoute(command, request);
   const std::size_t code_size = request.size() - route.content.size();
-  // The table has the channel only, the angles are no variables.
+  // The table has only the channel; the angles are not variables.
   const bool is_fov = !route.code.second && command == quarn::lidar::kWriteChannelFovCmd;
   std::vector<DecodedField> fields;
   if (code_size > 0) {

@@ -14,26 +14,26 @@
 
 namespace varkel {
 
-/// A piece of a payload: a variable, a part of the protocol, or bytes that nothing is known of.
+/// A field of a payload: a variable, a part of the protocol, or unknown bytes.
 struct DecodedField {
-  std::string id;         ///< of the variable; empty for what is none
+  std::string id;         ///< of the variable; empty if it is not one
   std::string name;       ///< empty: unknown bytes
-  std::string text;       ///< as the pages show it; empty where bytes say it best
+  std::string text;       ///< as the pages show it; empty if the bytes alone are shown
   std::string label;      ///< of the option; may be empty
   std::string unit;       ///< may be empty
-  std::size_t place = 0;  ///< of its first byte in the payload
+  std::size_t place = 0;  ///< position of its first byte in the payload
   std::vector<std::uint8_t> raw;
-  bool is_missing = false;  ///< the payload ends before it; `raw` is what there is
+  bool is_missing = false;  ///< the payload ends before the end of the field; `raw` holds the bytes that came
 };
 
-/// Tells by a model's table what the payloads of an exchange mean: the one place that does. What it returns
-/// covers the payload from its first byte to its last, whatever that holds. Thread-safe.
+/// Decodes the payloads of an exchange with a model's table. The returned fields always cover the whole
+/// payload, whatever it holds. Thread-safe.
 class ExchangeDecoder {
  public:
   explicit ExchangeDecoder(std::shared_ptr<const ConfigParser> catalogue);
 
   /// What the command does, in words: "read Model, PN and 5 more", "write Destination IP", "Restart"; empty
-  /// for one that neither the table nor the protocol knows.
+  /// if neither the table nor the protocol knows it.
   std::string CommandName(std::uint8_t command, std::span<const std::uint8_t> request) const;
 
   std::vector<DecodedField> Request(std::uint8_t command, std::span<const std::uint8_t> request) const;
@@ -47,9 +47,9 @@ class ExchangeDecoder {
   using Vars = std::vector<const VarInfo*>;
   struct Route {
     Code code;
-    Bytes content;               // of the request, behind the four-byte code
-    const Vars* sets = nullptr;  // null: no write
-    Vars gets;                   // of this very request
+    Bytes content;               // of the request, after the four-byte code
+    const Vars* sets = nullptr;  // null: not a set command
+    Vars gets;                   // those read by this request
     const VarInfo* action = nullptr;
   };
 

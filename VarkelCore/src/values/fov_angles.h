@@ -15,7 +15,7 @@ inline constexpr std::size_t kFovSectors = 5;
 /// The sensor's field of view: five sectors in degrees, five start angles and then five end angles.
 using FovAngles = std::array<float, 2 * kFovSectors>;
 
-/// The whole turn, shown until the sensor reports its angles.
+/// The full circle, shown until the sensor reports its angles.
 inline constexpr FovAngles kDefaultFov = {0, 0, 0, 0, 0, 360, 360, 360, 360, 360};
 
 /// Degrees with one decimal, whatever the locale.

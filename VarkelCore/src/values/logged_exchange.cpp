@@ -18,7 +18,7 @@ constexpr std::string_view kSend = "SEND: ";
 constexpr std::string_view kReceived = "RECV: ";
 constexpr std::string_view kFailed = "RECV: ret_code is ";
 
-/// The line's bytes; nullopt for a line that is not of the byte flow.
+/// The line's bytes; nullopt if it is not a line of the byte log.
 std::optional<Bytes> BytesOf(std::string_view line, std::string_view prefix) {
   if (!line.starts_with(prefix)) return std::nullopt;
   Bytes bytes;
@@ -57,12 +57,12 @@ std::string KtcText(const ExchangeDecoder& decoder, const KtcFrame& request, con
   if (received.starts_with(kFailed)) {
     return title + ": " +
            (received.substr(kFailed.size()).starts_with('-')
-                ? "no reply that could be used"
+                ? "no usable reply"
                 : "refused with code " + received.substr(kFailed.size()));
   }
   auto reply = BytesOf(received, kReceived);
   if (!reply) return {};
-  // The console's replies come with their header.
+  // Replies to console commands are logged with their header.
   if (const auto frame = FrameOf(*reply);
       frame && frame->command == request.command && frame->version == request.version) {
     reply = frame->payload;

@@ -6,8 +6,8 @@
 
 namespace varkel {
 
-/// What two lines of the byte flow mean: the request ("SEND: 47 74 …") and what came of it ("RECV: …");
-/// either may be empty. The text is for a monospaced font; empty when neither line tells anything.
+/// Decodes two lines of the byte log: a request ("SEND: 47 74 …") and its reply ("RECV: …"); either may be
+/// empty. The text is for a monospaced font; empty if neither line can be decoded.
 std::string DecodeLogLines(const ExchangeDecoder& decoder, const std::string& sent,
                            const std::string& received);
 

@@ -11,8 +11,8 @@
 
 namespace varkel {
 
-/// A loaded sensor model: its table and its values. The operation that works on one keeps it alive, also when
-/// another model is selected meanwhile.
+/// A loaded sensor model: its table and its values. An operation keeps the model that it works on alive, even
+/// if another one is selected meanwhile.
 struct Model {
   Model(std::string model_name, std::shared_ptr<ConfigParser> table, ValueStore::Listener values_changed = {})
       : name(std::move(model_name)),
@@ -24,10 +24,10 @@ struct Model {
   ValueStore values;
 };
 
-/// What a load found out about a table, as sentences for the log.
+/// The findings of loading a table, as sentences for the log.
 struct LoadReport {
-  std::string
-      fault;  ///< why there is no table: file, fault and, where there is one, the variable; else empty
+  /// Why the table could not be loaded: file, fault and, if known, the variable. Empty on success.
+  std::string fault;
   std::vector<std::string> errors;
   std::vector<std::string> warnings;
 };
@@ -39,7 +39,7 @@ class ModelSelection {
   explicit ModelSelection(ValueStore::Listener values_changed = {})
       : values_changed_(std::move(values_changed)) {}
 
-  /// Loads the model's table and publishes it with fresh values; an empty catalogue when that fails.
+  /// Loads the model's table and publishes it with fresh values; on failure, an empty catalogue.
   LoadReport Select(const std::string& model_name);
 
   /// Null until the first selection.

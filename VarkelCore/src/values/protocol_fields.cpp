@@ -17,7 +17,7 @@ namespace {
 using namespace quarn::lidar;
 using Bytes = std::span<const std::uint8_t>;
 
-/// Cuts fields out of a payload one after the other; what is not there is left out.
+/// Extracts fields from a payload one after the other; missing ones are left out.
 class Cutter {
  public:
   explicit Cutter(Bytes payload, std::size_t place = 0) : payload_(payload), place_(place) {}
@@ -61,7 +61,7 @@ bool StartsWith(Bytes bytes, std::string_view text) {
   return bytes.size() >= text.size() && std::equal(text.begin(), text.end(), bytes.begin());
 }
 
-/// A piece of a file is a whole KTC request within the payload, behind a four-byte code if there is one.
+/// A piece of a file is a complete KTC request inside the payload, after a four-byte code if there is one.
 std::size_t FilePieceAt(Bytes request) {
   static const Ktc_1_0_parser kParser;
   for (const std::size_t place : {std::size_t{0}, std::size_t{4}}) {

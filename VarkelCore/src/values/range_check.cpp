@@ -28,7 +28,7 @@ RangeVerdict Within(const VarInfo& var, double value) {
   return VerdictOf(within ? RangeFault::kNone : RangeFault::kOutOfRange);
 }
 
-/// The value and the field length, which a "Shared Secret Key" takes from each payload.
+/// The current value and the field length, which for a "Shared Secret Key" depends on the payload.
 std::pair<std::string, std::uint32_t> Present(const ConfigParser& catalogue, const VarInfo& var) {
   const auto lock = catalogue.LockValues();
   return {var.current_val, var.var_len};

@@ -28,12 +28,12 @@ bool ReadingHistory::Add(const VarInfo& var, const ValueStore::Shown& shown) {
   Points& points = points_[&var];
   if (!points.empty() && points.back().time >= *shown.read_time) return false;
   points.push_back({*shown.read_time, *number});
-  if (points.size() > kMostPoints) points.pop_front();
+  if (points.size() > kMaxPoints) points.pop_front();
   return true;
 }
 
 void ReadingHistory::MakeRoom() {
-  if (points_.size() < kMostVariables) return;
+  if (points_.size() < kMaxVariables) return;
   points_.erase(std::min_element(points_.begin(), points_.end(), [](const auto& a, const auto& b) {
     return a.second.back().time < b.second.back().time;
   }));

@@ -8,12 +8,12 @@
 
 namespace varkel {
 
-/// The numbers that live variables had since they came up. What is oldest goes when there is too much: each
-/// variable keeps so many points, and so many variables have any. Not thread-safe.
+/// The readings of numeric live variables over time. The number of points per variable and the number of
+/// variables are limited; the oldest are dropped. Not thread-safe.
 class ReadingHistory {
  public:
-  static constexpr std::size_t kMostPoints = 18000;  ///< half an hour of ten readings a second
-  static constexpr std::size_t kMostVariables = 64;
+  static constexpr std::size_t kMaxPoints = 18000;  ///< half an hour at ten readings a second
+  static constexpr std::size_t kMaxVariables = 64;
 
   struct Point {
     ValueStore::Time time;
@@ -27,12 +27,12 @@ class ReadingHistory {
     double mean = 0;
   };
 
-  /// What a row shows after an event. Only a new reading of a live variable that is a number counts.
-  /// True when it was added.
+  /// Adds what a row shows after an event, if it is a new reading of a numeric live variable; true if it was
+  /// added.
   bool Add(const VarInfo& var, const ValueStore::Shown& shown);
   void Clear() { points_.clear(); }
 
-  /// In the order of time; null before the first.
+  /// In chronological order; null before the first.
   const Points* Find(const VarInfo& var) const;
   /// `points` is not empty.
   static Summary Summarize(const Points& points);

@@ -69,7 +69,7 @@ std::vector<std::uint8_t> UintParser::ParseToBytes(const std::string& text, floa
   RequireNumber("UintParser", text);
   const float scaled = FloatOf("UintParser", text) / coefficient;
   const std::uint32_t limit = 1U << (8 * parser_length % 32);
-  // Written so that a value that is no number (0 / 0) is refused too.
+  // Written such that NaN (0 / 0) is refused as well.
   if (!(scaled >= 0.0F && scaled < static_cast<float>(limit))) {
     Refuse("UintParser: contains an illegal number, error:" + text);
   }

@@ -8,13 +8,13 @@
 namespace varkel {
 
 /// Turns the text that the user sees into the bytes of a set payload's field, most significant byte first.
-/// One class a value type; they keep no state between calls.
+/// One class per value type; they keep no state between calls.
 class StrParser {
  public:
   virtual ~StrParser() = default;
 
-  /// `coefficient` divides: the value sent is the shown value / coefficient.
-  /// Raises std::invalid_argument with a sentence that names the text which can't be sent.
+  /// `coefficient` divides: the value sent is the shown value / coefficient. Raises std::invalid_argument
+  /// with a sentence naming the text that can't be sent.
   virtual std::vector<std::uint8_t> ParseToBytes(const std::string& text, float coefficient) = 0;
 
   std::uint64_t parser_length = 1;  ///< byte width of the integer types; 1 for all others
@@ -47,25 +47,25 @@ class DoubleParser : public StrParser {
   std::vector<std::uint8_t> ParseToBytes(const std::string& text, float coefficient) override;
 };
 
-/// Four decimal numbers from 0 to 255 joined by ".".
+/// Four decimal numbers from 0 to 255 separated by ".".
 class IPv4Parser : public StrParser {
  public:
   std::vector<std::uint8_t> ParseToBytes(const std::string& text, float coefficient) override;
 };
 
-/// Six decimal (not hexadecimal) numbers from 0 to 255 joined by ":".
+/// Six decimal (not hexadecimal) numbers from 0 to 255 separated by ":".
 class MacParser : public StrParser {
  public:
   std::vector<std::uint8_t> ParseToBytes(const std::string& text, float coefficient) override;
 };
 
-/// Raw fields are not written; gives no bytes.
+/// Raw fields are not written: always returns no bytes.
 class RawParser : public StrParser {
  public:
   std::vector<std::uint8_t> ParseToBytes(const std::string& text, float coefficient) override;
 };
 
-/// The codec of a value type as the tables write it (case matters); null for a type that can't be written.
+/// The codec for a value type as named in the tables (case matters); null for a type that can't be written.
 std::unique_ptr<StrParser> MakeStrParser(const std::string& var_type);
 
 }  // namespace varkel

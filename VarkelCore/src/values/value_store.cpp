@@ -15,7 +15,7 @@ constexpr char kSerialNumberName[] = "SN";
 constexpr char kUnknownSerialNumber[] = "xxxxxxxx";
 constexpr std::size_t kAnglesResetOnDisconnect = 4;
 
-/// Whether two texts are one number, as far as reading and writing with different scales can tell.
+/// Whether two texts are the same number within the precision of reading and writing with different scales.
 bool AreSameNumber(const VarInfo& var, const std::string& a, const std::string& b) {
   constexpr double kShownStep = 0.005;  // texts have two decimals
   try {
@@ -27,7 +27,7 @@ bool AreSameNumber(const VarInfo& var, const std::string& a, const std::string& 
   }
 }
 
-/// A field that is read and written with one scale comes back byte by byte ("1.3" reads back as "1.30").
+/// A field that is read and written with the same scale is compared by bytes ("1.3" reads back as "1.30").
 bool IsReadBackEqual(const SentField& sent, const Reading& reading) {
   if (sent.text == reading.text) return true;
   const VarInfo& var = *reading.var;
@@ -93,7 +93,7 @@ void ValueStore::Store(Reading& reading, Time time) {
   VarInfo& var = *reading.var;
   State& state = Touch(var);
   if (state.sent && state.origin != ValueOrigin::kVerified) {
-    const bool was_kept = state.origin == ValueOrigin::kRead;  // sent with the bytes that it had
+    const bool was_kept = state.origin == ValueOrigin::kRead;  // sent with its reported bytes
     const bool equal = IsReadBackEqual(*state.sent, reading);
     state.origin = !equal ? ValueOrigin::kDiffers : was_kept ? ValueOrigin::kRead : ValueOrigin::kVerified;
   } else if (!state.sent || reading.text != state.reported) {
@@ -192,7 +192,8 @@ void ValueStore::Sent(const SentCommand& command, Moment asked) {
       state.sent = field;
       state.sent_at = moment_;
       state.reported = field.text;
-      if (!state.edited) field.var->current_val = field.text;  // an edit cancelled too late to stop it
+      if (!state.edited)
+        field.var->current_val = field.text;  // an edit that was cancelled after it had been sent
     }
     if (command.fov) {
       std::copy_n(command.fov->begin(), kFovSectors, reported_fov_.begin());
@@ -410,7 +411,7 @@ ValueStore::State& ValueStore::Touch(const VarInfo& var) {
   return state;
 }
 
-/// The angles stand in the rows of the variables that go out with them.
+/// The angles are shown in the rows of the variables that are sent with them.
 void ValueStore::TouchFov() {
   const auto carried = catalogue_->set_cmd_map().find(kFovSetCommand);
   if (carried == catalogue_->set_cmd_map().end()) return;

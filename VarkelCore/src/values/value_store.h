@@ -24,7 +24,7 @@ enum class ValueOrigin {
   kRead,      ///< the sensor
   kEdited,    ///< the user, not saved yet
   kSent,      ///< saved, not read back yet
-  kVerified,  ///< saved and read back as it was sent
+  kVerified,  ///< saved, and read back as sent
   kDiffers,   ///< saved, but the sensor reports another value
 };
 
@@ -45,55 +45,58 @@ struct SentField {
   std::vector<std::uint8_t> bytes;
 };
 
-/// A set command that went out.
+/// A set command that was sent.
 struct SentCommand {
   std::string set_cmd;
   std::vector<SentField> fields;
   std::optional<FovAngles> fov;  ///< for the field-of-view command
 };
 
-/// The values of one catalogue: what the sensor reported, what the user made of it, what was sent.
+/// The values of one catalogue: those the sensor reported, the user's edits, and those that were sent.
 ///
-/// One function for each event that changes values; nobody else writes `VarInfo::current_val`. The user's
-/// edits are kept apart from what the sensor reports: a reading never replaces an edited text, and cancelling
-/// gives back the last reported one. State is kept only for variables that an event has touched.
+/// There is one function for each event that changes values; no other code writes `VarInfo::current_val`. The
+/// user's edits are kept apart from what the sensor reports: a reading never replaces an edited text, and
+/// cancelling restores the last reported one. State is kept only for variables that an event has changed.
 ///
-/// Thread-safe; the catalogue's value lock guards everything. The listener is called without it.
+/// Thread-safe; the catalogue's value lock guards everything. The listener is called without holding it.
 class ValueStore {
  public:
   using Time = std::chrono::system_clock::time_point;
-  /// A point in the order of events.
+  /// A position in the sequence of events.
   using Moment = std::uint64_t;
   using Listener = std::function<void()>;
 
-  /// `listener` is called on the thread of the event when the first change comes after TakeChanges.
+  /// `listener` is called on the event's thread for the first change after each TakeChanges.
   explicit ValueStore(std::shared_ptr<ConfigParser> catalogue, Listener listener = {});
 
   // Events
 
-  /// The sensor reported these fields in answer to a request made at `asked`. Fields that were sent after
-  /// that moment, and everything from before the last change of sensor, are out of date and dropped.
+  /// The sensor reported these fields in answer to a request made at `asked`. Readings of fields that were
+  /// sent after that moment, and all readings from before the last change of sensor, are out of date and
+  /// dropped.
   void Read(std::vector<Reading> readings, Moment asked, Time time = std::chrono::system_clock::now());
-  /// The sensor reported the field of view, its first `sectors`; the other angles are those from before.
+  /// The sensor reported the first `sectors` sectors of the field of view; the other angles keep their
+  /// values.
   void ReadFov(const FovAngles& angles, Moment asked, std::size_t sectors = kFovSectors);
-  /// The user changed a text. A text equal to the present one is no edit.
+  /// The user changed a text. A text equal to the current one is not an edit.
   void Edit(VarInfo& var, const std::string& text);
   /// The user changed one angle of the field of view; `index` is below 10.
   void EditFov(std::size_t index, float degrees);
-  /// One edit goes back to what the sensor reported last, or to the table's default.
+  /// Reverts one edit to what the sensor last reported, or to the table's default.
   void TakeBack(VarInfo& var);
   void TakeBackFov(std::size_t index);
-  /// All edits go back like that. True when angles of the field of view are among them.
+  /// Reverts all edits. True if angles of the field of view are among them.
   bool Cancel();
-  /// The command went out whole in a request made at `asked`. Its edits stay pending until the save ends.
+  /// The command was sent completely in a request made at `asked`. Its edits stay pending until the save
+  /// ends.
   void Sent(const SentCommand& command, Moment asked);
-  /// A save ended well: what it sent is no longer pending, unless it was edited again meanwhile.
+  /// A save succeeded: its edits are no longer pending, except those edited again meanwhile.
   void Saved(std::span<const SentCommand> commands);
-  /// The sensor refused the command, or did not answer it. Its edits show the code until they change.
+  /// The sensor refused the command, or did not answer it. Its edits show the code until they are changed.
   void Refused(const std::string& set_cmd, int code);
-  /// Another sensor may answer from now on: what was read so far is not known to be its value.
+  /// Another sensor may answer from now on: earlier readings need not be its values.
   void SensorChanged();
-  /// Cancel, SensorChanged, and the first four start angles become 0.
+  /// Like Cancel and SensorChanged; also sets the first four start angles to 0.
   void Disconnected();
   /// The texts of all variables named "SN" become "xxxxxxxx".
   void SerialNumberUnknown();
@@ -101,25 +104,25 @@ class ValueStore {
   // Queries
 
   Moment Now() const;
-  /// Whether this sensor reported the variable, since `moment` at that.
+  /// Whether this sensor has reported the variable since `moment`.
   bool IsRead(const VarInfo& var, Moment moment = 0) const;
   bool IsFovRead() const;
-  /// How many sectors this sensor reported last, since `moment` at that.
+  /// The number of sectors in this sensor's last report, if that came after `moment`; otherwise 0.
   std::size_t FovSectorsRead(Moment moment = 0) const;
   bool IsEdited(const VarInfo& var) const;
-  /// In no particular order; without the angles of the field of view.
+  /// In no particular order; not including the angles of the field of view.
   std::vector<const VarInfo*> EditedVars() const;
   bool IsFovEdited() const;
-  /// Whether an edit waits for this set command.
+  /// Whether this set command has pending edits.
   bool IsPending(const std::string& set_cmd) const;
-  /// The number of set commands with edits.
+  /// The number of set commands with pending edits.
   std::size_t pending_count() const;
-  /// The angles as shown, and as the sensor reported them last.
+  /// The angles as shown, and as the sensor last reported them.
   FovAngles Fov() const;
   FovAngles ReportedFov() const;
 
-  /// The bytes with which the sensor reported the present text; empty for an edited text and for one that
-  /// the sensor did not report.
+  /// The current text and the bytes with which the sensor reported it; no bytes if the text was edited or not
+  /// reported by the sensor.
   struct Field {
     std::string text;
     std::vector<std::uint8_t> raw;
@@ -130,11 +133,11 @@ class ValueStore {
   struct Shown {
     std::string text;
     std::string switch_text;     ///< the text of the variable's switch, if it has one
-    std::string held;            ///< what an edited text goes back to
+    std::string held;            ///< the text that reverting the edit restores
     std::optional<int> refusal;  ///< why the last save of this edit failed
     ValueOrigin origin = ValueOrigin::kDefault;
     bool edited = false;  ///< the variable, its switch or, for the field of view, its angles
-    bool stale = false;   ///< read, but not from the sensor that is connected now
+    bool stale = false;   ///< read, but not from the currently connected sensor
     std::optional<Time> read_time;
     std::vector<std::uint8_t> raw;  ///< the field's bytes in the last reply
     std::uint32_t set_start_pos = 0;
@@ -142,7 +145,7 @@ class ValueStore {
   };
   Shown Show(const VarInfo& var) const;
 
-  /// What was sent last, and what the sensor has reported since.
+  /// The last text sent, and what the sensor has reported since.
   struct Verification {
     std::string sent;
     std::optional<std::string> read_back;
@@ -150,16 +153,16 @@ class ValueStore {
   };
   /// nullopt if the variable was not sent to this sensor.
   std::optional<Verification> Verify(const VarInfo& var) const;
-  /// The start angles that were sent last, and what the sensor has reported since.
+  /// The last start angles sent, and what the sensor has reported since.
   std::optional<Verification> VerifyFov() const;
 
-  /// The variables that events have touched since the last call, each once.
+  /// The variables that events have changed since the last call, each once.
   std::vector<const VarInfo*> TakeChanges();
 
  private:
   struct State {
-    std::string reported;           // what the text goes back to when an edit is cancelled
-    std::vector<std::uint8_t> raw;  // the field's bytes that belong to it; empty: not read, or sent since
+    std::string reported;           // the text that cancelling an edit restores
+    std::vector<std::uint8_t> raw;  // the field's bytes for that text; empty: not read, or sent since
     ValueOrigin origin = ValueOrigin::kDefault;  // of `reported`
     std::optional<Time> read_time;
     Moment read_at = 0;

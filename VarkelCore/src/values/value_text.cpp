@@ -56,8 +56,8 @@ ValueText Ip(Bytes bytes, float /*coefficient*/) {
   return {ValueFault::kNone, Dotted(bytes)};
 }
 
-// Users of the sensor's other tools know its addresses with three digits for 0x10 ("010"): the zero in
-// front also goes to that value.
+// Bytes up to and including 0x10 get a leading zero, so 0x10 shows as "010": the sensor's other tools show
+// addresses this way, and users compare them.
 ValueText Mac(Bytes bytes, float /*coefficient*/) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   constexpr std::uint8_t kLastWithZero = 0x10;
@@ -110,8 +110,8 @@ ValueText Text(Bytes bytes, float /*coefficient*/) {
   return {ValueFault::kNone, std::string(WithoutPadding(bytes))};
 }
 
-// A field may be narrower or wider than its type: the low-order bytes count, and a narrow signed field
-// keeps its sign.
+// A field may be narrower or wider than its type: the low-order bytes are used, and a narrow signed field is
+// sign-extended.
 template <std::integral T>
 ValueText Integer(Bytes bytes, float coefficient) {
   std::uint64_t raw = std::is_signed_v<T> && bytes.front() >= 0x80 ? ~std::uint64_t{0} : 0;

@@ -11,12 +11,11 @@ enum class ValueFault { kNone, kEmpty, kMacSize, kVersionSize, kNumberSize, kUns
 
 struct ValueText {
   ValueFault fault = ValueFault::kNone;
-  std::string text;  ///< the shown text; empty when there is a fault
+  std::string text;  ///< the shown text; empty if there is a fault
 };
 
-/// Turns a field of a get reply into the text that the user sees.
-/// `bytes` is the field alone, multi-byte numbers big-endian; `coefficient` scales the numeric types.
-/// Never throws on any bytes.
+/// Turns a field of a get reply into the text that the user sees. `bytes` is the field alone, multi-byte
+/// numbers big-endian; `coefficient` scales the numeric types. Never throws, whatever the bytes.
 ValueText BytesToText(const std::string& var_type, std::span<const std::uint8_t> bytes, float coefficient);
 
 }  // namespace varkel

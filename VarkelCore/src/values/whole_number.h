@@ -9,10 +9,11 @@ namespace varkel {
 /// Whether values of this type are numbers.
 bool IsNumberType(const std::string& type);
 
-/// Without the blanks at its ends.
+/// The text without white space at its ends.
 std::string_view Trimmed(std::string_view text);
 
-/// The number that all of the text is, with a decimal point whatever the locale; blanks count as text.
+/// The number, if the whole text is one; always with a decimal point, whatever the locale. Spaces are not
+/// allowed.
 std::optional<double> WholeNumber(std::string_view text);
 
 }  // namespace varkel

@@ -50,7 +50,7 @@ void Put(std::ofstream& file, const Bytes& bytes) {
 
 }  // namespace
 
-/// One connection as a TCP conversation. All but the construction with the recorder's mutex held.
+/// One connection as a TCP conversation. Used with the recorder's mutex held, except for construction.
 class CaptureRecorder::Tap : public WireTap {
  public:
   Tap(CaptureRecorder& recorder, const TcpEndpoint& sensor, std::uint16_t tool_port)
@@ -71,7 +71,7 @@ class CaptureRecorder::Tap : public WireTap {
 
   CaptureRecorder& recorder_;
   std::array<Side, 2> sides_;   // the tool, the sensor
-  std::uint64_t shown_in_ = 0;  // the recording that has this connection's beginning
+  std::uint64_t shown_in_ = 0;  // the recording that contains the start of this connection
 };
 
 CaptureRecorder::Tap::~Tap() {
@@ -81,7 +81,7 @@ CaptureRecorder::Tap::~Tap() {
     Send(0, kTcpFin | kTcpAck);
     Send(1, kTcpFin | kTcpAck);
     Send(0, kTcpAck);
-  } catch (const std::exception&) {  // out of memory: the conversation stays without an end
+  } catch (const std::exception&) {  // out of memory: the conversation remains open
   }
 }
 
@@ -115,7 +115,7 @@ void CaptureRecorder::Tap::Send(std::size_t from, std::uint8_t flags, std::span<
   TcpSegment segment{sender.endpoint, receiver.endpoint, sender.sequence, 0, flags, payload};
   if ((flags & kTcpAck) != 0) segment.acknowledgement = receiver.sequence;
   recorder_.WritePacket(segment);
-  // A beginning and an end take a number each.
+  // SYN and FIN take one sequence number each.
   sender.sequence +=
       static_cast<std::uint32_t>(payload.size()) + ((flags & (kTcpSyn | kTcpFin)) != 0 ? 1U : 0U);
 }
@@ -162,7 +162,7 @@ void CaptureRecorder::WritePacket(const TcpSegment& segment) {
   Put(file_, RecordHeader(packet.size()));
   Put(file_, packet);
   if (!file_.flush()) {
-    // What is there stays readable: the packet that was written half goes.
+    // Removes a half-written packet, so that the file stays readable.
     file_ = std::ofstream();
     std::error_code ignored;
     std::filesystem::resize_file(path_, size_, ignored);
@@ -177,7 +177,7 @@ void CaptureRecorder::End(const std::string& reason) noexcept {
   try {
     file_ = std::ofstream();
     if (ended_) ended_("The recording to " + platform::PathText(path_) + " has ended: " + reason + ".");
-  } catch (const std::exception&) {  // out of memory: the end goes unsaid
+  } catch (const std::exception&) {  // out of memory: the end is not reported
   }
 }
 

@@ -15,33 +15,34 @@
 
 namespace quarn::lidar {
 
-/// Where a sensor on serial lines stands in a capture, and the tool in every one: addresses that no network
-/// has (RFC 5737), and the port after KTC's.
+/// Stand-in addresses in a capture, for a sensor on serial lines and for the tool: addresses reserved for
+/// documentation (RFC 5737), and the port after KTC's.
 inline constexpr TcpEndpoint kSerialLinesEndpoint = {{192, 0, 2, 2}, 9348};
 inline constexpr Ipv4 kToolAddress = {192, 0, 2, 1};
 
-/// Writes what goes over the wire to a pcap file, each connection as a TCP conversation of its own: a
-/// handshake, the bytes in segments, an end. Packets are flushed one by one, so that the file is readable
-/// whatever becomes of the program. A recording ends by itself at its largest size or when the file can't be
-/// written. Thread-safe; costs an exchange nothing but a look at a flag while it is off.
+/// Writes the traffic to a pcap file, each connection as its own TCP conversation with handshake, data
+/// segments and close. Every packet is flushed, so that the file is readable even if the program crashes. A
+/// recording ends by itself at its maximum size or if the file can't be written. Thread-safe; while off, it
+/// costs an exchange only the check of a flag.
 class CaptureRecorder {
  public:
   static constexpr std::uint64_t kLargestFile = 1'000'000'000;
 
-  /// `ended` gets a sentence when a recording ends by itself, once, on the thread of the exchange that it
-  /// meets; it must not throw or call the recorder, except `is_recording`.
+  /// `ended` is called once, with a sentence, when a recording ends by itself, on the thread of the exchange
+  /// being recorded. It must not throw, and may call only `is_recording`.
   explicit CaptureRecorder(std::function<void(const std::string&)> ended,
                            std::uint64_t largest_file = kLargestFile);
   CaptureRecorder(const CaptureRecorder&) = delete;
   CaptureRecorder& operator=(const CaptureRecorder&) = delete;
 
-  /// Begins a new file in place of one of that name; a running recording ends first. Empty, or a sentence.
+  /// Starts a new file, replacing any file of that name; ends a running recording first. Returns an empty
+  /// text, or a sentence saying why it failed.
   std::string Start(const std::filesystem::path& file);
   void Stop();
   bool is_recording() const { return is_recording_; }
 
-  /// A tap for a new connection to `sensor`. It may be made before, during and after a recording and shows in
-  /// all that run while it lives. The recorder outlives it.
+  /// A tap for a new connection to `sensor`. It may be created at any time and appears in every recording
+  /// made during its lifetime. The recorder outlives it.
   std::shared_ptr<WireTap> Connection(const TcpEndpoint& sensor);
 
  private:

@@ -20,7 +20,7 @@ using Protocol = CapturedExchange::Protocol;
 using Bytes = std::span<const std::uint8_t>;
 using TakeExchange = std::function<void(const CapturedExchange&)>;
 
-/// Pairs the requests and replies of one connection.
+/// Matches the requests and replies of one connection.
 class Pairing {
  public:
   Pairing(const TcpConversations::Connection& connection, const TakeExchange& take, CaptureSummary& summary)
@@ -40,7 +40,7 @@ class Pairing {
     }
   }
 
-  /// Bytes are missing: what has come of a frame will not become whole.
+  /// Bytes are missing, so an incomplete frame will never be completed.
   void Lose(WireDirection direction) {
     if (direction == WireDirection::kToSensor) {
       requests_.TakeIncomplete();
@@ -61,7 +61,7 @@ class Pairing {
     return direction == WireDirection::kToSensor ? requests_ : replies_;
   }
 
-  /// The tool gives a reply up before it sends the next request.
+  /// The tool gives up on a reply before it sends the next request.
   void Ask(KtcFrame frame, CaptureTime time) {
     BreakOff();
     CapturedExchange& exchange = Begin(frame.version == 1 ? Protocol::kKtc1 : Protocol::kKtc2, time);
@@ -70,7 +70,7 @@ class Pairing {
   }
 
   void BreakOff() {
-    if (auto frame = replies_.TakeIncomplete()) Reply(std::move(*frame), last_, Answer::kBrokenOff);
+    if (auto frame = replies_.TakeIncomplete()) Reply(std::move(*frame), last_, Answer::kIncomplete);
   }
 
   void Reply(KtcFrame frame, CaptureTime time, Answer answer) {
@@ -80,7 +80,7 @@ class Pairing {
     });
     if (found == pending_.rend() && !pending_.empty() && waits(pending_.back())) found = pending_.rbegin();
     if (found == pending_.rend()) {
-      ++summary_.unasked;
+      ++summary_.unsolicited;
       return;
     }
     found->answer = answer;
@@ -92,7 +92,7 @@ class Pairing {
     EmitAnswered();
   }
 
-  // Over serial lines each frame is one piece, however many segments carry it.
+  // On serial lines each frame arrives in one piece, however many segments carry it.
   void AddSerialRequest(CaptureTime time, Bytes bytes) {
     constexpr std::size_t kCode = 8;        // of a command frame
     constexpr std::size_t kFrameType = 10;  // of a firmware frame
@@ -120,7 +120,7 @@ class Pairing {
     exchange.announced = static_cast<std::uint32_t>(exchange.reply.size());
   }
 
-  /// One unanswered request is remembered beside the new one: its reply may come late.
+  /// Keeps one unanswered request in addition to the new one, since its reply may come late.
   CapturedExchange& Begin(Protocol protocol, CaptureTime time) {
     EmitAnswered();
     while (pending_.size() > 1 || (protocol == Protocol::kSerialLines && !pending_.empty())) Emit();

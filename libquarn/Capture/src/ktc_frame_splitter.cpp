@@ -15,7 +15,8 @@ const GeneralKtcParser& ParserOf(std::uint8_t version) {
   return kVersion1;
 }
 
-/// The version whose identifier the bytes begin with; 0: none, nullopt: one byte is too few to tell.
+/// The version whose identifier the bytes begin with; 0: none, nullopt: undecided, since one byte is not
+/// enough.
 std::optional<std::uint8_t> VersionAt(std::span<const std::uint8_t> bytes) {
   for (const std::uint8_t version : {std::uint8_t{1}, std::uint8_t{2}}) {
     const GeneralKtcParser& parser = ParserOf(version);
@@ -58,7 +59,7 @@ std::optional<KtcFrame> KtcFrameSplitter::TakeIncomplete() {
   return frame;
 }
 
-/// The header that the rest begins with once the noise before it is skipped.
+/// Skips noise and returns the header that follows.
 std::optional<KtcFrame> KtcFrameSplitter::FindHeader() {
   for (; position_ < bytes_.size(); ++position_, ++noise_) {
     const auto version = VersionAt(Rest());

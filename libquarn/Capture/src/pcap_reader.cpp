@@ -9,7 +9,7 @@ namespace quarn::lidar {
 namespace {
 
 constexpr std::size_t kLinkTypePosition = 20;
-constexpr std::uint32_t kLinkTypeMask = 0x0FFFFFFF;  // the upper bits tell of checksums
+constexpr std::uint32_t kLinkTypeMask = 0x0FFFFFFF;  // the upper bits are about checksums
 constexpr std::uint32_t kMicroseconds = 1'000'000;
 constexpr std::uint32_t kNanoseconds = 1'000'000'000;
 
@@ -25,9 +25,9 @@ PcapReader::PcapReader(std::istream& file) : file_(file) {
     if (magic == kPcapMicroseconds || magic == kPcapNanoseconds) break;
   }
   if (magic == kPcapNextGeneration) {
-    fault_ = "The file is of the format pcapng: save it as pcap (editcap -F pcap).";
+    fault_ = "The file is in the pcapng format: save it as pcap (editcap -F pcap).";
   } else if (magic != kPcapMicroseconds && magic != kPcapNanoseconds) {
-    fault_ = "The file is no pcap capture.";
+    fault_ = "The file is not a pcap capture.";
   } else if (size < header.size()) {
     fault_ = "The file ends within its header.";
   }

@@ -15,17 +15,17 @@ struct PcapPacket {
   std::vector<std::uint8_t> bytes;
 };
 
-/// Reads a pcap file packet by packet: either byte order, times in micro- or nanoseconds. A file that lies or
-/// breaks off gives the packets before that. Holds one packet at a time.
+/// Reads a pcap file packet by packet: either byte order, times in micro- or nanoseconds. From a malformed or
+/// truncated file it returns the packets before the fault. Holds one packet at a time.
 class PcapReader {
  public:
   /// Reads the file's header; `file` outlives the reader.
   explicit PcapReader(std::istream& file);
 
-  /// The next packet; nullopt at the end, whole or not.
+  /// The next packet; nullopt at the end of the file or at a fault.
   std::optional<PcapPacket> Next();
 
-  /// What is wrong with the file, as a sentence; empty while nothing is.
+  /// What is wrong with the file, as a sentence; empty if nothing is so far.
   const std::string& fault() const { return fault_; }
   /// One of LinkType, or another number.
   std::uint32_t link_type() const { return link_type_; }

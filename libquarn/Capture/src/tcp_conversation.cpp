@@ -5,16 +5,16 @@
 namespace quarn::lidar {
 namespace {
 
-/// A file of nothing but beginnings must not become memory.
-constexpr std::size_t kMostOpen = 1024;
+/// Limits the memory for a file that only opens connections.
+constexpr std::size_t kMaxOpen = 1024;
 constexpr std::uint16_t kKtcPort = 9347;
 
 bool IsSensorPort(std::uint16_t port) {
   return port == kKtcPort || port == kSerialLinesEndpoint.port;
 }
 
-/// Whether the segment, the first of its connection, goes to the sensor: the tool begins connections, and
-/// the first bytes within one.
+/// Whether the segment, the first of its connection, goes to the sensor: the tool opens connections and sends
+/// first.
 bool GoesToSensor(const TcpSegment& segment) {
   if ((segment.flags & kTcpSyn) != 0) return (segment.flags & kTcpAck) == 0;
   if (IsSensorPort(segment.destination.port) != IsSensorPort(segment.source.port)) {
@@ -43,7 +43,7 @@ void TcpConversations::Add(const TcpSegment& segment, CaptureTime time) {
   open_.erase(place);
 }
 
-/// The segment's conversation, which begins with it if need be; the end for a segment that begins none.
+/// The segment's conversation, created if the segment begins one; otherwise the end iterator.
 std::map<TcpConversations::Key, TcpConversations::Conversation>::iterator TcpConversations::Find(
     const TcpSegment& segment) {
   const bool begins = (segment.flags & (kTcpSyn | kTcpAck)) == kTcpSyn;
@@ -52,11 +52,11 @@ std::map<TcpConversations::Key, TcpConversations::Conversation>::iterator TcpCon
     const auto found = open_.find(key);
     if (found == open_.end()) continue;
     if (!begins || found->second.streams[0].next == segment.sequence + 1) return found;
-    events_.ended(found->second.connection);  // the ports are used again
+    events_.ended(found->second.connection);  // the ports are being reused
     open_.erase(found);
     break;
   }
-  if ((!begins && segment.payload.empty() && (segment.flags & kTcpSyn) == 0) || open_.size() >= kMostOpen) {
+  if ((!begins && segment.payload.empty() && (segment.flags & kTcpSyn) == 0) || open_.size() >= kMaxOpen) {
     return open_.end();
   }
   const bool to_sensor = GoesToSensor(segment);
@@ -71,7 +71,7 @@ void TcpConversations::Take(Conversation& conversation, WireDirection direction,
   if (bytes.empty()) return;
   auto& next = conversation.streams[static_cast<std::size_t>(direction)].next;
   if (!next) next = segment.sequence;
-  // Numbers wrap: what is less than half of them away lies behind.
+  // Sequence numbers wrap: a distance of less than half their range means that the bytes are already known.
   const std::uint32_t known = *next - segment.sequence;
   if (known != 0 && known <= 0x7FFFFFFFU) {
     if (known >= bytes.size()) return;

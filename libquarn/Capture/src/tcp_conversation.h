@@ -15,19 +15,18 @@
 
 namespace quarn::lidar {
 
-/// Puts the segments of a capture together to what each connection with a sensor sent and received. Segments
-/// are taken in the order of the file: what came before is dropped when it comes again, and what is missing
-/// stays missing.
+/// Reassembles the byte streams of each connection with a sensor from the segments of a capture. Segments are
+/// taken in file order: retransmitted bytes are dropped, and missing bytes are not waited for.
 class TcpConversations {
  public:
-  /// A connection, numbered from 1 in the order of their beginnings.
+  /// A connection; numbered from 1 in the order in which they begin.
   struct Connection {
     std::size_t number = 0;
     TcpEndpoint sensor;
   };
   struct Events {
     std::function<void(const Connection&, WireDirection, CaptureTime, std::span<const std::uint8_t>)> bytes;
-    /// So many bytes of that direction are not in the file.
+    /// This many bytes in that direction are missing from the file.
     std::function<void(const Connection&, WireDirection, std::uint64_t)> lost;
     std::function<void(const Connection&)> ended;
   };

@@ -48,7 +48,7 @@ std::uint16_t InternetChecksum(Bytes bytes, std::uint32_t sum = 0) {
   return static_cast<std::uint16_t>(~sum);
 }
 
-/// What follows the link's header if that is IP version 4; else empty.
+/// The IPv4 packet after the link header; empty for anything else.
 Bytes IpPacket(std::uint32_t link_type, Bytes packet) {
   const auto after = [packet](std::size_t type, std::size_t size) {
     const bool is_ip = packet.size() > size && LoadBigEndian<std::uint16_t>(packet, type) == kEtherTypeIpv4;
@@ -128,7 +128,7 @@ std::optional<TcpSegment> DecodeTcpPacket(std::uint32_t link_type, Bytes packet)
     return std::nullopt;
   }
   const std::size_t ip_header = std::size_t{ip[0] & 0x0FU} * 4;
-  // 0 where the network card cuts large packets itself: all that is there counts then.
+  // 0 if the network card segments large packets itself: then all captured bytes count.
   const std::size_t total = LoadBigEndian<std::uint16_t>(ip, kIpTotalLength);
   if (total != 0) ip = ip.first(std::min(total, ip.size()));
   if (ip_header < kIpHeader || ip.size() < ip_header + kTcpHeader) return std::nullopt;

@@ -42,14 +42,15 @@ struct TcpSegment {
   std::span<const std::uint8_t> payload;  ///< borrowed
 };
 
-/// Payload bytes that one packet of an Ethernet takes.
+/// The payload bytes that fit into one Ethernet packet.
 inline constexpr std::size_t kLargestSegment = 1460;
 
-/// An IP version 4 packet with both checksums; at most kLargestSegment payload bytes.
+/// Builds an IPv4 packet with both checksums; the payload has at most kLargestSegment bytes.
 std::vector<std::uint8_t> EncodeTcpPacket(const TcpSegment& segment, std::uint16_t identification);
 
-/// The TCP segment within a packet that begins as `link_type` (LinkType) says; its payload lies in `packet`.
-/// nullopt for anything else, fragments of packets among it. A packet that was cut short gives what is there.
+/// The TCP segment in a packet whose first header is of type `link_type` (LinkType); its payload points into
+/// `packet`. nullopt for anything else, including IP fragments. From a truncated packet, the payload bytes
+/// that are present.
 std::optional<TcpSegment> DecodeTcpPacket(std::uint32_t link_type, std::span<const std::uint8_t> packet);
 
 }  // namespace quarn::lidar

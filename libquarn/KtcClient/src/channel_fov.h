@@ -14,11 +14,11 @@ inline constexpr std::size_t kMaxFovs = 5;
 using FovAngles = std::array<float, kMaxFovs>;
 
 /// The payload of kWriteChannelFovCmd: the channel, then the five start angles. Angles that a u16 can't hold
-/// are brought to the nearest that it can, what is no number to 0.
+/// are clamped, NaN becomes 0.
 std::vector<std::uint8_t> EncodeChannelFov(std::uint8_t channel, const FovAngles& starts);
 
-/// Reads the reply to kQueryMultiFovCmd: a count, then that many pairs of start and end. Returns how many
-/// pairs it really holds, five at most; the angles of the others keep their values.
+/// Decodes the reply to kQueryMultiFovCmd: a count, then that many pairs of start and end. Returns the number
+/// of pairs actually present, five at most; the other angles keep their values.
 int DecodeMultiFov(std::span<const std::uint8_t> reply, FovAngles& starts, FovAngles& ends);
 
 }  // namespace quarn::lidar

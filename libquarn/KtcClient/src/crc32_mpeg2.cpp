@@ -13,8 +13,8 @@ constexpr std::size_t kSlices = 16;
 
 using Table = std::array<std::uint32_t, 256>;
 
-// Table k holds what a byte contributes once k more bytes have followed it, so that sixteen bytes are taken
-// in with look-ups that don't wait for each other.
+// Table k holds the contribution of a byte that is followed by k more bytes, so that sixteen bytes can be
+// processed with independent look-ups.
 constexpr std::array<Table, kSlices> MakeTables() {
   std::array<Table, kSlices> tables{};
   for (std::uint32_t byte = 0; byte < 256; ++byte) {
@@ -35,7 +35,7 @@ constexpr std::array<Table, kSlices> MakeTables() {
 
 constexpr std::array<Table, kSlices> kTables = MakeTables();
 
-// What the four bytes of `word` contribute once `following` more bytes have come after them.
+// The contribution of the four bytes of `word` when `following` more bytes come after them.
 std::uint32_t FourBytes(std::uint32_t word, std::size_t following) {
   return kTables[following + 3][word >> 24U] ^ kTables[following + 2][(word >> 16U) & 0xFFU] ^
          kTables[following + 1][(word >> 8U) & 0xFFU] ^ kTables[following][word & 0xFFU];

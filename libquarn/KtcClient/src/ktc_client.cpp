@@ -23,10 +23,10 @@ constexpr std::uint32_t kConnectAttemptSeconds = 1;
 constexpr std::uint32_t kDrainTimeoutMs = 50;
 constexpr std::size_t kDrainBlock = 1500;
 
-// A longer payload is taken all the same, but no command of a sensor answers with one.
+// A longer payload is accepted with a warning, since no command is answered with one.
 constexpr std::uint32_t kSuspiciousPayload = 10240;
 
-// The announced length is the sensor's claim: memory grows by what has come.
+// The announced length is only the sensor's claim, so memory grows with the bytes received.
 constexpr std::size_t kPayloadBlock = std::size_t{64} * 1024;
 
 constexpr std::size_t kMaxFrame = 0xFFFF;
@@ -214,7 +214,7 @@ tl::expected<void, std::int32_t> KtcClient::Perform(std::span<const std::uint8_t
   tl::expected<void, std::int32_t> outcome;
   try {
     outcome = ExchangeWhole(*transport, payload, result, cmd, with_header, receive_timeout_ms);
-  } catch (const std::exception& error) {  // out of memory, above all
+  } catch (const std::exception& error) {  // mainly out of memory
     QUARN_LOG(log_lib::kError, "KtcClient::QueryCommand, %s", error.what());
     last_return_code_ = kNoPayload;
     outcome = tl::unexpected(kNoPayload);
@@ -250,13 +250,13 @@ tl::expected<void, std::int32_t> KtcClient::ExchangeWhole(ClientBase& transport,
     PassToLog("RECV: ret_code is " + std::to_string(last_return_code_.load()));
   }
   if (ok) return {};
-  // The system still takes a request for a peer that has closed the connection, but nobody gets it.
+  // The system still accepts a request after the peer has closed the connection, but it never arrives.
   if (reply.peer_had_left) return tl::unexpected(kNotSent);
   const std::int32_t code = last_return_code_;
   return tl::unexpected(code != 0 ? code : kOtherReply);
 }
 
-// Up to the reply's header, checked.
+// Sends the request and reads and checks the reply's header.
 bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> payload, std::uint8_t cmd,
                          std::uint32_t receive_timeout_ms, Reply& reply) {
   std::vector<std::uint8_t> frame;
@@ -275,7 +275,7 @@ bool KtcClient::Exchange(ClientBase& transport, std::span<const std::uint8_t> pa
   return true;
 }
 
-// Removes what an earlier, abandoned exchange left unread. False if it does not end.
+// Discards input left unread by an abandoned exchange. False if it does not end.
 bool KtcClient::DrainStaleInput(ClientBase& transport, Reply& reply) {
   std::array<std::uint8_t, kDrainBlock> stale;
   const auto limit = Clock::now() + limits_.longest_noise;
@@ -289,15 +289,15 @@ bool KtcClient::DrainStaleInput(ClientBase& transport, Reply& reply) {
   reply.peer_had_left = received == 0;
   transport.SetTimeout(current_receive_timeout_ms_, current_send_timeout_ms_);
   if (!ends) {
-    QUARN_LOG(log_lib::kWarning, "the sensor sends without pause, the request is not sent.");
+    QUARN_LOG(log_lib::kWarning, "the sensor sends continuously, the request is not sent.");
     last_return_code_ = kNotSent;
   }
   return ends;
 }
 
 bool KtcClient::SendRequest(ClientBase& transport, std::span<const std::uint8_t> frame) {
-  // One send takes 65535 bytes. Of a longer frame nothing goes out: the sensor would wait for its rest and
-  // take the next request for it. Without a frame (no such protocol version) there is nothing to send.
+  // One send takes at most 65535 bytes. Nothing of a longer frame is sent: the sensor would wait for the rest
+  // and take the next request for it. An empty frame means an unknown protocol version.
   int sent = 0;
   if (!frame.empty() && frame.size() <= kMaxFrame) {
     sent = transport.Send(frame.data(), static_cast<std::uint16_t>(frame.size()), 0);
@@ -314,11 +314,11 @@ bool KtcClient::SendRequest(ClientBase& transport, std::span<const std::uint8_t>
   return true;
 }
 
-// Skips noise before the header. Reads never ask for more than the header still lacks, so that no byte of
-// the payload is taken.
+// Skips noise before the header. Never reads more than the header still lacks, so that no byte of the payload
+// is consumed.
 bool KtcClient::ReadHeader(ClientBase& transport, Reply& reply) {
   const GeneralKtcParser& parser = *parser_.parser();
-  std::optional<Clock::time_point> limit;  // from the first noise on
+  std::optional<Clock::time_point> limit;  // set at the first noise
   while (reply.header_size < parser.GetHeaderSize()) {
     const std::span<std::uint8_t> missing =
         std::span(reply.header).subspan(reply.header_size, parser.GetHeaderSize() - reply.header_size);
@@ -338,7 +338,7 @@ bool KtcClient::ReadHeader(ClientBase& transport, Reply& reply) {
       const auto now = Clock::now();
       limit = limit.value_or(now + limits_.longest_noise);
       if (now > *limit) {
-        QUARN_LOG(log_lib::kWarning, "the sensor sends without pause, but no reply.");
+        QUARN_LOG(log_lib::kWarning, "the sensor sends continuously, but no reply.");
         last_return_code_ = kNoHeader;
         return false;
       }
@@ -389,7 +389,7 @@ bool KtcClient::ReadPayload(ClientBase& transport, std::size_t length, Reply& re
     filled += static_cast<std::size_t>(received);
     if (const auto now = Clock::now(); filled < limit && now - window >= limits_.least_bytes_time) {
       if (filled - counted < limits_.least_bytes) {
-        QUARN_LOG(log_lib::kWarning, "the sensor's reply comes too slowly, %u of %u bytes.",
+        QUARN_LOG(log_lib::kWarning, "the sensor's reply arrives too slowly, %u of %u bytes.",
                   static_cast<unsigned>(filled), static_cast<unsigned>(length));
         last_return_code_ = kNoPayload;
         return false;
@@ -429,7 +429,7 @@ void KtcClient::SetCurrentTimeouts(std::uint32_t receive_ms, std::uint32_t send_
   }
 }
 
-// ---- What is built on exchanges
+// ---- Operations built on exchanges
 
 int KtcClient::TransferFile(std::span<const std::uint8_t> data, std::uint32_t code, bool extended,
                             std::atomic<std::uint32_t>& progress) {

@@ -24,38 +24,39 @@
 
 namespace quarn::lidar {
 
-/// What one exchange takes from a sensor before it fails: a sensor that sends without pause, or without end,
-/// would otherwise block its client forever.
+/// Limits of one exchange: without them a sensor that sends continuously or endlessly would block its client
+/// forever.
 struct KtcLimits {
-  /// How long it may send what nobody asked for, before a request or before its reply.
+  /// How long the sensor may send unsolicited bytes, before a request or before its reply.
   std::chrono::milliseconds longest_noise{5000};
-  /// A payload has to bring at least so many bytes in each such time, counted from its header on.
+  /// At least `least_bytes` of a payload must arrive in each period of `least_bytes_time`, counted from its
+  /// header on.
   std::size_t least_bytes = 256;
   std::chrono::milliseconds least_bytes_time{5000};
-  /// Payload bytes that are kept; the largest that a sensor sends are logs of a few MiB.
+  /// Maximum payload size in bytes; the largest payloads that sensors send are logs of a few MiB.
   std::size_t largest_payload = std::size_t{64} * 1024 * 1024;
 };
 
-/// Commands one sensor. The connection is made in the background by a thread of the client's own (poll
-/// `IsOpen`), once: a connection that breaks shows as failing exchanges until a new client is made.
+/// Commands one sensor. The connection is established in the background by the client's own thread (poll
+/// `IsOpen`), only once: after it breaks, exchanges fail until a new client is created.
 ///
-/// Every operation may be called from any thread. Exchanges run one after the other, so that requests and
-/// replies of several threads never mix on the wire. Failures are return values; only
-/// `TransferFileByCmdText` throws. Whoever runs an operation keeps the client alive until it returns.
+/// Every operation may be called from any thread. Exchanges are serialised, so that requests and replies of
+/// several threads never mix on the wire. Failures are return values; only `TransferFileByCmdText` throws.
+/// Callers keep the client alive until the operation returns.
 class KtcClient {
  public:
-  /// Why an exchange failed, besides the sensor's own codes (1 to 255).
-  static constexpr std::int32_t kOtherReply =
-      -1;                                        ///< the reply answers another command; 0 in `LastReturnCode`
-  static constexpr std::int32_t kNoHeader = -2;  ///< the reply's header did not come, or only noise did
-  /// The reply's payload did not come whole, came too slowly or is too large.
+  /// Why an exchange failed, in addition to the sensor's own codes (1 to 255).
+  /// The reply answers another command; 0 in `LastReturnCode`.
+  static constexpr std::int32_t kOtherReply = -1;
+  static constexpr std::int32_t kNoHeader = -2;  ///< no reply header came, or only noise
+  /// The reply's payload was incomplete, too slow or too large.
   static constexpr std::int32_t kNoPayload = -3;
-  static constexpr std::int32_t kNotSent = -4;  ///< the request did not go out whole
+  static constexpr std::int32_t kNotSent = -4;  ///< the request was not sent completely
 
-  /// `client_type`: 0 plain TCP, 1 TLS; others connect nothing. `protocol_version`: 1 or 2. The paths name
-  /// PEM files for TLS. Time-outs of an exchange are milliseconds (0 waits without end); the connection is
-  /// tried for `connect_timeout_s` seconds, at least once, and without end when that is negative.
-  /// `local_port` 0 takes any. An empty `lidar_ip` may be filled in later.
+  /// `client_type`: 0 plain TCP, 1 TLS; others never connect. `protocol_version`: 1 or 2. The paths name PEM
+  /// files for TLS. Time-outs of an exchange are in milliseconds (0 waits forever); connecting is tried for
+  /// `connect_timeout_s` seconds, at least once, and forever if that is negative. `local_port` 0 means any.
+  /// An empty `lidar_ip` can be set later (SetLidarIp).
   KtcClient(std::string lidar_ip, std::uint16_t lidar_port, bool auto_receive, std::uint32_t client_type,
             std::uint8_t protocol_version, std::string cert_path, std::string private_key_path,
             std::string ca_path, std::uint32_t receive_timeout_ms, std::uint32_t send_timeout_ms,
@@ -68,37 +69,39 @@ class KtcClient {
 
   bool IsOpen() const;
 
-  /// One exchange: 0 on success, else -1 with the reason in `LastReturnCode` (an unopened client leaves it).
+  /// Performs one exchange: 0 on success, otherwise -1 with the reason in `LastReturnCode` (unchanged if the
+  /// client is not open).
   ///
-  /// On success `result` becomes the reply's payload, with the header in front of it on request. A reply
-  /// without payload gives the header on request and otherwise leaves `result` as it was. A failed exchange
-  /// gives the header, as far as it was read, on request; it leaves `result` as it was without one, and
-  /// always when the payload failed. `payload` may be the contents of `result`.
+  /// On success `result` becomes the reply's payload, preceded by the header if `with_header` is set. If the
+  /// reply has no payload, `result` becomes the header if `with_header` is set and is otherwise unchanged. On
+  /// failure `result` becomes the header, as far as it was read, if `with_header` is set; it is unchanged if
+  /// no header came or if the payload failed. `payload` may be the contents of `result`.
   int QueryCommand(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& result, std::uint8_t cmd,
                    bool with_header = false);
 
-  /// What an exchange came to: the reply's payload, or why there is none: the sensor's code, or one of those
-  /// above.
+  /// The result of an exchange: the reply's payload, or the code of the failure: the sensor's, or one of
+  /// those above.
   using Result = tl::expected<std::vector<std::uint8_t>, std::int32_t>;
 
-  /// One exchange. The reply is awaited for `receive_timeout_ms`, or for the client's own time-out when that
-  /// is 0. `LastReturnCode` may meanwhile be another thread's.
+  /// Performs one exchange. Waits for the reply for `receive_timeout_ms`, or for the client's own time-out if
+  /// that is 0. `LastReturnCode` may by then belong to another thread's exchange.
   Result Query(std::span<const std::uint8_t> payload, std::uint8_t cmd, std::uint32_t receive_timeout_ms = 0);
 
-  /// Sends `data` as numbered pieces of 1024 bytes, each answered before the next goes out, with time-outs of
-  /// a minute: 0, or -1 at the first piece that fails. The command is the low byte of `code`; `extended`
-  /// sends command 0xFF and puts the whole code, big-endian, in front of every piece. `progress` is the
-  /// number of the piece under way, from 1. Version 2 frames have no pieces: nothing is sent and 0 returned.
+  /// Sends `data` in numbered pieces of 1024 bytes, each answered before the next is sent, with time-outs of
+  /// a minute: 0, or -1 at the first piece that fails. The command is the low byte of `code`; with `extended`
+  /// it is 0xFF, and the whole code, big-endian, precedes every piece. `progress` is set to the number of the
+  /// current piece, from 1. Version 2 frames have no pieces: nothing is sent and 0 is returned.
   int TransferFile(std::span<const std::uint8_t> data, std::uint32_t code, bool extended,
                    std::atomic<std::uint32_t>& progress);
 
   /// `TransferFile` with the code as hexadecimal text, extended unless the text has four characters ("0x0A").
-  /// Empties the text afterwards. Throws as `TextToInt` does, with the text kept, before anything is sent.
+  /// Clears the text afterwards. If the text is not a number, throws as `TextToInt` does before anything is
+  /// sent, and keeps the text.
   int TransferFileByCmdText(std::span<const std::uint8_t> data, std::string& command_text,
                             std::atomic<std::uint32_t>& progress);
 
-  /// Reads the fields of view in degrees: 0 or -1. `count` is how many the sensor sent (0 to 5); angles
-  /// beyond them keep their values, all do on failure.
+  /// Reads the fields of view in degrees: 0 or -1. Sets `count` to the number that the sensor sent (0 to 5);
+  /// the other angles keep their values, and on failure all do.
   int QueryMultiFov(FovAngles& starts, FovAngles& ends, int& count);
 
   /// Writes the five start angles of a channel, in degrees: 0 or -1.
@@ -107,12 +110,12 @@ class KtcClient {
   bool KtcStreamDecode(std::uint8_t status, std::uint8_t byte, const std::vector<std::uint8_t>& in,
                        std::int32_t offset, std::int32_t length, std::vector<std::uint8_t>& out) const;
 
-  /// `callback` gets a "SEND: " and a "RECV: " line an exchange, on the thread of the exchange; lines are
-  /// only built while `wanted`, if given, answers true. Neither may throw or call this client. When the call
+  /// `callback` receives a "SEND: " and a "RECV: " line for each exchange, on the thread of the exchange; if
+  /// `wanted` is given, only while it returns true. Neither may throw or call this client. Once this function
   /// returns, the previous callback is no longer running.
   void SetLogCallback(std::function<void(const std::string&)> callback, std::function<bool()> wanted = {});
 
-  /// `tap` sees every byte of later exchanges, TLS or not; null takes it away.
+  /// `tap` sees every byte of later exchanges, decrypted in the case of TLS; null removes it.
   void SetWireTap(std::shared_ptr<WireTap> tap);
 
   /// Why the last failed exchange failed.
@@ -123,7 +126,7 @@ class KtcClient {
   std::uint32_t SerialFastBaudRate() const { return serial_fast_baud_rate_; }
   std::uint32_t SerialDefaultBaudRate() const { return serial_default_baud_rate_; }
 
-  /// Provides the address to a client that was created without one.
+  /// Sets the address of a client that was created without one.
   void SetLidarIp(std::string lidar_ip);
 
   /// Shuts the client down for good: the connect thread ends, and running and later exchanges fail at once.
@@ -192,12 +195,12 @@ class KtcClient {
 
   // Guarded by command_mutex_.
   std::shared_ptr<WireTap> tap_;
-  std::uint32_t current_receive_timeout_ms_;  // what the transport was last given
+  std::uint32_t current_receive_timeout_ms_;  // last set on the transport
   std::uint32_t current_send_timeout_ms_;
 
   // Guarded by state_mutex_.
   mutable std::mutex state_mutex_;
-  std::condition_variable_any stopped_;  // only the stop of the connect thread wakes it
+  std::condition_variable_any stopped_;  // woken only by stopping the connect thread
   std::string lidar_ip_;
   std::shared_ptr<ClientBase> transport_;
 
@@ -206,7 +209,7 @@ class KtcClient {
   std::function<void(const std::string&)> log_callback_;
   std::function<bool()> log_wanted_;
 
-  std::jthread connect_thread_;  // last: everything else is made before it starts
+  std::jthread connect_thread_;  // last: starts when everything else is constructed
 };
 
 }  // namespace quarn::lidar

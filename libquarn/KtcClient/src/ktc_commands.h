@@ -10,8 +10,8 @@ namespace quarn::lidar {
 inline constexpr std::uint8_t kWriteChannelFovCmd = 0x22;
 /// Reads the fields of view.
 inline constexpr std::uint8_t kQueryMultiFovCmd = 0x23;
-/// Carries what has no command byte of its own: four-byte commands with their code at the front of the
-/// payload, and what goes to the serial line on the sensor's far side (ktc_serial_client.h).
+/// Carries commands without a command byte of their own: four-byte commands, with their code at the front of
+/// the payload, and frames for the serial line behind the sensor (ktc_serial_client.h).
 inline constexpr std::uint8_t kKtcExtensionCmd = 0xFF;
 
 }  // namespace quarn::lidar

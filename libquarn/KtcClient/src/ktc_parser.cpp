@@ -28,7 +28,7 @@ std::unique_ptr<const GeneralKtcParser> MakeParser(std::uint8_t version) {
   }
 }
 
-// The bytes of the range, or none where `in` doesn't hold it whole.
+// The bytes of the range; empty if it is not entirely inside `in`.
 std::vector<std::uint8_t> Slice(const std::vector<std::uint8_t>& in, std::int32_t offset,
                                 std::int32_t length) {
   const std::int64_t end = std::int64_t{offset} + length;
@@ -38,7 +38,7 @@ std::vector<std::uint8_t> Slice(const std::vector<std::uint8_t>& in, std::int32_
   return {in.begin() + offset, in.begin() + end};
 }
 
-// `piece` keeps its memory from piece to piece.
+// Reuses the memory of `piece` from piece to piece.
 void BuildPiece(std::span<const std::uint8_t> data, std::uint32_t number, std::uint32_t total,
                 std::vector<std::uint8_t>& piece) {
   piece.assign(kFilePieceHeaderSize, 0);
@@ -81,8 +81,8 @@ bool Ktc_1_0_parser::KtcStreamEncode(std::span<const std::uint8_t> payload, std:
 bool Ktc_1_0_parser::KtcStreamDecode(std::uint8_t /*status*/, std::uint8_t /*byte*/,
                                      const std::vector<std::uint8_t>& in, std::int32_t offset,
                                      std::int32_t length, std::vector<std::uint8_t>& out) const {
-  // Sizes and ends are compared as the 32-bit numbers of the protocol, wrapping included; the slice itself
-  // is checked without wrapping.
+  // This check uses the protocol's 32-bit numbers, which may wrap; the slice itself is checked without
+  // wrapping.
   const auto end =
       static_cast<std::int32_t>(static_cast<std::uint32_t>(offset) + static_cast<std::uint32_t>(length));
   if (static_cast<std::int32_t>(in.size()) < end) {

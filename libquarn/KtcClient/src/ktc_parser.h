@@ -9,7 +9,7 @@
 
 namespace quarn::lidar {
 
-/// Where the fields of a frame are; offsets and sizes in bytes. Multi-byte fields are big-endian.
+/// The positions of a frame's fields; offsets and sizes in bytes. Multi-byte fields are big-endian.
 struct KtcLayout {
   std::size_t header_size;
   std::size_t cmd;             ///< u8
@@ -20,36 +20,37 @@ struct KtcLayout {
 /// The longest header of the frame versions.
 inline constexpr std::size_t kMaxKtcHeaderSize = 12;
 
-/// Data bytes of a file-stream piece (the last one may hold fewer), and the header in front of them.
+/// The data bytes of a file-stream piece (the last one may hold fewer), and the size of the header before
+/// them.
 inline constexpr std::size_t kFilePieceSize = 1024;
 inline constexpr std::size_t kFilePieceHeaderSize = 16;
 
-/// Builds and describes the frames of one protocol version. Holds nothing but its header template, the header
-/// of a request with command 0 and no payload; all operations may run on several threads at once.
+/// Builds and describes the frames of one protocol version. Its only state is the constant header template,
+/// the header of a request with command 0 and no payload, so it is thread-safe.
 class GeneralKtcParser {
  public:
   virtual ~GeneralKtcParser() = default;
   GeneralKtcParser(const GeneralKtcParser&) = delete;
   GeneralKtcParser& operator=(const GeneralKtcParser&) = delete;
 
-  /// Replaces `frame` by the request frame around `payload`, which must not lie in `frame`. Always true.
+  /// Sets `frame` to the request frame for `payload`, which must not point into `frame`. Always true.
   virtual bool KtcStreamEncode(std::span<const std::uint8_t> payload, std::vector<std::uint8_t>& frame,
                                std::uint8_t cmd) const = 0;
 
-  /// Version 1.0 cuts `length` bytes at `offset` out of `in`; false, with `out` untouched, when offset +
-  /// length (32-bit) lies past the end of `in`. A range that `in` can't hold otherwise gives an empty
-  /// `out`. Version 2.0 acts on `status` alone. `in` and `out` may be the same vector.
+  /// Version 1.0 copies `length` bytes at `offset` from `in` to `out`; false, with `out` unchanged, if offset
+  /// + length (in 32 bits) is past the end of `in`. Any other range outside `in` gives an empty `out`.
+  /// Version 2.0 depends on `status` alone. `in` and `out` may be the same vector.
   virtual bool KtcStreamDecode(std::uint8_t status, std::uint8_t byte, const std::vector<std::uint8_t>& in,
                                std::int32_t offset, std::int32_t length,
                                std::vector<std::uint8_t>& out) const = 0;
 
-  /// Appends to `frames` the request frames that carry `file` in numbered, CRC-protected pieces. Only
-  /// version 1.0 has them: other versions append nothing. False when a frame can't be packed; the frames
-  /// before it stay.
+  /// Appends to `frames` the request frames that carry `file` in numbered, CRC-protected pieces. Only version
+  /// 1.0 has pieces: other versions append nothing. False if a frame can't be built; the frames before it are
+  /// kept.
   virtual bool KtcFilestreamSend(std::span<const std::uint8_t> file, std::uint8_t cmd,
                                  std::vector<std::vector<std::uint8_t>>& frames) const;
 
-  // What the header template holds.
+  // The contents of the header template.
   virtual std::uint8_t GetHeaderIdentifier0() const = 0;
   virtual std::uint8_t GetHeaderIdentifier1() const = 0;
   virtual std::size_t GetHeaderSize() const = 0;
@@ -112,7 +113,7 @@ class Ktc_2_0_parser : public GeneralKtcParser {
   std::uint32_t GetPayloadLength() const override;
 };
 
-/// Owns the parser of a protocol version: 1 or 2. With any other version there is no parser, and the
+/// Owns the parser for a protocol version: 1 or 2. For any other version there is no parser, and the
 /// operations return false.
 class KtcParser {
  public:
@@ -128,7 +129,7 @@ class KtcParser {
   bool KtcFilestreamSend(std::span<const std::uint8_t> file, std::uint8_t cmd,
                          std::vector<std::vector<std::uint8_t>>& frames) const;
 
-  /// Null when the version is unknown.
+  /// Null if the version is unknown.
   const GeneralKtcParser* parser() const { return parser_.get(); }
   std::uint8_t version() const { return version_; }
 

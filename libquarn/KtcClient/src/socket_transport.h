@@ -10,9 +10,9 @@
 
 namespace quarn::lidar {
 
-/// What the transports over a TCP socket share: the socket and its settings, the peer, and the interrupt.
-/// The settings' warnings say "TcpClient" for either transport, so that there is one text to search the log
-/// for; the source file that they carry distinguishes the two.
+/// Base of the transports over a TCP socket: the socket and its settings, the peer, and the interrupt. The
+/// warnings about settings say "TcpClient" for either transport, so that one search of the log finds both;
+/// the source file in the log line distinguishes them.
 class SocketTransport : public ClientBase {
  public:
   bool IsOpened() const override { return opened_; }
@@ -22,7 +22,7 @@ class SocketTransport : public ClientBase {
   void Interrupt() override;
 
  protected:
-  /// `source_file`: a literal, the file that log lines of the settings name.
+  /// `source_file`: a literal, the file named in log lines about settings.
   explicit SocketTransport(const char* source_file) : source_file_(source_file) {}
 
   void SetPeer(const std::string& ip, std::uint16_t port);
@@ -30,12 +30,13 @@ class SocketTransport : public ClientBase {
   const std::string& lidar_ip() const { return lidar_ip_; }
   std::uint16_t lidar_port() const { return lidar_port_; }
 
-  /// Takes a connected socket over, with its start-up of the socket system, and marks the transport open.
-  /// False if there is none (kInvalidSocket), or after an interrupt; the transport is closed then.
+  /// Takes over a connected socket, including its start-up of the socket system, and marks the transport
+  /// open. False for kInvalidSocket or after an interrupt; the transport is then closed.
   bool TakeSocket(platform::SocketHandle socket);
   /// The same without marking it open: the handshake is still to come.
   bool HoldSocket(platform::SocketHandle socket);
-  /// Marks the transport closed; closes the socket, if there is one, and pairs its start-up.
+  /// Marks the transport closed; closes the socket, if there is one, and cleans up its start-up of the socket
+  /// system.
   void ReleaseSocket();
   platform::SocketHandle socket() const { return socket_; }
 

@@ -110,7 +110,8 @@ int TcpClient::Send(const std::uint8_t* data, std::uint16_t length, int flags) {
     return -1;
   }
   const int sent = platform::SendBytes(socket(), {data, length}, flags);
-  // The C library's number, not the socket's: where the two differ, a failed send is always logged.
+  // The C library's error number, not the socket's: on systems where the two differ, every failed send is
+  // logged.
   const int error = errno;
   if (sent != length && error != EINTR && error != EAGAIN && error != EWOULDBLOCK) {
     QUARN_LOG(log_lib::kError, "Send errno %d", error);

@@ -10,13 +10,13 @@ namespace quarn::lidar {
 /// The flags value that makes `Receive` a single read that does not wait.
 inline constexpr int kReceiveWithoutWaiting = 255;
 
-/// Plain TCP over IP version 4. An open ignores the paths and the automatic receive.
+/// Plain TCP over IPv4. Opening ignores the paths and the automatic receive.
 class TcpClient : public SocketTransport {
  public:
   TcpClient();
   ~TcpClient() override;
 
-  /// True at once when already open on the same address and port; otherwise reconnects.
+  /// Returns true at once if already open to the same address and port; otherwise reconnects.
   bool Open(const std::string& ip, std::uint16_t port, bool auto_receive, const char* cert,
             const char* private_key, const char* ca) override;
   bool TryOpen(std::uint16_t local_port, const std::string& ip, std::uint16_t port, bool auto_receive,
@@ -28,7 +28,7 @@ class TcpClient : public SocketTransport {
   int Receive(std::uint8_t* buffer, std::uint32_t length, int flags) override;
 
  private:
-  /// Connects to the last address, for as long as the system tries.
+  /// Connects to the last address, with the system's own time-out.
   bool PlainOpen();
   int ReceiveOnce(std::uint8_t* buffer, std::uint32_t length, int flags);
 };

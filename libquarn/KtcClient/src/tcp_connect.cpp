@@ -13,7 +13,7 @@ using Clock = std::chrono::steady_clock;
 // How long an interrupt may go unnoticed while a connection is under way.
 constexpr std::chrono::milliseconds kWaitSlice{20};
 
-// Waits until the attempt has ended, for better or worse.
+// Waits until the attempt has succeeded or failed.
 ConnectResult WaitConnected(platform::SocketHandle socket, std::optional<std::uint32_t> timeout_s,
                             const std::atomic<bool>& interrupted) {
   const auto deadline = Clock::now() + std::chrono::seconds(timeout_s.value_or(0));
@@ -34,7 +34,7 @@ ConnectResult WaitConnected(platform::SocketHandle socket, std::optional<std::ui
   return ConnectResult::kInterrupted;
 }
 
-// The attempt on a socket that the caller closes unless it ends with kConnected.
+// Connects a socket, which the caller closes unless the result is kConnected.
 ConnectOutcome Attempt(platform::SocketHandle socket, const TcpTarget& target,
                        const std::atomic<bool>& interrupted) {
   ConnectOutcome outcome;

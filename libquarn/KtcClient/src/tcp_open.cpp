@@ -8,7 +8,7 @@
 namespace quarn::lidar {
 namespace {
 
-// The TLS transport's lines carry its name, whichever file writes them.
+// Log lines of the TLS transport carry its name, whichever file logs them.
 const char kTransport[] = "libquarn/KtcClient/src/tcp_ssl_client";
 
 constexpr int kFailed = -1;
@@ -34,7 +34,7 @@ int tcp_open(const char* ip, int port, const std::atomic<bool>* interrupted) {
   QUARN_LOG_AS(kTransport, log_lib::kProgress, "ip:%s port:%d", ip, port);
   const ConnectOutcome outcome =
       ConnectTcp({.ip = ip, .port = static_cast<std::uint16_t>(port)}, OrNever(interrupted));
-  platform::CleanUpSockets();  // a connected socket comes with a start-up of its own
+  platform::CleanUpSockets();  // a connected socket has its own start-up
   switch (outcome.result) {
     case ConnectResult::kConnected:
       return static_cast<int>(outcome.socket);

@@ -5,13 +5,13 @@
 
 namespace quarn::lidar {
 
-/// A TCP connection to IP version 4 text `ip`, as long as the system tries. The socket, blocking, with one
-/// start-up of the sockets that its closer cleans up; -1 when it fails, 0 when the sockets can't start.
-/// When `interrupted` (may be null) becomes true, it fails within a few milliseconds.
+/// Connects to the IPv4 address `ip`, with the system's own time-out. Returns the socket in blocking mode,
+/// with one start-up of the socket system that whoever closes it cleans up; -1 on failure, 0 if the socket
+/// system can't start. Fails within a few milliseconds once `interrupted` (may be null) becomes true.
 int tcp_open(const char* ip, int port, const std::atomic<bool>* interrupted = nullptr);
 
-/// The same within `timeout_s` seconds, from `local_port` unless that is 0 or taken. -1 when it fails or the
-/// time runs out, 0 when the other side refuses after the attempt was under way.
+/// The same within `timeout_s` seconds, from `local_port` unless that is 0 or in use. -1 on failure or
+/// time-out, 0 if the peer refuses while the attempt is under way.
 int tcp_try_open(std::uint16_t local_port, const char* ip, int port, std::uint32_t timeout_s,
                  const std::atomic<bool>* interrupted = nullptr);
 

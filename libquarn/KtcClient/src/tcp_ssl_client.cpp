@@ -73,11 +73,11 @@ bool TcpSslClient::PlainOpen() {
   return OnTcpConnected(tcp_open(lidar_ip().c_str(), lidar_port(), &interrupted()));
 }
 
-// Sensors accept no TLS session from this tool: one that answers is left before a byte of a handshake
-// reaches it, and the log says so. Without a connection the handshake fails as it does on a dead socket.
+// Sensors do not accept TLS sessions from this tool: a sensor that answers is disconnected before any byte of
+// a handshake reaches it, and the log says so. Without a connection the handshake fails as on a dead socket.
 bool TcpSslClient::OnTcpConnected(int connected) {
   if (connected != -1) {
-    // 0 is no socket but a failure that was cleaned up already.
+    // 0 is not a socket but a failure that has already been cleaned up.
     HoldSocket(connected == 0 ? platform::kInvalidSocket : connected);
     QUARN_LOG(log_lib::kError, "Connect to Server Failed!~!~");
     Close();

@@ -11,14 +11,14 @@
 
 namespace quarn::lidar {
 
-/// TLS over TCP, IP version 4. The paths of an open are borrowed until the next one: a reconnection reads
-/// the files again. See InitSslClient for what they do.
+/// TLS over TCP (IPv4). The path texts passed to an open must stay valid until the next one: a reconnection
+/// reads the files again. InitSslClient explains their meaning.
 class TcpSslClient : public SocketTransport {
  public:
   TcpSslClient();
   ~TcpSslClient() override;
 
-  /// Either open gives up once the TCP connection is established: see the note in the source.
+  /// Both opens give up once the TCP connection is established: see the note in the source.
   bool Open(const std::string& ip, std::uint16_t port, bool auto_receive, const char* cert,
             const char* private_key, const char* ca) override;
   bool TryOpen(std::uint16_t local_port, const std::string& ip, std::uint16_t port, bool auto_receive,
@@ -27,13 +27,14 @@ class TcpSslClient : public SocketTransport {
 
   /// On a closed transport both first connect to the last address once more.
   int Send(const std::uint8_t* data, std::uint16_t length, int flags) override;
-  /// All `length` bytes or -1: what came short of them is lost. There is no read without waiting (-1).
+  /// Receives all `length` bytes, otherwise returns -1 and the bytes of an incomplete read are lost. Reading
+  /// without waiting is not supported (-1).
   int Receive(std::uint8_t* buffer, std::uint32_t length, int flags) override;
 
-  /// The two steps of an open around the TCP connection. A context from the PEM files of an open:
+  /// The two steps of an open around the TCP connection. First: creates the context from the PEM files.
   bool CreateContext(const char* cert, const char* private_key, const char* ca);
-  /// Handshake and check of the peer on a connected socket of tcp_open or tcp_try_open, which the transport
-  /// takes over, also when it fails and closes. Blocks as long as the peer keeps silent.
+  /// Second: performs the handshake and verifies the peer on a connected socket from tcp_open or
+  /// tcp_try_open. Takes over the socket and closes it on failure. Blocks as long as the peer is silent.
   bool StartSession(platform::SocketHandle connected);
 
  private:

@@ -10,7 +10,7 @@
 namespace quarn::lidar {
 namespace {
 
-// The TLS transport's lines carry its name, whichever file writes them.
+// Log lines of the TLS transport carry its name, whichever file logs them.
 const char kTransport[] = "libquarn/KtcClient/src/tcp_ssl_client";
 
 constexpr std::uint64_t kEverything = OPENSSL_INIT_LOAD_SSL_STRINGS | OPENSSL_INIT_LOAD_CRYPTO_STRINGS |
@@ -20,7 +20,7 @@ bool IsGiven(const char* path) {
   return path != nullptr && *path != '\0';
 }
 
-// The library's own way is to ask for a pass phrase on the terminal and to wait for it.
+// By default the library would ask for a pass phrase on the terminal and wait for it.
 int RefusePassPhrase(char* /*buffer*/, int /*size*/, int /*for_writing*/, void* /*data*/) {
   return -1;
 }
@@ -50,7 +50,7 @@ void TlsContextDeleter::operator()(ssl_ctx_st* context) const {
 }
 
 TlsContext InitSslClient(const char* cert, const char* private_key, const char* ca) {
-  // What failed earlier on this thread must not pass for an error of what comes now.
+  // An earlier failure on this thread must not be mistaken for an error of the calls below.
   ERR_clear_error();
   OPENSSL_init_ssl(kEverything, nullptr);
   TlsContext context(SSL_CTX_new(TLS_client_method()));

@@ -10,15 +10,15 @@ struct TlsContextDeleter {
   void operator()(ssl_ctx_st* context) const;
 };
 
-/// OpenSSL's context of a client: whom it trusts and who it is.
+/// OpenSSL's client context: the trusted authorities and the client's identity.
 using TlsContext = std::unique_ptr<ssl_ctx_st, TlsContextDeleter>;
 
-/// A client context of any TLS version; null when a file can't be used, which the log explains.
+/// Creates a client context for any TLS version; null if a file can't be used, which is logged.
 ///
-/// The three are paths of PEM files, null or empty when there is none. `ca` is trusted to vouch for the
-/// peer. `cert` and `private_key` are taken only together: they identify the client, and a peer that
-/// `ca` does not vouch for then fails the handshake. A key that is locked by a pass phrase is refused.
-/// Paths are logged, what the files hold never is.
+/// The arguments are paths of PEM files, null or empty if there is none. `ca` holds the trusted authorities
+/// for the peer's certificate. `cert` and `private_key` identify the client and are used only together; the
+/// handshake then fails if `ca` does not verify the peer. A key protected by a pass phrase is refused. Paths
+/// are logged, contents never.
 TlsContext InitSslClient(const char* cert, const char* private_key, const char* ca);
 
 }  // namespace quarn::lidar

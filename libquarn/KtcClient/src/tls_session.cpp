@@ -12,8 +12,8 @@
 namespace quarn::lidar {
 namespace {
 
-// The library reaches the socket through these functions and not by itself: its own write to a connection
-// that the peer has closed raises a signal, which would end the program.
+// The library uses these functions instead of its own socket calls: its own write to a connection that the
+// peer has closed raises a signal, which would end the program.
 platform::SocketHandle SocketOf(BIO* bio) {
   return *static_cast<const platform::SocketHandle*>(BIO_get_data(bio));
 }
@@ -46,7 +46,7 @@ int ReadSocket(BIO* bio, char* data, int size) {
 
 long ControlSocket(BIO* bio, int command, long /*number*/, void* /*pointer*/) {
   switch (command) {
-    case BIO_CTRL_FLUSH:  // nothing is held back here
+    case BIO_CTRL_FLUSH:  // nothing is buffered here
       return 1;
     case BIO_CTRL_EOF:
       return BIO_test_flags(bio, BIO_FLAGS_IN_EOF) != 0 ? 1 : 0;
@@ -77,7 +77,7 @@ int ClampToInt(std::size_t size) {
   return static_cast<int>(std::min(size, static_cast<std::size_t>(std::numeric_limits<int>::max())));
 }
 
-// The library's queue and the C library's number both keep old errors.
+// Clears old errors, which both the library's queue and errno keep.
 void ForgetErrors() {
   ERR_clear_error();
   errno = 0;
@@ -129,7 +129,7 @@ int TlsSession::Read(std::span<std::uint8_t> buffer) {
   return Checked(SSL_read(ssl_.get(), buffer.data(), ClampToInt(buffer.size())));
 }
 
-// Notes a failure from which the connection does not recover; a passing one is no such failure.
+// Records failures from which the connection does not recover, as opposed to temporary ones.
 int TlsSession::Checked(int result) {
   if (result <= 0) {
     const int error_number = errno;
@@ -144,7 +144,7 @@ void TlsSession::Shutdown() {
   if (broken_ || SSL_is_init_finished(ssl_.get()) == 0) {
     return;
   }
-  // A peer that no longer reads must not hold the close up.
+  // A peer that no longer reads must not delay the close.
   platform::SetNonBlocking(socket_, true);
   ForgetErrors();
   SSL_shutdown(ssl_.get());

@@ -11,28 +11,27 @@ struct ssl_ctx_st;
 
 namespace quarn::lidar {
 
-/// One TLS connection over a connected socket, which stays its owner's and must outlive the session's use.
-/// Used by one thread at a time; shutting the socket down ends a call that blocks.
+/// One TLS connection over a connected socket, which the caller owns and which must outlive the session. Used
+/// by one thread at a time; shutting down the socket ends a blocked call.
 class TlsSession {
  public:
-  /// Null when the library can't make one. Nothing goes out yet.
+  /// Null if the library can't create one. Sends nothing yet.
   static std::unique_ptr<TlsSession> Create(ssl_ctx_st* context, platform::SocketHandle socket);
   ~TlsSession();
   TlsSession(const TlsSession&) = delete;
   TlsSession& operator=(const TlsSession&) = delete;
 
-  /// The handshake of the side that the context was made for, client or server. False when the peer or the
-  /// context refuses.
+  /// Performs the handshake as client or server, depending on the context. False if either side refuses.
   bool Handshake();
-  /// Whether the context's authorities vouch for the peer's certificate; valid after the handshake.
+  /// Whether the context's authorities verify the peer's certificate; valid after the handshake.
   bool IsPeerVerified() const;
 
-  /// One write of everything, one read of at most the buffer: the bytes moved, or 0 or less as the library
-  /// reports it. errno is 0 unless the socket's call left an error of its own.
+  /// Writes all bytes in one call; reads at most the size of the buffer. Returns the number of bytes, or the
+  /// library's result of 0 or less. errno is 0 unless the socket call set it.
   int Write(std::span<const std::uint8_t> bytes);
   int Read(std::span<std::uint8_t> buffer);
 
-  /// Tells the peer that nothing more comes, without waiting for it. Does nothing after a failure.
+  /// Notifies the peer of the end without waiting for it. Does nothing after a failure.
   void Shutdown();
 
  private:

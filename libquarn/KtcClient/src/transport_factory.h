@@ -10,7 +10,7 @@ namespace quarn::lidar {
 inline constexpr std::uint32_t kPlainTcpClient = 0;
 inline constexpr std::uint32_t kTlsClient = 1;
 
-/// A new transport of the client type; null when the type has none.
+/// Creates a transport for the client type; null if it has none.
 std::shared_ptr<ClientBase> CreateTransport(std::uint32_t client_type);
 
 }  // namespace quarn::lidar

@@ -17,8 +17,8 @@ constexpr void StoreBigEndian(std::span<std::uint8_t> bytes, std::size_t offset,
   }
 }
 
-/// Reads an unsigned number stored most significant byte first at `offset`.
-/// The caller guarantees that `sizeof(T)` bytes are there from `offset` on.
+/// Reads an unsigned number stored most significant byte first at `offset`. The caller guarantees that
+/// `bytes` has `sizeof(T)` bytes from `offset` on.
 template <std::unsigned_integral T>
 constexpr T LoadBigEndian(std::span<const std::uint8_t> bytes, std::size_t offset) {
   T value = 0;

@@ -11,7 +11,7 @@ namespace {
 
 std::optional<std::uint8_t> ReadByte(std::string_view digits, const ByteTextFormat& format) {
   if (digits.size() < format.min_digits || digits.size() > format.max_digits) return std::nullopt;
-  std::uint8_t value = 0;  // from_chars takes no sign for an unsigned number
+  std::uint8_t value = 0;  // from_chars accepts no sign for an unsigned number
   const char* const digits_end = digits.data() + digits.size();
   const auto [end, error] = std::from_chars(digits.data(), digits_end, value, format.base);
   if (error != std::errc() || end != digits_end) return std::nullopt;

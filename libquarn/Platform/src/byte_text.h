@@ -8,7 +8,7 @@
 
 namespace quarn::lidar {
 
-/// How byte values are written in a text: `count` numbers from 0 to 255 with the separator between them.
+/// A text format for byte values: `count` numbers from 0 to 255, separated by `separator`.
 struct ByteTextFormat {
   char separator = '.';
   std::size_t count = 4;
@@ -22,18 +22,18 @@ inline constexpr ByteTextFormat kIpv4Text = {};
 
 enum class ByteTextFault {
   kNone,
-  kCount,   ///< more or fewer pieces than the format has
-  kNumber,  ///< a piece that is not a number from 0 to 255 as a whole, or has too few or too many digits
+  kCount,   ///< the wrong number of pieces
+  kNumber,  ///< a piece is not entirely a number from 0 to 255, or has too few or too many digits
 };
 
 struct ByteText {
   ByteTextFault fault = ByteTextFault::kNone;
-  std::vector<std::uint8_t> bytes;  ///< in written order; empty when there is a fault
+  std::vector<std::uint8_t> bytes;  ///< in written order; empty if there is a fault
 
   explicit operator bool() const { return fault == ByteTextFault::kNone; }
 };
 
-/// Reads an address text. Signs and white space are no part of a number.
+/// Parses text in this format. Signs and white space are not allowed.
 ByteText ReadByteText(std::string_view text, const ByteTextFormat& format);
 
 }  // namespace quarn::lidar

@@ -6,7 +6,7 @@
 
 namespace quarn::lidar {
 
-/// Every byte as two lower-case digits and one space: the text of a non-empty input ends in a space.
+/// Every byte as two lower-case digits followed by a space, also after the last byte.
 std::string HexLine(std::span<const std::uint8_t> bytes);
 
 }  // namespace quarn::lidar

@@ -6,13 +6,13 @@
 
 namespace quarn::lidar {
 
-/// An IP version 4 address of this computer, and how many of its leading bits name the subnet.
+/// An IPv4 address of this computer, and the length of its subnet prefix in bits.
 struct HostAddress {
   Ipv4 address{};
   unsigned prefix_length = 32;
 };
 
-/// Those of the network interfaces that are up; empty when the system does not tell.
+/// The addresses of all network interfaces that are up; empty if the system can't list them.
 std::vector<HostAddress> HostAddresses();
 
 bool IsInSubnet(const Ipv4& address, const HostAddress& host);

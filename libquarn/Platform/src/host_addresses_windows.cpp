@@ -1,6 +1,6 @@
 #include <winsock2.h>
 #include <ws2tcpip.h>
-// After the sockets, which declare what it uses.
+// After the socket headers, whose declarations it uses.
 #include <iphlpapi.h>
 
 #include <cstring>
@@ -11,7 +11,7 @@ namespace quarn::lidar {
 
 namespace {
 
-/// The adapters may change between asking for their size and for themselves.
+/// The adapters may change between asking for the size of their list and for the list.
 constexpr int kTries = 3;
 constexpr ULONG kUsualSize = 16 * 1024;
 

@@ -11,7 +11,7 @@ std::optional<Ipv4> ParseIpv4(std::string_view text) {
   if (!read) return std::nullopt;
   Ipv4 address{};
   std::copy(read.bytes.begin(), read.bytes.end(), address.begin());
-  // Leading zeros are read as octal elsewhere: such a text must not name another host here.
+  // Other programs read leading zeros as octal, so such a text is refused: it could mean another host.
   return FormatIpv4(address) == text ? std::optional(address) : std::nullopt;
 }
 

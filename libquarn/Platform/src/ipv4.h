@@ -9,11 +9,11 @@
 
 namespace quarn::lidar {
 
-/// An IP version 4 address, in the order in which it is written and sent.
+/// An IPv4 address, in written order, which is network order.
 using Ipv4 = std::array<std::uint8_t, 4>;
 
-/// Reads dotted decimal text, whole: four numbers from 0 to 255 without leading zeros, sign or spaces.
-/// nullopt if it is anything else.
+/// Parses dotted decimal text: four numbers from 0 to 255 without leading zeros, signs or spaces; nullopt if
+/// it is anything else.
 std::optional<Ipv4> ParseIpv4(std::string_view text);
 
 /// "192.168.1.10".

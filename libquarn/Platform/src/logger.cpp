@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t kQueuedMessages = 8192;
 constexpr std::size_t kFileBytes = std::size_t{5} * 1024 * 1024;
-constexpr std::size_t kOlderFiles = 2;  // beside the file being written: three in all
+constexpr std::size_t kOlderFiles = 2;  // in addition to the file being written: three in all
 
 spdlog::level::level_enum ToSpdlog(int level) {
   switch (level) {
@@ -32,7 +32,7 @@ spdlog::level::level_enum ToSpdlog(int level) {
   }
 }
 
-// A message may hold text from outside: it stays one line of the file, and no control of a terminal.
+// A message may contain untrusted text: it must stay on one line and must not control a terminal.
 std::string OneLine(const std::string& text) {
   std::string line;
   line.reserve(text.size());
@@ -58,7 +58,7 @@ std::string Place(const char* file, int line, const char* function) {
 struct Logger::State {
   using Tap = std::function<void(int, const std::string&)>;
 
-  std::atomic<bool> listening{false};  // a file or a tap is there: formatting is worth it
+  std::atomic<bool> listening{false};  // there is a file or a tap, so messages are formatted
   std::mutex mutex;                    // guards what follows
   std::shared_ptr<spdlog::details::thread_pool> writer;
   std::shared_ptr<spdlog::async_logger> file;
@@ -85,7 +85,7 @@ bool Logger::Start(const std::string& path) {
                                                        spdlog::async_overflow_policy::overrun_oldest);
     file->set_level(spdlog::level::debug);
     file->set_pattern("%Y-%m-%d %H:%M:%S.%e %l %v");
-    // The flush runs on the writer thread: a crash loses timing lines at most.
+    // Flushes run on the writer thread; a crash loses at most timing lines.
     file->flush_on(spdlog::level::info);
     file->set_error_handler([](const std::string&) {});
     const std::lock_guard lock(state_->mutex);
@@ -107,7 +107,7 @@ void Logger::Stop() {
     file.swap(state_->file);
     state_->listening = state_->tap != nullptr;
   }
-  // Ends outside of the lock: the writer first works off its queue.
+  // Outside the lock: the writer first finishes its queue.
   writer.reset();
 }
 
@@ -125,7 +125,7 @@ void Logger::AddToQueue(int level, const char* file, int line, const char* funct
   }
   std::va_list arguments;
   va_start(arguments, format);
-  // The analyzer takes va_start for nothing here. NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
+  // The analyzer does not recognise va_start here. NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
   const int length = std::vsnprintf(nullptr, 0, format, arguments);
   va_end(arguments);
   if (length < 0) {
@@ -137,7 +137,7 @@ void Logger::AddToQueue(int level, const char* file, int line, const char* funct
     std::vsnprintf(text.data(), text.size() + 1, format, arguments);
     va_end(arguments);
     Deliver(level, file, line, function, text);
-  } catch (...) {  // NOLINT(bugprone-empty-catch): a message must not fail what it reports
+  } catch (...) {  // NOLINT(bugprone-empty-catch): logging must not make its caller fail
   }
 }
 

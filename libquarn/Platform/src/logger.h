@@ -13,11 +13,11 @@
 
 namespace log_lib {
 
-/// Levels as the callers number them.
+/// The numeric levels that callers pass.
 enum Level : int { kTiming = 1, kProgress = 2, kWarning = 4, kError = 8 };
 
-/// The program's log file, written through one call. Thread-safe; a message never blocks, throws or fails
-/// what it reports: while nothing is started messages are dropped, and a full queue drops the oldest.
+/// The program's log file, written through one call. Thread-safe; a message never blocks, throws, or affects
+/// the operation that logs it: before Start messages are dropped, and a full queue drops the oldest.
 class Logger {
  public:
   Logger(const Logger&) = delete;
@@ -25,16 +25,16 @@ class Logger {
 
   static Logger& GetInstance();
 
-  /// Opens the rotating file `path` (3 files of 5 MiB) and its writer thread. False when it can't be opened.
+  /// Opens the rotating file `path` (3 files of 5 MiB) and its writer thread. False if it can't be opened.
   bool Start(const std::string& path);
-  /// Writes what is queued and ends the writer thread.
+  /// Writes the queued messages and ends the writer thread.
   void Stop();
 
   /// Also hands every formatted message to `tap`, on the caller's thread; an empty function removes it.
   void SetTap(std::function<void(int level, const std::string& text)> tap);
 
-  /// `file` is the source path within the project, `line` is 0 if the message carries another file's name,
-  /// `format` is printf's. Takes a copy of everything before it returns.
+  /// `file` is the source path within the project, `line` is 0 if the message is logged under another file's
+  /// name, `format` is printf's. Copies all arguments before it returns.
   void AddToQueue(int level, const char* file, int line, const char* function, const char* format, ...)
       LOG_LIB_PRINTF(6, 7);
 
@@ -49,8 +49,8 @@ class Logger {
 
 }  // namespace log_lib
 
-/// Logs under the name of another source file, without a line: what belongs to one component is found under
-/// its name, whichever file writes it.
+/// Logs under the name of another source file, without a line number, so that all messages of a component are
+/// found under one name, whichever file logs them.
 #define QUARN_LOG_AS(file, level, ...) \
   log_lib::Logger::GetInstance().AddToQueue((level), (file), 0, __func__, __VA_ARGS__)
 

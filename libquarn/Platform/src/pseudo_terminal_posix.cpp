@@ -1,6 +1,6 @@
 #include "libquarn/Platform/src/pseudo_terminal.h"
 
-// The kernel's own terminal header, as for the serial port: it can't be included with <termios.h>.
+// The kernel's own terminal header, as for the serial port: it can't be combined with <termios.h>.
 #include <asm/termbits.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -29,7 +29,7 @@ std::int64_t MicrosecondsUntil(Clock::time_point deadline) {
                                 0);
 }
 
-/// A fresh terminal echoes what is sent to it until a client sets it up.
+/// A new terminal echoes its input until a client configures it.
 bool MakeRaw(int port) {
   termios2 line{};
   if (ioctl(port, TCGETS2, &line) != 0) {
@@ -80,13 +80,13 @@ struct PseudoTerminal::Native {
   }
 
   std::atomic<bool> pulled{false};
-  int wake = -1;  // readable from the pulling on; constant
+  int wake = -1;  // readable once pulled; constant
 
-  // Shared by those who use the descriptors below, alone for who closes them: no other file that gets their
-  // numbers is ever read or written.
+  // Held shared while the descriptors below are used and exclusively while they are closed, so that no other
+  // file with a reused number is ever read or written.
   std::shared_mutex mutex;
   int master = -1;
-  int port = -1;  // the client's end held open, so that a leaving client does not end the line
+  int port = -1;  // the client's end, held open so that the line survives a client closing it
 };
 
 std::unique_ptr<PseudoTerminal> PseudoTerminal::Create() {
@@ -151,7 +151,7 @@ std::uint32_t PseudoTerminal::BaudRate() {
 void PseudoTerminal::Pull() {
   native_->pulled = true;
   const std::uint64_t one = 1;
-  // Can only fail when the counter is full, and then the descriptor is readable already.
+  // Can only fail if the counter is full, and then the descriptor is already readable.
   [[maybe_unused]] const ssize_t written = write(native_->wake, &one, sizeof(one));
   const std::lock_guard lock(native_->mutex);
   native_->Close();

@@ -2,7 +2,7 @@
 
 namespace quarn::platform {
 
-/// Windows has no serial port that a program could be the far end of.
+/// Windows has no serial port whose far end could be a program.
 struct PseudoTerminal::Native {};
 
 std::unique_ptr<PseudoTerminal> PseudoTerminal::Create() {

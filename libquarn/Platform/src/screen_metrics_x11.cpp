@@ -28,7 +28,7 @@ struct Size {
   int height = 0;
 };
 
-// The mode of one output; nullopt if it drives no picture.
+// The resolution of one output; nullopt if it is off.
 std::optional<Size> OutputSize(xcb_connection_t* x, xcb_randr_output_t output) {
   const Reply<xcb_randr_get_output_info_reply_t> info(
       xcb_randr_get_output_info_reply(x, xcb_randr_get_output_info(x, output, XCB_CURRENT_TIME), nullptr));
@@ -56,7 +56,7 @@ std::optional<Size> PrimarySize(xcb_connection_t* x, const xcb_screen_t& screen)
   return OutputSize(x, primary->output);
 }
 
-// The desktop's dots per inch: the resource "Xft.dpi", which desktops set to scale programs.
+// The desktop's dots per inch: the resource "Xft.dpi", which desktops set in order to scale programs.
 double DesktopDpi(xcb_connection_t* x, const xcb_screen_t& screen) {
   constexpr std::uint32_t kMaxWords = 16384;
   const Reply<xcb_get_property_reply_t> property(xcb_get_property_reply(

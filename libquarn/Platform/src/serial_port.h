@@ -9,8 +9,8 @@
 
 namespace quarn::platform {
 
-/// The line's time-outs: a read ends when nothing more came for the interval, or at its total; a write may
-/// take its total and the time of its bytes.
+/// The line's time-outs: a read ends when nothing more has come for the interval, or after its total; a write
+/// may take its total plus the time per byte.
 inline constexpr int kSerialReadIntervalMs = 1;
 inline constexpr int kSerialReadTotalMs = 1;
 inline constexpr int kSerialWritePerByteMs = 1;
@@ -24,39 +24,39 @@ inline std::string WindowsDeviceName(const std::string& port) {
 }
 
 /// An open serial port on either system (serial_port_posix.cpp, serial_port_windows.cpp): 8 data bits, no
-/// parity, one stop bit, no flow control, raw bytes, nobody else may open it. No operation throws.
+/// parity, one stop bit, no flow control, raw bytes, opened exclusively. No operation throws.
 ///
 /// One thread may read while another writes; Interrupt may come from any thread.
 class SerialPort {
  public:
-  /// Null when the port can't be opened or refuses its settings. `baud_rate` is any rate that the hardware
-  /// does; one that it brings to something else is refused.
+  /// Null if the port can't be opened or rejects its settings. `baud_rate` may be any rate that the hardware
+  /// supports; the open fails if the hardware would use a different one.
   static std::unique_ptr<SerialPort> Open(const std::string& name, std::uint32_t baud_rate);
   ~SerialPort();
   SerialPort(const SerialPort&) = delete;
   SerialPort& operator=(const SerialPort&) = delete;
 
-  /// Waits for input: 1 when some is there, 0 when the time ran out, -1 when the line is gone or interrupted.
-  /// A negative time waits without end.
+  /// Waits for input: 1 if there is some, 0 on time-out, -1 if the line is gone or interrupted. A negative
+  /// time waits forever.
   int WaitReadable(std::int64_t timeout_us);
 
-  /// What comes within the read's time-outs: bytes, 0 when none came, -1 when the line is gone or
-  /// interrupted.
+  /// Reads what comes within the read time-outs: the number of bytes, 0 if none came, -1 if the line is gone
+  /// or interrupted.
   int Read(std::span<std::uint8_t> buffer);
 
-  /// The bytes that went out within the write's time-out (fewer when it ran out), or -1.
+  /// The number of bytes sent within the write time-out (fewer if it ran out), or -1.
   int Write(std::span<const std::uint8_t> bytes);
 
-  /// Drops what has arrived and was not read.
+  /// Discards unread input.
   void ClearInput();
 
-  /// Ends the port's use for good: a wait returns at once. The port closes when it is destroyed.
+  /// Makes the port unusable for good: a wait returns at once. The port is closed by the destructor.
   void Interrupt();
 
-  /// False from the moment at which the line broke or was interrupted.
+  /// False once the line broke or was interrupted.
   bool is_usable() const { return usable_; }
 
-  /// The rate that the system says the port has; 0 when it can't say.
+  /// The port's rate according to the system; 0 if unknown.
   std::uint32_t BaudRate() const;
 
  private:

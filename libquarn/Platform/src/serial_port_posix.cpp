@@ -1,7 +1,7 @@
 #include "libquarn/Platform/src/serial_port.h"
 
-// The kernel's own terminal header: only there is the structure that takes any baud rate. It can't be
-// included with the C library's <termios.h>.
+// The kernel's own terminal header: only its structure supports any baud rate. It can't be combined with the
+// C library's <termios.h>.
 #include <asm/termbits.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -21,7 +21,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// How far from the asked rate a line still works, in percent.
+// Deviation from the requested rate at which a line still works, in percent.
 constexpr std::uint32_t kRateTolerance = 3;
 
 class Descriptor {
@@ -58,17 +58,17 @@ bool Configure(int port, std::uint32_t baud_rate) {
   line.c_iflag = 0;
   line.c_oflag = 0;
   line.c_lflag = 0;
-  // Input takes the output's rate where no rate of its own is named.
+  // Input uses the output rate unless it has its own.
   line.c_cflag = CS8 | CREAD | CLOCAL | BOTHER;
   line.c_ispeed = baud_rate;
   line.c_ospeed = baud_rate;
-  // With a minimum of one byte an idle line and a line that is gone read differently.
+  // With a minimum of one byte, reads can distinguish an idle line from a lost one.
   line.c_cc[VMIN] = 1;
   line.c_cc[VTIME] = 0;
   return ioctl(port, TCSETS2, &line) == 0 && IsNear(ReadRate(port), baud_rate);
 }
 
-// The terminal's exclusive mode does not hold an administrator back, the lock does.
+// The terminal's exclusive mode does not stop an administrator, but the lock does.
 bool Claim(int port) {
   return flock(port, LOCK_EX | LOCK_NB) == 0 && ioctl(port, TIOCEXCL) == 0;
 }
@@ -83,8 +83,7 @@ std::int64_t MicrosecondsUntil(Clock::time_point deadline) {
 struct SerialPort::Native {
   Native(int port_in, int wake_in) : port(port_in), wake(wake_in) {}
 
-  // 1: the port is ready (or gone, which a read shows), 0: time-out, -1: interrupted or not to be waited
-  // for.
+  // 1: the port is ready (or gone, which a read shows), 0: time-out, -1: interrupted, or waiting failed.
   int Wait(short events, std::int64_t timeout_us) const {
     const auto deadline = Clock::now() + std::chrono::microseconds(std::max<std::int64_t>(timeout_us, 0));
     std::int64_t left_us = timeout_us;
@@ -107,7 +106,7 @@ struct SerialPort::Native {
   }
 
   const Descriptor port;
-  const Descriptor wake;  // readable from the interruption on
+  const Descriptor wake;  // readable once interrupted
 };
 
 std::unique_ptr<SerialPort> SerialPort::Open(const std::string& name, std::uint32_t baud_rate) {
@@ -123,7 +122,7 @@ std::unique_ptr<SerialPort> SerialPort::Open(const std::string& name, std::uint3
 SerialPort::SerialPort(std::unique_ptr<Native> native) : native_(std::move(native)) {}
 
 SerialPort::~SerialPort() {
-  // A pseudo-terminal would stay exclusive while its other side is open.
+  // A pseudo-terminal would otherwise stay exclusive while its other side is open.
   ioctl(native_->port.get(), TIOCNXCL);
 }
 
@@ -142,7 +141,7 @@ int SerialPort::Read(std::span<std::uint8_t> buffer) {
     } else if (received < 0 && errno == EINTR) {
       continue;
     } else if (received == 0 || errno != EAGAIN) {
-      return filled > 0 ? static_cast<int>(filled) : Fail();  // what came before the break still counts
+      return filled > 0 ? static_cast<int>(filled) : Fail();  // bytes that came before the break still count
     }
     const std::int64_t left_us =
         std::min(MicrosecondsUntil(deadline), std::int64_t{kSerialReadIntervalMs} * 1000);
@@ -192,7 +191,7 @@ void SerialPort::ClearInput() {
 void SerialPort::Interrupt() {
   usable_ = false;
   const std::uint64_t one = 1;
-  // Can only fail when the counter is full, and then the descriptor is readable already.
+  // Can only fail if the counter is full, and then the descriptor is already readable.
   [[maybe_unused]] const ssize_t written = write(native_->wake.get(), &one, sizeof(one));
 }
 

@@ -11,8 +11,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// A port has no handle that can be waited on beside another one without overlapped I/O: its input is looked
-// at this often, which is the line's own read time-out.
+// Without overlapped I/O a port can't be waited on together with another handle, so its input is polled at
+// this interval, the line's own read time-out.
 constexpr DWORD kLookMs = 1;
 
 DWORD ClampToDword(std::size_t size) {
@@ -58,7 +58,7 @@ struct SerialPort::Native {
   Native& operator=(const Native&) = delete;
 
   const HANDLE port;
-  const HANDLE wake;  // set from the interruption on
+  const HANDLE wake;  // set once interrupted
 };
 
 std::unique_ptr<SerialPort> SerialPort::Open(const std::string& name, std::uint32_t baud_rate) {

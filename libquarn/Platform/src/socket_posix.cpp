@@ -52,8 +52,8 @@ bool SetTimeoutOption(SocketHandle socket, int option, std::uint32_t millisecond
   return SetOption(socket, option, value);
 }
 
-// A negative time waits without end. poll, not select: a program that holds many files open has descriptors
-// beyond select's fixed set.
+// A negative time waits forever. Uses poll because select fails for descriptors beyond its fixed set, which a
+// program with many open files can have.
 int WaitFor(SocketHandle socket, short events, std::chrono::microseconds timeout) {
   using Clock = std::chrono::steady_clock;
   const bool endless = timeout.count() < 0;
@@ -79,7 +79,7 @@ int WaitFor(SocketHandle socket, short events, std::chrono::microseconds timeout
   }
 }
 
-// What is left of the socket's receive time-out; negative if it waits without end.
+// The remainder of the socket's receive time-out; negative if it waits forever.
 std::chrono::microseconds ReceiveTimeLeft(SocketHandle socket, std::chrono::steady_clock::time_point start) {
   timeval timeout{};
   socklen_t size = sizeof(timeout);
@@ -125,8 +125,8 @@ bool BindPort(SocketHandle socket, std::uint16_t port) {
   return bind(Descriptor(socket), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
 }
 
-// This system hands a group's datagrams only to sockets that are bound to any address or to the group: with a
-// group the local address chooses the interface of the membership and nothing else.
+// This system delivers a group's datagrams only to sockets bound to any address or to the group: with a
+// group, the local address only selects the interface of the membership.
 bool BindDatagramPort(SocketHandle socket, const std::string& local_ip, std::uint16_t port,
                       const std::string& multicast_group) {
   std::optional<in_addr> local = ParseLocalAddress(local_ip);
@@ -149,7 +149,8 @@ bool JoinMulticast(SocketHandle socket, const std::string& group, const std::str
     errno = EINVAL;
     return false;
   }
-  // Otherwise the socket would also hear the groups that others on this machine have joined on its port.
+  // Otherwise the socket would also receive datagrams of groups that other programs on this machine have
+  // joined.
   SetOption(socket, IP_MULTICAST_ALL, 0, IPPROTO_IP);
   return SetOption(socket, IP_ADD_MEMBERSHIP, ip_mreq{*multicast, *local}, IPPROTO_IP);
 }
@@ -253,7 +254,8 @@ int ReceiveBytes(SocketHandle socket, std::span<std::uint8_t> buffer, int flags)
   const auto start = std::chrono::steady_clock::now();
   ssize_t received = receive(0);
   if (received < 0 && errno == EINTR) {
-    // A signal must not pass for a lost reply, and repeated ones must not prolong the socket's time-out.
+    // A signal must not be mistaken for a lost reply, and repeated ones must not extend the socket's
+    // time-out.
     const int ready = WaitFor(socket, POLLIN, ReceiveTimeLeft(socket, start));
     if (ready == 0) {
       errno = EAGAIN;
@@ -303,7 +305,7 @@ std::unique_ptr<TcpListener> TcpListener::Listen(const std::string& address, std
   if (socket == kInvalidSocket) {
     return nullptr;
   }
-  // Owned from here on, so that every failure below closes the socket.
+  // Owns the socket from here on, so that every failure below closes it.
   std::unique_ptr<TcpListener> listener(new TcpListener(socket, port));
   sockaddr_in local = MakeAddress(*parsed, port);
   socklen_t size = sizeof(local);

@@ -1,4 +1,4 @@
-// The socket headers come before the system's main header, which may bring in their predecessor.
+// The socket headers must come before the system's main header, which may include their predecessor.
 #include <winsock2.h>
 #include <ws2tcpip.h>
 
@@ -15,7 +15,8 @@
 namespace quarn::platform {
 namespace {
 
-// The system's invalid handle is all ones, which is the seam's -1: handles convert without a special case.
+// The system's invalid handle is all ones, which equals kInvalidSocket (-1), so handles convert without a
+// special case.
 static_assert(static_cast<SocketHandle>(INVALID_SOCKET) == kInvalidSocket);
 
 SOCKET Native(SocketHandle socket) {
@@ -62,7 +63,7 @@ int ClampToInt(std::size_t size) {
   return static_cast<int>(std::min(size, static_cast<std::size_t>(std::numeric_limits<int>::max())));
 }
 
-// A negative time waits without end. The set of failed sockets is watched too: a refused connection shows
+// A negative time waits forever. The set of failed sockets is watched as well: a refused connection appears
 // there and not among the writable ones.
 int WaitFor(SocketHandle socket, bool for_writing, std::chrono::microseconds timeout) {
   fd_set ready;
@@ -115,7 +116,7 @@ bool BindPort(SocketHandle socket, std::uint16_t port) {
               static_cast<int>(sizeof(address))) == 0;
 }
 
-// This system delivers a group's datagrams to sockets that are bound to an address of their own as well.
+// This system delivers a group's datagrams also to sockets bound to a specific address.
 bool BindDatagramPort(SocketHandle socket, const std::string& local_ip, std::uint16_t port,
                       const std::string& /*multicast_group*/) {
   const std::optional<in_addr> local = ParseLocalAddress(local_ip);
@@ -249,7 +250,7 @@ int ReceiveDatagram(SocketHandle socket, std::span<std::uint8_t> buffer, int fla
   int size = static_cast<int>(sizeof(address));
   int received = recvfrom(Native(socket), reinterpret_cast<char*>(buffer.data()), ClampToInt(buffer.size()),
                           flags, reinterpret_cast<sockaddr*>(&address), &size);
-  // This system fills the buffer as well, but calls a datagram that was cut a failure.
+  // This system also fills the buffer, but reports a truncated datagram as a failure.
   if (received < 0 && WSAGetLastError() == WSAEMSGSIZE) {
     received = ClampToInt(buffer.size());
   }
@@ -282,11 +283,11 @@ std::unique_ptr<TcpListener> TcpListener::Listen(const std::string& address, std
     CleanUpSockets();
     return nullptr;
   }
-  // Owned from here on, so that every failure below closes the socket and pairs the start-up.
+  // Owns the socket from here on, so that every failure below closes it and cleans up the start-up.
   std::unique_ptr<TcpListener> listener(new TcpListener(socket, port));
   sockaddr_in local = MakeAddress(*parsed, port);
   int size = static_cast<int>(sizeof(local));
-  // Address reuse would let a second program take the port over here; this keeps it to one.
+  // Here, address reuse would let a second program take over the port; this option prevents that.
   SetOption(socket, SO_EXCLUSIVEADDRUSE, BOOL{TRUE});
   if (bind(Native(socket), reinterpret_cast<const sockaddr*>(&local), static_cast<int>(sizeof(local))) != 0 ||
       listen(Native(socket), backlog) != 0 ||

@@ -4,8 +4,7 @@ namespace quarn::lidar {
 
 enum class StandardStream { kInput, kOutput, kError };
 
-/// Whether a person sits at the other end. On Windows a terminal is made ready for UTF-8 and escape
-/// sequences.
+/// Whether the stream is a terminal. On Windows, also prepares the terminal for UTF-8 and escape sequences.
 bool IsTerminal(StandardStream stream);
 
 }  // namespace quarn::lidar

@@ -12,7 +12,7 @@ namespace {
 
 struct SignedText {
   bool negative = false;
-  std::string_view digits;  // what follows white space and sign
+  std::string_view digits;  // after white space and sign
 };
 
 bool IsDigit(char c) {
@@ -37,7 +37,7 @@ bool HasHexPrefix(std::string_view text) {
   return text.size() >= 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
 }
 
-// A prefix without a digit after it is the number 0, with the "x" as text that follows it.
+// "0x" without a digit after it is the number 0, followed by other text.
 bool HasHexInteger(std::string_view text) {
   return HasHexPrefix(text) && text.size() > 2 && IsHexDigit(text[2]);
 }
@@ -47,7 +47,7 @@ bool HasHexFraction(std::string_view text) {
          (HasHexPrefix(text) && text.size() > 3 && text[2] == '.' && IsHexDigit(text[3]));
 }
 
-// from_chars says the same of a number too large and one too small; both do not fit.
+// from_chars reports the same for numbers that are too large and too small; both are out of range.
 template <typename T>
 T TextToReal(const std::string& text, const char* invalid, const char* out_of_range) {
   SignedText number = SplitSign(text);

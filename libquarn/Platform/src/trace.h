@@ -5,8 +5,8 @@
 
 namespace quarn::platform {
 
-/// Writes a line for whoever runs the program from a terminal to standard output: in one write, so that lines
-/// of several threads don't mix. Any thread.
+/// Writes a line to standard output, for users who run the program from a terminal. In one write, so that
+/// lines of several threads don't mix. Thread-safe.
 inline void TraceLine(const std::string& text) {
   std::cout << text + "\n" << std::flush;
 }

@@ -11,67 +11,68 @@
 #include "simulator/src/simulated_small_sensor.h"
 #include "tests/support/qt_test.h"
 
-/// How long a test waits for what must come: long enough for a busy machine.
+/// How long a test waits for an expected event: long enough for a busy machine.
 constexpr int kPatienceMs = 30000;
 
-// Qt's macros with that patience. What they repeat must only look, never act.
+// Qt's macros with that time-out. They evaluate the condition repeatedly, so it must have no side effects.
 #define EVENTUALLY_VERIFY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, kPatienceMs)
 #define EVENTUALLY_VERIFY2(condition, text) QTRY_VERIFY2_WITH_TIMEOUT(condition, text, kPatienceMs)
 #define EVENTUALLY_COMPARE(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, kPatienceMs)
 
-/// The program's window, a simulated sensor and a user, who finds controls by name.
-class Desk {
+/// Drives the program's window as a user would, finding controls by name, with a simulated sensor to connect
+/// to.
+class WindowDriver {
  public:
-  /// With a start model the sensor is one of that model.
-  explicit Desk(const QString& start_model = {});
-  ~Desk();
-  Desk(const Desk&) = delete;
-  Desk& operator=(const Desk&) = delete;
+  /// With a start model, the sensor is of that model.
+  explicit WindowDriver(const QString& start_model = {});
+  ~WindowDriver();
+  WindowDriver(const WindowDriver&) = delete;
+  WindowDriver& operator=(const WindowDriver&) = delete;
 
-  /// The visible control of that name in the view or in a notice above it; fails the test when there is none.
+  /// The visible control with that name in the view or in a notice above it; fails the test if there is none.
   QQuickItem* Find(const QString& name) const;
   bool Has(const QString& name) const;
   QVariant Property(const QString& name, const char* property) const {
     return Find(name)->property(property);
   }
   QString Text(const QString& name) const { return Property(name, "text").toString(); }
-  /// Name of a variable's row without its prefix, "page_group_index", found by its label.
+  /// The name of a variable's row without its prefix, "page_group_index", found by the row's label.
   QString Place(int page, const QString& label) const;
-  /// The window that the user looks at.
+  /// The window that receives the input.
   QQuickWindow& view() const { return *view_; }
 
   void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const;
-  /// Clicks a control once it is ready for that.
+  /// Clicks a control as soon as it is enabled.
   void Click(const QString& name) const;
-  /// The same, scrolled into view.
+  /// Scrolls a control into view and clicks it.
   void Press(const QString& name) const;
-  /// Steps by key to the combo box's entry.
+  /// Selects the combo box's entry by arrow keys.
   void Choose(const QString& name, int index) const;
-  /// Puts the text in place of what the field holds, without ending the edit.
+  /// Replaces the field's text, without finishing the edit.
   void Type(const QString& name, const QString& text) const;
   /// Type and Enter.
   void Enter(const QString& name, const QString& text) const;
-  /// Drops a firmware package of that content, which lies in the folder.
+  /// Creates a firmware package with that content in `folder` and drops it on the window.
   void Drop(const QString& file_name, const QByteArray& content = {}) const;
   void ShowPage(int page) const;
-  /// Opens the log window; from then on the user looks at that.
+  /// Opens the log window, which receives the input from then on.
   void OpenLog();
 
-  /// A notice window, which is no item; its `visible`, `opened`, `message`. May be null before its first
-  /// notice.
+  /// A notice window, which is not an item, with `visible`, `opened` and `message`. May be null before its
+  /// first notice.
   QObject* Notice(const QString& name) const { return root->findChild<QObject*>(name); }
   bool IsOpen(const QString& name) const;
   bool NoticeShows(const QString& name, const QString& text) const;
-  /// NoticeShows, and the key ends it; false when a notice of that name is still open then.
+  /// NoticeShows, and closes the notice with the key; false if a notice with that name is still open.
   bool Dismiss(const QString& name, const QString& text, Qt::Key key = Qt::Key_Return) const;
 
-  /// Types where the sensor is, or another port of this machine, and presses Enter.
+  /// Types the sensor's address, or another port of this machine, and presses Enter.
   void Dial(std::uint16_t port = 0) const;
-  /// Dial, and wait for the first page.
+  /// Dial, and waits for the first page.
   bool Connect() const;
 
   varkel::sim::SimulatedSensor sensor;
-  varkel::sim::SimulatedSmallSensor lines;  ///< that of model "Zelto"
+  varkel::sim::SimulatedSmallSensor lines;  ///< the sensor of model "Zelto"
   QTemporaryDir folder;
   VarkelManager* manager;  ///< the window's
   std::unique_ptr<MainWindow> window;
@@ -82,6 +83,6 @@ class Desk {
   const bool on_lines_;
 };
 
-/// How often QML has complained since the first desk. What it complains about is a fault, whichever test was
+/// The number of QML warnings since the first driver was created. Each of them is a fault, whichever test was
 /// running.
 int QmlWarnings();

@@ -1,4 +1,4 @@
-#include "tests/ui/desk.h"
+#include "tests/ui/window_driver.h"
 
 #include <QApplication>
 #include <QSignalSpy>
@@ -9,7 +9,7 @@ namespace {
 std::atomic<int> qml_warnings = 0;
 QtMessageHandler previous_handler = nullptr;
 
-// What QML complains about is a fault of the user interface, whichever test was running.
+// A QML warning is a fault of the user interface, whichever test was running.
 void CountQmlWarnings(QtMsgType type, const QMessageLogContext& context, const QString& message) {
   if (type != QtDebugMsg && (message.contains("qrc:/") || message.contains("QML"))) ++qml_warnings;
   previous_handler(type, context, message);
@@ -35,16 +35,16 @@ std::string TableOf(const QString& model) {
 
 }  // namespace
 
-Desk::Desk(const QString& start_model)
+WindowDriver::WindowDriver(const QString& start_model)
     : sensor({.table_path = TableOf(start_model)}),
       manager(new VarkelManager(true, "./Config/varID/Quenta.csv")),
       on_lines_(start_model == "Zelto") {
-  // Behind the handler of the test that runs, which passes nothing on.
+  // Installed after the running test's own handler, which does not forward messages.
   const QtMessageHandler handler = qInstallMessageHandler(CountQmlWarnings);
   if (handler != CountQmlWarnings) previous_handler = handler;
   on_lines_ ? lines.Start() : sensor.Start();
   window = std::make_unique<MainWindow>(nullptr, start_model, manager);
-  window->resize(1322, 822);  // as on a user's screen: this platform's own is smaller
+  window->resize(1322, 822);  // as on a user's screen; the offscreen platform's is smaller
   window->show();
   view_ = window->view();
   root = window->view()->rootObject();
@@ -52,21 +52,21 @@ Desk::Desk(const QString& start_model)
   WaitFor([this] { return root->property("complete").toBool(); }, "the window stays empty");
 }
 
-Desk::~Desk() {
+WindowDriver::~WindowDriver() {
   window.reset();
   sensor.Stop();
 }
 
-bool Desk::Has(const QString& name) const {
+bool WindowDriver::Has(const QString& name) const {
   return FindBelow(view().contentItem(), name) != nullptr;
 }
 
-QQuickItem* Desk::Find(const QString& name) const {
+QQuickItem* WindowDriver::Find(const QString& name) const {
   WaitFor([&] { return Has(name); }, "no control is named %s", name);
   return FindBelow(view().contentItem(), name);
 }
 
-QString Desk::Place(int page, const QString& label) const {
+QString WindowDriver::Place(int page, const QString& label) const {
   const QVariantList pages = manager->level2List();
   for (const QVariant& row : pages.value(page).toList()) {
     const QVariantList entry = row.toList();
@@ -77,26 +77,26 @@ QString Desk::Place(int page, const QString& label) const {
   qFatal("no row is labelled %s", qPrintable(label));
 }
 
-void Desk::Key(Qt::Key key, Qt::KeyboardModifiers modifiers) const {
+void WindowDriver::Key(Qt::Key key, Qt::KeyboardModifiers modifiers) const {
   QTest::keyClick(&view(), key, modifiers);
 }
 
-void Desk::Click(const QString& name) const {
+void WindowDriver::Click(const QString& name) const {
   QQuickItem* const item = Find(name);
   QSignalSpy painted(&view(), &QQuickWindow::frameSwapped);
   view().update();
-  painted.wait();  // what was just made has its place from the next frame on
+  painted.wait();  // new items are laid out by the next frame
   WaitFor([item] { return item->isEnabled(); }, "%s stays disabled", name);
   const QPointF middle = item->mapToScene({item->width() / 2, item->height() / 2});
   QTest::mouseClick(&view(), Qt::LeftButton, Qt::NoModifier, middle.toPoint());
 }
 
-void Desk::Press(const QString& name) const {
+void WindowDriver::Press(const QString& name) const {
   Find(name)->forceActiveFocus(Qt::TabFocusReason);
   Click(name);
 }
 
-void Desk::Choose(const QString& name, int index) const {
+void WindowDriver::Choose(const QString& name, int index) const {
   QQuickItem* const combo = Find(name);
   combo->forceActiveFocus(Qt::TabFocusReason);
   while (combo->property("currentIndex").toInt() != index) {
@@ -104,19 +104,19 @@ void Desk::Choose(const QString& name, int index) const {
   }
 }
 
-void Desk::Type(const QString& name, const QString& text) const {
+void WindowDriver::Type(const QString& name, const QString& text) const {
   Find(name)->forceActiveFocus(Qt::TabFocusReason);
   Key(Qt::Key_A, Qt::ControlModifier);
   Key(Qt::Key_Delete);
   for (const QChar character : text) QTest::keyClick(&view(), character.toLatin1());
 }
 
-void Desk::Enter(const QString& name, const QString& text) const {
+void WindowDriver::Enter(const QString& name, const QString& text) const {
   Type(name, text);
   Key(Qt::Key_Return);
 }
 
-void Desk::Drop(const QString& file_name, const QByteArray& content) const {
+void WindowDriver::Drop(const QString& file_name, const QByteArray& content) const {
   QFile file(folder.filePath(file_name));
   if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) qFatal("no package");
   file.close();
@@ -124,25 +124,25 @@ void Desk::Drop(const QString& file_name, const QByteArray& content) const {
                             Q_ARG(QUrl, QUrl::fromLocalFile(file.fileName())));
 }
 
-void Desk::ShowPage(int page) const {
+void WindowDriver::ShowPage(int page) const {
   Key(static_cast<Qt::Key>(Qt::Key_1 + page), Qt::ControlModifier);
   Find(QString("page_%1").arg(page));
   WaitFor([this] { return !manager->isReadingPage(); }, "page %s is not read in time", QString::number(page));
 }
 
-void Desk::OpenLog() {
+void WindowDriver::OpenLog() {
   Key(Qt::Key_9, Qt::ControlModifier);
   Click("openLogButton");
   view_ = root->property("logWindow").value<QQuickWindow*>();
   if (!QTest::qWaitForWindowExposed(view_, kPatienceMs)) qFatal("the log does not open");
 }
 
-bool Desk::IsOpen(const QString& name) const {
+bool WindowDriver::IsOpen(const QString& name) const {
   const QObject* const notice = Notice(name);
   return notice != nullptr && notice->property("visible").toBool();
 }
 
-bool Desk::NoticeShows(const QString& name, const QString& text) const {
+bool WindowDriver::NoticeShows(const QString& name, const QString& text) const {
   return QTest::qWaitFor(
       [&] {
         return IsOpen(name) && Notice(name)->property("opened").toBool() &&
@@ -151,20 +151,20 @@ bool Desk::NoticeShows(const QString& name, const QString& text) const {
       kPatienceMs);
 }
 
-bool Desk::Dismiss(const QString& name, const QString& text, Qt::Key key) const {
+bool WindowDriver::Dismiss(const QString& name, const QString& text, Qt::Key key) const {
   if (!NoticeShows(name, text)) return false;
   Key(key);
   return QTest::qWaitFor([&] { return !IsOpen(name); }, kPatienceMs);
 }
 
-void Desk::Dial(std::uint16_t port) const {
+void WindowDriver::Dial(std::uint16_t port) const {
   Type(on_lines_ ? "rs485Field" : "ipField",
        on_lines_ ? QString::fromStdString(lines.rs485_path()) : "127.0.0.1");
   Enter(on_lines_ ? "uartField" : "portField", on_lines_ ? QString::fromStdString(lines.uart_path())
                                                          : QString::number(port == 0 ? sensor.port() : port));
 }
 
-bool Desk::Connect() const {
+bool WindowDriver::Connect() const {
   QSignalSpy read(manager, &VarkelManager::pageReadFinished);
   Dial();
   const auto is_ready = [&] {

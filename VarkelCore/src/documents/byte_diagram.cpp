@@ -1,4 +1,4 @@
-#include "VarkelCore/src/documents/byte_picture.h"
+#include "VarkelCore/src/documents/byte_diagram.h"
 
 #include <algorithm>
 #include <string_view>
@@ -11,17 +11,17 @@ namespace {
 constexpr std::uint32_t kBytesALine = 8;
 constexpr std::uint32_t kByteWidth = 84;
 constexpr std::uint32_t kLineHeight = 44;
-constexpr std::uint32_t kGap = 3;             // between two lines
-constexpr std::uint32_t kCharacterWidth = 7;  // of the picture's letters, at most
+constexpr std::uint32_t kGap = 3;             // between lines
+constexpr std::uint32_t kCharacterWidth = 7;  // maximum, in the diagram's font
 constexpr std::uint32_t kPadding = 6;
-// A longer field is drawn with this many bytes, which its name says.
+// A longer field is drawn with this many bytes; its label gives the real size.
 constexpr std::uint32_t kLongestDrawn = 24;
 
 std::string Number(std::uint64_t number) {
   return std::to_string(number);
 }
 
-/// Up to two lines of at most `most` characters, parted at a blank where there is one.
+/// Up to two lines of at most `most` characters, broken at a space if there is one.
 std::vector<std::string> Wrapped(std::string_view name, std::size_t most) {
   if (CharacterCount(name) <= most) return {std::string(name)};
   std::size_t split = std::string_view::npos;
@@ -33,8 +33,8 @@ std::vector<std::string> Wrapped(std::string_view name, std::size_t most) {
   return {std::string(name.substr(0, split)), Shortened(name.substr(split + 1), most)};
 }
 
-/// Draws boxes one after the other and breaks them at the ends of the lines.
-class Picture {
+/// Draws boxes one after the other, wrapping them at the ends of lines.
+class Diagram {
  public:
   void Add(const std::string& style, std::uint64_t position, std::uint32_t length, const std::string& name,
            const std::string& title) {
@@ -96,10 +96,10 @@ std::string Bytes(std::uint64_t first, std::uint32_t length) {
 
 }  // namespace
 
-std::string BytePicture(const Command& command, const std::vector<CommandField>& fields) {
-  Picture picture;
+std::string ByteDiagram(const Command& command, const std::vector<CommandField>& fields) {
+  Diagram diagram;
   if (command.extended_code) {
-    picture.Add("code", 0, kExtendedCodeSize, "command", "the command's code, bytes 0 to 3");
+    diagram.Add("code", 0, kExtendedCodeSize, "command", "the command's code, bytes 0 to 3");
   }
   bool is_even = false;
   for (const CommandField& field : fields) {
@@ -111,10 +111,10 @@ std::string BytePicture(const Command& command, const std::vector<CommandField>&
     if (is_shortened) words.append(" (").append(extent).append(")");
     std::string title = name;
     title.append(", ").append(field.var->var_type).append(", ").append(extent);
-    picture.Add(is_even ? "other" : "field", field.position, std::min(length, kLongestDrawn), words, title);
+    diagram.Add(is_even ? "other" : "field", field.position, std::min(length, kLongestDrawn), words, title);
     is_even = !is_even;
   }
-  return picture.Svg("byte layout");
+  return diagram.Svg("byte layout");
 }
 
 }  // namespace varkel
