@@ -32,10 +32,12 @@ mkdir -p "$dist"
 same_time() { find "$1" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +; }
 
 package_debian() {
-  tools/build.sh package
-  rm -rf build/package/_CPack_Packages
-  (cd build/package && cpack -G DEB -B "$root/build/package/deb" >cpack.log 2>&1) || { cat build/package/cpack.log >&2; exit 1; }
-  mv "build/package/deb/varkel_${version}_amd64.deb" "$dist/"
+  tools/build.sh release shipped
+  local work=$root/build/package-debian
+  rm -rf "$work"
+  mkdir -p "$work"
+  (cd build/release && cpack -G DEB -B "$work" >cpack.log 2>&1) || { cat build/release/cpack.log >&2; exit 1; }
+  mv "$work/varkel_${version}_amd64.deb" "$dist/"
 }
 
 # un.RemoveFiles of the setup: deletes each file by name, then each empty folder. Other files belong to the user.

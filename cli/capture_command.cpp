@@ -1,4 +1,5 @@
 #include <QDateTime>
+#include <QLocale>
 #include <QString>
 #include <filesystem>
 #include <fstream>
@@ -24,8 +25,9 @@ std::string TimeText(quarn::lidar::CaptureTime time) {
   constexpr std::size_t kMicrosecondDigits = 6;
   const auto us = std::chrono::duration_cast<std::chrono::microseconds>(time.time_since_epoch()).count();
   const std::string digits = std::to_string(us % 1'000'000);
-  return QDateTime::fromMSecsSinceEpoch(us / 1000, Qt::UTC).toString("yyyy-MM-ddTHH:mm:ss").toStdString() +
-         "." + std::string(kMicrosecondDigits - digits.size(), '0') + digits + "Z";
+  const QDateTime seconds = QDateTime::fromMSecsSinceEpoch(us / 1000, Qt::UTC);
+  return QLocale::c().toString(seconds, "yyyy-MM-ddTHH:mm:ss").toStdString() + "." +
+         std::string(kMicrosecondDigits - digits.size(), '0') + digits + "Z";
 }
 
 long long DelayUs(const CapturedExchange& exchange) {

@@ -1,6 +1,7 @@
-#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QLocale>
+#include <QTime>
 #include <algorithm>
 #include <chrono>
 #include <exception>
@@ -161,7 +162,7 @@ SensorResult Watch(const Job& job) {
     const StateReading reading = ReadVars(job, *vars);
     if (reading.end == ReadEnd::kStopped) break;
     SensorResult line = Shown(job, reading);
-    line.text = QDateTime::currentDateTime().toString(QStringLiteral("HH:mm:ss.zzz")).toStdString();
+    line.text = QLocale::c().toString(QTime::currentTime(), QStringLiteral("HH:mm:ss.zzz")).toStdString();
     for (const StateValue& value : reading.state.values)
       line.text += "  " + Plain(value.name) + "=" + WithUnit(value);
     line.text += FailureLines(reading);

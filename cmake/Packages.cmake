@@ -1,22 +1,29 @@
-# Installs the licences and, for the Debian package, the files that Debian expects; CPack makes the package
-# from them. package.sh builds the Windows packages from the installed files.
+# Installs the licences. The files that only Debian expects are a component of their own, which CPack installs into the
+# Debian package. package.sh builds the Windows packages from the installed files.
 install(FILES ${CMAKE_SOURCE_DIR}/packaging/licences/third-party.txt DESTINATION licences)
+option(VARKEL_DEBIAN_PACKAGE "Let CPack build the Debian package" OFF)
+# The texts for code that is compiled into the programs, then those for the libraries shipped with them.
+set(texts)
+if(CMAKE_CROSSCOMPILING OR VARKEL_DEBIAN_PACKAGE)
+  list(APPEND texts spdlog:libspdlog-dev fmt:libfmt-dev cli11:libcli11-dev tl-expected:libexpected-dev
+    roboto:fonts-roboto-unhinted)
+endif()
 if(CMAKE_CROSSCOMPILING)
-  # Debian systems have these texts; packages for other systems include them.
-  foreach(text qtbase:libqt5core5a qtdeclarative:libqt5qml5 qtquickcontrols2:libqt5quicktemplates2-5 qtsvg:libqt5svg5
-      openssl:libssl-dev libcsv:libcsv-dev spdlog:libspdlog-dev fmt:libfmt-dev cli11:libcli11-dev tl-expected:libexpected-dev
-      roboto:fonts-roboto-unhinted gcc:gcc-12-base mingw-w64:mingw-w64-common nsis:nsis-common)
-    string(REPLACE ":" ";" text ${text})
-    list(GET text 0 name)
-    list(GET text 1 package)
-    install(FILES /usr/share/doc/${package}/copyright DESTINATION licences RENAME ${name}.txt)
-  endforeach()
+  list(APPEND texts qtbase:libqt5core5a qtdeclarative:libqt5qml5 qtquickcontrols2:libqt5quicktemplates2-5 qtsvg:libqt5svg5
+    openssl:libssl-dev libcsv:libcsv-dev gcc:gcc-12-base mingw-w64:mingw-w64-common nsis:nsis-common)
+endif()
+foreach(text IN LISTS texts)
+  string(REPLACE ":" ";" text ${text})
+  list(GET text 0 name)
+  list(GET text 1 package)
+  install(FILES /usr/share/doc/${package}/copyright DESTINATION licences RENAME ${name}.txt)
+endforeach()
+if(CMAKE_CROSSCOMPILING)
   foreach(name Apache-2.0 GPL-3 LGPL-2.1 LGPL-3)
     install(FILES /usr/share/common-licenses/${name} DESTINATION licences RENAME ${name}.txt)
   endforeach()
 endif()
 
-option(VARKEL_DEBIAN_PACKAGE "Install for Debian's package" OFF)
 if(NOT VARKEL_DEBIAN_PACKAGE)
   return()
 endif()
@@ -24,15 +31,16 @@ endif()
 # The program's own root, with its fonts, tables and pictures.
 set(root /usr/lib/varkel)
 set(debian ${CMAKE_SOURCE_DIR}/packaging/debian)
+set(for_debian COMPONENT debian EXCLUDE_FROM_ALL)
 install(CODE "
   file(MAKE_DIRECTORY \"\$ENV{DESTDIR}/usr/bin\")
   foreach(program ${shipped})
     file(CREATE_LINK ../lib/varkel/bin/\${program} \"\$ENV{DESTDIR}/usr/bin/\${program}\" SYMBOLIC)
-  endforeach()")
-install(FILES ${debian}/varkel.desktop DESTINATION /usr/share/applications)
-install(FILES ${debian}/copyright DESTINATION /usr/share/doc/varkel)
+  endforeach()" ${for_debian})
+install(FILES ${debian}/varkel.desktop DESTINATION /usr/share/applications ${for_debian})
+install(FILES ${debian}/copyright DESTINATION /usr/share/doc/varkel ${for_debian})
 install(FILES ${CMAKE_SOURCE_DIR}/png/Varkel-LOGO-black.svg DESTINATION /usr/share/icons/hicolor/scalable/apps
-  RENAME varkel.svg)
+  RENAME varkel.svg ${for_debian})
 
 # compressed(SOURCE TARGET): without a name and a time in the file, so that builds are reproducible.
 function(compressed source target)
@@ -41,7 +49,7 @@ function(compressed source target)
   set(result ${CMAKE_BINARY_DIR}/debian/${name})
   file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/debian)
   execute_process(COMMAND gzip -9nc ${source} OUTPUT_FILE ${result} COMMAND_ERROR_IS_FATAL ANY)
-  install(FILES ${result} DESTINATION ${folder})
+  install(FILES ${result} DESTINATION ${folder} ${for_debian})
 endfunction()
 
 # The time of the change log's entry is that of the packaged commit, which package.sh passes on.
@@ -55,6 +63,15 @@ foreach(manual IN LISTS manuals)
     compressed(${manual} /usr/share/man/man1/${name}.1.gz)
   endif()
 endforeach()
+add_custom_command(OUTPUT debian/varkelctl.1.gz
+  COMMAND gzip -9nc ${CMAKE_BINARY_DIR}/cli/varkelctl.1 > debian/varkelctl.1.gz
+  DEPENDS ${CMAKE_BINARY_DIR}/cli/varkelctl.1)
+add_custom_target(debian_manual ALL DEPENDS debian/varkelctl.1.gz)
+add_dependencies(debian_manual varkelctl_manual)
+add_dependencies(shipped debian_manual)
+install(FILES ${CMAKE_BINARY_DIR}/debian/varkelctl.1.gz DESTINATION /usr/share/man/man1 ${for_debian})
+install(FILES ${CMAKE_BINARY_DIR}/cli/varkelctl.bash DESTINATION /usr/share/bash-completion/completions RENAME varkelctl
+  ${for_debian})
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME varkel)
@@ -63,6 +80,7 @@ set(CPACK_PACKAGE_CONTACT "QuarnTech <support@quarntech.example>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Inspects and configures a lidar sensor")
 set(CPACK_SET_DESTDIR ON)
 set(CPACK_INSTALL_PREFIX ${root})
+set(CPACK_INSTALL_CMAKE_PROJECTS "${CMAKE_BINARY_DIR};Varkel;Unspecified;/;${CMAKE_BINARY_DIR};Varkel;debian;/")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION electronics)

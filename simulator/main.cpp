@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include "libquarn/Platform/src/file_path.h"
 #include "simulator/src/datagram_stream.h"
 #include "simulator/src/replay.h"
 #include "simulator/src/simulated_sensor.h"
@@ -27,6 +28,8 @@
 namespace {
 
 namespace fs = std::filesystem;
+using quarn::platform::FilePath;
+using quarn::platform::PathText;
 using varkel::sim::DatagramStream;
 using varkel::sim::Exchange;
 using varkel::sim::Replay;
@@ -55,7 +58,7 @@ extern "C" void RequestStop(int /*signal*/) {
 /// The program's own file, even if it was started through the path or a link.
 fs::path ProgramFile() {
 #ifdef _WIN32
-  return _pgmptr;
+  return FilePath(_pgmptr);
 #else
   std::error_code error;
   return fs::read_symlink("/proc/self/exe", error);
@@ -73,7 +76,7 @@ std::string KnownModels(const fs::path& folder) {
   std::vector<std::string> names;
   std::error_code error;
   for (const auto& entry : fs::directory_iterator(folder, error)) {
-    if (entry.path().extension() == ".csv") names.push_back(entry.path().stem().string());
+    if (entry.path().extension() == ".csv") names.push_back(PathText(entry.path().stem()));
   }
   std::sort(names.begin(), names.end());
   std::string text;
@@ -82,13 +85,13 @@ std::string KnownModels(const fs::path& folder) {
 }
 
 std::string TableOf(const std::string& model, const fs::path& folder) {
-  const fs::path table = folder / (model + ".csv");
+  const fs::path table = folder / FilePath(model + ".csv");
   std::error_code error;
   if (!fs::is_regular_file(table, error)) {
-    throw std::runtime_error("There is no table for a model \"" + model + "\" in " + folder.string() +
+    throw std::runtime_error("There is no table for a model \"" + model + "\" in " + PathText(folder) +
                              " (models there: " + KnownModels(folder) + ").");
   }
-  return table.string();
+  return PathText(table);
 }
 
 /// Prints one line per exchange; called on the clients' threads.
@@ -163,7 +166,7 @@ int Run(int argc, char** argv) {
   SmallSensorOptions lines;
   options.port = 9347;
   std::string model = "Quenta";
-  std::string folder = DefaultTableFolder().string();
+  std::string folder = PathText(DefaultTableFolder());
   bool verbose = false;
   int restart_time_ms = 3000;
   std::string recording;
@@ -198,7 +201,7 @@ int Run(int argc, char** argv) {
 
   options.restart_time = std::chrono::milliseconds(restart_time_ms);
   if (tls.wanted) options.tls = tls.options;
-  options.table_path = TableOf(model, folder);
+  options.table_path = TableOf(model, FilePath(folder));
   if (!recording.empty()) {
     if (model == kSerialModel) throw std::runtime_error("Only KTC can be replayed, not serial lines.");
     options.replay = LoadReplay(recording, paced);

@@ -32,6 +32,7 @@ end() {
 trap end EXIT
 "$server" -k >/dev/null 2>&1 || true
 if [ -e build/windows/bin/varkel.exe ]; then
+  rm -f "$place/display"  # an earlier run's
   Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp >"$place/screen.log" 2>&1 3>"$place/display" </dev/null &
   screen=$!
   for _ in $(seq 100); do

@@ -24,7 +24,7 @@ Flickable {
             "selectExisting": !archive,
             "defaultSuffix": "tar",
             "suggestedName": "operation_log_" + varkel_manager.getLidarSN().replace(/[^A-Za-z0-9._-]+/g, "_") + "_"
-                             + Qt.formatDate(new Date(), "yyyy-MM-dd") + ".tar",
+                             + new Date().toLocaleDateString(Qt.locale("C"), "yyyy-MM-dd") + ".tar",
             "nameFilters": archive ? ["Archives (*.tar)", "All files (*)"] : []
         });
     }

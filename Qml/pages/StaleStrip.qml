@@ -9,7 +9,7 @@ Rectangle {
     readonly property date lastRead: rows ? rows.lastRead : new Date(NaN)
     readonly property string text: isNaN(lastRead) ? "Not connected. Values are the table's defaults"
                                                    : "Not connected. Values last read "
-                                                     + Qt.formatTime(lastRead, "HH:mm:ss")
+                                                     + lastRead.toLocaleTimeString(Qt.locale("C"), "HH:mm:ss")
 
     implicitHeight: Theme.stripHeight
     color: Theme.raised

@@ -14,7 +14,7 @@ FunctionRow {
     }
 
     function save(folder) {
-        file = "correction_" + Qt.formatDateTime(new Date(), "yyyyMMdd-hhmmss") + ".bin";
+        file = "correction_" + new Date().toLocaleString(Qt.locale("C"), "yyyyMMdd-hhmmss") + ".bin";
         varkel_manager.smallSensor.readCorrection(localPath(folder).replace(/\/$/, "") + "/" + file);
     }
 

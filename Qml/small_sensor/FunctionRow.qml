@@ -20,7 +20,7 @@ LabelledRow {
     }
 
     function time() {
-        return Qt.formatTime(new Date(), "hh:mm:ss");
+        return new Date().toLocaleTimeString(Qt.locale("C"), "hh:mm:ss");
     }
 
     onForget: say(unread, false)

@@ -7,6 +7,7 @@
 #include <QIcon>
 
 #include "app/src/arguments.h"
+#include "app/src/log_file.h"
 #include "app/src/main_window.h"
 #include "app/src/startup.h"
 #include "libquarn/Platform/src/logger.h"
@@ -38,11 +39,9 @@ void SetIcon() {
   }
 }
 
-void StartLogger() {
-  const QString folder = startup::LogFolder();
-  if (!QDir().mkpath(folder) ||
-      !log_lib::Logger::GetInstance().Start(QDir(folder).filePath("varkel.log").toStdString())) {
-    qWarning() << "[Varkel] No log file in" << folder;
+void StartLogger(const LogFile& file) {
+  if (file.path().isEmpty() || !log_lib::Logger::GetInstance().Start(file.path().toStdString())) {
+    qWarning() << "[Varkel] No log file in" << startup::LogFolder();
   }
 }
 
@@ -66,7 +65,8 @@ int RunApplication(int argc, char* argv[], const std::function<int(MainWindow&)>
   QApplication::setFont(font);
   startup::SetIdentity();
   SetIcon();
-  StartLogger();
+  const LogFile log_file(startup::LogFolder());
+  StartLogger(log_file);
   const QString module_name = arguments::ModuleName({argv, static_cast<std::size_t>(argc)});
   const int result = RunWindow(palette, module_name, run);
   log_lib::Logger::GetInstance().Stop();

@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QFontMetricsF>
 #include <QLineF>
+#include <QLocale>
 #include <QPainter>
 #include <QVector>
 #include <algorithm>
@@ -212,7 +213,7 @@ void HistoryPlot::Refresh() {
     const double share = (pointer_ - scale.area.left()) / std::max(1.0, scale.area.width());
     const qint64 ms =
         scale.first_ms + static_cast<qint64>(share * static_cast<double>(scale.last_ms - scale.first_ms));
-    reading = QDateTime::fromMSecsSinceEpoch(ms).toString("HH:mm:ss.zzz");
+    reading = QLocale::c().toString(QDateTime::fromMSecsSinceEpoch(ms), "HH:mm:ss.zzz");
     for (const Curve& curve : curves) {
       const auto after = std::partition_point(curve.points->begin(), curve.points->end(),
                                               [ms](const auto& point) { return Milliseconds(point) <= ms; });

@@ -2,6 +2,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QLocale>
 #include <QSaveFile>
 #include <algorithm>
 #include <utility>
@@ -20,7 +21,7 @@ QString LevelName(LogModel::Level level) {
 }
 
 QString TimeText(const QTime& time) {
-  return time.toString("HH:mm:ss.zzz");
+  return QLocale::c().toString(time, "HH:mm:ss.zzz");
 }
 
 }  // namespace

@@ -1,61 +1,77 @@
-; Puts the folder "command", which holds nothing but varkelctl's starter, on the path and takes it off again.
+; Puts the folder "command", which holds nothing but varkelctl's starter, on the path and takes it off again. The path is
+; that of all users or of this one, as the shell context, SHCTX, says.
 !define USER_PATH "Environment"
 !define MACHINE_PATH "SYSTEM\CurrentControlSet\Control\Session Manager\Environment"
 !include WinMessages.nsh
 !include StrFunc.nsh
-${StrStr}
-${UnStrRep}
+${Using:StrFunc} StrStr
+${Using:StrFunc} UnStrRep
 
-; Texts of NSIS end after 1023 characters: a path that is about that long is left alone, not cut off.
+; Texts of NSIS hold 1023 characters: a path that is about that long is left alone, not cut off.
 !define LONGEST_PATH 800
 
-Function AddToPath
+; $0 becomes the path between semicolons (";" when there is none), $1 where it stands, $2 empty when it may be changed.
+!macro ReadPath
+  StrCpy $1 "${USER_PATH}"
   ${If} $MultiUser.InstallMode == "AllUsers"
-    ReadRegStr $0 HKLM "${MACHINE_PATH}" "Path"
-  ${Else}
-    ReadRegStr $0 HKCU "${USER_PATH}" "Path"
+    StrCpy $1 "${MACHINE_PATH}"
   ${EndIf}
-  ${StrStr} $1 "$0;" "$INSTDIR\command;"
-  StrLen $2 $0
-  ${If} $1 != ""
+  StrCpy $2 ""
+  ClearErrors
+  ReadRegStr $0 SHCTX $1 "Path"
+  ${If} ${Errors}
+    ; There is none, or it is longer than a text.
+    StrCpy $3 0
+    ${Do}
+      EnumRegValue $4 SHCTX $1 $3
+      ${If} $4 == "Path"
+        StrCpy $2 "too long"
+      ${EndIf}
+      IntOp $3 $3 + 1
+    ${LoopUntil} $4 == ""
+  ${EndIf}
+  StrLen $3 $0
+  ${If} $3 > ${LONGEST_PATH}
+    StrCpy $2 "too long"
+  ${EndIf}
+  StrCpy $0 ";$0"
+  ${If} $0 != ";"
+    StrCpy $0 "$0;"
+  ${EndIf}
+!macroend
+
+; $0 goes where $1 says, without the semicolons around it.
+!macro WritePath
+  StrCpy $0 $0 -1 1
+  ${If} $0 == ""
+    DeleteRegValue SHCTX $1 "Path"
+  ${Else}
+    WriteRegExpandStr SHCTX $1 "Path" $0
+  ${EndIf}
+  SendMessage ${HWND_BROADCAST} ${WM_WININICHANGE} 0 "STR:Environment" /TIMEOUT=2000
+!macroend
+
+Function AddToPath
+  !insertmacro ReadPath
+  ${StrStr} $3 $0 ";$INSTDIR\command;"
+  ${If} $3 != ""
     Return
   ${EndIf}
-  ${If} $2 > ${LONGEST_PATH}
+  ${If} $2 != ""
     DetailPrint "The path is too long for setup to change. Add $INSTDIR\command to it yourself."
     Return
   ${EndIf}
-  ${If} $0 != ""
-    StrCpy $0 "$0;"
-  ${EndIf}
-  ${If} $MultiUser.InstallMode == "AllUsers"
-    WriteRegExpandStr HKLM "${MACHINE_PATH}" "Path" "$0$INSTDIR\command"
-  ${Else}
-    WriteRegExpandStr HKCU "${USER_PATH}" "Path" "$0$INSTDIR\command"
-  ${EndIf}
-  SendMessage ${HWND_BROADCAST} ${WM_WININICHANGE} 0 "STR:Environment" /TIMEOUT=2000
+  StrCpy $0 "$0$INSTDIR\command;"
+  !insertmacro WritePath
 FunctionEnd
 
 Function un.RemoveFromPath
-  ${If} $MultiUser.InstallMode == "AllUsers"
-    ReadRegStr $0 HKLM "${MACHINE_PATH}" "Path"
-  ${Else}
-    ReadRegStr $0 HKCU "${USER_PATH}" "Path"
-  ${EndIf}
-  StrLen $2 $0
-  ${If} $2 > 1000
+  !insertmacro ReadPath
+  ${UnStrRep} $3 $0 ";$INSTDIR\command;" ";"
+  ${If} $3 == $0
+  ${OrIf} $2 != ""
     Return
   ${EndIf}
-  ${UnStrRep} $1 "$0" ";$INSTDIR\command" ""
-  ${If} $1 == $0
-    ${UnStrRep} $1 "$0" "$INSTDIR\command" ""
-  ${EndIf}
-  ${If} $1 == $0
-    Return
-  ${EndIf}
-  ${If} $MultiUser.InstallMode == "AllUsers"
-    WriteRegExpandStr HKLM "${MACHINE_PATH}" "Path" "$1"
-  ${Else}
-    WriteRegExpandStr HKCU "${USER_PATH}" "Path" "$1"
-  ${EndIf}
-  SendMessage ${HWND_BROADCAST} ${WM_WININICHANGE} 0 "STR:Environment" /TIMEOUT=2000
+  StrCpy $0 $3
+  !insertmacro WritePath
 FunctionEnd

@@ -3,7 +3,8 @@
 ;   OUTPUT            the setup's own file
 ;   FILES             a script with one function, un.RemoveFiles, that deletes each file of SOURCE and the empty folders
 ;   WITH_COMMAND      defined when varkelctl is there
-; Silent: Varkel-setup.exe /S [/AllUsers | /CurrentUser] [/D=FOLDER]. It ends with 2 when Varkel runs.
+; Silent: Varkel-setup.exe /S [/AllUsers | /CurrentUser] [/Path] [/D=FOLDER]; /Path puts varkelctl on the path. It ends
+; with 2 when Varkel runs.
 Unicode true
 Target amd64-unicode
 SetCompressor /SOLID lzma
@@ -81,9 +82,6 @@ FunctionEnd
 !insertmacro RefuseWhileRunning ""
 !insertmacro RefuseWhileRunning "un."
 
-Function .onInit
-  !insertmacro MULTIUSER_INIT
-FunctionEnd
 Function un.onInit
   !insertmacro MULTIUSER_UNINIT
   Call un.RefuseWhileRunning
@@ -125,14 +123,26 @@ SectionEnd
 
 !ifdef WITH_COMMAND
 !include "command_path.nsh"
-Section /o "varkelctl on the path" path
+Section /o "varkelctl on the path" command
   Call AddToPath
 SectionEnd
 !insertmacro MUI_FUNCTION_DESCRIPTION_BEGIN
   !insertmacro MUI_DESCRIPTION_TEXT ${main} "The window, the simulated sensor and the models' tables."
-  !insertmacro MUI_DESCRIPTION_TEXT ${path} "Lets command prompts find varkelctl."
+  !insertmacro MUI_DESCRIPTION_TEXT ${command} "Lets command prompts find varkelctl."
 !insertmacro MUI_FUNCTION_DESCRIPTION_END
 !endif
+
+Function .onInit
+  !insertmacro MULTIUSER_INIT
+!ifdef WITH_COMMAND
+  ${GetParameters} $0
+  ClearErrors
+  ${GetOptions} $0 "/Path" $1
+  ${IfNot} ${Errors}
+    SectionSetFlags ${command} ${SF_SELECTED}
+  ${EndIf}
+!endif
+FunctionEnd
 
 !include "${FILES}"
 
@@ -144,7 +154,7 @@ Section Uninstall
   Delete "$SMPROGRAMS\Varkel\Licences.lnk"
   Delete "$SMPROGRAMS\Varkel\Uninstall Varkel.lnk"
   RMDir "$SMPROGRAMS\Varkel"
-  ; An upgrade keeps the following: the choice of the path, and the tool's own log.
+  ; An upgrade keeps the following: the choice of the path, and the tool's own log and notes.
   ${GetParameters} $0
   ClearErrors
   ${GetOptions} $0 "/Upgrade" $1
@@ -155,7 +165,12 @@ Section Uninstall
     DeleteRegKey SHCTX "${UNINSTALL_KEY}"
     SetShellVarContext current
     Delete "$APPDATA\QuarnTech\varkel\varkel*.log"
+    Delete "$APPDATA\QuarnTech\varkel\varkel*.log.lock"
     RMDir "$APPDATA\QuarnTech\varkel"
     RMDir "$APPDATA\QuarnTech"
+    Delete "$LOCALAPPDATA\QuarnTech\varkel\recent-addresses.txt"
+    Delete "$LOCALAPPDATA\QuarnTech\varkel\window.ini"
+    RMDir "$LOCALAPPDATA\QuarnTech\varkel"
+    RMDir "$LOCALAPPDATA\QuarnTech"
   ${EndIf}
 SectionEnd

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "VarkelCore/src/catalogue/config_parser.h"
+#include "libquarn/Platform/src/file_path.h"
 #include "simulator/src/byte_stream.h"
 #include "simulator/src/command_handler.h"
 #include "simulator/src/fault_rules.h"
@@ -19,6 +20,10 @@
 #include "simulator/src/small_sensor_tunnel.h"
 
 namespace varkel::sim {
+
+using quarn::platform::FilePath;
+using quarn::platform::PathText;
+
 namespace {
 
 constexpr char kFirmwareVersion[] = "Firmware Version";
@@ -26,7 +31,7 @@ constexpr char kSerialNumber[] = "SN";
 constexpr std::uint8_t kJunctionBoxPackage = 0x83;
 
 bool HasSmallSensor(const std::string& table_path) {
-  const std::string model = std::filesystem::path(table_path).stem().string();
+  const std::string model = PathText(FilePath(table_path).stem());
   return model == "Zelto-KTC" || model == "Marvo-KTC";
 }
 

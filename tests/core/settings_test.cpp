@@ -1,10 +1,22 @@
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#include <share.h>
+#endif
+
+#include <QDir>
 #include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <QThread>
+#include <atomic>
+#include <thread>
 
 #include "VarkelCore/src/session/connection_settings.h"
 #include "VarkelCore/src/session/recent_addresses.h"
+#include "VarkelCore/src/tasks/atomic_file.h"
 #include "tests/core/core_test.h"
+#include "tests/support/qt_files.h"
 
 namespace {
 
@@ -43,6 +55,62 @@ class SettingsTest : public QObject {
     QCOMPARE(written.value("point_cloud_baudrate").toString(), "3000000");
     QCOMPARE(file.Load().ip_address, std::string("10.0.0.7"));
   }
+
+  void SavingWhileAnotherCopyReads() {
+    const QTemporaryDir folder;
+    const varkel::SettingsFile file(folder.filePath("settings.ini"));
+    const varkel::ConnectionSettings settings{.ip_address = "10.0.0.7"};
+    QCOMPARE(file.Save(settings), std::string());
+    std::atomic<int> wrong = 0;
+    {
+      const std::jthread other([&](const std::stop_token& end) {
+        while (!end.stop_requested()) {
+          wrong += file.Load().ip_address != settings.ip_address;
+          QThread::msleep(20);
+        }
+      });
+      for (int i = 0; i < 20; ++i) {
+        const std::string fault = file.Save(settings);
+        QVERIFY2(fault.empty(), fault.c_str());
+      }
+    }
+    QCOMPARE(wrong.load(), 0);
+  }
+
+  void LongPaths() {
+    const QTemporaryDir folder;
+    const QString deep =
+        folder.filePath(QString(120, 'a') + '/' + QString(120, 'b') + '/' + QString(120, 'c'));
+    const QString path = deep + "/settings.ini";
+    const varkel::ConnectionSettings settings{.ip_address = "10.0.0.7"};
+    QCOMPARE(varkel::SettingsFile(path).Save(settings), std::string());
+    QCOMPARE(varkel::SettingsFile(path).Load().ip_address, settings.ip_address);
+    QVERIFY(varkel::WriteAtomically(deep + "/new", std::vector<std::uint8_t>(9)) ==
+            varkel::WriteResult::kWritten);
+    QVERIFY(varkel::ReplaceFile(deep + "/new", path));
+    QCOMPARE(Content(path).size(), 9);
+  }
+
+#ifdef _WIN32
+  // The host viewer may have the file open and let others read it, or not even that.
+  void AFileInUseIsLeftAsItIs() {
+    for (const int share : {_SH_DENYRW, _SH_DENYWR}) {
+      const QTemporaryDir folder;
+      const QString path = folder.filePath("settings.ini");
+      Put(path, "[General]\nudp_port=2400\n");
+      const int held = _wsopen(path.toStdWString().c_str(), _O_RDONLY, share);
+      QVERIFY(held >= 0);
+      std::string unread;
+      const varkel::ConnectionSettings settings = varkel::SettingsFile(path).Load(&unread);
+      const std::string fault = varkel::SettingsFile(path).Save(settings);
+      _close(held);
+      QCOMPARE(unread.empty(), share == _SH_DENYWR);
+      QVERIFY2(fault.find("can't be saved") != std::string::npos, fault.c_str());
+      QCOMPARE(Content(path), QByteArray("[General]\nudp_port=2400\n"));
+      QCOMPARE(Files(folder.path()), QStringList{"settings.ini"});
+    }
+  }
+#endif
 
   void TenAddressesAreKeptTheMostRecentFirst() {
     QTemporaryDir folder;

@@ -74,6 +74,7 @@ printf '[General]\ndevice_ip_address=127.0.0.1\nktc_port=%s\n' "$port" >"$settin
 chmod 700 "$bare/home/tester"
 inside chown -R tester: /home/tester
 display=$PWD/build/debian-test.display
+rm -f "$display"  # an earlier run's
 Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp >>"$log" 2>&1 3>"$display" </dev/null &
 started+=($!)
 for _ in $(seq 100); do [ ! -s "$display" ] || break; sleep 0.1; done

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # windows_test.sh FOLDER: tries the setup and the .zip of that folder under Wine, as a user would: an older version is
-# installed, upgraded silently, started from the start menu, connected to a simulated sensor on this machine, and
-# uninstalled. Documents lie in a folder with blanks and umlauts. Pictures are left in build/wine-*.png.
+# installed, upgraded silently, started from the start menu, connected to a simulated sensor on this machine, asked
+# from a command line by varkelctl, and uninstalled; the .zip runs on a screen twice as large, at twice the size. Documents lie in a
+# folder with blanks and umlauts. Pictures are left in build/wine-*.png.
 set -Eeuo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 dist=$(realpath "${1:?windows_test.sh FOLDER}")
@@ -32,11 +33,16 @@ rm -rf "$place"
 mkdir -p "$HOME" "$WINEPREFIX" "$documents/VelmoraDataFiles"
 run() { "$wine" "$@" >>"$log" 2>&1 </dev/null; }
 
-Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp >"$place/screen.log" 2>&1 3>"$place/display" </dev/null &
-started+=($!)
-for _ in $(seq 100); do [ ! -s "$place/display" ] || break; sleep 0.1; done
-DISPLAY=:$(cat "$place/display")
-export DISPLAY
+# use_screen SIZE
+use_screen() {
+  rm -f "$place/display"
+  Xvfb -displayfd 3 -screen 0 "$1x24" -nolisten tcp >"$place/screen.log" 2>&1 3>"$place/display" </dev/null &
+  started+=($!)
+  for _ in $(seq 100); do [ ! -s "$place/display" ] || break; sleep 0.1; done
+  DISPLAY=:$(cat "$place/display")
+  export DISPLAY
+}
+use_screen 1920x1080
 "$server" -p >"$place/server.log" 2>&1 </dev/null
 run wineboot -i
 run reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f
@@ -44,7 +50,7 @@ run reg add 'HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell 
 
 # A sensor of this machine's own system.
 : >"$place/sensor.log"
-build/package/bin/varkel-sim --port 0 --verbose >"$place/sensor.log" 2>&1 </dev/null &
+build/release/bin/varkel-sim --port 0 --verbose >"$place/sensor.log" 2>&1 </dev/null &
 started+=($!)
 for _ in $(seq 100); do
   port=$(sed -n 's/^listening on .*:\([0-9]*\)$/\1/p' "$place/sensor.log")
@@ -53,9 +59,9 @@ for _ in $(seq 100); do
 done
 printf '[General]\ndevice_ip_address=127.0.0.1\nktc_port=%s\n' "$port" >"$documents/VelmoraDataFiles/RecvSettings.ini"
 
-# connect NAME: presses Enter in the window that was just started, with a picture of what comes.
+# connect NAME BEGAN [PERCENT]: presses Enter in the window that was just started, with a picture of what comes.
 connect() {
-  tests/packages/press_connect.sh "$place/sensor.log" "$PWD/build/wine-$1.png" "$2"
+  tests/packages/press_connect.sh "$place/sensor.log" "$PWD/build/wine-$1.png" "$2" "${3:-100}"
 }
 # The window closes by Alt+F4, as a user does it; the program is in use until its process has ended.
 close_window() {
@@ -65,6 +71,17 @@ close_window() {
     sleep 0.1
   done
   fail "the window does not close"
+}
+# path_of HIVE: the search path as the registry has it; nothing where it has none.
+path_of() {
+  local key='HKCU\Environment'
+  [ "$1" = HKCU ] || key='HKLM\System\CurrentControlSet\Control\Session Manager\Environment'
+  { "$wine" reg query "$key" /v Path 2>/dev/null || true; } | tr -d '\r' | sed -n 's/^ *Path *REG_[A-Z_]* *//Ip'
+}
+# read_serial_number PROGRAM...: varkelctl asks the sensor.
+read_serial_number() {
+  "$wine" "$@" --host "127.0.0.1:$port" read SN 2>>"$log" </dev/null | grep -q QU64A2419C0087 ||
+    fail "$* does not read from the sensor"
 }
 registered() { "$wine" reg query "$1\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varkel" /v DisplayVersion 2>/dev/null | tr -d '\r'; }
 
@@ -84,18 +101,22 @@ echo old >"$older/bin/gone.dll"
 
 # mode INSTALL_MODE HIVE PROGRAMS START_MENU: all of it once for all users, once for one.
 try_mode() {
-  local mode=$1 hive=$2 installed=$3 menu=$4
+  local mode=$1 hive=$2 installed=$3 menu=$4 path
+  path=$(path_of "$hive")
   run "$place/older-setup.exe" /S "/$mode"
   [ -e "$installed/bin/gone.dll" ] || fail "the older version was not installed into $installed"
   echo mine >"$installed/Config/varID/Mine.csv"
   local began=$SECONDS
-  run "$setup" /S "/$mode"
+  run "$setup" /S "/$mode" /Path
   echo "Windows setup ($mode): upgraded after $((SECONDS - began)) s"
   [ ! -e "$installed/bin/gone.dll" ] || fail "the upgrade leaves an old library"
   [ -e "$installed/bin/Qt5Core.dll" ] || fail "the upgrade does not bring Qt"
   grep -q mine "$installed/Config/varID/Mine.csv" || fail "the upgrade takes the user's table"
   registered "$hive" | grep -q "$version" || fail "the upgrade does not register $version"
   (cd "$installed" && find . -type f | sort | xargs -d '\n' sha256sum) >"$place/before"
+
+  [ "$(path_of "$hive")" != "$path" ] || fail "the setup does not put varkelctl on the path"
+  read_serial_number cmd /c varkelctl
 
   began=$(date +%s%N)
   run start /unix "$menu/Varkel.lnk"
@@ -115,6 +136,7 @@ try_mode() {
     sleep 0.2
   done
   sleep 1
+  [ "$(path_of "$hive")" = "$path" ] || fail "uninstalling leaves $(path_of "$hive") as the path"
   local left
   left=$(cd "$installed" && find . -type f)
   [ "$left" = ./Config/varID/Mine.csv ] || fail "uninstalling leaves $left"
@@ -132,9 +154,19 @@ try_mode CurrentUser HKCU "$user/AppData/Local/Programs/Varkel" \
   "$user/AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Varkel"
 echo "Windows setup: uninstalled, the user's own files are left"
 
+unpacked="$place/Ausgepackt für alle/Varkel-$version/bin"
 unzip -q "$dist/Varkel-$version.zip" -d "$place/Ausgepackt für alle"
+read_serial_number "$unpacked/varkelctl.exe"
+"$wine" "$unpacked/varkel-sim.exe" --model none >"$place/models" 2>&1 </dev/null || true
+grep -q 'models there: .*Quenta' "$place/models" || fail "varkel-sim does not find its tables"
+# A window program has no console; what it traces goes to a file if there is one.
+"$server" -k >/dev/null 2>&1 || true
+use_screen 3840x2160
 began=$(date +%s%N)
-run start /unix "$place/Ausgepackt für alle/Varkel-$version/bin/varkel.exe"
-connect zip "$began"
+"$wine" "$unpacked/varkel.exe" >"$place/trace" 2>>"$log" </dev/null &
+connect 200-percent "$began" 200
+width=$(xdotool search --onlyvisible --name '^Varkel$' getwindowgeometry --shell | sed -n 's/^WIDTH=//p' | sort -n | tail -n 1)
+[ "$width" -ge 2600 ] || fail "on a screen of 3840 x 2160 the window is $width wide"
 close_window
-echo "Windows .zip: runs from where it was unpacked"
+grep -q '^VarkelManager::Init' "$place/trace" || fail "the trace lines are lost"
+echo "Windows .zip: runs from where it was unpacked, at 200 %"

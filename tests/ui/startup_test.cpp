@@ -7,6 +7,7 @@
 
 #include "app/src/arguments.h"
 #include "app/src/last_folder.h"
+#include "app/src/log_file.h"
 #include "tests/support/qt_test.h"
 
 namespace {
@@ -20,6 +21,7 @@ class StartupTest : public QObject {
       double scale;
     } cases[] = {{{3840, 2160, 3840, 2160}, 2.0},
                  {{1280, 720, 1920, 1080}, 1.2},
+                 {{960, 540, 1920, 1080}, 1.6},
                  {{1366, 768, 1366, 768}, 1.0},
                  {{1536, 864, 1920, 1080}, 1.0},               // 125 % exactly
                  {{1535, 863, 1920, 1080}, 0.8 * 1.2508143f},  // just above
@@ -40,6 +42,19 @@ class StartupTest : public QObject {
     QCOMPARE(LastFolder(file).folder(), QUrl::fromLocalFile(settings.filePath("ü #1")));
     QVERIFY(QDir(settings.path()).rmdir("ü #1"));
     QCOMPARE(LastFolder(file).folder(), documents);
+  }
+
+  void EachRunningCopyHasALogOfItsOwn() {
+    const QTemporaryDir folder;
+    const auto name = [](const LogFile& file) { return QFileInfo(file.path()).fileName(); };
+    auto first = std::make_unique<LogFile>(folder.filePath("new"));
+    const LogFile second(folder.filePath("new"));
+    QCOMPARE(name(*first) + ' ' + name(second), "varkel.log varkel-2.log");
+    first.reset();
+    QCOMPARE(name(LogFile(folder.filePath("new"))), "varkel.log");
+    QFile file(folder.filePath("file"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(LogFile(file.fileName()).path(), QString());
   }
 
   void Root() {

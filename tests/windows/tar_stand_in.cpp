@@ -1,14 +1,13 @@
 // Windows has a tar, Wine does not: tar -cvf ARCHIVE FILE... and tar -tf ARCHIVE, as the tool and its tests
 // call it. Each file is preceded by a line with its name and size.
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 
 namespace {
 
-bool Pack(const std::filesystem::path& path, int count, char** names) {
+bool Pack(const char* path, int count, char** names) {
   std::ofstream archive(path, std::ios::binary);
   for (int i = 0; i < count; ++i) {
     std::ifstream file(names[i], std::ios::binary);
@@ -19,7 +18,7 @@ bool Pack(const std::filesystem::path& path, int count, char** names) {
   return archive.flush().good();
 }
 
-bool List(const std::filesystem::path& path) {
+bool List(const char* path) {
   std::ifstream archive(path, std::ios::binary);
   std::string name;
   std::streamsize size = 0;

@@ -272,7 +272,9 @@ int Guide::Run() {
     return Fail("the folder " + plan_.folder + " can't be created.");
   }
   // The window's content is created after its first frame.
-  WaitUntil([this] { return view_.rootObject()->property("complete").toBool(); }, kPaintMs);
+  if (!WaitUntil([this] { return view_.rootObject()->property("complete").toBool(); }, kReadMs)) {
+    return Fail("the window stays empty.");
+  }
   if (!Connect()) {
     return 1;
   }

@@ -9,6 +9,8 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "libquarn/Platform/src/file_path.h"
+
 namespace varkel {
 namespace {
 
@@ -98,10 +100,11 @@ struct CsvTable::Callbacks {
 };
 
 CsvTable::CsvTable(const std::string& path) : path_(path) {
+  const std::filesystem::path file = quarn::platform::FilePath(path);
   std::error_code ignored;
-  if (!std::filesystem::is_directory(path, ignored)) {
+  if (!std::filesystem::is_directory(file, ignored)) {
     file_.rdbuf()->pubsetbuf(nullptr, 0);  // ReadBlocks takes whole blocks
-    file_.open(path, std::ios::binary);
+    file_.open(file, std::ios::binary);
   }
 }
 

@@ -6,7 +6,12 @@
 #include <system_error>
 #include <tuple>
 
+#include "libquarn/Platform/src/file_path.h"
+
 namespace varkel {
+
+using quarn::platform::FilePath;
+using quarn::platform::PathText;
 
 namespace {
 
@@ -36,11 +41,11 @@ ConnectType ConnectTypeOf(const std::string& model_name) {
 std::vector<std::string> ListModels(const std::string& folder) {
   std::vector<std::string> models;
   std::error_code error;
-  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+  for (std::filesystem::directory_iterator entry(FilePath(folder), error), end; !error && entry != end;
        entry.increment(error)) {
     std::error_code unreadable;  // for example a link to itself
     if (!entry->is_regular_file(unreadable)) continue;
-    const std::string file_name = entry->path().filename().string();
+    const std::string file_name = PathText(entry->path().filename());
     const std::string base_name = file_name.substr(0, file_name.find('.'));
     if (base_name != kMarvoKtc && !IsLockFile(base_name)) models.push_back(base_name);
   }
@@ -52,7 +57,7 @@ std::vector<std::string> ListModels(const std::string& folder) {
 bool IsHostModel(const std::string& model_name, const std::string& folder) {
   std::error_code error;
   return model_name == kMarvoKtc &&
-         std::filesystem::is_regular_file(folder + "/" + model_name + ".csv", error);
+         std::filesystem::is_regular_file(FilePath(folder + "/" + model_name + ".csv"), error);
 }
 
 std::vector<std::string> ListTables(const std::string& folder) {
@@ -64,7 +69,7 @@ std::vector<std::string> ListTables(const std::string& folder) {
 std::string TablePath(const std::string& model_or_file, const std::string& folder) {
   std::error_code error;
   const bool is_path = model_or_file.find_first_of("/\\") != std::string::npos ||
-                       std::filesystem::is_regular_file(model_or_file, error);
+                       std::filesystem::is_regular_file(FilePath(model_or_file), error);
   return is_path ? model_or_file : folder + "/" + model_or_file + ".csv";
 }
 

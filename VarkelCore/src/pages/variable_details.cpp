@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QLocale>
 #include <QString>
 #include <QStringList>
 #include <chrono>
@@ -68,7 +69,8 @@ QString ReadTime(const ValueStore::Shown& shown) {
   if (!shown.read_time) return {};
   const auto since_epoch =
       std::chrono::duration_cast<std::chrono::milliseconds>(shown.read_time->time_since_epoch());
-  return QDateTime::fromMSecsSinceEpoch(since_epoch.count()).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+  return QLocale::c().toString(QDateTime::fromMSecsSinceEpoch(since_epoch.count()),
+                               QStringLiteral("yyyy-MM-dd HH:mm:ss"));
 }
 
 QString LastSave(const Model& model, const VarInfo& var) {

@@ -20,6 +20,11 @@ namespace {
 constexpr int kLockTimeMs = 500;                  // the window waits
 constexpr qint64 kLargestFile = qint64{1} << 20;  // the six keys take a few hundred bytes
 
+/// The lock that QSettings takes when it writes, in the host viewer too.
+QString LockPath(const QString& path) {
+  return path + QStringLiteral(".lock");
+}
+
 /// Why the settings can't be read from or written to `path`; empty if they can.
 QString Obstacle(const QString& path) {
   const QFileInfo info(path);
@@ -90,6 +95,9 @@ SettingsFile::SettingsFile(QString path) : path_(std::move(path)) {}
 
 ConnectionSettings SettingsFile::Load(std::string* fault) const {
   ConnectionSettings settings;
+  // Another copy of the tool may be replacing the file. Without the lock it is read all the same.
+  QLockFile lock(LockPath(path_));
+  lock.tryLock(kLockTimeMs);
   if (const QString obstacle = Obstacle(path_); !obstacle.isEmpty()) {
     if (fault != nullptr)
       *fault = Sentence("The defaults are used instead of the settings in ", path_, obstacle);
@@ -113,13 +121,13 @@ std::string SettingsFile::Save(const ConnectionSettings& settings) const {
   const QFileInfo old(path_);
   const QString target = old.exists() ? old.canonicalFilePath() : path_;  // a link is kept
   QDir().mkpath(old.path());
-  QLockFile lock(path_ + QStringLiteral(".lock"));  // QSettings uses the same one, also in the host viewer
+  QLockFile lock(LockPath(path_));
   if (!lock.tryLock(kLockTimeMs)) return fault(QStringLiteral("it is in use or protected"));
   const QString draft = WriteDraft(settings, target);
   if (old.exists()) QFile::setPermissions(draft, old.permissions());
   if (!draft.isEmpty() && ReplaceFile(draft, target)) return {};
   QFile::remove(draft);
-  return fault(QStringLiteral("the disk is full, or it is protected"));
+  return fault(QStringLiteral("the disk is full, or it is in use or protected"));
 }
 
 }  // namespace varkel

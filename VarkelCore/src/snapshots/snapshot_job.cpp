@@ -6,8 +6,12 @@
 
 #include "VarkelCore/src/state/sensor_link.h"
 #include "VarkelCore/src/state/state_file.h"
+#include "libquarn/Platform/src/file_path.h"
 
 namespace varkel {
+
+using quarn::platform::FilePath;
+using quarn::platform::PathText;
 
 namespace {
 
@@ -20,7 +24,7 @@ std::stop_token EndOf(const std::shared_ptr<SensorSession>& session) {
 SnapshotJob::SnapshotJob(const Model& model, std::shared_ptr<SensorSession> session, UserReport& report,
                          StateReader::Progress progress)
     : model_name_(model.name),
-      table_folder_(std::filesystem::path(model.catalogue->path()).parent_path().string()),
+      table_folder_(PathText(FilePath(model.catalogue->path()).parent_path())),
       session_(std::move(session)),
       report_(report),
       progress_(std::move(progress)),

@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QFileInfo>
+#include <QLocale>
 #include <utility>
 
 namespace varkel {
@@ -67,7 +68,8 @@ const SnapshotFolder::Description* SnapshotList::At(int row) const {
 QString SnapshotList::LocalTime(const std::string& time) {
   const QString text = QString::fromStdString(time);
   const QDateTime utc = QDateTime::fromString(text, Qt::ISODateWithMs);
-  return utc.isValid() ? utc.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) : text;
+  return utc.isValid() ? QLocale::c().toString(utc.toLocalTime(), QStringLiteral("yyyy-MM-dd HH:mm:ss"))
+                       : text;
 }
 
 }  // namespace varkel

@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QLocale>
 #include <algorithm>
 #include <chrono>
 #include <exception>
@@ -193,7 +194,7 @@ QUrl Snapshots::folder() const {
 QString Snapshots::proposedName() const {
   const QString sn = SanitizedFileName(QString::fromStdString(sn_));
   return (sn.isEmpty() ? QStringLiteral("snapshot") : sn) +
-         QDateTime::currentDateTime().toString(QStringLiteral("-yyyyMMdd-HHmmss'.json'"));
+         QLocale::c().toString(QDateTime::currentDateTime(), QStringLiteral("-yyyyMMdd-HHmmss'.json'"));
 }
 
 void Snapshots::save(const QUrl& file) {

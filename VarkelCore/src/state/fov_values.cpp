@@ -3,7 +3,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 
 #include "VarkelCore/src/state/exchange_text.h"
 
@@ -43,12 +42,6 @@ std::string FovAngleName(const VarInfo& channel, std::size_t index) {
   return channel.var_name + " " + Edge(index) + " " + Sector(index);
 }
 
-std::string FovAngleText(float degrees) {
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%.1f", static_cast<double>(degrees));
-  return text.data();
-}
-
 std::optional<std::size_t> FindFovAngle(const ConfigParser& catalogue, const std::string& key) {
   const VarInfo* const channel = FovChannel(catalogue);
   for (std::size_t i = 0; channel != nullptr && i < 2 * kFovSectors; ++i) {
@@ -61,7 +54,7 @@ void AppendFovAngles(const ConfigParser& catalogue, const VarInfo& channel, cons
                      std::size_t sectors, std::vector<StateValue>& values) {
   for (std::size_t i = 0; i < 2 * kFovSectors; ++i) {
     if (i % kFovSectors >= sectors) continue;
-    StateValue value = MakeStateValue(catalogue, channel, FovAngleText(angles.at(i)), RawAngle(angles.at(i)));
+    StateValue value = MakeStateValue(catalogue, channel, AngleText(angles.at(i)), RawAngle(angles.at(i)));
     value.id = FovAngleId(channel, i);
     value.name = FovAngleName(channel, i);
     value.unit = "deg";

@@ -21,9 +21,6 @@ VarInfo* FovChannel(const ConfigParser& catalogue);
 std::string FovAngleId(const VarInfo& channel, std::size_t index);
 std::string FovAngleName(const VarInfo& channel, std::size_t index);
 
-/// Degrees with one decimal, the sensor's own resolution.
-std::string FovAngleText(float degrees);
-
 /// The index of the angle with this identifier or, failing that, this name; nullopt if there is none.
 std::optional<std::size_t> FindFovAngle(const ConfigParser& catalogue, const std::string& key);
 

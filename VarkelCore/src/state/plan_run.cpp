@@ -206,7 +206,7 @@ bool Writing::ReadBack(const PlannedCommand& command, KtcClient& client, Outcome
 void Writing::Judge(const PlannedField& field, ValueStore::Moment since, ChangeOutcome& outcome) const {
   if (field.angle) {
     if (*field.angle >= model_.values.FovSectorsRead(since)) return;
-    outcome.holds = FovAngleText(model_.values.ReportedFov().at(*field.angle));
+    outcome.holds = AngleText(model_.values.ReportedFov().at(*field.angle));
     outcome.verdict = outcome.holds == field.new_text ? Verdict::kVerified : Verdict::kDiffers;
     return;
   }

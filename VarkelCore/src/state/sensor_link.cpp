@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "VarkelCore/src/catalogue/model_names.h"
+#include "libquarn/Platform/src/file_path.h"
 
 namespace varkel {
 
@@ -38,7 +39,7 @@ tl::expected<std::shared_ptr<Model>, std::string> LoadModel(const std::string& f
   const std::string path = folder + "/" + model_name + ".csv";
   std::error_code error;
   const bool is_name = !model_name.empty() && model_name.find_first_of("/\\") == std::string::npos;
-  if (!is_name || !std::filesystem::is_regular_file(path, error)) {
+  if (!is_name || !std::filesystem::is_regular_file(quarn::platform::FilePath(path), error)) {
     return tl::unexpected("There is no table for a model \"" + model_name + "\" in " + folder +
                           " (models there: " + KnownModels(folder) + ").");
   }

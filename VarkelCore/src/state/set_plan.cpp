@@ -162,8 +162,8 @@ void Planner::AddAngle(std::size_t angle, const WantedValue& wanted) {
   if (is_read && IsSameAngle(present, *number)) return;
   fields_.push_back({&channel,
                      angle,
-                     is_read ? FovAngleText(present) : std::string(),
-                     FovAngleText(static_cast<float>(*number)),
+                     is_read ? AngleText(present) : std::string(),
+                     AngleText(static_cast<float>(*number)),
                      {}});
 }
 

@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <algorithm>
@@ -40,7 +41,7 @@ tl::expected<SnapshotFolder::Entry, std::string> SnapshotFolder::Save(const Sens
   QDateTime time = QDateTime::currentDateTimeUtc();
   Entry entry;
   do {
-    entry.id = time.toString(QStringLiteral("yyyyMMdd'T'HHmmss.zzz"));
+    entry.id = QLocale::c().toString(time, QStringLiteral("yyyyMMdd'T'HHmmss.zzz"));
     entry.path = folder + QLatin1Char('/') + entry.id + QStringLiteral(".json");
     time = time.addMSecs(1);
   } while (QFileInfo::exists(entry.path));

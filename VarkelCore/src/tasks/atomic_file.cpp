@@ -4,8 +4,10 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <system_error>
+#include <thread>
 
 namespace varkel {
 
@@ -14,6 +16,15 @@ namespace {
 // File systems allow 255 bytes or characters; the time stamp, the extension and the temporary file's random
 // letters need about 40.
 constexpr int kMaxNameBytes = 180;
+
+#ifdef Q_OS_WIN
+// A file can't be replaced while another program, a virus scanner perhaps or a second copy of this one, reads
+// it.
+constexpr int kReplaceAttempts = 20;
+#else
+constexpr int kReplaceAttempts = 1;
+#endif
+constexpr std::chrono::milliseconds kReplacePause{10};
 
 bool IsAllowed(QChar c) {
   static const QString kForbidden = QStringLiteral("/\\:*?\"<>|");
@@ -44,9 +55,12 @@ WriteResult WriteAtomically(const QString& path, std::span<const std::uint8_t> b
 
 bool ReplaceFile(const QString& from, const QString& to) {
   if (!IsWritableTarget(to)) return false;
-  std::error_code error;
-  std::filesystem::rename(SystemPath(from), SystemPath(to), error);
-  return !error;
+  for (int attempt = 1;; ++attempt) {
+    std::error_code error;
+    std::filesystem::rename(SystemPath(from), SystemPath(to), error);
+    if (!error || attempt == kReplaceAttempts) return !error;
+    std::this_thread::sleep_for(kReplacePause);
+  }
 }
 
 QString SanitizedFileName(const QString& name) {

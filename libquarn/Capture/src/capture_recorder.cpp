@@ -10,6 +10,7 @@
 
 #include "libquarn/Capture/src/pcap_format.h"
 #include "libquarn/Platform/src/byte_order.h"
+#include "libquarn/Platform/src/file_path.h"
 
 namespace quarn::lidar {
 namespace {
@@ -45,12 +46,6 @@ std::array<std::uint8_t, kPcapRecordSize> RecordHeader(std::size_t size) {
 template <typename Bytes>
 void Put(std::ofstream& file, const Bytes& bytes) {
   file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
-/// A path as UTF-8 text, for messages.
-std::string Shown(const std::filesystem::path& path) {
-  const std::u8string text = path.u8string();
-  return {text.begin(), text.end()};
 }
 
 }  // namespace
@@ -136,7 +131,7 @@ std::string CaptureRecorder::Start(const std::filesystem::path& file) {
   Put(file_, FileHeader());
   if (!file_.flush()) {
     file_ = std::ofstream();
-    return "The recording can't be written to " + Shown(file) + ".";
+    return "The recording can't be written to " + platform::PathText(file) + ".";
   }
   size_ = kPcapHeaderSize;
   ++recording_;
@@ -181,7 +176,7 @@ void CaptureRecorder::End(const std::string& reason) noexcept {
   if (!is_recording_.exchange(false)) return;
   try {
     file_ = std::ofstream();
-    if (ended_) ended_("The recording to " + Shown(path_) + " has ended: " + reason + ".");
+    if (ended_) ended_("The recording to " + platform::PathText(path_) + " has ended: " + reason + ".");
   } catch (const std::exception&) {  // out of memory: the end is not reported
   }
 }
