@@ -10,17 +10,17 @@
 
 namespace varkel {
 
-/// The functions of a small sensor for its page, which never waits: each runs on a worker, failures are
-/// reported as notices. Of several calls of one function that are under way only the last one's answer is
-/// given. Lives on the window's thread.
+/// The functions of a small sensor for its page, without blocking it: each runs on a worker, and failures are
+/// reported as notices. If calls of one function overlap, only the last one's answer is delivered. Lives on
+/// the window's thread.
 class BackgroundFunctions : public QObject {
   Q_OBJECT
 
  public:
-  /// Both outlive this object, and the workers are joined before it goes.
+  /// Both outlive this object, and the workers are joined before it is destroyed.
   BackgroundFunctions(SmallSensor& sensor, BackgroundWork& work) : sensor_(sensor), work_(work) {}
 
-  Q_INVOKABLE void setStandby(int standby);  ///< any number but 0 is standby
+  Q_INVOKABLE void setStandby(int standby);  ///< any number except 0 means standby
   Q_INVOKABLE void setSpinRate(int rate);    ///< its low byte
   Q_INVOKABLE void setReturnMode(int mode);  ///< 0 strongest, else last
   Q_INVOKABLE void setBaudRate(const QString& text);
@@ -34,9 +34,10 @@ class BackgroundFunctions : public QObject {
   Q_INVOKABLE void readDestination(bool silent);
 
  signals:
-  /// Follows every call, after its answer: the call's name ("setStandby"), and why it failed, else empty.
+  /// Emitted after every call and its answer: the call's name ("setStandby") and why it failed, empty on
+  /// success.
   void finished(QString call, QString fault);
-  void correctionRead(int code);                ///< 0 when the file was written
+  void correctionRead(int code);                ///< 0 if the file was written
   void safetyRead(QStringList texts);           ///< the state, then fault codes; empty after a failure
   void baudRateRead(QString text);              ///< decimal; empty after a failure
   void destinationRead(QStringList ipAndPort);  ///< empty after a failure

@@ -26,7 +26,7 @@ using quarn::lidar::LoadLittleEndian;
 using quarn::lidar::SerialExchange;
 using Bytes = std::vector<std::uint8_t>;
 
-// Two wordings that users know from different functions.
+// Different functions have different wordings, both familiar to users.
 constexpr char kNotReady[] = "lidar is not connected, or lidar is upgrade";
 constexpr char kNotReadyForKtc[] = "lidar is not connected, or lidar is upgrading";
 
@@ -38,7 +38,7 @@ constexpr std::uint8_t kSafetyMarkValue = 0xA1;
 constexpr std::size_t kFaultCodes = 5;
 constexpr std::size_t kImuReplySize = 6;
 
-// The sensor's code of each entry of the page's list.
+// The sensor's codes for the entries of the page's lists.
 constexpr std::array<std::uint8_t, 6> kAngularCodes = {0, 1, 2, 3, 4, 8};
 constexpr std::array<std::uint8_t, 4> kAccelCodes = {0, 1, 2, 3};
 
@@ -53,7 +53,7 @@ std::string FaultText(std::uint16_t code) {
   return text.data();
 }
 
-/// 0 for a text that is no unsigned decimal number of 32 bits.
+/// 0 if the text is not an unsigned 32-bit decimal number.
 std::uint32_t ParseBaudRate(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n";
   text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
@@ -211,19 +211,19 @@ FunctionResult<void> SmallSensor::SetImuRange(int angular_range_index, int accel
   return result;
 }
 
-/// The exchange of the functions that switch the controller to KTC first, whether they then succeed or not.
+/// The exchange for functions that first switch the controller to KTC, even if they then fail.
 FunctionResult<SmallSensor::Exchange> SmallSensor::ReadyAsKtc() {
   connect_type_ = kKtcToSmallSensor;
   return Ready(kNotReady).map([](const Channel& channel) { return channel->ktc_exchange(); });
 }
 
-/// The channel of the functions that refuse while the controller is no KTC one.
+/// The channel for functions that are refused unless the controller uses KTC.
 FunctionResult<SmallSensor::Channel> SmallSensor::ReadyIfKtc(const char* only_ktc, const char* not_ready) {
   if (connect_type_ == kKtcToSmallSensor) return Ready(not_ready);
   return Refuse(only_ktc);
 }
 
-/// A channel with a KTC exchange; else a notice.
+/// A channel with a KTC exchange; without one, a notice.
 FunctionResult<SmallSensor::Channel> SmallSensor::Ready(const char* refusal) {
   Channel channel = activity_.is_upgrading() ? nullptr : channel_();
   if (channel && channel->ktc_exchange()) return channel;

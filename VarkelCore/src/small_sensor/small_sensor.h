@@ -18,18 +18,18 @@ namespace varkel {
 
 /// Why a function failed.
 struct FunctionFault {
-  int code = -1;     ///< of the sensor or the exchange; -1 when nothing was exchanged
+  int code = -1;     ///< of the sensor or the exchange; -1 if nothing was sent
   std::string text;  ///< as it was reported
 };
 
 template <typename Value>
 using FunctionResult = tl::expected<Value, FunctionFault>;
 
-/// The functions of a small sensor: each one short exchange, answered at once, failures as a notice and an
-/// "ERROR" log line. Blocks for the length of that exchange. Thread-safe.
+/// The functions of a small sensor. Each is one short exchange, for which the call blocks; failures are
+/// reported as a notice and an "ERROR" log line. Thread-safe.
 ///
-/// Commands travel inside KTC. Standby, spin rate, return mode, correction and function safety make the
-/// controller a KTC one whatever model was selected, as hosts rely on; the others refuse elsewhere.
+/// Commands travel inside KTC. Standby, spin rate, return mode, correction and function safety switch the
+/// controller to KTC whichever model is selected, which hosts rely on; the others refuse without KTC.
 class SmallSensor {
  public:
   /// The session's channel; null when not connected.
@@ -40,17 +40,17 @@ class SmallSensor {
               std::atomic<int>& connect_type)
       : report_(report), activity_(activity), channel_(std::move(channel)), connect_type_(connect_type) {}
 
-  FunctionResult<void> SetStandby(int standby);  ///< any number but 0 is standby
+  FunctionResult<void> SetStandby(int standby);  ///< any number except 0 means standby
   FunctionResult<void> SetSpinRate(int rate);    ///< its low byte
   FunctionResult<void> SetReturnMode(int mode);  ///< 0 strongest, else last
   /// Writes the correction data to the file `path` (UTF-8).
   FunctionResult<void> GetCorrection(const std::string& path);
-  /// The state's text, then the fault codes.
+  /// The state as text, then the fault codes.
   FunctionResult<std::vector<std::string>> GetLidarFunctionSafety();
 
   FunctionResult<std::string> GetBaudRate();  ///< decimal
   FunctionResult<void> SetBaudRate(const std::string& text);
-  /// Address and port as texts. `silent` keeps the exchange out of the byte log.
+  /// Address and port as text. `silent` keeps the exchange out of the byte log.
   FunctionResult<std::vector<std::string>> GetDestinationConfig(bool silent);
   FunctionResult<void> SetDestinationIPandPort(const std::string& ip, int port);
   /// Indices of the page's lists.

@@ -84,16 +84,16 @@ void SmallSensorInfo::FillPlaceholders() {
 
 void SmallSensorInfo::Round(SmallSensorChannel& channel, const std::stop_token& stop) {
   const Query query{channel, stop};
-  const auto may_go_on = [&] { return !stop.stop_requested() && !activity_.is_upgrading(); };
+  const auto may_continue = [&] { return !stop.stop_requested() && !activity_.is_upgrading(); };
   bool has_destination = false;
   {
     const std::lock_guard lock(mutex_);
     has_destination = ConnectTypeOf(model_name_) == kKtcToSmallSensor;
   }
-  if (may_go_on()) ReadSerialNumber(query);
-  if (has_destination && may_go_on()) ReadDestinationRow(query);
+  if (may_continue()) ReadSerialNumber(query);
+  if (has_destination && may_continue()) ReadDestinationRow(query);
   for (const Version& version : VersionsToRead()) {
-    if (may_go_on()) ReadVersion(query, version);
+    if (may_continue()) ReadVersion(query, version);
   }
 }
 
@@ -161,7 +161,7 @@ void SmallSensorInfo::Show(std::vector<InfoRow>& rows, const char* label, const 
   events_.info_changed();
 }
 
-/// An empty text forgets the last failure.
+/// An empty text clears the last failure.
 void SmallSensorInfo::LogFailure(const Query& query, const char* label, const std::string& text) {
   if (query.stop.stop_requested()) return;
   {

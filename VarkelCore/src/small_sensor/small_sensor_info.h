@@ -17,37 +17,38 @@
 
 namespace varkel {
 
-/// One row of the lists that the page of a small sensor shows.
+/// A row of the lists on the page of a small sensor.
 struct InfoRow {
   std::string label;
   std::string value;
   bool operator==(const InfoRow&) const = default;
 };
 
-/// What a small sensor says of itself, read in the background while it is connected. What has not been read
-/// shows a placeholder. A failing query is logged once, not every round. Thread-safe.
+/// The information that a small sensor reports about itself, read in the background while it is connected.
+/// Values that have not been read show a placeholder. A failing query is logged once, not every round.
+/// Thread-safe.
 class SmallSensorInfo {
  public:
   struct Events {
-    std::function<void()> info_changed;  ///< a row has another value
-    std::function<void()> pbl_changed;   ///< is_getting_pbl_version has
+    std::function<void()> info_changed;  ///< the value of a row changed
+    std::function<void()> pbl_changed;   ///< is_getting_pbl_version changed
   };
 
-  /// How often a session runs a round: the line also carries the user's commands.
+  /// Time between rounds: the line also carries the user's commands.
   static constexpr std::chrono::milliseconds kPeriod{1000};
-  /// In how many rounds a version is asked for: a sensor that knows no such query would hold up every round.
+  /// Rounds in which a version is requested: a sensor that lacks the query would delay every round.
   static constexpr int kVersionTries = 3;
 
   SmallSensorInfo(UserReport& report, const Activity& activity, Events events)
       : report_(report), activity_(activity), events_(std::move(events)) {}
 
-  /// The model decides on the rows, which show placeholders again.
+  /// Chooses the model's rows and resets them to placeholders.
   void SetModel(const std::string& model_name);
-  /// Puts the placeholders back.
+  /// Resets all rows to placeholders.
   void Reset();
 
-  /// One round of a session: serial number, and the destination where there is one; then the versions that
-  /// are not known yet. Does nothing while an upgrade runs. A round that is stopped reports nothing.
+  /// One round of a session: serial number, the destination if the model has one, and the versions that are
+  /// not known yet. Does nothing during an upgrade. A round that is stopped reports nothing.
   void Round(SmallSensorChannel& channel, const std::stop_token& stop);
 
   std::vector<InfoRow> Info() const;
@@ -55,7 +56,7 @@ class SmallSensorInfo {
   bool is_getting_pbl_version() const { return getting_pbl_; }
 
  private:
-  /// One round's view of its session.
+  /// What the queries of one round share.
   struct Query {
     SmallSensorChannel& channel;
     const std::stop_token& stop;
@@ -84,8 +85,8 @@ class SmallSensorInfo {
   std::string model_name_;
   std::vector<InfoRow> info_;
   std::vector<InfoRow> versions_;
-  std::map<std::string, std::string> failures_;  ///< by query: what was logged last
-  std::map<std::string, int> version_tries_;     ///< by label: rounds that asked; kVersionTries once known
+  std::map<std::string, std::string> failures_;  ///< by query: the last logged failure
+  std::map<std::string, int> version_tries_;     ///< by label: rounds so far; kVersionTries once known
 };
 
 }  // namespace varkel

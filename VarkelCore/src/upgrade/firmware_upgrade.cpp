@@ -13,7 +13,7 @@ namespace varkel {
 
 namespace {
 
-/// The package counts as transferred in blocks of this many bytes.
+/// Progress is counted in blocks of this many bytes.
 constexpr std::size_t kBlockSize = 1024;
 
 constexpr int kJunctionBox = 2;
@@ -86,7 +86,7 @@ int FirmwareUpgrade::StartMarvo(const Session& session, const QString& path) {
   return 0;
 }
 
-/// Null for a file that can't be used; an empty one is reported.
+/// Null if the file can't be used; an empty file is also reported.
 std::shared_ptr<PackageFile> FirmwareUpgrade::OpenWithContent(const QString& path) {
   auto package = PackageFile::Open(path);
   if (package && package->size() == 0) {
@@ -96,7 +96,8 @@ std::shared_ptr<PackageFile> FirmwareUpgrade::OpenWithContent(const QString& pat
   return package;
 }
 
-/// Claims the upgrade and sends the package from a worker; a file that can't be read whole ends the upgrade.
+/// Claims the upgrade and sends the package on a worker; a file that can't be read completely ends the
+/// upgrade.
 void FirmwareUpgrade::Start(const Session& session, const std::shared_ptr<PackageFile>& package, Send send) {
   progress_ = 0;
   total_ = static_cast<int>(package->size() / kBlockSize);
@@ -104,7 +105,7 @@ void FirmwareUpgrade::Start(const Session& session, const std::shared_ptr<Packag
   workers_.Start([this, session, package, send = std::move(send)](const std::stop_token& stop) {
     const UpgradeRun run = Claimed(session);
     const auto bytes = package->Read();
-    if (!bytes) {  // half a package must not reach the sensor
+    if (!bytes) {  // never send part of a package
       run.end();
       const std::string text = "The upgrade package can't be read whole, so nothing was sent.";
       report_.Error(text);

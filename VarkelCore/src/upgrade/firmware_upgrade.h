@@ -18,19 +18,19 @@
 
 namespace varkel {
 
-/// Starts firmware upgrades: checks what they need, claims the one upgrade that may run, and sends the
-/// package from a worker to the session that was there at the start, whatever is connected later. Called from
-/// one thread; progress may be read from any.
+/// Starts firmware upgrades: checks the preconditions, claims the only upgrade that may run, and sends the
+/// package on a worker to the session that existed at the start, whatever is connected later. Called from one
+/// thread; progress may be read from any.
 class FirmwareUpgrade {
  public:
   using Session = std::shared_ptr<SensorSession>;
   using Catalogue = std::shared_ptr<const ConfigParser>;
 
-  /// What an upgrade does to a session when the package is through. Called on a worker.
+  /// What an upgrade does with the session after the transfer. Called on a worker.
   struct Host {
-    /// Restarts that sensor with the table's command and disconnects it: 0 on success.
+    /// Restarts the sensor with the table's command and disconnects it: 0 on success.
     std::function<int(const Session&, const Catalogue&)> restart;
-    /// Disconnects it, unless it has been already.
+    /// Disconnects the session, unless it has already ended.
     std::function<void(const Session&)> disconnect;
   };
 
@@ -38,16 +38,16 @@ class FirmwareUpgrade {
   FirmwareUpgrade(UserReport& report, Activity& activity, WorkerThreads& workers,
                   const std::atomic<int>& connect_type, Host host);
 
-  /// The upgrade of the row `var` of a sensor's table. 0 when it was started, or when there is nothing to
-  /// send: the row has no upgrade command, or the file can't be used. -1 without a connection or beside
+  /// The upgrade of the row `var` of a sensor's table. 0 if it was started or there is nothing to
+  /// send: the row has no upgrade command, or the file can't be used. -1 without a connection or during
   /// another operation.
   int StartFromRow(const Session& session, const Catalogue& catalogue, const VarInfo* var,
                    const QString& path);
 
-  /// The upgrade of a small sensor; `set_mode` chooses what the package replaces. Results as above.
+  /// The upgrade of a small sensor; `set_mode` selects what the package replaces. Results as above.
   int StartSmallSensor(const Session& session, const Catalogue& catalogue, const QString& path);
 
-  /// The upgrade of a Marvo sensor: 0 when it was started, else -1; a refusal is reported.
+  /// The upgrade of a Marvo sensor: 0 if it was started, else -1; a refusal is reported.
   int StartMarvo(const Session& session, const QString& path);
 
   /// 0 application and FPGA, 1 PBL, 2 junction box.
@@ -55,8 +55,8 @@ class FirmwareUpgrade {
 
   int progress() const {
     return static_cast<int>(progress_.load());
-  }                                     ///< blocks of 1024 bytes, done or under way
-  int total() const { return total_; }  ///< blocks in all; 1 before the first upgrade
+  }                                     ///< blocks of 1024 bytes, transferred or in transfer
+  int total() const { return total_; }  ///< all blocks; 1 before the first upgrade
 
  private:
   using Send =

@@ -31,7 +31,7 @@ void MarvoUpgrade::Run(const std::stop_token& stop, SmallSensorChannel& channel,
     Fail(end, "Invalid Marvo OTA upgrade package");
     return;
   }
-  // The flags are in decimal after "0x", so that these lines compare with those of older logs.
+  // The flags follow "0x" in decimal, so that these lines can be compared with older logs.
   report_.Log("Marvo OTA package parsed: flags=0x" + std::to_string(header->flags) +
                   ", total_size=" + std::to_string(header->total_size),
               kInfo);

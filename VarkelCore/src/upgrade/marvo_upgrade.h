@@ -16,10 +16,10 @@
 
 namespace varkel {
 
-/// Sends the components of a Marvo package to the sensor. One object serves one run after the other.
+/// Sends the components of a Marvo package to the sensor. One object can be used for several runs in turn.
 class MarvoUpgrade {
  public:
-  /// How long the sensor takes to be ready after its mode was changed.
+  /// Time that the sensor needs after a change of mode.
   static constexpr std::chrono::milliseconds kModeChangeTime{3000};
 
   struct Pauses {
@@ -30,14 +30,14 @@ class MarvoUpgrade {
   explicit MarvoUpgrade(UserReport& report) : MarvoUpgrade(report, Pauses()) {}
   MarvoUpgrade(UserReport& report, Pauses pauses) : report_(report), pauses_(pauses) {}
 
-  /// On a worker's thread, after the run was claimed. Every outcome is reported; a failed step leaves the
-  /// sensor as the steps before it set it. A stop ends a pause at once and leaves without a word.
+  /// Called on a worker thread, after the run was claimed. Every outcome is reported; a failed step does not
+  /// undo the steps before it. A stop ends a pause immediately and reports nothing.
   void Run(const std::stop_token& stop, SmallSensorChannel& channel, std::span<const std::uint8_t> package,
            const UpgradeRun& run) const;
 
  private:
   std::optional<OtaPackageHeader> Parse(std::span<const std::uint8_t> package) const;
-  /// The partition that the sensor runs from, when it is ready to be written to.
+  /// Prepares the sensor for writing: the partition that it runs from; nullopt if that failed or was stopped.
   std::optional<quarn::lidar::Partition> Prepare(const std::stop_token& stop, SmallSensorChannel& channel,
                                                  UpgradeEnd& end) const;
   static bool SetBaudRate(SmallSensorChannel& channel, std::uint32_t baud_rate);

@@ -17,7 +17,7 @@ int Transfer(quarn::lidar::KtcClient& client, std::span<const std::uint8_t> pack
   try {
     return client.TransferFileByCmdText(package, command_text, progress);
   } catch (const std::exception& error) {
-    report.Log(error.what(), "ERROR");  // a table whose upgrade command is no number
+    report.Log(error.what(), "ERROR");  // the table's upgrade command is not a number
     return -1;
   }
 }

@@ -15,8 +15,8 @@ namespace varkel {
 
 /// Sends a package over KTC with the command that the table names (hexadecimal text), then restarts the
 /// sensor 10 seconds after the success. On a worker's thread, after the run was claimed; every outcome is
-/// reported. `restart` restarts the sensor that took the package: 0 on success. A stop ends a pause at once,
-/// without a word.
+/// reported. `restart` restarts the sensor that took the package: 0 on success. A stop ends a pause
+/// immediately and reports nothing.
 void SendOverNetwork(const std::stop_token& stop, quarn::lidar::KtcClient& client,
                      std::span<const std::uint8_t> package, std::string command_text, UserReport& report,
                      const UpgradeRun& run, const std::function<int()>& restart);

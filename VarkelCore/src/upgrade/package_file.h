@@ -10,16 +10,16 @@ class QFile;
 
 namespace varkel {
 
-/// A firmware package on disk, opened. Large ones on slow disks are read on a worker.
+/// An open firmware package on disk. Reading may take long, so it is done on a worker.
 class PackageFile {
  public:
-  /// Null when `path` is no regular file or can't be opened.
+  /// Null if `path` is not a regular file or can't be opened.
   static std::shared_ptr<PackageFile> Open(const QString& path);
   ~PackageFile();
 
-  /// The size when it was opened, in bytes.
+  /// Size in bytes when it was opened.
   std::size_t size() const { return size_; }
-  /// All of it; nullopt if it can't be read whole, or is no longer as long as it was.
+  /// The whole package; nullopt if it can't be read completely or its size has changed.
   std::optional<std::vector<std::uint8_t>> Read();
 
  private:

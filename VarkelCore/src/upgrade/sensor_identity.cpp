@@ -12,13 +12,13 @@ namespace varkel {
 
 namespace {
 
-/// Reads variables one by one, but asks each question only once.
+/// Reads variables one by one, but sends each query only once.
 class Questions {
  public:
   Questions(quarn::lidar::KtcClient& client, const std::shared_ptr<const ConfigParser>& catalogue)
       : client_(client), decoder_(catalogue) {}
 
-  /// The variable's text; empty without an answer.
+  /// The variable's text; empty if there was no answer.
   std::string Ask(const VarInfo& var) {
     if (var.get_cmd.empty()) return {};
     const auto [answer, is_new] = answers_.try_emplace(var.get_cmd + " " + var.get_cmd_payload);
@@ -37,7 +37,7 @@ class Questions {
       const auto request = RequestPayload(command, var.get_cmd_payload_bytes);
       const ExchangeResult reply = QueryTableCommand(client_, command, request);
       if (reply) return decoder_.Reply(command.code, request, *reply);
-    } catch (const std::exception&) {  // a table whose command is no number: the page says so
+    } catch (const std::exception&) {  // the command is not a number: the page reports it
     }
     return {};
   }
@@ -60,7 +60,7 @@ SensorIdentity ReadIdentity(quarn::lidar::KtcClient& client,
         const bool listed = std::any_of(
             identity.versions.begin(), identity.versions.end(),
             [var](const SensorIdentity::Version& version) { return version.name == var->var_name; });
-        if (var->var_type != "SWVER_YMD" || listed) continue;  // a variable may stand on several pages
+        if (var->var_type != "SWVER_YMD" || listed) continue;  // a variable may be on several pages
         if (std::string text = questions.Ask(*var); !text.empty()) {
           identity.versions.push_back({var->var_name, std::move(text)});
         }

@@ -7,7 +7,7 @@ namespace varkel {
 
 namespace {
 
-/// Nothing is read in the background while a sensor is looked at.
+/// No background reading while a sensor is being identified.
 const SensorSession::Periodic kNothing{std::chrono::hours(1), [](SensorSession&, const std::stop_token&) {}};
 
 std::string Seconds(std::chrono::milliseconds time) {
@@ -40,7 +40,7 @@ void SensorReturn::Cancel() {
   emit changed();
 }
 
-/// On a worker, until the sensor is back, another one is in its place, or the time is over.
+/// Runs on a worker until the sensor is back, another one answers in its place, or the time limit is reached.
 SensorReturn::Outcome SensorReturn::Look(const std::stop_token& stop, const ConnectionSettings& settings,
                                          const Catalogue& catalogue, const SensorIdentity& before) const {
   const auto end = std::chrono::steady_clock::now() + times_.limit;
@@ -63,7 +63,7 @@ SensorReturn::Outcome SensorReturn::Look(const std::stop_token& stop, const Conn
           " after the upgrade. Check its power and its address, then connect."};
 }
 
-/// Who answers now; nothing is known of a sensor that does not.
+/// The identity of whichever sensor answers now; empty if none does.
 SensorIdentity SensorReturn::Visit(const std::stop_token& stop, const ConnectionSettings& settings,
                                    const Catalogue& catalogue) const {
   const SessionResult made = ConnectNetworkSensor(stop, settings, context_, kNothing);
@@ -79,7 +79,7 @@ SensorIdentity SensorReturn::Visit(const std::stop_token& stop, const Connection
 void SensorReturn::End(const Wait& wait, const Outcome& outcome) {
   if (wait != wait_) return;
   wait_ = nullptr;
-  if (outcome.back) connect_();  // which clears the text, as the user's click does
+  if (outcome.back) connect_();  // clears the text, as the user's click does
   text_ = QString::fromStdString(outcome.text);
   emit changed();
   emit ended(text_, outcome.back);

@@ -16,32 +16,33 @@
 
 namespace varkel {
 
-/// Waits for a network sensor that restarts after an upgrade, and has it connected again when it is back.
-/// Only that sensor is waited for: another one at its address ends the wait without a connection. Lives on
-/// the queue's thread, which calls everything here.
+/// Waits for a network sensor that restarts after an upgrade and reconnects it once it is back. If another
+/// sensor answers at its address, the wait ends without a connection. Lives on the queue's thread, which
+/// makes all calls.
 class SensorReturn : public QObject {
   Q_OBJECT
   Q_PROPERTY(bool isWaiting READ is_waiting NOTIFY changed)
-  /// What goes on or what came of it, for the upgrade's page; empty before the first wait and after one that
-  /// the user ended.
+  /// Progress or outcome, for the upgrade's page; empty before the first wait and after one that the user
+  /// ended.
   Q_PROPERTY(QString text READ text NOTIFY changed)
 
  public:
   struct Times {
     std::chrono::milliseconds limit = std::chrono::minutes(2);
-    std::chrono::milliseconds leaving = std::chrono::seconds(2);  ///< until the old firmware is gone
+    std::chrono::milliseconds leaving = std::chrono::seconds(2);  ///< until the old firmware has stopped
     std::chrono::milliseconds pause = std::chrono::seconds(1);    ///< between two attempts
   };
   using Catalogue = std::shared_ptr<const ConfigParser>;
 
-  /// `connect` connects with the present settings. Everything outlives this object, and `workers` is joined
-  /// before it goes.
+  /// `connect` connects with the current settings. Everything outlives this object, and `workers` is joined
+  /// before it is destroyed.
   SensorReturn(WorkerThreads& workers, EventQueue& events, SessionContext context,
                std::function<void()> connect, Times times);
 
-  /// Waits for the sensor that was connected with these settings; `before` is what it was until now.
+  /// Waits for the sensor that was connected with these settings; `before` is its identity before the
+  /// upgrade.
   void Await(const ConnectionSettings& settings, const Catalogue& catalogue, const SensorIdentity& before);
-  /// The user has something else in mind: nothing more is tried or said.
+  /// The user moves on: no more attempts and no more reports.
   void Cancel();
 
   bool is_waiting() const { return wait_ != nullptr; }
@@ -49,7 +50,7 @@ class SensorReturn : public QObject {
 
  signals:
   void changed();
-  /// The wait ended by itself. `back`: the sensor is being connected.
+  /// The wait ended without Cancel. `back`: the sensor is being connected.
   void ended(const QString& text, bool back);
 
  private:
@@ -70,7 +71,7 @@ class SensorReturn : public QObject {
   const SessionContext context_;
   const std::function<void()> connect_;
   const Times times_;
-  Wait wait_;  ///< stops the wait that is under way; null without one
+  Wait wait_;  ///< stops the current wait; null without one
   QString text_;
 };
 

@@ -10,9 +10,8 @@
 
 namespace varkel {
 
-/// Sends a package frame by frame over a serial exchange and disconnects afterwards. On a worker's thread;
-/// every outcome is reported. `mode`: 0 application and FPGA, 1 PBL. A stop ends it as soon as the session is
-/// ended.
+/// Sends a package frame by frame over a serial exchange and then disconnects. Runs on a worker thread; every
+/// outcome is reported. `mode`: 0 application and FPGA, 1 PBL. A stop takes effect when the session ends.
 void SendOverSerial(const std::stop_token& stop, quarn::lidar::SerialExchange& exchange,
                     std::span<const std::uint8_t> package, int mode, UserReport& report,
                     const UpgradeRun& run);

@@ -4,7 +4,7 @@
 
 namespace varkel {
 
-/// Lets the exchange of a running periodic round end before an upgrade takes the line.
+/// Time for a running periodic round to finish its exchange before an upgrade uses the line.
 inline constexpr std::chrono::milliseconds kSettleTime{300};
 
 }  // namespace varkel

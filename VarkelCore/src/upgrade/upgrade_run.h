@@ -9,13 +9,14 @@ namespace varkel {
 
 /// One claimed upgrade, as its worker sees it.
 struct UpgradeRun {
-  std::atomic<std::uint32_t>& progress;  ///< blocks that are through
+  std::atomic<std::uint32_t>& progress;  ///< blocks transferred
   std::atomic<int>& total;               ///< blocks in all
-  std::function<void()> end;             ///< lowers and announces "is upgrading"
-  std::function<void()> disconnect;      ///< ends the session that the upgrade began with
+  std::function<void()> end;             ///< clears "is upgrading" and announces it
+  std::function<void()> disconnect;      ///< ends the session that the upgrade uses
 };
 
-/// Ends a run once: where the worker says so, before its final message, or at the latest when it leaves.
+/// Ends a run exactly once: when the worker calls Now, before its final message, or at the latest on
+/// destruction.
 class UpgradeEnd {
  public:
   explicit UpgradeEnd(std::function<void()> end) : end_(std::move(end)) {}

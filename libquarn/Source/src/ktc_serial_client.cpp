@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::uint32_t kClientTimeout = 0;  // the KTC client's own
 
-// The code of a failed KTC exchange as a serial exchange has it.
+// Maps a KTC client's code to that of a serial exchange.
 std::int32_t SerialCode(std::int32_t ktc_code) {
   switch (ktc_code) {
     case KtcClient::kNotSent:

@@ -14,7 +14,7 @@
 namespace quarn::lidar {
 
 /// Commands a small sensor whose serial frames travel inside KTC: command 0xFF, the two bytes 00 02, then the
-/// whole frame, in the request as in the reply. Commands wait as long as the KTC client does, firmware frames
+/// whole frame, in the request as in the reply. Commands use the KTC client's time-out, firmware frames
 /// `SensorTimeouts::ota_ms`; the client's log callback shows the bytes. Thread-safe.
 class KtcSerialClient : public SerialExchange {
  public:
@@ -31,14 +31,14 @@ class KtcSerialClient : public SerialExchange {
   const std::shared_ptr<KtcClient> client_;
 };
 
-/// What the payloads of kKtcExtensionCmd begin with that concern the serial line: a carried frame, and the
-/// query of the line's baud rate.
+/// The first bytes of the payloads of kKtcExtensionCmd for the serial line: a tunnelled frame, and the query
+/// of the line's baud rate.
 inline constexpr std::array<std::uint8_t, 2> kTunnelPrefix = {0x00, 0x02};
 inline constexpr std::array<std::uint8_t, 2> kGetBaudRatePayload = {0x00, 0x01};
 /// Sets the serial line's rate, in baud.
 std::vector<std::uint8_t> SetBaudRatePayload(std::uint32_t baud_rate);
 
-/// Whether the payload under this command is a serial frame, as one of KtcSerialClient's is.
+/// Whether this command's payload is a tunnelled serial frame.
 bool CarriesSerialFrame(std::uint8_t command, std::span<const std::uint8_t> payload);
 
 }  // namespace quarn::lidar

@@ -30,7 +30,7 @@ Exchanged<void> TryFrame(SerialExchange& exchange, const OtaFrame& frame) {
   if (!reply) {
     return tl::unexpected(reply.error());
   }
-  // A late reply to an earlier frame says nothing about this one.
+  // A late reply to an earlier frame does not acknowledge this one.
   if (reply->command != frame.type) {
     return tl::unexpected(SerialExchange::kWrongReply);
   }

@@ -14,23 +14,23 @@
 
 namespace quarn::lidar {
 
-/// Packets between the thread that receives and the one that reads: a full ring drops its oldest packet.
-/// Thread-safe. A slot's memory is taken when it is first filled.
+/// A queue of packets between the receiving thread and its reader; when full it drops the oldest packet.
+/// Thread-safe. A slot is allocated when it is first used.
 class PacketRing {
  public:
   explicit PacketRing(std::size_t slots) : slots_(slots) {}
 
-  /// Adds a packet; more than a slot holds becomes several. With `extend` the bytes belong to the packet that
-  /// was pushed last: they are appended to it as long as it is there and has room.
+  /// Adds a packet; one larger than a slot becomes several. With `extend` the bytes continue the packet
+  /// pushed last and are appended to it if it is still queued and has room.
   void Push(std::span<const std::uint8_t> bytes, bool extend = false);
 
-  /// The oldest packet's bytes, or its first ones when `buffer` is smaller (the next call gives the rest). 0
-  /// when none came within the time, -1 when the ring is closed.
+  /// Takes the oldest packet, or its first bytes if `buffer` is smaller (the next call returns the rest): the
+  /// number of bytes, 0 on time-out, -1 if the ring is closed.
   int Take(std::span<std::uint8_t> buffer, std::chrono::microseconds timeout);
 
   void Clear();
 
-  /// A waiting Take returns -1, also with packets left, until Open.
+  /// Until Open, every Take returns -1, waiting ones included, even with packets queued.
   void Close();
   void Open();
 
@@ -40,7 +40,7 @@ class PacketRing {
   struct Slot {
     std::array<std::uint8_t, kMaxPacketSize> data;
     std::uint32_t length = 0;
-    std::uint32_t taken = 0;  ///< how many of them a reader has had
+    std::uint32_t taken = 0;  ///< bytes already handed to a reader
   };
 
   Slot& Newest();

@@ -7,7 +7,7 @@ namespace quarn::lidar {
 
 ReplyAssembler::State ReplyAssembler::Add(std::span<const std::uint8_t> piece) {
   if (state_ == State::kIncomplete) {
-    // A reply counts by its checks, even when its tag arrived garbled.
+    // The checks alone decide, so a reply with a garbled tag is accepted.
     if (CheckReply(kind_, piece)) {
       block_.assign(piece.begin(), piece.end());
       return state_ = State::kPassed;
@@ -20,17 +20,17 @@ ReplyAssembler::State ReplyAssembler::Add(std::span<const std::uint8_t> piece) {
 
 ReplyAssembler::State ReplyAssembler::Finish() {
   if (state_ == State::kIncomplete) {
-    state_ = State::kFailed;  // whatever passes was seen when its last byte was added
+    state_ = State::kFailed;  // a valid reply was recognised when its last byte was added
   }
   return state_;
 }
 
 ReplyAssembler::State ReplyAssembler::Judge() {
-  // Everything as one block first: a reply with a garbled tag may come in pieces.
+  // Everything as one block first: a reply with a garbled tag may arrive in pieces.
   if (CheckReply(kind_, block_)) {
     return State::kPassed;
   }
-  // A stump of an older reply may come before the true one and claim its bytes, so every tag is tried.
+  // A truncated older reply may precede the real one and claim its bytes, so every tag is tried.
   DropFront(FindTag(0) < block_.size() ? FindTag(0) : 0);
   bool wrong = false;
   bool incomplete = EndsWithinTag();
@@ -56,8 +56,7 @@ ReplyAssembler::State ReplyAssembler::Judge() {
   return State::kIncomplete;
 }
 
-// The tag's place, or the block's size. A tag that is cut off by the block's end is found with the next
-// piece.
+// The tag's offset, or the block's size. A tag that the block's end cuts off is found with the next piece.
 std::size_t ReplyAssembler::FindTag(std::size_t from) const {
   const std::string_view tag = SerialTag(kind_);
   const auto begin = block_.begin() + static_cast<std::ptrdiff_t>(std::min(from, block_.size()));

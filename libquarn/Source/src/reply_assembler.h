@@ -9,24 +9,24 @@
 
 namespace quarn::lidar {
 
-/// Assembles one reply from whatever pieces a line delivers it in, with noise before its tag or not.
-/// Holds at most one block of `kMaxReplyBlock` bytes besides the piece that is added.
+/// Assembles one reply from the pieces in which a line delivers it, with or without noise before its tag.
+/// Buffers at most `kMaxReplyBlock` bytes besides the piece being added.
 class ReplyAssembler {
  public:
   enum class State : std::uint8_t {
-    kIncomplete,  ///< more has to come
+    kIncomplete,  ///< more input is needed
     kPassed,      ///< block() is a reply that CheckReply accepts
-    kFailed,      ///< a reply came whole and is wrong
+    kFailed,      ///< the reply is complete but invalid
   };
 
   explicit ReplyAssembler(ReplyKind kind) : kind_(kind) {}
 
   State Add(std::span<const std::uint8_t> piece);
 
-  /// No more will come. What is there is judged as it is: kPassed or kFailed.
+  /// No more input will arrive: the result is final, kPassed or kFailed.
   State Finish();
 
-  /// The reply, or what there is of it: from its tag on, or everything when no tag came.
+  /// The reply, or the part of it received so far: from its tag on, or everything if there was no tag.
   std::span<const std::uint8_t> block() const { return block_; }
 
  private:

@@ -12,7 +12,7 @@
 namespace quarn::lidar {
 namespace {
 
-// One wait is an int of microseconds.
+// A wait is passed as an int, in microseconds.
 constexpr std::chrono::microseconds kLongestWait = std::chrono::seconds(1000);
 
 bool IsOpen(const std::shared_ptr<Source>& source) {
@@ -49,7 +49,7 @@ Exchanged<OtaReply> SerialClient::ExchangeOta(std::uint32_t first, std::uint32_t
   return ReadReply(*commands_, ReplyKind::kOta, Timeouts().ota_ms).map(ReadOtaReply);
 }
 
-// A frame that is longer than one send takes is cut at its length's low 16 bits.
+// A send takes a 16-bit length: a longer frame is truncated to the low 16 bits of its size.
 bool SerialClient::SendFrame(std::span<const std::uint8_t> frame) {
   const auto size = static_cast<std::uint16_t>(frame.size());
   const bool sent = commands_->Send(frame.data(), size, 0) >= 0;
@@ -59,7 +59,7 @@ bool SerialClient::SendFrame(std::span<const std::uint8_t> frame) {
   return sent;
 }
 
-// Collects pieces until the reply is whole or the time is up; a broken line ends the wait.
+// Collects pieces until the reply is complete or the time-out expires; a failed line ends the wait.
 ExchangeResult SerialClient::ReadReply(Source& source, ReplyKind kind, std::uint32_t timeout_ms) {
   using Clock = std::chrono::steady_clock;
   using State = ReplyAssembler::State;
@@ -80,7 +80,7 @@ ExchangeResult SerialClient::ReadReply(Source& source, ReplyKind kind, std::uint
       tap_->Pass(WireDirection::kFromSensor, piece);
     }
     state = assembler.Add(piece);
-    // Time is up only after a last look at what came meanwhile.
+    // Whatever arrived before the deadline is still read.
     if (left.count() == 0) {
       state = assembler.Finish();
     }

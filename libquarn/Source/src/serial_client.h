@@ -14,9 +14,9 @@
 
 namespace quarn::lidar {
 
-/// Commands a small sensor over its two serial lines: commands go out on the one, their replies come on the
-/// other, in between the point-cloud data. Firmware frames and their replies both use the first.
-/// Thread-safe. The owner closes the sources to end exchanges early; they then fail at once.
+/// Commands a small sensor over its two serial lines: commands are sent on one, their replies arrive on the
+/// other, interleaved with the point-cloud data. Firmware frames and their replies both use the first.
+/// Thread-safe. To abort exchanges the owner closes the sources; they then fail immediately.
 class SerialClient : public SerialExchange {
  public:
   using LogCallback = std::function<void(const std::string&)>;
@@ -35,11 +35,11 @@ class SerialClient : public SerialExchange {
   /// or call this client.
   void SetLogCallback(LogCallback callback, std::function<bool()> wanted = {});
 
-  /// `tap` sees every frame of later exchanges, of either kind, and what came in answer; null takes it away.
+  /// `tap` sees every frame of later exchanges, of either kind, and all input during them; null removes it.
   void SetWireTap(std::shared_ptr<WireTap> tap);
 
  private:
-  // With exchange_mutex_ held.
+  // exchange_mutex_ must be held.
   bool SendFrame(std::span<const std::uint8_t> frame);
   ExchangeResult ReadReply(Source& source, ReplyKind kind, std::uint32_t timeout_ms);
   void PassToLog(const char* prefix, std::span<const std::uint8_t> bytes);

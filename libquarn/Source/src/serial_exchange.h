@@ -9,19 +9,19 @@
 
 namespace quarn::lidar {
 
-/// What a passing reply to a firmware frame says.
+/// The contents of a valid reply to a firmware frame.
 struct OtaReply {
-  std::uint8_t command = 0;  ///< the frame type that it answers
-  std::uint8_t status = 0;   ///< 0: go on
+  std::uint8_t command = 0;  ///< the type of the frame that it answers
+  std::uint8_t status = 0;   ///< 0: success, ready for the next frame
 };
 
 /// Exchanges with a small sensor, whichever way its frames travel: over serial lines (SerialClient) or inside
-/// KTC (KtcSerialClient). One request, one reply; exchanges of several threads run one after the other.
+/// KTC (KtcSerialClient). One request, one reply; exchanges of several threads are serialised.
 class SerialExchange {
  public:
-  static constexpr int kNotSent = -1;      ///< not open, or the request did not go out
-  static constexpr int kWrongReply = -2;   ///< what came within the time is no valid reply; also silence
-  static constexpr int kNotReceived = -3;  ///< the line broke before the reply came
+  static constexpr int kNotSent = -1;      ///< not open, or the request could not be sent
+  static constexpr int kWrongReply = -2;   ///< no valid reply within the time-out
+  static constexpr int kNotReceived = -3;  ///< the line failed before the reply arrived
 
   virtual ~SerialExchange() = default;
   SerialExchange(const SerialExchange&) = delete;
@@ -40,14 +40,14 @@ class SerialExchange {
   virtual Exchanged<OtaReply> ExchangeOta(std::uint32_t first, std::uint32_t second,
                                           std::span<const std::uint8_t> data, std::uint8_t type) = 0;
 
-  /// The mode that the sensor was last put in (11 standby, 0 operation), as far as this client did it.
+  /// The mode that this client last put the sensor in: 11 standby, 0 operation.
   void set_current_mode(std::uint8_t mode) { current_mode_ = mode; }
   std::uint8_t current_mode() const { return current_mode_; }
 
  protected:
   SerialExchange() = default;
 
-  /// What a checked reply to a firmware frame says.
+  /// Decodes a checked reply to a firmware frame.
   static OtaReply ReadOtaReply(const std::vector<std::uint8_t>& frame);
 
  private:

@@ -20,13 +20,13 @@ constexpr std::array<std::uint8_t, 2> kTrailer = {0xEE, 0xFF};
 constexpr std::size_t kCrcAndTrailer = kCrcSize + kTrailer.size();
 constexpr std::size_t kCrcUnit = 4;
 
-// What surrounds a reply's body.
+// A reply without its body.
 constexpr std::size_t kReplyFrameBytes = kSerialTagSize + kNonceSize + kCrcAndTrailer;
-// The length byte and the command code, which a reply's length byte does not count.
+// The length byte and the command code, which the length byte of a reply does not count.
 constexpr std::size_t kUncountedBody = 2;
 static_assert(kReplyFrameBytes + kUncountedBody == kMinReplySize);
 
-// Over whole units of four bytes, as the sensor's hardware computes it: zeros fill up the last one.
+// The sensor's hardware computes the CRC over units of four bytes, with zeros padding the last one.
 std::uint32_t PaddedCrc(std::span<const std::uint8_t> bytes) {
   constexpr std::array<std::uint8_t, kCrcUnit> kZeros{};
   const std::size_t missing = (kCrcUnit - bytes.size() % kCrcUnit) % kCrcUnit;

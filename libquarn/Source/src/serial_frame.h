@@ -12,20 +12,20 @@ namespace quarn::lidar {
 /// Requests and replies end in a CRC-32/MPEG-2 and the trailer EE FF. docs/serial-protocol.md shows them byte
 /// by byte. Everything here is pure: no I/O, no state.
 
-/// The two tags' replies differ in the byte order of their CRC.
+/// The replies to the two kinds of frame differ in the byte order of their CRC.
 enum class ReplyKind : std::uint8_t {
   kCommand = 1,  ///< least significant byte first
   kOta = 2,      ///< most significant byte first
 };
 
 inline constexpr std::size_t kSerialTagSize = 7;
-/// A reply without contents, and one with as many as its length byte can count.
+/// The smallest reply, without contents, and the largest that its length byte can describe.
 inline constexpr std::size_t kMinReplySize = 19;
 inline constexpr std::size_t kMaxReplySize = kMinReplySize + 255;
-/// One read of a reply takes at most this many bytes.
+/// The most bytes that one read of a reply takes.
 inline constexpr std::size_t kMaxReplyBlock = 1500;
 
-/// Where a reply's body (length byte, echoed command code, rest) holds what.
+/// Offsets in a reply's body (length byte, echoed command code, rest).
 inline constexpr std::size_t kBodyLength = 0;
 inline constexpr std::size_t kBodyCommand = 1;
 
@@ -39,26 +39,26 @@ std::uint32_t FreshNonce();
 std::vector<std::uint8_t> EncodeCommandFrame(std::uint8_t code, std::span<const std::uint8_t> payload,
                                              std::uint32_t nonce);
 
-/// A firmware request; the meaning of the two values goes with the frame's type (ota_transfer.h).
+/// A firmware request; the meaning of the two values depends on the frame's type (ota_transfer.h).
 std::vector<std::uint8_t> EncodeOtaFrame(std::uint8_t type, std::uint32_t first, std::uint32_t second,
                                          std::span<const std::uint8_t> data);
 
-/// What a sensor answers: for simulators and tests. The length byte counts `rest` only.
+/// A sensor's reply, for simulators and tests. The length byte counts `rest` only.
 std::vector<std::uint8_t> EncodeReplyFrame(ReplyKind kind, std::uint8_t code,
                                            std::span<const std::uint8_t> rest, std::uint32_t nonce);
 
-/// True when the block is a whole reply of that kind: at least 19 bytes, trailer, CRC, and a length byte that
-/// counts exactly what follows the command code (a request's counts the command code too). The tag's
-/// bytes are not checked: a line that garbles the first bytes after a pause still delivers a good reply.
+/// Whether the block is one complete reply of that kind: at least 19 bytes, trailer, CRC, and a length byte
+/// that counts exactly what follows the command code (a request's counts the command code too). The tag's
+/// bytes are not checked: a reply whose first bytes a line garbles after a pause is still accepted.
 bool CheckReply(ReplyKind kind, std::span<const std::uint8_t> block);
 
 /// Whether the last bytes are the trailer EE FF.
 bool EndsInTrailer(std::span<const std::uint8_t> block);
 
-/// The body within a block that CheckReply accepted.
+/// The body of a block that CheckReply has accepted.
 std::span<const std::uint8_t> ReplyBody(std::span<const std::uint8_t> block);
 
-/// How long a reply is whose length byte is `length`, from its tag to its trailer.
+/// The size of a reply with this length byte, from its tag to its trailer.
 constexpr std::size_t ReplySize(std::uint8_t length) {
   return kMinReplySize + length;
 }

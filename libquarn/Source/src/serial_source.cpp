@@ -78,7 +78,7 @@ void SerialSource::Close() {
   if (receive_thread_.joinable()) {
     receive_thread_.join();
   }
-  // A clearing that is under way ends first: while it held the port, nobody could open it again.
+  // A Clear in progress finishes first: while it held the port, nobody could open it again.
   const std::scoped_lock lock(stream_mutex_, port_mutex_);
   port_.reset();
 }
@@ -132,7 +132,7 @@ std::shared_ptr<platform::SerialPort> SerialSource::Port() const {
   return port_;
 }
 
-// 0, or -1 when the port can't be opened or refuses its settings.
+// 0, or -1 if the port can't be opened or refuses its settings.
 int SerialSource::OpenPort(std::uint32_t baud_rate) {
   std::shared_ptr<platform::SerialPort> port = platform::SerialPort::Open(port_name_, baud_rate);
   if (!port) {
@@ -158,7 +158,7 @@ void SerialSource::ReceiveLoop(const std::stop_token& stop, platform::SerialPort
       }
     }
   }
-  // Whoever waits in Receive returns: nothing more will come.
+  // Waiting receives return: no more input will arrive.
   replies_.Close();
   data_.Close();
 }
@@ -177,7 +177,7 @@ int SerialSource::ReadLine(platform::SerialPort& port, UdpPacket& packet, std::u
       packet.timed_out = ready == 0;
       return ready;
     }
-    // Input that was cleared meanwhile reads as nothing: the wait goes on.
+    // Input that was cleared in the meantime reads as 0 bytes: keep waiting.
     if (const int received = port.Read(buffer); received != 0) {
       return received;
     }

@@ -18,13 +18,13 @@ namespace quarn::lidar {
 
 /// A serial port as a data source.
 ///
-/// With automatic receiving (the default) a thread of its own reads the line from Open on and sorts what
-/// comes: replies wait for Receive, point-cloud data for ReceiveData, and of either the oldest is dropped
-/// when nobody takes it. Without it, Receive reads the line itself.
+/// With automatic receiving (the default) the source's own thread reads the line once it is open and
+/// separates its input: replies are queued for Receive, point-cloud data for ReceiveData; either queue drops
+/// its oldest packet when full. Without it, Receive reads the line itself.
 ///
 /// Settings (receive type, automatic receiving) are made before Open. Every other operation may be called
-/// from any thread; Close makes a waiting Receive return at once. A line that is pulled out closes the
-/// source: IsOpened turns false and receives and sends fail.
+/// from any thread; Close makes a waiting Receive return immediately. Unplugging the line closes the source:
+/// IsOpened becomes false, and receiving and sending fail.
 class SerialSource : public Source {
  public:
   static constexpr std::uint32_t kDataType = 0;     ///< opens at the second rate
@@ -32,12 +32,11 @@ class SerialSource : public Source {
 
   /// What Clear drops.
   static constexpr int kClearAll = 0;
-  static constexpr int kClearPackets = 1;  ///< replies and data that were sorted
-  /// What arrived before a new request: the port's pending input and the replies that were read from it.
-  /// The data stays.
+  static constexpr int kClearPackets = 1;  ///< the queued replies and data
+  /// What arrived before a new request: the port's pending input and the queued replies. Queued data is kept.
   static constexpr int kClearPendingInput = 2;
 
-  /// `port` is the name as the system knows it, the rates are bauds.
+  /// `port` is the system's name of the port; rates are in baud.
   SerialSource(std::string port, std::uint32_t command_baud_rate, std::uint32_t data_baud_rate);
   ~SerialSource() override;
 
@@ -45,16 +44,16 @@ class SerialSource : public Source {
   void Close() override;
   bool IsOpened() override;
 
-  /// `length`, or -1 when not all bytes went out. No flags.
+  /// `length`, or -1 if not all bytes were sent. `flags` is ignored.
   int Send(const std::uint8_t* data, std::uint16_t length, int flags) override;
 
-  /// The next piece of a reply (with automatic receiving) or of whatever the line brings. No flags.
+  /// The next piece of a reply (with automatic receiving) or of any input. `flags` is ignored.
   int Receive(UdpPacket& packet, std::uint16_t length, int flags, int timeout_us) override;
 
   /// The same for point-cloud data; needs automatic receiving.
   int ReceiveData(UdpPacket& packet, std::uint16_t length, int timeout_us);
 
-  /// Ports have none that can be set.
+  /// Does nothing: the size of a port's buffer cannot be set.
   void SetReceiveBufferSize(std::uint32_t size) override;
 
   void SetReceiveType(std::uint32_t type) override { receive_type_ = type; }
@@ -75,11 +74,11 @@ class SerialSource : public Source {
   // Self-synchronised.
   std::atomic<std::uint32_t> receive_type_{kDataType};
   std::atomic<bool> auto_receive_{true};
-  std::atomic<bool> running_{false};  // the receive thread sorts what comes
+  std::atomic<bool> running_{false};  // the receive thread separates the input
   PacketRing replies_;
   PacketRing data_;
 
-  // Guarded by stream_mutex_, from the read to the rings, so that Clear leaves nothing in between.
+  // Guarded by stream_mutex_, held from the read to the rings, so that Clear misses nothing in between.
   std::mutex stream_mutex_;
   std::vector<std::uint8_t> work_buffer_;
   SerialStreamSplitter splitter_;

@@ -21,7 +21,7 @@ std::size_t FindTag(std::span<const std::uint8_t> bytes) {
   return std::min(found, bytes.size());
 }
 
-// How many bytes at the end may be the beginning of a tag.
+// How many of the last bytes may be the start of a tag.
 std::size_t UnfinishedTag(std::span<const std::uint8_t> bytes) {
   const std::string_view text = AsText(bytes);
   for (std::size_t size = std::min(kSerialTagSize - 1, text.size()); size > 0; --size) {
@@ -33,8 +33,7 @@ std::size_t UnfinishedTag(std::span<const std::uint8_t> bytes) {
   return 0;
 }
 
-// The reply that ends with the last of the bytes, or nothing: a length byte at its place, then the trailer
-// and the CRC have to fit.
+// The reply that ends at the last byte, or empty: its length byte, trailer and CRC must match.
 std::span<const std::uint8_t> UntaggedReplyAtEnd(std::span<const std::uint8_t> bytes) {
   if (bytes.size() < kMinReplySize || !EndsInTrailer(bytes)) {
     return {};
@@ -103,7 +102,7 @@ std::span<const std::uint8_t> SerialStreamSplitter::PassData(std::span<const std
 void SerialStreamSplitter::PassUntaggedReplies(std::span<const std::uint8_t> data) {
   const std::size_t seen = recent_.size();
   recent_.insert(recent_.end(), data.begin(), data.end());
-  std::size_t begin = 0;  // of what no reply has taken yet
+  std::size_t begin = 0;  // of the bytes that belong to no reply so far
   for (std::size_t end = std::max(seen + 1, kMinReplySize); end <= recent_.size(); ++end) {
     const auto reply = UntaggedReplyAtEnd(std::span(recent_).subspan(begin, end - begin));
     if (!reply.empty()) {

@@ -8,23 +8,23 @@
 
 namespace quarn::lidar {
 
-/// Tells replies and the point-cloud data around them apart on one line, whatever pieces they come in. A
-/// reply begins with its tag and is as long as its length byte says; its CRC is left to the reader. A reply
-/// whose tag arrived garbled is recognised at its end, by everything else that CheckReply looks at.
+/// Separates replies from the point-cloud data around them on one line, however the input is split. A reply
+/// begins with its tag, and its length byte gives its size; checking its CRC is left to the reader. A reply
+/// with a garbled tag is recognised at its end, by everything else that CheckReply examines.
 class SerialStreamSplitter {
  public:
   struct Sinks {
-    /// A piece of a reply as soon as it comes; `begins` is true for the first piece of each. A reply with a
-    /// garbled tag comes whole.
+    /// A piece of a reply, passed on without delay; `begins` is true for the first piece of each. A reply
+    /// with a garbled tag is passed on complete.
     std::function<void(std::span<const std::uint8_t> piece, bool begins)> reply;
-    /// Everything else, at once, and so also the bytes of a reply with a garbled tag.
+    /// All other bytes, without delay, and therefore also those of a reply with a garbled tag.
     std::function<void(std::span<const std::uint8_t> piece)> data;
   };
 
   explicit SerialStreamSplitter(Sinks sinks) : sinks_(std::move(sinks)) {}
 
   void Add(std::span<const std::uint8_t> bytes);
-  /// Forgets a reply or a tag that is under way.
+  /// Forgets a partly received reply or tag.
   void Reset();
 
  private:
@@ -33,11 +33,11 @@ class SerialStreamSplitter {
   void PassUntaggedReplies(std::span<const std::uint8_t> data);
 
   const Sinks sinks_;
-  std::vector<std::uint8_t> joined_;  ///< what may be the beginning of a tag, then the bytes after it
-  std::vector<std::uint8_t> recent_;  ///< the last data bytes, which may be an untagged reply's beginning
-  std::size_t reply_left_ = 0;        ///< bytes of the reply under way that are known to come
+  std::vector<std::uint8_t> joined_;  ///< a possible start of a tag, then the bytes after it
+  std::vector<std::uint8_t> recent_;  ///< the last data bytes: the possible start of an untagged reply
+  std::size_t reply_left_ = 0;        ///< bytes of the current reply still to come, as far as known
   bool reply_begins_ = false;
-  bool length_due_ = false;  ///< the last of them is the length byte
+  bool length_due_ = false;  ///< the last of these is the length byte
 };
 
 }  // namespace quarn::lidar

@@ -18,8 +18,8 @@ const char kSourceFile[] = "libquarn/Source/src/socket_source";
 
 constexpr std::uint32_t kReceiveTimeoutMs = 20;
 
-// A burst must fit while the reader is busy. More than any system grants is asked for first, so that the log
-// shows what this one has to give.
+// The buffer must hold a burst while the reader is busy. The first request is larger than any system grants,
+// so that the log shows this system's limit.
 constexpr std::uint32_t kLargestReceiveBuffer = 400'000'000;
 constexpr std::uint32_t kReceiveBuffer = 25U * 1024 * 1024;
 
@@ -35,7 +35,7 @@ SocketSource::~SocketSource() {
 }
 
 bool SocketSource::Open() {
-  ReleaseSocket();  // of an open that was given up half-way
+  ReleaseSocket();  // left by an Open that failed half-way
   select_mode_ = false;
   if (!platform::StartUpSockets()) {
     QUARN_LOG(log_lib::kError, "Initilize winsock error !");

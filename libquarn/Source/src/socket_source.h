@@ -10,22 +10,22 @@ namespace quarn::lidar {
 
 /// Datagrams of a local UDP port, IP version 4. One thread uses it.
 ///
-/// Reading never waits while datagrams keep coming. The first read that finds none fails with -1, and the
-/// one after it waits: an idle source costs one failed read and then a wait a call.
+/// Receive does not wait while datagrams keep arriving. The first one that finds none fails with -1, and the
+/// next waits: an idle source costs one failed call, then one wait per call.
 class SocketSource : public Source {
  public:
-  /// Port 0 takes a free one; an empty `local_address` is any; an empty `multicast_group` joins none.
+  /// Port 0 picks a free port; an empty `local_address` means any, an empty `multicast_group` none.
   SocketSource(std::uint16_t port, std::string local_address, std::string multicast_group);
   ~SocketSource() override;
 
-  /// False leaves the source closed when the port can't be bound. When the system refuses the sharing of the
-  /// port or the receive time-out, the socket stays open but unbound, and the result is false. A group that
-  /// can't be joined is only logged.
+  /// False, and closed, if the port can't be bound. If the system refuses to share the port or to set the
+  /// receive time-out, the result is false as well, but the socket stays open, unbound. A group that can't be
+  /// joined is only logged.
   bool Open() override;
   void Close() override;
   bool IsOpened() override;
 
-  /// The destination of Send. False, and no destination any more, when `ip` is no IP version 4 address.
+  /// Sets the destination of Send. If `ip` is not an IPv4 address: false, and there is no destination.
   bool SetClient(const std::string& ip, std::uint16_t port);
 
   /// One datagram to the client. A failure closes the source.

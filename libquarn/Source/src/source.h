@@ -18,11 +18,11 @@ class Source {
   virtual void Close();
   virtual bool IsOpened() = 0;
 
-  /// The bytes sent, or -1.
+  /// The number of bytes sent, or -1.
   virtual int Send(const std::uint8_t* data, std::uint16_t length, int flags) = 0;
 
-  /// At most `length` bytes into the packet, waiting at most `timeout_us` microseconds: the bytes received,
-  /// 0 when the time ran out, or -1.
+  /// Receives at most `length` bytes into the packet, waiting at most `timeout_us` microseconds: the number
+  /// of bytes, 0 on time-out, or -1.
   virtual int Receive(UdpPacket& packet, std::uint16_t length, int flags, int timeout_us) = 0;
 
   virtual void SetReceiveBufferSize(std::uint32_t size) = 0;

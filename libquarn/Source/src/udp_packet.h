@@ -6,7 +6,7 @@
 
 namespace quarn::lidar {
 
-/// What one receive of a data source takes at most, in bytes.
+/// The most bytes that one receive from a data source takes.
 inline constexpr std::size_t kMaxPacketSize = 1500;
 
 /// One datagram and where it came from.
@@ -14,7 +14,7 @@ struct UdpPacket {
   std::array<std::uint8_t, kMaxPacketSize> data{};
   std::uint32_t sender_ip = 0;    ///< IP version 4, network order
   std::uint16_t sender_port = 0;  ///< host order
-  bool timed_out = false;         ///< set when the wait ran out
+  bool timed_out = false;         ///< the receive timed out
 };
 
 }  // namespace quarn::lidar
