@@ -60,8 +60,8 @@ inline int RunTestObjects() {
 }
 
 /// Makes Persian the user's language; call it before creating the application. Its digits and decimal point
-/// differ, which must not show in files, file names and time stamps. Qt reads it once; files keep the system's
-/// encoding.
+/// differ, which must not show in files, file names and time stamps. Qt reads it once; files keep the
+/// system's encoding.
 inline void UsePersian() {
   const QByteArray language = qgetenv("LC_ALL");
   qputenv("LC_ALL", "fa_IR.UTF-8");

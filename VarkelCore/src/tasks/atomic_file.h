@@ -16,8 +16,8 @@ bool IsWritableTarget(const QString& path);
 /// are written to a temporary file in the same folder, which replaces `path` once it is complete and on disk.
 WriteResult WriteAtomically(const QString& path, std::span<const std::uint8_t> bytes);
 
-/// Renames `from` to `to` in one step, replacing any regular file of that name. On Windows it waits up to 200 ms
-/// for other programs to close that file. False if it fails.
+/// Renames `from` to `to` in one step, replacing any regular file of that name. On Windows it waits up to 200
+/// ms for other programs to close that file. False if it fails.
 bool ReplaceFile(const QString& from, const QString& to);
 
 /// `name` with "_" in place of every character that some system forbids in file names, that separates
