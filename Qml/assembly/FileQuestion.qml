@@ -8,6 +8,11 @@ Loader {
 
     signal chosen(url file)
 
+    // The name of a new file of today, with ASCII digits whatever the locale.
+    function datedName(stem, suffix) {
+        return stem + "_" + new Date().toLocaleDateString(Qt.locale("C"), "yyyy-MM-dd") + "." + suffix;
+    }
+
     // `properties` has a "title". "selectFolder" asks for a folder instead of a file; "selectExisting" set to false
     // asks for a file to write. Files can also have "nameFilters", a "defaultSuffix", a "suggestedName" and the
     // initial "folder", which is otherwise the last one used.

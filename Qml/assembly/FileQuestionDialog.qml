@@ -8,14 +8,20 @@ FileDialog {
     property url startFolder
     readonly property url answer: file
 
+    function suggest() {
+        if (suggestedName.length > 0) {
+            currentFile = folder + "/" + encodeURIComponent(suggestedName);
+        }
+    }
+
     fileMode: toWrite ? FileDialog.SaveFile : FileDialog.OpenFile
 
     Component.onCompleted: {
         folder = startFolder.toString() !== "" ? startFolder : LastFolder.folder;
-        if (suggestedName.length > 0) {
-            currentFile = folder + "/" + encodeURIComponent(suggestedName);
-        }
+        // Windows' dialog takes the name when it is made, Qt's own one only when it is open.
+        suggest();
         open();
+        suggest();
     }
     onAccepted: {
         if (startFolder.toString() === "") {

@@ -53,6 +53,7 @@ Window {
                 "title": "Record all exchanges",
                 "selectExisting": false,
                 "defaultSuffix": "pcap",
+                "suggestedName": recordQuestion.datedName("varkel", "pcap"),
                 "nameFilters": ["Captures (*.pcap)", "All files (*)"]
             })
             onRecordingEnded: logWindow.recordingEnded()
@@ -61,6 +62,7 @@ Window {
                 "title": "Save the log",
                 "selectExisting": false,
                 "defaultSuffix": "txt",
+                "suggestedName": question.datedName("varkel_log", "txt"),
                 "nameFilters": ["Text files (*.txt)", "All files (*)"]
             })
         }

@@ -23,8 +23,8 @@ Flickable {
             "selectFolder": !archive,
             "selectExisting": !archive,
             "defaultSuffix": "tar",
-            "suggestedName": "operation_log_" + varkel_manager.getLidarSN().replace(/[^A-Za-z0-9._-]+/g, "_") + "_"
-                             + new Date().toLocaleDateString(Qt.locale("C"), "yyyy-MM-dd") + ".tar",
+            "suggestedName": question.datedName("operation_log_"
+                                                + varkel_manager.getLidarSN().replace(/[^A-Za-z0-9._-]+/g, "_"), "tar"),
             "nameFilters": archive ? ["Archives (*.tar)", "All files (*)"] : []
         });
     }

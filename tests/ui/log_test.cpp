@@ -126,7 +126,10 @@ class LogTest : public QObject {
     EVENTUALLY_VERIFY(is_open());
     QCOMPARE(dialog->windowTitle(), "Save the log");
     QCOMPARE(dialog->acceptMode(), QFileDialog::AcceptSave);
-    dialog->findChild<QLineEdit*>("fileNameEdit")->setText(driver.folder.filePath("log"));
+    auto* const name = dialog->findChild<QLineEdit*>("fileNameEdit");
+    const QRegularExpression dated("^varkel_log_[0-9]{4}-[0-9]{2}-[0-9]{2}\\.txt$");
+    QVERIFY2(dated.match(name->text()).hasMatch(), qPrintable(name->text()));
+    name->setText(driver.folder.filePath("log"));
     QMetaObject::invokeMethod(dialog, "accept");
     EVENTUALLY_VERIFY(QFile::exists(driver.folder.filePath("log.txt")));
   }
