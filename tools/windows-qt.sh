@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # windows-qt.sh [--from FILE | --if-at-hand | --build]: provides Qt for the Windows cross-build, once.
 #
-#   --from FILE    unpacks a packed tree, which must have the hash below
-#   --if-at-hand   uses a tree that needs no building; ends with 3 if there is none
+#   --from FILE    unpacks a packed tree, the one whose hash stands below
+#   --if-at-hand   takes what needs no building, or says that there is none (and ends with 3)
 #   --build        builds it from Debian's source packages, though a packed tree may be at hand
 #
 # Without an option: what is at hand, or else builds. At hand is what an earlier call left in the cache, and the packed
@@ -71,7 +71,7 @@ configure_base() {
   "$work/qtbase-opensource-src/configure" -prefix "$made" "${base_options[@]}" "${without[@]}"
 }
 
-# make_in FOLDER...: builds and installs these folders of the current build tree.
+# make_in FOLDER...: builds and installs these folders of the build tree that the caller stands in.
 make_in() {
   local folder
   for folder in "$@"; do
@@ -84,7 +84,7 @@ make_in() {
 build_base() {
   sed -i '/qinputdialog\.h/d' "$work/qtbase-opensource-src/src/plugins/styles/windowsvista/qwindowsvistastyle_p_p.h"
   cd "$work/base"
-  "$work/base/bin/qmake" -r "$work/qtbase-opensource-src/qtbase.pro"
+  make sub-src-qmake_all  # not qmake -r, which reads a module's project before the features of those below it are known
   make -C src/3rdparty/pcre2 -j"$(nproc)"
   make -C src/corelib -f Makefile.qtzlib
   make_in src/corelib src/winmain
@@ -98,7 +98,7 @@ build_base() {
   done
 }
 
-# The helpers that run while Qt builds are Debian's. The file that tells qmake about qmltyperegistrar must exist before it reads
+# The helpers that run while Qt builds are Debian's. What tells qmake of qmltyperegistrar has to be there before it reads
 # the first project.
 build_declarative() {
   local source=$work/qtdeclarative-opensource-src
@@ -106,7 +106,8 @@ build_declarative() {
   cp "$source/src/qmltyperegistrar/qmltypes.prf" "$made/mkspecs/features/"
   mkdir -p "$work/declarative"
   cd "$work/declarative"
-  "$made/bin/qmake" -r "$source" -- "${declarative_without[@]/#/-no-feature-}"
+  "$made/bin/qmake" "$source" -- "${declarative_without[@]/#/-no-feature-}"
+  make sub-src-qmake_all
   make_in src/qml src/qmlmodels src/qmlworkerscript src/quick
   make_in src/imports/{builtins,qtqml,models,folderlistmodel,workerscript,settings,layouts,qtquick2,window}
   # Debian's QML compiler, found where this tree has it.
@@ -119,10 +120,11 @@ build_declarative() {
 build_rest() {
   mkdir -p "$work/controls" "$work/svg"
   cd "$work/controls"
-  "$made/bin/qmake" -r "$work/qtquickcontrols2-opensource-src"
+  "$made/bin/qmake" "$work/qtquickcontrols2-opensource-src"
+  make sub-src-qmake_all
   make_in src/quicktemplates2 src/imports/templates src/imports/platform
   cd "$work/svg"
-  "$made/bin/qmake" -r "$work/qtsvg-opensource-src"
+  "$made/bin/qmake" "$work/qtsvg-opensource-src"
   make -j"$(nproc)"
   make install
 }

@@ -38,7 +38,10 @@ struct Outcome {
 std::unique_ptr<QProcess> Start(const QStringList& arguments) {
   auto process = std::make_unique<QProcess>();
   process->setStandardInputFile(QProcess::nullDevice());
-  process->start(QStringLiteral(VARKELCTL), arguments);
+  int attempts = 3;  // Wine sometimes fails to start a program
+  do {
+    process->start(QStringLiteral(VARKELCTL), arguments);
+  } while (!process->waitForStarted() && --attempts > 0);
   return process;
 }
 
