@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # windows-qt.sh [--from FILE | --if-at-hand | --build]: provides Qt for the Windows cross-build, once.
 #
-#   --from FILE    unpacks a packed tree, the one whose hash stands below
+#   --from FILE    unpacks a packed tree, the one whose hash is given below
 #   --if-at-hand   takes what needs no building, or says that there is none (and ends with 3)
 #   --build        builds it from Debian's source packages, though a packed tree may be at hand
 #
@@ -71,7 +71,7 @@ configure_base() {
   "$work/qtbase-opensource-src/configure" -prefix "$made" "${base_options[@]}" "${without[@]}"
 }
 
-# make_in FOLDER...: builds and installs these folders of the build tree that the caller stands in.
+# make_in FOLDER...: builds and installs these folders of the current build tree.
 make_in() {
   local folder
   for folder in "$@"; do
@@ -98,8 +98,8 @@ build_base() {
   done
 }
 
-# The helpers that run while Qt builds are Debian's. What tells qmake of qmltyperegistrar has to be there before it reads
-# the first project.
+# The host tools that run while Qt builds are Debian's. qmake needs the description of qmltyperegistrar before it reads the
+# first project.
 build_declarative() {
   local source=$work/qtdeclarative-opensource-src
   sed -i -e '/^    qmltyperegistrar \\$/d' -e '/SUBDIRS += qmldevtools/d' "$source/src/src.pro"

@@ -11,7 +11,7 @@ Item {
     property string title
     property QtObject rows // varkel_manager.pageModel(module)
     property bool saving: false
-    property real rowsEnd: width // where the scroll bar stands
+    property real rowsEnd: width // where the scroll bar is
 
     readonly property QtObject focused: list.currentItem ? list.currentItem.values : null // the row's roles
 

@@ -10,7 +10,7 @@ ${Using:StrFunc} UnStrRep
 ; Texts of NSIS hold 1023 characters: a path that is about that long is left alone, not cut off.
 !define LONGEST_PATH 800
 
-; $0 becomes the path between semicolons (";" when there is none), $1 where it stands, $2 empty when it may be changed.
+; $0 becomes the path between semicolons (";" when there is none), $1 where it is, $2 empty when it may be changed.
 !macro ReadPath
   StrCpy $1 "${USER_PATH}"
   ${If} $MultiUser.InstallMode == "AllUsers"

@@ -130,7 +130,7 @@ try_mode() {
   grep -q "ktc_port=$port" "$documents/VelmoraDataFiles/RecvSettings.ini" || fail "the settings are gone"
 
   run "$installed/uninstall.exe" /S "/$mode"
-  # It goes on in a copy of itself, and the tool's log is the last thing to go.
+  # It continues in a copy of itself, and the tool's log is the last thing to go.
   for _ in $(seq 100); do
     [ -e "$menu" ] || [ -n "$(registered "$hive")" ] || break
     sleep 0.2

@@ -4,7 +4,7 @@
 
 namespace varkel {
 
-/// Requests the sensor's configuration file (KTC command 116) and writes the outcome to standard output. The
+/// Requests the sensor's configuration file (KTC command 116) and prints whether the sensor answered. The
 /// reply is discarded. Blocks for one exchange.
 void QueryConfigFile(SensorSession& session);
 

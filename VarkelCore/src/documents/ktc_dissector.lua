@@ -806,8 +806,8 @@ local function add_next(tree, pinfo, asks, tvb, offset, size)
   local available = size - offset
   local start, needed, announced = frame_at(tvb, offset, available, asks)
   if not start then
-    local behind = next_start(tvb, offset, size)
-    return behind, add_noise(tree, tvb, offset, behind - offset)
+    local after = next_start(tvb, offset, size)
+    return after, add_noise(tree, tvb, offset, after - offset)
   end
   if not needed or needed > available then
     if wants_rest(tvb, pinfo, offset, size, needed) then return nil end
@@ -826,12 +826,12 @@ function ktc.dissector(tvb, pinfo, tree)
   ktc_dissector = ktc_dissector or Dissector.get("ktc")
   local offset, size = 0, tvb:captured_len()
   while offset < size do
-    local behind, text = add_next(tree, pinfo, asks, tvb, offset, size)
-    if not behind then return end
+    local after, text = add_next(tree, pinfo, asks, tvb, offset, size)
+    if not after then return end
     -- The fence keeps the text of the segment's earlier frames.
     pinfo.cols.info:set(text .. "  ")
     pinfo.cols.info:fence()
-    offset = behind
+    offset = after
   end
 end
 

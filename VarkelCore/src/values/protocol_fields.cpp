@@ -152,9 +152,9 @@ std::vector<DecodedField> SerialFrameFields(Bytes frame, bool is_reply) {
   }
   cutter.Number<std::uint8_t>("length");
   cutter.Number<std::uint8_t>("code");
-  const std::size_t behind = kNonce + kCrc + kTrailer;
-  if (cutter.left() < behind) return cutter.fields();
-  const std::size_t contents = cutter.left() - behind;
+  const std::size_t rest = kNonce + kCrc + kTrailer;
+  if (cutter.left() < rest) return cutter.fields();
+  const std::size_t contents = cutter.left() - rest;
   if (!is_firmware && contents > 0) {
     cutter.Number<std::uint8_t>("item");
     cutter.Take("contents", contents - 1);
