@@ -86,7 +86,7 @@ build_base() {
   cd "$work/base"
   make sub-src-qmake_all  # not qmake -r, which reads a module's project before the features of those below it are known
   make -C src/3rdparty/pcre2 -j"$(nproc)"
-  make -C src/corelib -f Makefile.qtzlib
+  make -C src/corelib -f Makefile.qtzlib all install
   make_in src/corelib src/winmain
   make -C src/3rdparty/harfbuzz-ng -j"$(nproc)"
   make_in src/3rdparty/libpng src/gui src/platformheaders src/platformsupport src/plugins/platforms/windows \
