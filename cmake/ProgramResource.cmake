@@ -14,4 +14,6 @@ function(varkel_program_resource target description)
   endif()
   configure_file(${CMAKE_SOURCE_DIR}/app/program.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc @ONLY)
   target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+  set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${target}.rc PROPERTIES
+    OBJECT_DEPENDS "${manifest};${CMAKE_SOURCE_DIR}/app/varkel.ico")
 endfunction()
