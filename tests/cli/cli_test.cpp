@@ -60,7 +60,7 @@ Outcome RunProgram(const QStringList& arguments) {
 struct Fixture {
   Fixture() { sensor.Start(); }
   QString host() const { return QStringLiteral("127.0.0.1:%1").arg(sensor.port()); }
-  QStringList Args(QStringList arguments) const {
+  QStringList Args(const QStringList& arguments) const {
     return QStringList{"--host", host(), "--timeout", "1000"} + arguments;
   }
   Outcome operator()(const QStringList& arguments) const { return RunProgram(Args(arguments)); }
@@ -77,8 +77,8 @@ std::string Violation(const QJsonValue& value, const QJsonValue& schema, const s
   if (schema.isArray()) {
     if (!value.isArray()) return place;
     for (const QJsonValue element : value.toArray()) {
-      if (const auto fault = Violation(element, schema.toArray().first(), place + "[]"); !fault.empty())
-        return fault;
+      std::string fault = Violation(element, schema.toArray().first(), place + "[]");
+      if (!fault.empty()) return fault;
     }
     return {};
   }
@@ -90,7 +90,7 @@ std::string Violation(const QJsonValue& value, const QJsonValue& schema, const s
   }
   for (const QString& key : object.keys()) {
     if (!properties.contains(key)) return place + "." + key.toStdString() + " is unknown";
-    const auto fault = Violation(object[key], properties[key], place + "." + key.toStdString());
+    std::string fault = Violation(object[key], properties[key], place + "." + key.toStdString());
     if (!fault.empty()) return fault;
   }
   return {};
@@ -100,7 +100,7 @@ std::string Violation(const QJsonValue& value, const QJsonValue& schema, const s
 QJsonObject Schema(const char* schema) {
   for (const QByteArray& block :
        Content(QStringLiteral(VARKELCTL_MANUAL)).replace("```json", "\x01").split('\x01')) {
-    const QJsonObject found = QJsonDocument::fromJson(block.left(block.indexOf("```"))).object();
+    QJsonObject found = QJsonDocument::fromJson(block.left(block.indexOf("```"))).object();
     if (found["schema"].toString() == QLatin1String(schema)) return found;
   }
   ADD_FAILURE() << "no schema " << schema;
@@ -110,7 +110,7 @@ QJsonObject Schema(const char* schema) {
 /// The single line of output as an object, checked against the schema.
 QJsonObject Checked(const Outcome& outcome, const char* schema) {
   EXPECT_EQ(outcome.output.count('\n'), 1) << outcome.output.toStdString();
-  const QJsonObject object = QJsonDocument::fromJson(outcome.output).object();
+  QJsonObject object = QJsonDocument::fromJson(outcome.output).object();
   EXPECT_EQ(Violation(object, Schema(schema), schema), "") << outcome.output.toStdString();
   return object;
 }
