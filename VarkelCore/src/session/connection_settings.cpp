@@ -99,8 +99,9 @@ ConnectionSettings SettingsFile::Load(std::string* fault) const {
   QLockFile lock(LockPath(path_));
   lock.tryLock(kLockTimeMs);
   if (const QString obstacle = Obstacle(path_); !obstacle.isEmpty()) {
-    if (fault != nullptr)
+    if (fault != nullptr) {
       *fault = Sentence("The defaults are used instead of the settings in ", path_, obstacle);
+    }
     return settings;
   }
   const QSettings file(path_, QSettings::IniFormat);

@@ -7,8 +7,9 @@ namespace varkel {
 ExchangeResult QueryTableCommand(quarn::lidar::KtcClient& client, const Command& command,
                                  std::span<const std::uint8_t> payload) {
   ExchangeResult reply = client.Query(payload, command.code);
-  if (reply && AnswersOtherCommand(command, *reply))
+  if (reply && AnswersOtherCommand(command, *reply)) {
     return tl::unexpected(quarn::lidar::KtcClient::kOtherReply);
+  }
   return reply;
 }
 
