@@ -40,7 +40,10 @@ server=$(apt-get indextargets --format '$(REPO_URI)' 'Release: bookworm' 'Compon
 [ -n "$server" ] || skip "the machine knows no server of Debian 12's packages"
 rm -rf --one-file-system "$bare"
 began=$SECONDS
-debootstrap --variant=minbase bookworm "$bare" "$server" >"$log" 2>&1 </dev/null
+debootstrap --variant=minbase bookworm "$bare" "$server" >"$log" 2>&1 </dev/null || {
+  tail -n 5 "$log"
+  skip "the machine can't make a bare Debian"
+}
 cp /etc/apt/apt.conf.d/* "$bare/etc/apt/apt.conf.d/" 2>/dev/null || true
 cp /etc/resolv.conf "$bare/etc/resolv.conf"
 mount -t proc proc "$bare/proc" 2>>"$log" || skip "/proc can't be mounted there"
