@@ -33,7 +33,7 @@ Item {
             varkel_manager.UpgradeLidar(file, row.module, row.values.group, row.values.variable);
         })
         onFileBlocked: row.refused("The upgrade can't start. " + area.blocked + ", then choose the package again.")
-        onFileRefused: row.refused("Upgrade package rejected: it must be a .patch file")
+        onFileRefused: row.refused("Upgrade package rejected: it has to be a .patch file")
     }
 
     function follow() {

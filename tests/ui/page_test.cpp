@@ -451,7 +451,7 @@ class PageTest : public QObject {
     QVERIFY(driver.Dismiss("errorWindow", "Connect to the sensor first"));
     QVERIFY(driver.Connect());
     driver.Drop("firmware.patch.bin");
-    QVERIFY(driver.Dismiss("errorWindow", "Upgrade package rejected: it must be a .patch file"));
+    QVERIFY(driver.Dismiss("errorWindow", "Upgrade package rejected: it has to be a .patch file"));
     QCOMPARE(driver.Text("upgradeFileName") + driver.Text("upgradeProgress"), "0.00%");
     const QByteArray package = "VARKEL-SIM FIRMWARE 4.1.2.9 2027-03-04\n" + QByteArray(20000, 'x');
     driver.Drop("new one.patch", package);
