@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <span>
 #include <string>
 
 #include "libquarn/Platform/src/screen_metrics.h"
@@ -43,6 +44,25 @@ std::optional<Size> OutputSize(xcb_connection_t* x, xcb_randr_output_t output) {
   return Size{crtc->width, crtc->height};
 }
 
+// The first output that is on.
+std::optional<Size> FirstSize(xcb_connection_t* x, const xcb_screen_t& screen) {
+  const Reply<xcb_randr_get_screen_resources_current_reply_t> resources(
+      xcb_randr_get_screen_resources_current_reply(x, xcb_randr_get_screen_resources_current(x, screen.root),
+                                                   nullptr));
+  if (!resources) {
+    return std::nullopt;
+  }
+  const std::span outputs(xcb_randr_get_screen_resources_current_outputs(resources.get()),
+                          resources->num_outputs);
+  for (const xcb_randr_output_t output : outputs) {
+    if (const auto size = OutputSize(x, output)) {
+      return size;
+    }
+  }
+  return std::nullopt;
+}
+
+// Not every window manager names a primary output. Then it is the first, as for Qt.
 std::optional<Size> PrimarySize(xcb_connection_t* x, const xcb_screen_t& screen) {
   const auto* extension = xcb_get_extension_data(x, &xcb_randr_id);
   if (extension == nullptr || extension->present == 0) {
@@ -50,10 +70,8 @@ std::optional<Size> PrimarySize(xcb_connection_t* x, const xcb_screen_t& screen)
   }
   const Reply<xcb_randr_get_output_primary_reply_t> primary(
       xcb_randr_get_output_primary_reply(x, xcb_randr_get_output_primary(x, screen.root), nullptr));
-  if (!primary || primary->output == XCB_NONE) {
-    return std::nullopt;
-  }
-  return OutputSize(x, primary->output);
+  const auto size = primary && primary->output != XCB_NONE ? OutputSize(x, primary->output) : std::nullopt;
+  return size ? size : FirstSize(x, screen);
 }
 
 // The desktop's dots per inch: the resource "Xft.dpi", which desktops set in order to scale programs.
