@@ -11,6 +11,7 @@
 #include <QStyle>
 #include <QVBoxLayout>
 #include <QtQml>
+#include <algorithm>
 #include <memory>
 
 #include "VarkelCore/src/varkel_manager.h"
@@ -30,6 +31,7 @@ constexpr QSize kInitialSize(1150, 700);
 constexpr QSize kSmallestView(1300, 800);
 constexpr int kSpacing = 6;
 constexpr int kMargin = 11;
+constexpr QSize kMargins(2 * kMargin, 2 * kMargin);
 
 // The first text in a font takes a millisecond. These are the fonts of the first frame's texts; a size that
 // differs from the QML's only costs that time.
@@ -43,10 +45,14 @@ void PrepareFonts() {
   }
 }
 
-// The space on the screen for a window's content.
-QSize AvailableSize(const QStyle& style) {
-  return QGuiApplication::primaryScreen()->availableSize() -
-         QSize(0, style.pixelMetric(QStyle::PM_TitleBarHeight));
+// The space on the screen for the window's content. The frame is known when the native window exists; on X11
+// only later, when the window manager has drawn it.
+QSize AvailableSize(const QScreen& screen, const QWidget& window) {
+  const QMargins frame =
+      window.windowHandle() == nullptr ? QMargins() : window.windowHandle()->frameMargins();
+  const int title_bar = window.style()->pixelMetric(QStyle::PM_TitleBarHeight);
+  return screen.availableSize() -
+         QSize(frame.left() + frame.right(), std::max(frame.top() + frame.bottom(), title_bar));
 }
 
 }  // namespace
@@ -81,16 +87,24 @@ MainWindow::MainWindow(QWidget* parent, const QString& module_name, VarkelManage
   manager_->SetVMNowName(module_name);
 
   container_ = QWidget::createWindowContainer(view_);
+  // The view's minimum decides the size that the window opens with, and the native window is placed by the
+  // size that it is created with.
+  resize(size()
+             .expandedTo(kSmallestView + kMargins)
+             .boundedTo(AvailableSize(*QGuiApplication::primaryScreen(), *this)));
   winId();  // creates the native window, which Qt would otherwise do later
   view_->rootContext()->setContextProperty("owner_window", windowHandle());
   view_->rootContext()->setContextProperty("varkel_manager", manager_);
   view_->setSource(QUrl(kView));
   container_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-  // On a smaller screen the pages scroll.
-  container_->setMinimumSize(
-      kSmallestView.boundedTo(AvailableSize(*style()) - QSize(2 * kMargin, 2 * kMargin)));
+  container_->setMinimumSize(kSmallestView);
   container_->setFocusPolicy(Qt::TabFocus);
   horizontal_layout_3d_->addWidget(container_);
+  FitInto(*QGuiApplication::primaryScreen());
+  resize(size().boundedTo(container_->minimumSize() + kMargins));  // the frame is known now
+  connect(windowHandle(), &QWindow::screenChanged, this, [this](QScreen* screen) {
+    if (screen != nullptr) FitInto(*screen);
+  });
   container_->setFocus();
   new KeyboardFocus(*windowHandle(), *view_);  // owned by the view
   // Gives the view the focus from the start. Before the window is on the screen this has no effect.
@@ -121,11 +135,18 @@ void MainWindow::FillAfterFirstFrame() {
       Qt::QueuedConnection);
 }
 
+// On a small screen the pages scroll. The minimum is not raised again on a larger screen: growing could take
+// the window back to the one that it has just left. Nor is the window made smaller here, since the user may
+// still be dragging it.
+void MainWindow::FitInto(const QScreen& screen) {
+  container_->setMinimumSize(container_->minimumSize().boundedTo(AvailableSize(screen, *this) - kMargins));
+}
+
 void MainWindow::LayOut() {
   if (objectName().isEmpty()) {
     setObjectName("MainWindow");
   }
-  resize(kInitialSize.boundedTo(AvailableSize(*style())));
+  resize(kInitialSize);
   central_widget_ = new QWidget(this);
   central_widget_->setObjectName("centralWidget");
   horizontal_layout_ = new QHBoxLayout(central_widget_);

@@ -5,6 +5,7 @@
 #include <QString>
 
 class QHBoxLayout;
+class QScreen;
 class QVBoxLayout;
 class VarkelManager;
 
@@ -29,6 +30,7 @@ class MainWindow : public QMainWindow {
 
  private:
   void LayOut();
+  void FitInto(const QScreen& screen);
   void FillAfterFirstFrame();
 
   QWidget* central_widget_ = nullptr;
