@@ -31,6 +31,12 @@ Window {
     minimumHeight: Theme.logWindowHeight / 2
     color: Theme.window
 
+    // In front of its owner, on the same screen: a window manager would choose the primary screen.
+    Component.onCompleted: {
+        x = transientParent.x + (transientParent.width - width) / 2;
+        y = transientParent.y + (transientParent.height - height) / 2;
+    }
+
     Shortcut {
         sequence: "Esc"
         onActivated: logWindow.close()

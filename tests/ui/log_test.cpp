@@ -59,6 +59,13 @@ class LogTest : public QObject {
     QCOMPARE(driver.Lines(), all);
   }
 
+  void OpensInFrontOfItsOwner() {
+    const LogWindowDriver driver;
+    const QQuickWindow& log = driver.view();
+    const QPoint apart = log.geometry().center() - log.transientParent()->geometry().center();
+    QVERIFY2(apart.manhattanLength() <= 2, qPrintable(QString("%1, %2").arg(apart.x()).arg(apart.y())));
+  }
+
   void ByteFlowPauseAndClear() {
     const LogWindowDriver driver;
     driver.manager->set_ip_address("127.0.0.1");
