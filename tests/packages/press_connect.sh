@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# press_connect.sh SENSOR_LOG PICTURE BEGAN [PERCENT]: waits on $DISPLAY for the tool's window, whose start BEGAN then
+# press_connect.sh SENSOR_LOG PICTURE BEGAN [X Y]: waits on $DISPLAY for the tool's window, whose start BEGAN then
 # (nanoseconds), presses Enter in its first field, waits until the simulated sensor was asked for values and takes a
-# picture of the screen. PERCENT is the window's own scale.
+# picture of the screen. The field is at X, Y in the window.
 set -euo pipefail
 sensor_log=$1
 picture=$2
 began=$3
-percent=${4:-100}
+field=("${4:-200}" "${5:-66}")
 lines() { grep -c . "$sensor_log" || true; }
 before=$(lines)
 
@@ -31,7 +31,7 @@ echo "The window appeared after $((($(date +%s%N) - began) / 1000000)) ms"
 # connected does no harm.
 window_id=$(xdotool search --onlyvisible --name '^Varkel$' | tail -n 1)
 for attempt in 1 2 3 4 5; do
-  xdotool mousemove --window "$window_id" $((2 * percent)) $((66 * percent / 100)) click 1
+  xdotool mousemove --window "$window_id" "${field[@]}" click 1
   xdotool key Return
   await asked "$((attempt * 20))" && break
 done

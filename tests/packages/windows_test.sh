@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # windows_test.sh FOLDER: tries the setup and the .zip of that folder under Wine, as a user would: an older version is
 # installed, upgraded silently, started from the start menu, connected to a simulated sensor on this machine, asked
-# from a command line by varkelctl, and uninstalled; the .zip runs on a screen twice as large, at twice the size. Documents lie in a
-# folder with blanks and umlauts. Pictures are left in build/wine-*.png.
+# from a command line by varkelctl, and uninstalled. The .zip is run by a user who may not write where it was unpacked, at
+# several sizes and scales of the screen. Documents are in a folder with blanks and umlauts. Pictures are left in
+# build/wine-*.png.
 set -Eeuo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 dist=$(realpath "${1:?windows_test.sh FOLDER}")
@@ -11,8 +12,8 @@ setup=$dist/Varkel-$version-setup.exe
 place=$PWD/build/wine-setup
 wine=/usr/lib/wine/wine64
 server=/usr/lib/wine/wineserver
-documents="$place/Eigene Dateien für Jürgen"
-export WINEPREFIX=$place/prefix WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe=' HOME=$place/home
+as_user=()  # what precedes a command that another user is to run
+export WINEPREFIX=$place/prefix WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
 unset WINEPATH DISPLAY WAYLAND_DISPLAY
 log=$place/log
 
@@ -22,16 +23,30 @@ fail() {
 }
 started=()
 end() {
-  "$server" -k >/dev/null 2>&1 || true
+  "${as_user[@]}" "$server" -k >/dev/null 2>&1 || true
   local process
   for process in "${started[@]}"; do kill "$process" 2>/dev/null || true; done
 }
 trap end EXIT
 trap 'tail -n 20 "$log" >&2' ERR
 "$server" -k >/dev/null 2>&1 || true
+[ ! -e "$place" ] || chmod -R u+w "$place"
 rm -rf "$place"
-mkdir -p "$HOME" "$WINEPREFIX" "$documents/VelmoraDataFiles"
-run() { "$wine" "$@" >>"$log" 2>&1 </dev/null; }
+mkdir -p "$place"
+run() { "${as_user[@]}" "$wine" "$@" >>"$log" 2>&1 </dev/null; }
+
+# prepare_user FOLDER: Wine's files, home and documents of the user are in this folder.
+prepare_user() {
+  export WINEPREFIX=$1/prefix HOME=$1/home
+  documents="$1/Eigene Dateien für Jürgen"
+  mkdir -p "$HOME" "$WINEPREFIX" "$documents/VelmoraDataFiles"
+  printf '[General]\ndevice_ip_address=127.0.0.1\nktc_port=%s\n' "$port" >"$documents/VelmoraDataFiles/RecvSettings.ini"
+  [ ${#as_user[@]} = 0 ] || chown -R nobody:nogroup "$1"
+  "${as_user[@]}" "$server" -p >"$place/server.log" 2>&1 </dev/null
+  run wineboot -i
+  run reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f
+  run reg add 'HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders' /v Personal /d "Z:$documents" /f
+}
 
 # use_screen SIZE
 use_screen() {
@@ -42,11 +57,6 @@ use_screen() {
   DISPLAY=:$(cat "$place/display")
   export DISPLAY
 }
-use_screen 1920x1080
-"$server" -p >"$place/server.log" 2>&1 </dev/null
-run wineboot -i
-run reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f
-run reg add 'HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders' /v Personal /d "Z:$documents" /f
 
 # A sensor of this machine's own system.
 : >"$place/sensor.log"
@@ -57,11 +67,12 @@ for _ in $(seq 100); do
   [ -z "$port" ] || break
   sleep 0.1
 done
-printf '[General]\ndevice_ip_address=127.0.0.1\nktc_port=%s\n' "$port" >"$documents/VelmoraDataFiles/RecvSettings.ini"
+use_screen 1920x1080
+prepare_user "$place"
 
-# connect NAME BEGAN [PERCENT]: presses Enter in the window that was just started, with a picture of what comes.
+# connect NAME BEGAN [X Y]: presses Enter in the window that was just started, with a picture of what comes.
 connect() {
-  tests/packages/press_connect.sh "$place/sensor.log" "$PWD/build/wine-$1.png" "$2" "${3:-100}"
+  tests/packages/press_connect.sh "$place/sensor.log" "$PWD/build/wine-$1.png" "${@:2}"
 }
 # The window closes by Alt+F4, as a user does it; the program is in use until its process has ended.
 close_window() {
@@ -80,7 +91,7 @@ path_of() {
 }
 # read_serial_number PROGRAM...: varkelctl asks the sensor.
 read_serial_number() {
-  "$wine" "$@" --host "127.0.0.1:$port" read SN 2>>"$log" </dev/null | grep -q QU64A2419C0087 ||
+  "${as_user[@]}" "$wine" "$@" --host "127.0.0.1:$port" read SN 2>>"$log" </dev/null | grep -q QU64A2419C0087 ||
     fail "$* does not read from the sensor"
 }
 registered() { "$wine" reg query "$1\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varkel" /v DisplayVersion 2>/dev/null | tr -d '\r'; }
@@ -154,19 +165,57 @@ try_mode CurrentUser HKCU "$user/AppData/Local/Programs/Varkel" \
   "$user/AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Varkel"
 echo "Windows setup: uninstalled, the user's own files are left"
 
-unpacked="$place/Ausgepackt für alle/Varkel-$version/bin"
-unzip -q "$dist/Varkel-$version.zip" -d "$place/Ausgepackt für alle"
-read_serial_number "$unpacked/varkelctl.exe"
-"$wine" "$unpacked/varkel-sim.exe" --model none >"$place/models" 2>&1 </dev/null || true
-grep -q 'models there: .*Quenta' "$place/models" || fail "varkel-sim does not find its tables"
-# A window program has no console; what it traces goes to a file if there is one.
+zip_folder="$place/Ausgepackt für alle"
+unpacked=$zip_folder/Varkel-$version/bin
+unzip -q "$dist/Varkel-$version.zip" -d "$zip_folder"
+chmod -R a-w "$zip_folder"
 "$server" -k >/dev/null 2>&1 || true
-use_screen 3840x2160
-began=$(date +%s%N)
-"$wine" "$unpacked/varkel.exe" >"$place/trace" 2>>"$log" </dev/null &
-connect 200-percent "$began" 200
-width=$(xdotool search --onlyvisible --name '^Varkel$' getwindowgeometry --shell | sed -n 's/^WIDTH=//p' | sort -n | tail -n 1)
-[ "$width" -ge 2600 ] || fail "on a screen of 3840 x 2160 the window is $width wide"
-close_window
-grep -q '^VarkelManager::Init' "$place/trace" || fail "the trace lines are lost"
-echo "Windows .zip: runs from where it was unpacked, at 200 %"
+# root may write everywhere, so another user takes over.
+if [ "$(id -u)" = 0 ]; then
+  as_user=(setpriv --reuid nobody --regid nogroup --clear-groups)
+  if ! "${as_user[@]}" test -x "$unpacked"; then
+    echo "Skipped: a user without rights in the program's folder, other users can't get at $place"
+    as_user=()
+  fi
+fi
+[ "$(id -u)${#as_user[@]}" = 00 ] || ! "${as_user[@]}" test -w "$unpacked" || fail "the user can write to $unpacked"
+prepare_user "$place/user"
+read_serial_number "$unpacked/varkelctl.exe"
+"${as_user[@]}" "$wine" "$unpacked/varkel-sim.exe" --model none >"$place/models" 2>&1 </dev/null || true
+grep -q 'models there: .*Quenta' "$place/models" || fail "varkel-sim does not find its tables"
+run "$unpacked/varkelctl.exe" --host "127.0.0.1:$port" set "Spin Rate=1200"
+
+# try_screen NAME SIZE DPI LOGGED WIDTH X Y: starts the tool on a screen of that size with Windows' own scaling set to
+# DPI dots per inch. It logs its factor, and its window has at least that width and is on the screen.
+try_screen() {
+  local began id
+  use_screen "$2"
+  # Wine scales only if Windows' number of its scaling method is there.
+  run reg add 'HKCU\Control Panel\Desktop' /v DpiScalingVer /t REG_DWORD /d 0x1000 /f
+  run reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "$3" /f
+  "${as_user[@]}" "$server" -k || true
+  began=$(date +%s%N)
+  # A window program has no console: what it traces goes to a file if there is one, and Wine shows what a debugger would.
+  WINEDEBUG=warn+seh "${as_user[@]}" "$wine" "$unpacked/varkel.exe" >"$place/trace" 2>"$place/debug" </dev/null &
+  connect "$1" "$began" "$6" "$7"
+  grep -aqF "main $4\n" "$place/debug" || fail "$1: $(grep -a -m 1 -o 'main dpi=.*' "$place/debug" || echo no scale) instead of $4"
+  id=$(xdotool search --onlyvisible --name '^Varkel$' | tail -n 1)
+  local WINDOW X Y WIDTH HEIGHT SCREEN
+  eval "$(xdotool getwindowgeometry --shell "$id")"
+  # The frame is rounded up to whole pixels.
+  [ "$WIDTH" -ge "$5" ] && [ "$X" -ge 0 ] && [ "$Y" -ge 0 ] && [ $((X + WIDTH)) -le $((${2%x*} + 2)) ] &&
+    [ $((Y + HEIGHT)) -le $((${2#*x} + 2)) ] || fail "$1: the window is ${WIDTH}x$HEIGHT at $X, $Y"
+  close_window
+  grep -q '^VarkelManager::Init' "$place/trace" || fail "$1: the trace lines are lost"
+}
+try_screen 4k 3840x2160 96 'dpi= 1 scale= 2' 2644 400 132
+try_screen 150-percent 1920x1080 144 'dpi= 1.5 scale= 1.2' 1586 240 98
+try_screen 200-percent 1920x1080 192 'dpi= 2 scale= 1.6' 1900 320 130
+echo "Windows .zip: runs from where it was unpacked, with 3840 x 2160 pixels, at 150 % and at 200 %"
+
+# written WHAT FOLDER PATTERN
+written() { [ -n "$(find "$2" -path "$3" -type f -size +0)" ] || fail "a user without rights in the program's folder gets no $1"; }
+grep -q ^point_cloud_baudrate= "$documents/VelmoraDataFiles/RecvSettings.ini" ||
+  fail "a user without rights in the program's folder gets no settings"
+written snapshot "$documents" '*/Snapshots/QU64A2419C0087/*'
+written log "$WINEPREFIX/drive_c/users" '*/AppData/Roaming/QuarnTech/varkel/varkel*.log'
