@@ -18,10 +18,13 @@ FileDialog {
 
     Component.onCompleted: {
         folder = startFolder.toString() !== "" ? startFolder : LastFolder.folder;
-        // Windows' dialog takes the name when it is made, Qt's own one only when it is open.
+        // Windows' dialog takes the name when it is made, Qt's own one only when it is open. To Windows' open dialog Qt
+        // would give the name with its folder and slashes, which it refuses as a name.
         suggest();
         open();
-        suggest();
+        if (Qt.platform.os !== "windows") {
+            suggest();
+        }
     }
     onAccepted: {
         if (startFolder.toString() === "") {

@@ -185,8 +185,35 @@ read_serial_number "$unpacked/varkelctl.exe"
 grep -q 'models there: .*Quenta' "$place/models" || fail "varkel-sim does not find its tables"
 run "$unpacked/varkelctl.exe" --host "127.0.0.1:$port" set "Spin Rate=1200"
 
-# try_screen NAME SIZE DPI LOGGED WIDTH X Y: starts the tool on a screen of that size with Windows' own scaling set to
-# DPI dots per inch. It logs its factor, and its window has at least that width and is on the screen.
+# press WINDOW X Y: clicks there, in thousandths of the window's size, when it is open.
+press() {
+  local id WINDOW X Y WIDTH HEIGHT SCREEN
+  for _ in $(seq 100); do
+    id=$(xdotool search --onlyvisible --name "^$1\$" | tail -n 1) || true
+    [ -z "$id" ] || break
+    sleep 0.1
+  done
+  [ -n "$id" ] || fail "there is no window \"$1\""
+  sleep 0.5  # it fills
+  eval "$(xdotool getwindowgeometry --shell "$id")"
+  xdotool mousemove --window "$id" $((WIDTH * $2 / 1000)) $((HEIGHT * $3 / 1000)) click 1
+}
+# Saves the log with Windows' file dialog, as it is proposed: in the documents folder.
+save_log() {
+  press Varkel 962 957
+  press 'VK Log Window' 883 82
+  press 'Save the log' 854 966
+  for _ in $(seq 100); do
+    [ -z "$(find "$documents" -name 'varkel_log_*.txt' -size +0)" ] || break
+    sleep 0.1
+  done
+  [ -n "$(find "$documents" -name 'varkel_log_*.txt' -size +0)" ] || fail "the log is not saved where the dialog proposes"
+  xdotool key Escape  # closes the log
+  press Varkel 500 20
+}
+
+# try_screen NAME SIZE DPI LOGGED WIDTH X Y [ACT]: starts the tool on a screen of that size with Windows' own scaling set
+# to DPI dots per inch, and does this. It logs its factor, and its window has at least that width and is on the screen.
 try_screen() {
   local began id
   use_screen "$2"
@@ -205,12 +232,13 @@ try_screen() {
   # The frame is rounded up to whole pixels.
   [ "$WIDTH" -ge "$5" ] && [ "$X" -ge 0 ] && [ "$Y" -ge 0 ] && [ $((X + WIDTH)) -le $((${2%x*} + 2)) ] &&
     [ $((Y + HEIGHT)) -le $((${2#*x} + 2)) ] || fail "$1: the window is ${WIDTH}x$HEIGHT at $X, $Y"
+  "${8:-true}"
   close_window
   grep -q '^VarkelManager::Init' "$place/trace" || fail "$1: the trace lines are lost"
 }
 try_screen 4k 3840x2160 96 'dpi= 1 scale= 2' 2644 400 132
 try_screen 150-percent 1920x1080 144 'dpi= 1.5 scale= 1.2' 1586 240 98
-try_screen 200-percent 1920x1080 192 'dpi= 2 scale= 1.6' 1900 320 130
+try_screen 200-percent 1920x1080 192 'dpi= 2 scale= 1.6' 1900 320 130 save_log
 echo "Windows .zip: runs from where it was unpacked, with 3840 x 2160 pixels, at 150 % and at 200 %"
 
 # written WHAT FOLDER PATTERN
