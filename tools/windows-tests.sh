@@ -53,6 +53,11 @@ quietly documents.log "$wine" reg add \
   'HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders' \
   /v Personal /t REG_EXPAND_SZ /d '%VARKEL_DOCUMENTS%' /f
 
+# The user's numbers have a decimal comma and digits of their own, which must not show in files and on the wire.
+for number in sDecimal=, sNativeDigits=۰۱۲۳۴۵۶۷۸۹ NumShape=2; do
+  quietly locale.log "$wine" reg add 'HKCU\Control Panel\International' /v "${number%%=*}" /d "${number#*=}" /f
+done
+
 # Serial ports are links: to a name that leads to the pseudo-terminal that the host has made for a test.
 build/windows/line_host "$lines" "${ports[@]}" >"$place/line_host.log" 2>&1 </dev/null &
 line_host=$!
