@@ -106,7 +106,7 @@ class ConnectionTest : public QObject {
     const Activity activity{{[] {}, [] {}}};
     SensorConnection connection;
     const auto connect = [&] {
-      const auto session = std::make_shared<SensorSession>(
+      auto session = std::make_shared<SensorSession>(
           SensorSession::Lines{}, nullptr, activity,
           SensorSession::Periodic{std::chrono::hours(1), [](SensorSession&, const std::stop_token&) {}});
       connection.Connect({}, [&](const std::stop_token&) { return SessionResult(session); },
