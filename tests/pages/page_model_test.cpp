@@ -8,12 +8,6 @@
 namespace varkel {
 namespace {
 
-/// The row of a variable of one byte that is read with command 0x01 and defaults to 0, unless `fields` say
-/// otherwise.
-std::string Byte(const char* fields) {
-  return std::string(fields) + ";Get=0x01;VarType=uint8;VarLen=1;DefaultValue=0";
-}
-
 class PageModelTest : public testing::Test {
  protected:
   PageModelTest() {
@@ -37,13 +31,14 @@ class PageModelTest : public testing::Test {
   }
 
   const std::shared_ptr<Model> model = test::ModelOf(
-      {Byte("Index=1;Set=0x02;VarName=Last;DefaultValue=7;Options=1~9;Unit=mm;Permission=1;TimerUpdate=1;"
-            "FunctionModule=1_1_5_1"),
-       Byte("Index=2;Set=0x02;VarName=Filter on;DefaultValue=1;FunctionModule=1_1_2_2_2"),
-       Byte("Index=3;Set=0x02;VarName=Filter;DefaultValue=3;FunctionModule=1_1_2_2"),
-       Byte("Index=4;Get=0x23;Set=0x22;VarName=Channel;Options=0|1;OptionDescription=0_Off;"
-            "FunctionModule=1_1_3_5"),
-       Byte("Index=5;VarName=First;FunctionModule=1_1_1_0"),
+      {test::ByteRow(
+           "Index=1;Set=0x02;VarName=Last;DefaultValue=7;Options=1~9;Unit=mm;Permission=1;TimerUpdate=1;"
+           "FunctionModule=1_1_5_1"),
+       test::ByteRow("Index=2;Set=0x02;VarName=Filter on;DefaultValue=1;FunctionModule=1_1_2_2_2"),
+       test::ByteRow("Index=3;Set=0x02;VarName=Filter;DefaultValue=3;FunctionModule=1_1_2_2"),
+       test::ByteRow("Index=4;Get=0x23;Set=0x22;VarName=Channel;Options=0|1;OptionDescription=0_Off;"
+                     "FunctionModule=1_1_3_5"),
+       test::ByteRow("Index=5;VarName=First;FunctionModule=1_1_1_0"),
        "Index=6;Get=0x03;VarName=Event Log;VarType=raw;FunctionModule=1_1_1_6",
        "Index=7;Get=0x03;VarName=Operation Log;VarType=raw;FunctionModule=1_1_1_6",
        "Index=8;Set=0x04;VarName=Set only Log;VarType=raw;FunctionModule=1_1_1_6"});
