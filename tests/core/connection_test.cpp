@@ -105,12 +105,15 @@ class ConnectionTest : public QObject {
     EventQueue events;
     const Activity activity{{[] {}, [] {}}};
     SensorConnection connection;
-    const auto connect = [&] {
+    const auto connect = [&](const std::function<void()>& meanwhile = [] {}) {
       auto session = std::make_shared<SensorSession>(
           SensorSession::Lines{}, nullptr, activity,
           SensorSession::Periodic{std::chrono::hours(1), [](SensorSession&, const std::stop_token&) {}});
-      connection.Connect({}, [&](const std::stop_token&) { return SessionResult(session); },
-                         {[] {}, [](const ConnectFailure&) {}});
+      const auto make = [&](const std::stop_token&) {
+        meanwhile();
+        return SessionResult(session);
+      };
+      connection.Connect({}, make, {[] {}, [](const ConnectFailure&) {}});
       return session;
     };
     QStringList calls;
@@ -124,6 +127,8 @@ class ConnectionTest : public QObject {
       disconnect.Leave(session, [&calls] { calls.append("after"); });
       QCOMPARE(calls, session == earlier ? QStringList() : (QStringList{"disconnect", "after"}));
     }
+    connect([&connection] { connection.End(); });
+    QVERIFY2(connection.session() == nullptr, "a session that the user has left while it was being made");
   }
 
   void SmallSensorInsideKtc() {
