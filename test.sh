@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds and runs every test. ./test.sh [dev|asan|tsan|--windows]
+# Installs what is missing, builds and runs every test. ./test.sh [test|dev|asan|tsan|--windows]
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
-preset=${1:-dev}
+preset=${1:-test}
 if [ "$preset" = --windows ]; then
   tools/install-packages.sh packages.txt packages-windows.txt
   tools/windows-libraries.sh
@@ -12,9 +12,9 @@ if [ "$preset" = --windows ]; then
   exit
 fi
 case $preset in
-  dev|asan|tsan) ;;
+  test|dev|asan|tsan) ;;
   *)
-    echo "./test.sh [dev|asan|tsan]: plain (the default), AddressSanitizer + UBSan, or ThreadSanitizer" >&2
+    echo "./test.sh [test|dev|asan|tsan]: plain (the default), as for daily work, AddressSanitizer + UBSan, ThreadSanitizer" >&2
     echo "./test.sh --windows [TIMES]: cross-built for Windows, under Wine" >&2
     exit 2
     ;;

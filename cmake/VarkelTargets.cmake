@@ -101,9 +101,10 @@ function(varkel_register_test name)
     ENVIRONMENT "HOME=${home};VARKEL_DOCUMENTS=${documents};XDG_RUNTIME_DIR=${home}/run;QT_QPA_PLATFORM=${platform};QT_QUICK_BACKEND=software;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=1;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/lsan.supp:print_suppressions=0;TSAN_OPTIONS=ignore_noninstrumented_modules=1:halt_on_error=1;UBSAN_OPTIONS=print_stacktrace=1")
 endfunction()
 
-# varkel_gtest(NAME SOURCES ... DEPENDS ...): a GoogleTest program without Qt.
+# varkel_gtest(NAME [SHARDS count] SOURCES ... DEPENDS ...): a GoogleTest program. Its cases are spread over `count` tests,
+# NAME.1 and so on, that run side by side.
 function(varkel_gtest name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  cmake_parse_arguments(ARG "" "SHARDS" "SOURCES;DEPENDS" ${ARGN})
   varkel_program(${name} SOURCES ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} GTest::gtest GTest::gmock GTest::gtest_main)
   if(MINGW)
     # With more optimisation, GCC 12 gives false warnings about vectors in tables of cases.
@@ -111,7 +112,15 @@ function(varkel_gtest name)
   endif()
   varkel_program_resource(${name} "Tests")
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
-  varkel_register_test(${name})
+  if(NOT ARG_SHARDS)
+    varkel_register_test(${name})
+    return()
+  endif()
+  foreach(shard RANGE 1 ${ARG_SHARDS})
+    math(EXPR index "${shard} - 1")
+    varkel_register_test(${name}.${shard} COMMAND ${name})
+    set_property(TEST ${name}.${shard} APPEND PROPERTY ENVIRONMENT GTEST_TOTAL_SHARDS=${ARG_SHARDS} GTEST_SHARD_INDEX=${index})
+  endforeach()
 endfunction()
 
 # varkel_alone_on_desktop(TEST): its windows need the focus, which no other test may take.

@@ -12,7 +12,9 @@ set(CMAKE_RC_COMPILER ${host}-windres)
 # before it takes the lock (_M_do_wait in bits/atomic_wait.h), so that a release in between is missed.
 set(CMAKE_CXX_FLAGS_INIT -D_GLIBCXX_USE_POSIX_SEMAPHORE=1)
 
-set(VARKEL_WINDOWS_LIBRARIES ${CMAKE_CURRENT_LIST_DIR}/../build/windows-libraries)
+# Without "..": CMake would find some headers below another spelling of the path when it runs again, and everything would
+# be compiled a second time.
+get_filename_component(VARKEL_WINDOWS_LIBRARIES ${CMAKE_CURRENT_LIST_DIR}/../build/windows-libraries ABSOLUTE)
 get_filename_component(VARKEL_WINDOWS_QT ${CMAKE_CURRENT_LIST_DIR}/../build/windows-qt REALPATH)
 set(CMAKE_FIND_ROOT_PATH /usr/${host} ${VARKEL_WINDOWS_LIBRARIES} ${VARKEL_WINDOWS_QT})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

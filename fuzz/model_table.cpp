@@ -19,7 +19,7 @@
 #include "VarkelCore/src/values/range_check.h"
 #include "fuzz/input.h"
 #include "fuzz/scripted_transport.h"
-#include "tests/core/small_sensor_fixture.h"
+#include "tests/support/recorded_report.h"
 
 namespace {
 

@@ -21,23 +21,39 @@ export UBSAN_OPTIONS=print_stacktrace=1
 # An announced length must not be allocated: nothing here needs 64 MiB at once.
 # The entropic schedule would take more time than the targets themselves.
 limits=(-malloc_limit_mb=64 -rss_limit_mb=1024 -timeout=10 -max_len=4096 -entropic=0)
-failed=()
-for target in "${targets[@]}"; do
-  kept=fuzz/corpus/$target
-  found=build/fuzz/found/$target
-  artifacts=build/fuzz/artifacts/$target
+
+# fuzz TARGET: writes build/fuzz/TARGET.log and prints one line.
+fuzz() {
+  local target=$1 code=0
+  local kept=fuzz/corpus/$target found=build/fuzz/found/$target artifacts=build/fuzz/artifacts/$target
   mkdir -p "$kept" "$found" "$artifacts"
-  options=("${limits[@]}" "-artifact_prefix=$artifacts/")
+  local options=("${limits[@]}" "-artifact_prefix=$artifacts/")
   if [ -f "fuzz/$target.dict" ]; then options+=("-dict=fuzz/$target.dict"); fi
-  run=("build/fuzz/bin/fuzz_$target" "${options[@]}")
-  log=build/fuzz/$target.log
+  local run=("build/fuzz/bin/fuzz_$target" "${options[@]}") log=build/fuzz/$target.log
   if [ "$what" = --merge ]; then
-    "${run[@]}" -set_cover_merge=1 -use_counters=0 "$kept" "$found" >"$log" 2>&1 || failed+=("$target")
+    "${run[@]}" -set_cover_merge=1 -use_counters=0 "$kept" "$found" >"$log" 2>&1 || code=$?
   else
-    "${run[@]}" -max_total_time="$what" -print_final_stats=1 "$found" "$kept" >"$log" 2>&1 || failed+=("$target")
+    "${run[@]}" -max_total_time="$what" -print_final_stats=1 "$found" "$kept" >"$log" 2>&1 || code=$?
   fi
   echo "$target: $(grep -aE '^#[0-9]+' "$log" | tail -n 1 || true) $(find "$kept" -type f | wc -l) inputs kept"
+  return "$code"
+}
+
+# As many at a time as there are processors.
+failed=()
+declare -A running=()
+wait_for_one() {
+  local process code=0
+  wait -n -p process || code=$?
+  [ "$code" = 0 ] || failed+=("${running[$process]}")
+  unset "running[$process]"
+}
+for target in "${targets[@]}"; do
+  [ "${#running[@]}" -lt "$(nproc)" ] || wait_for_one
+  fuzz "$target" &
+  running[$!]=$target
 done
+while [ "${#running[@]}" -gt 0 ]; do wait_for_one; done
 if [ ${#failed[@]} -gt 0 ]; then
   for target in "${failed[@]}"; do tail -n 40 "build/fuzz/$target.log"; done
   echo "Failed: ${failed[*]}; the logs are build/fuzz/TARGET.log, the inputs are in build/fuzz/artifacts." >&2

@@ -1,19 +1,17 @@
 #!/usr/bin/env bash
-# check-tidy.sh [--all | --base COMMIT] [PRESET]: clang-tidy over our own sources, tests and benchmarks included, with
-# the compile commands of a configured preset (dev). Checks what has changed since COMMIT, uncommitted changes too: by
-# default since the branch left origin/main or, where there is no such branch or nothing has changed since, over the
-# last 2 commits. --all checks everything.
+# check-tidy.sh [--all | --base COMMIT]: clang-tidy over our own sources, tests and benchmarks included, each by itself, so
+# that a missing include is found as well. Builds nothing but the generated sources, in build/tidy. Checks what has changed
+# since COMMIT, uncommitted changes too: by default since the branch left origin/main or, where there is no such branch or
+# nothing has changed since, over the last 2 commits. --all checks everything.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 all=
 base=
-preset=dev
 while [ $# -gt 0 ]; do
   case $1 in
     --all) all=yes ;;
     --base) base=${2:?--base needs a commit}; shift ;;
-    -*) sed -n 's/^# //p' "$0" | sed -n 1,4p >&2; exit 2 ;;
-    *) preset=$1 ;;
+    *) sed -n 's/^# //p' "$0" | sed -n 1,4p >&2; exit 2 ;;
   esac
   shift
 done
@@ -40,7 +38,8 @@ if [ -z "$files" ]; then
   echo "Static checks: nothing has changed since ${base:0:10}"
   exit 0
 fi
-echo "Static checks: clang-tidy over $(wc -l <<<"$files") files with build/$preset"
+tools/build.sh tidy autogen build_id
+echo "Static checks: clang-tidy over $(wc -l <<<"$files") files"
 tr '\n' '\0' <<<"$files" |
-  xargs -0 -r -n 1 -P "$(nproc)" clang-tidy-14 --quiet -p "build/$preset" --extra-arg=-Wno-unknown-warning-option 2>&1 |
+  xargs -0 -r -n 1 -P "$(nproc)" clang-tidy-14 --quiet -p build/tidy --extra-arg=-Wno-unknown-warning-option 2>&1 |
   { grep -vE '^[0-9]+ warnings? generated|^Suppressed|^Use -header-filter' || true; }

@@ -76,6 +76,7 @@ Rectangle {
     Loader {
         id: scrollBar
 
+        asynchronous: true // the window's first frame does not wait for it
         anchors.right: parent.right
         anchors.top: flick.top
         anchors.bottom: flick.bottom

@@ -1,53 +1,28 @@
 #include "VarkelCore/src/varkel_manager.h"
 
-#include <atomic>
 #include <exception>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "VarkelCore/src/actions/config_file_query.h"
-#include "VarkelCore/src/actions/console_commands.h"
-#include "VarkelCore/src/actions/log_downloads.h"
-#include "VarkelCore/src/actions/sensor_restart.h"
 #include "VarkelCore/src/catalogue/model_names.h"
 #include "VarkelCore/src/catalogue/variable_search.h"
-#include "VarkelCore/src/pages/edit_check.h"
-#include "VarkelCore/src/pages/page_check.h"
 #include "VarkelCore/src/pages/page_description.h"
-#include "VarkelCore/src/pages/page_models.h"
-#include "VarkelCore/src/pages/page_read_queue.h"
-#include "VarkelCore/src/pages/page_reading.h"
-#include "VarkelCore/src/pages/page_saving.h"
-#include "VarkelCore/src/pages/save_check.h"
-#include "VarkelCore/src/pages/search_model.h"
-#include "VarkelCore/src/pages/table_findings.h"
-#include "VarkelCore/src/pages/user_edits.h"
-#include "VarkelCore/src/pages/value_editor.h"
+#include "VarkelCore/src/pages/page_writer.h"
 #include "VarkelCore/src/pages/variable_details.h"
-#include "VarkelCore/src/session/connection_settings.h"
-#include "VarkelCore/src/session/connector.h"
-#include "VarkelCore/src/session/recent_addresses.h"
-#include "VarkelCore/src/small_sensor/background_functions.h"
-#include "VarkelCore/src/small_sensor/small_sensor_info.h"
-#include "VarkelCore/src/snapshots/snapshots.h"
-#include "VarkelCore/src/tasks/background_work.h"
-#include "VarkelCore/src/tasks/signal_report.h"
-#include "VarkelCore/src/upgrade/firmware_upgrade.h"
-#include "VarkelCore/src/upgrade/sensor_return.h"
+#include "VarkelCore/src/upgrade/package_file.h"
 #include "VarkelCore/src/values/logged_exchange.h"
-#include "VarkelCore/src/values/model_selection.h"
-#include "libquarn/Platform/src/text_number.h"
+#include "VarkelCore/src/varkel_parts.h"
 #include "libquarn/Platform/src/trace.h"
 
 using namespace varkel;
 
 namespace {
 
-/// Limits the load on the sensor.
-constexpr std::chrono::milliseconds kPageRefreshPeriod{100};
-
-QVariantList TextList(const std::vector<std::string>& texts) {
-  QVariantList list;
+template <typename List = QVariantList>
+List TextList(const std::vector<std::string>& texts) {
+  List list;
   for (const std::string& text : texts) list.append(QString::fromStdString(text));
   return list;
 }
@@ -61,196 +36,24 @@ QVariantList RowMaps(const std::vector<InfoRow>& rows) {
   return maps;
 }
 
+QString PageValueText(const std::shared_ptr<ConfigParser>& catalogue, const char* var_name) {
+  return catalogue ? QString::fromStdString(PageValue(*catalogue, var_name)) : QString();
+}
+
+/// What `show` makes of the selected model or its table; empty without one.
+template <typename Source, typename Show>
+auto Shown(const std::shared_ptr<Source>& source, Show show) {
+  return source ? show(*source) : std::invoke_result_t<Show, Source&>();
+}
+
+/// What `show` makes of the variable at [page][group][index]; empty without one.
+template <typename Show>
+auto Shown(const std::shared_ptr<Model>& model, int page, int group, int index, Show show) {
+  const VarInfo* const var = model ? VariableAt(*model->catalogue, page, group, index) : nullptr;
+  return var != nullptr ? show(*model, *var) : std::invoke_result_t<Show, const Model&, const VarInfo&>();
+}
+
 }  // namespace
-
-/// The controller's collaborators, ordered such that each needs only earlier ones.
-struct VarkelManager::Parts {
-  Parts(VarkelManager& face, bool flag, std::string path);
-
-  using Signal = void (VarkelManager::*)();
-  /// Emits a signal on the window's thread.
-  void Raise(Signal notify) {
-    events.Post([this, notify] { std::invoke(notify, manager); });
-  }
-  /// A function that emits it.
-  std::function<void()> Raiser(Signal notify) {
-    return [this, notify] { Raise(notify); };
-  }
-  /// Disconnects that session's sensor unless it is already disconnected.
-  void Disconnect(const std::shared_ptr<SensorSession>& session) {
-    events.Post([this, session] {
-      if (connection.session() == session) manager.Stop();
-    });
-  }
-
-  /// Restarts that session's sensor with the table's command and, on success (0), disconnects it.
-  int Restart(const std::shared_ptr<SensorSession>& session, const ConfigParser& catalogue) {
-    const int code = RestartSensor(catalogue, *session, report);
-    if (code == 0) Disconnect(session);
-    return code;
-  }
-
-  /// The same after an upgrade; then waits for a network sensor to come back.
-  int RestartUpgraded(const std::shared_ptr<SensorSession>& session,
-                      const FirmwareUpgrade::Catalogue& catalogue) {
-    if (!session->has_pages()) return Restart(session, *catalogue);
-    const SensorIdentity before = ReadIdentity(*session->ktc_client(), catalogue);
-    const int code = RestartSensor(*catalogue, *session, report);
-    if (code != 0) return code;
-    events.Post([this, session, catalogue, before] {
-      if (connection.session() != session) return;
-      manager.Stop();
-      sensor_return.Await(settings, catalogue, before);
-    });
-    return 0;
-  }
-
-  VarkelManager& manager;
-  const bool creation_flag;
-  const std::string config_file_path;
-
-  // Used on the window's thread only.
-  const SettingsFile settings_file;
-  std::string settings_fault;  ///< why the default settings are used
-  ConnectionSettings settings;
-  RecentAddresses recent_addresses;
-  std::string dialled;  ///< the address of the last attempt
-  QString error_message;
-  QString success_message;
-  QString vm_now_name;
-
-  // Shared with workers: atomics and thread-safe classes.
-  EventQueue events;
-  SignalReport report;
-  std::atomic<int> connect_type = kNetwork;
-  ByteLogSwitch log_bytes = false;
-  quarn::lidar::CaptureRecorder recorder;
-  std::atomic<bool> checking = false;
-  ModelSelection models;
-  PageModels page_models;
-  SearchModel search{models};
-  Activity activity;
-  WorkerThreads workers;
-  TableFindings findings{workers, events};
-  BackgroundWork background;
-  SensorConnection connection;
-
-  const PageReader reader;
-  PageReading reading;
-  PageReadQueue page_reads;
-  const ValueEditor editor;
-  UserEdits edits;
-  SaveCheck save_check;
-  const PageCheck page_check;
-  const PageWriter writer;
-  const PageSaving saving;
-
-  ConsoleCommands console;
-  LogDownloads downloads;
-  FirmwareUpgrade upgrade;
-  SensorReturn sensor_return;
-
-  SmallSensor small_sensor;
-  BackgroundFunctions small_sensor_functions;
-  SmallSensorInfo small_sensor_info;
-
-  Snapshots snapshots;
-
-  Connector connector;
-};
-
-VarkelManager::Parts::Parts(VarkelManager& face, bool flag, std::string path)
-    : manager(face),
-      creation_flag(flag),
-      config_file_path(std::move(path)),
-      settings(settings_file.Load(&settings_fault)),
-      report(events,
-             {[this](const QString& text, const QString& type) { emit manager.sendLogMessage(text, type); },
-              [this](const QString& text) { manager.setErrorMsg(text); },
-              [this](const QString& text) { manager.setSuccessMsg(text); }}),
-      recorder([this](const std::string& end) {
-        report.Error(end);
-        report.Log(end, "ERROR");
-        Raise(&VarkelManager::isRecordingChanged);
-      }),
-      models([this] { page_models.ValuesChanged(); }),
-      page_models(face, models, events),
-      activity({Raiser(&VarkelManager::isUpgradingChanged), Raiser(&VarkelManager::isDownloadLogChanged)}),
-      background(workers, events, [this] { emit manager.isWorkingChanged(); }),
-      reader({report, Raiser(&VarkelManager::fovConfigChanged)}),
-      reading(connection, models, connect_type, reader),
-      page_reads(
-          workers,
-          [this](int module, const std::function<bool()>& replaced) {
-            if (reading.ReadPage(module, replaced)) Raise(&VarkelManager::myMapChanged);
-          },
-          [this](int module) {
-            events.Post([this, module] {
-              manager.CheckSave();
-              emit manager.isReadingPageChanged();
-              emit manager.pageReadFinished(module);
-            });
-          }),
-      editor(report),
-      edits([this] { return models.model(); },
-            [this] {
-              page_models.ValuesChanged();
-              emit manager.editsChanged();
-              emit manager.fovConfigChanged();
-            }),
-      page_check({report,
-                  [this](const VarInfo& var, const std::string& verdict) {
-                    events.Post([this, name = QString::fromStdString(var.var_name)] {
-                      emit manager.someVarOutOfRange(name);
-                    });
-                    page_models.Refuse(var, verdict);
-                  }}),
-      writer({reader, report}),
-      saving(connection, models, activity, writer, report),
-      console(connection, activity, models, connect_type, report,
-              {Raiser(&VarkelManager::sendCommandHistoryChanged),
-               [this](const auto& session) { Disconnect(session); }}),
-      downloads(connection, activity, workers, report,
-                {Raiser(&VarkelManager::downloadFinished),
-                 [this](bool complete) {
-                   events.Post([this, complete] { emit manager.downloadOperationLogFinished(complete); });
-                 }}),
-      upgrade(
-          report, activity, workers, connect_type,
-          {[this](const auto& session, const auto& catalogue) { return RestartUpgraded(session, catalogue); },
-           [this](const auto& session) { Disconnect(session); }}),
-      sensor_return(workers, events, {report, log_bytes, activity, &recorder},
-                    [this] { manager.ConnectLidar(); }, {}),
-      small_sensor(
-          report, activity, [this] { return connection.session(); }, connect_type),
-      small_sensor_functions(small_sensor, background),
-      small_sensor_info(
-          report, activity,
-          {Raiser(&VarkelManager::zeltoLidarInfoChanged), Raiser(&VarkelManager::isGetPBLVersionChanged)}),
-      snapshots({connection, models, settings, activity, background, events, report, log_bytes}),
-      connector(connection, workers, {report, log_bytes, activity, &recorder},
-                {{kPageRefreshPeriod,
-                  [this](SensorSession& session, const std::stop_token& stop) {
-                    if (reading.RefreshShownPage(session, stop)) Raise(&VarkelManager::myTimerMapChanged);
-                  }},
-                 {SmallSensorInfo::kPeriod,
-                  [this](SensorSession& session, const std::stop_token& stop) {
-                    small_sensor_info.Round(session, stop);
-                  }}},
-                {[this] {
-                   Raise(&VarkelManager::myMapChanged);
-                   Raise(&VarkelManager::isConnectedChanged);
-                 },
-                 Raiser(&VarkelManager::isConnectedChanged)}) {
-  connect(&manager, &VarkelManager::lidarModelChanged, &snapshots, &Snapshots::clear);
-  connect(&manager, &VarkelManager::editsChanged, &snapshots, &Snapshots::showEdits);
-  connect(&recent_addresses, &RecentAddresses::notKept, &manager,
-          [this](const QString& text) { report.Log(text.toStdString(), "WARNING"); });
-  connect(&manager, &VarkelManager::isConnectedChanged, &recent_addresses, [this] {
-    const auto session = connection.session();
-    if (session && session->ktc_client()) recent_addresses.add(QString::fromStdString(dialled));
-  });
-}  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): std::function frees
 
 // Life
 
@@ -261,12 +64,11 @@ VarkelManager* VarkelManager::GetInstance(bool flag, const std::string& config_p
 
 VarkelManager::VarkelManager(bool flag, const std::string& config_path)
     : d_(std::make_unique<Parts>(*this, flag, config_path)) {
-  connect(this, &VarkelManager::editsChanged, &d_->edits, &UserEdits::changed);
   emit initInfoChanged();
-  if (d_->settings_fault.empty()) return;
+  if (d_->memory.load_fault().empty()) return;
   // Reported once the event loop runs: by then the user interface is listening.
   QMetaObject::invokeMethod(this, "sendLogMessage", Qt::QueuedConnection,
-                            Q_ARG(QString, QString::fromStdString(d_->settings_fault)),
+                            Q_ARG(QString, QString::fromStdString(d_->memory.load_fault())),
                             Q_ARG(QString, QStringLiteral("WARNING")));
 }
 
@@ -277,58 +79,57 @@ VarkelManager::~VarkelManager() {
   d_->workers.StopAndJoin();
 }
 
-void VarkelManager::SetVMNowName(const QString& name) {
-  if (name.isEmpty() || !(LidarModelList().contains(name) || IsHostModel(name.toStdString()))) return;
-  InitConfigFileParser(name);
-  d_->vm_now_name = name;
-  emit lidarModelListChanged();
-}
-
 // Connection settings
 
 QString VarkelManager::ip_address() const {
-  return QString::fromStdString(d_->settings.ip_address);
+  return QString::fromStdString(d_->memory.settings().ip_address);
 }
 void VarkelManager::set_ip_address(const QString& text) {
-  d_->settings.ip_address = text.toStdString();
+  d_->memory.settings().ip_address = text.toStdString();
 }
 QString VarkelManager::udpPort() const {
-  return QString::number(d_->settings.udp_port);
+  return QString::number(d_->memory.settings().udp_port);
 }
 void VarkelManager::setUdpPort(const QString& text) {
-  d_->report.Guard([this, &text] {
-    d_->settings.udp_port = static_cast<std::uint16_t>(quarn::lidar::TextToInt(text.toStdString()));
-  });
+  d_->report.Guard([&] { d_->memory.settings().udp_port = UdpPortOf(text.toStdString()); });
 }
 QString VarkelManager::port() const {
-  return QString::fromStdString(d_->settings.port);
+  return QString::fromStdString(d_->memory.settings().port);
 }
 void VarkelManager::set_port(const QString& text) {
-  d_->settings.port = text.toStdString();
+  d_->memory.settings().port = text.toStdString();
 }
 QString VarkelManager::serial_port_485() const {
-  return QString::fromStdString(d_->settings.serial_port_485);
+  return QString::fromStdString(d_->memory.settings().serial_port_485);
 }
 void VarkelManager::set_serial_port_485(const QString& text) {
-  d_->settings.serial_port_485 = text.toStdString();
+  d_->memory.settings().serial_port_485 = text.toStdString();
 }
 QString VarkelManager::serial_port_232() const {
-  return QString::fromStdString(d_->settings.serial_port_232);
+  return QString::fromStdString(d_->memory.settings().serial_port_232);
 }
 void VarkelManager::set_serial_port_232(const QString& text) {
-  d_->settings.serial_port_232 = text.toStdString();
+  d_->memory.settings().serial_port_232 = text.toStdString();
 }
 QString VarkelManager::baud_rate() const {
-  return QString::number(d_->settings.baud_rate);
+  return QString::number(d_->memory.settings().baud_rate);
 }
 void VarkelManager::set_baud_rate(const QString& text) {
-  d_->settings.baud_rate = text.toInt();
+  d_->memory.settings().baud_rate = text.toInt();
 }
 
 // Model
 
+void VarkelManager::SetVMNowName(const QString& name) {
+  const std::string model = name.toStdString();
+  if (!d_->model_choice.MayBeHostModel(model)) return;
+  InitConfigFileParser(name);
+  d_->model_choice.set_host_model(model);
+  emit lidarModelListChanged();
+}
+
 QVariantList VarkelManager::LidarModelList() const {
-  return d_->vm_now_name.isEmpty() ? TextList(ListModels()) : QVariantList{d_->vm_now_name};
+  return TextList(d_->model_choice.Models());
 }
 
 void VarkelManager::InitConfigFileParser(const QString& model_name) {
@@ -345,47 +146,31 @@ void VarkelManager::InitConfigFileParser(const QString& model_name) {
   emit lidarShowModel();
   d_->console.Forget();
   emit editsChanged();
-  // Posted for later: at start-up the table is loaded before the window that shows this.
-  d_->events.PostLater([this, loaded] {
-    if (!loaded.fault.empty()) d_->report.Error(loaded.fault);
-    for (const std::string& error : loaded.errors) d_->report.Log(error, "ERROR");
-    for (const std::string& warning : loaded.warnings) d_->report.Log(warning, "WARNING");
-  });
-  d_->findings.Check(std::string(kTableFolder) + "/" + model + ".csv",
-                     [this, table = "The model table of " + model,
-                      is_loaded = loaded.fault.empty()](const std::string& text) {
-                       if (is_loaded) {
-                         d_->report.Log(table + " puts fields at wrong places: " + text, "WARNING");
-                       }
-                     });
+  d_->findings.Check(loaded);
 }
 
 QVariantList VarkelManager::level1List() const {
-  const auto catalogue = d_->models.catalogue();
-  return catalogue ? PageTitles(*catalogue) : QVariantList();
+  return Shown(d_->models.catalogue(), PageTitles);
 }
 QVariantList VarkelManager::level2List() const {
-  const auto catalogue = d_->models.catalogue();
-  return catalogue ? PageRows(*catalogue) : QVariantList();
+  return Shown(d_->models.catalogue(), PageRows);
 }
 QVariantList VarkelManager::logRepeaterModel() const {
-  const auto catalogue = d_->models.catalogue();
-  return catalogue ? DownloadableLogs(*catalogue) : QVariantList();
+  return Shown(d_->models.catalogue(), DownloadableLogs);
 }
 bool VarkelManager::CheckVarExistsInConfigFileByName(const QString& qs_var_info) {
-  const auto catalogue = d_->models.catalogue();
-  return catalogue && HasVariableNamed(*catalogue, qs_var_info.toStdString());
+  return Shown(d_->models.catalogue(), [name = qs_var_info.toStdString()](const ConfigParser& catalogue) {
+    return HasVariableNamed(catalogue, name);
+  });
 }
 QString VarkelManager::getLidarSN() {
-  const auto catalogue = d_->models.catalogue();
-  return catalogue ? QString::fromStdString(PageValue(*catalogue, "SN")) : QString();
+  return PageValueText(d_->models.catalogue(), "SN");
 }
 QString VarkelManager::getLidarPN() {
-  const auto catalogue = d_->models.catalogue();
-  return catalogue ? QString::fromStdString(PageValue(*catalogue, "PN")) : QString();
+  return PageValueText(d_->models.catalogue(), "PN");
 }
 QString VarkelManager::getVMNowName() {
-  return d_->vm_now_name;
+  return QString::fromStdString(d_->model_choice.host_model());
 }
 int VarkelManager::connectType() const {
   return d_->connect_type;
@@ -397,27 +182,16 @@ bool VarkelManager::ConnectLidar() {
   if (GetIsConnectingLidar()) return false;
   d_->sensor_return.Cancel();
   if (const auto model = d_->models.model()) model->values.SensorChanged();
-  d_->dialled = d_->settings.ip_address;
-  if (!d_->connector.Start(d_->connect_type, d_->settings)) return false;
-  const std::string fault = d_->settings_file.Save(d_->settings);
-  if (!fault.empty()) d_->report.Log(fault, "WARNING");
+  if (!d_->connector.Start(d_->connect_type, d_->memory.settings())) return false;
+  d_->memory.Dialled();
   return true;
 }
 
 bool VarkelManager::CheckLidarConnection() {
-  const auto session = d_->connection.session();
-  return session && session->Answers();
+  return d_->connection_check.SensorAnswers();
 }
-
 void VarkelManager::CheckConnectionInBackground() {
-  if (d_->checking.exchange(true)) return;
-  d_->workers.Start([this](const std::stop_token&) {
-    const bool alive = CheckLidarConnection();
-    d_->events.Post([this, alive] {
-      d_->checking = false;
-      emit connectionCheckFinished(alive);
-    });
-  });
+  d_->connection_check.Start();
 }
 
 void VarkelManager::Stop() {
@@ -433,12 +207,8 @@ void VarkelManager::Stop() {
     quarn::platform::TraceLine("stop error");
   }
   d_->small_sensor_info.Reset();
-  d_->save_check.GiveUp();
-  d_->edits.Forget();
-  if (const auto model = d_->models.model()) {
-    if (type != kSerialLines) model->values.SerialNumberUnknown();
-    type == kNetwork ? model->values.Disconnected() : model->values.SensorChanged();
-  }
+  d_->saving.Disconnected();
+  d_->input.Disconnected(type);
   d_->connect_type = ConnectTypeOf(d_->models.model_name());  // the next connection has the model's type
   emit isConnectedChanged();
   if (type == kNetwork) {
@@ -470,20 +240,13 @@ QString VarkelManager::decodedLogLines(const QString& sent, const QString& recei
 // Recording
 
 QString VarkelManager::StartRecording(const QUrl& fileUrl) {
-  const QString path = fileUrl.toLocalFile();
-  const std::string fault = d_->recorder.Start(path.toStdU16String());
-  if (fault.empty()) d_->report.Log("Recording to " + path.toStdString(), "INFO");
-  emit isRecordingChanged();
-  return QString::fromStdString(fault);
+  return d_->recording.Start(fileUrl.toLocalFile());
 }
 void VarkelManager::StopRecording() {
-  if (!d_->recorder.is_recording()) return;
-  d_->recorder.Stop();
-  d_->report.Log("Recording ended", "INFO");
-  emit isRecordingChanged();
+  d_->recording.Stop();
 }
 bool VarkelManager::isRecording() const {
-  return d_->recorder.is_recording();
+  return d_->recording.is_running();
 }
 
 void VarkelManager::StartGetConfigFile() {
@@ -494,19 +257,14 @@ void VarkelManager::StartGetConfigFile() {
 // Reading
 
 QVariantList VarkelManager::myMap() const {
-  const auto model = d_->models.model();
-  return model ? VariableMaps(*model) : QVariantList();
+  return Shown(d_->models.model(), VariableMaps);
 }
 
 QVariantMap VarkelManager::variableMap(int module, int group, int index) const {
-  const auto model = d_->models.model();
-  const VarInfo* var = model ? VariableAt(*model->catalogue, module, group, index) : nullptr;
-  return var != nullptr ? VariableMap(*model, *var) : QVariantMap();
+  return Shown(d_->models.model(), module, group, index, VariableMap);
 }
 QVariantList VarkelManager::variableDetails(int module, int group, int index) const {
-  const auto model = d_->models.model();
-  const VarInfo* var = model ? VariableAt(*model->catalogue, module, group, index) : nullptr;
-  return var != nullptr ? VariableDetails(*model, *var) : QVariantList();
+  return Shown(d_->models.model(), module, group, index, VariableDetails);
 }
 
 QVariantList VarkelManager::FovList() const {
@@ -531,9 +289,8 @@ bool VarkelManager::UpdateSingleVarInfo(const QString& qs_var_info, const QStrin
   return d_->reading.UpdateSingleVarInfo(qs_var_info.toStdString(), search_type.toStdString());
 }
 bool VarkelManager::isTimerUpdate(int i, int j, int k) {
-  const auto catalogue = d_->models.catalogue();
-  const VarInfo* var = catalogue ? VariableAt(*catalogue, i, j, k) : nullptr;
-  return var != nullptr && var->timer_update;
+  return Shown(d_->models.model(), i, j, k,
+               [](const Model&, const VarInfo& var) { return var.timer_update; });
 }
 void VarkelManager::UpdateUI() {
   emit myMapChanged();
@@ -562,118 +319,33 @@ void VarkelManager::setSuccessMsg(const QString& str) {
 // Writing
 
 void VarkelManager::SetText(int type, int level1, int level2, int level3, const QString& text) {
-  const auto model = d_->models.model();
-  if (!model) return;
-  VarInfo* const var = VariableAt(*model->catalogue, level1, level2, level3);
-  const auto edit = [&] { d_->editor.SetText(*model, type, level1, level2, level3, text.toStdString()); };
-  const auto do_edit = [&] {
-    if (var == nullptr || var->switch_var == nullptr) {
-      d_->edits.Do(model, {var}, edit);
-    } else {
-      d_->edits.Do(model, {var, var->switch_var}, edit);
-    }
-  };
-  d_->report.Guard(var == nullptr ? std::function<void()>(edit) : do_edit);
-  const QString fault = var != nullptr && type == ValueEditor::kValue && model->values.IsEdited(*var)
-                            ? TypingFault(*var, text.toStdString())
-                            : QString();
-  d_->page_models.ValuesChanged();
-  if (!fault.isEmpty()) d_->page_models.Refuse(*var, fault.toStdString());
-  emit editsChanged();
+  d_->input.SetText(type, level1, level2, level3, text.toStdString());
 }
-
-void VarkelManager::ClearSetMap() {
-  const auto model = d_->models.model();
-  const bool angles_went_back = model && model->values.Cancel();
-  d_->edits.Forget();
-  d_->page_models.ValuesChanged();
-  emit editsChanged();
-  if (angles_went_back) emit fovConfigChanged();
-}
-
-int VarkelManager::getSetMapSize() {
-  const auto model = d_->models.model();
-  return model ? static_cast<int>(model->values.pending_count()) : 0;
-}
-
-void VarkelManager::Run(int module) {
-  const auto save = d_->saving.Prepare(module);
-  if (!save) return;
-  d_->saving.Run(*save);
-  AnnounceSave();
-}
-
-void VarkelManager::RunInBackground(int module) {
-  const auto save = d_->saving.Prepare(module);
-  if (!save) {
-    emit pageWriteFinished(module);
-    return;
-  }
-  const auto saved = std::make_shared<SavedEdits>();
-  d_->background.Start([this, save, saved] { *saved = d_->saving.Run(*save); },
-                       [this, save, saved, module] {
-                         d_->save_check.Saved(save->model, module, std::move(*saved));
-                         AnnounceSave();
-                         emit pageWriteFinished(module);
-                       });
-}
-
-void VarkelManager::AnnounceSave() {
-  emit sendCommandHistoryChanged();
-  emit editsChanged();
-  emit myMapChanged();
-}
-
-void VarkelManager::CheckSave() {
-  const auto outcome = d_->save_check.AfterReading(d_->page_reads.is_reading());
-  if (!outcome) return;
-  emit sendLogMessage("Read back after the save: " + outcome->text,
-                      outcome->good ? QStringLiteral("INFO") : QStringLiteral("WARNING"));
-  emit saveReadBack(outcome->module, outcome->text, outcome->differs);
-}
-
-QObject* VarkelManager::edits() const {
-  return &d_->edits;
-}
-
-QStringList VarkelManager::unreadFields(int module) const {
-  const auto model = d_->models.model();
-  QStringList names;
-  if (!model) return names;
-  for (const std::string& name : UnreadFields(*model, module)) names.append(QString::fromStdString(name));
-  return names;
-}
-
 void VarkelManager::SetMultiFovConfig(int index, const QString& fov) {
-  const auto model = d_->models.model();
-  if (!model) return;
-  bool taken = true;
-  const auto edit = [&] { taken = d_->editor.SetFov(*model, index, fov.toStdString()); };
-  if (index >= 0 && static_cast<std::size_t>(index) < FovAngles().size()) {
-    d_->edits.Do(model, {static_cast<std::size_t>(index)}, edit);
-  } else {
-    edit();
-  }
-  if (taken) {
-    d_->page_models.ValuesChanged();
-    emit editsChanged();
-    return;
-  }
-  setErrorMsg(QStringLiteral("Input value of fov is invalid"));
-  emit fovConfigChanged();
+  d_->input.SetAngle(index, fov.toStdString());
 }
-
+void VarkelManager::ClearSetMap() {
+  d_->input.Cancel();
+}
+int VarkelManager::getSetMapSize() {
+  return Shown(d_->models.model(),
+               [](const Model& model) { return static_cast<int>(model.values.pending_count()); });
+}
+void VarkelManager::Run(int module) {
+  d_->saving.Save(module);
+}
+void VarkelManager::RunInBackground(int module) {
+  d_->saving.SaveInBackground(module);
+}
+QStringList VarkelManager::unreadFields(int module) const {
+  return Shown(d_->models.model(),
+               [module](const Model& model) { return TextList<QStringList>(UnreadFields(model, module)); });
+}
 bool VarkelManager::CheckVarIsWithinRange(const QString& qs_var_info, const QString& search_type) {
-  const auto model = d_->models.model();
-  if (!model) return true;
-  const std::string key = qs_var_info.toStdString();
-  const VarInfo* var = searchVarPtr(*model->catalogue, key, search_type.toStdString());
-  return d_->page_check.CheckVarIsWithinRange(*model, var, key);
+  return d_->page_check.CheckVarIsWithinRange(qs_var_info.toStdString(), search_type.toStdString());
 }
-
 bool VarkelManager::CheckModuleVarsWithinRange(int module) {
-  const auto model = d_->models.model();
-  return !model || d_->page_check.CheckModuleVarsWithinRange(*model, module);
+  return d_->page_check.CheckModuleVarsWithinRange(module);
 }
 
 QObject* VarkelManager::pageModel(int module) {
@@ -681,8 +353,7 @@ QObject* VarkelManager::pageModel(int module) {
 }
 
 QVariantList VarkelManager::installedVersions() const {
-  const auto model = d_->models.model();
-  return model ? InstalledVersions(*model) : QVariantList();
+  return Shown(d_->models.model(), InstalledVersions);
 }
 
 double VarkelManager::packageSize(const QUrl& fileUrl) const {
@@ -720,30 +391,24 @@ void VarkelManager::SendCommand(const QString& cmd_qs, const QString& payload_qs
   d_->console.Send(cmd_qs.toStdString(), payload_qs.toStdString());
 }
 void VarkelManager::SendCommandInBackground(const QString& cmd_qs, const QString& payload_qs) {
-  d_->background.Start([this, command = cmd_qs.toStdString(),
-                        payload = payload_qs.toStdString()] { d_->console.Send(command, payload); },
-                       [] {});
+  d_->background.Start([this, command = cmd_qs.toStdString(), payload = payload_qs.toStdString()] {
+    d_->console.Send(command, payload);
+  });
 }
 
 // Restart, reset, logs
 
 int VarkelManager::Restart() {
-  const auto session = d_->connection.session();
-  const auto catalogue = d_->models.catalogue();
-  return session && catalogue ? d_->Restart(session, *catalogue) : -1;
+  return d_->restart.Restart();
 }
-
 int VarkelManager::Reset() {
-  const auto session = d_->connection.session();
-  const auto catalogue = d_->models.catalogue();
-  return session && catalogue ? ResetSensor(*catalogue, *session, d_->report) : -1;
+  return d_->restart.Reset();
 }
-
 void VarkelManager::RestartInBackground() {
-  d_->background.Start([this] { Restart(); }, [] {});
+  d_->background.Start([this] { d_->restart.Restart(); });
 }
 void VarkelManager::ResetInBackground() {
-  d_->background.Start([this] { Reset(); }, [] {});
+  d_->background.Start([this] { d_->restart.Reset(); });
 }
 int VarkelManager::DownloadOperationLog(const QUrl& fileUrl) {
   return d_->downloads.StartOperationLog(d_->models.catalogue(), fileUrl.toLocalFile());
@@ -785,7 +450,7 @@ int VarkelManager::upgradeProgressTotalLen() const {
   return d_->upgrade.total();
 }
 
-// Small sensors
+// Objects that QML calls directly
 
 QObject* VarkelManager::history() const {
   return &d_->page_models.history();
@@ -793,8 +458,11 @@ QObject* VarkelManager::history() const {
 QObject* VarkelManager::search() const {
   return &d_->search;
 }
+QObject* VarkelManager::edits() const {
+  return &d_->edits;
+}
 QObject* VarkelManager::recentAddresses() const {
-  return &d_->recent_addresses;
+  return &d_->memory.recent_addresses();
 }
 QObject* VarkelManager::smallSensor() const {
   return &d_->small_sensor_functions;
@@ -808,6 +476,9 @@ QObject* VarkelManager::findings() const {
 QObject* VarkelManager::sensorReturn() const {
   return &d_->sensor_return;
 }
+
+// Small sensors
+
 QVariantList VarkelManager::ZeltoLidarInfo() const {
   return RowMaps(d_->small_sensor_info.Info());
 }

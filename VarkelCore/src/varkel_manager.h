@@ -359,8 +359,5 @@ class VarkelManager : public QObject {
  private:
   struct Parts;
 
-  void AnnounceSave();
-  void CheckSave();
-
   std::unique_ptr<Parts> d_;
 };

@@ -41,7 +41,7 @@ int ReportFirstFrame(QQuickWindow& window, std::int64_t started_us, const std::f
     if (shown_us == 0) shown_us = SharedClockUs();
     if (whole_us != 0 || !paints_whole) return;
     whole_us = SharedClockUs();
-    QTimer::singleShot(500, qGuiApp, [] { QGuiApplication::quit(); });
+    QTimer::singleShot(500, qGuiApp, SLOT(quit()));
   });
   const int result = QGuiApplication::exec();
   std::printf("first_frame_us\t%lld\nwhole_us\t%lld\nresident_kib\t%lld\n",

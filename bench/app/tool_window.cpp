@@ -58,7 +58,9 @@ void Print(const char* name, double value) {
 
 void Wait(int duration_ms) {
   QEventLoop loop;
-  QTimer::singleShot(duration_ms, &loop, &QEventLoop::quit);
+  QTimer end;
+  QObject::connect(&end, &QTimer::timeout, &loop, &QEventLoop::quit);
+  end.start(duration_ms);
   loop.exec();
 }
 
@@ -159,7 +161,7 @@ int MeasureLog(int seconds) {
   total.start();
   qint64 sent = 0;
   std::int64_t at_cap_kib = 0;
-  while (total.elapsed() < seconds * 1000) {
+  while (total.elapsed() < seconds * 1000LL) {
     for (const qint64 due = total.elapsed() * kLinesAMillisecond; sent < due; ++sent) {
       emit tool.manager->sendLogMessage(QStringLiteral("Line %1 of a flood of messages").arg(sent), "INFO");
     }
@@ -406,14 +408,14 @@ int main(int argc, char* argv[]) {
   varkel::bench::PrepareDisplay();
   QApplication application(argc, argv);
   const std::string what = argc > 1 ? argv[1] : "";
-  const char* const argument = argc > 2 ? argv[2] : "0";
-  if (what == "idle") return MeasureIdle(std::atoi(argument));
+  const std::int64_t argument = argc > 2 ? std::strtoll(argv[2], nullptr, 10) : 0;
+  if (what == "idle") return MeasureIdle(static_cast<int>(argument));
   if (what == "scroll") return MeasureScroll();
   if (what == "search") return MeasureSearch();
   if (what == "plot") return MeasurePlot();
-  if (what == "log") return MeasureLog(std::atoi(argument));
+  if (what == "log") return MeasureLog(static_cast<int>(argument));
   Tool tool;
   QQuickView& view = *tool.window->view();
   return varkel::bench::ReportFirstFrame(
-      view, std::atoll(argument), [&view] { return view.rootObject()->property("complete").toBool(); });
+      view, argument, [&view] { return view.rootObject()->property("complete").toBool(); });
 }

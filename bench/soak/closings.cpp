@@ -6,7 +6,6 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <algorithm>
-#include <future>
 #include <iostream>
 
 #include "bench/soak/figures.h"
@@ -14,7 +13,6 @@
 #include "simulator/src/simulated_sensor.h"
 #include "simulator/src/simulated_small_sensor.h"
 #include "tests/core/marvo_sample.h"
-#include "tests/core/small_sensor_fixture.h"
 #include "tests/support/qt_test.h"
 
 namespace {
@@ -24,7 +22,7 @@ using varkel::sim::SimulatedSensor;
 constexpr double kAllowedMs = 1000;
 // Waiting for a sensor takes at least four seconds; less only means a busy machine.
 constexpr double kGoneMs = 3000;
-constexpr int kPatienceMs = 120000;
+constexpr int kClosingPatienceMs = 120000;
 
 /// What is wrong with the files that a run left; empty if nothing is.
 QString TornFile(const QString& folder) {
@@ -37,7 +35,7 @@ QString TornFile(const QString& folder) {
       return "truncated settings";
     if (ending == "tar" && QProcess::execute("tar", {"-tf", path}) != 0) return "truncated archive";
     if (file.path().endsWith("/logs") && file.size() < 1000) return "truncated log";
-    const QStringList known = {"ini", "tar", "bin", "log", "qmlc", "jsc", ""};
+    const QStringList known = {"ini", "txt", "tar", "bin", "log", "qmlc", "jsc", ""};
     if (!known.contains(ending)) return "left over: " + path;
   }
   return {};
@@ -82,27 +80,6 @@ class ClosingsTest : public QObject {
     Print("process gone", gone_ms_);
   }
 
-  void WhenTheConnectionIsAboutToStand() {
-    varkel::test::RecordedReport report;
-    std::unique_ptr<varkel::LidarConnection> connection;
-    std::future<void> disconnect;
-    const auto start_refresh = [&] {
-      disconnect = std::async(std::launch::async, [&] {
-        connection->Interrupt();
-        connection->Drop();
-      });
-      disconnect.wait_for(std::chrono::milliseconds(200));  // it either succeeds now or waits for the rest
-    };
-    connection = std::make_unique<varkel::LidarConnection>(
-        report, varkel::LidarConnection::Events{.start_refresh = start_refresh, .connected = [] {}});
-    varkel::ConnectionSettings settings;
-    settings.ip_address = "127.0.0.1";
-    settings.port = std::to_string(network_.at("Quenta")->port());
-    connection->Init({}, settings);
-    disconnect.get();
-    QVERIFY(!connection->is_connected());
-  }
-
  private:
   template <typename List>
   auto Pick(const List& list) {
@@ -125,7 +102,7 @@ class ClosingsTest : public QObject {
   std::vector<double> left_ms_;  ///< from closing to the end of main, on an otherwise idle machine
   std::vector<double> gone_ms_;  ///< from closing to the end of the process
 };
-const RegisterTest<ClosingsTest> registration;
+const RegisterTest<ClosingsTest> register_closings_test;
 
 void ClosingsTest::CloseOne(int number) {
   const QStringList operation = PickOperation();
@@ -166,7 +143,8 @@ void ClosingsTest::CloseOne(int number) {
     if (!std::exchange(misbehaves, output.contains("begun\n")) && misbehaves) misbehave(rule);
   });
   tool.start(QCoreApplication::applicationDirPath() + "/closing_driver", arguments);
-  const bool ended = QTest::qWaitFor([&] { return tool.state() == QProcess::NotRunning; }, kPatienceMs);
+  const bool ended =
+      QTest::qWaitFor([&] { return tool.state() == QProcess::NotRunning; }, kClosingPatienceMs);
   QElapsedTimer clock;
   clock.start();
   const auto now = static_cast<double>(clock.msecsSinceReference());

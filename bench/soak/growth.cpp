@@ -104,7 +104,7 @@ class GrowthTest : public QObject {
     });
   }
 };
-const RegisterTest<GrowthTest> registration;
+const RegisterTest<GrowthTest> register_growth_test;
 
 }  // namespace
 

@@ -1,7 +1,11 @@
+#include "VarkelCore/src/session/connection_check.h"
+#include "VarkelCore/src/session/session_disconnect.h"
 #include "tests/core/core_test.h"
 #include "tests/support/wine.h"
 
 namespace {
+
+using namespace varkel;
 
 class ConnectionTest : public QObject {
   Q_OBJECT
@@ -78,6 +82,53 @@ class ConnectionTest : public QObject {
     QTRY_COMPARE(fixture.log.size(), 3);
     QCOMPARE(fixture.log[1], "BYTES SEND: 47 74 0c 00 00 00 00 00 ");
     QVERIFY2(fixture.log[2].startsWith("BYTES RECV: "), qPrintable(fixture.log[2]));
+  }
+
+  void OneBackgroundCheckAtATime() {
+    const SensorConnection connection;
+    EventQueue events;
+    WorkerThreads workers;
+    int finished = 0;
+    ConnectionCheck check(connection, workers, events, [&finished](bool answers) {
+      QVERIFY(!answers);
+      ++finished;
+    });
+    for (int i = 0; i < 3; ++i) check.Start();
+    QVERIFY(ControllerFixture::Wait([&finished] { return finished > 0; }));
+    for (int i = 0; i < 3; ++i) check.Start();
+    workers.StopAndJoin();
+    ControllerFixture::Wait([] { return true; });  // runs what the checks have posted
+    QCOMPARE(finished, 2);
+  }
+
+  void LeavingASessionKeepsTheNextOne() {
+    EventQueue events;
+    const Activity activity{{[] {}, [] {}}};
+    SensorConnection connection;
+    const auto connect = [&](const std::function<void()>& meanwhile = [] {}) {
+      auto session = std::make_shared<SensorSession>(
+          SensorSession::Lines{}, nullptr, activity,
+          SensorSession::Periodic{std::chrono::hours(1), [](SensorSession&, const std::stop_token&) {}});
+      const auto make = [&](const std::stop_token&) {
+        meanwhile();
+        return SessionResult(session);
+      };
+      connection.Connect({}, make, {[] {}, [](const ConnectFailure&) {}});
+      return session;
+    };
+    QStringList calls;
+    const SessionDisconnect disconnect(connection, events, [&] {
+      calls.append("disconnect");
+      connection.End();
+    });
+    const auto earlier = connect();
+    const auto present = connect();
+    for (const auto& session : {earlier, present, present}) {
+      disconnect.Leave(session, [&calls] { calls.append("after"); });
+      QCOMPARE(calls, session == earlier ? QStringList() : (QStringList{"disconnect", "after"}));
+    }
+    connect([&connection] { connection.End(); });
+    QVERIFY2(connection.session() == nullptr, "a session that the user has left while it was being made");
   }
 
   void SmallSensorInsideKtc() {

@@ -3,6 +3,7 @@
 
 #include <QCoreApplication>
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <filesystem>
 #include <fstream>
@@ -65,10 +66,9 @@ std::size_t ThreadsNamed(const std::string& name) {
   std::size_t count = 0;
   std::error_code gone;
   for (const auto& task : std::filesystem::directory_iterator("/proc/self/task", gone)) {
+    std::ifstream comm(task.path() / "comm");
     std::string line;
-    if (std::ifstream comm(task.path() / "comm");
-        std::getline(comm, line) && line == name && !IsExiting(task.path()))
-      ++count;
+    if (std::getline(comm, line) && line == name && !IsExiting(task.path())) ++count;
   }
   return count;
 }
@@ -122,8 +122,11 @@ TEST(Faults, EveryOperationEndsOnceAndTheNextConnectionWorks) {
   for (const Operation& operation : operations) {
     cases.push_back({&operation});
     for (const auto& [command, number] : operation.points) {
-      for (const Kind& kind : kKinds)
-        cases.push_back({&operation, command + "=" + kind.rule + number, &kind});
+      for (const Kind& kind : kKinds) {
+        std::string rule = command;
+        rule.append("=").append(kind.rule).append(number);
+        cases.push_back({&operation, std::move(rule), &kind});
+      }
     }
   }
   // In parallel, because they mostly wait.
@@ -137,9 +140,9 @@ TEST(Faults, EveryOperationEndsOnceAndTheNextConnectionWorks) {
       EXPECT_EQ(ThreadsNamed(name), 1U) << "a thread outlives the controller";
     }
   };
-  std::vector<std::jthread> threads;
-  for (int i = 0; i < 48; ++i) threads.emplace_back(work);
-  threads.clear();
+  std::array<std::jthread, 48> threads;
+  for (std::jthread& thread : threads) thread = std::jthread(work);
+  for (std::jthread& thread : threads) thread.join();
   std::cerr << cases.size() << " cases\n";
 }
 

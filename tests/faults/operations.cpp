@@ -9,28 +9,16 @@ namespace varkel::test {
 namespace {
 
 using Fixture = FaultFixture;
-using Start = std::function<void(Fixture&)>;
-
 const std::vector<std::uint8_t> kFirmware(2500, 0x5A);  // three pieces
 const char kTunnelled[] = "0x0002244C";                 // the beginning of every serial command inside KTC
 
-Start Save(int page, const char* var_name, const char* text) {
-  return [=](auto& fixture) {
-    fixture.Edit(var_name, text);
-    fixture.manager->RunInBackground(page);
-  };
+void Save(Fixture& fixture, int page, const char* var_name, const char* text) {
+  fixture.Edit(var_name, text);
+  fixture.manager->RunInBackground(page);
 }
 
-Start Console(const char* code, const char* payload) {
-  return [=](auto& fixture) { fixture.manager->SendCommandInBackground(code, payload); };
-}
-
-/// A function of the small sensor.
-template <typename Function, typename... Arguments>
-Start Call(Function function, Arguments... arguments) {
-  return [=](auto& fixture) {
-    (qobject_cast<BackgroundFunctions*>(fixture.manager->smallSensor())->*function)(arguments...);
-  };
+BackgroundFunctions& Functions(const Fixture& fixture) {
+  return *qobject_cast<BackgroundFunctions*>(fixture.manager->smallSensor());
 }
 
 void UpgradeSmallSensor(Fixture& fixture) {
@@ -87,50 +75,100 @@ QUrl FaultFixture::File(const QString& name, const std::vector<std::uint8_t>& co
 }
 
 std::vector<Operation> Operations() {
-  const auto connect = [](auto& fixture) { fixture.manager->ConnectLidar(); };
-  const auto download = [](auto& fixture) {
-    fixture.manager->DownloadLog(fixture.File(""), QStringLiteral("Fault Log"));
-  };
-  const auto upgrade = [](auto& fixture) {
-    fixture.manager->UpgradeLidar(fixture.File("package", kFirmware), 6, 1, 0);
-  };
-  const auto box_upgrade = [](auto& fixture) {
-    fixture.manager->ZeltoSetUpgradeMode(2);
-    UpgradeSmallSensor(fixture);
-  };
-  const auto marvo_upgrade = [](auto& fixture) {
-    fixture.manager->MarvoUpgradeLidar(fixture.File("package", FullMarvoPackage()));
-  };
+  const auto connect = [](Fixture& fixture) { fixture.manager->ConnectLidar(); };
   return {
-      {"connect", "Quenta", connect, {{"*", ""}, {"0x07", ""}}, 1, false, true},
-      {"page", "Quenta", [](auto& fixture) { fixture.manager->ReadPageInBackground(2); }, {{"*", ""}}, 0},
-      {"save", "Quenta", Save(4, "Sync Angle", "77"), {{"*", "#1"}, {"0x45", ""}}, 2},
-      {"save address", "Quenta", Save(2, "Destination Port", "3000"), {{"0x21", ""}}, 2},
-      {"console", "Quenta", Console("0x07", ""), {{"*", ""}}, 1, true},
-      {"restart",
-       "Quenta",
-       [](auto& fixture) { fixture.manager->RestartInBackground(); },
-       {{"*", ""}},
-       1,
-       true,
-       false,
-       true},
-      {"reset", "Quenta", [](auto& fixture) { fixture.manager->ResetInBackground(); }, {{"*", ""}}, 1, true},
-      {"download", "Quenta", download, {{"*", ""}}, 1, true},
-      {"upgrade", "Quenta", upgrade, {{"*", "#1"}, {"*", "#3"}}, 1, true},
-      {"connect", "Marvo-KTC", connect, {{"*", "#1"}}, 1, false, true},
-      {"console", "Zelto-KTC", Console("02", "08"), {{"ldcmd-get:8", ""}}},
-      {"safety",
-       "Marvo-KTC",
-       Call(&BackgroundFunctions::readSafety),
-       {{"ldcmd-get:8", ""}, {kTunnelled, ""}},
-       1,
-       true},
-      {"standby", "Zelto-KTC", Call(&BackgroundFunctions::setStandby, 1), {{"ldcmd-set:11", ""}}, 1, true},
-      {"upgrade", "Zelto-KTC", UpgradeSmallSensor, {{"ota:1", ""}, {"ota:2", "#2"}, {kTunnelled, ""}}},
-      {"box upgrade", "Marvo-KTC", box_upgrade, {{"0x83", "#1"}, {"0x83", "#3"}}, 1, true, false, true},
-      {"marvo upgrade", "Marvo-KTC", marvo_upgrade, {{"ldcmd-set:12", ""}, {"ota:18", "#2"}, {"ota:19", ""}}},
-      {"upgrade", "Zelto", UpgradeSmallSensor, {{"ota:1", ""}, {"ota:2", "#2"}, {"ota:3", ""}}},
+      {.name = "connect",
+       .model = "Quenta",
+       .start = connect,
+       .points = {{"*", ""}, {"0x07", ""}},
+       .connects = true},
+      {.name = "page",
+       .model = "Quenta",
+       .start = [](Fixture& fixture) { fixture.manager->ReadPageInBackground(2); },
+       .points = {{"*", ""}},
+       .errors = 0},
+      {.name = "save",
+       .model = "Quenta",
+       .start = [](Fixture& fixture) { Save(fixture, 4, "Sync Angle", "77"); },
+       .points = {{"*", "#1"}, {"0x45", ""}},
+       .errors = 2},
+      {.name = "save address",
+       .model = "Quenta",
+       .start = [](Fixture& fixture) { Save(fixture, 2, "Destination Port", "3000"); },
+       .points = {{"0x21", ""}},
+       .errors = 2},
+      {.name = "console",
+       .model = "Quenta",
+       .start = [](Fixture& fixture) { fixture.manager->SendCommandInBackground("0x07", ""); },
+       .points = {{"*", ""}},
+       .is_single = true},
+      {.name = "restart",
+       .model = "Quenta",
+       .start = [](Fixture& fixture) { fixture.manager->RestartInBackground(); },
+       .points = {{"*", ""}},
+       .is_single = true,
+       .restarts = true},
+      {.name = "reset",
+       .model = "Quenta",
+       .start = [](Fixture& fixture) { fixture.manager->ResetInBackground(); },
+       .points = {{"*", ""}},
+       .is_single = true},
+      {.name = "download",
+       .model = "Quenta",
+       .start =
+           [](Fixture& fixture) {
+             fixture.manager->DownloadLog(fixture.File(""), QStringLiteral("Fault Log"));
+           },
+       .points = {{"*", ""}},
+       .is_single = true},
+      {.name = "upgrade",
+       .model = "Quenta",
+       .start =
+           [](Fixture& fixture) {
+             fixture.manager->UpgradeLidar(fixture.File("package", kFirmware), 6, 1, 0);
+           },
+       .points = {{"*", "#1"}, {"*", "#3"}},
+       .is_single = true},
+      {.name = "connect", .model = "Marvo-KTC", .start = connect, .connects = true},
+      {.name = "console",
+       .model = "Zelto-KTC",
+       .start = [](Fixture& fixture) { fixture.manager->SendCommandInBackground("02", "08"); },
+       .points = {{"ldcmd-get:8", ""}}},
+      {.name = "safety",
+       .model = "Marvo-KTC",
+       .start = [](Fixture& fixture) { Functions(fixture).readSafety(); },
+       .points = {{"ldcmd-get:8", ""}, {kTunnelled, ""}},
+       .is_single = true},
+      {.name = "standby",
+       .model = "Zelto-KTC",
+       .start = [](Fixture& fixture) { Functions(fixture).setStandby(1); },
+       .points = {{"ldcmd-set:11", ""}},
+       .is_single = true},
+      {.name = "upgrade",
+       .model = "Zelto-KTC",
+       .start = UpgradeSmallSensor,
+       .points = {{"ota:1", ""}, {"ota:2", "#2"}, {kTunnelled, ""}}},
+      {.name = "box upgrade",
+       .model = "Marvo-KTC",
+       .start =
+           [](Fixture& fixture) {
+             fixture.manager->ZeltoSetUpgradeMode(2);
+             UpgradeSmallSensor(fixture);
+           },
+       .points = {{"0x83", "#1"}, {"0x83", "#3"}},
+       .is_single = true,
+       .restarts = true},
+      {.name = "marvo upgrade",
+       .model = "Marvo-KTC",
+       .start =
+           [](Fixture& fixture) {
+             fixture.manager->MarvoUpgradeLidar(fixture.File("package", FullMarvoPackage()));
+           },
+       .points = {{"ldcmd-set:12", ""}, {"ota:18", "#2"}, {"ota:19", ""}}},
+      {.name = "upgrade",
+       .model = "Zelto",
+       .start = UpgradeSmallSensor,
+       .points = {{"ota:1", ""}, {"ota:2", "#2"}, {"ota:3", ""}}},
   };
 }
 

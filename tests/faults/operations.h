@@ -2,8 +2,8 @@
 
 #include <QTemporaryDir>
 #include <QUrl>
-#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/core/controller_fixture.h"
@@ -35,7 +35,7 @@ class FaultFixture : public ControllerFixture {
 struct Operation {
   const char* name;
   const char* model;
-  std::function<void(FaultFixture&)> start;
+  void (*start)(FaultFixture&);
   /// Where the fault occurs, as COMMAND of a fault rule and its "#N".
   std::vector<std::pair<std::string, std::string>> points = {{"*", "#1"}};
   /// Number of error notices on failure; 0 if it fails without one.

@@ -12,15 +12,16 @@ class PageModelTest : public testing::Test {
  protected:
   PageModelTest() {
     QObject::connect(&rows, &QAbstractItemModel::dataChanged, [this](const auto& first, const auto& last) {
-      for (int row = first.row(); row <= last.row(); ++row)
+      for (int row = first.row(); row <= last.row(); ++row) {
         changed.append(rows.index(row).data(PageModel::kLabel).toString());
+      }
     });
   }
   VarInfo& Var(const char* name) { return *model->catalogue->FindByName(name); }
   QVariant Data(const char* label, const char* role) {
     for (int row = 0; row < rows.rowCount(); ++row) {
-      if (rows.index(row).data(PageModel::kLabel) == label)
-        return rows.index(row).data(rows.roleNames().key(role));
+      const QModelIndex index = rows.index(row);
+      if (index.data(PageModel::kLabel) == label) return index.data(rows.roleNames().key(role));
     }
     return {};
   }
@@ -30,15 +31,14 @@ class PageModelTest : public testing::Test {
   }
 
   const std::shared_ptr<Model> model = test::ModelOf(
-      {"Index=1;Get=0x01;Set=0x02;VarName=Last;VarType=uint8;DefaultValue=7;VarLen=1;Options=1~9;Unit=mm;"
-       "Permission=1;TimerUpdate=1;FunctionModule=1_1_5_1",
-       "Index=2;Get=0x01;Set=0x02;VarName=Filter "
-       "on;VarType=uint8;DefaultValue=1;VarLen=1;FunctionModule=1_1_2_2_2",
-       "Index=3;Get=0x01;Set=0x02;VarName=Filter;VarType=uint8;DefaultValue=3;VarLen=1;FunctionModule=1_1_2_"
-       "2",
-       "Index=4;Get=0x23;Set=0x22;VarName=Channel;VarType=uint8;DefaultValue=0;VarLen=1;Options=0|1;"
-       "OptionDescription=0_Off;FunctionModule=1_1_3_5",
-       "Index=5;Get=0x01;VarName=First;VarType=uint8;DefaultValue=0;VarLen=1;FunctionModule=1_1_1_0",
+      {test::ByteRow(
+           "Index=1;Set=0x02;VarName=Last;DefaultValue=7;Options=1~9;Unit=mm;Permission=1;TimerUpdate=1;"
+           "FunctionModule=1_1_5_1"),
+       test::ByteRow("Index=2;Set=0x02;VarName=Filter on;DefaultValue=1;FunctionModule=1_1_2_2_2"),
+       test::ByteRow("Index=3;Set=0x02;VarName=Filter;DefaultValue=3;FunctionModule=1_1_2_2"),
+       test::ByteRow("Index=4;Get=0x23;Set=0x22;VarName=Channel;Options=0|1;OptionDescription=0_Off;"
+                     "FunctionModule=1_1_3_5"),
+       test::ByteRow("Index=5;VarName=First;FunctionModule=1_1_1_0"),
        "Index=6;Get=0x03;VarName=Event Log;VarType=raw;FunctionModule=1_1_1_6",
        "Index=7;Get=0x03;VarName=Operation Log;VarType=raw;FunctionModule=1_1_1_6",
        "Index=8;Set=0x04;VarName=Set only Log;VarType=raw;FunctionModule=1_1_1_6"});

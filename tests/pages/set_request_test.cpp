@@ -19,9 +19,14 @@ TEST(SetRequest, UneditedFieldsKeepTheirBytes) {
       "Index=0;Get=0x01;Set=0x02;SetIndex=0;VarName=Edited;VarType=uint16;VarLen=2;DefaultValue=0"};
   for (const char* coefficient : {"0.1", "0.05", "0.2"}) {
     const std::string index = std::to_string(rows.size());
-    rows.push_back("Index=" + index + ";Get=0x01;Set=0x02;SetIndex=" + index + ";VarName=" + coefficient +
-                   ";VarType=uint16;VarLen=2;DefaultValue=0;Coefficient=" + coefficient +
-                   ";SetCoefficient=" + coefficient);
+    std::string& row = rows.emplace_back("Get=0x01;Set=0x02;VarType=uint16;VarLen=2;DefaultValue=0");
+    row.append(";Index=")
+        .append(index)
+        .append(";SetIndex=")
+        .append(index)
+        .append(";VarName=")
+        .append(coefficient);
+    row.append(";Coefficient=").append(coefficient).append(";SetCoefficient=").append(coefficient);
   }
   const auto model = test::ModelOf(rows);
   const ConfigParser& catalogue = *model->catalogue;

@@ -5,14 +5,15 @@ namespace varkel {
 namespace {
 
 std::shared_ptr<Model> SpeedModel() {
+  const std::string word = ";VarType=uint16;VarLen=2";
+  const std::string byte = ";VarType=uint8;VarLen=1";
   return test::ModelOf(
-      {"Index=1;Get=0x07;VarName=Motor Speed;VarType=uint16;DefaultValue=600;VarLen=2;Unit=rpm;"
-       "FunctionModule=1_1_3_1",
-       "Index=2;Get=0x07;Set=0x17;VarName=Target Speed;VarType=uint16;DefaultValue=1200;VarLen=2;"
-       "FunctionModule=1_1_1_1",
-       "Index=3;Get=0x08;VarName=Mode;VarType=uint8;DefaultValue=1;VarLen=1;Options=0|1;"
-       "OptionDescription=0_Slow|1_Top Speed;FunctionModule=1_1_2_3",
-       "Index=4;Get=0x09;VarName=Speed;VarType=uint8;DefaultValue=0;VarLen=1;FunctionModule=1_1_5_0",
+      {"Index=1;Get=0x07;VarName=Motor Speed;DefaultValue=600;Unit=rpm;FunctionModule=1_1_3_1" + word,
+       "Index=2;Get=0x07;Set=0x17;VarName=Target Speed;DefaultValue=1200;FunctionModule=1_1_1_1" + word,
+       "Index=3;Get=0x08;VarName=Mode;DefaultValue=1;Options=0|1;OptionDescription=0_Slow|1_Top Speed;"
+       "FunctionModule=1_1_2_3" +
+           byte,
+       "Index=4;Get=0x09;VarName=Speed;DefaultValue=0;FunctionModule=1_1_5_0" + byte,
        "Index=5;Get=0x09;VarName=Speed Log;VarType=raw;FunctionModule=1_1_1_6"});
 }
 

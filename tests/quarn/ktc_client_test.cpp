@@ -165,11 +165,14 @@ TEST(KtcClient, ConnectsOnceTheAddressIsKnown) {
 
 TEST(KtcClient, GivesUpAfterItsTimeOut) {
   const test::SilentAddress silent;
-  for (const auto& [ip, reason] :
-       {std::pair("", "4 ktc connect : get lidar ip timeout"), {"127.0.0.1", "4 ktc connect exit 2"}}) {
+  const struct {
+    const char* ip;
+    const char* reason;
+  } kCases[] = {{"", "4 ktc connect : get lidar ip timeout"}, {"127.0.0.1", "4 ktc connect exit 2"}};
+  for (const auto& one : kCases) {
     const test::LogLines log;
-    const auto client = MakeClient(silent.port(), 1, 2000, 0, ip);
-    EXPECT_TRUE(test::Eventually([&] { return log.Has(reason); })) << reason;
+    const auto client = MakeClient(silent.port(), 1, 2000, 0, one.ip);
+    EXPECT_TRUE(test::Eventually([&] { return log.Has(one.reason); })) << one.reason;
     EXPECT_FALSE(client->IsOpen());
   }
 }

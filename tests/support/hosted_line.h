@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "libquarn/Platform/src/socket.h"
+#include "libquarn/Platform/src/text_number.h"
 #include "tests/support/line_blocks.h"
 
 namespace quarn::test {
@@ -23,9 +24,9 @@ class HostedLine {
     const char* port = std::getenv("VARKEL_LINE_HOST");
     platform::StartUpSockets();
     socket_ = platform::CreateTcpSocket();
-    const bool connected =
-        port != nullptr &&
-        platform::ConnectSocket(socket_, "127.0.0.1", static_cast<std::uint16_t>(std::atoi(port))) == 0;
+    const auto number =
+        port != nullptr ? static_cast<std::uint16_t>(lidar::TextToInt(port)) : std::uint16_t{0};
+    const bool connected = number != 0 && platform::ConnectSocket(socket_, "127.0.0.1", number) == 0;
     const auto name = connected ? ReceiveBlock(socket_) : std::nullopt;
     if (!name || name->empty()) throw std::runtime_error("No line_host on the port of VARKEL_LINE_HOST");
     name_.assign(name->begin(), name->end());

@@ -64,8 +64,8 @@ class SilentSensorTest : public QObject {
   }
   static QUrl Package(const WindowDriver& driver) {
     QFile file(driver.folder.filePath("package"));
-    if (!file.open(QIODevice::WriteOnly) || file.write(QByteArray(100000, 'x')) != 100000)
-      qFatal("no package");
+    const bool written = file.open(QIODevice::WriteOnly) && file.write(QByteArray(100000, 'x')) == 100000;
+    if (!written) qFatal("no package");
     return Url(driver, "package");
   }
 };

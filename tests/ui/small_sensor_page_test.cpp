@@ -37,8 +37,8 @@ class SmallSensorPageDriver : public WindowDriver {
     Choose(control, Property(control, "model").toStringList().indexOf(value));
   }
   void Wait() const {
-    if (!QTest::qWaitFor([this] { return !manager->isWorking(); }, kPatienceMs))
-      qFatal("a call takes too long");
+    const bool ended = QTest::qWaitFor([this] { return !manager->isWorking(); }, kPatienceMs);
+    if (!ended) qFatal("a call takes too long");
   }
   SmallSensorDevice& device;
 };

@@ -80,7 +80,8 @@ class ThemeTest : public QObject {
           ++controls;
           const QByteArray what = control->metaObject()->className() + (" " + control->objectName()).toUtf8();
           QAccessibleInterface* const face = QAccessible::queryAccessibleInterface(control);
-          QVERIFY2(face != nullptr && face->role() != QAccessible::NoRole, what);
+          if (face == nullptr) QFAIL(what);
+          QVERIFY2(face->role() != QAccessible::NoRole, what);
           QVERIFY2(!face->text(QAccessible::Name).isEmpty(), what);
         });
       }

@@ -34,14 +34,13 @@ class ValueStoreTest : public testing::Test {
 
   int reports = 0;
   const std::shared_ptr<Model> model = test::ModelOf(
-      {"Index=1;Get=0x01;Set=0x02;VarName=Rate;VarType=uint8;DefaultValue=7;Coefficient=0.1;SetCoefficient="
-       "0.1;VarLen=1;FunctionModule=1_1_1_1",
-       "Index=2;Get=0x01;Set=0x02;VarName=Scaled;VarType=uint8;DefaultValue=1;Coefficient=0.5;"
-       "SetCoefficient=1;VarLen=1;FunctionModule=1_1_2_1",
+      {test::ByteRow("Index=1;Set=0x02;VarName=Rate;DefaultValue=7;Coefficient=0.1;SetCoefficient=0.1;"
+                     "FunctionModule=1_1_1_1"),
+       test::ByteRow("Index=2;Set=0x02;VarName=Scaled;DefaultValue=1;Coefficient=0.5;SetCoefficient=1;"
+                     "FunctionModule=1_1_2_1"),
        "Index=3;Get=0x01;VarName=SN;VarType=string;DefaultValue=none;VarLen=4;FunctionModule=1_1_3_0",
-       "Index=4;Get=0x23;Set=0x22;VarName=Channel;VarType=uint8;DefaultValue=0;VarLen=1;"
-       "FunctionModule=1_1_4_5",
-       "Index=5;Get=0x01;VarName=Stray;VarType=uint8;DefaultValue=3;VarLen=1;FunctionModule=1_1_5_1"},
+       test::ByteRow("Index=4;Get=0x23;Set=0x22;VarName=Channel;FunctionModule=1_1_4_5"),
+       test::ByteRow("Index=5;VarName=Stray;DefaultValue=3;FunctionModule=1_1_5_1")},
       [this] { ++reports; });
   ValueStore& values = model->values;
 };

@@ -1,7 +1,6 @@
 #include "VarkelCore/src/pages/page_check.h"
 
-#include <QString>
-
+#include "VarkelCore/src/catalogue/variable_search.h"
 #include "VarkelCore/src/tasks/diagnostics.h"
 
 namespace varkel {
@@ -35,27 +34,32 @@ void WriteConversionFault(const char* operation, const RangeVerdict& verdict) {
 
 }  // namespace
 
-bool PageCheck::CheckVarIsWithinRange(const Model& model, const VarInfo* var, const std::string& key) const {
+bool PageCheck::CheckVarIsWithinRange(const std::string& key, const std::string& search_type) const {
+  const auto model = targets_.models.model();
+  if (!model) return true;
+  const VarInfo* const var = searchVarPtr(*model->catalogue, key, search_type);
   if (var == nullptr) {
     DebugLine(kSingleCheck,
               " Can't find this var info for range check. var_info =", QString::fromStdString(key));
     return true;
   }
-  const RangeVerdict verdict = JudgeValue(*model.catalogue, *var);
+  const RangeVerdict verdict = JudgeValue(*model->catalogue, *var);
   if (verdict.fault == RangeFault::kNotANumber) WriteConversionFault(kSingleCheck, verdict);
   return verdict.passes();
 }
 
-bool PageCheck::CheckModuleVarsWithinRange(const Model& model, int module) const {
-  const auto& modules = model.catalogue->module_vars();
+bool PageCheck::CheckModuleVarsWithinRange(int module) const {
+  const auto model = targets_.models.model();
+  if (!model) return true;
+  const auto& modules = model->catalogue->module_vars();
   if (module < 0 || static_cast<std::size_t>(module) >= modules.size()) return true;
   bool all_pass = true;
   for (const auto& group : modules[static_cast<std::size_t>(module)]) {
     for (const VarInfo* var : group) {
-      const RangeVerdict verdict = JudgePageValue(*model.catalogue, *var);
+      const RangeVerdict verdict = JudgePageValue(*model->catalogue, *var);
       if (verdict.passes()) continue;
       all_pass = false;
-      Report(model, *var, verdict);
+      Report(*model, *var, verdict);
     }
   }
   return all_pass;
@@ -63,8 +67,9 @@ bool PageCheck::CheckModuleVarsWithinRange(const Model& model, int module) const
 
 void PageCheck::Report(const Model& model, const VarInfo& var, const RangeVerdict& verdict) const {
   targets_.report.Log("Detected that the user set " + var.var_name + " " + Words(verdict.fault), "WARNING");
-  targets_.refused(var, Words(verdict.fault));
   const QString name = QString::fromStdString(var.var_name);
+  targets_.refused(name);
+  targets_.page_models.Refuse(var, Words(verdict.fault));
   if (verdict.fault == RangeFault::kNotANumber) {
     WriteConversionFault(kPageCheck, verdict);
   } else if (verdict.fault == RangeFault::kOutOfRange) {

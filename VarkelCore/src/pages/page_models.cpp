@@ -4,6 +4,11 @@
 
 namespace varkel {
 
+PageModels::PageModels(QObject& owner, ModelSelection& models, EventQueue& events)
+    : owner_(owner), models_(models), events_(events) {
+  models.Listen([this] { ValuesChanged(); });
+}
+
 PageModel* PageModels::Get(int module) {
   const auto model = models_.model();
   if (!model || module < 0 || !std::cmp_less(module, model->catalogue->module_vars().size())) return nullptr;

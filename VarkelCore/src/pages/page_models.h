@@ -16,10 +16,9 @@ namespace varkel {
 /// thread, except ValuesChanged and Refuse.
 class PageModels {
  public:
-  /// `owner` becomes the parent of every page model, which keeps QML from deleting them. All arguments
-  /// outlive this object.
-  PageModels(QObject& owner, const ModelSelection& models, EventQueue& events)
-      : owner_(owner), models_(models), events_(events) {}
+  /// `owner` becomes the parent of every page model, which keeps QML from deleting them. Listens to the
+  /// values of `models`. All arguments outlive this object.
+  PageModels(QObject& owner, ModelSelection& models, EventQueue& events);
 
   /// The page's rows; null if there is no such page.
   PageModel* Get(int module);

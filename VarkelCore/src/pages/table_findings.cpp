@@ -8,19 +8,30 @@
 
 namespace varkel {
 
-void TableFindings::Check(const std::string& path, Warn warn) {
+void TableFindings::Check(const LoadReport& loaded) {
+  ReportLater(loaded);
   Show({});
   // The working directory may have changed by the time the worker runs.
-  const QString file = QFileInfo(QString::fromStdString(path)).absoluteFilePath();
-  workers_.Start([this, file, warn = std::move(warn), check = ++checks_](const std::stop_token&) {
+  const QString file = QFileInfo(QString::fromStdString(loaded.path)).absoluteFilePath();
+  workers_.Start([this, loaded, file, check = ++checks_](const std::stop_token&) {
     const Found found = Lint(file);
-    events_.Post([this, found, warn, check] {
+    events_.Post([this, loaded, found, check] {
       if (check != checks_) return;
       Show(found);
+      if (!loaded.fault.empty()) return;  // no field is ever sent
       for (const std::string& text : found.misplaced) {
-        if (warn) warn(text);
+        report_.Log(loaded.table + " puts fields at wrong places: " + text, "WARNING");
       }
     });
+  });
+}
+
+/// At start-up the table is loaded before the window that shows the reports.
+void TableFindings::ReportLater(const LoadReport& loaded) {
+  events_.PostLater([this, loaded] {
+    if (!loaded.fault.empty()) report_.Error(loaded.fault);
+    for (const std::string& error : loaded.errors) report_.Log(error, "ERROR");
+    for (const std::string& warning : loaded.warnings) report_.Log(warning, "WARNING");
   });
 }
 

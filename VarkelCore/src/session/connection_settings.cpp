@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "VarkelCore/src/tasks/atomic_file.h"
+#include "libquarn/Platform/src/text_number.h"
 
 namespace varkel {
 
@@ -86,6 +87,10 @@ QString WriteDraft(const ConnectionSettings& settings, const QString& path) {
 }
 
 }  // namespace
+
+std::uint16_t UdpPortOf(const std::string& text) {
+  return static_cast<std::uint16_t>(quarn::lidar::TextToInt(text));
+}
 
 SettingsFile::SettingsFile()
     : SettingsFile(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +

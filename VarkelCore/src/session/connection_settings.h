@@ -16,6 +16,9 @@ struct ConnectionSettings {
   std::uint16_t udp_port = 2368;
 };
 
+/// The UDP port of a decimal text: the number's low 16 bits. Raises the conversion errors of text_number.h.
+std::uint16_t UdpPortOf(const std::string& text);
+
 /// The settings file, an INI file shared with the host viewer: the user's documents folder +
 /// "/VelmoraDataFiles/RecvSettings.ini".
 class SettingsFile {

@@ -1,6 +1,5 @@
 #include "VarkelCore/src/small_sensor/background_functions.h"
 
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -77,21 +76,19 @@ void BackgroundFunctions::readDestination(bool silent) {
 }
 
 void BackgroundFunctions::Set(const char* name, std::function<FunctionResult<void>()> call) {
-  const auto result = std::make_shared<FunctionResult<void>>();
-  work_.Start([result, call = std::move(call)] { *result = call(); },
-              [this, name, result] { emit finished(name, FaultText(*result)); });
+  work_.Start(std::move(call),
+              [this, name](const FunctionResult<void>& result) { emit finished(name, FaultText(result)); });
 }
 
 template <typename Value>
 void BackgroundFunctions::Ask(const char* name, int& pending, std::function<FunctionResult<Value>()> call,
                               std::function<void(const FunctionResult<Value>&)> answer) {
   ++pending;
-  const auto result = std::make_shared<FunctionResult<Value>>();
-  work_.Start([result, call = std::move(call)] { *result = call(); },
-              [this, name, result, answer = std::move(answer), &pending] {
+  work_.Start(std::move(call),
+              [this, name, answer = std::move(answer), &pending](const FunctionResult<Value>& result) {
                 if (--pending > 0) return;
-                answer(*result);
-                emit finished(name, FaultText(*result));
+                answer(result);
+                emit finished(name, FaultText(result));
               });
 }
 

@@ -107,7 +107,6 @@ void Snapshots::Start(const Session& session, std::function<Result(SnapshotJob&)
     std::optional<Result> result;
     std::string fault;
   };
-  const auto outcome = std::make_shared<Outcome>();
   progress_ = 0;
   job_ = std::make_shared<SnapshotJob>(
       *context_.models.model(), session, context_.report, [this](std::size_t done, std::size_t total) {
@@ -117,17 +116,17 @@ void Snapshots::Start(const Session& session, std::function<Result(SnapshotJob&)
   emit busyChanged();
   emit progressChanged();
   context_.work.Start(
-      [outcome, job = job_, work = std::move(work)] {
+      [job = job_, work = std::move(work)]() -> Outcome {
         try {
-          outcome->result = work(*job);
+          return {work(*job), {}};
         } catch (const std::exception& error) {
-          outcome->fault = error.what();
+          return {std::nullopt, error.what()};
         }
       },
-      [this, outcome, finished = std::move(finished)] {
+      [this, finished = std::move(finished)](Outcome outcome) {
         End();
-        if (!outcome->fault.empty()) context_.report.Error(outcome->fault);
-        if (outcome->result) finished(*outcome->result);
+        if (!outcome.fault.empty()) context_.report.Error(outcome.fault);
+        if (outcome.result) finished(*outcome.result);
         const auto postponed = std::exchange(postponed_, {});
         if (postponed && !job_) postponed();
         if (refresh_due_) refresh();

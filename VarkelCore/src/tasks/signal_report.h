@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-#include <exception>
 #include <functional>
 #include <string>
 
@@ -37,16 +36,6 @@ class SignalReport : public UserReport {
   }
   void Success(const std::string& text) override {
     events_.Post([this, text = QString::fromStdString(text)] { sinks_.success(text); });
-  }
-
-  /// Runs `operation`. An exception must not pass through Qt, so its text becomes a notice and a log line.
-  void Guard(const std::function<void()>& operation) {
-    try {
-      operation();
-    } catch (const std::exception& error) {
-      Error(error.what());
-      Log(error.what(), "ERROR");
-    }
   }
 
  private:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <exception>
+#include <functional>
 #include <string>
 
 namespace varkel {
@@ -16,6 +18,16 @@ class UserReport {
   /// A notice window; an empty text withdraws the last one.
   virtual void Error(const std::string& text) = 0;
   virtual void Success(const std::string& text) = 0;
+
+  /// Runs `operation`. An exception must not pass through Qt, so its text becomes a notice and a log line.
+  void Guard(const std::function<void()>& operation) {
+    try {
+      operation();
+    } catch (const std::exception& error) {
+      Error(error.what());
+      Log(error.what(), "ERROR");
+    }
+  }
 };
 
 }  // namespace varkel

@@ -20,27 +20,25 @@ std::string Load(ConfigParser& catalogue) {
   }
 }
 
-LoadReport ReportOn(const ConfigParser& catalogue, const std::string& model_name) {
-  LoadReport report;
-  const std::string table = "The model table of " + model_name;
+void AddFindings(const ConfigParser& catalogue, LoadReport& report) {
   for (const std::string& warning : catalogue.load_warnings()) {
-    report.warnings.push_back(std::string(table).append(": ").append(warning));
+    report.warnings.push_back(std::string(report.table).append(": ").append(warning));
   }
   for (const VarInfo* var : catalogue.VarsWithoutSwitch()) report.errors.push_back(MissingSwitchText(*var));
-  return report;
 }
 
 }  // namespace
 
 LoadReport ModelSelection::Select(const std::string& model_name) {
-  const std::string path = std::string(kTableFolder) + "/" + model_name + ".csv";
-  auto loaded = std::make_shared<ConfigParser>(path);
   LoadReport report;
+  report.table = "The model table of " + model_name;
+  report.path = std::string(kTableFolder) + "/" + model_name + ".csv";
+  auto loaded = std::make_shared<ConfigParser>(report.path);
   if (const std::string fault = Load(*loaded); fault.empty()) {
-    report = ReportOn(*loaded, model_name);
+    AddFindings(*loaded, report);
   } else {
     loaded = std::make_shared<ConfigParser>(std::string());
-    report.fault = "Can't load the model table " + path + ": " + fault;
+    report.fault = "Can't load the model table " + report.path + ": " + fault;
     report.errors.push_back(report.fault);
   }
   auto model = std::make_shared<Model>(model_name, std::move(loaded), values_changed_);

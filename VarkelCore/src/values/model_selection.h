@@ -26,6 +26,8 @@ struct Model {
 
 /// The findings of loading a table, as sentences for the log.
 struct LoadReport {
+  std::string table;  ///< "The model table of Quenta"
+  std::string path;   ///< of the table's file
   /// Why the table could not be loaded: file, fault and, if known, the variable. Empty on success.
   std::string fault;
   std::vector<std::string> errors;
@@ -35,9 +37,9 @@ struct LoadReport {
 /// The selected model. Thread-safe.
 class ModelSelection {
  public:
-  /// `values_changed` listens to the values of every model that is selected; see ValueStore.
-  explicit ModelSelection(ValueStore::Listener values_changed = {})
-      : values_changed_(std::move(values_changed)) {}
+  /// Sets the listener to the values of every model that is selected from now on; see ValueStore. Called
+  /// before other threads use this object.
+  void Listen(ValueStore::Listener values_changed) { values_changed_ = std::move(values_changed); }
 
   /// Loads the model's table and publishes it with fresh values; on failure, an empty catalogue.
   LoadReport Select(const std::string& model_name);
@@ -48,7 +50,7 @@ class ModelSelection {
   std::string model_name() const;
 
  private:
-  const ValueStore::Listener values_changed_;
+  ValueStore::Listener values_changed_;
   mutable std::mutex mutex_;
   std::shared_ptr<Model> model_;
 };

@@ -8,36 +8,17 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <bit>
 #include <cerrno>
 #include <chrono>
 #include <limits>
 
-#include "libquarn/Platform/src/ipv4.h"
+#include "libquarn/Platform/src/socket_address.h"
 
 namespace quarn::platform {
 namespace {
 
 int Descriptor(SocketHandle socket) {
   return static_cast<int>(socket);
-}
-
-sockaddr_in MakeAddress(in_addr ip, std::uint16_t port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr = ip;
-  address.sin_port = htons(port);
-  return address;
-}
-
-std::optional<in_addr> ParseAddress(const std::string& ip) {
-  const std::optional<lidar::Ipv4> parsed = lidar::ParseIpv4(ip);
-  return parsed ? std::optional(std::bit_cast<in_addr>(*parsed)) : std::nullopt;
-}
-
-// Empty text means any address.
-std::optional<in_addr> ParseLocalAddress(const std::string& ip) {
-  return ip.empty() ? in_addr{htonl(INADDR_ANY)} : ParseAddress(ip);
 }
 
 template <typename T>
@@ -121,7 +102,7 @@ void ShutdownSocket(SocketHandle socket) {
 }
 
 bool BindPort(SocketHandle socket, std::uint16_t port) {
-  const sockaddr_in address = MakeAddress(in_addr{htonl(INADDR_ANY)}, port);
+  const sockaddr_in address = MakeAddress(AnyAddress(), port);
   return bind(Descriptor(socket), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
 }
 
@@ -136,7 +117,7 @@ bool BindDatagramPort(SocketHandle socket, const std::string& local_ip, std::uin
   }
   const std::optional<in_addr> group = ParseAddress(multicast_group);
   if (group && IN_MULTICAST(ntohl(group->s_addr))) {
-    local->s_addr = htonl(INADDR_ANY);
+    local = AnyAddress();
   }
   const sockaddr_in address = MakeAddress(*local, port);
   return bind(Descriptor(socket), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;

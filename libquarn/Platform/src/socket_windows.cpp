@@ -7,10 +7,9 @@
 #include "libquarn/Platform/src/socket.h"
 
 #include <algorithm>
-#include <bit>
 #include <limits>
 
-#include "libquarn/Platform/src/ipv4.h"
+#include "libquarn/Platform/src/socket_address.h"
 
 namespace quarn::platform {
 namespace {
@@ -21,30 +20,6 @@ static_assert(static_cast<SocketHandle>(INVALID_SOCKET) == kInvalidSocket);
 
 SOCKET Native(SocketHandle socket) {
   return static_cast<SOCKET>(socket);
-}
-
-sockaddr_in MakeAddress(in_addr ip, std::uint16_t port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr = ip;
-  address.sin_port = htons(port);
-  return address;
-}
-
-in_addr AnyAddress() {
-  in_addr any{};
-  any.s_addr = htonl(INADDR_ANY);
-  return any;
-}
-
-std::optional<in_addr> ParseAddress(const std::string& ip) {
-  const std::optional<lidar::Ipv4> parsed = lidar::ParseIpv4(ip);
-  return parsed ? std::optional(std::bit_cast<in_addr>(*parsed)) : std::nullopt;
-}
-
-// Empty text means any address.
-std::optional<in_addr> ParseLocalAddress(const std::string& ip) {
-  return ip.empty() ? AnyAddress() : ParseAddress(ip);
 }
 
 template <typename T>
