@@ -27,7 +27,7 @@ SensorResult Shown(const Comparison& comparison, JsonObject json) {
     std::string both = Plain(difference.left) + " → " + Plain(difference.right);
     if (difference.kind == DifferenceKind::kOnlyLeft) both = "only left: " + Plain(difference.left);
     if (difference.kind == DifferenceKind::kOnlyRight) both = "only right: " + Plain(difference.right);
-    if (difference.kind == DifferenceKind::kOtherBytes) both = "same text, other bytes: " + both;
+    if (difference.kind == DifferenceKind::kOtherBytes) both.insert(0, "same text, other bytes: ");
     rows.push_back({Plain(difference.id), Plain(difference.name), both});
   }
   if (comparison.other_model) result.text += "The models differ.\n";
@@ -66,8 +66,8 @@ SensorResult CompareFiles(const Arguments& arguments) {
   const auto left = LoadState(QString::fromStdString(arguments.names.at(0)));
   const auto right = LoadState(QString::fromStdString(arguments.names.at(1)));
   for (const auto* state : {&left, &right}) {
-    if (!*state)
-      return {kFailed, state->error(), JsonObject().Bool("ok", false).Text("error", state->error()).str()};
+    if (*state) continue;
+    return {kFailed, state->error(), JsonObject().Bool("ok", false).Text("error", state->error()).str()};
   }
   return Shown(CompareStates(*left, *right, LiveOf(arguments)), JsonObject());
 }

@@ -163,8 +163,9 @@ SensorResult Watch(const Job& job) {
     if (reading.end == ReadEnd::kStopped) break;
     SensorResult line = Shown(job, reading);
     line.text = QLocale::c().toString(QTime::currentTime(), QStringLiteral("HH:mm:ss.zzz")).toStdString();
-    for (const StateValue& value : reading.state.values)
+    for (const StateValue& value : reading.state.values) {
       line.text += "  " + Plain(value.name) + "=" + WithUnit(value);
+    }
     line.text += FailureLines(reading);
     exit = MoreSevere(exit, line.exit);
     job.show(line);

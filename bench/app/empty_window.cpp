@@ -16,5 +16,5 @@ int main(int argc, char* argv[]) {
   view->setSource(QUrl("data:,import QtQuick 2.15\nItem {}"));
   window.resize(1300, 800);
   window.show();
-  return varkel::bench::ReportFirstFrame(*view, argc > 1 ? std::atoll(argv[1]) : 0);
+  return varkel::bench::ReportFirstFrame(*view, argc > 1 ? std::strtoll(argv[1], nullptr, 10) : 0);
 }

@@ -71,7 +71,7 @@ void BM_PageUpdate(benchmark::State& state) {
   Page page(static_cast<std::size_t>(state.range(0)));
   NoReport report;
   const varkel::PageReader reader({report, [] {}});
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     page.Move(page.group().size());
     reader.StoreReply(page.model(), page.group(), page.reply(), page.model().values.Now());
     page.model().values.TakeChanges();
@@ -92,7 +92,7 @@ void BM_OneRowOfATable(benchmark::State& state) {
     for (const int role : roles) benchmark::DoNotOptimize(rows.data(first, role));
   });
   varkel::ValueStore& values = page.model().values;
-  for (std::uint8_t value = 0; auto _ : state) {
+  for (std::uint8_t value = 0; [[maybe_unused]] auto _ : state) {
     ++value;
     values.Read({{page.group().back(), std::to_string(value), {value}}}, values.Now());
     rows.ShowChanges(values.TakeChanges());
@@ -102,7 +102,7 @@ BENCHMARK(BM_OneRowOfATable)->Arg(20)->Arg(10000);
 
 void BM_Conversions(benchmark::State& state) {
   Page page(static_cast<std::size_t>(state.range(0)));
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     page.Move(page.group().size());
     std::size_t position = 0;
     for (const VarInfo* var : page.group()) {

@@ -51,11 +51,12 @@ void BM_FileTransfer(benchmark::State& state) {
     std::atomic<std::uint32_t> progress = 0;
     std::string command = "0x60";
     const auto start = Clock::now();
-    if (connected.client->TransferFileByCmdText(package, command, progress) != 0)
-      state.SkipWithError("refused");
+    const int code = connected.client->TransferFileByCmdText(package, command, progress);
+    if (code != 0) state.SkipWithError("refused");
     const auto sent = Clock::now();
-    for (std::int64_t i = 0; i < state.range(0); ++i)
+    for (std::int64_t i = 0; i < state.range(0); ++i) {
       connected.client->QueryCommand(piece, reply, kAnyCommand);
+    }
     transfer += Milliseconds(sent - start);
     exchanges += Milliseconds(Clock::now() - sent);
   }

@@ -46,8 +46,8 @@ QString Place(const std::string& command, std::uint32_t first, std::uint32_t len
 }
 
 QString Origin(const ValueStore::Shown& shown) {
-  if (shown.stale && shown.origin != ValueOrigin::kEdited)
-    return QStringLiteral("read from an earlier sensor");
+  const bool is_from_earlier_sensor = shown.stale && shown.origin != ValueOrigin::kEdited;
+  if (is_from_earlier_sensor) return QStringLiteral("read from an earlier sensor");
   switch (shown.origin) {
     case ValueOrigin::kDefault:
       return QStringLiteral("not read, the table's default");

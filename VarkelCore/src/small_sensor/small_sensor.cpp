@@ -77,7 +77,7 @@ ExchangeResult GetItem(SerialExchange& exchange, std::initializer_list<std::uint
 }
 
 ExchangeResult ReadCorrection(SerialExchange& exchange) {
-  const ExchangeResult body = GetItem(exchange, {quarn::lidar::kCorrectionItem}, kMinCorrectionReply);
+  ExchangeResult body = GetItem(exchange, {quarn::lidar::kCorrectionItem}, kMinCorrectionReply);
   if (!body) return body;
   const std::size_t size = (*body)[kReplyValue];
   if (body->size() != size + kMinCorrectionReply) return tl::unexpected(SerialExchange::kWrongReply);

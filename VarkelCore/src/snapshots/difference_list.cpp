@@ -54,6 +54,7 @@ std::vector<DifferenceRow> MakeRows(const ConfigParser& catalogue, const SensorS
     const bool lacks_right = difference.kind == DifferenceKind::kOnlyLeft;
     const StateValue* const ours = lacks_left ? nullptr : Find(on_left, difference.id);
     const StateValue* const theirs = lacks_right ? nullptr : Find(on_right, difference.id);
+    if (ours == nullptr && theirs == nullptr) continue;  // the comparison is of other states
     const StateValue& described = ours != nullptr ? *ours : *theirs;
     const auto shown = [&](const StateValue* value) {
       if (value == nullptr) return QStringLiteral("–");

@@ -43,7 +43,7 @@ ExchangeResult KtcSerialClient::Tunnel(ReplyKind kind, std::span<const std::uint
   }
   std::vector<std::uint8_t> payload(kTunnelPrefix.begin(), kTunnelPrefix.end());
   payload.insert(payload.end(), request.begin(), request.end());
-  const ExchangeResult reply = client_->Query(payload, kKtcExtensionCmd, timeout_ms).map_error(SerialCode);
+  ExchangeResult reply = client_->Query(payload, kKtcExtensionCmd, timeout_ms).map_error(SerialCode);
   if (!reply) {
     return reply;
   }
