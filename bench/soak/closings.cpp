@@ -31,9 +31,9 @@ QString TornFile(const QString& folder) {
     const QFileInfo file(files.next());
     const QString ending = file.suffix();
     const QString path = file.filePath();
-    const bool is_settings = ending == "ini";
-    if (is_settings && QSettings(path, QSettings::IniFormat).allKeys().size() < 5)
-      return "truncated settings";
+    if (ending == "ini") {
+      if (QSettings(path, QSettings::IniFormat).allKeys().size() < 5) return "truncated settings";
+    }
     if (ending == "tar" && QProcess::execute("tar", {"-tf", path}) != 0) return "truncated archive";
     if (file.path().endsWith("/logs") && file.size() < 1000) return "truncated log";
     const QStringList known = {"ini", "txt", "tar", "bin", "log", "qmlc", "jsc", ""};

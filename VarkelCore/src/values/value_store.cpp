@@ -192,8 +192,8 @@ void ValueStore::Sent(const SentCommand& command, Moment asked) {
       state.sent = field;
       state.sent_at = moment_;
       state.reported = field.text;
-      if (!state.edited)
-        field.var->current_val = field.text;  // an edit that was cancelled after it had been sent
+      // Differs if an edit was cancelled after it had been sent.
+      if (!state.edited) field.var->current_val = field.text;
     }
     if (command.fov) {
       std::copy_n(command.fov->begin(), kFovSectors, reported_fov_.begin());
