@@ -1,10 +1,8 @@
 #pragma once
 
-#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 

@@ -192,7 +192,7 @@ void ValueStore::Sent(const SentCommand& command, Moment asked) {
       state.sent = field;
       state.sent_at = moment_;
       state.reported = field.text;
-      // Differs if an edit was cancelled after it had been sent.
+      // Another text is shown only if the edit was cancelled after it had been sent.
       if (!state.edited) field.var->current_val = field.text;
     }
     if (command.fov) {
