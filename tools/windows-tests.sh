@@ -3,6 +3,7 @@
 # All of Wine's files are in build/wine.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+. tools/start-screen.sh
 times=${1:-1}
 wine=/usr/lib/wine/wine64
 server=/usr/lib/wine/wineserver
@@ -32,15 +33,7 @@ end() {
 trap end EXIT
 "$server" -k >/dev/null 2>&1 || true
 if [ -e build/windows/bin/varkel.exe ]; then
-  rm -f "$place/display"  # an earlier run's
-  Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp >"$place/screen.log" 2>&1 3>"$place/display" </dev/null &
-  screen=$!
-  for _ in $(seq 100); do
-    [ ! -s "$place/display" ] || break
-    sleep 0.05
-  done
-  DISPLAY=:$(cat "$place/display")
-  export DISPLAY
+  start_screen "$place" 1920x1080
 fi
 echo "Wine: preparing $WINEPREFIX"
 quietly server.log "$server" -p

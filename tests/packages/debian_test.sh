@@ -1,12 +1,15 @@
 #!/usr/bin/env bash
 # debian_test.sh PACKAGE: tries the package as a user of a bare Debian 12 would, in a root that debootstrap makes: checks
 # it with lintian, installs it with what it depends on, starts the tool, connects to the simulated sensor, removes it.
-# Needs root. A picture of the window is left in build/debian-root.png.
+# Needs root. A picture of the window is left in build/debian-test/window.png.
 set -Eeuo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+. tools/start-screen.sh
 package=$(realpath "${1:?debian_test.sh PACKAGE}")
-bare=$PWD/build/debian-root
-log=$PWD/build/debian-test.log
+place=$PWD/build/debian-test
+bare=$place/root
+log=$place/log
+mkdir -p "$place"
 
 skip() {
   echo "Skipped: Debian package in a bare Debian, $1"
@@ -76,19 +79,14 @@ settings=$bare/home/tester/Documents/VelmoraDataFiles/RecvSettings.ini
 printf '[General]\ndevice_ip_address=127.0.0.1\nktc_port=%s\n' "$port" >"$settings"
 chmod 700 "$bare/home/tester"
 inside chown -R tester: /home/tester
-display=$PWD/build/debian-test.display
-rm -f "$display"  # an earlier run's
-Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp >>"$log" 2>&1 3>"$display" </dev/null &
-started+=($!)
-for _ in $(seq 100); do [ ! -s "$display" ] || break; sleep 0.1; done
-DISPLAY=:$(cat "$display")
-export DISPLAY
+start_screen "$place" 1920x1080
+started+=("$screen")
 began=$(date +%s%N)
 "${in_root[@]}" HOME=/home/tester DISPLAY="$DISPLAY" XDG_RUNTIME_DIR=/home/tester \
   setpriv --reuid tester --regid tester --clear-groups varkel >"$bare/tmp/tool.log" 2>&1 </dev/null &
 tool=$!
 started+=("$tool")
-tests/packages/press_connect.sh "$bare/tmp/sensor.log" "$PWD/build/debian-root.png" "$began" || {
+tests/packages/press_connect.sh "$bare/tmp/sensor.log" "$place/window.png" "$began" || {
   cat "$bare/tmp/tool.log" >&2
   fail "the installed tool does not connect"
 }

@@ -6,6 +6,7 @@
 # build/wine-*.png.
 set -Eeuo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+. tools/start-screen.sh
 dist=$(realpath "${1:?windows_test.sh FOLDER}")
 version=$(sed -n 's/^project(Varkel VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 setup=$dist/Varkel-$version-setup.exe
@@ -50,12 +51,8 @@ prepare_user() {
 
 # use_screen SIZE
 use_screen() {
-  rm -f "$place/display"
-  Xvfb -displayfd 3 -screen 0 "$1x24" -nolisten tcp >"$place/screen.log" 2>&1 3>"$place/display" </dev/null &
-  started+=($!)
-  for _ in $(seq 100); do [ ! -s "$place/display" ] || break; sleep 0.1; done
-  DISPLAY=:$(cat "$place/display")
-  export DISPLAY
+  start_screen "$place" "$1"
+  started+=("$screen")
 }
 
 # A sensor of this machine's own system.
