@@ -5,6 +5,7 @@ set(line_host_sources
   ${CMAKE_SOURCE_DIR}/tests/support/line_host.cpp
   ${CMAKE_SOURCE_DIR}/libquarn/Platform/src/byte_text.cpp
   ${CMAKE_SOURCE_DIR}/libquarn/Platform/src/ipv4.cpp
+  ${CMAKE_SOURCE_DIR}/libquarn/Platform/src/poll_posix.cpp
   ${CMAKE_SOURCE_DIR}/libquarn/Platform/src/pseudo_terminal_posix.cpp
   ${CMAKE_SOURCE_DIR}/libquarn/Platform/src/socket_posix.cpp)
 add_custom_command(OUTPUT ${line_host}

@@ -3,7 +3,6 @@
 // The kernel's own terminal header, as for the serial port: it can't be combined with <termios.h>.
 #include <asm/termbits.h>
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -14,20 +13,15 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
-#include <ctime>
 #include <mutex>
 #include <shared_mutex>
 #include <utility>
 
+#include "libquarn/Platform/src/descriptor_posix.h"
+#include "libquarn/Platform/src/poll_posix.h"
+
 namespace quarn::platform {
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-std::int64_t MicrosecondsUntil(Clock::time_point deadline) {
-  return std::max<std::int64_t>(std::chrono::ceil<std::chrono::microseconds>(deadline - Clock::now()).count(),
-                                0);
-}
 
 /// A new terminal echoes its input until a client configures it.
 bool MakeRaw(int port) {
@@ -44,62 +38,43 @@ bool MakeRaw(int port) {
 }  // namespace
 
 struct PseudoTerminal::Native {
-  ~Native() {
-    Close();
-    if (wake >= 0) {
-      close(wake);
-    }
-  }
-
   void Close() {
-    for (int* descriptor : {&port, &master}) {
-      if (*descriptor >= 0) {
-        close(std::exchange(*descriptor, -1));
-      }
-    }
+    port.Reset();
+    master.Reset();
   }
 
   // 1: ready, 0: time-out, -1: pulled. With the lock held.
   int Wait(short events, std::int64_t timeout_us) const {
-    const auto deadline = Clock::now() + std::chrono::microseconds(std::max<std::int64_t>(timeout_us, 0));
-    std::int64_t left_us = timeout_us;
-    while (!pulled) {
-      std::array<pollfd, 2> entries{{{wake, POLLIN, 0}, {master, events, 0}}};
-      constexpr std::int64_t kPerSecond = 1000000;
-      const timespec limit{static_cast<std::time_t>(left_us / kPerSecond),
-                           static_cast<long>(left_us % kPerSecond * 1000)};
-      const int ready = ppoll(entries.data(), entries.size(), timeout_us < 0 ? nullptr : &limit, nullptr);
-      if (ready == 0 || (ready > 0 && entries[0].revents == 0)) {
-        return ready;
-      }
-      if (timeout_us >= 0) {
-        left_us = MicrosecondsUntil(deadline);
-      }
+    if (pulled) {
+      return -1;
     }
-    return -1;
+    std::array<pollfd, 2> entries{{{wake.get(), POLLIN, 0}, {master.get(), events, 0}}};
+    const int ready = Poll(entries, std::chrono::microseconds(timeout_us));
+    return ready > 0 && entries[0].revents != 0 ? -1 : ready;
   }
 
   std::atomic<bool> pulled{false};
-  int wake = -1;  // readable once pulled; constant
+  Descriptor wake;  // readable once pulled; constant
 
   // Held shared while the descriptors below are used and exclusively while they are closed, so that no other
   // file with a reused number is ever read or written.
   std::shared_mutex mutex;
-  int master = -1;
-  int port = -1;  // the client's end, held open so that the line survives a client closing it
+  Descriptor master;
+  Descriptor port;  // the client's end, held open so that the line survives a client closing it
 };
 
 std::unique_ptr<PseudoTerminal> PseudoTerminal::Create() {
   auto native = std::make_unique<Native>();
   std::array<char, 128> name{};
-  native->wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  native->master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
-  if (native->wake < 0 || native->master < 0 || grantpt(native->master) != 0 ||
-      unlockpt(native->master) != 0 || ptsname_r(native->master, name.data(), name.size()) != 0) {
+  native->wake.Reset(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+  native->master.Reset(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
+  const int master = native->master.get();
+  if (native->wake.get() < 0 || master < 0 || grantpt(master) != 0 || unlockpt(master) != 0 ||
+      ptsname_r(master, name.data(), name.size()) != 0) {
     return nullptr;
   }
-  native->port = open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
-  if (native->port < 0 || !MakeRaw(native->port)) {
+  native->port.Reset(open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
+  if (native->port.get() < 0 || !MakeRaw(native->port.get())) {
     return nullptr;
   }
   return std::unique_ptr<PseudoTerminal>(new PseudoTerminal(std::move(native), name.data()));
@@ -120,15 +95,15 @@ int PseudoTerminal::Read(std::span<std::uint8_t> buffer) {
   if (native_->pulled) {
     return -1;
   }
-  const ssize_t count = read(native_->master, buffer.data(), buffer.size());
+  const ssize_t count = read(native_->master.get(), buffer.data(), buffer.size());
   return count > 0 ? static_cast<int>(count) : 0;
 }
 
 bool PseudoTerminal::Write(std::span<const std::uint8_t> bytes, std::int64_t timeout_us) {
-  const auto deadline = Clock::now() + std::chrono::microseconds(timeout_us);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::microseconds(timeout_us);
   const std::shared_lock lock(native_->mutex);
   while (!bytes.empty() && !native_->pulled) {
-    const ssize_t count = write(native_->master, bytes.data(), bytes.size());
+    const ssize_t count = write(native_->master.get(), bytes.data(), bytes.size());
     if (count > 0) {
       bytes = bytes.subspan(static_cast<std::size_t>(count));
       continue;
@@ -144,7 +119,7 @@ bool PseudoTerminal::Write(std::span<const std::uint8_t> bytes, std::int64_t tim
 std::uint32_t PseudoTerminal::BaudRate() {
   const std::shared_lock lock(native_->mutex);
   termios2 line{};
-  const bool read = !native_->pulled && ioctl(native_->master, TCGETS2, &line) == 0;
+  const bool read = !native_->pulled && ioctl(native_->master.get(), TCGETS2, &line) == 0;
   return read ? line.c_ospeed : 0;
 }
 
@@ -152,7 +127,7 @@ void PseudoTerminal::Pull() {
   native_->pulled = true;
   const std::uint64_t one = 1;
   // Can only fail if the counter is full, and then the descriptor is already readable.
-  [[maybe_unused]] const ssize_t written = write(native_->wake, &one, sizeof(one));
+  [[maybe_unused]] const ssize_t written = write(native_->wake.get(), &one, sizeof(one));
   const std::lock_guard lock(native_->mutex);
   native_->Close();
 }

@@ -4,7 +4,6 @@
 // C library's <termios.h>.
 #include <asm/termbits.h>
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
@@ -14,7 +13,9 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <ctime>
+
+#include "libquarn/Platform/src/descriptor_posix.h"
+#include "libquarn/Platform/src/poll_posix.h"
 
 namespace quarn::platform {
 namespace {
@@ -23,22 +24,6 @@ using Clock = std::chrono::steady_clock;
 
 // Deviation from the requested rate at which a line still works, in percent.
 constexpr std::uint32_t kRateTolerance = 3;
-
-class Descriptor {
- public:
-  explicit Descriptor(int value) : value_(value) {}
-  ~Descriptor() {
-    if (value_ >= 0) {
-      close(value_);
-    }
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int get() const { return value_; }
-
- private:
-  const int value_;
-};
 
 bool IsNear(std::uint32_t rate, std::uint32_t wanted) {
   const std::uint32_t distance = rate > wanted ? rate - wanted : wanted - rate;
@@ -73,11 +58,6 @@ bool Claim(int port) {
   return flock(port, LOCK_EX | LOCK_NB) == 0 && ioctl(port, TIOCEXCL) == 0;
 }
 
-std::int64_t MicrosecondsUntil(Clock::time_point deadline) {
-  const auto left = std::chrono::ceil<std::chrono::microseconds>(deadline - Clock::now()).count();
-  return std::max<std::int64_t>(left, 0);
-}
-
 }  // namespace
 
 struct SerialPort::Native {
@@ -85,24 +65,12 @@ struct SerialPort::Native {
 
   // 1: the port is ready (or gone, which a read shows), 0: time-out, -1: interrupted, or waiting failed.
   int Wait(short events, std::int64_t timeout_us) const {
-    const auto deadline = Clock::now() + std::chrono::microseconds(std::max<std::int64_t>(timeout_us, 0));
-    std::int64_t left_us = timeout_us;
-    for (;;) {
-      std::array<pollfd, 2> entries{{{wake.get(), POLLIN, 0}, {port.get(), events, 0}}};
-      constexpr std::int64_t kPerSecond = 1000000;
-      const timespec limit{static_cast<std::time_t>(left_us / kPerSecond),
-                           static_cast<long>(left_us % kPerSecond * 1000)};
-      const int ready = ppoll(entries.data(), entries.size(), timeout_us < 0 ? nullptr : &limit, nullptr);
-      if (ready > 0) {
-        return entries[0].revents != 0 || (entries[1].revents & POLLNVAL) != 0 ? -1 : 1;
-      }
-      if (ready == 0 || errno != EINTR) {
-        return ready;
-      }
-      if (timeout_us >= 0) {
-        left_us = MicrosecondsUntil(deadline);
-      }
+    std::array<pollfd, 2> entries{{{wake.get(), POLLIN, 0}, {port.get(), events, 0}}};
+    const int ready = Poll(entries, std::chrono::microseconds(timeout_us));
+    if (ready <= 0) {
+      return ready;
     }
+    return entries[0].revents != 0 || (entries[1].revents & POLLNVAL) != 0 ? -1 : 1;
   }
 
   const Descriptor port;

@@ -2,28 +2,29 @@
 
 #include <fcntl.h>
 #include <netinet/in.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <limits>
 
+#include "libquarn/Platform/src/poll_posix.h"
 #include "libquarn/Platform/src/socket_address.h"
 
 namespace quarn::platform {
 namespace {
 
-int Descriptor(SocketHandle socket) {
+int ToDescriptor(SocketHandle socket) {
   return static_cast<int>(socket);
 }
 
 template <typename T>
 bool SetOption(SocketHandle socket, int option, const T& value, int level = SOL_SOCKET) {
-  return setsockopt(Descriptor(socket), level, option, &value, sizeof(value)) == 0;
+  return setsockopt(ToDescriptor(socket), level, option, &value, sizeof(value)) == 0;
 }
 
 bool SetTimeoutOption(SocketHandle socket, int option, std::uint32_t milliseconds) {
@@ -33,38 +34,22 @@ bool SetTimeoutOption(SocketHandle socket, int option, std::uint32_t millisecond
   return SetOption(socket, option, value);
 }
 
-// A negative time waits forever. Uses poll because select fails for descriptors beyond its fixed set, which a
-// program with many open files can have.
+// 1: ready, 0: time-out, -1: failed, with errno. A negative time waits forever.
 int WaitFor(SocketHandle socket, short events, std::chrono::microseconds timeout) {
-  using Clock = std::chrono::steady_clock;
-  const bool endless = timeout.count() < 0;
-  const auto deadline = Clock::now() + (endless ? std::chrono::microseconds(0) : timeout);
-  pollfd entry{Descriptor(socket), events, 0};
-  std::chrono::nanoseconds remaining = timeout;
-  for (;;) {
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(remaining);
-    const timespec limit{static_cast<time_t>(seconds.count()),
-                         static_cast<long>((remaining - seconds).count())};
-    const int ready = ppoll(&entry, 1, endless ? nullptr : &limit, nullptr);
-    if (ready > 0) {
-      if ((entry.revents & POLLNVAL) != 0) {
-        errno = EBADF;
-        return -1;
-      }
-      return 1;
-    }
-    if (ready == 0 || errno != EINTR) {
-      return ready;
-    }
-    remaining = std::max<std::chrono::nanoseconds>(deadline - Clock::now(), std::chrono::nanoseconds(0));
+  std::array<pollfd, 1> entries{{{ToDescriptor(socket), events, 0}}};
+  const int ready = Poll(entries, timeout);
+  if (ready > 0 && (entries[0].revents & POLLNVAL) != 0) {
+    errno = EBADF;
+    return -1;
   }
+  return ready;
 }
 
 // The remainder of the socket's receive time-out; negative if it waits forever.
 std::chrono::microseconds ReceiveTimeLeft(SocketHandle socket, std::chrono::steady_clock::time_point start) {
   timeval timeout{};
   socklen_t size = sizeof(timeout);
-  if (getsockopt(Descriptor(socket), SOL_SOCKET, SO_RCVTIMEO, &timeout, &size) != 0 ||
+  if (getsockopt(ToDescriptor(socket), SOL_SOCKET, SO_RCVTIMEO, &timeout, &size) != 0 ||
       (timeout.tv_sec == 0 && timeout.tv_usec == 0)) {
     return std::chrono::microseconds(-1);
   }
@@ -94,16 +79,16 @@ SocketHandle CreateUdpSocket() {
 }
 
 void CloseSocket(SocketHandle socket) {
-  close(Descriptor(socket));
+  close(ToDescriptor(socket));
 }
 
 void ShutdownSocket(SocketHandle socket) {
-  shutdown(Descriptor(socket), SHUT_RDWR);
+  shutdown(ToDescriptor(socket), SHUT_RDWR);
 }
 
 bool BindPort(SocketHandle socket, std::uint16_t port) {
   const sockaddr_in address = MakeAddress(AnyAddress(), port);
-  return bind(Descriptor(socket), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+  return bind(ToDescriptor(socket), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
 }
 
 // This system delivers a group's datagrams only to sockets bound to any address or to the group: with a
@@ -120,7 +105,7 @@ bool BindDatagramPort(SocketHandle socket, const std::string& local_ip, std::uin
     local = AnyAddress();
   }
   const sockaddr_in address = MakeAddress(*local, port);
-  return bind(Descriptor(socket), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+  return bind(ToDescriptor(socket), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
 }
 
 bool JoinMulticast(SocketHandle socket, const std::string& group, const std::string& local_ip) {
@@ -156,7 +141,7 @@ bool AllowAddressReuse(SocketHandle socket) {
 std::uint16_t LocalPort(SocketHandle socket) {
   sockaddr_in local{};
   socklen_t size = sizeof(local);
-  return getsockname(Descriptor(socket), reinterpret_cast<sockaddr*>(&local), &size) == 0
+  return getsockname(ToDescriptor(socket), reinterpret_cast<sockaddr*>(&local), &size) == 0
              ? ntohs(local.sin_port)
              : std::uint16_t{0};
 }
@@ -168,7 +153,7 @@ int ConnectSocket(SocketHandle socket, const std::string& ip, std::uint16_t port
     return -1;
   }
   const sockaddr_in address = MakeAddress(*parsed, port);
-  return connect(Descriptor(socket), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+  return connect(ToDescriptor(socket), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
 }
 
 int WaitWritable(SocketHandle socket, int timeout_ms) {
@@ -190,16 +175,16 @@ int WaitReadableFor(SocketHandle socket, std::chrono::microseconds timeout) {
 int PendingSocketError(SocketHandle socket) {
   int error = 0;
   socklen_t size = sizeof(error);
-  return getsockopt(Descriptor(socket), SOL_SOCKET, SO_ERROR, &error, &size) == 0 ? error : errno;
+  return getsockopt(ToDescriptor(socket), SOL_SOCKET, SO_ERROR, &error, &size) == 0 ? error : errno;
 }
 
 bool SetNonBlocking(SocketHandle socket, bool non_blocking) {
-  const int flags = fcntl(Descriptor(socket), F_GETFL);
+  const int flags = fcntl(ToDescriptor(socket), F_GETFL);
   if (flags < 0) {
     return false;
   }
   const int wanted = non_blocking ? flags | O_NONBLOCK : flags & ~O_NONBLOCK;
-  return fcntl(Descriptor(socket), F_SETFL, wanted) == 0;
+  return fcntl(ToDescriptor(socket), F_SETFL, wanted) == 0;
 }
 
 bool SetSocketReceiveTimeout(SocketHandle socket, std::uint32_t milliseconds) {
@@ -213,7 +198,7 @@ bool SetSocketSendTimeout(SocketHandle socket, std::uint32_t milliseconds) {
 std::optional<std::uint32_t> ReceiveBufferSize(SocketHandle socket) {
   int bytes = 0;
   socklen_t size = sizeof(bytes);
-  if (getsockopt(Descriptor(socket), SOL_SOCKET, SO_RCVBUF, &bytes, &size) != 0) {
+  if (getsockopt(ToDescriptor(socket), SOL_SOCKET, SO_RCVBUF, &bytes, &size) != 0) {
     return std::nullopt;
   }
   return static_cast<std::uint32_t>(bytes);
@@ -225,12 +210,12 @@ bool SetReceiveBufferSize(SocketHandle socket, std::uint32_t bytes) {
 
 int SendBytes(SocketHandle socket, std::span<const std::uint8_t> bytes, int flags) {
   return static_cast<int>(
-      send(Descriptor(socket), bytes.data(), ClampToInt(bytes.size()), flags | MSG_NOSIGNAL));
+      send(ToDescriptor(socket), bytes.data(), ClampToInt(bytes.size()), flags | MSG_NOSIGNAL));
 }
 
 int ReceiveBytes(SocketHandle socket, std::span<std::uint8_t> buffer, int flags) {
   const auto receive = [&](int more_flags) {
-    return recv(Descriptor(socket), buffer.data(), ClampToInt(buffer.size()), flags | more_flags);
+    return recv(ToDescriptor(socket), buffer.data(), ClampToInt(buffer.size()), flags | more_flags);
   };
   const auto start = std::chrono::steady_clock::now();
   ssize_t received = receive(0);
@@ -248,7 +233,7 @@ int ReceiveBytes(SocketHandle socket, std::span<std::uint8_t> buffer, int flags)
 
 int SendDatagram(SocketHandle socket, std::span<const std::uint8_t> bytes, int flags, const Endpoint& to) {
   const sockaddr_in address = MakeAddress(in_addr{to.ip}, to.port);
-  return static_cast<int>(sendto(Descriptor(socket), bytes.data(), ClampToInt(bytes.size()),
+  return static_cast<int>(sendto(ToDescriptor(socket), bytes.data(), ClampToInt(bytes.size()),
                                  flags | MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&address),
                                  sizeof(address)));
 }
@@ -256,7 +241,7 @@ int SendDatagram(SocketHandle socket, std::span<const std::uint8_t> bytes, int f
 int ReceiveDatagram(SocketHandle socket, std::span<std::uint8_t> buffer, int flags, Endpoint& from) {
   sockaddr_in address{};
   socklen_t size = sizeof(address);
-  const ssize_t received = recvfrom(Descriptor(socket), buffer.data(), ClampToInt(buffer.size()), flags,
+  const ssize_t received = recvfrom(ToDescriptor(socket), buffer.data(), ClampToInt(buffer.size()), flags,
                                     reinterpret_cast<sockaddr*>(&address), &size);
   if (received >= 0) {
     from = {address.sin_addr.s_addr, ntohs(address.sin_port)};
@@ -291,9 +276,9 @@ std::unique_ptr<TcpListener> TcpListener::Listen(const std::string& address, std
   sockaddr_in local = MakeAddress(*parsed, port);
   socklen_t size = sizeof(local);
   SetOption(socket, SO_REUSEADDR, 1);
-  if (bind(Descriptor(socket), reinterpret_cast<const sockaddr*>(&local), sizeof(local)) != 0 ||
-      listen(Descriptor(socket), backlog) != 0 ||
-      getsockname(Descriptor(socket), reinterpret_cast<sockaddr*>(&local), &size) != 0) {
+  if (bind(ToDescriptor(socket), reinterpret_cast<const sockaddr*>(&local), sizeof(local)) != 0 ||
+      listen(ToDescriptor(socket), backlog) != 0 ||
+      getsockname(ToDescriptor(socket), reinterpret_cast<sockaddr*>(&local), &size) != 0) {
     return nullptr;
   }
   listener->port_ = ntohs(local.sin_port);
@@ -308,7 +293,7 @@ SocketHandle TcpListener::Accept(int timeout_ms) {
   if (WaitReadable(socket_, timeout_ms) != 1) {
     return kInvalidSocket;
   }
-  return accept4(Descriptor(socket_), nullptr, nullptr, SOCK_CLOEXEC);
+  return accept4(ToDescriptor(socket_), nullptr, nullptr, SOCK_CLOEXEC);
 }
 
 }  // namespace quarn::platform
