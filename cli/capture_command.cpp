@@ -12,6 +12,7 @@
 #include "VarkelCore/src/values/protocol_fields.h"
 #include "cli/commands.h"
 #include "libquarn/Capture/src/captured_exchanges.h"
+#include "libquarn/Platform/src/hex_text.h"
 
 namespace varkel::cli {
 
@@ -105,7 +106,7 @@ std::string JsonField(const DecodedField& field) {
       .Text("label", Utf8(field.label))
       .Text("unit", Utf8(field.unit))
       .Number("place", static_cast<long long>(field.place))
-      .Text("raw", RawText(field.raw))
+      .Text("raw", quarn::lidar::HexText(field.raw))
       .Bool("missing", field.is_missing)
       .str();
 }

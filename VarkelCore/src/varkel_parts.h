@@ -97,7 +97,7 @@ struct VarkelManager::Parts {
   /// A function that does so, with the signal's arguments.
   template <auto signal>
   auto Raiser() {
-    return [this](auto... arguments) { Raise<signal>(arguments...); };
+    return [this](auto... arguments) { this->template Raise<signal>(arguments...); };
   }
   /// The same for callers on that thread: emits at once.
   template <auto signal>

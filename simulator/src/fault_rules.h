@@ -14,6 +14,9 @@ namespace varkel::sim {
 
 /// How a reply is sent. As constructed: at once, complete and correct.
 struct ReplyPlan {
+  /// Pause between pieces: long enough for a waiting client to read one before the next is sent.
+  static constexpr std::chrono::milliseconds kPieceGap{20};
+
   std::chrono::milliseconds delay{0};
   std::optional<std::size_t> piece_size;  ///< bytes sent at a time
   std::size_t noise_size = 0;             ///< bytes before the header

@@ -95,10 +95,7 @@ std::vector<std::string> Replay::Unrecorded() const {
     std::array<char, 16> code{};
     std::snprintf(code.data(), code.size(), "0x%02X", unsigned{key.first});
     std::string line = std::string("command ") + code.data();
-    if (!key.second.empty()) {
-      line += ", payload " + quarn::lidar::HexLine(key.second);
-      line.pop_back();
-    }
+    if (!key.second.empty()) line += ", payload " + quarn::lidar::HexText(key.second);
     lines.push_back(line + (count == 1 ? ": once" : ": " + std::to_string(count) + " times"));
   }
   return lines;

@@ -13,7 +13,7 @@ using quarn::lidar::LoadBigEndian;
 using quarn::lidar::LoadLittleEndian;
 using quarn::lidar::ReplyKind;
 using quarn::lidar::SerialTag;
-using Bytes = std::span<const std::uint8_t>;
+using ByteView = std::span<const std::uint8_t>;
 
 constexpr std::array<ReplyKind, 2> kKinds = {ReplyKind::kCommand, ReplyKind::kOta};
 
@@ -34,7 +34,7 @@ constexpr std::size_t kAroundData = 29;
 
 enum class Beginning { kNone, kPartOfTag, kTag };
 
-Beginning CompareTag(Bytes bytes, ReplyKind kind) {
+Beginning CompareTag(ByteView bytes, ReplyKind kind) {
   const std::string_view tag = SerialTag(kind);
   const std::size_t size = std::min(bytes.size(), tag.size());
   if (!std::equal(tag.begin(), tag.begin() + static_cast<std::ptrdiff_t>(size), bytes.begin())) {
@@ -49,7 +49,7 @@ struct FrameStart {
 };
 
 /// The first tag, or the position where one may begin.
-FrameStart FindStart(Bytes bytes) {
+FrameStart FindStart(ByteView bytes) {
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     for (const ReplyKind kind : kKinds) {
       const Beginning beginning = CompareTag(bytes.subspan(i), kind);
@@ -61,7 +61,7 @@ FrameStart FindStart(Bytes bytes) {
 }
 
 /// The frame's announced length; nullopt until that is known.
-std::optional<std::size_t> ClaimedSize(Bytes bytes, ReplyKind kind) {
+std::optional<std::size_t> ClaimedSize(ByteView bytes, ReplyKind kind) {
   if (kind == ReplyKind::kCommand) {
     if (bytes.size() <= kCommandLength) return std::nullopt;
     return bytes[kCommandLength] + kAroundCounted;
@@ -71,22 +71,22 @@ std::optional<std::size_t> ClaimedSize(Bytes bytes, ReplyKind kind) {
 }
 
 /// A frame is valid if the tool's encoder produces the same bytes from its fields.
-bool Equals(Bytes frame, const std::vector<std::uint8_t>& expected) {
+bool Equals(ByteView frame, const std::vector<std::uint8_t>& expected) {
   return std::equal(frame.begin(), frame.end(), expected.begin(), expected.end());
 }
 
-std::optional<SerialRequest> ParseCommand(Bytes frame) {
+std::optional<SerialRequest> ParseCommand(ByteView frame) {
   if (frame.size() < kAroundPayload) return std::nullopt;
-  const Bytes payload = frame.subspan(kCommandPayload, frame.size() - kAroundPayload);
+  const ByteView payload = frame.subspan(kCommandPayload, frame.size() - kAroundPayload);
   const auto nonce = LoadLittleEndian<std::uint32_t>(frame, frame.size() - kNonceFromEnd);
   const std::uint8_t code = frame[kCommandCode];
   if (!Equals(frame, quarn::lidar::EncodeCommandFrame(code, payload, nonce))) return std::nullopt;
   return SerialRequest{ReplyKind::kCommand, code, {payload.begin(), payload.end()}, 0, 0};
 }
 
-std::optional<SerialRequest> ParseOta(Bytes frame) {
+std::optional<SerialRequest> ParseOta(ByteView frame) {
   if (frame.size() < kAroundData) return std::nullopt;
-  const Bytes data = frame.subspan(kOtaData, frame.size() - kAroundData);
+  const ByteView data = frame.subspan(kOtaData, frame.size() - kAroundData);
   const std::uint8_t type = frame[kOtaType];
   const auto first = LoadBigEndian<std::uint32_t>(frame, kOtaFirst);
   const auto second = LoadBigEndian<std::uint32_t>(frame, kOtaSecond);
@@ -96,13 +96,13 @@ std::optional<SerialRequest> ParseOta(Bytes frame) {
 
 }  // namespace
 
-std::optional<SerialRequest> ParseSerialRequest(Bytes frame) {
+std::optional<SerialRequest> ParseSerialRequest(ByteView frame) {
   const FrameStart start = FindStart(frame);
   if (start.position != 0 || !start.kind) return std::nullopt;
   return *start.kind == ReplyKind::kCommand ? ParseCommand(frame) : ParseOta(frame);
 }
 
-void SerialRequestReader::Append(Bytes bytes) {
+void SerialRequestReader::Append(ByteView bytes) {
   bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
 }
 
@@ -115,7 +115,7 @@ std::optional<SerialRequest> SerialRequestReader::Next() {
     if (!size) return std::nullopt;
     const bool is_credible = *size <= kMaxData + kAroundData;
     if (is_credible && bytes_.size() < *size) return std::nullopt;
-    auto request = is_credible ? ParseSerialRequest(Bytes(bytes_).first(*size)) : std::nullopt;
+    auto request = is_credible ? ParseSerialRequest(ByteView(bytes_).first(*size)) : std::nullopt;
     // After a truncated frame the next one may be within its announced length.
     Drop(request ? *size : 1);
     if (request) return request;

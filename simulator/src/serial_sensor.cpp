@@ -13,8 +13,6 @@ constexpr std::int64_t kWithoutEnd = -1;
 constexpr std::int64_t kRequestGapUs = 500'000;
 /// By then a client that reads at all has read the reply.
 constexpr std::int64_t kSendTimeUs = 1'000'000;
-/// Long enough for a waiting client to read one piece before the next one is sent.
-constexpr std::chrono::milliseconds kPieceGap{20};
 constexpr std::size_t kDataBlock = 256;
 
 std::unique_ptr<SerialSensor::Line> MakeLine() {
@@ -80,7 +78,7 @@ void SerialSensor::Send(Line& line, std::span<const std::uint8_t> bytes, const R
       const auto piece = bytes.first(std::min(bytes.size(), plan.piece_size.value_or(bytes.size())));
       if (!line.Write(piece, kSendTimeUs)) break;
       bytes = bytes.subspan(piece.size());
-      if (!bytes.empty() && stop_.WaitFor(kPieceGap)) break;
+      if (!bytes.empty() && stop_.WaitFor(ReplyPlan::kPieceGap)) break;
     }
   }
   if (plan.closes) line.Pull();

@@ -16,8 +16,6 @@ namespace varkel::sim {
 namespace {
 
 constexpr std::size_t kReadSize = 4096;
-/// Long enough for a waiting client to read one piece before the next one is sent.
-constexpr std::chrono::milliseconds kPieceGap{20};
 
 bool SendInPieces(ByteStream& stream, std::span<const std::uint8_t> bytes, std::size_t piece_size,
                   const StopSignal& stop) {
@@ -25,7 +23,7 @@ bool SendInPieces(ByteStream& stream, std::span<const std::uint8_t> bytes, std::
     const std::size_t size = std::min(piece_size, bytes.size());
     if (!stream.SendAll(bytes.first(size))) return false;
     bytes = bytes.subspan(size);
-    if (!bytes.empty() && stop.WaitFor(kPieceGap)) return false;
+    if (!bytes.empty() && stop.WaitFor(ReplyPlan::kPieceGap)) return false;
   }
   return true;
 }

@@ -15,11 +15,11 @@ namespace {
 
 using quarn::lidar::kGetBaudRatePayload;
 using quarn::lidar::kTunnelPrefix;
-using Bytes = std::span<const std::uint8_t>;
+using ByteView = std::span<const std::uint8_t>;
 
 constexpr std::array<std::uint8_t, 3> kSetBaudRatePrefix = {0x00, 0x01, 0x39};
 
-bool StartsWith(Bytes bytes, Bytes prefix) {
+bool StartsWith(ByteView bytes, ByteView prefix) {
   return bytes.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), bytes.begin());
 }
 
@@ -30,14 +30,14 @@ bool SmallSensorTunnel::Takes(const ReceivedRequest& request) {
 }
 
 Reply SmallSensorTunnel::Handle(const ReceivedRequest& request, ReplyPlan& plan) const {
-  const Bytes payload = request.payload;
+  const ByteView payload = request.payload;
   if (StartsWith(payload, kTunnelPrefix)) return Carry(payload.subspan(kTunnelPrefix.size()), plan);
   if (StartsWith(payload, kSetBaudRatePrefix)) return SetBaudRate(payload.subspan(kSetBaudRatePrefix.size()));
   if (!StartsWith(payload, kGetBaudRatePayload)) return {kUnknownCommand, {}};
   return payload.size() == kGetBaudRatePayload.size() ? BaudRate() : Reply{kWrongPayloadSize, {}};
 }
 
-Reply SmallSensorTunnel::Carry(Bytes frame, ReplyPlan& plan) const {
+Reply SmallSensorTunnel::Carry(ByteView frame, ReplyPlan& plan) const {
   const auto request = ParseSerialRequest(frame);
   if (!request) return {kBadSerialFrame, {}};
   SerialAnswer answer = AnswerSerialRequest(*request, Carriage::kInsideKtc, parts_);
@@ -57,7 +57,7 @@ Reply SmallSensorTunnel::BaudRate() const {
   return {kSuccess, std::move(payload)};
 }
 
-Reply SmallSensorTunnel::SetBaudRate(Bytes payload) const {
+Reply SmallSensorTunnel::SetBaudRate(ByteView payload) const {
   if (payload.size() != sizeof(std::uint32_t)) return {kWrongPayloadSize, {}};
   const auto rate = quarn::lidar::LoadBigEndian<std::uint32_t>(payload, 0);
   if (rate == 0) return {kValueNotAllowed, {}};

@@ -6,6 +6,7 @@
 
 #include "VarkelCore/src/pages/page_description.h"
 #include "libquarn/KtcClient/src/ktc_client.h"
+#include "libquarn/Platform/src/hex_text.h"
 
 namespace varkel {
 
@@ -24,11 +25,6 @@ QString RefusalWords(const std::optional<int>& code) {
   if (*code > 0) return QStringLiteral("refused, code %1").arg(*code);
   return *code == quarn::lidar::KtcClient::kNotSent ? QStringLiteral("not sent")
                                                     : QStringLiteral("not answered, code %1").arg(*code);
-}
-
-QString Hex(const std::vector<std::uint8_t>& bytes) {
-  return QString::fromLatin1(
-      QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())).toHex(' '));
 }
 
 }  // namespace
@@ -166,7 +162,7 @@ QVariant PageModel::Changing(const Row& row, int role) const {
     case kEdited:
       return shown.edited;
     case kRawHex:
-      return Hex(shown.raw);
+      return QString::fromStdString(quarn::lidar::HexText(shown.raw));
     case kStale:
       return shown.stale;
     case kHeldText:

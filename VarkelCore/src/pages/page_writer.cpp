@@ -1,6 +1,5 @@
 #include "VarkelCore/src/pages/page_writer.h"
 
-#include <QByteArray>
 #include <QString>
 #include <algorithm>
 #include <array>
@@ -8,6 +7,7 @@
 #include <exception>
 #include <memory>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <unordered_set>
 #include <utility>
@@ -17,6 +17,7 @@
 #include "VarkelCore/src/tasks/diagnostics.h"
 #include "VarkelCore/src/values/exchange_decoder.h"
 #include "VarkelCore/src/values/str_parser.h"
+#include "libquarn/Platform/src/hex_text.h"
 #include "libquarn/Platform/src/text_number.h"
 
 namespace varkel {
@@ -25,9 +26,8 @@ namespace {
 
 constexpr char kRun[] = "VarkelManager::Run";
 
-QString Hex(const std::vector<std::uint8_t>& bytes) {
-  return QString::fromLatin1(
-      QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())).toHex(' '));
+QString HexBytes(std::span<const std::uint8_t> bytes) {
+  return QString::fromStdString(quarn::lidar::HexText(bytes));
 }
 
 /// False if the field is beyond the size of any request: lengths in a table must not make the payload grow
@@ -221,14 +221,14 @@ SentCommand PageWriter::Write(Model& model, quarn::lidar::KtcClient& client,
   SetRequest request = MakeSetRequest(model, set_cmd);
   const std::vector<std::uint8_t> payload = RequestPayload(command, request.payload);
   PlainDebugLine(kRun, "(): QueryCommand send cmd:    ", QString::fromStdString(set_cmd));
-  PlainDebugLine(kRun, "(): QueryCommand send payload:", Hex(payload), ", length =", payload.size());
+  PlainDebugLine(kRun, "(): QueryCommand send payload:", HexBytes(payload), ", length =", payload.size());
   const ExchangeResult result = QueryTableCommand(client, command, payload);
   if (result) {
-    PlainDebugLine(kRun, "(): QueryCommand SUCCESS, get result =", Hex(*result));
+    PlainDebugLine(kRun, "(): QueryCommand SUCCESS, get result =", HexBytes(*result));
     ReportSent(*model.catalogue, set_cmd);
     return std::move(request.command);
   }
-  PlainDebugLine(kRun, "(): QueryCommand FAILED, get result =", Hex({}));
+  PlainDebugLine(kRun, "(): QueryCommand FAILED, get result =", HexBytes({}));
   // The request was sent, but the sensor moved to its new address before it could answer.
   const bool is_moved = set_cmd == kAddressSetCommand && result.error() == quarn::lidar::KtcClient::kNoHeader;
   if (is_moved) return std::move(request.command);

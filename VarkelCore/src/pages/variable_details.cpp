@@ -1,6 +1,5 @@
 #include "VarkelCore/src/pages/variable_details.h"
 
-#include <QByteArray>
 #include <QDateTime>
 #include <QLocale>
 #include <QString>
@@ -8,15 +7,11 @@
 #include <chrono>
 
 #include "VarkelCore/src/pages/page_description.h"
+#include "libquarn/Platform/src/hex_text.h"
 
 namespace varkel {
 
 namespace {
-
-QString RawBytes(const std::vector<std::uint8_t>& bytes) {
-  return QString::fromLatin1(
-      QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size())).toHex(' '));
-}
 
 QString ByteCount(std::uint32_t count) {
   return count == 1 ? QStringLiteral("1 byte") : QStringLiteral("%1 bytes").arg(count);
@@ -97,7 +92,7 @@ QVariantList VariableDetails(const Model& model, const VarInfo& var) {
     QString text;
   } kLines[] = {
       {"Value", QString::fromStdString(shown.text)},
-      {"Raw bytes", RawBytes(shown.raw)},
+      {"Raw bytes", QString::fromStdString(quarn::lidar::HexText(shown.raw))},
       {"Origin", Origin(shown)},
       {"Read at", ReadTime(shown)},
       {"Last save", LastSave(model, var)},

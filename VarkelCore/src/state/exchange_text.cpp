@@ -24,16 +24,10 @@ std::string ExchangeCodeText(std::int32_t code) {
   }
 }
 
-std::string RawText(std::span<const std::uint8_t> bytes) {
-  std::string text = quarn::lidar::HexLine(bytes);
-  if (!text.empty()) text.pop_back();
-  return text;
-}
-
 std::vector<std::uint8_t> RawBytes(const std::string& text) {
   const QByteArray bytes = QByteArray::fromHex(QByteArray::fromStdString(text));
   std::vector<std::uint8_t> raw(bytes.begin(), bytes.end());
-  return RawText(raw) == text ? raw : std::vector<std::uint8_t>();
+  return quarn::lidar::HexText(raw) == text ? raw : std::vector<std::uint8_t>();
 }
 
 }  // namespace varkel

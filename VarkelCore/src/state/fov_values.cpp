@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "VarkelCore/src/state/exchange_text.h"
+#include "libquarn/Platform/src/hex_text.h"
 
 namespace varkel {
 
@@ -22,7 +23,8 @@ std::string Sector(std::size_t index) {
 
 std::string RawAngle(float degrees) {
   const auto tenths = static_cast<std::uint16_t>(std::lround(degrees * kTenths));
-  return RawText(std::array{static_cast<std::uint8_t>(tenths >> 8U), static_cast<std::uint8_t>(tenths)});
+  return quarn::lidar::HexText(
+      std::array{static_cast<std::uint8_t>(tenths >> 8U), static_cast<std::uint8_t>(tenths)});
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "VarkelCore/src/state/exchange_text.h"
 #include "VarkelCore/src/state/fov_values.h"
 #include "libquarn/KtcClient/src/channel_fov.h"
+#include "libquarn/Platform/src/hex_text.h"
 
 namespace varkel {
 
@@ -33,7 +34,7 @@ void TakeValues(const Model& model, const ReadGroup& group, ValueStore::Moment s
       continue;
     }
     const ValueStore::Shown shown = model.values.Show(*var);
-    StateValue value = MakeStateValue(*model.catalogue, *var, shown.text, RawText(shown.raw));
+    StateValue value = MakeStateValue(*model.catalogue, *var, shown.text, quarn::lidar::HexText(shown.raw));
     if (IsVersion(*var)) state.versions.emplace_back(value.name, value.text);
     if (var->var_name == "SN") state.sn = value.text;
     if (var->var_name == "PN") state.pn = value.text;

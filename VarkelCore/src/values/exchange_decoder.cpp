@@ -14,17 +14,17 @@
 namespace varkel {
 namespace {
 
-using Bytes = std::span<const std::uint8_t>;
+using ByteView = std::span<const std::uint8_t>;
 
 /// The fields ordered by position, with the gaps between them filled with fields of unknown bytes.
-std::vector<DecodedField> Filled(std::vector<DecodedField> fields, Bytes payload) {
+std::vector<DecodedField> Filled(std::vector<DecodedField> fields, ByteView payload) {
   std::stable_sort(fields.begin(), fields.end(),
                    [](const DecodedField& a, const DecodedField& b) { return a.place < b.place; });
   std::vector<DecodedField> filled;
   std::size_t end = 0;
   const auto fill_up_to = [&](std::size_t place) {
     if (place <= end) return;
-    const Bytes gap = payload.subspan(end, place - end);
+    const ByteView gap = payload.subspan(end, place - end);
     filled.push_back({{}, {}, {}, {}, {}, end, {gap.begin(), gap.end()}});
   };
   for (DecodedField& field : fields) {
@@ -83,7 +83,7 @@ void ExchangeDecoder::Index(const std::map<std::string, ConfigParser::VarList>& 
   }
 }
 
-ExchangeDecoder::Route ExchangeDecoder::FindRoute(std::uint8_t command, Bytes request) const {
+ExchangeDecoder::Route ExchangeDecoder::FindRoute(std::uint8_t command, ByteView request) const {
   Route route{{command, std::nullopt}, request, nullptr, {}, nullptr};
   if (command == quarn::lidar::kKtcExtensionCmd && request.size() >= kExtendedCodeSize) {
     route.code.second = quarn::lidar::LoadBigEndian<std::uint32_t>(request, 0);
@@ -112,7 +112,7 @@ ExchangeDecoder::Route ExchangeDecoder::FindRoute(std::uint8_t command, Bytes re
   return route;
 }
 
-std::string ExchangeDecoder::CommandName(std::uint8_t command, Bytes request) const {
+std::string ExchangeDecoder::CommandName(std::uint8_t command, ByteView request) const {
   const Route route = FindRoute(command, request);
   if (route.action != nullptr) return route.action->var_name;
   if (!route.gets.empty()) return "read " + Names(route.gets);
@@ -120,7 +120,7 @@ std::string ExchangeDecoder::CommandName(std::uint8_t command, Bytes request) co
   return ProtocolCommandName(command, request);
 }
 
-std::vector<DecodedField> ExchangeDecoder::Request(std::uint8_t command, Bytes request) const {
+std::vector<DecodedField> ExchangeDecoder::Request(std::uint8_t command, ByteView request) const {
   const Route route = FindRoute(command, request);
   const std::size_t code_size = request.size() - route.content.size();
   // The table has only the channel; the angles are not variables.
@@ -145,7 +145,8 @@ std::vector<DecodedField> ExchangeDecoder::Request(std::uint8_t command, Bytes r
   return Filled(std::move(fields), request);
 }
 
-std::vector<DecodedField> ExchangeDecoder::Reply(std::uint8_t command, Bytes request, Bytes reply) const {
+std::vector<DecodedField> ExchangeDecoder::Reply(std::uint8_t command, ByteView request,
+                                                 ByteView reply) const {
   const Route route = FindRoute(command, request);
   const bool is_fov = !route.code.second && command == quarn::lidar::kQueryMultiFovCmd;
   std::vector<DecodedField> fields;
@@ -163,7 +164,7 @@ std::vector<DecodedField> ExchangeDecoder::Reply(std::uint8_t command, Bytes req
   return Filled(std::move(fields), reply);
 }
 
-DecodedField ExchangeDecoder::Field(const VarInfo& var, Bytes payload, std::size_t place,
+DecodedField ExchangeDecoder::Field(const VarInfo& var, ByteView payload, std::size_t place,
                                     float coefficient) const {
   std::size_t length = 0;
   {
@@ -175,8 +176,8 @@ DecodedField ExchangeDecoder::Field(const VarInfo& var, Bytes payload, std::size
     length = payload.size();
   }
   DecodedField field{var.var_id, var.var_name, {}, {}, PlainUnit(var), place, {}};
-  const Bytes rest = payload.subspan(std::min(place, payload.size()));
-  const Bytes raw = rest.first(std::min(length, rest.size()));
+  const ByteView rest = payload.subspan(std::min(place, payload.size()));
+  const ByteView raw = rest.first(std::min(length, rest.size()));
   field.raw.assign(raw.begin(), raw.end());
   field.is_missing = raw.size() < length;
   if (!field.is_missing) {

@@ -43,19 +43,19 @@ class ExchangeDecoder {
 
  private:
   using Code = std::pair<std::uint8_t, std::optional<std::uint32_t>>;  // command byte, four-byte code
-  using Bytes = std::span<const std::uint8_t>;
+  using ByteView = std::span<const std::uint8_t>;
   using Vars = std::vector<const VarInfo*>;
   struct Route {
     Code code;
-    Bytes content;               // of the request, after the four-byte code
+    ByteView content;            // of the request, after the four-byte code
     const Vars* sets = nullptr;  // null: not a set command
     Vars gets;                   // those read by this request
     const VarInfo* action = nullptr;
   };
 
   void Index(const std::map<std::string, ConfigParser::VarList>& commands, std::map<Code, Vars>& index);
-  Route FindRoute(std::uint8_t command, Bytes request) const;
-  DecodedField Field(const VarInfo& var, Bytes payload, std::size_t place, float coefficient) const;
+  Route FindRoute(std::uint8_t command, ByteView request) const;
+  DecodedField Field(const VarInfo& var, ByteView payload, std::size_t place, float coefficient) const;
 
   const std::shared_ptr<const ConfigParser> catalogue_;
   std::map<Code, Vars> gets_;

@@ -15,19 +15,19 @@ namespace varkel {
 namespace {
 
 using namespace quarn::lidar;
-using Bytes = std::span<const std::uint8_t>;
+using ByteView = std::span<const std::uint8_t>;
 
 /// Extracts fields from a payload one after the other; missing ones are left out.
 class Cutter {
  public:
-  explicit Cutter(Bytes payload, std::size_t place = 0) : payload_(payload), place_(place) {}
+  explicit Cutter(ByteView payload, std::size_t place = 0) : payload_(payload), place_(place) {}
 
   std::size_t left() const { return payload_.size() - std::min(place_, payload_.size()); }
 
-  Bytes Take(const std::string& name, std::size_t size, const std::string& text = {},
-             const std::string& unit = {}) {
+  ByteView Take(const std::string& name, std::size_t size, const std::string& text = {},
+                const std::string& unit = {}) {
     if (size == 0 || left() < size) return {};
-    const Bytes raw = payload_.subspan(place_, size);
+    const ByteView raw = payload_.subspan(place_, size);
     fields_.push_back({{}, name, text, {}, unit, place_, {raw.begin(), raw.end()}});
     place_ += size;
     return raw;
@@ -52,17 +52,17 @@ class Cutter {
   std::vector<DecodedField> fields() { return std::move(fields_); }
 
  private:
-  const Bytes payload_;
+  const ByteView payload_;
   std::size_t place_;
   std::vector<DecodedField> fields_;
 };
 
-bool StartsWith(Bytes bytes, std::string_view text) {
+bool StartsWith(ByteView bytes, std::string_view text) {
   return bytes.size() >= text.size() && std::equal(text.begin(), text.end(), bytes.begin());
 }
 
 /// A piece of a file is a complete KTC request inside the payload, after a four-byte code if there is one.
-std::size_t FilePieceAt(Bytes request) {
+std::size_t FilePieceAt(ByteView request) {
   static const Ktc_1_0_parser kParser;
   for (const std::size_t place : {std::size_t{0}, std::size_t{4}}) {
     const std::size_t least = place + kParser.GetHeaderSize() + kFilePieceHeaderSize;
@@ -76,20 +76,20 @@ std::size_t FilePieceAt(Bytes request) {
   return request.size();
 }
 
-std::vector<DecodedField> FilePiece(Bytes request, std::size_t place) {
+std::vector<DecodedField> FilePiece(ByteView request, std::size_t place) {
   Cutter cutter(request, place);
   cutter.Take("inner header", Ktc_1_0_parser().GetHeaderSize());
   cutter.Take("reserved", 4);
   cutter.Number<std::uint32_t>("piece");
   cutter.Number<std::uint32_t>("pieces");
-  const Bytes data = request.last(cutter.left() - 4);
+  const ByteView data = request.last(cutter.left() - 4);
   const auto crc = LoadBigEndian<std::uint32_t>(request, request.size() - cutter.left());
   cutter.Check("CRC", crc == Crc32Mpeg2(data), 4);
   cutter.Take("data", data.size(), std::to_string(data.size()) + " bytes");
   return cutter.fields();
 }
 
-std::vector<DecodedField> Tunnelled(Bytes payload, bool is_reply) {
+std::vector<DecodedField> Tunnelled(ByteView payload, bool is_reply) {
   std::vector<DecodedField> fields = SerialFrameFields(payload.subspan(kTunnelPrefix.size()), is_reply);
   for (DecodedField& field : fields) field.place += kTunnelPrefix.size();
   fields.insert(fields.begin(),
@@ -99,14 +99,14 @@ std::vector<DecodedField> Tunnelled(Bytes payload, bool is_reply) {
 
 }  // namespace
 
-std::string ProtocolCommandName(std::uint8_t command, Bytes request) {
+std::string ProtocolCommandName(std::uint8_t command, ByteView request) {
   if (CarriesSerialFrame(command, request)) return SerialFrameName(request.subspan(kTunnelPrefix.size()));
   if (command == kWriteChannelFovCmd) return "write the field of view";
   if (command == kQueryMultiFovCmd) return "read the field of view";
   return FilePieceAt(request) < request.size() ? "piece of a file" : std::string();
 }
 
-std::vector<DecodedField> ProtocolRequestFields(std::uint8_t command, Bytes request) {
+std::vector<DecodedField> ProtocolRequestFields(std::uint8_t command, ByteView request) {
   if (CarriesSerialFrame(command, request)) return Tunnelled(request, false);
   if (const std::size_t place = FilePieceAt(request); place < request.size()) {
     return FilePiece(request, place);
@@ -118,7 +118,7 @@ std::vector<DecodedField> ProtocolRequestFields(std::uint8_t command, Bytes requ
   return cutter.fields();
 }
 
-std::vector<DecodedField> ProtocolReplyFields(std::uint8_t command, Bytes reply) {
+std::vector<DecodedField> ProtocolReplyFields(std::uint8_t command, ByteView reply) {
   if (CarriesSerialFrame(command, reply)) return Tunnelled(reply, true);
   if (command != kQueryMultiFovCmd) return {};
   Cutter cutter(reply);
@@ -130,7 +130,7 @@ std::vector<DecodedField> ProtocolReplyFields(std::uint8_t command, Bytes reply)
   return cutter.fields();
 }
 
-std::vector<DecodedField> SerialFrameFields(Bytes frame, bool is_reply) {
+std::vector<DecodedField> SerialFrameFields(ByteView frame, bool is_reply) {
   constexpr std::size_t kNonce = 4;
   constexpr std::size_t kCrc = 4;
   constexpr std::size_t kTrailer = 2;
@@ -173,7 +173,7 @@ std::vector<DecodedField> SerialFrameFields(Bytes frame, bool is_reply) {
   return cutter.fields();
 }
 
-std::string SerialFrameName(Bytes frame) {
+std::string SerialFrameName(ByteView frame) {
   constexpr std::size_t kCode = kSerialTagSize + 1;
   constexpr std::size_t kFrameType = kSerialTagSize + 3;
   constexpr std::uint8_t kGet = 2;

@@ -14,7 +14,7 @@ namespace varkel {
 namespace {
 
 using quarn::lidar::LoadBigEndian;
-using Bytes = std::span<const std::uint8_t>;
+using ByteView = std::span<const std::uint8_t>;
 
 constexpr std::size_t kMacSize = 6;
 constexpr std::size_t kHardwareVersionSize = 16;
@@ -38,12 +38,12 @@ std::string Padded(unsigned value, std::size_t digits) {
   return text;
 }
 
-std::string_view WithoutPadding(Bytes bytes) {
+std::string_view WithoutPadding(ByteView bytes) {
   const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   return text.substr(0, text.find_last_not_of('\0') + 1);
 }
 
-std::string Dotted(Bytes bytes) {
+std::string Dotted(ByteView bytes) {
   std::string text;
   for (const std::uint8_t byte : bytes) {
     text += text.empty() ? "" : ".";
@@ -52,13 +52,13 @@ std::string Dotted(Bytes bytes) {
   return text;
 }
 
-ValueText Ip(Bytes bytes, float /*coefficient*/) {
+ValueText Ip(ByteView bytes, float /*coefficient*/) {
   return {ValueFault::kNone, Dotted(bytes)};
 }
 
 // Bytes up to and including 0x10 get a leading zero, so 0x10 shows as "010": the sensor's other tools show
 // addresses this way, and users compare them.
-ValueText Mac(Bytes bytes, float /*coefficient*/) {
+ValueText Mac(ByteView bytes, float /*coefficient*/) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   constexpr std::uint8_t kLastWithZero = 0x10;
   if (bytes.size() < kMacSize) {
@@ -77,7 +77,7 @@ ValueText Mac(Bytes bytes, float /*coefficient*/) {
 }
 
 // Board name, then major, minor, patch, revision, then the build number.
-ValueText HardwareVersion(Bytes bytes, float /*coefficient*/) {
+ValueText HardwareVersion(ByteView bytes, float /*coefficient*/) {
   constexpr std::size_t kNameSize = 8;
   constexpr std::size_t kNumbers = 4;
   if (bytes.size() != kHardwareVersionSize) {
@@ -92,7 +92,7 @@ ValueText HardwareVersion(Bytes bytes, float /*coefficient*/) {
 }
 
 // Major, minor, patch, build, then year, month, day.
-ValueText SoftwareVersion(Bytes bytes, float /*coefficient*/) {
+ValueText SoftwareVersion(ByteView bytes, float /*coefficient*/) {
   constexpr std::size_t kNumbers = 4;
   constexpr std::size_t kMonth = 6;
   constexpr std::size_t kDay = 7;
@@ -106,14 +106,14 @@ ValueText SoftwareVersion(Bytes bytes, float /*coefficient*/) {
   return {ValueFault::kNone, text};
 }
 
-ValueText Text(Bytes bytes, float /*coefficient*/) {
+ValueText Text(ByteView bytes, float /*coefficient*/) {
   return {ValueFault::kNone, std::string(WithoutPadding(bytes))};
 }
 
 // A field may be narrower or wider than its type: the low-order bytes are used, and a narrow signed field is
 // sign-extended.
 template <std::integral T>
-ValueText Integer(Bytes bytes, float coefficient) {
+ValueText Integer(ByteView bytes, float coefficient) {
   std::uint64_t raw = std::is_signed_v<T> && bytes.front() >= 0x80 ? ~std::uint64_t{0} : 0;
   for (const std::uint8_t byte : bytes) {
     raw = (raw << 8U) | byte;
@@ -126,7 +126,7 @@ ValueText Integer(Bytes bytes, float coefficient) {
 }
 
 template <std::floating_point T, std::unsigned_integral Bits>
-ValueText Real(Bytes bytes, float coefficient) {
+ValueText Real(ByteView bytes, float coefficient) {
   if (bytes.size() < sizeof(T)) {
     return {ValueFault::kNumberSize, {}};
   }
@@ -134,7 +134,7 @@ ValueText Real(Bytes bytes, float coefficient) {
   return {ValueFault::kNone, Fixed(static_cast<double>(value) * static_cast<double>(coefficient))};
 }
 
-ValueText Duration(Bytes bytes, float /*coefficient*/) {
+ValueText Duration(ByteView bytes, float /*coefficient*/) {
   constexpr std::uint64_t kMinute = 60;
   constexpr std::uint64_t kHour = 3600;
   std::uint64_t seconds = 0;
@@ -149,7 +149,7 @@ ValueText Duration(Bytes bytes, float /*coefficient*/) {
 
 struct Converter {
   std::string_view var_type;
-  ValueText (*convert)(Bytes bytes, float coefficient);
+  ValueText (*convert)(ByteView bytes, float coefficient);
 };
 
 constexpr std::array<Converter, 16> kConverters = {{

@@ -17,7 +17,7 @@ namespace {
 
 using Answer = CapturedExchange::Answer;
 using Protocol = CapturedExchange::Protocol;
-using Bytes = std::span<const std::uint8_t>;
+using ByteView = std::span<const std::uint8_t>;
 using TakeExchange = std::function<void(const CapturedExchange&)>;
 
 /// Matches the requests and replies of one connection.
@@ -26,7 +26,7 @@ class Pairing {
   Pairing(const TcpConversations::Connection& connection, const TakeExchange& take, CaptureSummary& summary)
       : connection_(connection), take_(take), summary_(summary) {}
 
-  void Add(WireDirection direction, CaptureTime time, Bytes bytes) {
+  void Add(WireDirection direction, CaptureTime time, ByteView bytes) {
     if (connection_.sensor == kSerialLinesEndpoint) {
       direction == WireDirection::kToSensor ? AddSerialRequest(time, bytes) : AddSerialReply(time, bytes);
       return;
@@ -93,7 +93,7 @@ class Pairing {
   }
 
   // On serial lines each frame arrives in one piece, however many segments carry it.
-  void AddSerialRequest(CaptureTime time, Bytes bytes) {
+  void AddSerialRequest(CaptureTime time, ByteView bytes) {
     constexpr std::size_t kCode = 8;        // of a command frame
     constexpr std::size_t kFrameType = 10;  // of a firmware frame
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
@@ -107,7 +107,7 @@ class Pairing {
     if (bytes.size() > code) exchange.command = bytes[code];
   }
 
-  void AddSerialReply(CaptureTime time, Bytes bytes) {
+  void AddSerialReply(CaptureTime time, ByteView bytes) {
     if (pending_.empty()) {
       summary_.noise += bytes.size();
       return;
@@ -163,7 +163,7 @@ CaptureSummary ReadCapture(std::istream& file, const TakeExchange& take_exchange
     return pairings.try_emplace(connection.number, connection, take_exchange, summary).first->second;
   };
   TcpConversations conversations({[&](const auto& connection, WireDirection direction, CaptureTime time,
-                                      Bytes bytes) { pairing_of(connection).Add(direction, time, bytes); },
+                                      ByteView bytes) { pairing_of(connection).Add(direction, time, bytes); },
                                   [&](const auto& connection, WireDirection direction, std::uint64_t lost) {
                                     summary.lost += lost;
                                     pairing_of(connection).Lose(direction);

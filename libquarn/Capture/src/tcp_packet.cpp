@@ -9,7 +9,7 @@
 namespace quarn::lidar {
 namespace {
 
-using Bytes = std::span<const std::uint8_t>;
+using ByteView = std::span<const std::uint8_t>;
 
 // RFC 791, 3.1.
 constexpr std::size_t kIpHeader = 20;
@@ -41,7 +41,7 @@ constexpr std::uint16_t kEtherTypeVlan = 0x8100;
 constexpr std::size_t kVlanTag = 4;
 
 /// RFC 1071.
-std::uint16_t InternetChecksum(Bytes bytes, std::uint32_t sum = 0) {
+std::uint16_t InternetChecksum(ByteView bytes, std::uint32_t sum = 0) {
   for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) sum += LoadBigEndian<std::uint16_t>(bytes, i);
   if (bytes.size() % 2 != 0) sum += static_cast<std::uint32_t>(bytes.back()) << 8U;
   while (sum > 0xFFFF) sum = (sum & 0xFFFFU) + (sum >> 16U);
@@ -49,17 +49,17 @@ std::uint16_t InternetChecksum(Bytes bytes, std::uint32_t sum = 0) {
 }
 
 /// The IPv4 packet after the link header; empty for anything else.
-Bytes IpPacket(std::uint32_t link_type, Bytes packet) {
+ByteView IpPacket(std::uint32_t link_type, ByteView packet) {
   const auto after = [packet](std::size_t type, std::size_t size) {
     const bool is_ip = packet.size() > size && LoadBigEndian<std::uint16_t>(packet, type) == kEtherTypeIpv4;
-    return is_ip ? packet.subspan(size) : Bytes();
+    return is_ip ? packet.subspan(size) : ByteView();
   };
   switch (link_type) {
     case kLinkRawIp:
     case kLinkIpv4:
       return packet;
     case kLinkLoopback:
-      return packet.size() > 4 ? packet.subspan(4) : Bytes();
+      return packet.size() > 4 ? packet.subspan(4) : ByteView();
     case kLinkEthernet: {
       constexpr std::size_t kType = 12;
       const bool is_tagged =
@@ -75,7 +75,7 @@ Bytes IpPacket(std::uint32_t link_type, Bytes packet) {
   }
 }
 
-Ipv4 AddressAt(Bytes bytes, std::size_t offset) {
+Ipv4 AddressAt(ByteView bytes, std::size_t offset) {
   Ipv4 address{};
   std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(offset), address.size(), address.begin());
   return address;
@@ -90,7 +90,7 @@ std::string FormatEndpoint(const TcpEndpoint& endpoint) {
 std::vector<std::uint8_t> EncodeTcpPacket(const TcpSegment& segment, std::uint16_t identification) {
   constexpr std::uint8_t kHops = 64;
   constexpr std::uint16_t kWindow = 0xFFFF;
-  const Bytes payload = segment.payload.first(std::min(segment.payload.size(), kLargestSegment));
+  const ByteView payload = segment.payload.first(std::min(segment.payload.size(), kLargestSegment));
   std::vector<std::uint8_t> packet(kIpHeader + kTcpHeader + payload.size());
   std::copy(payload.begin(), payload.end(), packet.begin() + kIpHeader + kTcpHeader);
   const std::span<std::uint8_t> ip = std::span(packet).first(kIpHeader);
@@ -121,8 +121,8 @@ std::vector<std::uint8_t> EncodeTcpPacket(const TcpSegment& segment, std::uint16
   return packet;
 }
 
-std::optional<TcpSegment> DecodeTcpPacket(std::uint32_t link_type, Bytes packet) {
-  Bytes ip = IpPacket(link_type, packet);
+std::optional<TcpSegment> DecodeTcpPacket(std::uint32_t link_type, ByteView packet) {
+  ByteView ip = IpPacket(link_type, packet);
   if (ip.size() < kIpHeader || ip[0] >> 4U != 4 || ip[kIpProtocol] != kTcpProtocol ||
       (LoadBigEndian<std::uint16_t>(ip, kIpFragment) & kFragmentMask) != 0) {
     return std::nullopt;
@@ -132,7 +132,7 @@ std::optional<TcpSegment> DecodeTcpPacket(std::uint32_t link_type, Bytes packet)
   const std::size_t total = LoadBigEndian<std::uint16_t>(ip, kIpTotalLength);
   if (total != 0) ip = ip.first(std::min(total, ip.size()));
   if (ip_header < kIpHeader || ip.size() < ip_header + kTcpHeader) return std::nullopt;
-  const Bytes tcp = ip.subspan(ip_header);
+  const ByteView tcp = ip.subspan(ip_header);
   const std::size_t tcp_header = std::size_t{tcp[kTcpDataOffset]} / 16 * 4;
   if (tcp_header < kTcpHeader || tcp.size() < tcp_header) return std::nullopt;
   TcpSegment segment;

@@ -9,12 +9,12 @@
 
 #include "libquarn/KtcClient/src/tcp_client.h"
 #include "libquarn/KtcClient/src/tcp_open.h"
-#include "libquarn/Platform/src/logger.h"
+#include "libquarn/KtcClient/src/transport_log.h"
 
 namespace quarn::lidar {
 namespace {
 
-const char kSourceFile[] = "libquarn/KtcClient/src/tcp_ssl_client";
+constexpr auto kSourceFile = kTransportLog;
 
 using Clock = std::chrono::steady_clock;
 

@@ -16,4 +16,10 @@ std::string HexLine(std::span<const std::uint8_t> bytes) {
   return text;
 }
 
+std::string HexText(std::span<const std::uint8_t> bytes) {
+  std::string text = HexLine(bytes);
+  if (!text.empty()) text.pop_back();
+  return text;
+}
+
 }  // namespace quarn::lidar
