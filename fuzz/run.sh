@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Fuzzes the code that takes bytes and texts from outside.
+# Fuzzes the code that takes bytes and texts from outside, with the targets of the preset asan.
 #   run.sh SECONDS [TARGET...]   builds the targets, replays fuzz/corpus/TARGET and fuzzes each for SECONDS.
 #                                New inputs are kept in build/fuzz/found/TARGET, failing ones in
 #                                build/fuzz/artifacts; after a failure the exit status is not 0.
@@ -15,7 +15,7 @@ if [ ${#targets[@]} -eq 0 ]; then
   mapfile -t targets < <(sed -n 's/^varkel_fuzz_target(\([a-z_]*\) .*/\1/p' fuzz/CMakeLists.txt)
 fi
 tools/install-packages.sh
-tools/build.sh fuzz "${targets[@]/#/fuzz_}"
+tools/build.sh asan "${targets[@]/#/fuzz_}"
 
 export UBSAN_OPTIONS=print_stacktrace=1
 # An announced length must not be allocated: nothing here needs 64 MiB at once.
@@ -29,7 +29,7 @@ fuzz() {
   mkdir -p "$kept" "$found" "$artifacts"
   local options=("${limits[@]}" "-artifact_prefix=$artifacts/")
   if [ -f "fuzz/$target.dict" ]; then options+=("-dict=fuzz/$target.dict"); fi
-  local run=("build/fuzz/bin/fuzz_$target" "${options[@]}") log=build/fuzz/$target.log
+  local run=("build/asan/bin/fuzz_$target" "${options[@]}") log=build/fuzz/$target.log
   if [ "$what" = --merge ]; then
     "${run[@]}" -set_cover_merge=1 -use_counters=0 "$kept" "$found" >"$log" 2>&1 || code=$?
   else

@@ -21,8 +21,8 @@ std::string Read(const std::string& text) {
   std::string rows;
   try {
     table.ForEachRow([&](const CsvRow& row) {
-      const std::string cells = std::string(row.Cell(a)) + "][" + std::string(row.Cell(b));
-      rows += std::to_string(row.number()) + "[" + cells + "]";
+      const std::string first(row.Cell(a));
+      rows += std::to_string(row.number()) + "[" + first + "][" + std::string(row.Cell(b)) + "]";
     });
   } catch (const std::runtime_error& error) {
     return error.what();
@@ -60,7 +60,7 @@ TEST(CsvTable, SaysWhereQuotesAreMalformed) {
   EXPECT_THAT(Read("A,B\n1,2\n3,\"4\n5,6\n"), HasSubstr("A quote opened in row 3 of"));
   EXPECT_EQ(Read("A,C\n1,2\n"), "Can't find a column named B");
   EXPECT_EQ(Read("A;B\n1;2\n"),
-            "Can't find a column named B: " + TableFile("").path() +
+            "Can't find a column named A: " + TableFile("").path() +
                 " separates its cells with \";\". Save it as comma-separated text (CSV).");
 }
 

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kLimit = 4096;
 constexpr std::size_t kTooMuch = std::size_t{3} * kLimit;
-constexpr char kOld[] = "[General]\nudp_port=2400\n";
+constexpr char kOldSettings[] = "[General]\nudp_port=2400\n";
 
 using Write = std::function<bool(const QString& path)>;
 
@@ -38,12 +38,12 @@ class HostileFilesTest : public QObject {
                  {[](const auto& path) { QCOMPARE(symlink(path, path), 0); }, "not a regular file"},
                  {[](const auto& path) { mkfifo(path, 0600); }, "not a regular file"},  // nobody fills it
                  {[](const auto& path) {
-                    Put(path, kOld);
+                    Put(path, kOldSettings);
                     QFile::resize(path, 100'000'000);
                   },
                   "100000000 bytes"},
                  {[](const auto& path) {
-                    Put(path, kOld);
+                    Put(path, kOldSettings);
                     chmod(path, 0);
                   },
                   "Permission denied"}};
@@ -68,7 +68,7 @@ class HostileFilesTest : public QObject {
       QVERIFY2(fault.find(why) != std::string::npos, fault.c_str());
       if (*why == 'n') {
         QVERIFY(!WriteBytes(path));
-        Put(folder.filePath("new"), kOld);
+        Put(folder.filePath("new"), kOldSettings);
         QVERIFY(!varkel::ReplaceFile(folder.filePath("new"), path));
         QVERIFY(QFile::remove(folder.filePath("new")));
       }
@@ -95,12 +95,12 @@ class HostileFilesTest : public QObject {
     for (const Write& write : {Write(WriteSettings), Write(WriteBytes)}) {
       const QTemporaryDir folder;
       const QString path = folder.filePath("file");
-      Put(path, kOld);
+      Put(path, kOldSettings);
       auto full = std::make_unique<FullDisk>(kLimit);
       const bool written = write(path);
       full.reset();
       QVERIFY(!written);
-      QCOMPARE(Content(path), QByteArray(kOld));
+      QCOMPARE(Content(path), QByteArray(kOldSettings));
       QCOMPARE(Files(folder.path()), QStringList{"file"});
       QVERIFY(write(path));
       QVERIFY(std::cmp_greater_equal(Content(path).size(), kTooMuch));

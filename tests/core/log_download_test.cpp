@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr char kOld[] = "an older archive";
+constexpr char kOldArchive[] = "an older archive";
 constexpr int kDisk = 8192;
 constexpr char kFailed[] = "Operation log download failed.";
 constexpr char kDownloaded[] = "Operation log download successful.";
@@ -119,13 +119,15 @@ class LogDownloadTest : public QObject {
     for (int second = 0; second < 20; ++second) {
       names.append("asw_error_" + QLocale::c().toString(now.addSecs(second), "yyyy_MM_dd_hh_mm_ss") + ".bin");
     }
-    for (const QString& name : names) Put(parts_.filePath(name), kOld);
+    for (const QString& name : names) Put(parts_.filePath(name), kOldArchive);
     fixture_->manager->DownloadOperationLog(QUrl::fromLocalFile(parts_.filePath("logs.tar")));
     QCOMPARE(fixture_->NextSuccess(), kDownloaded);
     names.sort();
     QCOMPARE(Files(parts_.path()), names);
     QCOMPARE(Packed(parts_.filePath("logs.tar")).size(), 4);
-    for (const QString& name : names.mid(0, 20)) QCOMPARE(Content(parts_.filePath(name)), QByteArray(kOld));
+    for (const QString& name : names.mid(0, 20)) {
+      QCOMPARE(Content(parts_.filePath(name)), QByteArray(kOldArchive));
+    }
   }
 
   // A shell script replaces tar and a full disk is simulated where that is possible.
@@ -155,7 +157,7 @@ class LogDownloadTest : public QObject {
     QFETCH(QString, error);
     QFETCH(int, parts);
     const QString path = folder_->filePath("logs.tar");
-    Put(path, kOld);
+    Put(path, kOldArchive);
     MakePipe();
     const QStringList before = Files(folder_->path());
     if (!rule.isEmpty()) fixture_->AddFault(rule.toStdString());
@@ -167,7 +169,7 @@ class LogDownloadTest : public QObject {
     cleanup();
     QCOMPARE(reported, error);
     QVERIFY(!fixture_->manager->IsDownloadLog());
-    QCOMPARE(Content(path), QByteArray(kOld));
+    QCOMPARE(Content(path), QByteArray(kOldArchive));
     QCOMPARE(Files(folder_->path()), before);
     QCOMPARE(Files(parts_.path()).size(), parts);  // the parts that arrived are kept for inspection
     const bool is_futile = tar == "-" || name == "pipe.tar";

@@ -39,7 +39,7 @@ class FakePeer {
   FakePeer(std::uint8_t version, Handler handler)
       : layout_(lidar::KtcParser(version).parser()->layout()),
         handler_(std::move(handler)),
-        listener_(platform::TcpListener::Listen("127.0.0.1", 0)),
+        listener_(platform::TcpListener::Listen(kLoopback, 0)),
         thread_([this](const std::stop_token& stop) { Serve(stop); }) {}
 
   std::uint16_t port() const { return listener_->port(); }
@@ -113,8 +113,7 @@ class FakePeer {
 
 inline std::shared_ptr<lidar::KtcClient> MakeClient(std::uint16_t port, std::uint8_t version = 1,
                                                     std::uint32_t timeout_ms = 2000, float connect_s = 5,
-                                                    const std::string& ip = "127.0.0.1",
-                                                    std::uint32_t type = 0,
+                                                    const std::string& ip = kLoopback, std::uint32_t type = 0,
                                                     const lidar::KtcLimits& limits = {}) {
   return std::make_shared<lidar::KtcClient>(ip, port, false, type, version, "", "", "", timeout_ms,
                                             timeout_ms, connect_s, std::uint16_t{0}, limits);
@@ -124,7 +123,7 @@ inline std::shared_ptr<lidar::KtcClient> MakeClient(std::uint16_t port, std::uin
 inline std::shared_ptr<lidar::KtcClient> Connect(const FakePeer& peer, std::uint8_t version = 1,
                                                  std::uint32_t timeout_ms = 2000,
                                                  const lidar::KtcLimits& limits = {}) {
-  auto client = MakeClient(peer.port(), version, timeout_ms, 5, "127.0.0.1", 0, limits);
+  auto client = MakeClient(peer.port(), version, timeout_ms, 5, kLoopback, 0, limits);
   EXPECT_TRUE(Eventually([&] { return client->IsOpen(); }));
   return client;
 }

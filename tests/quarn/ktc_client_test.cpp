@@ -16,6 +16,7 @@ using test::Bytes;
 using test::Connect;
 using test::FakePeer;
 using test::Joined;
+using test::kLoopback;
 using test::MakeClient;
 using test::Request;
 
@@ -93,14 +94,14 @@ TEST(QueryCommand, DrainsWhatAnEarlierExchangeLeft) {
 }
 
 TEST(QueryCommand, EndsOnASensorThatSendsWithoutPause) {
-  const auto listener = platform::TcpListener::Listen("127.0.0.1", 0);
+  const auto listener = platform::TcpListener::Listen(kLoopback, 0);
   const auto flood = std::async(std::launch::async, [&] {
     const platform::SocketHandle connection = listener->Accept(5000);
     const Bytes noise(1 << 18, 0x66);  // faster than the client reads
     while (platform::SendBytes(connection, noise, 0) > 0) continue;
     platform::CloseSocket(connection);
   });
-  const auto client = MakeClient(listener->port(), 1, 2000, 5, "127.0.0.1", 0,
+  const auto client = MakeClient(listener->port(), 1, 2000, 5, kLoopback, 0,
                                  {.longest_noise = std::chrono::milliseconds(300)});
   EXPECT_TRUE(test::Eventually([&] { return client->IsOpen(); }));
   // A busy machine may interrupt the flood for long enough that the request is sent.

@@ -105,8 +105,8 @@ TEST(SerialClient, ExchangesFirmwareFramesOnTheCommandLineAlone) {
 }
 
 TEST(KtcSerialClient, CarriesFramesInsideKtc) {
-  const auto rows = test::PageTable(QUARN_SERIAL_PAGE, "| Carried frame | KTC request (version 1) |");
-  ASSERT_EQ(rows.size(), 1U);
+  const auto rows = test::PageTable(QUARN_SERIAL_PAGE, "| Carried frame | KTC request (version 1) |", 1);
+  ASSERT_FALSE(rows.empty());
   EXPECT_EQ(test::FakePeer::Reply(1, 0xFF, test::Joined({{0, 2}, test::FromHex(rows[0][0])})),
             test::FromHex(rows[0][1]));
   const Bytes good = Reply(ReplyKind::kCommand, 3, {11, 0, 0});

@@ -14,31 +14,27 @@ namespace {
 
 using test::Bytes;
 using test::FromHex;
-
-auto Table(const std::string& heading, std::size_t rows) {
-  auto table = test::PageTable(QUARN_SERIAL_PAGE, heading);
-  EXPECT_EQ(table.size(), rows);
-  return table;
-}
+using test::PageTable;
 
 std::uint32_t Number(const std::string& hex) {
   return static_cast<std::uint32_t>(std::stoul(hex, nullptr, 16));
 }
 
 TEST(SerialFrames, MatchTheProtocolPage) {
-  for (const auto& row : Table("| Code | Payload | Nonce | Command frame |", 4)) {
+  for (const auto& row : PageTable(QUARN_SERIAL_PAGE, "| Code | Payload | Nonce | Command frame |", 4)) {
     EXPECT_EQ(EncodeCommandFrame(FromHex(row[0])[0], FromHex(row[1]), Number(row[2])), FromHex(row[3]));
   }
-  for (const auto& row : Table("| Type | First | Second | Data | Firmware frame |", 4)) {
+  for (const auto& row :
+       PageTable(QUARN_SERIAL_PAGE, "| Type | First | Second | Data | Firmware frame |", 4)) {
     EXPECT_EQ(EncodeOtaFrame(FromHex(row[0])[0], Number(row[1]), Number(row[2]), FromHex(row[3])),
               FromHex(row[4]));
   }
-  for (const auto& row : Table("| Kind | Code | Body | Good reply |", 5)) {
+  for (const auto& row : PageTable(QUARN_SERIAL_PAGE, "| Kind | Code | Body | Good reply |", 5)) {
     const Bytes reply = FromHex(row[3]);
     EXPECT_TRUE(CheckReply(static_cast<ReplyKind>(Number(row[0])), reply)) << row[3];
     EXPECT_TRUE(std::ranges::equal(ReplyBody(reply), FromHex(row[2]))) << row[3];
   }
-  for (const auto& row : Table("| Fault | Kind | Refused reply |", 7)) {
+  for (const auto& row : PageTable(QUARN_SERIAL_PAGE, "| Fault | Kind | Refused reply |", 7)) {
     EXPECT_FALSE(CheckReply(static_cast<ReplyKind>(Number(row[1])), FromHex(row[2]))) << row[0];
   }
 }

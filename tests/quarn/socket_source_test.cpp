@@ -15,8 +15,8 @@ namespace {
 
 using test::Bytes;
 using test::FreePort;
+using test::kLoopback;
 
-const std::string kLoopback = "127.0.0.1";
 constexpr int kSecond_us = 1'000'000;
 
 int Send(SocketSource& source, const Bytes& bytes) {

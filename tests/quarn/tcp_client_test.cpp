@@ -13,9 +13,8 @@ namespace {
 using test::Answer;
 using test::Bytes;
 using test::FakePeer;
+using test::kLoopback;
 using test::Request;
-
-const std::string kLoopback = "127.0.0.1";
 
 bool TryOpen(TcpClient& client, std::uint16_t port, std::uint16_t local_port = 0,
              std::uint32_t timeout_s = 1) {

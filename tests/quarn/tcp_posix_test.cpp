@@ -13,13 +13,15 @@
 namespace quarn::lidar {
 namespace {
 
+using test::kLoopback;
+
 TEST(TcpClient, SignalsDoNotProlongATimeOut) {
   struct sigaction ignored {};
   ignored.sa_handler = [](int) {};
   sigaction(SIGUSR1, &ignored, nullptr);
-  const auto mute = platform::TcpListener::Listen("127.0.0.1", 0);
+  const auto mute = platform::TcpListener::Listen(kLoopback, 0);
   TcpClient client;
-  ASSERT_TRUE(client.TryOpen(0, "127.0.0.1", mute->port(), false, nullptr, nullptr, nullptr, 1));
+  ASSERT_TRUE(client.TryOpen(0, kLoopback, mute->port(), false, nullptr, nullptr, nullptr, 1));
   ASSERT_EQ(client.SetTimeout(200, 200), 0);
   std::promise<pthread_t> receiver;
   auto receiving = std::async(std::launch::async, [&] {
@@ -46,7 +48,7 @@ TEST(TcpOpen, AFailedWaitIsAFailedConnection) {
   std::atomic<bool> interrupted{false};
   constexpr int kOpening = 1;
   std::atomic<int> result{kOpening};
-  const std::jthread opening([&] { result = tcp_open("127.0.0.1", silent.port(), &interrupted); });
+  const std::jthread opening([&] { result = tcp_open(kLoopback, silent.port(), &interrupted); });
   ASSERT_TRUE(test::Eventually([&] { return !log.All().empty(); }));
   rlimit files{};
   getrlimit(RLIMIT_NOFILE, &files);

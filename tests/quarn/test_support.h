@@ -20,6 +20,8 @@
 
 namespace quarn::test {
 
+inline constexpr char kLoopback[] = "127.0.0.1";
+
 /// How long an expected event may take before the test fails.
 inline constexpr std::chrono::seconds kPatience{10};
 
@@ -54,7 +56,7 @@ inline void ExpectEndsAtOnce(const std::function<void()>& blocking, const std::f
 
 /// A port that is not in use.
 inline std::uint16_t FreePort() {
-  return platform::TcpListener::Listen("127.0.0.1", 0)->port();
+  return platform::TcpListener::Listen(kLoopback, 0)->port();
 }
 
 /// Collects the log lines written during its lifetime as "level text".

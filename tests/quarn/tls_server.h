@@ -53,7 +53,7 @@ class TlsServer {
   static constexpr int kPeers = 8;  ///< it ends after this many connections
 
   bool Visit() const {
-    const int peer = lidar::tcp_open("127.0.0.1", port_);
+    const int peer = lidar::tcp_open(kLoopback, port_);
     if (peer <= 0) return false;
     platform::CloseSocket(peer);
     platform::CleanUpSockets();

@@ -9,9 +9,8 @@
 namespace quarn::lidar {
 namespace {
 
+using test::kLoopback;
 using test::TlsServer;
-
-const char kLoopback[] = "127.0.0.1";
 
 std::string Path(const std::string& name) {
   return name.empty() ? "" : VARKEL_CERTIFICATES + name;

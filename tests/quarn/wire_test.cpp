@@ -18,12 +18,7 @@ namespace {
 using test::Bytes;
 using test::Counting;
 using test::FromHex;
-
-auto Table(const std::string& heading, std::size_t rows) {
-  auto table = test::PageTable(QUARN_PROTOCOL_PAGE, heading);
-  EXPECT_EQ(table.size(), rows);
-  return table;
-}
+using test::PageTable;
 
 std::vector<float> Floats(const std::string& text) {
   std::istringstream in(text);
@@ -32,7 +27,7 @@ std::vector<float> Floats(const std::string& text) {
 
 TEST(KtcFrames, MatchTheProtocolPage) {
   Bytes frame = Counting(40);  // old contents must not remain
-  for (const auto& row : Table("| Version | Command | Payload | Frame |", 6)) {
+  for (const auto& row : PageTable(QUARN_PROTOCOL_PAGE, "| Version | Command | Payload | Frame |", 6)) {
     const KtcParser parser(static_cast<std::uint8_t>(std::stoi(row[0])));
     EXPECT_TRUE(parser.KtcStreamEncode(FromHex(row[2]), frame, FromHex(row[1])[0]));
     EXPECT_EQ(frame, FromHex(row[3])) << row[3];
@@ -82,7 +77,7 @@ TEST(KtcFilestream, NumbersAndSplitsPieces) {
   frames.clear();
   EXPECT_TRUE(KtcParser(2).KtcFilestreamSend(file, 0x0A, frames));
   EXPECT_TRUE(frames.empty());
-  for (const auto& row : Table("| Command | File | Frames |", 2)) {
+  for (const auto& row : PageTable(QUARN_PROTOCOL_PAGE, "| Command | File | Frames |", 2)) {
     frames.clear();
     EXPECT_TRUE(Ktc_1_0_parser().KtcFilestreamSend(FromHex(row[1]), FromHex(row[0])[0], frames));
     frames.resize(1);
@@ -91,12 +86,13 @@ TEST(KtcFilestream, NumbersAndSplitsPieces) {
 }
 
 TEST(ChannelFov, MatchesTheProtocolPage) {
-  for (const auto& row : Table("| Channel | Start angles in degrees | Payload of command 22 |", 2)) {
+  for (const auto& row :
+       PageTable(QUARN_PROTOCOL_PAGE, "| Channel | Start angles in degrees | Payload of command 22 |", 2)) {
     FovAngles starts{};
     std::ranges::copy(Floats(row[1]), starts.begin());
     EXPECT_EQ(EncodeChannelFov(static_cast<std::uint8_t>(std::stoi(row[0])), starts), FromHex(row[2]));
   }
-  for (const auto& row : Table("| Payload of the reply to 23 | Pairs read |", 4)) {
+  for (const auto& row : PageTable(QUARN_PROTOCOL_PAGE, "| Payload of the reply to 23 | Pairs read |", 4)) {
     const std::vector<float> pairs = Floats(row[1]);
     FovAngles angles[] = {{-1, -1, -1, -1, -1}, {-1, -1, -1, -1, -1}};  // starts and ends
     FovAngles expected[] = {angles[0], angles[1]};

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <sstream>
@@ -17,8 +20,9 @@ inline std::vector<std::uint8_t> FromHex(const std::string& text) {
   return bytes;
 }
 
-/// The rows of the table that has this heading row on a protocol page.
-inline std::vector<std::vector<std::string>> PageTable(const std::string& path, const std::string& heading) {
+/// The rows of the table that has this heading row on a protocol page; there have to be `count`.
+inline std::vector<std::vector<std::string>> PageTable(const std::string& path, const std::string& heading,
+                                                       std::size_t count) {
   std::ifstream page(path);
   std::string line;
   while (std::getline(page, line) && line != heading) {
@@ -32,6 +36,7 @@ inline std::vector<std::vector<std::string>> PageTable(const std::string& path, 
       row.push_back(cell);
     }
   }
+  EXPECT_EQ(rows.size(), count) << heading;
   return rows;
 }
 
