@@ -1,25 +1,37 @@
 #!/usr/bin/env bash
 # Makes the packages twice, the second time with everything linked and packed again, compares them byte by byte, and tries
-# them. The first time uses what ./run.sh and ./test.sh --windows have built. With --compile the second time also generates
-# and compiles all of it again, without the compiler cache.
+# the first ones meanwhile. The first time uses what ./run.sh and ./test.sh --windows have built. With --compile the second
+# time also generates and compiles all of it again, without the compiler cache.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 first=$PWD/dist
 second=$PWD/build/dist-again
-debian_log=$PWD/build/debian-package-test.log
+place=$PWD/build/packages-test
 report() { echo "Packages: $1 ($SECONDS s since the start)"; }
 
-rm -rf "$first" "$second"
+rm -rf "$first" "$second" "$place"
+mkdir -p "$place/bin"
 ./package.sh --dist "$first"
 report "made"
-# This one mostly waits for package servers.
-{
-  code=0
-  tests/packages/debian_test.sh "$first"/varkel_*.deb || code=$?
-  report "the one for Debian is tried"
-  exit "$code"
-} >"$debian_log" 2>&1 &
-debian=$!
+
+# try SYSTEM COMMAND...: in the background. These mostly wait, for package servers and windows.
+declare -A tries=()
+try() {
+  local system=$1
+  shift
+  {
+    code=0
+    "$@" || code=$?
+    report "those for $system are tried"
+    exit "$code"
+  } >"$place/$system.log" 2>&1 &
+  tries[$system]=$!
+}
+# The simulated sensor that they connect to is not linked again while it runs.
+cp build/release/bin/varkel-sim "$place/bin"
+cp -r build/release/Config "$place"
+try Debian tests/packages/debian_test.sh "$first"/varkel_*.deb
+try Windows tests/packages/windows_test.sh "$first" "$place/bin/varkel-sim"
 
 for build in release windows; do
   if [ "${1:-}" = --compile ]; then
@@ -35,8 +47,8 @@ for file in "$first"/*; do
   cmp "$file" "$second/${file##*/}" || failed=1
 done
 [ "$failed" != 0 ] || report "a second build makes the same bytes"
-tests/packages/windows_test.sh "$first" || failed=1
-report "those for Windows are tried"
-wait "$debian" || failed=1
-cat "$debian_log"
+for system in "${!tries[@]}"; do
+  wait "${tries[$system]}" || failed=1
+  cat "$place/$system.log"
+done
 exit "$failed"

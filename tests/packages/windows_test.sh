@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
-# windows_test.sh FOLDER: tries the setup and the .zip of that folder under Wine, as a user would: an older version is
-# installed, upgraded silently, started from the start menu, connected to a simulated sensor on this machine, asked
+# windows_test.sh FOLDER SENSOR: tries the setup and the .zip of that folder under Wine, as a user would: an older version is
+# installed, upgraded silently, started from the start menu, connected to a simulated sensor (the program SENSOR), asked
 # from a command line by varkelctl, and uninstalled. The .zip is run by a user who may not write where it was unpacked, at
 # several sizes and scales of the screen. Documents are in a folder with blanks and umlauts. Pictures are left in
 # build/wine-*.png.
 set -Eeuo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 . tools/start-screen.sh
-dist=$(realpath "${1:?windows_test.sh FOLDER}")
+dist=$(realpath "${1:?windows_test.sh FOLDER SENSOR}")
+sensor=${2:?windows_test.sh FOLDER SENSOR}
 version=$(sed -n 's/^project(Varkel VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 setup=$dist/Varkel-$version-setup.exe
 place=$PWD/build/wine-setup
@@ -57,7 +58,7 @@ use_screen() {
 
 # A sensor of this machine's own system.
 : >"$place/sensor.log"
-build/release/bin/varkel-sim --port 0 --verbose >"$place/sensor.log" 2>&1 </dev/null &
+"$sensor" --port 0 --verbose >"$place/sensor.log" 2>&1 </dev/null &
 started+=($!)
 for _ in $(seq 100); do
   port=$(sed -n 's/^listening on .*:\([0-9]*\)$/\1/p' "$place/sensor.log")
