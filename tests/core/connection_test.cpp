@@ -42,7 +42,7 @@ class ConnectionTest : public QObject {
   }
 
   void SecondAttemptIsRefusedWhileOneRuns() {
-    ControllerFixture fixture({"0x07=late:300"});
+    ControllerFixture fixture({"0x07=late:1500"});
     QVERIFY(fixture.manager->ConnectLidar());
     QTRY_VERIFY(fixture.manager->GetIsConnectingLidar());
     QVERIFY(!fixture.manager->ConnectLidar());

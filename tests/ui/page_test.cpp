@@ -204,7 +204,7 @@ class PageTest : public QObject {
   void SlowPageShowsThatItIsBusy() {
     WindowDriver driver;
     QVERIFY(driver.Connect());
-    driver.sensor.AddFault("0x08=late:700");
+    driver.sensor.AddFault("0x08=late:2000");
     driver.Key(Qt::Key_3, Qt::ControlModifier);
     QVERIFY(!driver.Has("loadingBar"));  // not for a short wait
     EVENTUALLY_VERIFY(driver.Has("loadingBar"));
