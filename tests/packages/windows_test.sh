@@ -183,7 +183,18 @@ read_serial_number "$unpacked/varkelctl.exe"
 grep -q 'models there: .*Quenta' "$place/models" || fail "varkel-sim does not find its tables"
 run "$unpacked/varkelctl.exe" --host "127.0.0.1:$port" set "Spin Rate=1200"
 
-# press WINDOW X Y: clicks there, in thousandths of the window's size, when it is open.
+# await_filled WINDOW_ID: waits until the window shows more than a few colours and no longer changes.
+await_filled() {
+  local picture before=
+  for _ in $(seq 60); do
+    import -window "$1" "$place/window.ppm" 2>/dev/null || true
+    picture=$(sha256sum <"$place/window.ppm")
+    if [ "$picture" = "$before" ] && [ "$(identify -format %k "$place/window.ppm")" -gt 8 ]; then return; fi
+    before=$picture
+    sleep 0.3
+  done
+}
+# press WINDOW X Y: clicks there, in thousandths of the window's size, when it is open and filled.
 press() {
   local id WINDOW X Y WIDTH HEIGHT SCREEN
   for _ in $(seq 100); do
@@ -192,7 +203,7 @@ press() {
     sleep 0.1
   done
   [ -n "$id" ] || fail "there is no window \"$1\""
-  sleep 0.5  # it fills
+  await_filled "$id"
   eval "$(xdotool getwindowgeometry --shell "$id")"
   xdotool mousemove --window "$id" $((WIDTH * $2 / 1000)) $((HEIGHT * $3 / 1000)) click 1
 }
