@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QLockFile>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QThread>
@@ -75,6 +76,19 @@ class SettingsTest : public QObject {
       }
     }
     QCOMPARE(wrong.load(), 0);
+  }
+
+  void SavingWaitsForAnotherProgram() {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("settings.ini");
+    QLockFile held(path + ".lock");
+    QVERIFY(held.lock());
+    const std::jthread other([&held] {
+      QThread::msleep(600);
+      held.unlock();
+    });
+    QCOMPARE(varkel::SettingsFile(path).Save({.ip_address = "10.0.0.7"}), std::string());
+    QCOMPARE(varkel::SettingsFile(path).Load().ip_address, std::string("10.0.0.7"));
   }
 
   void LongPaths() {

@@ -7,6 +7,7 @@
 #include <QMap>
 #include <QSettings>
 #include <QStandardPaths>
+#include <QThread>
 #include <QVariant>
 #include <utility>
 #include <vector>
@@ -18,12 +19,23 @@ namespace varkel {
 
 namespace {
 
-constexpr int kLockTimeMs = 500;                  // the window waits
+constexpr int kLockTimeMs = 500;   // the window waits
+constexpr int kSaveAttempts = 10;  // a second: waiting is better than losing a setting
+constexpr int kSaveAttemptMs = 100;
 constexpr qint64 kLargestFile = qint64{1} << 20;  // the six keys take a few hundred bytes
 
 /// The lock that QSettings takes when it writes, in the host viewer too.
 QString LockPath(const QString& path) {
   return path + QStringLiteral(".lock");
+}
+
+bool AcquireForSaving(QLockFile& lock) {
+  for (int attempt = 0; attempt < kSaveAttempts; ++attempt) {
+    if (lock.tryLock(kSaveAttemptMs)) return true;
+    // On Windows the lock also seems protected for a moment after another program has removed it.
+    if (lock.error() != QLockFile::LockFailedError) QThread::msleep(kSaveAttemptMs);
+  }
+  return false;
 }
 
 /// Why the settings can't be read from or written to `path`; empty if they can.
@@ -128,7 +140,7 @@ std::string SettingsFile::Save(const ConnectionSettings& settings) const {
   const QString target = old.exists() ? old.canonicalFilePath() : path_;  // a link is kept
   QDir().mkpath(old.path());
   QLockFile lock(LockPath(path_));
-  if (!lock.tryLock(kLockTimeMs)) return fault(QStringLiteral("it is in use or protected"));
+  if (!AcquireForSaving(lock)) return fault(QStringLiteral("it is in use or protected"));
   const QString draft = WriteDraft(settings, target);
   if (old.exists()) QFile::setPermissions(draft, old.permissions());
   if (!draft.isEmpty() && ReplaceFile(draft, target)) return {};
