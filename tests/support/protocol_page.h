@@ -20,7 +20,7 @@ inline std::vector<std::uint8_t> FromHex(const std::string& text) {
   return bytes;
 }
 
-/// The rows of the table that has this heading row on a protocol page; there have to be `count`.
+/// The rows of the table that has this heading row on a protocol page; there must be `count` of them.
 inline std::vector<std::vector<std::string>> PageTable(const std::string& path, const std::string& heading,
                                                        std::size_t count) {
   std::ifstream page(path);

@@ -22,6 +22,7 @@ namespace {
 constexpr int kLockTimeMs = 500;   // the window waits
 constexpr int kSaveAttempts = 10;  // a second: waiting is better than losing a setting
 constexpr int kSaveAttemptMs = 100;
+constexpr int kProtectedPauseMs = 10;
 constexpr qint64 kLargestFile = qint64{1} << 20;  // the six keys take a few hundred bytes
 
 /// The lock that QSettings takes when it writes, in the host viewer too.
@@ -32,8 +33,9 @@ QString LockPath(const QString& path) {
 bool AcquireForSaving(QLockFile& lock) {
   for (int attempt = 0; attempt < kSaveAttempts; ++attempt) {
     if (lock.tryLock(kSaveAttemptMs)) return true;
-    // On Windows the lock also seems protected for a moment after another program has removed it.
-    if (lock.error() != QLockFile::LockFailedError) QThread::msleep(kSaveAttemptMs);
+    // On Windows the lock also seems protected for a moment after another program has removed it. A folder
+    // that really is protected must not hold up the window, so these pauses are short.
+    if (lock.error() != QLockFile::LockFailedError) QThread::msleep(kProtectedPauseMs);
   }
   return false;
 }

@@ -34,8 +34,7 @@ class SettingsFile {
   ConnectionSettings Load(std::string* fault = nullptr) const;
   /// Writes all settings except the UDP port, which only the host viewer or a person changes. Returns an
   /// empty text, or a sentence saying why it failed. The write is atomic: the file has either its old or its
-  /// complete new content.
-  /// Waits up to a second while another program is writing the file.
+  /// complete new content. Waits up to a second while another program holds the file's lock.
   std::string Save(const ConnectionSettings& settings) const;
 
  private:

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdint>
 
-#include "VarkelCore/src/state/exchange_text.h"
 #include "libquarn/Platform/src/hex_text.h"
 
 namespace varkel {
